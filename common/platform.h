@@ -1,11 +1,18 @@
-// What the library asks of the operating system, in one place: a POSIX side
-// (platform_posix.cpp) and a Windows side stand behind it. Nothing else in the
+// What the library asks of the operating system, in one place: a POSIX side (the
+// files *_posix.cpp) and a Windows side stand behind it. Nothing else in the
 // library calls the system beyond the C and C++ standard libraries.
+//
+// Paths are UTF-8. Functions that return a std::string or fill one may throw
+// std::bad_alloc; the others do not throw.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace ksv::platform {
 
@@ -33,8 +40,8 @@ class NamedMutex {
 // the place as it was. Two writers never share the file that is being written.
 class ReplacementFile {
  public:
-  // Null when the file cannot be created, when something that cannot be
-  // replaced stands in its place, or when another process is writing it.
+  // Null when the file cannot be created, when something stands in its place
+  // already, or when another writer is at it.
   static std::unique_ptr<ReplacementFile> create(const char* path);
 
   // Without commit() nothing remains.
@@ -47,10 +54,82 @@ class ReplacementFile {
 };
 
 // Looks the setting up where this system keeps settings and copies its value,
-// terminator included, into buffer. False when it is not set or does not fit.
+// terminator included, into buffer. False when it is not set or does not fit:
+// buffer is the empty string then. A directory ends in a separator.
 bool readSetting(const char* key, char* buffer, size_t size);
+
+// The value of an environment variable; none when it is not set or empty.
+std::optional<std::string> environmentValue(const char* name);
+
+// The directories that may hold ksv_conf.ini, the first to be asked first.
+std::vector<std::string> configurationDirectories();
+
+// The directory of the file that this code was loaded from, without a separator
+// at its end unless it is the root; none when the system cannot tell.
+std::optional<std::string> libraryDirectory();
 
 // The separator that is added where a path needs one.
 char pathSeparator();
+
+// The length of the drive that path begins with: "C:" has 2. 0 where there are no
+// drive letters.
+size_t driveLength(const char* path);
+
+// The form in which two characters of file names are compared: lower case where
+// names are compared without regard to case.
+char32_t foldNameCharacter(char32_t character);
+
+// Between UTF-8 and the ANSI code page, which is UTF-8 itself where programs have
+// no other, and then nothing is checked. None when a character has no counterpart.
+std::optional<std::string> ansiToUtf8(const char* ansi);
+std::optional<std::string> utf8ToAnsi(const char* utf8);
+
+// fopen, which opens no directory.
+std::FILE* openFile(const char* path, const char* mode);
+// fseek and ftell, in 64 bits.
+int seekFile(std::FILE* stream, int64_t offset, int origin);
+int64_t tellFile(std::FILE* stream);
+
+// The mode bits of FileStatus that tell the type.
+inline constexpr uint32_t kFileTypeMask = 0xF000;
+inline constexpr uint32_t kRegularFile = 0x8000;
+inline constexpr uint32_t kDirectory = 0x4000;
+
+struct FileStatus {
+  uint64_t device;
+  uint64_t inode;
+  uint32_t mode;
+  uint64_t links;
+  uint32_t user;
+  uint32_t group;
+  uint64_t specialDevice;
+  int64_t size;
+  int64_t accessTime;  // seconds since 1970, as the two below
+  int64_t writeTime;
+  int64_t changeTime;  // of the status, or the creation where that is what is known
+};
+
+// Links are followed by the first only. False when there is nothing at path.
+bool fileStatus(const char* path, FileStatus& status);
+bool entryStatus(const char* path, FileStatus& status);
+
+// The files and directories of the system; false when it refuses.
+bool removeFile(const char* path);
+bool makeDirectory(const char* path);
+bool removeDirectory(const char* path);
+
+// All names in a directory, "." and ".." included, in no order. None when it
+// cannot be read.
+std::optional<std::vector<std::string>> directoryNames(const char* path);
+
+// The path of an existing directory without links or dots in it.
+std::optional<std::string> canonicalDirectory(const char* path);
+
+// The directory for temporary files.
+std::string temporaryDirectory();
+
+// Creates an empty file, private to the user, with a new name that begins with
+// prefix, in a directory written with its separator. None when that fails.
+std::optional<std::string> createUniqueFile(const std::string& directory, const char* prefix);
 
 }  // namespace ksv::platform

@@ -1,0 +1,34 @@
+// The bulk path: runs ahead of the step-by-step engine over characters whose
+// output depends on nothing but themselves.
+//
+// It works from direct tables, source code to output bytes. Their entries are not
+// a second copy of the mappings: each is made by letting the step-by-step engine
+// convert that one character, and an entry stays empty when the engine's answer
+// was anything but "one character, written". At an empty entry, near the end of a
+// buffer, and wherever the record's state could matter (a mark to come, a language
+// tag that is due) the bulk path stops and the engine goes on. Before that it goes
+// back over its last two characters, which the engine then converts again: so
+// every field of the record comes from the engine, the raw code of the character
+// before the last one included.
+#pragma once
+
+#include "ksv_cconv.h"
+
+namespace ksv {
+
+class BulkConverter {
+ public:
+  virtual ~BulkConverter() = default;
+  // Converts what it can decide. The status stays 21.
+  virtual void runAhead(ConverterRecord& record) = 0;
+};
+
+// The bulk converter for the record's charsets and options, shared by all
+// converters of the process; null when there is none, or too little input for
+// making tables to pay.
+BulkConverter* findBulkConverter(const ConverterRecord& record);
+
+// For tests: off, every character takes the step-by-step engine.
+void setBulkPathEnabled(bool enabled);
+
+}  // namespace ksv

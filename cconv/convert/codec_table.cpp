@@ -1,0 +1,43 @@
+#include "cconv/convert/codec_table.h"
+
+#include <cstring>
+
+#include "cconv/convert/codecs/same.h"
+#include "cconv/convert/codecs/shift_jis.h"
+#include "cconv/convert/codecs/ucs2.h"
+#include "cconv/convert/codecs/unicode_forms.h"
+
+namespace ksv {
+namespace {
+
+constexpr CodecEntry kCodecTable[] = {
+    {"destSAME", codecs::decodeSame},
+    {"constSAME", codecs::encodeSame},
+    {"destShift_JIS", codecs::decodeShiftJis, SourceForm::kBytePairs},
+    {"constShift_JIS", codecs::encodeShiftJis},
+    // One decoder for both: it looks at the number of the source charset.
+    {"destShift_JIS-2004", codecs::decodeShiftJis, SourceForm::kBytePairs},
+    {"constShift_JIS-2004", codecs::encodeShiftJis2004},
+    {"destWINDOWS31J", codecs::decodeWindows31J, SourceForm::kBytePairs},
+    {"constWINDOWS31J", codecs::encodeWindows31J},
+    {"destISO-10646-UCS-2", codecs::decodeUcs2, SourceForm::kUcs2},
+    {"constISO-10646-UCS-2", codecs::encodeUcs2},
+    {"destISO-10646-UCS-4", codecs::decodeUcs4, SourceForm::kUcs4},
+    {"constISO-10646-UCS-4", codecs::encodeUcs4},
+    {"destUTF-16", codecs::decodeUtf16, SourceForm::kUtf16},
+    {"constUTF-16", codecs::encodeUtf16},
+    {"destUTF-8", codecs::decodeUtf8, SourceForm::kUtf8},
+    {"constUTF-8", codecs::encodeUtf8},
+};
+
+}  // namespace
+
+const CodecEntry* findRuleRecordByName(const char* name) {
+  if (name == nullptr || *name == '\0') return nullptr;
+  for (const CodecEntry& entry : kCodecTable) {
+    if (std::strcmp(entry.name, name) == 0) return &entry;
+  }
+  return nullptr;
+}
+
+}  // namespace ksv

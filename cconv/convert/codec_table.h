@@ -1,0 +1,36 @@
+// The codec table: the decoders and encoders that a rule file can name.
+#pragma once
+
+#include "ksv_cconv.h"
+
+namespace ksv {
+
+// A decoder reads one character at the input position and leaves status 11
+// (decoded, positions advanced), 12 (the input ends inside it; position
+// unchanged), 13 (invalid), 0 (nothing left), or 21 when it has only read a
+// byte-order mark. An encoder maps and writes the current character and leaves
+// 21 (written), 22 (no room), 23 (not representable) or 1; with status 31 on
+// entry it writes what closes the text and leaves 0.
+using CodecFunction = void (*)(ConverterRecord& record);
+
+// How the bulk path finds the characters of a decoder's input.
+enum class SourceForm {
+  kOther,      // only the decoder knows
+  kBytePairs,  // single bytes and pairs; a single byte stands alone whatever follows
+  kUtf8,
+  kUtf16,
+  kUcs2,       // one unit a character
+  kUcs4,
+};
+
+struct CodecEntry {
+  char name[264];
+  CodecFunction function;
+  SourceForm sourceForm = SourceForm::kOther;
+};
+
+// The entry of exactly that name, in table order; null for an empty or unknown
+// name.
+const CodecEntry* findRuleRecordByName(const char* name);
+
+}  // namespace ksv

@@ -1,0 +1,146 @@
+// The exported converter functions: check, look up, hand over to the driver.
+#include <cstddef>
+#include <cstring>
+#include <new>
+
+#include "cconv/convert/converter.h"
+#include "cconv/convert/driver.h"
+#include "cconv/convert/language_tag.h"
+#include "cconv/convert/pre_conversion.h"
+#include "cconv/convert/replacement.h"
+#include "ksv_cconv.h"
+
+namespace {
+
+using ksv::CharsetDef;
+using ksv::SubsetDef;
+
+constexpr char kUtf7Name[] = "UTF-7";
+constexpr char kHzName[] = "HZ-GB-2312";
+
+void clearState(ConverterRecord& record) {
+  constexpr size_t kFirst = offsetof(ConverterRecord, status);
+  constexpr size_t kBehind = offsetof(ConverterRecord, inputBigEndian);
+  std::memset(reinterpret_cast<char*>(&record) + kFirst, 0, kBehind - kFirst);
+  std::memset(record.narrowReplacement, 0, sizeof record.narrowReplacement);
+  std::memset(record.wideReplacement, 0, sizeof record.wideReplacement);
+}
+
+void loadEncodingTables(CharsetDef& charset) {
+  for (SubsetDef* group : charset.members) {
+    if (!group->isUser()) ksv::ensureTableLoaded(&group->fromUcs);
+  }
+}
+
+void loadDecodingTables(CharsetDef& charset) {
+  for (SubsetDef* group : charset.members) {
+    if (!group->isUser()) ksv::ensureTableLoaded(&group->toUcs);
+  }
+}
+
+uint32_t finish(ConverterRecord& record, uint32_t status) {
+  record.status = status;
+  return status;
+}
+
+struct PreConvertedName {
+  ksv::PreConversion preConversion;
+  const char* charset;
+};
+
+// The names are compared exactly; in any other case they are ordinary charset
+// names.
+PreConvertedName preConvertedName(const char* name) {
+  if (name != nullptr && std::strcmp(name, kUtf7Name) == 0) return {ksv::kUtf7, "ISO-10646-UCS-4"};
+  if (name != nullptr && std::strcmp(name, kHzName) == 0) return {ksv::kHz, "ChineseGBK"};
+  return {ksv::kNoPreConversion, name};
+}
+
+}  // namespace
+
+uint32_t cconvInitConvert(ConverterRecord* record, const ConvertOptions* options,
+                          const char* targetCharset) {
+  if (record == nullptr) return KSV_STATUS_FAILURE;
+  CharsetDef* charset = ksv::findCharsetByName(targetCharset);
+  clearState(*record);
+  if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
+  loadEncodingTables(*charset);
+  record->targetCharset = charset;
+  record->targetCharsetId = charset->id;
+  record->targetEncoder = ksv::findRuleRecordByName(charset->construle.c_str());
+  if (options != nullptr) {
+    record->options = *options;
+  } else {
+    record->options = {};
+  }
+  if (record->options.replaceUnmappable != 0) ksv::prepareReplacements(*record);
+  ksv::copyLanguage(record->defaultLanguage, record->options.defaultLanguage);
+  ksv::copyLanguage(record->emittedLanguage, record->defaultLanguage);
+  ksv::copyLanguage(record->currentLanguage, record->defaultLanguage);
+  return finish(*record, KSV_STATUS_DONE);
+}
+
+uint32_t cconvChgCharset(ConverterRecord* record, uint32_t sourceParameters[3],
+                         const char* sourceCharset) {
+  if (record == nullptr) return KSV_STATUS_FAILURE;
+  const PreConvertedName name = preConvertedName(sourceCharset);
+  record->preConversion = name.preConversion;
+  if (name.preConversion == ksv::kUtf7 && sourceParameters != nullptr) sourceParameters[0] = 0;
+  CharsetDef* charset = ksv::findCharsetByName(name.charset);
+  if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
+  loadDecodingTables(*charset);
+  record->sourceCharset = charset;
+  record->sourceCharsetId = charset->id;
+  record->sourceDecoder = ksv::findRuleRecordByName(charset->destrule.c_str());
+  record->decodedGroup = 0;
+  record->decodedGroupType = 0;
+  record->decoderState = ksv::charset_id::kIso646Irv;
+  record->unicodeCode = 0;
+  record->rawCode = 0;
+  record->inputBigEndian = sourceParameters != nullptr ? sourceParameters[0] : 0;
+  record->detectByteOrderMark = sourceParameters != nullptr ? sourceParameters[1] : 0;
+  record->skipInvalid = sourceParameters != nullptr ? sourceParameters[2] : 0;
+  return finish(*record, KSV_STATUS_DONE);
+}
+
+uint32_t cconvChgLang(ConverterRecord* record, const char* language) {
+  if (record == nullptr) return KSV_STATUS_FAILURE;
+  ksv::copyLanguage(record->currentLanguage, language != nullptr ? language : "");
+  return finish(*record, KSV_STATUS_DONE);
+}
+
+uint32_t cconvConvert(ConverterRecord* record) try {
+  if (record == nullptr) return KSV_STATUS_FAILURE;
+  return ksv::convert(*record);
+} catch (const std::bad_alloc&) {
+  return finish(*record, KSV_STATUS_FAILURE);
+}
+
+uint32_t cconvTermConvert(ConverterRecord* record) try {
+  if (record == nullptr) return KSV_STATUS_FAILURE;
+  const ksv::CodecEntry* encoder = ksv::targetEncoder(*record);
+  if (encoder == nullptr) return finish(*record, KSV_STATUS_DONE);
+  if (!ksv::buffersAreUsable(*record)) return finish(*record, KSV_STATUS_FAILURE);
+  record->status = KSV_STATUS_FLUSH;
+  encoder->function(*record);
+  return record->status;
+} catch (const std::bad_alloc&) {
+  return finish(*record, KSV_STATUS_FAILURE);
+}
+
+uint32_t cconvEnumGroup(int32_t index, char* nameOut) {
+  const ksv::RuleLists* lists = ksv::ruleBase.lists;
+  if (index < 0 || nameOut == nullptr || lists == nullptr) return 0;
+  if (index >= lists->charsets().count()) return 0;
+  const CharsetDef& charset = *lists->charsets()[static_cast<size_t>(index)];
+  std::memcpy(nameOut, charset.name.c_str(), charset.name.size() + 1);
+  return 1;
+}
+
+uint32_t cconvIsEndianAware(const char* charsetName) {
+  if (charsetName == nullptr) return 0;
+  for (const char* name : {"UTF-16", "ISO-10646-UCS-2", "ISO-10646-UCS-4"}) {
+    if (std::strcmp(charsetName, name) == 0) return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,205 @@
+#include "cconv/convert/driver.h"
+
+#include <cstdio>
+#include <limits>
+
+#include "cconv/convert/bulk.h"
+#include "cconv/convert/converter.h"
+#include "cconv/convert/pre_conversion.h"
+#include "ksv_file.h"
+#include "ksv_memory.h"
+
+namespace ksv {
+
+const char* inputDumpPath = nullptr;
+
+namespace {
+
+// Puts a pre-converted text in the place of the record's input for one call. Each
+// call converts its whole input anew from the first byte; the input position
+// counts in the converted text.
+class PreConvertedInput {
+ public:
+  explicit PreConvertedInput(ConverterRecord& record)
+      : record_(record), input_(record.input), inputLength_(record.inputLength) {
+    if (record.preConversion != kUtf7 && record.preConversion != kHz) return;
+    if (record.outputCapacity <= 0 || record.input == nullptr) return;
+    buffer_ = static_cast<uint8_t*>(KSV_calloc(record.outputCapacity, 1));
+    if (buffer_ == nullptr) return;
+    const auto preConvert = record.preConversion == kUtf7 ? preConvertUtf7 : preConvertHz;
+    const PreConverted converted =
+        preConvert(input_, inputLength_, buffer_, record.outputCapacity);
+    // What nothing could be made of is decoded as it is.
+    if (converted.length == 0) return;
+    truncated_ = converted.truncated;
+    record.input = buffer_;
+    record.inputLength = converted.length;
+  }
+
+  ~PreConvertedInput() {
+    KSV_free(buffer_);
+    record_.input = input_;
+    record_.inputLength = inputLength_;
+  }
+
+  PreConvertedInput(const PreConvertedInput&) = delete;
+  PreConvertedInput& operator=(const PreConvertedInput&) = delete;
+
+  // Text that the buffer cut off waits for more room.
+  uint32_t endStatus(uint32_t status) const {
+    const bool usedUp = status == KSV_STATUS_DONE || status == KSV_STATUS_INCOMPLETE;
+    return truncated_ && usedUp ? uint32_t{KSV_STATUS_FULL} : status;
+  }
+
+ private:
+  ConverterRecord& record_;
+  const uint8_t* const input_;
+  const int32_t inputLength_;
+  uint8_t* buffer_ = nullptr;
+  bool truncated_ = false;
+};
+
+void dumpInput(const ConverterRecord& record) {
+  if (inputDumpPath == nullptr || *inputDumpPath == '\0' || record.input == nullptr) return;
+  FILE* file = KSV_FileOpen(inputDumpPath, "ab");
+  if (file == nullptr) return;
+  if (bytesLeft(record) > 0) {
+    KSV_FileWrite(record.input + record.inputPosition, 1, bytesLeft(record), file);
+  }
+  KSV_FileClose(file);
+}
+
+// Where the current character began, for a call that ends before it is written.
+struct CharacterStart {
+  int32_t position;
+  int32_t count;
+};
+
+enum class Step { kGoOn, kStop };
+
+// Decodes one character. The raw code moves to the previous raw code, except when
+// the end of the input cuts the character: then both stay, so that a LF that comes
+// in two calls is still dropped behind its CR.
+Step decodeStep(ConverterRecord& record, CodecFunction decode, CharacterStart& start) {
+  if (record.inputPosition >= record.inputLength) {
+    record.status = KSV_STATUS_DONE;
+    return Step::kStop;
+  }
+  if (record.outputPosition >= record.outputCapacity) {
+    record.status = KSV_STATUS_FULL;
+    return Step::kStop;
+  }
+  const uint32_t rawCode = record.rawCode;
+  const uint32_t previousRawCode = record.previousRawCode;
+  record.previousRawCode = rawCode;
+  record.rawCode = 0;
+  record.unicodeCode = 0;
+  record.outputWidth = 0;
+  record.sequenceLength = 0;
+  record.secondCode = 0;
+  start = {record.inputPosition, record.charactersRead};
+  decode(record);
+  if (record.status == KSV_STATUS_INCOMPLETE) {
+    record.rawCode = rawCode;
+    record.previousRawCode = previousRawCode;
+  } else if (record.status == KSV_STATUS_INVALID && record.skipInvalid != 0) {
+    record.status = KSV_STATUS_WRITTEN;  // the decoder has stepped over the bad bytes
+  }
+  return Step::kGoOn;
+}
+
+// Every line end becomes code 13, which the unit writer turns into the newline
+// form. True for the LF of a CR LF, which is dropped.
+bool rewriteLineEnd(ConverterRecord& record) {
+  constexpr uint32_t kCr = 13;
+  constexpr uint32_t kLf = 10;
+  if (record.rawCode == kLf && record.previousRawCode == kCr) return true;
+  if (record.rawCode == kLf || record.rawCode == kCr || record.unicodeCode == 0x2028 ||
+      record.unicodeCode == 0x2029) {
+    record.groupCode = kCr;
+    record.unicodeCode = kCr;
+  }
+  return false;
+}
+
+// Prepares the replacement to be written without mapping.
+void replaceCharacter(ConverterRecord& record) {
+  const uint32_t(&replacement)[4] =
+      record.groupCode < 0x100 ? record.narrowReplacement : record.wideReplacement;
+  record.targetGroup = replacement[0];
+  record.targetGroupType = replacement[1];
+  record.outputCode = replacement[2];
+  record.outputWidth = static_cast<uint16_t>(replacement[3]);
+  record.sequenceLength = 0;
+  record.secondCode = 0;
+  record.status = KSV_STATUS_FULL;
+}
+
+// Encodes the decoded character, or its replacement; a replacement that is refused
+// itself stays refused.
+void encodeStep(ConverterRecord& record, CodecFunction encode, const CharacterStart& start) {
+  if (record.options.convertNewlines != 0 && rewriteLineEnd(record)) {
+    record.status = KSV_STATUS_WRITTEN;
+    return;
+  }
+  encode(record);
+  if (record.status == KSV_STATUS_UNMAPPABLE && record.options.replaceUnmappable != 0) {
+    replaceCharacter(record);
+    encode(record);
+  }
+  if (record.status == KSV_STATUS_FULL) {
+    record.charactersRead = start.count;
+    record.inputPosition = start.position;
+  }
+}
+
+}  // namespace
+
+void convertByCharacters(ConverterRecord& record, int32_t characters) {
+  const CodecFunction decode = sourceDecoder(record)->function;
+  const CodecFunction encode = targetEncoder(record)->function;
+  CharacterStart start = {};
+  for (; record.status == KSV_STATUS_WRITTEN && characters > 0; --characters) {
+    if (decodeStep(record, decode, start) == Step::kStop) return;
+    if (record.status == KSV_STATUS_DECODED) encodeStep(record, encode, start);
+  }
+}
+
+namespace {
+
+// How many characters are taken one by one before the bulk path is tried again.
+constexpr int32_t kCharactersBetweenBulks = 8;
+
+void convertInput(ConverterRecord& record) {
+  record.status = KSV_STATUS_WRITTEN;
+  BulkConverter* const bulk = findBulkConverter(record);
+  while (record.status == KSV_STATUS_WRITTEN) {
+    if (bulk != nullptr) bulk->runAhead(record);
+    convertByCharacters(record, bulk != nullptr ? kCharactersBetweenBulks
+                                                : std::numeric_limits<int32_t>::max());
+  }
+}
+
+}  // namespace
+
+bool buffersAreUsable(const ConverterRecord& record) {
+  if (record.inputPosition < 0 || record.outputPosition < 0) return false;
+  if (record.input == nullptr && record.inputPosition < record.inputLength) return false;
+  return record.output != nullptr || record.outputPosition >= record.outputCapacity;
+}
+
+uint32_t convert(ConverterRecord& record) {
+  if (!buffersAreUsable(record) || sourceDecoder(record) == nullptr ||
+      targetEncoder(record) == nullptr) {
+    record.status = KSV_STATUS_FAILURE;
+    return record.status;
+  }
+  const PreConvertedInput preConverted(record);
+  record.status = KSV_STATUS_DONE;
+  dumpInput(record);
+  convertInput(record);
+  record.status = preConverted.endStatus(record.status);
+  return record.status;
+}
+
+}  // namespace ksv

@@ -1,0 +1,116 @@
+// Code tables: sparse maps from a 32-bit key to a 32-bit value.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "cconv/rules/code_store.h"
+#include "cconv/rules/rule_list.h"
+
+namespace ksv {
+
+// The encoding of a rule file. Only UTF-16, UCS-4 and UCS-2 can be read.
+enum class TextEncodingKind : uint32_t {
+  kUnknown = 0,
+  kUtf16 = 1,
+  kUtf8 = 2,
+  kUcs4 = 3,
+  kUcs2 = 4,
+  kShiftJis = 5,
+};
+
+// Which keys the blocks of a table cover. A table is made of blocks of equal
+// size; a new one begins at the first key that none covers yet, not at a
+// multiple of the size. What it covers decides only two things, both of which
+// callers can see: whether key 0 exists, and when the list of blocks is full.
+class BlockCoverage {
+ public:
+  bool covers(uint32_t key);
+  bool coversZero() const { return coversZero_; }
+  // False when there are 65,535 blocks already. A block whose end passes 2^32
+  // counts but covers nothing, because its end wraps to a small number.
+  bool addBlock(uint32_t first, uint32_t size);
+  uint32_t blockCount() const { return blockCount_; }
+
+ private:
+  std::map<uint32_t, uint32_t> ranges_;  // first to end (exclusive), merged
+  uint32_t lastFirst_ = 0;               // the range found last: keys come in order
+  uint32_t lastEnd_ = 0;
+  uint32_t blockCount_ = 0;
+  bool coversZero_ = false;
+};
+
+// Tells whether answers came from tables that have a file but are not loaded, so
+// that the same question may be answered otherwise later. Scopes nest.
+class ProvisionalAnswers {
+ public:
+  ProvisionalAnswers() : outer_(noted_) { noted_ = false; }
+  ~ProvisionalAnswers() { noted_ = noted_ || outer_; }
+  ProvisionalAnswers(const ProvisionalAnswers&) = delete;
+  ProvisionalAnswers& operator=(const ProvisionalAnswers&) = delete;
+
+  // Whether there was one on this thread since the scope began.
+  bool any() const { return noted_; }
+
+  static void note() { noted_ = true; }
+
+ private:
+  static thread_local bool noted_;
+  const bool outer_;
+};
+
+struct CodeTable {
+  enum KeyColumn : uint32_t { kSecondColumn = 0, kFirstColumn = 1 };
+
+  CodeTable(KeyColumn column, uint16_t bytes) : keyColumn(column), valueBytes(bytes) {}
+
+  KeyColumn keyColumn;  // which column of the table file is the key
+  uint16_t valueBytes;  // bytes kept of a value; bytes above are lost
+  uint32_t low = 0;     // smallest and largest key inserted
+  uint32_t high = 0;
+  bool hasEntries = false;
+  std::string fileName;  // empty: no file, never loaded
+  TextEncodingKind sourceEncoding = TextEncodingKind::kUnknown;
+  bool sourceBigEndian = false;
+  int32_t loadAttempts = -1;
+  // Set last when a table is filled: whoever sees it set sees the values too.
+  std::atomic<bool> loaded = false;
+  BlockCoverage coverage;
+  CodeStore values;
+
+  bool isLoaded() const { return loaded.load(std::memory_order_acquire); }
+  // Whether the table maps every code to itself: one without a file always, any
+  // other until it is loaded.
+  bool isIdentity() const {
+    if (fileName.empty()) return true;
+    if (isLoaded()) return false;
+    ProvisionalAnswers::note();
+    return true;
+  }
+  // The stored value of a loaded table, 0 outside its bounds.
+  uint32_t find(uint32_t key) const { return key < low || key > high ? 0 : values.find(key); }
+};
+
+// Stores value under key in a block of blockSize keys (made when no block covers
+// the key yet). False when no block can be made.
+bool tableInsert(CodeTable& table, uint32_t key, uint32_t value, uint32_t blockSize);
+
+// The mapping of key. A table that is not loaded maps every key to itself; a
+// stored 0 is no mapping, except for key 0.
+bool tableLookup(const CodeTable& table, uint32_t key, uint32_t& value);
+
+using TableList = RuleList<std::unique_ptr<CodeTable>>;
+
+// The first table of the list with a mapping other than 0 for key: its value, and
+// the bytes of its values. Loads tables that are not loaded yet, and skips those
+// that stay so.
+bool tableListLookup(const TableList& tables, uint32_t key, uint32_t& value, uint16_t& bytes);
+
+// Fills the table from its compiled file or its text on first use, under the
+// named lock. Returns whether it is loaded; never, when it has no file.
+bool ensureTableLoaded(CodeTable* table);
+
+}  // namespace ksv

@@ -1,0 +1,95 @@
+#include "cconv/rules/rule_base.h"
+
+#include <cstring>
+#include <new>
+
+#include "ksv_cconv.h"
+
+namespace ksv {
+
+constinit RuleBase ruleBase;
+
+bool RuleLists::addCharset(std::unique_ptr<CharsetDef> charset) {
+  CharsetDef* added = charset.get();
+  if (charsets_.append(std::move(charset)) == 0) return false;
+  charsetsById_.emplace(added->id, added);
+  return true;
+}
+
+bool RuleLists::addSubset(std::unique_ptr<SubsetDef> subset) {
+  SubsetDef* added = subset.get();
+  if (subsets_.append(std::move(subset)) == 0) return false;
+  subsetsById_.emplace(added->id, added);
+  const CharsetId wellKnown = added->id - kFirstWellKnown;
+  if (wellKnown < kWellKnownCount && wellKnown_[wellKnown] == nullptr) {
+    wellKnown_[wellKnown] = added;
+  }
+  return true;
+}
+
+CharsetDef* RuleLists::findCharset(CharsetId id) const {
+  const auto found = charsetsById_.find(id);
+  return found == charsetsById_.end() ? nullptr : found->second;
+}
+
+CharsetDef* findCharsetByName(const char* name) {
+  if (name == nullptr) return nullptr;
+  const size_t length = strnlen(name, kNameSize);
+  if (length >= kNameSize) return nullptr;
+  char lowered[kNameSize];
+  std::memcpy(lowered, name, length + 1);
+  return findCharsetById(nameToId(lowered));
+}
+
+namespace {
+
+constexpr char kMutexName[] = "CtableMutex";
+constexpr char kPathSetting[] = "Charsetpath";
+
+platform::NamedMutex* openTableMutex() try {
+  return platform::NamedMutex::open(kMutexName).release();
+} catch (const std::bad_alloc&) {
+  return nullptr;
+}
+
+}  // namespace
+}  // namespace ksv
+
+using ksv::ruleBase;
+
+int startProcess() {
+  ksv::platform::readSetting(ksv::kPathSetting, ruleBase.charsetPath, sizeof ruleBase.charsetPath);
+  if (ruleBase.refCount != 0) {
+    // Behind an unmatched endProcess this wraps to 0 without lists; every
+    // conversion function then fails until the next pair.
+    ++ruleBase.refCount;
+    return 1;
+  }
+  // Left from a start that failed: the lock outlives it.
+  if (ruleBase.tableMutex == nullptr) ruleBase.tableMutex = ksv::openTableMutex();
+  ruleBase.blockSize = 0;
+  ruleBase.lists = new (std::nothrow) ksv::RuleLists;
+  if (ruleBase.lists == nullptr) return 0;
+  ruleBase.refCount = 1;
+  return 1;
+}
+
+void endProcess() {
+  // No guard against an unmatched call: the counter wraps and nothing is freed.
+  if (ruleBase.refCount-- != 1) return;
+  delete ruleBase.tableMutex;
+  ruleBase.tableMutex = nullptr;
+  delete ruleBase.lists;
+  ruleBase.lists = nullptr;
+}
+
+void setBlockSize(unsigned short entries) { ruleBase.blockSize = entries; }
+
+int lockMutex() {
+  if (ruleBase.tableMutex == nullptr) return 0;
+  return ruleBase.tableMutex->lock() == ksv::platform::NamedMutex::LockResult::kAcquired ? 1 : 0;
+}
+
+int unlockMutex() {
+  return ruleBase.tableMutex != nullptr && ruleBase.tableMutex->unlock() ? 1 : 0;
+}

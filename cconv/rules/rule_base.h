@@ -1,0 +1,78 @@
+// The process-wide rule base: what cconvLoadRule has loaded, where from, and the
+// lock under which code tables are filled.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "cconv/rules/rule_model.h"
+#include "common/platform.h"
+
+namespace ksv {
+
+// What the conversion engine derives from the lists and shares among all
+// converters. It lives as long as they do.
+class DerivedTables {
+ public:
+  virtual ~DerivedTables() = default;
+};
+
+// The two lists of the rule base, with an index by id beside each.
+class RuleLists {
+ public:
+  // Both return false when the list is full.
+  bool addCharset(std::unique_ptr<CharsetDef> charset);
+  bool addSubset(std::unique_ptr<SubsetDef> subset);
+
+  CharsetDef* findCharset(CharsetId id) const;
+  SubsetDef* findSubset(CharsetId id) const {
+    const CharsetId wellKnown = id - kFirstWellKnown;
+    if (wellKnown < kWellKnownCount) return wellKnown_[wellKnown];
+    const auto found = subsetsById_.find(id);
+    return found == subsetsById_.end() ? nullptr : found->second;
+  }
+
+  // Filled by the conversion engine; reset when rule files are loaded again.
+  std::unique_ptr<DerivedTables> derived;
+
+  const RuleList<std::unique_ptr<CharsetDef>>& charsets() const { return charsets_; }
+  const RuleList<std::unique_ptr<SubsetDef>>& subsets() const { return subsets_; }
+
+ private:
+  static constexpr CharsetId kFirstWellKnown = 2001;
+  static constexpr CharsetId kWellKnownCount = 12;
+
+  RuleList<std::unique_ptr<CharsetDef>> charsets_;
+  RuleList<std::unique_ptr<SubsetDef>> subsets_;
+  std::unordered_map<CharsetId, CharsetDef*> charsetsById_;
+  std::unordered_map<CharsetId, SubsetDef*> subsetsById_;
+  SubsetDef* wellKnown_[kWellKnownCount] = {};
+};
+
+struct RuleBase {
+  uint32_t refCount = 0;
+  uint16_t blockSize = 0;  // 0: kDefaultBlockSize
+  char charsetPath[kNameSize] = {};
+  platform::NamedMutex* tableMutex = nullptr;
+  RuleLists* lists = nullptr;
+
+  static constexpr uint32_t kDefaultBlockSize = 4096;
+  uint32_t entriesPerBlock() const { return blockSize != 0 ? blockSize : kDefaultBlockSize; }
+};
+
+extern constinit RuleBase ruleBase;
+
+// Null when the id is not there, or when there are no lists.
+inline CharsetDef* findCharsetById(CharsetId id) {
+  return ruleBase.lists != nullptr ? ruleBase.lists->findCharset(id) : nullptr;
+}
+inline SubsetDef* findSubsetById(CharsetId id) {
+  return ruleBase.lists != nullptr ? ruleBase.lists->findSubset(id) : nullptr;
+}
+// By name, without regard to case. A null name, or one of 260 bytes or more, is
+// unknown.
+CharsetDef* findCharsetByName(const char* name);
+
+}  // namespace ksv

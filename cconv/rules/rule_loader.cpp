@@ -1,0 +1,283 @@
+#include "cconv/rules/rule_loader.h"
+
+#include <cstdlib>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "cconv/rules/rule_base.h"
+#include "cconv/rules/rule_path.h"
+#include "ksv_cconv.h"
+#include "ksv_path.h"
+
+namespace ksv {
+namespace {
+
+constexpr uint16_t kDefaultBytes = 2;
+
+// The word's quoted value as a decimal number, 2 when there is none.
+uint16_t decimalBytes(const RuleText& text, Span span) {
+  const auto value = attributeInSpan(text, span, "bytenum=");
+  return value ? static_cast<uint16_t>(std::atoi(value->c_str())) : kDefaultBytes;
+}
+
+bool fitsName(const std::string& name) { return name.size() < kNameSize; }
+
+// Reads the file that the entity reference in the span names.
+bool readReferencedFile(const RuleText& charsetText, Span span, RuleText& text) {
+  const auto entity = entityReference(charsetText, span);
+  if (!entity) return false;
+  const auto file = entityFile(charsetText, *entity);
+  return file && readRuleText(*file, charsetText.encoding, charsetText.bigEndian, text);
+}
+
+// The position behind every "range" element at or after from.
+size_t passRanges(const RuleText& text, size_t from) {
+  while (const auto range = findElement(text, from, "range")) from = range->end;
+  return from;
+}
+
+// "defined" and "srtable", both optional, in this order.
+bool readCodesAndTable(const RuleText& charsetText, const RuleText& text, size_t from,
+                       SubsetDef& subset) {
+  if (const auto defined = findElement(text, from, "defined")) {
+    if (!parseDefinedRanges(text, *defined, subset.defined)) return false;
+    from = defined->end;
+  }
+  const auto table = findElement(text, from, "srtable");
+  return !table || (attachTableFile(charsetText, text, *table, subset.toUcs) &&
+                    attachTableFile(charsetText, text, *table, subset.fromUcs));
+}
+
+struct SubsetForm {
+  const char* rootTag;
+  const char* codeTag;
+  SubsetKind kind;
+};
+constexpr SubsetForm kBaseForm = {"subseta", "code", SubsetKind::kBase};
+constexpr SubsetForm kDifferenceForm = {"subsetb", "codeb", SubsetKind::kDifference};
+
+std::unique_ptr<SubsetDef> buildSubset(const RuleText& charsetText, Span span,
+                                       const SubsetForm& form) {
+  RuleText text;
+  if (!readReferencedFile(charsetText, span, text)) return nullptr;
+  const auto root = findElement(text, 0, form.rootTag);
+  if (!root) return nullptr;
+  const auto name = findElement(text, root->start, "name");
+  if (!name) return nullptr;
+  const auto lang = findElement(text, name->end, "lang");
+  if (!lang) return nullptr;
+  const auto code = findElement(text, lang->end, form.codeTag);
+  if (!code) return nullptr;
+
+  std::string subsetName = elementText(text, *name);
+  if (!fitsName(subsetName)) return nullptr;
+  auto subset = std::make_unique<SubsetDef>(std::move(subsetName), form.kind,
+                                            decimalBytes(text, *code));
+  size_t from = code->start;
+  if (form.kind == SubsetKind::kBase) {
+    from = passRanges(text, from);
+  } else {
+    subset->basedon = attributeInSpan(text, *code, "basedon=").value_or("");
+  }
+  if (!readCodesAndTable(charsetText, text, from, *subset)) return nullptr;
+  subset->lang = attributeInSpan(text, *lang, "domain=").value_or("");
+  return subset;
+}
+
+// A quoted hexadecimal attribute at or after from, kept to 16 bits.
+std::optional<uint16_t> hexAttribute(const RuleText& text, size_t from, const char* word) {
+  const auto found = findString(text, from, word);
+  if (!found) return std::nullopt;
+  const auto value = quotedAfter(text, *found);
+  if (!value) return std::nullopt;
+  return static_cast<uint16_t>(parseHex(*value));
+}
+
+// The codec names of the "rule" element; both or none. The second is searched
+// behind the first word, so it may stand anywhere behind it.
+bool readRuleNames(const RuleText& text, size_t from, CharsetDef& charset) {
+  const auto rule = findElement(text, from, "rule");
+  if (!rule) return true;
+  const auto construle = findString(text, rule->start, "construle=");
+  if (!construle) return false;
+  const auto construleValue = quotedAfter(text, *construle);
+  const auto destrule = findString(text, *construle, "destrule=");
+  if (!construleValue || !destrule) return false;
+  const auto destruleValue = quotedAfter(text, *destrule);
+  if (!destruleValue) return false;
+  charset.construle = *construleValue;
+  charset.destrule = *destruleValue;
+  return true;
+}
+
+// The "dstable" elements whose content ends inside the member's.
+std::unique_ptr<TableList> readDestTables(const RuleText& text, Span member) {
+  auto tables = std::make_unique<TableList>();
+  size_t from = member.start;
+  while (const auto element = findElement(text, from, "dstable")) {
+    if (element->end >= member.end) break;
+    if (auto table = buildDestTable(text, *element)) {
+      if (tables->append(std::move(table)) == 0) return nullptr;
+    }
+    from = element->end;
+  }
+  return tables;
+}
+
+// The first definition of a subset in the process wins; a later one is dropped.
+bool addMember(CharsetDef& charset, std::unique_ptr<SubsetDef> subset) {
+  const CharsetId id = subset->id;
+  if (findSubsetById(id) == nullptr && !ruleBase.lists->addSubset(std::move(subset))) return false;
+  return charset.members.append(findSubsetById(id)) != 0;
+}
+
+struct MemberElement {
+  Span content;
+  bool isDifference;
+};
+
+// The next "baseset" or "diffset" at or after from, whichever comes first.
+std::optional<MemberElement> nextMember(const RuleText& text, size_t from) {
+  const auto base = findElement(text, from, "baseset");
+  const auto difference = findElement(text, from, "diffset");
+  if (difference && (!base || difference->start < base->start)) {
+    return MemberElement{*difference, true};
+  }
+  if (base) return MemberElement{*base, false};
+  return std::nullopt;
+}
+
+bool readMembers(const RuleText& text, CharsetDef& charset) {
+  size_t from = 0;
+  while (const auto member = nextMember(text, from)) {
+    auto subset = member->isDifference ? buildDiffSubset(text, member->content)
+                                       : buildBaseSubset(text, member->content);
+    if (!subset) return false;
+    auto tables = readDestTables(text, member->content);
+    if (!tables || charset.destTables.append(std::move(tables)) == 0) return false;
+    if (!addMember(charset, std::move(subset))) return false;
+    from = member->content.end;
+  }
+  const auto user = findElement(text, from, "eudcset");
+  if (!user) return true;
+  auto subset = buildEudcSubset(text, *user);
+  return subset && addMember(charset, std::move(subset));
+}
+
+size_t loadAllRuleFiles() {
+  const PathParts pattern = splitPath(std::string(ruleBase.charsetPath) + "*.xml");
+  KsvDirectoryListing listing = {};
+  if (KSV_ASC_opendir(joinPath(pattern).c_str(), &listing) == 0) return 0;
+  size_t accepted = 0;
+  KsvDirectoryEntry entry = {};
+  while (KSV_ASC_readdir(&listing, &entry) != 0) {
+    try {
+      if (loadRuleFile(std::string(ruleBase.charsetPath) + entry.name)) ++accepted;
+    } catch (const std::bad_alloc&) {
+      // As any other failure: this file is skipped and the next one is tried.
+    }
+  }
+  KSV_ASC_closedir(&listing);
+  return accepted;
+}
+
+}  // namespace
+
+bool loadRuleFile(const std::string& path) {
+  RuleText text;
+  if (!readRuleText(path, TextEncodingKind::kUtf16, false, text)) return false;
+  const auto root = findElement(text, 0, "charset");
+  if (!root) return false;
+  const auto name = findElement(text, root->start, "name");
+  if (!name) return false;
+
+  auto charset = std::make_unique<CharsetDef>();
+  charset->name = elementText(text, *name);
+  if (!fitsName(charset->name)) return false;
+  charset->id = nameToId(charset->name.data());
+  if (findCharsetById(charset->id) != nullptr) return true;
+  if (!readRuleNames(text, name->start, *charset) || !readMembers(text, *charset)) return false;
+  charset->buildIndexes();
+  return ruleBase.lists->addCharset(std::move(charset));
+}
+
+std::unique_ptr<SubsetDef> buildBaseSubset(const RuleText& charsetText, Span span) {
+  return buildSubset(charsetText, span, kBaseForm);
+}
+
+std::unique_ptr<SubsetDef> buildDiffSubset(const RuleText& charsetText, Span span) {
+  return buildSubset(charsetText, span, kDifferenceForm);
+}
+
+std::unique_ptr<SubsetDef> buildEudcSubset(const RuleText& charsetText, Span span) {
+  RuleText text;
+  if (!readReferencedFile(charsetText, span, text)) return nullptr;
+  const auto name = findElement(text, 0, "name");
+  if (!name) return nullptr;
+  const auto code = findElement(text, name->end, "codec");
+  if (!code) return nullptr;
+  std::string subsetName = elementText(text, *name);
+  if (!fitsName(subsetName)) return nullptr;
+  auto subset = std::make_unique<SubsetDef>(std::move(subsetName), SubsetKind::kUser,
+                                            decimalBytes(text, *code));
+  if (const auto range = findElement(text, passRanges(text, code->start), "defrange")) {
+    const auto start = hexAttribute(text, range->start, "start=");
+    const auto number = hexAttribute(text, range->start, "number=");
+    if (!start || !number) return nullptr;
+    subset->defStart = *start;
+    subset->defNumber = *number;
+  }
+  return subset;
+}
+
+std::unique_ptr<CodeTable> buildDestTable(const RuleText& charsetText, Span span) {
+  uint16_t bytes = kDefaultBytes;
+  if (const auto word = findString(charsetText, span.start, "bytenum="); word && *word < span.end) {
+    if (const auto value = quotedAfter(charsetText, *word)) {
+      bytes = static_cast<uint16_t>(parseHex(*value));
+    }
+  }
+  auto table = std::make_unique<CodeTable>(CodeTable::kSecondColumn, bytes);
+  if (!attachTableFile(charsetText, charsetText, span, *table)) return nullptr;
+  return table;
+}
+
+bool parseDefinedRanges(const RuleText& text, Span span, RangeSet& ranges) {
+  while (const auto first = nextHexNumber(text, span)) {
+    CodeRange range = {first->value, first->value};
+    span.start = first->end;
+    if (span.start < span.end && text.chars[span.start] == '-') {
+      ++span.start;
+      if (const auto last = nextHexNumber(text, span)) {
+        range.last = last->value;
+        if (range.last > ranges.high) ranges.high = range.last;
+        span.start = last->end;
+      }
+    }
+    if (ranges.ranges.append(range) == 0) return false;
+  }
+  return true;
+}
+
+bool attachTableFile(const RuleText& declaring, const RuleText& referencing, Span span,
+                     CodeTable& table) {
+  const auto entity = entityReference(referencing, span);
+  if (!entity) return false;
+  const auto file = entityFile(declaring, *entity);
+  if (!file || !fitsName(*file)) return false;
+  table.fileName = *file;
+  table.sourceEncoding = declaring.encoding;
+  table.sourceBigEndian = declaring.bigEndian;
+  return true;
+}
+
+}  // namespace ksv
+
+int cconvLoadRule() try {
+  if (ksv::ruleBase.lists == nullptr) return 0;
+  ksv::ruleBase.lists->derived.reset();
+  return ksv::loadAllRuleFiles() > 0 ? 1 : 0;
+} catch (const std::bad_alloc&) {
+  return 0;
+}

@@ -1,0 +1,84 @@
+// Rule files: small XML documents in a 16- or 32-bit Unicode encoding. They are
+// not parsed into a tree; elements and attributes are found by searching their
+// text forward from a position.
+//
+// Positions and spans count characters. Every extractor narrows characters to
+// their low bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cconv/rules/code_table.h"
+
+namespace ksv {
+
+struct RuleText {
+  // The file's bytes until decodeToUcs4, unused afterwards.
+  std::vector<uint8_t> bytes;
+  std::vector<uint32_t> chars;
+  // Index of every '<', and of every '/' that a '>' follows, in text order.
+  std::vector<uint32_t> markers;
+  TextEncodingKind encoding = TextEncodingKind::kUnknown;
+  bool bigEndian = false;
+};
+
+struct Span {
+  size_t start = 0;
+  size_t end = 0;
+};
+
+// Reads the file of that name (its directory is ignored) from the charset
+// directory. The defaults hold for a file that neither marks nor names its
+// encoding. False, with an empty text, for a file that cannot be read, is empty,
+// or is in UTF-8 or Shift_JIS.
+bool readRuleText(const std::string& path, TextEncodingKind defaultEncoding, bool defaultBigEndian,
+                  RuleText& text);
+
+// The stages of readRuleText.
+bool detectEncoding(RuleText& text);
+bool decodeToUcs4(RuleText& text);
+void cleanText(RuleText& text);
+
+// The position just past the first occurrence of pattern at or after from.
+std::optional<size_t> findString(const RuleText& text, size_t from, const std::string& pattern);
+
+// The content of the next element named tag at or after from. It begins right
+// behind "<tag>" or "<tag ", so it holds the attributes of a start tag too, and
+// ends where "</tag>" begins or, when none follows, "/>".
+std::optional<Span> findElement(const RuleText& text, size_t from, const std::string& tag);
+
+// The characters of a span, up to a character whose low byte is zero.
+std::string elementText(const RuleText& text, Span span);
+
+// The first text in double quotes at or after from.
+std::optional<std::string> quotedAfter(const RuleText& text, size_t from);
+
+// The position just past the word inside the span.
+std::optional<size_t> findInSpan(const RuleText& text, Span span, const std::string& word);
+
+// The quoted text behind the attribute word (such as "domain=") in the span.
+std::optional<std::string> attributeInSpan(const RuleText& text, Span span,
+                                           const std::string& word);
+
+// A hexadecimal number: blanks and tabs are skipped, and it ends at the first
+// other character. The last eight digits count.
+uint32_t parseHex(const std::string& digits);
+
+// The first run of hexadecimal digits in the span, and the position behind it.
+struct HexNumber {
+  uint32_t value;
+  size_t end;
+};
+std::optional<HexNumber> nextHexNumber(const RuleText& text, Span span);
+
+// The name of the first entity reference in the span.
+std::optional<std::string> entityReference(const RuleText& text, Span span);
+
+// The file that the text declares for an entity: NAME SYSTEM "file".
+std::optional<std::string> entityFile(const RuleText& text, const std::string& name);
+
+}  // namespace ksv

@@ -1,0 +1,157 @@
+// Filling of code tables.
+//
+// The source of a table is a text file of hexadecimal pairs. The first process
+// that needs it writes a compiled copy beside it: no header, one record of two
+// little-endian 32-bit numbers for each pair, in the order of the text. Every
+// later process reads that copy. The copy appears complete or not at all, so
+// whoever is killed while writing it leaves nothing that could be read.
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <mutex>
+#include <new>
+#include <optional>
+
+#include "cconv/rules/code_table.h"
+#include "cconv/rules/rule_base.h"
+#include "cconv/rules/rule_path.h"
+#include "cconv/rules/table_reader.h"
+#include "cconv/rules/text_units.h"
+#include "common/platform.h"
+#include "ksv_cconv.h"
+#include "ksv_file.h"
+
+namespace ksv {
+namespace {
+
+constexpr size_t kRecordSize = 8;
+// A table whose only key is 0 or above this stays unloaded, as an empty one does.
+constexpr uint32_t kHighestLoneKey = 0xFFFFFFF;
+
+struct TablePaths {
+  std::string text;
+  std::string compiled;
+};
+
+// A directory in the declared name is kept; name and extension are lower-cased.
+TablePaths pathsOf(const CodeTable& table) {
+  PathParts parts = splitPath(ruleBase.charsetPath + table.fileName);
+  lowerFileName(parts);
+  TablePaths paths;
+  paths.text = joinPath(parts);
+  parts.extension = ".cmp";
+  paths.compiled = joinPath(parts);
+  return paths;
+}
+
+bool insertPair(CodeTable& table, uint32_t first, uint32_t second) {
+  const bool firstIsKey = table.keyColumn == CodeTable::kFirstColumn;
+  return tableInsert(table, firstIsKey ? first : second, firstIsKey ? second : first,
+                     ruleBase.entriesPerBlock());
+}
+
+// The size of an open file, with the position at its start again.
+std::optional<int64_t> sizeFromEnd(FILE* file) {
+  if (KSV_FileSeek(file, 0, SEEK_END) != 0) return std::nullopt;
+  const int64_t size = KSV_FileTell(file);
+  if (size < 0 || KSV_FileSeek(file, 0, SEEK_SET) != 0) return std::nullopt;
+  return size;
+}
+
+void insertRecords(CodeTable& table, FILE* file, int64_t size) {
+  if (size <= 0 || size > std::numeric_limits<int32_t>::max()) return;
+  const size_t bytes = static_cast<size_t>(size);
+  const std::unique_ptr<uint8_t[]> records(new (std::nothrow) uint8_t[bytes]);
+  if (records == nullptr) return;
+  const int32_t count = static_cast<int32_t>(size);
+  if (KSV_FileRead(records.get(), 1, count, file) != count) return;
+  // A last partial record is no record.
+  for (size_t at = 0; at + kRecordSize <= bytes; at += kRecordSize) {
+    const uint8_t* record = records.get() + at;
+    if (!insertPair(table, readUnit(record, 4, false), readUnit(record + 4, 4, false))) break;
+  }
+}
+
+// False when there is no compiled file that can be opened. An empty or unreadable
+// one gives an empty table all the same.
+bool loadCompiled(CodeTable& table, const std::string& path) {
+  FILE* file = KSV_FileOpenA(path.c_str(), "rb");
+  if (file == nullptr) return false;
+  const auto size = sizeFromEnd(file);
+  if (size) insertRecords(table, file, *size);
+  KSV_FileClose(file);
+  return size.has_value();
+}
+
+bool writeRecord(platform::ReplacementFile& file, uint32_t first, uint32_t second) {
+  uint8_t record[kRecordSize];
+  for (int i = 0; i < 4; ++i) {
+    record[i] = static_cast<uint8_t>(first >> (8 * i));
+    record[4 + i] = static_cast<uint8_t>(second >> (8 * i));
+  }
+  return file.write(record, sizeof record);
+}
+
+// Fills the table from its text and writes the compiled copy on the way. Where
+// that cannot be written, the table is filled all the same. Without a text the
+// copy is there and empty.
+void compile(CodeTable& table, const TablePaths& paths) {
+  auto compiled = platform::ReplacementFile::create(paths.compiled.c_str());
+  if (auto reader = TableReader::open(paths.text, table.sourceEncoding, table.sourceBigEndian)) {
+    for (;;) {
+      const auto first = reader->nextNumber();
+      const auto second = first ? reader->nextNumber() : std::nullopt;
+      if (!second) break;
+      if (!insertPair(table, *first, *second)) break;
+      if (compiled && !writeRecord(*compiled, *first, *second)) compiled.reset();
+    }
+  }
+  if (compiled) compiled->commit();
+}
+
+bool isFilled(const CodeTable& table) {
+  return table.low != table.high || (table.low != 0 && table.low <= kHighestLoneKey);
+}
+
+void load(CodeTable& table) {
+  if (table.isLoaded()) return;
+  if (++table.loadAttempts != 0) {
+    // Parsed once already: from now on an empty table answers nothing, instead
+    // of passing every code through.
+    table.loaded.store(true, std::memory_order_release);
+    return;
+  }
+  const TablePaths paths = pathsOf(table);
+  if (!loadCompiled(table, paths.compiled)) compile(table, paths);
+  if (isFilled(table)) table.loaded.store(true, std::memory_order_release);
+}
+
+// Keeps the threads of this process apart where there is no named lock.
+constinit std::mutex processMutex;
+
+void loadLocked(CodeTable& table) {
+  platform::NamedMutex* mutex = ruleBase.tableMutex;
+  // A lock whose last holder died is held as well: compiled files are never half
+  // written, so there is nothing to mend.
+  const bool locked =
+      mutex != nullptr && mutex->lock() != platform::NamedMutex::LockResult::kFailed;
+  try {
+    const std::lock_guard<std::mutex> guard(processMutex);
+    load(table);
+  } catch (const std::bad_alloc&) {
+    // The table stays as far as it got.
+  }
+  if (locked) mutex->unlock();
+}
+
+}  // namespace
+
+bool ensureTableLoaded(CodeTable* table) {
+  if (table == nullptr) return false;
+  if (table->isLoaded()) return true;
+  if (table->fileName.empty()) return false;
+  loadLocked(*table);
+  return table->isLoaded();
+}
+
+}  // namespace ksv

@@ -1,0 +1,101 @@
+#include "cconv/rules/table_reader.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "cconv/rules/text_units.h"
+#include "ksv_file.h"
+
+namespace ksv {
+namespace {
+
+constexpr int kLongestRun = 64;
+
+}  // namespace
+
+std::unique_ptr<TableReader> TableReader::open(const std::string& path, TextEncodingKind kind,
+                                               bool bigEndian) {
+  FILE* file = KSV_FileOpenA(path.c_str(), "r");
+  if (file == nullptr) return nullptr;
+  const int64_t size = KSV_FileTellSize(file);
+  if (size < 0) {
+    KSV_FileClose(file);
+    return nullptr;
+  }
+  return std::unique_ptr<TableReader>(new TableReader(file, size, kind, bigEndian));
+}
+
+TableReader::~TableReader() { KSV_FileClose(file_); }
+
+std::optional<uint32_t> TableReader::nextNumber() {
+  auto c = skipToDigit();
+  if (!c) return std::nullopt;
+  uint32_t value = 0;
+  for (int digits = 0; digits < kLongestRun; ++digits) {
+    value = value << 4 | static_cast<uint32_t>(hexDigit(*c));
+    c = nextChar();
+    if (!c) return std::nullopt;
+    if (hexDigit(*c) < 0) break;
+  }
+  // What ended the number, a separator or the 65th digit, is read again.
+  stepBack();
+  return value;
+}
+
+std::optional<uint32_t> TableReader::skipToDigit() {
+  auto c = nextChar();
+  while (c && hexDigit(*c) < 0) {
+    if (*c == '<') {
+      while (c && *c != '>') c = nextChar();
+      if (!c) break;
+    }
+    c = nextChar();
+  }
+  return c;
+}
+
+std::optional<uint32_t> TableReader::nextChar() {
+  const auto unit = readUnitOfFile(unitWidth());
+  if (!unit || kind_ != TextEncodingKind::kUtf16 || !isSurrogate(*unit)) return unit;
+  const auto second = readUnitOfFile(2);
+  if (!second) return std::nullopt;
+  return isHighSurrogate(*second) ? joinSurrogates(*second, *unit)
+                                  : joinSurrogates(*unit, *second);
+}
+
+// One unit back, even behind a surrogate pair: its second half is read again.
+void TableReader::stepBack() { position_ -= unitWidth(); }
+
+std::optional<uint32_t> TableReader::readUnitOfFile(uint32_t width) {
+  const bool readable = kind_ == TextEncodingKind::kUtf16 || kind_ == TextEncodingKind::kUcs2 ||
+                        kind_ == TextEncodingKind::kUcs4;
+  if (!readable || !fillBuffer()) return std::nullopt;
+  // Less than, not at most: the last character of a file is never delivered.
+  if (position_ + width >= held_) return std::nullopt;
+  const uint32_t unit = readUnit(buffer_ + position_, width, bigEndian_);
+  position_ += width;
+  return unit;
+}
+
+bool TableReader::fillBuffer() {
+  uint32_t wanted = 0;
+  if (!filled_) {
+    if (unread_ == 0) return false;
+    wanted = static_cast<uint32_t>(std::min<int64_t>(kBufferSize, unread_));
+  } else if (position_ > kRefillPosition) {
+    held_ -= position_;
+    std::memmove(buffer_, buffer_ + position_, held_);
+    wanted = static_cast<uint32_t>(std::min<int64_t>(position_, unread_));
+    position_ = 0;
+  }
+  if (wanted > 0) {
+    const int32_t count = static_cast<int32_t>(wanted);
+    if (KSV_FileRead(buffer_ + held_, 1, count, file_) != count) return false;
+    held_ += wanted;
+    unread_ -= wanted;
+  }
+  filled_ = true;
+  return true;
+}
+
+}  // namespace ksv

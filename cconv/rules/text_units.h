@@ -1,0 +1,34 @@
+// Units, surrogates and digits, as rule files, table files and codecs read them.
+#pragma once
+
+#include <cstdint>
+
+namespace ksv {
+
+constexpr bool isSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
+constexpr bool isHighSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+
+// The value of a surrogate and the unit behind it, whichever of the two is the
+// high one; the other is not checked. 0xD7F7 = 0xD800 - 0x40 + 0x37 makes the
+// sum of (high - 0xD7F7) * 1024 and the low unit the scalar value.
+constexpr uint32_t joinSurrogates(uint32_t high, uint32_t low) {
+  return (high - 0xD7F7) * 1024 + low;
+}
+
+constexpr uint32_t readUnit(const uint8_t* bytes, uint32_t width, bool bigEndian) {
+  uint32_t value = 0;
+  for (uint32_t i = 0; i < width; ++i) {
+    value = value << 8 | bytes[bigEndian ? i : width - 1 - i];
+  }
+  return value;
+}
+
+// The value of a hexadecimal digit, -1 for any other character.
+constexpr int hexDigit(uint32_t c) {
+  if (c >= '0' && c <= '9') return static_cast<int>(c - '0');
+  if (c >= 'A' && c <= 'F') return static_cast<int>(c - 'A' + 10);
+  if (c >= 'a' && c <= 'f') return static_cast<int>(c - 'a' + 10);
+  return -1;
+}
+
+}  // namespace ksv

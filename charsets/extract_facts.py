@@ -1,0 +1,300 @@
+#!/usr/bin/env python3
+"""Takes the mapping facts under facts/ from the charmaps of a Debian machine.
+
+Run it by hand, on a machine with the package `locales`; the build reads only
+what it wrote. Every file is taken from one charmap of the C library and held
+against what others say about the same codes. A code on which they differ must be
+listed here with the reason for what was taken; an unlisted difference, or a
+listed one that is gone, stops the run.
+"""
+
+from __future__ import annotations
+
+import argparse
+import dataclasses
+import gzip
+import hashlib
+import re
+import subprocess
+import sys
+import unicodedata
+from collections.abc import Callable, Mapping
+from datetime import datetime, timezone
+from pathlib import Path
+
+CHARMAPS = Path("/usr/share/i18n/charmaps")
+CHARMAP_LINE = re.compile(
+    r"^(?:%IRREVERSIBLE%)?<U([0-9A-F]+)>\s+((?:/x[0-9a-f]{2})+)(?:\s|$)")
+CHARMAP_RANGE = re.compile(r"^<U[0-9A-F]+>\.\.<U[0-9A-F]+>")
+
+# A code of a set to its character.
+CodeMap = dict[int, int]
+
+
+@dataclasses.dataclass(frozen=True)
+class Witness:
+    """Another source for the same codes: how it reads a code, and where it may differ."""
+
+    name: str
+    decode: Callable[[int], int | None]
+    differences: Mapping[int, str]
+
+
+@dataclasses.dataclass(frozen=True)
+class FactFile:
+    """One file under facts/."""
+
+    name: str
+    title: str
+    charmap: str
+    taken: list[str]
+    select: Callable[[bytes], int | None]
+    expected_count: int
+    witnesses: list[Witness]
+
+
+def read_charmap(name: str) -> list[tuple[bytes, int]]:
+    """Returns the byte sequences and characters of a charmap, irreversible lines included."""
+    entries = []
+    inside = False
+    with gzip.open(CHARMAPS / f"{name}.gz", "rt", encoding="utf-8") as charmap:
+        for line in charmap:
+            if line.startswith("CHARMAP"):
+                inside = True
+            elif line.startswith("END CHARMAP"):
+                break
+            elif inside and CHARMAP_RANGE.match(line):
+                sys.exit(f"{name}: a range, which is not handled: {line}")
+            elif inside and (match := CHARMAP_LINE.match(line)):
+                sequence = bytes.fromhex(match.group(2).replace("/x", ""))
+                entries.append((sequence, int(match.group(1), 16)))
+    return entries
+
+
+# Row and cell arithmetic.
+
+
+def shift_jis_to_jis(pair: bytes) -> int:
+    """The code row * 256 + cell of a Shift_JIS byte pair; leads from F0 give rows above 7E."""
+    lead, trail = pair
+    index = lead - (0xC1 if lead >= 0xE0 else 0x81)
+    cell = trail - (0x41 if trail >= 0x80 else 0x40)
+    row = 2 * index + 0x21 + cell // 94
+    return row * 256 + cell % 94 + 0x21
+
+
+def jis_to_shift_jis(code: int) -> bytes:
+    """The byte pair of a code; the inverse of shift_jis_to_jis."""
+    row, cell = (code >> 8) - 0x21, (code & 0xFF) - 0x21
+    lead = row // 2 + 0x81
+    trail = cell + 0x40 + (94 if row % 2 else 0)
+    return bytes([lead + (0x40 if lead >= 0xA0 else 0), trail + (trail >= 0x7F)])
+
+
+def jis_to_euc(code: int) -> bytes:
+    """The EUC bytes of a code; plane 2 (0x10000 added) stands behind 8F."""
+    pair = (code & 0xFFFF | 0x8080).to_bytes(2, "big")
+    return b"\x8f" + pair if code >= 0x10000 else pair
+
+
+def euc_to_jis(sequence: bytes) -> int | None:
+    """The code of a two-byte sequence of EUC, or of a three-byte one as plane 2."""
+    if len(sequence) == 2 and sequence[0] >= 0xA1:
+        return int.from_bytes(sequence, "big") & 0x7F7F
+    if len(sequence) == 3 and sequence[0] == 0x8F:
+        return 0x10000 + (int.from_bytes(sequence[1:], "big") & 0x7F7F)
+    return None
+
+
+# Plane 2 of JIS X 0213 in Shift_JIS-2004: lead bytes F0 to F4 by row.
+PLANE_2_LEADS = {1: 0xF0, 8: 0xF0, 3: 0xF1, 4: 0xF1, 5: 0xF2, 12: 0xF2, 13: 0xF3, 14: 0xF3,
+                 15: 0xF4, 78: 0xF4} | {row: 0xF5 + (row - 79) // 2 for row in range(79, 95)}
+
+
+def jis_to_shift_jis_2004(code: int) -> bytes:
+    """The Shift_JIS-2004 byte pair of a JIS X 0213 code."""
+    if code < 0x10000:
+        return jis_to_shift_jis(code)
+    row, cell = (code >> 8 & 0xFF) - 0x20, (code & 0xFF) - 0x21
+    trail = cell + 0x40 + (94 if row % 2 == 0 else 0)
+    return bytes([PLANE_2_LEADS[row], trail + (trail >= 0x7F)])
+
+
+# Witnesses.
+
+
+def python_codec(codec: str, to_bytes: Callable[[int], bytes],
+                 differences: Mapping[int, str]) -> Witness:
+    """A codec of Python's standard library."""
+
+    def decode(code: int) -> int | None:
+        try:
+            text = to_bytes(code).decode(codec)
+        except UnicodeDecodeError:
+            return None
+        return ord(text) if len(text) == 1 else None
+
+    version = sys.version.split()[0]
+    return Witness(f"Python {version}, codec {codec}", decode, differences)
+
+
+def other_charmap(name: str, to_bytes: Callable[[int], bytes]) -> Witness:
+    """Another charmap of the C library, which must not differ."""
+    entries = dict(read_charmap(name))
+    return Witness(f"{CHARMAPS}/{name}.gz", lambda code: entries.get(to_bytes(code)), {})
+
+
+# What is taken.
+
+
+def lead_between(ranges: list[tuple[int, int]]) -> Callable[[bytes], int | None]:
+    """Selects the byte pairs whose lead byte lies in one of the ranges."""
+
+    def select(sequence: bytes) -> int | None:
+        if len(sequence) == 2 and any(low <= sequence[0] <= high for low, high in ranges):
+            return shift_jis_to_jis(sequence)
+        return None
+
+    return select
+
+
+JIS_X0213_DIFFERENCES = {
+    0x213D: "U+2014 EM DASH is the standard's own name for the character",
+    0x2256: "U+FF5F is the full-width form, U+2985 a mathematical sign",
+    0x2257: "U+FF60 is the full-width form, U+2986 a mathematical sign",
+}
+SHIFT_JIS_2004_DIFFERENCES = JIS_X0213_DIFFERENCES | {
+    0x2140: "U+005C is written as the one-byte code 5C",
+    0x2232: "U+007E is written as the one-byte code 7E",
+}
+
+
+def fact_files() -> list[FactFile]:
+    """Lists the files under facts/."""
+    cp932 = [python_codec("cp932", jis_to_shift_jis, {})]
+    return [
+        FactFile(
+            "jis_x0208_windows.txt", "JIS X 0208 as Windows maps it", "WINDOWS-31J",
+            ["The byte pairs with lead bytes 81 to 84, 88 to 9F and E0 to EA, as row and cell",
+             "codes. Other mappings of the standard (the C library's SHIFT_JIS, EUC-JP) give",
+             "2140 U+005C, 2141 U+301C, 2142 U+2016, 215D U+2212, 2171 U+00A2, 2172 U+00A3,",
+             "224C U+00AC and 213D U+2014 or U+2015; Windows' characters are taken, since",
+             "that is what text of this encoding was written with. The others are written",
+             "to the same codes by rules/one_way/jis_x0208_standard.toml."],
+            lead_between([(0x81, 0x84), (0x88, 0x9F), (0xE0, 0xEA)]), 6879, cp932),
+        FactFile(
+            "nec_row_13.txt", "NEC special characters, row 13", "WINDOWS-31J",
+            ["The byte pairs with lead byte 87, lines marked irreversible included: nine of",
+             "them are mathematical signs that JIS X 0208 has as well."],
+            lead_between([(0x87, 0x87)]), 83, cp932),
+        FactFile(
+            "ibm_extension.txt", "IBM extension characters", "WINDOWS-31J",
+            ["The byte pairs with lead bytes FA to FC, lines marked irreversible included, as",
+             "the codes that the arithmetic of Shift_JIS gives: rows 93 to 97, hexadecimal."],
+            lead_between([(0xFA, 0xFC)]), 388, cp932),
+        FactFile(
+            "nec_selected_ibm.txt", "IBM extension characters as NEC selected them",
+            "WINDOWS-31J",
+            ["The byte pairs with lead bytes ED and EE, lines marked irreversible included."],
+            lead_between([(0xED, 0xEE)]), 374, cp932),
+        FactFile(
+            "jis_x0213.txt", "JIS X 0213:2004", "EUC-JISX0213",
+            ["Both planes; 10000 is added to the codes of plane 2. The 25 codes that stand for",
+             "a base character and a combining mark (2477 to 247B, 2577 to 257E, 2678, 2B44,",
+             "2B48 to 2B4F, 2B65, 2B66) are not here: the converter composes them itself."],
+            euc_to_jis, 11233 - 25,
+            [other_charmap("SHIFT_JISX0213", jis_to_shift_jis_2004),
+             python_codec("euc_jis_2004", jis_to_euc, JIS_X0213_DIFFERENCES),
+             python_codec("shift_jis_2004", jis_to_shift_jis_2004,
+                          SHIFT_JIS_2004_DIFFERENCES)]),
+    ]
+
+
+def extract(facts: FactFile) -> CodeMap:
+    """Selects the codes of one file from its charmap."""
+    mapping: CodeMap = {}
+    for sequence, character in read_charmap(facts.charmap):
+        code = facts.select(sequence)
+        if code is None:
+            continue
+        if code in mapping:
+            sys.exit(f"{facts.name}: code {code:04X} appears twice in {facts.charmap}")
+        mapping[code] = character
+    if len(mapping) != facts.expected_count:
+        sys.exit(f"{facts.name}: {len(mapping)} codes, not {facts.expected_count}")
+    return mapping
+
+
+def compare(facts: FactFile, mapping: CodeMap, witness: Witness) -> list[str]:
+    """Holds the codes against one witness and returns header lines that say what came out."""
+    found = {code: witness.decode(code) for code, character in mapping.items()
+             if witness.decode(code) != character}
+    if found.keys() != witness.differences.keys():
+        listed = sorted(witness.differences)
+        sys.exit(f"{facts.name} against {witness.name}: differs at "
+                 f"{[f'{code:04X}' for code in sorted(found)]}, listed {listed}")
+    if not found:
+        return [f"checked: {witness.name}: the same"]
+    lines = [f"checked: {witness.name}: the same but for"]
+    for code, other in sorted(found.items()):
+        theirs = "nothing" if other is None else f"U+{other:04X}"
+        lines.append(f"  {code:04X} U+{mapping[code]:04X}, there {theirs}: "
+                     f"{witness.differences[code]}")
+    return lines
+
+
+def describe(character: int) -> str:
+    """What a reader sees beside a code: unified ideographs themselves, names of all others."""
+    name = unicodedata.name(chr(character), "")
+    return chr(character) if name.startswith("CJK UNIFIED IDEOGRAPH-") else name
+
+
+def package_version(package: str) -> str:
+    """The version of an installed Debian package."""
+    query = subprocess.run(["dpkg-query", "-W", "-f", "${Version}", package],
+                           capture_output=True, text=True, check=True)
+    return query.stdout
+
+
+def write_facts(facts: FactFile, directory: Path, date: str) -> None:
+    """Writes one file: a header, an empty line, and a line for every code."""
+    mapping = extract(facts)
+    source = CHARMAPS / f"{facts.charmap}.gz"
+    body = "".join(f"{code:04X} {character:04X} {describe(character)}\n"
+                   for code, character in sorted(mapping.items()))
+    header = [
+        facts.title,
+        "",
+        f"origin: {source}, Debian package locales {package_version('locales')} (glibc)",
+        f"origin-sha256: {hashlib.sha256(source.read_bytes()).hexdigest()}",
+        f"date: {date}",
+        "licence: a list of facts (which code stands for which character), in which no",
+        "  copyright is claimed; the charmap's form and remarks were not taken over",
+        "taken:",
+        *(f"  {line}" for line in facts.taken),
+    ]
+    for witness in facts.witnesses:
+        header += compare(facts, mapping, witness)
+    header += [
+        "line: code, character (both hexadecimal), the character or its name",
+        f"codes: {len(mapping)}",
+        f"sha256: {hashlib.sha256(body.encode()).hexdigest()} (of the lines below)",
+    ]
+    text = "".join(f"# {line}".rstrip() + "\n" for line in header) + "\n" + body
+    (directory / facts.name).write_text(text, encoding="utf-8")
+    print(f"{facts.name}: {len(mapping)} codes")
+
+
+def main() -> None:
+    """Writes all files."""
+    parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
+    parser.add_argument("--directory", type=Path, default=Path(__file__).parent / "facts")
+    parser.add_argument("--date", default=datetime.now(timezone.utc).strftime("%Y-%m-%d"),
+                        help="the date that the headers name")
+    arguments = parser.parse_args()
+    for facts in fact_files():
+        write_facts(facts, arguments.directory, arguments.date)
+
+
+if __name__ == "__main__":
+    main()

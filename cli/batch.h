@@ -1,0 +1,30 @@
+// Converts a list of files, several at once when asked to.
+#ifndef KSV_CLI_BATCH_H
+#define KSV_CLI_BATCH_H
+
+#include <string>
+#include <vector>
+
+#include "file_converter.h"
+
+namespace ksv_cli {
+
+// Where the results go.
+struct OutputPlan {
+  enum class Kind { kStandardOutput, kFile, kDirectory, kInPlace };
+  Kind kind = Kind::kStandardOutput;
+  std::string path;          // of the file or the directory
+  std::string backupSuffix;  // for kInPlace; empty: the original is not kept
+};
+
+// Throws UsageError when results would overwrite inputs or each other. Returns
+// the exit status; failures have been reported.
+int convertBatch(const ConversionSettings& settings, const OutputPlan& plan,
+                 const std::vector<std::string>& inputs, size_t jobs);
+
+// The operand that stands for standard input and output.
+inline constexpr char kStandardStream[] = "-";
+
+}  // namespace ksv_cli
+
+#endif

@@ -1,0 +1,50 @@
+// ksv charsets: the charsets that can be named, a line each.
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "charset_names.h"
+#include "console.h"
+#include "jobs.h"
+#include "rule_base.h"
+
+namespace ksv_cli {
+namespace {
+
+std::string asJson(const CharsetListing& charset) {
+  nlohmann::ordered_json line;
+  line["name"] = charset.display;
+  line["aliases"] = charset.aliases;
+  return line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+std::string asText(const CharsetListing& charset) {
+  std::string line = charset.display;
+  for (size_t i = 0; i < charset.aliases.size(); ++i)
+    line += (i == 0 ? "\t" : " ") + charset.aliases[i];
+  return line;
+}
+
+int listCharsets(bool json) {
+  const RuleBase ruleBase;
+  std::string text;
+  for (const CharsetListing& charset : CharsetNames(ruleBase.charsets()).list())
+    text += (json ? asJson(charset) : asText(charset)) + "\n";
+  return writeResult(text);
+}
+
+}  // namespace
+
+void addCharsetsJob(CLI::App& app, int& exitStatus) {
+  CLI::App* job = app.add_subcommand("charsets", "List the charsets that can be named");
+  job->footer(
+      "A line a charset: its name, a tab, its aliases. Names are taken without regard to\n"
+      "case. The charsets are those of the charset directory.");
+  auto json = std::make_shared<bool>(false);
+  job->add_flag("--json", *json, "One JSON object a line: name, aliases");
+  job->callback([json, &exitStatus] { exitStatus = listCharsets(*json); });
+}
+
+}  // namespace ksv_cli

@@ -1,0 +1,80 @@
+#include "console.h"
+
+#include <algorithm>
+
+#include "failure.h"
+#include "platform.h"
+
+namespace ksv_cli {
+namespace {
+
+constexpr uint64_t kMuch = 64 * 1024 * 1024;
+constexpr auto kInterval = std::chrono::milliseconds(100);
+constexpr uint64_t kMebibyte = 1024 * 1024;
+
+}  // namespace
+
+std::string diagnostic(const std::string& subject, const std::string& reason) {
+  std::string line = "ksv: " + subject + ": " + reason;
+  std::replace(line.begin(), line.end(), '\n', ' ');
+  return line + "\n";
+}
+
+int writeResult(const std::string& text) {
+  try {
+    platform::openStandardOutput()->write(reinterpret_cast<const uint8_t*>(text.data()),
+                                          text.size());
+  } catch (const Failure& failure) {
+    if (!failure.quiet())
+      platform::writeToStandardError(diagnostic("standard output", failure.what()));
+    return kExitFailed;
+  }
+  return kExitDone;
+}
+
+Console::Console(size_t fileCount, uint64_t totalBytes)
+    : fileCount_(fileCount),
+      totalBytes_(totalBytes),
+      onTerminal_(platform::standardErrorIsTerminal()) {}
+
+Console::~Console() { clear(); }
+
+void Console::report(const std::string& subject, const std::string& reason) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  clear();
+  platform::writeToStandardError(diagnostic(subject, reason));
+}
+
+void Console::addBytes(uint64_t count) {
+  if (!onTerminal_) return;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  bytes_ += count;
+  const bool isMuch = fileCount_ > 1 || std::max(totalBytes_, bytes_) > kMuch;
+  const auto now = std::chrono::steady_clock::now();
+  if (!isMuch || now - lastShown_ < kInterval) return;
+  lastShown_ = now;
+  show();
+}
+
+void Console::addFile() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  ++files_;
+}
+
+void Console::show() {
+  std::string line = std::to_string(bytes_ / kMebibyte) + " MiB";
+  if (totalBytes_ != 0)
+    line += ", " + std::to_string(std::min<uint64_t>(100, bytes_ * 100 / totalBytes_)) + " %";
+  if (fileCount_ > 1)
+    line += ", file " + std::to_string(std::min(files_ + 1, fileCount_)) + " of " +
+            std::to_string(fileCount_);
+  platform::writeToStandardError("\r" + line + "\x1B[K");
+  shown_ = true;
+}
+
+void Console::clear() {
+  if (shown_) platform::writeToStandardError("\r\x1B[K");
+  shown_ = false;
+}
+
+}  // namespace ksv_cli

@@ -1,0 +1,47 @@
+// Standard error: diagnostics, a line each, and the progress of long work.
+#ifndef KSV_CLI_CONSOLE_H
+#define KSV_CLI_CONSOLE_H
+
+#include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+namespace ksv_cli {
+
+// "ksv: SUBJECT: REASON" as one line.
+std::string diagnostic(const std::string& subject, const std::string& reason);
+
+// Writes a result to standard output. Returns the exit status: a failure has been
+// reported by then.
+int writeResult(const std::string& text);
+
+// May be used from several threads.
+class Console {
+ public:
+  // Progress is shown when standard error is a terminal and there is much to do:
+  // more than one file, or more than 64 MiB. totalBytes is 0 when it is not known.
+  Console(size_t fileCount, uint64_t totalBytes);
+  ~Console();
+
+  void report(const std::string& subject, const std::string& reason);
+  void addBytes(uint64_t count);
+  void addFile();
+
+ private:
+  void show();
+  void clear();
+
+  const size_t fileCount_;
+  const uint64_t totalBytes_;
+  const bool onTerminal_;
+  std::mutex mutex_;
+  uint64_t bytes_ = 0;
+  size_t files_ = 0;
+  bool shown_ = false;
+  std::chrono::steady_clock::time_point lastShown_{};
+};
+
+}  // namespace ksv_cli
+
+#endif

@@ -1,0 +1,92 @@
+// Converts one text of any length with one converter record.
+//
+// The text goes through in pieces: a piece is read, checked when it is in a
+// Unicode form, cut where a cut changes nothing, and converted; what the cut
+// leaves over goes in front of the next piece. The result is that of a single
+// cconvConvert call over the whole text, whatever the size of the pieces.
+#ifndef KSV_CLI_FILE_CONVERTER_H
+#define KSV_CLI_FILE_CONVERTER_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "charset_names.h"
+#include "ksv_cconv.h"
+#include "streams.h"
+
+namespace ksv_cli {
+
+struct ConversionSettings {
+  CharsetChoice source;
+  CharsetChoice target;
+  ConvertOptions options{};
+  bool skipInvalid = false;
+  std::string language;  // announced in front of the text; empty: none
+  size_t blockSize = 256 * 1024;
+};
+
+class FileConverter {
+ public:
+  FileConverter(const ConversionSettings& settings, ByteSource& source, ByteSink& sink);
+
+  // Converts everything. Throws Failure with the reason and the offset; what was
+  // converted before the bad character has gone to the sink by then.
+  void run();
+
+ private:
+  // Ill-formed bytes that were taken out of the text in front of a position.
+  struct Gap {
+    size_t at;
+    size_t length;
+  };
+
+  void setUpTarget();
+  void setUpSource();
+  void fill();
+  void skipByteOrderMark();
+  void checkNewBytes();
+  void findIllFormed();
+  void dropIllFormed();
+  ScanResult scanNewBytes(size_t from) const;
+  void noteGap(size_t at, size_t length);
+  void convertHeld();
+  size_t convert(size_t begin, size_t end);
+  size_t convertBehindTruncated(size_t at, size_t end);
+  void aimAtOutput();
+  void drain();
+  void finish();
+  void discard(size_t used);
+  bool isLastPiece() const { return atEnd_ || malformed_; }
+
+  uint64_t fileOffset(size_t position) const;
+  [[noreturn]] void failMalformed() const;
+  [[noreturn]] void failInvalid(size_t position) const;
+  [[noreturn]] void failTruncated(size_t position) const;
+  [[noreturn]] void failUnmappable(size_t position) const;
+
+  const ConversionSettings& settings_;
+  ByteSource& source_;
+  ByteSink& sink_;
+  ConverterRecord record_{};
+
+  std::unique_ptr<uint8_t[]> input_;
+  size_t inputCapacity_;
+  std::unique_ptr<uint8_t[]> output_;
+  size_t outputCapacity_;
+
+  size_t held_ = 0;       // bytes in the input buffer
+  size_t checked_ = 0;    // of these, whole well-formed characters
+  uint64_t base_ = 0;     // offset in the file of the first of them
+  std::vector<Gap> gaps_;
+  bool bigEndian_ = false;
+  bool atEnd_ = false;      // the buffer holds the end of the text
+  bool malformed_ = false;  // bad bytes stand at checked_
+  bool truncated_ = false;  // and they are the beginning of a character
+};
+
+}  // namespace ksv_cli
+
+#endif

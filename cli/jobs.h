@@ -1,0 +1,18 @@
+// The jobs of the command. Each adds its subcommand to the parser and, when that
+// is the one given, leaves the exit status of its work.
+#ifndef KSV_CLI_JOBS_H
+#define KSV_CLI_JOBS_H
+
+namespace CLI {
+class App;
+}
+
+namespace ksv_cli {
+
+void addConvertJob(CLI::App& app, int& exitStatus);
+void addCharsetsJob(CLI::App& app, int& exitStatus);
+void addTablesJob(CLI::App& app, int& exitStatus);
+
+}  // namespace ksv_cli
+
+#endif

@@ -1,0 +1,20 @@
+// Finds where a character that a converter stopped at begins.
+#ifndef KSV_CLI_REPLAY_H
+#define KSV_CLI_REPLAY_H
+
+#include <cstdint>
+
+#include "ksv_cconv.h"
+
+namespace ksv_cli {
+
+// before: the converter as it was before the call that stopped, with its input
+// set; reported: a position at or behind the first byte of the character. Returns
+// the position of that byte. Decoders leave the position on the bad bytes, one
+// byte behind the first, or behind all of them; so shorter and shorter pieces of
+// the input are converted once more, until one ends cleanly.
+int32_t characterStart(const ConverterRecord& before, int32_t reported);
+
+}  // namespace ksv_cli
+
+#endif

@@ -1,0 +1,141 @@
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/guard.h"
+#include "common/path.h"
+#include "common/path_encoding.h"
+#include "common/platform.h"
+#include "common/wildcard.h"
+#include "include/ksv_path.h"
+
+static_assert(sizeof(KsvDirectoryListing) == 312);
+static_assert(offsetof(KsvDirectoryListing, handle) == 0);
+static_assert(offsetof(KsvDirectoryListing, attrib) == 8);
+static_assert(offsetof(KsvDirectoryListing, timeCreate) == 16);
+static_assert(offsetof(KsvDirectoryListing, timeAccess) == 24);
+static_assert(offsetof(KsvDirectoryListing, timeWrite) == 32);
+static_assert(offsetof(KsvDirectoryListing, size) == 40);
+static_assert(offsetof(KsvDirectoryListing, name) == 44);
+static_assert(offsetof(KsvDirectoryListing, firstEntry) == 304);
+static_assert(sizeof(KsvDirectoryEntry) == 272);
+static_assert(offsetof(KsvDirectoryEntry, name) == 12);
+
+namespace ksv {
+namespace {
+
+constexpr intptr_t kNoHandle = -1;
+
+// What a listing's handle stands for.
+struct Matches {
+  std::string directory;  // with a separator
+  std::vector<std::string> names;
+  size_t next = 0;
+};
+
+Matches findMatches(const char* pattern) {
+  const PathParts parts = splitPath(pattern);
+  const std::string component = std::string(parts.base).append(parts.extension);
+  Matches matches;
+  if (component.empty()) return matches;
+  // A drive without a directory is the directory that the drive stands in.
+  const bool driveOnly = !parts.drive.empty() && parts.directory.empty();
+  matches.directory = driveOnly ? std::string(parts.drive)
+                                : std::string(parts.drive) + openableDirectory(parts.directory);
+  if (!driveOnly && !isSeparator(matches.directory.back())) matches.directory.push_back('/');
+
+  if (!hasWildcard(component)) {
+    platform::FileStatus status;
+    const std::string path = matches.directory + component;
+    if (platform::entryStatus(path.c_str(), status)) matches.names.push_back(component);
+    return matches;
+  }
+  auto names = platform::directoryNames(matches.directory.c_str());
+  if (!names) return matches;
+  for (std::string& name : *names) {
+    if (matchesWildcard(component, name)) matches.names.push_back(std::move(name));
+  }
+  std::sort(matches.names.begin(), matches.names.end());
+  return matches;
+}
+
+void describeEntry(const std::string& path, KsvDirectoryListing& listing) {
+  constexpr uint32_t kAnyoneMayWrite = 0222;
+  platform::FileStatus status = {};
+  platform::fileStatus(path.c_str(), status) || platform::entryStatus(path.c_str(), status);
+  const bool isDirectory = (status.mode & platform::kFileTypeMask) == platform::kDirectory;
+  const bool readOnly = (status.mode & kAnyoneMayWrite) == 0;
+  listing.attrib = (isDirectory ? static_cast<uint32_t>(KSV_ATTRIBUTE_DIRECTORY) : 0u) |
+                   (readOnly ? static_cast<uint32_t>(KSV_ATTRIBUTE_READ_ONLY) : 0u);
+  listing.timeCreate = status.changeTime;
+  listing.timeAccess = status.accessTime;
+  listing.timeWrite = status.writeTime;
+  listing.size = static_cast<uint32_t>(status.size);
+}
+
+// Steps on to the next match and describes it. A name that has no ANSI form or
+// does not fit is left out: cut short it would name another file.
+bool advance(Matches& matches, KsvDirectoryListing& listing) {
+  while (matches.next < matches.names.size()) {
+    const std::string& name = matches.names[matches.next++];
+    const std::optional<std::string> ansi = platform::utf8ToAnsi(name.c_str());
+    if (!ansi || ansi->size() >= sizeof listing.name) continue;
+    describeEntry(matches.directory + name, listing);
+    return copyText(*ansi, listing.name, sizeof listing.name);
+  }
+  return false;
+}
+
+Matches* matchesOf(const KsvDirectoryListing* listing) {
+  if (listing == nullptr || listing->handle == kNoHandle) return nullptr;
+  return reinterpret_cast<Matches*>(listing->handle);
+}
+
+bool openListing(const char* pattern, KsvDirectoryListing& listing) {
+  const std::optional<std::string> utf8 = platform::ansiToUtf8(pattern);
+  if (!utf8) return false;
+  auto matches = std::make_unique<Matches>(findMatches(utf8->c_str()));
+  if (!advance(*matches, listing)) return false;
+  listing.handle = reinterpret_cast<intptr_t>(matches.release());
+  listing.firstEntry = 1;
+  return true;
+}
+
+}  // namespace
+}  // namespace ksv
+
+int KSV_ASC_opendir(const char* pattern, KsvDirectoryListing* listing) {
+  if (listing == nullptr) return 0;
+  listing->handle = ksv::kNoHandle;
+  listing->firstEntry = 0;
+  if (pattern == nullptr) return 0;
+  return ksv::guarded(false, [&] { return ksv::openListing(pattern, *listing); }) ? 1 : 0;
+}
+
+int KSV_ASC_readdir(KsvDirectoryListing* listing, KsvDirectoryEntry* entry) {
+  ksv::Matches* matches = ksv::matchesOf(listing);
+  if (matches == nullptr || entry == nullptr) return 0;
+  if (listing->firstEntry != 0) {
+    listing->firstEntry = 0;
+  } else if (!ksv::guarded(false, [&] { return ksv::advance(*matches, *listing); })) {
+    return 0;
+  }
+  return ksv::copyText(listing->name, entry->name, sizeof entry->name) ? 1 : 0;
+}
+
+int KSV_ASC_closedir(KsvDirectoryListing* listing) {
+  ksv::Matches* matches = ksv::matchesOf(listing);
+  if (matches == nullptr) return -1;
+  delete matches;
+  listing->handle = ksv::kNoHandle;
+  return 0;
+}
+
+int KSV_FindFile(const char* pattern) {
+  if (pattern == nullptr || !ksv::isUsablePath(pattern)) return -1;
+  const bool found = ksv::guarded(false, [&] { return !ksv::findMatches(pattern).names.empty(); });
+  return found ? 0 : -1;
+}

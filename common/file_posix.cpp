@@ -1,0 +1,93 @@
+// Files and directories of a POSIX system.
+#include <dirent.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "common/platform.h"
+
+namespace ksv::platform {
+
+static_assert(sizeof(off_t) == sizeof(int64_t), "files above 2 GiB need a 64-bit off_t");
+static_assert(S_IFMT == kFileTypeMask && S_IFREG == kRegularFile && S_IFDIR == kDirectory);
+
+namespace {
+
+constexpr char kUniqueSuffix[] = ".tmp";
+
+void copyStatus(const struct stat& from, FileStatus& to) {
+  to.device = from.st_dev;
+  to.inode = from.st_ino;
+  to.mode = from.st_mode;
+  to.links = from.st_nlink;
+  to.user = from.st_uid;
+  to.group = from.st_gid;
+  to.specialDevice = from.st_rdev;
+  to.size = from.st_size;
+  to.accessTime = from.st_atime;
+  to.writeTime = from.st_mtime;
+  to.changeTime = from.st_ctime;
+}
+
+struct CloseDirectory {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+
+}  // namespace
+
+// fopen reads a directory as an empty file; nobody who opens one means that.
+std::FILE* openFile(const char* path, const char* mode) {
+  std::FILE* stream = fopen(path, mode);
+  if (stream == nullptr) return nullptr;
+  struct stat status;
+  if (fstat(fileno(stream), &status) == 0 && !S_ISDIR(status.st_mode)) return stream;
+  fclose(stream);
+  return nullptr;
+}
+
+int seekFile(std::FILE* stream, int64_t offset, int origin) {
+  return fseeko(stream, offset, origin);
+}
+
+int64_t tellFile(std::FILE* stream) { return ftello(stream); }
+
+bool fileStatus(const char* path, FileStatus& status) {
+  struct stat system;
+  if (stat(path, &system) != 0) return false;
+  copyStatus(system, status);
+  return true;
+}
+
+bool entryStatus(const char* path, FileStatus& status) {
+  struct stat system;
+  if (lstat(path, &system) != 0) return false;
+  copyStatus(system, status);
+  return true;
+}
+
+bool removeFile(const char* path) { return unlink(path) == 0; }
+
+bool makeDirectory(const char* path) { return mkdir(path, 0777) == 0; }
+
+bool removeDirectory(const char* path) { return rmdir(path) == 0; }
+
+std::optional<std::vector<std::string>> directoryNames(const char* path) {
+  const std::unique_ptr<DIR, CloseDirectory> directory(opendir(path));
+  if (!directory) return std::nullopt;
+  std::vector<std::string> names;
+  while (const dirent* entry = readdir(directory.get())) names.emplace_back(entry->d_name);
+  return names;
+}
+
+std::optional<std::string> createUniqueFile(const std::string& directory, const char* prefix) {
+  std::string path = directory + prefix + "XXXXXX" + kUniqueSuffix;
+  const int file = mkostemps(path.data(), sizeof kUniqueSuffix - 1, 0);
+  if (file < 0) return std::nullopt;
+  close(file);
+  return path;
+}
+
+}  // namespace ksv::platform

@@ -1,0 +1,215 @@
+// A named lock: a robust mutex in a small file that the processes of one user
+// map. The system itself marks the mutex when its holder dies, thread or process.
+#include <fcntl.h>
+#include <pthread.h>
+#include <stdlib.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "common/guard.h"
+#include "common/platform.h"
+
+namespace ksv::platform {
+namespace {
+
+// Fixed places, so that all processes of a user agree whatever their environment
+// is. Nobody but the owner can replace a file in any of them.
+constexpr const char* kDirectories[] = {"/dev/shm", "/run/user", "/tmp"};
+constexpr char kPerUserDirectory[] = "/run/user";
+
+constexpr uint64_t kMagic = 0x6B73765F6C6F636B;
+constexpr uint32_t kLayoutVersion = 1;
+constexpr size_t kLongestName = 64;
+constexpr int kOpenAttempts = 16;
+
+struct SharedLock {
+  uint64_t magic;
+  uint32_t layoutVersion;
+  uint32_t mutexSize;
+  pthread_mutex_t mutex;
+};
+
+// A lock that this process has mapped. It stays mapped until the process ends: a
+// thread that holds the mutex has it in the list that the kernel walks when the
+// thread dies. A list without a lock of its own, so that a process forked at any
+// instant can use it.
+struct Mapping {
+  char name[kLongestName + 1];
+  SharedLock* lock;
+  Mapping* next;
+};
+
+std::atomic<Mapping*> mappings{nullptr};
+
+Mapping* findMapping(const char* name) {
+  for (Mapping* mapping = mappings.load(); mapping != nullptr; mapping = mapping->next) {
+    if (std::strcmp(mapping->name, name) == 0) return mapping;
+  }
+  return nullptr;
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int file) : file_(file) {}
+  ~Descriptor() {
+    if (file_ >= 0) close(file_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int get() const { return file_; }
+
+ private:
+  const int file_;
+};
+
+SharedLock* mapLock(int file) {
+  void* memory = mmap(nullptr, sizeof(SharedLock), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+  return memory == MAP_FAILED ? nullptr : static_cast<SharedLock*>(memory);
+}
+
+bool initialiseMutex(pthread_mutex_t& mutex) {
+  pthread_mutexattr_t attributes;
+  if (pthread_mutexattr_init(&attributes) != 0) return false;
+  const bool made = pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE) == 0 &&
+                    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED) == 0 &&
+                    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST) == 0 &&
+                    pthread_mutex_init(&mutex, &attributes) == 0;
+  pthread_mutexattr_destroy(&attributes);
+  return made;
+}
+
+bool initialiseLockFile(int file) {
+  // Written, not only extended, so that a full file system refuses here and not
+  // with a signal at the first access.
+  const SharedLock empty = {};
+  if (write(file, &empty, sizeof empty) != static_cast<ssize_t>(sizeof empty)) return false;
+  SharedLock* lock = mapLock(file);
+  if (lock == nullptr) return false;
+  const bool made = initialiseMutex(lock->mutex);
+  lock->layoutVersion = kLayoutVersion;
+  lock->mutexSize = sizeof lock->mutex;
+  lock->magic = kMagic;
+  munmap(lock, sizeof *lock);
+  return made;
+}
+
+// Makes the file under another name and links it into place, so that nobody ever
+// sees one that is half made. True as well when another process was first.
+bool createLockFile(const std::string& path) {
+  std::string temporary = path + ".XXXXXX";
+  const Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+  if (file.get() < 0) return false;
+  const bool placed = initialiseLockFile(file.get()) &&
+                      (link(temporary.c_str(), path.c_str()) == 0 || errno == EEXIST);
+  unlink(temporary.c_str());
+  return placed;
+}
+
+bool isOwnLockFile(int file) {
+  struct stat status;
+  return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
+         (status.st_mode & 077) == 0 && status.st_size == sizeof(SharedLock);
+}
+
+bool hasOwnLayout(const SharedLock& lock) {
+  return lock.magic == kMagic && lock.layoutVersion == kLayoutVersion &&
+         lock.mutexSize == sizeof lock.mutex;
+}
+
+SharedLock* mapVerified(int file) {
+  if (!isOwnLockFile(file)) return nullptr;
+  SharedLock* lock = mapLock(file);
+  if (lock == nullptr || hasOwnLayout(*lock)) return lock;
+  munmap(lock, sizeof *lock);
+  return nullptr;
+}
+
+// Null when the place cannot be used, or holds something that is not our lock.
+SharedLock* openLockFile(const std::string& path) {
+  for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
+    const Descriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (file.get() >= 0) return mapVerified(file.get());
+    if (errno != ENOENT || !createLockFile(path)) return nullptr;
+  }
+  return nullptr;
+}
+
+SharedLock* openLock(const char* name) {
+  const std::string user = std::to_string(geteuid());
+  for (const char* place : kDirectories) {
+    std::string directory = place;
+    if (directory == kPerUserDirectory) directory.append("/").append(user);
+    SharedLock* lock = openLockFile(directory + "/ksv_comm." + user + "." + name);
+    if (lock != nullptr) return lock;
+  }
+  return nullptr;
+}
+
+// Enters a mapping into the list, unless another thread was first: one mutex is
+// mapped once.
+Mapping* enterMapping(std::unique_ptr<Mapping> mapping) {
+  mapping->next = mappings.load();
+  do {
+    if (Mapping* earlier = findMapping(mapping->name)) {
+      munmap(mapping->lock, sizeof *mapping->lock);
+      return earlier;
+    }
+  } while (!mappings.compare_exchange_weak(mapping->next, mapping.get()));
+  return mapping.release();
+}
+
+Mapping* openMapping(const char* name) {
+  if (Mapping* mapping = findMapping(name)) return mapping;
+  auto mapping = std::make_unique<Mapping>();
+  std::strcpy(mapping->name, name);
+  mapping->lock = openLock(name);
+  return mapping->lock == nullptr ? nullptr : enterMapping(std::move(mapping));
+}
+
+class PosixNamedMutex final : public NamedMutex {
+ public:
+  explicit PosixNamedMutex(pthread_mutex_t& mutex) : mutex_(mutex) {}
+
+  ~PosixNamedMutex() override {
+    while (unlock()) {
+    }
+  }
+
+  LockResult lock() override {
+    const int error = pthread_mutex_lock(&mutex_);
+    if (error == 0) return LockResult::kAcquired;
+    if (error != EOWNERDEAD) return LockResult::kFailed;
+    pthread_mutex_consistent(&mutex_);
+    return LockResult::kAbandoned;
+  }
+
+  bool unlock() override { return pthread_mutex_unlock(&mutex_) == 0; }
+
+ private:
+  pthread_mutex_t& mutex_;
+};
+
+bool isUsableName(const char* name) {
+  return name[0] != '\0' && std::strlen(name) <= kLongestName && std::strchr(name, '/') == nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<NamedMutex> NamedMutex::open(const char* name) {
+  return guarded(std::unique_ptr<NamedMutex>(), [&]() -> std::unique_ptr<NamedMutex> {
+    Mapping* mapping = isUsableName(name) ? openMapping(name) : nullptr;
+    if (mapping == nullptr) return nullptr;
+    return std::make_unique<PosixNamedMutex>(mapping->lock->mutex);
+  });
+}
+
+}  // namespace ksv::platform

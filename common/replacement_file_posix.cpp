@@ -1,0 +1,147 @@
+// A file that appears complete or not at all.
+//
+// It is written to a fixed name beside its place, so that what a killed writer
+// leaves behind is taken up by the next one instead of piling up. The lock on the
+// open file, which the system drops with the process, tells a stale one from one
+// that is being written.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "common/guard.h"
+#include "common/platform.h"
+
+namespace ksv::platform {
+namespace {
+
+constexpr char kTemporarySuffix[] = ".tmp";
+constexpr size_t kBufferSize = 64 * 1024;
+// A temporary file that another writer renames or removes between our opening and
+// locking it is opened anew, but not for ever.
+constexpr int kOpenAttempts = 16;
+
+bool somethingStandsAt(const char* path) {
+  struct stat status;
+  return lstat(path, &status) == 0;
+}
+
+bool directoryIsWritable(const std::string& path) {
+  const size_t separator = path.rfind('/');
+  const std::string directory = separator == path.npos ? "." : path.substr(0, separator + 1);
+  return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+// Whether path still names the open file, which has no other name. One that has
+// is not ours to overwrite.
+bool isFileAt(int file, const char* path) {
+  struct stat open;
+  struct stat named;
+  return fstat(file, &open) == 0 && lstat(path, &named) == 0 && S_ISREG(open.st_mode) &&
+         open.st_nlink == 1 && open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
+
+// The temporary file, open and locked; -1 when that is refused.
+int openLocked(const char* path) {
+  for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
+    const int file = open(path, O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+    if (file < 0) return -1;
+    const bool locked = flock(file, LOCK_EX | LOCK_NB) == 0;
+    if (locked && isFileAt(file, path)) return file;
+    close(file);
+    if (!locked) return -1;
+  }
+  return -1;
+}
+
+class PosixReplacementFile final : public ReplacementFile {
+ public:
+  explicit PosixReplacementFile(const char* path)
+      : path_(path), temporaryPath_(path_ + kTemporarySuffix) {}
+
+  ~PosixReplacementFile() override { discard(); }
+
+  bool open() {
+    if (path_.empty() || path_.back() == '/') return false;
+    if (somethingStandsAt(path_.c_str()) || !directoryIsWritable(path_)) return false;
+    file_ = openLocked(temporaryPath_.c_str());
+    // Whoever writes this file holds the lock, so that what another writer put
+    // into the place before us is seen now at the latest.
+    return file_ >= 0 && !somethingStandsAt(path_.c_str()) && ftruncate(file_, 0) == 0;
+  }
+
+  bool write(const void* bytes, size_t count) override {
+    if (failed_ || file_ < 0) return false;
+    if (count > buffer_.size() - used_ && !flush()) return false;
+    if (count > buffer_.size()) return store(static_cast<const char*>(bytes), count);
+    if (count > 0) std::memcpy(buffer_.data() + used_, bytes, count);
+    used_ += count;
+    return true;
+  }
+
+  bool commit() override {
+    if (failed_ || file_ < 0) return false;
+    if (!flush() || fsync(file_) != 0 || rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
+      discard();
+      return false;
+    }
+    close(file_);
+    file_ = -1;
+    return true;
+  }
+
+ private:
+  bool flush() {
+    const size_t count = used_;
+    used_ = 0;
+    return store(buffer_.data(), count);
+  }
+
+  bool store(const char* bytes, size_t count) {
+    while (count > 0) {
+      const ssize_t stored = ::write(file_, bytes, count);
+      if (stored < 0 && errno == EINTR) continue;
+      if (stored <= 0) {
+        failed_ = true;
+        return false;
+      }
+      bytes += stored;
+      count -= static_cast<size_t>(stored);
+    }
+    return true;
+  }
+
+  // The name goes before the lock: behind it, it may be another writer's.
+  void discard() {
+    if (file_ < 0) return;
+    unlink(temporaryPath_.c_str());
+    close(file_);
+    file_ = -1;
+  }
+
+  const std::string path_;
+  const std::string temporaryPath_;
+  int file_ = -1;
+  bool failed_ = false;
+  size_t used_ = 0;
+  std::array<char, kBufferSize> buffer_;
+};
+
+}  // namespace
+
+std::unique_ptr<ReplacementFile> ReplacementFile::create(const char* path) {
+  return guarded(std::unique_ptr<ReplacementFile>(), [&]() -> std::unique_ptr<ReplacementFile> {
+    auto file = std::make_unique<PosixReplacementFile>(path);
+    if (!file->open()) return nullptr;
+    return file;
+  });
+}
+
+}  // namespace ksv::platform

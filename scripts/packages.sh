@@ -1,0 +1,47 @@
+# Sourced by the scripts beside it: what a Debian machine needs to build and test,
+# and how to get it.
+
+readonly packages=(
+  g++ cmake ninja-build git python3
+  libcli11-dev nlohmann-json3-dev
+  libgtest-dev libbenchmark-dev libicu-dev
+  clang libclang-rt-14-dev locales
+)
+
+missing_packages() {
+  local package
+  for package in "${packages[@]}"; do
+    if [[ $(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
+      echo "$package"
+    fi
+  done
+}
+
+# Installs what is missing as root; anyone else is told the line to run.
+install_packages() {
+  local missing
+  mapfile -t missing < <(missing_packages)
+  if ((${#missing[@]} == 0)); then return; fi
+  if ((EUID != 0)); then
+    echo "Some packages are missing. Run this, and then $0 again:" >&2
+    echo "  sudo apt-get update && sudo apt-get install -y ${missing[*]}" >&2
+    exit 1
+  fi
+  echo "== Installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  run_quietly apt-get update
+  run_quietly apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# The output of a command is of interest only when it fails.
+run_quietly() {
+  local log
+  log=$(mktemp)
+  if ! "$@" >"$log" 2>&1; then
+    cat "$log" >&2
+    rm -f "$log"
+    echo "failed: $*" >&2
+    exit 1
+  fi
+  rm -f "$log"
+}

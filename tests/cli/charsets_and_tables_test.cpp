@@ -1,0 +1,103 @@
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "command.h"
+
+namespace ksv_cli_tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> lines(const std::string& text) {
+  std::vector<std::string> result;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) result.push_back(line);
+  return result;
+}
+
+class Charsets : public CommandTest {};
+
+TEST_F(Charsets, are_listed_with_their_aliases_a_line_each) {
+  const Outcome outcome = ksv({"charsets"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  for (const std::string name : {"UTF-8", "UTF-16", "ISO-10646-UCS-2", "ISO-10646-UCS-4",
+                                 "Shift_JIS", "WINDOWS31J", "Shift_JIS-2004"})
+    EXPECT_NE(("\n" + outcome.out).find("\n" + name + "\t"), std::string::npos) << name;
+  EXPECT_NE(outcome.out.find("x-sjis"), std::string::npos);
+}
+
+TEST_F(Charsets, are_one_json_object_a_line) {
+  const Outcome outcome = ksv({"charsets", "--json"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(lines(outcome.out).size(), lines(ksv({"charsets"}).out).size());
+  for (const std::string& line : lines(outcome.out)) {
+    const auto charset = nlohmann::json::parse(line);
+    EXPECT_TRUE(charset.at("name").is_string());
+    EXPECT_TRUE(charset.at("aliases").is_array());
+  }
+}
+
+TEST_F(Charsets, and_aliases_can_all_be_named) {
+  for (const std::string& line : lines(ksv({"charsets", "--json"}).out)) {
+    const auto charset = nlohmann::json::parse(line);
+    std::vector<std::string> names = charset.at("aliases");
+    names.push_back(charset.at("name"));
+    for (const std::string& name : names)
+      EXPECT_EQ(ksv({"convert", "-f", name, "-t", name}).status, 0) << name;
+  }
+}
+
+TEST_F(Charsets, of_an_empty_directory_are_a_failure_in_one_line) {
+  setEnvironment("Charsetpath", path(""));
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"charsets"}, {"tables"}, {"convert", "-f", "utf8", "-t", "utf8"}}) {
+    const Outcome outcome = ksv(arguments);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, "ksv: " + path("") + ": holds no charset rule file that can be read\n");
+  }
+}
+
+class Tables : public CommandTest {
+ protected:
+  // A charset directory of the test's own without its compiled tables.
+  void copyDirectory() {
+    fs::copy(KSV_CHARSET_DIRECTORY, path("charset"), fs::copy_options::recursive);
+    for (const std::string& name : files("charset"))
+      if (name.ends_with(".cmp")) fs::remove(path("charset/" + name));
+    setEnvironment("Charsetpath", path("charset"));
+  }
+};
+
+TEST_F(Tables, are_compiled_every_one) {
+  copyDirectory();
+  const Outcome outcome = ksv({"tables"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  size_t tables = 0;
+  for (const std::string& name : files("charset")) {
+    if (!name.ends_with(".txt")) continue;
+    ++tables;
+    const std::string compiled = fs::path(name).replace_extension(".cmp").string();
+    ASSERT_TRUE(exists("charset/" + compiled)) << compiled;
+    EXPECT_EQ(read("charset/" + compiled),
+              [&] {
+                std::string shipped = std::string(KSV_CHARSET_DIRECTORY) + "/" + compiled;
+                return read(fs::relative(shipped, path("")).string());
+              }())
+        << compiled;
+  }
+  EXPECT_GT(tables, 0u);
+}
+
+TEST_F(Tables, say_how_many_charsets_have_theirs) {
+  const size_t count = lines(ksv({"charsets"}).out).size();
+  const Outcome outcome = ksv({"tables"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out,
+            "the code tables of " + std::to_string(count) + " charsets are filled\n");
+}
+
+}  // namespace
+}  // namespace ksv_cli_tests

@@ -1,0 +1,70 @@
+// Memory does not grow with the text.
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "command.h"
+
+namespace ksv_cli_tests {
+namespace {
+
+// The peak of a process begins with that of the one that started it, so nothing
+// large may be held here either.
+constexpr long kMostKilobytes = 32 * 1024;
+
+class LargeFile : public CommandTest {
+ protected:
+  void writeRepeated(const std::string& name, const std::string& line, size_t size) const {
+    std::string block;
+    while (block.size() < 1024 * 1024) block += line;
+    std::ofstream file(path(name), std::ios::binary);
+    for (size_t written = 0; written < size; written += block.size()) file << block;
+  }
+
+  bool haveSameContent(const std::string& one, const std::string& other) const {
+    std::ifstream first(path(one), std::ios::binary);
+    std::ifstream second(path(other), std::ios::binary);
+    return std::filesystem::file_size(path(one)) == std::filesystem::file_size(path(other)) &&
+           std::equal(std::istreambuf_iterator<char>(first), {},
+                      std::istreambuf_iterator<char>(second));
+  }
+};
+
+TEST_F(LargeFile, converts_in_little_memory) {
+  if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "the sanitizers keep memory of their own";
+  const std::string line = bytes({0x93, 0xFA, 0x96, 0x7B, 0x8C, 0xEA, 0x82, 0xCC, ' ', 't', 'e',
+                                  'x', 't', 13, 10});
+  writeRepeated("large", line, 64u << 20);
+  const Outcome there = ksv({"convert", "-f", "cp932", "-t", "utf8", "-o", "utf8", "large"});
+  EXPECT_EQ(there.status, 0) << there.err;
+  EXPECT_LT(there.peakKilobytes, kMostKilobytes);
+  const Outcome back = ksv({"convert", "-f", "utf8", "-t", "cp932", "-o", "back", "utf8"});
+  EXPECT_EQ(back.status, 0) << back.err;
+  EXPECT_LT(back.peakKilobytes, kMostKilobytes);
+  EXPECT_TRUE(haveSameContent("large", "back"));
+}
+
+TEST_F(LargeFile, of_bad_bytes_only_is_skipped_in_little_memory) {
+  if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "the sanitizers keep memory of their own";
+  writeRepeated("bad", "\xFF" "a\xE3", 16u << 20);
+  const Outcome outcome =
+      ksv({"convert", "-f", "utf8", "-t", "utf8", "--invalid", "skip", "-o", "out", "bad"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_LT(outcome.peakKilobytes, kMostKilobytes);
+  writeRepeated("good", "a", std::filesystem::file_size(path("bad")) / 3);
+  std::filesystem::resize_file(path("good"), std::filesystem::file_size(path("bad")) / 3);
+  EXPECT_TRUE(haveSameContent("good", "out"));
+}
+
+TEST_F(LargeFile, names_an_offset_far_behind_the_beginning) {
+  writeRepeated("large", "0123456789abcdef", 8u << 20);
+  std::ofstream(path("large"), std::ios::binary | std::ios::app) << "\x81\x7F";
+  const Outcome outcome =
+      ksv({"convert", "-f", "sjis", "-t", "utf8", "-o", "out", "large"});
+  EXPECT_EQ(outcome.err, "ksv: large: invalid Shift_JIS (0x81) at byte offset 8388608\n");
+}
+
+}  // namespace
+}  // namespace ksv_cli_tests

@@ -1,0 +1,140 @@
+// The command line itself: help, version, and what cannot be followed.
+
+#include <filesystem>
+
+#include "command.h"
+
+namespace ksv_cli_tests {
+namespace {
+
+class Usage : public CommandTest {
+ protected:
+  // Wrong usage is one line on standard error that names what is wrong.
+  void expectWrong(const std::vector<std::string>& arguments, const std::string& reason) const {
+    const Outcome outcome = ksv(arguments);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.substr(0, 5), "ksv: ");
+    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
+    EXPECT_NE(outcome.err.find(reason), std::string::npos) << outcome.err;
+  }
+};
+
+TEST_F(Usage, version_prints_name_and_version) {
+  const Outcome outcome = ksv({"--version"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, "ksv " KSV_VERSION "\n");
+}
+
+TEST_F(Usage, help_is_everywhere) {
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"--help"}, {"convert", "--help"}, {"charsets", "--help"},
+        {"tables", "--help"}, {"-h"}}) {
+    const Outcome outcome = ksv(arguments);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_NE(outcome.out.find("Usage: ksv"), std::string::npos) << outcome.out;
+  }
+}
+
+TEST_F(Usage, help_of_convert_tells_every_option) {
+  const std::string help = ksv({"convert", "--help"}).out;
+  for (const std::string option :
+       {"-t", "-f", "-o", "--output-dir", "--in-place", "--newline", "--bom", "--byte-order",
+        "--invalid", "--unmappable", "--replacement", "--references", "--language", "-j"})
+    EXPECT_NE(help.find(option), std::string::npos) << option;
+  EXPECT_EQ(help.find("--block-size"), std::string::npos);
+}
+
+TEST_F(Usage, needs_a_job_that_exists) {
+  expectWrong({}, "a job is needed: convert, charsets, tables");
+  expectWrong({"translate"}, "translate");
+  expectWrong({"--frobnicate"}, "--frobnicate");
+}
+
+TEST_F(Usage, convert_needs_both_charsets) {
+  expectWrong({"convert", "-t", "utf8"}, "--from is required");
+  expectWrong({"convert", "-f", "utf8"}, "--to is required");
+}
+
+TEST_F(Usage, convert_takes_charsets_of_the_directory_only) {
+  expectWrong({"convert", "-f", "klingon", "-t", "utf8"}, "unknown charset klingon");
+  expectWrong({"convert", "-t", "klingon", "-f", "utf8"}, "ksv charsets");
+  expectWrong({"convert", "-f", "UTF-7", "-t", "utf8"}, "unknown charset UTF-7");
+  expectWrong({"convert", "-f", "HZ-GB-2312", "-t", "utf8"}, "unknown charset HZ-GB-2312");
+}
+
+TEST_F(Usage, convert_takes_one_place_for_the_results) {
+  write("a", "");
+  write("b", "");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "-o", "x", "a", "b"}, "-o takes one input");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "-o", "x", "--in-place", "a"}, "only one");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--output-dir", "x", "--in-place", "a"},
+              "only one");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--output-dir", "x", "-o", "y", "a"},
+              "only one");
+}
+
+TEST_F(Usage, convert_needs_a_file_name_where_the_result_takes_it_over) {
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--in-place"}, "standard input");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--output-dir", "x", "-"}, "standard input");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "-", "-"}, "named twice");
+}
+
+TEST_F(Usage, convert_overwrites_no_input_and_no_other_result) {
+  std::filesystem::create_directory(path("dir"));
+  write("a", "a");
+  write("dir/a", "b");
+  std::filesystem::create_hard_link(path("a"), path("hard"));
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "-o", "a", "a"}, "is an input as well");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "-o", "hard", "a"}, "is an input as well");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--output-dir", ".", "a"},
+              "is an input as well");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--output-dir", "x", "a", "dir/a"},
+              "written twice");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--in-place", "a", "./a"}, "written twice");
+  EXPECT_EQ(read("a"), "a");
+  EXPECT_FALSE(exists("x"));
+}
+
+TEST_F(Usage, convert_checks_the_values_of_its_options) {
+  const std::vector<std::vector<std::string>> wrong = {
+      {"--newline", "nel"},      {"--byte-order", "middle"}, {"--invalid", "keep"},
+      {"--unmappable", "drop"},  {"-j", "0"},                {"-j", "many"},
+      {"--references", "octal"}, {"--block-size", "1"},      {"--in-place=a/b"}};
+  for (const std::vector<std::string>& options : wrong) {
+    std::vector<std::string> arguments = {"convert", "-f", "utf8", "-t", "ucs-2", "a"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    expectWrong(arguments, "");
+  }
+}
+
+TEST_F(Usage, replacement_is_one_character_up_to_ffff_of_the_target) {
+  for (const std::string text : {"", "ab", "あい", "😀", "\xFF", "\xED\xA0\x80"})
+    expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--replacement", text},
+                "--replacement takes one character");
+  expectWrong({"convert", "-f", "utf8", "-t", "sjis", "--replacement", "é"},
+              "the replacement é is not in Shift_JIS");
+}
+
+TEST_F(Usage, references_are_for_ucs2_targets) {
+  expectWrong({"convert", "-f", "utf8", "-t", "utf-16", "--references", "hex"}, "UCS-2");
+}
+
+TEST_F(Usage, byte_order_agrees_with_the_name_of_the_target) {
+  expectWrong({"convert", "-f", "utf8", "-t", "utf-16be", "--byte-order", "little"},
+              "contradicts");
+}
+
+TEST_F(Usage, language_is_a_name_in_ascii) {
+  for (const std::string& name : {std::string(), std::string("日本"), std::string(260, 'a')})
+    expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--language", name}, "--language takes");
+}
+
+TEST_F(Usage, the_other_jobs_take_no_operands) {
+  expectWrong({"charsets", "x"}, "x");
+  expectWrong({"tables", "x"}, "x");
+}
+
+}  // namespace
+}  // namespace ksv_cli_tests

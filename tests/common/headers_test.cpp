@@ -1,0 +1,52 @@
+#include <cstddef>
+
+#include "include/ksv_file.h"
+#include "include/ksv_path.h"
+#include "tests/common/support.h"
+
+static_assert(sizeof(KsvByteOrderStream) == 16 && offsetof(KsvByteOrderStream, stream) == 0 &&
+              offsetof(KsvByteOrderStream, nativeOrder) == 8);
+static_assert(sizeof(KsvDirectoryListing) == 312 && offsetof(KsvDirectoryListing, handle) == 0 &&
+              offsetof(KsvDirectoryListing, attrib) == 8 &&
+              offsetof(KsvDirectoryListing, timeCreate) == 16 &&
+              offsetof(KsvDirectoryListing, timeAccess) == 24 &&
+              offsetof(KsvDirectoryListing, timeWrite) == 32 &&
+              offsetof(KsvDirectoryListing, size) == 40 &&
+              offsetof(KsvDirectoryListing, name) == 44 &&
+              offsetof(KsvDirectoryListing, firstEntry) == 304);
+static_assert(sizeof(KsvDirectoryListing::name) == 260 && sizeof(KsvDirectoryEntry::name) == 260);
+static_assert(sizeof(KsvDirectoryEntry) == 272 && offsetof(KsvDirectoryEntry, reserved) == 0 &&
+              offsetof(KsvDirectoryEntry, name) == 12);
+static_assert(sizeof(KsvStat) == 48 && offsetof(KsvStat, dev) == 0 && offsetof(KsvStat, ino) == 4 &&
+              offsetof(KsvStat, mode) == 6 && offsetof(KsvStat, nlink) == 8 &&
+              offsetof(KsvStat, uid) == 10 && offsetof(KsvStat, gid) == 12 &&
+              offsetof(KsvStat, rdev) == 16 && offsetof(KsvStat, size) == 20 &&
+              offsetof(KsvStat, atime) == 24 && offsetof(KsvStat, mtime) == 32 &&
+              offsetof(KsvStat, ctime) == 40);
+
+extern "C" {
+extern void* (*const ksvMemoryHeaderIsC)(int32_t size);
+extern int (*const ksvFileHeaderIsC)(KsvByteOrderStream* s);
+extern int (*const ksvPathHeaderIsC)(const char* path, KsvStat* out);
+int KSV_setCharsetPath(const char* ignored);
+}
+
+TEST(Headers, name_the_same_functions_in_c_and_in_cpp) {
+  EXPECT_NE(ksvMemoryHeaderIsC, nullptr);
+  EXPECT_EQ(ksvFileHeaderIsC, KSV_X_FileClose);
+  EXPECT_EQ(ksvPathHeaderIsC, KSV_STAT);
+}
+
+TEST(SystemQueries, return_1_and_ignore_what_they_are_given) {
+  EXPECT_EQ(KSV_Is_NT(), 1);
+  EXPECT_EQ(KSV_Is64bitOS(), 1);
+  EXPECT_EQ(KSV_Is64bitFS(), 1);
+  EXPECT_EQ(KSV_setCharsetPath("x"), 1);
+  EXPECT_EQ(KSV_setCharsetPath(nullptr), 1);
+}
+
+TEST(SystemQueries, are_one_entry_point_under_three_names) {
+  const auto address = reinterpret_cast<uintptr_t>(&KSV_Is64bitOS);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(&KSV_Is64bitFS), address);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(&KSV_setCharsetPath), address);
+}

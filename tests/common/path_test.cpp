@@ -1,0 +1,225 @@
+#include <cstring>
+#include <vector>
+
+#include "include/ksv_file.h"
+#include "include/ksv_path.h"
+#include "tests/common/support.h"
+
+namespace {
+
+constexpr int kRefused = 3000;
+
+struct Parts {
+  std::string directory, base, extension;
+  bool operator==(const Parts&) const = default;
+};
+
+void PrintTo(const Parts& parts, std::ostream* out) {
+  *out << "[" << parts.directory << "][" << parts.base << "][" << parts.extension << "]";
+}
+
+// Splits with both functions, which agree on every path that fits.
+Parts split(const char* path) {
+  char drive[3] = "x", directory[768] = "x", base[768] = "x", extension[768] = "x";
+  EXPECT_EQ(KSV_splitpath(path, drive, directory, base, extension), 0);
+  EXPECT_STREQ(drive, "");
+  char driveA[3] = "x", directoryA[768] = "x", baseA[768] = "x", extensionA[768] = "x";
+  KSV_splitpathA(path, driveA, directoryA, baseA, extensionA);
+  EXPECT_STREQ(driveA, "");
+  const Parts parts{directory, base, extension};
+  EXPECT_EQ(parts, (Parts{directoryA, baseA, extensionA}));
+  return parts;
+}
+
+std::string join(const char* drive, const char* directory, const char* base,
+                 const char* extension) {
+  char path[780] = "before";
+  EXPECT_EQ(KSV_makepath(path, drive, directory, base, extension), 0);
+  char pathA[780] = "before";
+  KSV_makepathA(pathA, drive, directory, base, extension);
+  EXPECT_STREQ(path, pathA);
+  return path;
+}
+
+}  // namespace
+
+TEST(SplitPath, separates_directory_base_and_extension) {
+  EXPECT_EQ(split("/a/b/c.txt"), (Parts{"/a/b/", "c", ".txt"}));
+  EXPECT_EQ(split("c.txt"), (Parts{"", "c", ".txt"}));
+  EXPECT_EQ(split("a/b/"), (Parts{"a/b/", "", ""}));
+  EXPECT_EQ(split("/"), (Parts{"/", "", ""}));
+  EXPECT_EQ(split("日本/表.語"), (Parts{"日本/", "表", ".語"}));
+}
+
+TEST(SplitPath, takes_both_separators) {
+  EXPECT_EQ(split("a\\b/c\\d.e"), (Parts{"a\\b/c\\", "d", ".e"}));
+  EXPECT_EQ(split("a/b\\c"), (Parts{"a/b\\", "c", ""}));
+}
+
+TEST(SplitPath, begins_the_extension_at_the_last_dot_of_the_last_component) {
+  EXPECT_EQ(split("a.tar.gz"), (Parts{"", "a.tar", ".gz"}));
+  EXPECT_EQ(split("a.b/c"), (Parts{"a.b/", "c", ""}));
+  EXPECT_EQ(split("d/.profile"), (Parts{"d/", "", ".profile"}));
+  EXPECT_EQ(split("a."), (Parts{"", "a", "."}));
+  EXPECT_EQ(split(".."), (Parts{"", ".", "."}));
+}
+
+TEST(SplitPath, knows_no_drive_letters) {
+  EXPECT_EQ(split("C:\\a\\b.c"), (Parts{"C:\\a\\", "b", ".c"}));
+  EXPECT_EQ(split("C:b"), (Parts{"", "C:b", ""}));
+}
+
+TEST(SplitPath, gives_empty_parts_for_null_and_empty) {
+  EXPECT_EQ(split(nullptr), Parts());
+  EXPECT_EQ(split(""), Parts());
+}
+
+TEST(SplitPath, leaves_out_parts_without_a_destination) {
+  char base[768];
+  EXPECT_EQ(KSV_splitpath("a/b.c", nullptr, nullptr, base, nullptr), 0);
+  EXPECT_STREQ(base, "b");
+  EXPECT_EQ(KSV_splitpath("a/b.c", nullptr, nullptr, nullptr, nullptr), 0);
+  KSV_splitpathA("a/b.c", nullptr, nullptr, nullptr, nullptr);
+}
+
+TEST(SplitPath, refuses_ill_formed_and_long_paths_and_empties_the_parts) {
+  for (const std::string& path : {std::string("a/\xFF.c"), std::string(780, 'a')}) {
+    char drive[3] = "x", directory[768] = "x", base[768] = "x", extension[768] = "x";
+    EXPECT_EQ(KSV_splitpath(path.c_str(), drive, directory, base, extension), kRefused);
+    EXPECT_STREQ(drive, "");
+    EXPECT_STREQ(directory, "");
+    EXPECT_STREQ(base, "");
+    EXPECT_STREQ(extension, "");
+  }
+}
+
+TEST(SplitPath, counts_the_terminator_in_the_768_bytes_of_a_part) {
+  char directory[768], base[768] = "x", extension[768];
+  const std::string fits = "d/" + std::string(767, 'b') + ".e";
+  EXPECT_EQ(KSV_splitpath(fits.c_str(), nullptr, directory, base, extension), 0);
+  EXPECT_EQ(base, std::string(767, 'b'));
+  const std::string tooLong = "d/" + std::string(768, 'b') + ".e";
+  EXPECT_EQ(KSV_splitpath(tooLong.c_str(), nullptr, directory, base, extension), kRefused);
+  EXPECT_STREQ(base, "");
+  EXPECT_STREQ(directory, "d/");
+  EXPECT_STREQ(extension, ".e");
+  // 256 of these are 768 bytes but far fewer than 780 units.
+  std::string japanese;
+  for (int i = 0; i < 256; ++i) japanese += "あ";
+  EXPECT_EQ(KSV_splitpath(japanese.c_str(), nullptr, directory, base, extension), kRefused);
+  EXPECT_EQ(KSV_splitpath(japanese.c_str(), nullptr, directory, nullptr, extension), 0);
+}
+
+TEST(SplitPathA, has_no_limit_and_takes_any_bytes) {
+  const std::string longPart(5000, '\xFF');
+  std::vector<char> directory(6000), base(6000), extension(6000);
+  char drive[3];
+  KSV_splitpathA((longPart + "/" + longPart + "." + longPart).c_str(), drive, directory.data(),
+                 base.data(), extension.data());
+  EXPECT_EQ(directory.data(), longPart + "/");
+  EXPECT_EQ(base.data(), longPart);
+  EXPECT_EQ(extension.data(), "." + longPart);
+}
+
+TEST(MakePath, adds_what_is_missing) {
+  EXPECT_EQ(join(nullptr, "a", "b", "c"), "a/b.c");
+  EXPECT_EQ(join("", "a/", "b", ".c"), "a/b.c");
+  EXPECT_EQ(join("", "a\\", "b", ".c"), "a\\b.c");
+  EXPECT_EQ(join("", "日本", "表", "語"), "日本/表.語");
+}
+
+TEST(MakePath, leaves_out_what_is_null_or_empty) {
+  EXPECT_EQ(join(nullptr, nullptr, nullptr, nullptr), "");
+  EXPECT_EQ(join("", "", "b", ""), "b");
+  EXPECT_EQ(join("", "", "", "c"), ".c");
+  EXPECT_EQ(join("", "a", "", ""), "a/");
+}
+
+TEST(MakePath, writes_the_first_letter_of_a_drive_and_a_colon) {
+  EXPECT_EQ(join("C:", "\\a\\", "b", ""), "C:\\a\\b");
+  EXPECT_EQ(join("Drive", "", "b", ""), "D:b");
+  EXPECT_EQ(join("あい", "", "b", ""), "あ:b");
+}
+
+TEST(MakePath, counts_the_terminator_in_the_780_bytes) {
+  char path[780];
+  EXPECT_EQ(KSV_makepath(path, "", "d", std::string(776, 'b').c_str(), ""), 0);
+  EXPECT_EQ(std::strlen(path), 778u);
+  EXPECT_EQ(KSV_makepath(path, "", "d", std::string(777, 'b').c_str(), ""), 0);
+  EXPECT_EQ(std::strlen(path), 779u);
+  EXPECT_EQ(KSV_makepath(path, "", "d", std::string(778, 'b').c_str(), ""), kRefused);
+  EXPECT_STREQ(path, "");
+}
+
+TEST(MakePath, refuses_ill_formed_parts) {
+  for (int bad = 0; bad < 4; ++bad) {
+    const char* parts[4] = {"", "a", "b", "c"};
+    parts[bad] = "\xE3\x81";
+    char path[780] = "before";
+    EXPECT_EQ(KSV_makepath(path, parts[0], parts[1], parts[2], parts[3]), kRefused);
+    EXPECT_STREQ(path, "");
+  }
+}
+
+TEST(MakePath, may_write_over_one_of_its_parts) {
+  char path[780] = "dir";
+  EXPECT_EQ(KSV_makepath(path, nullptr, path, "b", "c"), 0);
+  EXPECT_STREQ(path, "dir/b.c");
+  std::strcpy(path, "base");
+  KSV_makepathA(path, nullptr, "d", path, "c");
+  EXPECT_STREQ(path, "d/base.c");
+}
+
+TEST(MakePath, does_nothing_without_a_destination) {
+  EXPECT_EQ(KSV_makepath(nullptr, "", "a", "b", "c"), 0);
+  KSV_makepathA(nullptr, "", "a", "b", "c");
+}
+
+TEST(MakePathA, has_no_limit_and_takes_any_bytes) {
+  std::vector<char> path(6000);
+  const std::string base(5000, '\xFF');
+  KSV_makepathA(path.data(), "", "d", base.c_str(), "");
+  EXPECT_EQ(path.data(), "d/" + base);
+}
+
+TEST(MakePath, undoes_what_splitting_did) {
+  for (const char* path : {"/a/b.c", "a", "a/", ".x", "日本/表.語", "/", "a\\b.c.d", "..", "a."}) {
+    const Parts parts = split(path);
+    EXPECT_EQ(join("", parts.directory.c_str(), parts.base.c_str(), parts.extension.c_str()), path);
+  }
+}
+
+TEST(PathBreak, is_the_last_separator) {
+  EXPECT_EQ(KSV_getPathBreak("a\\b\\c"), 3);
+  EXPECT_EQ(KSV_getPathBreak("a/b\\c/d"), 5);
+  EXPECT_EQ(KSV_getPathBreak("a/"), 1);
+  EXPECT_EQ(KSV_getPathBreak("/usr"), 0);
+  EXPECT_EQ(KSV_getPathBreak("name"), 0);
+  EXPECT_EQ(KSV_getPathBreak(""), 0);
+  EXPECT_EQ(KSV_getPathBreak(nullptr), 0);
+}
+
+TEST(PathBreak, takes_no_shift_jis_trail_byte_for_a_separator) {
+  // 95 5C and 83 5C are one character each.
+  EXPECT_EQ(KSV_getPathBreak("a\\\x95\x5C"), 1);
+  EXPECT_EQ(KSV_getPathBreak("\x83\x5C\\x"), 2);
+  EXPECT_EQ(KSV_getPathBreak("\x83\x5C/\x95\x5C.txt"), 2);
+  EXPECT_EQ(KSV_getPathBreak("\xFC\x5C"), 0);
+}
+
+TEST(PathBreak, takes_half_width_katakana_as_single_bytes) {
+  EXPECT_EQ(KSV_getPathBreak("\xB1\\b"), 1);
+  EXPECT_EQ(KSV_getPathBreak("\xDF\\b"), 1);
+}
+
+TEST(PathBreak, does_not_run_past_a_lead_byte_at_the_end) {
+  EXPECT_EQ(KSV_getPathBreak("a/\x83"), 1);
+  EXPECT_EQ(KSV_getPathBreak("\x83"), 0);
+}
+
+TEST(PathBreak, scans_well_formed_utf8_as_utf8) {
+  // As Shift_JIS the last byte of the character would lead, and take the '\'.
+  EXPECT_EQ(KSV_getPathBreak("\xE3\x82\xE3\x5C"), 0);
+  EXPECT_EQ(KSV_getPathBreak("\xE8\xA1\xA8\\b"), 3);
+  EXPECT_EQ(KSV_getPathBreak("\xE3\x81\x82\\b"), 3);
+}

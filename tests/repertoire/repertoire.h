@@ -1,0 +1,84 @@
+// What a charset can say: every byte sequence that decodes, every character that can
+// be written, as this library sees it and as outside references see it.
+#pragma once
+
+#include <iconv.h>
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tests/repertoire/converter.h"
+
+namespace repertoire {
+
+using Text = std::u32string;  // scalar values
+
+constexpr char32_t kLastCharacter = 0x10FFFF;
+
+constexpr bool isSurrogate(char32_t value) { return value >= 0xD800 && value <= 0xDFFF; }
+
+// "815C", "U+2015", "U+304B+309A"; "-" for nothing.
+std::string spell(const Bytes& sequence);
+std::string spell(const Text& text);
+Bytes parseBytes(std::string_view digits);
+Text parseText(std::string_view spelled);
+
+// Text as four bytes a character, most significant first, and back.
+Bytes toUcs4(std::u32string_view text);
+Text fromUcs4(std::string_view bytes);
+
+// One charset as one implementation has it.
+class Codec {
+ public:
+  virtual ~Codec() = default;
+
+  // The characters of one code, or nothing if this is not one whole valid code.
+  virtual std::optional<Text> decode(const Bytes& sequence) = 0;
+
+  // The code of a character, or nothing if it has none.
+  virtual std::optional<Bytes> encode(char32_t character) = 0;
+};
+
+class LibraryCodec : public Codec {
+ public:
+  explicit LibraryCodec(const std::string& charset, ByteOrder order = ByteOrder::kBig);
+
+  std::optional<Text> decode(const Bytes& sequence) override;
+  std::optional<Bytes> encode(char32_t character) override;
+
+ private:
+  Converter decoder_;
+  Converter encoder_;
+};
+
+class IconvCodec : public Codec {
+ public:
+  explicit IconvCodec(const std::string& charset);
+  ~IconvCodec() override;
+  IconvCodec(const IconvCodec&) = delete;
+  IconvCodec& operator=(const IconvCodec&) = delete;
+
+  std::optional<Text> decode(const Bytes& sequence) override;
+  std::optional<Bytes> encode(char32_t character) override;
+
+ private:
+  iconv_t decoder_;
+  iconv_t encoder_;
+};
+
+struct Repertoire {
+  std::map<Bytes, Text> decoded;
+  std::map<char32_t, Bytes> encoded;
+};
+
+// Tries all one-byte sequences, all two-byte sequences whose first byte is not a code by
+// itself, and all characters.
+Repertoire explore(Codec& codec);
+
+// Reads what python_reference.py wrote.
+Repertoire readRepertoire(const std::filesystem::path& path);
+
+}  // namespace repertoire
