@@ -1,5 +1,6 @@
 #include "cconv/convert/bulk.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
@@ -21,9 +22,9 @@ constinit std::atomic<bool> bulkPathEnabled = true;
 
 // Fewer bytes of input than this are not worth a table.
 constexpr int32_t kLeastInput = 1024;
-// What a character may read or write at most; nearer to a buffer's end than this
-// the bulk path leaves the rest alone.
-constexpr ptrdiff_t kMargin = 16;
+// Bytes that a character is read from at most, and that storing an entry touches.
+constexpr ptrdiff_t kLongestInput = 4;
+constexpr ptrdiff_t kEntryBytes = 8;
 // All tables of a process together: pages of 2 KB, 16 MB.
 constexpr uint32_t kMostPages = 8192;
 constinit std::atomic<uint32_t> pagesInUse = 0;
@@ -78,7 +79,7 @@ bool isLineEnd(const ConverterRecord& record) {
 // Lets the step-by-step engine convert one character in a record of its own, with
 // nothing pending.
 Entry askEngine(const ConverterRecord& record, const uint8_t* input, int32_t length) {
-  uint8_t output[kMargin];
+  uint8_t output[16];
   ConverterRecord scratch = record;
   scratch.input = input;
   scratch.inputPosition = 0;
@@ -115,13 +116,14 @@ class DirectTable {
   DirectTable(const DirectTable&) = delete;
   DirectTable& operator=(const DirectTable&) = delete;
 
-  // Null when there is no memory, or the tables are as large as they may get.
-  // makeBytes writes the input bytes of an entry and returns their number.
+  using Slot = std::atomic<const Page*>;
+  const Slot* slots() const { return pages_.data(); }
+
+  // Makes the page that a slot lacks. Null when there is no memory, or the tables
+  // are as large as they may get. makeBytes writes the input bytes of an entry and
+  // returns their number, 0 for what has no entry.
   template <typename MakeBytes>
-  const Page* page(const ConverterRecord& record, uint32_t index, MakeBytes makeBytes) {
-    const Page* page = pages_[index].load(std::memory_order_acquire);
-    return page != nullptr ? page : makePage(record, index, makeBytes);
-  }
+  const Page* makePage(const ConverterRecord& record, uint32_t index, MakeBytes makeBytes);
 
  private:
   static void release(const Page* page) {
@@ -130,37 +132,59 @@ class DirectTable {
     pagesInUse.fetch_sub(1, std::memory_order_relaxed);
   }
 
+  std::vector<Slot> pages_;
+};
+
+template <typename MakeBytes>
+const DirectTable::Page* DirectTable::makePage(const ConverterRecord& record, uint32_t index,
+                                             MakeBytes makeBytes) {
+  if (pagesInUse.fetch_add(1, std::memory_order_relaxed) >= kMostPages) {
+    pagesInUse.fetch_sub(1, std::memory_order_relaxed);
+    return nullptr;
+  }
+  Page* made = new (std::nothrow) Page();
+  if (made == nullptr) {
+    pagesInUse.fetch_sub(1, std::memory_order_relaxed);
+    return nullptr;
+  }
+  for (uint32_t slot = 0; slot < made->size(); ++slot) {
+    uint8_t bytes[4];
+    const int32_t length = makeBytes(index << 8 | slot, bytes);
+    if (length > 0) (*made)[slot] = askEngine(record, bytes, length);
+  }
+  const Page* published = nullptr;
+  if (pages_[index].compare_exchange_strong(published, made, std::memory_order_acq_rel)) {
+    return made;
+  }
+  release(made);
+  return published;
+}
+
+// The way to a table's entries for one run of the bulk path. It keeps the table's
+// place in a variable of its own: the output that is written on the way could, for
+// all the compiler knows, be the table itself.
+class TableCursor {
+ public:
+  TableCursor(DirectTable& table, const ConverterRecord& record)
+      : slots_(table.slots()), table_(table), record_(record) {}
+
+  // Null when there is no page and none can be made.
   template <typename MakeBytes>
-  const Page* makePage(const ConverterRecord& record, uint32_t index, MakeBytes makeBytes) {
-    if (pagesInUse.fetch_add(1, std::memory_order_relaxed) >= kMostPages) {
-      pagesInUse.fetch_sub(1, std::memory_order_relaxed);
-      return nullptr;
-    }
-    Page* made = new (std::nothrow) Page();
-    if (made == nullptr) {
-      pagesInUse.fetch_sub(1, std::memory_order_relaxed);
-      return nullptr;
-    }
-    for (uint32_t slot = 0; slot < made->size(); ++slot) {
-      uint8_t bytes[4];
-      const int32_t length = makeBytes(index << 8 | slot, bytes);
-      if (length > 0) (*made)[slot] = askEngine(record, bytes, length);
-    }
-    const Page* published = nullptr;
-    if (pages_[index].compare_exchange_strong(published, made, std::memory_order_acq_rel)) {
-      return made;
-    }
-    release(made);
-    return published;
+  const DirectTable::Page* page(uint32_t index, MakeBytes makeBytes) const {
+    const DirectTable::Page* page = slots_[index].load(std::memory_order_acquire);
+    return page != nullptr ? page : table_.makePage(record_, index, makeBytes);
   }
 
-  std::vector<std::atomic<const Page*>> pages_;
+ private:
+  const DirectTable::Slot* slots_;
+  DirectTable& table_;
+  const ConverterRecord& record_;
 };
 
 // --- The characters of each source form. ---
 //
 // next finds the entry of the character at input, or kNoEntry, and how many bytes
-// it is read from. At least kMargin bytes of input follow. The length comes from
+// it is read from. At least kLongestInput bytes of input follow. The length comes from
 // the input alone, not from the entry: so the processor begins with the next
 // character before the tables have answered for this one.
 
@@ -181,13 +205,13 @@ class BytePairs {
   static constexpr size_t kPages = 257;
   static constexpr bool kBytes = true;
 
-  BytePairs(DirectTable& table, const ConverterRecord& record)
-      : table_(table), record_(record), singles_(table.page(record, kSingleBytes, makeSingle)) {}
+  explicit BytePairs(const TableCursor& cursor)
+      : cursor_(cursor), singles_(cursor.page(kSingleBytes, makeSingle)) {}
 
   Found next(const uint8_t* input) const {
     if (singles_ == nullptr) return kNothing;
     if (const Entry single = (*singles_)[input[0]]; single != kNoEntry) return {single, 1};
-    const auto* pairs = table_.page(record_, input[0], makePair);
+    const auto* pairs = cursor_.page(input[0], makePair);
     return pairs != nullptr ? Found{(*pairs)[input[1]], 2} : kNothing;
   }
 
@@ -203,9 +227,8 @@ class BytePairs {
     return 2;
   }
 
-  DirectTable& table_;
-  const ConverterRecord& record_;
-  const DirectTable::Page* singles_;
+  const TableCursor cursor_;
+  const DirectTable::Page* const singles_;
 };
 
 // What the Unicode forms share: entries are found by the value.
@@ -214,8 +237,7 @@ class UnicodeSource {
   static constexpr size_t kPages = 0x110000 >> 8;
 
  protected:
-  UnicodeSource(DirectTable& table, const ConverterRecord& record)
-      : table_(table), record_(record) {}
+  explicit UnicodeSource(const TableCursor& cursor) : cursor_(cursor) {}
 
   // A mark may compose with the character before it. The bulk path stops at it and
   // goes back over that character, so nothing else has to look ahead.
@@ -224,13 +246,12 @@ class UnicodeSource {
   template <typename MakeBytes>
   Entry entryOf(uint32_t value, MakeBytes makeBytes) const {
     if (value > 0x10FFFF) return kNoEntry;
-    const auto* page = table_.page(record_, value >> 8, makeBytes);
+    const auto* page = cursor_.page(value >> 8, makeBytes);
     return page != nullptr ? (*page)[value & 0xFF] : kNoEntry;
   }
 
  private:
-  DirectTable& table_;
-  const ConverterRecord& record_;
+  const TableCursor cursor_;
 };
 
 class Utf8 : private UnicodeSource {
@@ -238,7 +259,7 @@ class Utf8 : private UnicodeSource {
   using UnicodeSource::kPages;
   static constexpr bool kBytes = true;
 
-  Utf8(DirectTable& table, const ConverterRecord& record) : UnicodeSource(table, record) {}
+  explicit Utf8(const TableCursor& cursor) : UnicodeSource(cursor) {}
 
   // As leniently as the decoder reads.
   Found next(const uint8_t* input) const {
@@ -275,7 +296,7 @@ class Utf16 : private UnicodeSource {
   using UnicodeSource::kPages;
   static constexpr bool kBytes = false;
 
-  Utf16(DirectTable& table, const ConverterRecord& record) : UnicodeSource(table, record) {}
+  explicit Utf16(const TableCursor& cursor) : UnicodeSource(cursor) {}
 
   Found next(const uint8_t* input) const {
     const uint32_t unit = readUnit(input, 2, kBigEndian);
@@ -305,7 +326,7 @@ class FixedUnits : private UnicodeSource {
   using UnicodeSource::kPages;
   static constexpr bool kBytes = false;
 
-  FixedUnits(DirectTable& table, const ConverterRecord& record) : UnicodeSource(table, record) {}
+  explicit FixedUnits(const TableCursor& cursor) : UnicodeSource(cursor) {}
 
   Found next(const uint8_t* input) const {
     return {entryOf(readUnit(input, kWidth, kBigEndian), makeBytes), kWidth};
@@ -334,6 +355,17 @@ constexpr bool hasByte(uint64_t eight, uint8_t c) {
   return ((difference - 0x0101010101010101) & ~difference & kHighBits) != 0;
 }
 
+// Where a conversion stands.
+struct Position {
+  const uint8_t* input;
+  uint8_t* output;
+  uint32_t characters;
+  uint32_t units;
+};
+
+// What is checked once for so many characters: that they have room.
+constexpr uint32_t kBatch = 64;
+
 template <typename Form>
 class FormConverter : public BulkConverter {
  public:
@@ -343,94 +375,90 @@ class FormConverter : public BulkConverter {
   void runAhead(ConverterRecord& record) override {
     if (record.detectByteOrderMark != 0 || record.options.writeByteOrderMark != 0) return;
     if (languageIsDue(record)) return;
-    Run run(record);
-    const bool copiesAscii = Form::kBytes && asciiIsItself(record);
-    const Form form(table_, record);
-    while (run.hasRoom()) {
-      if (copiesAscii && run.input[0] < 0x80 && run.copyEight(stopsAtLineEnds_)) continue;
-      const Found found = form.next(run.input);
-      if (found.entry == kNoEntry) break;
-      run.write(found);
+    const Form form{TableCursor(table_, record)};
+    const uint8_t* const inputEnd = record.input + record.inputLength;
+    const uint8_t* const outputEnd = record.output + record.outputCapacity;
+    const bool copiesAscii = Form::kBytes && asciiIsItself(form);
+
+    Position at = {record.input + record.inputPosition, record.output + record.outputPosition, 0, 0};
+    Position batchStart = at;
+    Position batchBefore = at;
+    for (;;) {
+      const uint32_t batch = charactersWithRoom(inputEnd - at.input, outputEnd - at.output);
+      // No smaller batches: the last two characters then lie in the last two of them.
+      if (batch < kRedone) break;
+      batchBefore = batchStart;
+      batchStart = at;
+      const uint32_t wanted = at.characters + batch;
+      advance(form, at, wanted, copiesAscii);
+      if (at.characters != wanted) break;
     }
-    run.finish(record);
+    if (at.characters <= kRedone) return;  // not worth handing over
+    const uint32_t kept = at.characters - kRedone;
+    Position end = kept >= batchStart.characters ? batchStart : batchBefore;
+    advance(form, end, kept, copiesAscii);
+    takeOver(record, end);
   }
 
  private:
-  // Where the conversion stands, in registers.
-  struct Run {
-    explicit Run(const ConverterRecord& record)
-        : input(record.input + record.inputPosition),
-          inputEnd(record.input + record.inputLength),
-          output(record.output + record.outputPosition),
-          outputEnd(record.output + record.outputCapacity) {}
+  // The characters that the engine converts again behind a run.
+  static constexpr uint32_t kRedone = 2;
 
-    bool hasRoom() const { return inputEnd - input >= kMargin && outputEnd - output >= kMargin; }
+  static uint32_t charactersWithRoom(ptrdiff_t input, ptrdiff_t output) {
+    const ptrdiff_t room = std::min(input / kLongestInput, output / kEntryBytes) - 1;
+    return static_cast<uint32_t>(std::clamp<ptrdiff_t>(room, 0, kBatch));
+  }
 
-    void write(const Found& found) {
-      storeBytes(output, found.entry);
-      output += outputLength(found.entry);
-      input += found.length;
-      units += unitCount(found.entry);
-      ++characters;
-      beforeLast = last;
-      last = found;
-    }
-
-    bool copyEight(bool stopsAtLineEnds) {
-      const uint64_t eight = loadEight(input);
-      if ((eight & kHighBits) != 0) return false;
-      if (stopsAtLineEnds && (hasByte(eight, '\r') || hasByte(eight, '\n'))) return false;
-      std::memcpy(output, &eight, sizeof eight);
-      input += sizeof eight;
-      output += sizeof eight;
-      units += sizeof eight;
-      characters += sizeof eight;
-      beforeLast = last = kAsciiByte;
-      return true;
-    }
-
-    void finish(ConverterRecord& record) {
-      if (characters < 2) return;  // not worth handing over
-      for (const Found& found : {last, beforeLast}) {
-        input -= found.length;
-        output -= outputLength(found.entry);
-        units -= unitCount(found.entry);
-        --characters;
+  // Goes on until wanted characters have been converted, or one cannot be decided.
+  void advance(const Form& form, Position& position, uint32_t wanted, bool copiesAscii) const {
+    Position at = position;
+    while (at.characters < wanted) {
+      if (copiesAscii && at.input[0] < 0x80 && wanted - at.characters >= 8 && copyEight(at)) {
+        continue;
       }
-      record.inputPosition = static_cast<int32_t>(input - record.input);
-      record.outputPosition = static_cast<int32_t>(output - record.output);
-      record.charactersRead = advanced(record.charactersRead, characters);
-      record.unitsWritten = advanced(record.unitsWritten, units);
+      const Found found = form.next(at.input);
+      if (found.entry == kNoEntry) break;
+      storeBytes(at.output, found.entry);
+      at.output += outputLength(found.entry);
+      at.units += unitCount(found.entry);
+      at.input += found.length;
+      ++at.characters;
     }
+    position = at;
+  }
 
-    static int32_t advanced(int32_t count, uint32_t by) {
+  // Copies eight ASCII bytes at once.
+  bool copyEight(Position& at) const {
+    const uint64_t eight = loadEight(at.input);
+    if ((eight & kHighBits) != 0) return false;
+    if (stopsAtLineEnds_ && (hasByte(eight, '\r') || hasByte(eight, '\n'))) return false;
+    std::memcpy(at.output, &eight, sizeof eight);
+    at.input += sizeof eight;
+    at.output += sizeof eight;
+    at.units += sizeof eight;
+    at.characters += sizeof eight;
+    return true;
+  }
+
+  static void takeOver(ConverterRecord& record, const Position& end) {
+    const auto advanced = [](int32_t count, uint32_t by) {
       return static_cast<int32_t>(static_cast<uint32_t>(count) + by);
-    }
-
-    // One byte in, one byte and one unit out.
-    static constexpr Found kAsciiByte = {Entry{1} << 48 | Entry{1} << 52, 1};
-
-    const uint8_t* input;
-    const uint8_t* const inputEnd;
-    uint8_t* output;
-    uint8_t* const outputEnd;
-    uint32_t characters = 0;
-    uint32_t units = 0;
-    Found last = kNothing;
-    Found beforeLast = kNothing;
-  };
+    };
+    record.inputPosition = static_cast<int32_t>(end.input - record.input);
+    record.outputPosition = static_cast<int32_t>(end.output - record.output);
+    record.charactersRead = advanced(record.charactersRead, end.characters);
+    record.unitsWritten = advanced(record.unitsWritten, end.units);
+  }
 
   // Whether every ASCII byte but the line ends, if they matter, is written as it is.
-  bool asciiIsItself(const ConverterRecord& record) {
+  bool asciiIsItself(const Form& form) {
     const int known = asciiIsItself_.load(std::memory_order_relaxed);
     if (known >= 0) return known != 0;
-    const Form form(table_, record);
     bool itself = true;
     for (uint32_t c = 0; c < 0x80 && itself; ++c) {
       if (stopsAtLineEnds_ && (c == '\r' || c == '\n')) continue;
-      const uint8_t text[kMargin] = {static_cast<uint8_t>(c)};
-      const uint8_t byte = text[0];
-      itself = form.next(text).entry == makeEntry(&byte, 1, 1);
+      const uint8_t text[kLongestInput] = {static_cast<uint8_t>(c)};
+      itself = form.next(text).entry == makeEntry(text, 1, 1);
     }
     asciiIsItself_.store(itself ? 1 : 0, std::memory_order_relaxed);
     return itself;
