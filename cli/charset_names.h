@@ -20,9 +20,7 @@ struct CharsetChoice {
   ByteOrder order = ByteOrder::kOpen;  // the one that the name given fixes
 
   // Whether the bytes of a unit have an order at all.
-  bool hasByteOrder() const {
-    return form != UnicodeForm::kNone && form != UnicodeForm::kUtf8;
-  }
+  bool hasByteOrder() const { return form != UnicodeForm::kNone && form != UnicodeForm::kUtf8; }
 };
 
 struct CharsetListing {

@@ -31,9 +31,7 @@ Character utf16Before(const uint8_t* text, size_t end, bool bigEndian) {
 // The marks that combine are these five. The two tone letters are bases of each
 // other besides; the other three are never a base.
 bool isToneLetter(uint32_t value) { return value == 0x02E5 || value == 0x02E9; }
-bool isPureMark(uint32_t value) {
-  return value == 0x309A || value == 0x0300 || value == 0x0301;
-}
+bool isPureMark(uint32_t value) { return value == 0x309A || value == 0x0300 || value == 0x0301; }
 
 class Cutter {
  public:

@@ -79,14 +79,12 @@ OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
     throw UsageError("of -o, --output-dir and --in-place only one can be given");
   if (given.outputFile && arguments.inputs.size() > 1)
     throw UsageError("-o takes one input; --output-dir takes several");
-  const bool readsStandardInput =
-      std::find(arguments.inputs.begin(), arguments.inputs.end(), kStandardStream) !=
-      arguments.inputs.end();
+  const bool readsStandardInput = std::find(arguments.inputs.begin(), arguments.inputs.end(),
+                                            kStandardStream) != arguments.inputs.end();
   if (readsStandardInput && (given.inPlace || given.outputDirectory))
     throw UsageError("standard input has no name for --output-dir or --in-place");
 
-  if (given.outputDirectory)
-    return {OutputPlan::Kind::kDirectory, arguments.outputDirectory, ""};
+  if (given.outputDirectory) return {OutputPlan::Kind::kDirectory, arguments.outputDirectory, ""};
   if (given.outputFile && arguments.outputFile != kStandardStream)
     return {OutputPlan::Kind::kFile, arguments.outputFile, ""};
   if (!given.inPlace) return {};
@@ -137,8 +135,7 @@ void setNewlines(const std::string& newline, ConvertOptions& options) {
 void setReferences(const Arguments& arguments, const CharsetChoice& target,
                    ConvertOptions& options) {
   if (arguments.references.empty()) return;
-  if (target.form != UnicodeForm::kUcs2)
-    throw UsageError("--references is for UCS-2 targets only");
+  if (target.form != UnicodeForm::kUcs2) throw UsageError("--references is for UCS-2 targets only");
   options.supplementaryMode = arguments.references == "hex" ? 1 : 2;
 }
 

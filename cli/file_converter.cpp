@@ -137,9 +137,8 @@ void FileConverter::noteGap(size_t at, size_t length) {
 }
 
 void FileConverter::convertHeld() {
-  const size_t end = isLastPiece()
-                         ? checked_
-                         : safeCut(settings_.source.form, bigEndian_, input_.get(), checked_);
+  const size_t end =
+      isLastPiece() ? checked_ : safeCut(settings_.source.form, bigEndian_, input_.get(), checked_);
   size_t used = convert(0, end);
   if (used < end && atEnd_ && !malformed_) {
     if (!settings_.skipInvalid) failTruncated(used);
@@ -153,8 +152,7 @@ void FileConverter::convertHeld() {
 // one may be characters in their own right, but not behind an escape.
 size_t FileConverter::convertBehindTruncated(size_t at, size_t end) {
   while (at < end) {
-    const bool standsAlone =
-        settings_.source.form == UnicodeForm::kNone && input_[at] != kEscape;
+    const bool standsAlone = settings_.source.form == UnicodeForm::kNone && input_[at] != kEscape;
     if (!standsAlone) return end;
     at = convert(at + 1, end);
   }
@@ -184,8 +182,7 @@ size_t FileConverter::convert(size_t begin, size_t end) {
     const ConverterRecord before = record_;
     const uint32_t status = cconvConvert(&record_);
     drain();
-    const bool moved =
-        record_.inputPosition != before.inputPosition || record_.outputPosition != 0;
+    const bool moved = record_.inputPosition != before.inputPosition || record_.outputPosition != 0;
     switch (status) {
       case KSV_STATUS_DONE:
       case KSV_STATUS_INCOMPLETE:
@@ -248,10 +245,9 @@ void FileConverter::failTruncated(size_t position) const {
 }
 
 void FileConverter::failUnmappable(size_t position) const {
-  const std::string character =
-      record_.unicodeCode != 0
-          ? formatted("U+%04" PRIX32, record_.unicodeCode)
-          : formatted("the code 0x%02" PRIX32, record_.rawCode);
+  const std::string character = record_.unicodeCode != 0
+                                    ? formatted("U+%04" PRIX32, record_.unicodeCode)
+                                    : formatted("the code 0x%02" PRIX32, record_.rawCode);
   throw Failure(character + " is not in " + settings_.target.display +
                 atOffset(fileOffset(position)));
 }

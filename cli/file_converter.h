@@ -77,9 +77,9 @@ class FileConverter {
   std::unique_ptr<uint8_t[]> output_;
   size_t outputCapacity_;
 
-  size_t held_ = 0;       // bytes in the input buffer
-  size_t checked_ = 0;    // of these, whole well-formed characters
-  uint64_t base_ = 0;     // offset in the file of the first of them
+  size_t held_ = 0;     // bytes in the input buffer
+  size_t checked_ = 0;  // of these, whole well-formed characters
+  uint64_t base_ = 0;   // offset in the file of the first of them
   std::vector<Gap> gaps_;
   bool bigEndian_ = false;
   bool atEnd_ = false;      // the buffer holds the end of the text

@@ -20,9 +20,8 @@ int reportUsage(const CLI::App& app, const std::string& reason) {
   std::string job;
   for (const CLI::App* chosen : app.get_subcommands()) job = chosen->get_name();
   const std::string help = job.empty() ? "ksv --help" : "ksv " + job + " --help";
-  platform::writeToStandardError(job.empty()
-                                     ? "ksv: " + reason + " (see '" + help + "')\n"
-                                     : diagnostic(job, reason + " (see '" + help + "')"));
+  platform::writeToStandardError(job.empty() ? "ksv: " + reason + " (see '" + help + "')\n"
+                                             : diagnostic(job, reason + " (see '" + help + "')"));
   return kExitUsage;
 }
 

@@ -257,8 +257,7 @@ bool standardErrorIsTerminal() { return ::isatty(STDERR_FILENO) != 0; }
 
 void writeToStandardError(const std::string& text) {
   try {
-    Descriptor(STDERR_FILENO)
-        .writeAll(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+    Descriptor(STDERR_FILENO).writeAll(reinterpret_cast<const uint8_t*>(text.data()), text.size());
   } catch (const Failure&) {
     // There is nowhere left to say so.
   }

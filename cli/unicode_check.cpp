@@ -61,8 +61,8 @@ ScanResult scanSequence(const uint8_t* text, size_t length) {
   if (lead.length == 0) return {0, ScanEnd::kInvalid, 1};
   for (size_t i = 1; i < lead.length; ++i) {
     if (i == length) return {0, ScanEnd::kIncomplete, length};
-    const bool fits = i == 1 ? text[i] >= lead.secondLow && text[i] <= lead.secondHigh
-                             : isContinuation(text[i]);
+    const bool fits =
+        i == 1 ? text[i] >= lead.secondLow && text[i] <= lead.secondHigh : isContinuation(text[i]);
     if (!fits) return {0, ScanEnd::kInvalid, i};
   }
   return {lead.length, ScanEnd::kAll, 0};

@@ -373,7 +373,6 @@ class FormConverter : public BulkConverter {
       : table_(Form::kPages), stopsAtLineEnds_(stopsAtLineEnds) {}
 
   void runAhead(ConverterRecord& record) override {
-    if (record.detectByteOrderMark != 0 || record.options.writeByteOrderMark != 0) return;
     if (languageIsDue(record)) return;
     const Form form{TableCursor(table_, record)};
     const uint8_t* const inputEnd = record.input + record.inputLength;
@@ -533,6 +532,13 @@ BulkConverters& convertersOfProcess() {
 }
 
 }  // namespace
+
+bool isMarkPending(const ConverterRecord& record) {
+  const SourceForm form = sourceDecoder(record)->sourceForm;
+  const bool readsMark = form != SourceForm::kOther && form != SourceForm::kBytePairs;
+  return (readsMark && record.detectByteOrderMark != 0) ||
+         (targetEncoder(record)->writesMark && record.options.writeByteOrderMark != 0);
+}
 
 BulkConverter* findBulkConverter(const ConverterRecord& record) try {
   if (bytesLeft(record) < kLeastInput || !bulkPathEnabled.load(std::memory_order_relaxed)) {

@@ -23,6 +23,10 @@ class BulkConverter {
   virtual void runAhead(ConverterRecord& record) = 0;
 };
 
+// Whether a byte-order mark has to be read or written first: it may change the byte
+// order that the direct tables are made for.
+bool isMarkPending(const ConverterRecord& record);
+
 // The bulk converter for the record's charsets and options, shared by all
 // converters of the process; null when there is none, or too little input for
 // making tables to pay.

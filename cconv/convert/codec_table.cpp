@@ -21,13 +21,13 @@ constexpr CodecEntry kCodecTable[] = {
     {"destWINDOWS31J", codecs::decodeWindows31J, SourceForm::kBytePairs},
     {"constWINDOWS31J", codecs::encodeWindows31J},
     {"destISO-10646-UCS-2", codecs::decodeUcs2, SourceForm::kUcs2},
-    {"constISO-10646-UCS-2", codecs::encodeUcs2},
+    {"constISO-10646-UCS-2", codecs::encodeUcs2, SourceForm::kOther, true},
     {"destISO-10646-UCS-4", codecs::decodeUcs4, SourceForm::kUcs4},
-    {"constISO-10646-UCS-4", codecs::encodeUcs4},
+    {"constISO-10646-UCS-4", codecs::encodeUcs4, SourceForm::kOther, true},
     {"destUTF-16", codecs::decodeUtf16, SourceForm::kUtf16},
-    {"constUTF-16", codecs::encodeUtf16},
+    {"constUTF-16", codecs::encodeUtf16, SourceForm::kOther, true},
     {"destUTF-8", codecs::decodeUtf8, SourceForm::kUtf8},
-    {"constUTF-8", codecs::encodeUtf8},
+    {"constUTF-8", codecs::encodeUtf8, SourceForm::kOther, true},
 };
 
 }  // namespace

@@ -27,6 +27,7 @@ struct CodecEntry {
   char name[264];
   CodecFunction function;
   SourceForm sourceForm = SourceForm::kOther;
+  bool writesMark = false;  // an encoder that begins with a byte-order mark on request
 };
 
 // The entry of exactly that name, in table order; null for an empty or unknown

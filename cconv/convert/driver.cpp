@@ -172,6 +172,9 @@ constexpr int32_t kCharactersBetweenBulks = 8;
 
 void convertInput(ConverterRecord& record) {
   record.status = KSV_STATUS_WRITTEN;
+  while (record.status == KSV_STATUS_WRITTEN && isMarkPending(record)) {
+    convertByCharacters(record, 1);
+  }
   BulkConverter* const bulk = findBulkConverter(record);
   while (record.status == KSV_STATUS_WRITTEN) {
     if (bulk != nullptr) bulk->runAhead(record);

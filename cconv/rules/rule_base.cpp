@@ -9,17 +9,32 @@ namespace ksv {
 
 constinit RuleBase ruleBase;
 
+namespace {
+
+// Appends the item and enters it into the index, or does neither.
+template <typename Item>
+bool enter(RuleList<std::unique_ptr<Item>>& list, std::unordered_map<CharsetId, Item*>& index,
+           std::unique_ptr<Item> item) {
+  const auto [place, isNew] = index.emplace(item->id, item.get());
+  try {
+    if (list.append(std::move(item)) != 0) return true;
+  } catch (...) {
+    if (isNew) index.erase(place);
+    throw;
+  }
+  if (isNew) index.erase(place);
+  return false;
+}
+
+}  // namespace
+
 bool RuleLists::addCharset(std::unique_ptr<CharsetDef> charset) {
-  CharsetDef* added = charset.get();
-  if (charsets_.append(std::move(charset)) == 0) return false;
-  charsetsById_.emplace(added->id, added);
-  return true;
+  return enter(charsets_, charsetsById_, std::move(charset));
 }
 
 bool RuleLists::addSubset(std::unique_ptr<SubsetDef> subset) {
   SubsetDef* added = subset.get();
-  if (subsets_.append(std::move(subset)) == 0) return false;
-  subsetsById_.emplace(added->id, added);
+  if (!enter(subsets_, subsetsById_, std::move(subset))) return false;
   const CharsetId wellKnown = added->id - kFirstWellKnown;
   if (wellKnown < kWellKnownCount && wellKnown_[wellKnown] == nullptr) {
     wellKnown_[wellKnown] = added;

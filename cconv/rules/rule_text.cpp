@@ -79,9 +79,7 @@ std::vector<uint32_t> joinSurrogatePairs(const std::vector<uint32_t>& units) {
     if (!isSurrogate(unit)) {
       chars.push_back(unit);
     } else if (++i < units.size()) {
-      const uint32_t second = units[i];
-      chars.push_back(isHighSurrogate(second) ? joinSurrogates(second, unit)
-                                              : joinSurrogates(unit, second));
+      chars.push_back(joinRuleFileSurrogates(unit, units[i]));
     }
   }
   return chars;

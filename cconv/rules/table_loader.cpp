@@ -126,7 +126,8 @@ void load(CodeTable& table) {
   if (isFilled(table)) table.loaded.store(true, std::memory_order_release);
 }
 
-// Keeps the threads of this process apart where there is no named lock.
+// Keeps the threads of this process apart where there is no named lock. Not taken
+// beside that one: a process forked while a thread holds it could never take it.
 constinit std::mutex processMutex;
 
 void loadLocked(CodeTable& table) {
@@ -136,7 +137,8 @@ void loadLocked(CodeTable& table) {
   const bool locked =
       mutex != nullptr && mutex->lock() != platform::NamedMutex::LockResult::kFailed;
   try {
-    const std::lock_guard<std::mutex> guard(processMutex);
+    std::unique_lock<std::mutex> guard(processMutex, std::defer_lock);
+    if (!locked) guard.lock();
     load(table);
   } catch (const std::bad_alloc&) {
     // The table stays as far as it got.

@@ -59,8 +59,7 @@ std::optional<uint32_t> TableReader::nextChar() {
   if (!unit || kind_ != TextEncodingKind::kUtf16 || !isSurrogate(*unit)) return unit;
   const auto second = readUnitOfFile(2);
   if (!second) return std::nullopt;
-  return isHighSurrogate(*second) ? joinSurrogates(*second, *unit)
-                                  : joinSurrogates(*unit, *second);
+  return joinRuleFileSurrogates(*unit, *second);
 }
 
 // One unit back, even behind a surrogate pair: its second half is read again.

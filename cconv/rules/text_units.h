@@ -15,6 +15,13 @@ constexpr uint32_t joinSurrogates(uint32_t high, uint32_t low) {
   return (high - 0xD7F7) * 1024 + low;
 }
 
+// A surrogate of a rule file or table and the unit behind it. The roles are not
+// those of UTF-16: the unit that is multiplied is the first one only when the
+// second is a high surrogate, so a standard pair does not give its usual code.
+constexpr uint32_t joinRuleFileSurrogates(uint32_t first, uint32_t second) {
+  return isHighSurrogate(second) ? joinSurrogates(first, second) : joinSurrogates(second, first);
+}
+
 constexpr uint32_t readUnit(const uint8_t* bytes, uint32_t width, bool bigEndian) {
   uint32_t value = 0;
   for (uint32_t i = 0; i < width; ++i) {

@@ -9,9 +9,9 @@ using ksv_cli::ByteOrder;
 using ksv_cli::CharsetNames;
 using ksv_cli::UnicodeForm;
 
-const std::vector<std::string> kDirectory = {
-    "utf-8",     "utf-16",     "iso-10646-ucs-2", "iso-10646-ucs-4",
-    "shift_jis", "windows31j", "shift_jis-2004",  "example"};
+const std::vector<std::string> kDirectory = {"utf-8",           "utf-16",    "iso-10646-ucs-2",
+                                             "iso-10646-ucs-4", "shift_jis", "windows31j",
+                                             "shift_jis-2004",  "example"};
 
 std::string resolved(const std::string& name) {
   const auto choice = CharsetNames(kDirectory).find(name);
@@ -57,7 +57,8 @@ TEST(CharsetNames, prefers_a_name_of_the_directory_to_an_alias) {
   const CharsetNames names({"shift_jis", "sjis"});
   EXPECT_EQ(names.find("SJIS")->name, "sjis");
   EXPECT_EQ(names.find("x-sjis")->name, "shift_jis");
-  for (const std::string& alias : names.list()[0].aliases) EXPECT_NE(alias, "sjis");
+  const std::vector<ksv_cli::CharsetListing> listings = names.list();
+  for (const std::string& alias : listings.at(0).aliases) EXPECT_NE(alias, "sjis");
 }
 
 TEST(CharsetNames, knows_the_form_of_the_unicode_charsets) {

@@ -51,8 +51,9 @@ TEST_F(Charsets, and_aliases_can_all_be_named) {
 
 TEST_F(Charsets, of_an_empty_directory_are_a_failure_in_one_line) {
   setEnvironment("Charsetpath", path(""));
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"charsets"}, {"tables"}, {"convert", "-f", "utf8", "-t", "utf8"}}) {
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"charsets"},
+                                                    {"tables"},
+                                                    {"convert", "-f", "utf8", "-t", "utf8"}}) {
     const Outcome outcome = ksv(arguments);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
@@ -81,12 +82,10 @@ TEST_F(Tables, are_compiled_every_one) {
     ++tables;
     const std::string compiled = fs::path(name).replace_extension(".cmp").string();
     ASSERT_TRUE(exists("charset/" + compiled)) << compiled;
-    EXPECT_EQ(read("charset/" + compiled),
-              [&] {
-                std::string shipped = std::string(KSV_CHARSET_DIRECTORY) + "/" + compiled;
-                return read(fs::relative(shipped, path("")).string());
-              }())
-        << compiled;
+    EXPECT_EQ(read("charset/" + compiled), [&] {
+      std::string shipped = std::string(KSV_CHARSET_DIRECTORY) + "/" + compiled;
+      return read(fs::relative(shipped, path("")).string());
+    }()) << compiled;
   }
   EXPECT_GT(tables, 0u);
 }
@@ -95,8 +94,7 @@ TEST_F(Tables, say_how_many_charsets_have_theirs) {
   const size_t count = lines(ksv({"charsets"}).out).size();
   const Outcome outcome = ksv({"tables"});
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.out,
-            "the code tables of " + std::to_string(count) + " charsets are filled\n");
+  EXPECT_EQ(outcome.out, "the code tables of " + std::to_string(count) + " charsets are filled\n");
 }
 
 }  // namespace

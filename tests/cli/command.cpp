@@ -49,7 +49,8 @@ CommandTest::~CommandTest() {
 }
 
 void CommandTest::setEnvironment(const std::string& name, const std::string& value) {
-  std::erase_if(environment_, [&](const std::string& entry) { return entry.starts_with(name + "="); });
+  std::erase_if(environment_,
+                [&](const std::string& entry) { return entry.starts_with(name + "="); });
   environment_.push_back(name + "=" + value);
 }
 
@@ -63,8 +64,7 @@ int CommandTest::start(const std::vector<std::string>& arguments, int standardIn
   std::vector<char*> environmentPointers;
   for (const std::string& entry : environment_)
     environmentPointers.push_back(const_cast<char*>(entry.c_str()));
-  for (char** entry = environ; *entry != nullptr; ++entry)
-    environmentPointers.push_back(*entry);
+  for (char** entry = environ; *entry != nullptr; ++entry) environmentPointers.push_back(*entry);
   environmentPointers.push_back(nullptr);
 
   posix_spawn_file_actions_t actions;
@@ -74,8 +74,8 @@ int CommandTest::start(const std::vector<std::string>& arguments, int standardIn
   posix_spawn_file_actions_adddup2(&actions, standardError, 2);
   posix_spawn_file_actions_addchdir_np(&actions, directory_.c_str());
   pid_t process = -1;
-  const int error = ::posix_spawn(&process, KSV_COMMAND, &actions, nullptr,
-                                  argumentPointers.data(), environmentPointers.data());
+  const int error = ::posix_spawn(&process, KSV_COMMAND, &actions, nullptr, argumentPointers.data(),
+                                  environmentPointers.data());
   posix_spawn_file_actions_destroy(&actions);
   EXPECT_EQ(error, 0) << "cannot start " << KSV_COMMAND;
   return process;

@@ -28,8 +28,8 @@ class CommandTest : public testing::Test {
   Outcome ksv(const std::vector<std::string>& arguments, const std::string& input = "") const;
 
   // The same with its process id at hand: starts it, and waits for its end.
-  int start(const std::vector<std::string>& arguments, int standardInput,
-            int standardOutput, int standardError) const;
+  int start(const std::vector<std::string>& arguments, int standardInput, int standardOutput,
+            int standardError) const;
   static Outcome finish(int process);
 
   std::string path(const std::string& name) const { return directory_ + "/" + name; }

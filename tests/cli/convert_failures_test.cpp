@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <ostream>
 
 #include "command.h"
 #include "in_process.h"
@@ -24,20 +25,21 @@ TEST_F(ConvertFailures, name_file_reason_and_offset) {
 TEST_F(ConvertFailures, name_the_character_that_the_target_lacks) {
   const Outcome outcome = ksv({"convert", "-f", "utf8", "-t", "sjis"}, "あい😀う");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err,
-            "ksv: standard input: U+1F600 is not in Shift_JIS at byte offset 6\n");
+  EXPECT_EQ(outcome.err, "ksv: standard input: U+1F600 is not in Shift_JIS at byte offset 6\n");
 }
 
 TEST_F(ConvertFailures, name_a_character_that_the_end_cuts) {
-  const Outcome outcome = ksv({"convert", "-f", "sjis", "-t", "utf8"}, bytes({'a', 0x82, 0xA0, 0x82}));
+  const Outcome outcome =
+      ksv({"convert", "-f", "sjis", "-t", "utf8"}, bytes({'a', 0x82, 0xA0, 0x82}));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
             "ksv: standard input: the text ends inside a Shift_JIS character at byte offset 3\n");
 }
 
 TEST_F(ConvertFailures, count_the_byte_order_mark) {
-  const Outcome outcome =
-      ksv({"convert", "-f", "utf8", "-t", "sjis"}, "\xEF\xBB\xBF" "a\xFF");
+  const Outcome outcome = ksv({"convert", "-f", "utf8", "-t", "sjis"},
+                              "\xEF\xBB\xBF"
+                              "a\xFF");
   EXPECT_EQ(outcome.err, "ksv: standard input: invalid UTF-8 (0xFF) at byte offset 4\n");
 }
 
@@ -106,6 +108,14 @@ TEST_F(ConvertFailures, report_a_file_that_may_not_be_read) {
   EXPECT_EQ(outcome.err, "ksv: secret: Permission denied\n");
 }
 
+TEST_F(ConvertFailures, report_an_error_while_reading) {
+  if (!std::filesystem::exists("/proc/self/mem")) GTEST_SKIP() << "no file that cannot be read";
+  const Outcome outcome = ksv({"convert", "-f", "utf8", "-t", "sjis", "-o", "x", "/proc/self/mem"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "ksv: /proc/self/mem: Input/output error\n");
+  EXPECT_TRUE(files().empty());
+}
+
 TEST_F(ConvertFailures, report_an_output_that_is_a_directory_or_in_none) {
   write("a", "a");
   std::filesystem::create_directory(path("dir"));
@@ -137,10 +147,14 @@ TEST_F(ConvertFailures, report_a_full_disk_once) {
 // the offset named is that of the first bad byte, and everything before it is there.
 struct BadText {
   const char* charset;
-  std::string fill;   // in UTF-8, repeated in front
-  std::string bad;    // in the charset
-  const char* reason; // in front of the offset
+  std::string fill;    // in UTF-8, repeated in front
+  std::string bad;     // in the charset
+  const char* reason;  // in front of the offset
 };
+
+void PrintTo(const BadText& text, std::ostream* out) {
+  *out << text.reason << " behind " << text.fill;
+}
 
 class BadBytes : public testing::TestWithParam<BadText> {};
 
@@ -156,8 +170,7 @@ TEST_P(BadBytes, are_named_at_every_place_around_a_border) {
       for (size_t i = 0; i < count; ++i) before += one;
       const Conversion result =
           converting().inPieces(text.charset, "UTF-8", before + text.bad + tail, kBlock);
-      ASSERT_EQ(result.failure,
-                text.reason + (" at byte offset " + std::to_string(before.size())));
+      ASSERT_EQ(result.failure, text.reason + (" at byte offset " + std::to_string(before.size())));
       ASSERT_EQ(result.output, converting().inPieces(text.charset, "UTF-8", before, 4096).output);
     }
   }
@@ -191,6 +204,10 @@ struct LackingText {
   const char* reason;
 };
 
+void PrintTo(const LackingText& text, std::ostream* out) {
+  *out << text.reason << " from " << text.source;
+}
+
 class LackingCharacters : public testing::TestWithParam<LackingText> {};
 
 TEST_P(LackingCharacters, are_named_at_every_place_around_a_border) {
@@ -204,8 +221,7 @@ TEST_P(LackingCharacters, are_named_at_every_place_around_a_border) {
     while (before.size() < 3 * kBlock) {
       const Conversion result =
           converting().inPieces(text.source, text.target, before + lacking + tail, kBlock);
-      ASSERT_EQ(result.failure,
-                text.reason + (" at byte offset " + std::to_string(before.size())));
+      ASSERT_EQ(result.failure, text.reason + (" at byte offset " + std::to_string(before.size())));
       before += one;
     }
   }

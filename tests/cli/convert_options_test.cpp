@@ -26,12 +26,13 @@ TEST_F(ConvertOptionsTest, newline_rewrites_every_line_end) {
 }
 
 TEST_F(ConvertOptionsTest, bom_begins_unicode_output_with_a_mark) {
-  EXPECT_EQ(converted("utf8", "utf8", {"--bom"}, "a"), "\xEF\xBB\xBF" "a");
+  EXPECT_EQ(converted("utf8", "utf8", {"--bom"}, "a"),
+            "\xEF\xBB\xBF"
+            "a");
   EXPECT_EQ(converted("utf8", "utf-16", {"--bom"}, "a"), bytes({0xFF, 0xFE, 'a', 0}));
   EXPECT_EQ(converted("utf8", "utf-16be", {"--bom"}, "a"), bytes({0xFE, 0xFF, 0, 'a'}));
   EXPECT_EQ(converted("utf8", "ucs-2", {"--bom"}, "a"), bytes({0xFF, 0xFE, 'a', 0}));
-  EXPECT_EQ(converted("utf8", "ucs-4", {"--bom"}, "a"),
-            bytes({0xFF, 0xFE, 0, 0, 'a', 0, 0, 0}));
+  EXPECT_EQ(converted("utf8", "ucs-4", {"--bom"}, "a"), bytes({0xFF, 0xFE, 0, 0, 'a', 0, 0, 0}));
   EXPECT_EQ(converted("utf8", "sjis", {"--bom"}, "a"), "a");
 }
 
@@ -45,10 +46,16 @@ TEST_F(ConvertOptionsTest, bom_marks_a_stream_of_several_texts_once) {
   write("a", "a");
   write("b", "b");
   EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "utf8", "--bom", "a", "b"}).out,
-            "\xEF\xBB\xBF" "ab");
-  EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "utf8", "--bom", "--in-place", "a", "b"}).status, 0);
-  EXPECT_EQ(read("a"), "\xEF\xBB\xBF" "a");
-  EXPECT_EQ(read("b"), "\xEF\xBB\xBF" "b");
+            "\xEF\xBB\xBF"
+            "ab");
+  EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "utf8", "--bom", "--in-place", "a", "b"}).status,
+            0);
+  EXPECT_EQ(read("a"),
+            "\xEF\xBB\xBF"
+            "a");
+  EXPECT_EQ(read("b"),
+            "\xEF\xBB\xBF"
+            "b");
 }
 
 TEST_F(ConvertOptionsTest, byte_order_is_that_of_the_output) {
@@ -69,7 +76,11 @@ TEST_F(ConvertOptionsTest, byte_order_changes_nothing_where_there_is_none) {
 }
 
 TEST_F(ConvertOptionsTest, invalid_skip_leaves_invalid_bytes_out) {
-  EXPECT_EQ(converted("utf8", "utf8", {"--invalid", "skip"}, "a\xFF" "b\xE3\x81" "c\xED\xA0\x80" "d"),
+  EXPECT_EQ(converted("utf8", "utf8", {"--invalid", "skip"},
+                      "a\xFF"
+                      "b\xE3\x81"
+                      "c\xED\xA0\x80"
+                      "d"),
             "abcd");
   EXPECT_EQ(converted("sjis", "utf8", {"--invalid", "skip"}, bytes({'a', 0x81, 0x20, 'b', 0xFF})),
             "a b");
@@ -82,7 +93,8 @@ TEST_F(ConvertOptionsTest, invalid_skip_leaves_invalid_bytes_out) {
 }
 
 TEST_F(ConvertOptionsTest, invalid_skip_leaves_a_character_out_that_the_end_cuts) {
-  EXPECT_EQ(converted("sjis", "utf8", {"--invalid", "skip"}, bytes({'a', 0x82, 0xA0, 0x82})), "aあ");
+  EXPECT_EQ(converted("sjis", "utf8", {"--invalid", "skip"}, bytes({'a', 0x82, 0xA0, 0x82})),
+            "aあ");
   EXPECT_EQ(converted("utf8", "sjis", {"--invalid", "skip"}, "a\xE3\x81"), "a");
 }
 
@@ -112,8 +124,7 @@ TEST_F(ConvertOptionsTest, references_write_what_windows_31j_lacks_as_numbers) {
     for (const char c : ascii) text += bytes({c, 0});
     return text;
   };
-  EXPECT_EQ(converted("utf8", "ucs-2", {"--references", "hex"}, "a😀é"),
-            utf16("a&#x1F600;&#xE9;"));
+  EXPECT_EQ(converted("utf8", "ucs-2", {"--references", "hex"}, "a😀é"), utf16("a&#x1F600;&#xE9;"));
   EXPECT_EQ(converted("utf8", "ucs-2le", {"--references", "decimal"}, "a😀é"),
             utf16("a&#128512;&#233;"));
   EXPECT_EQ(converted("utf8", "ucs-2", {"--references", "hex"}, "あ"), bytes({0x42, 0x30}));

@@ -15,16 +15,17 @@ namespace {
 
 using ksv_cli::ConversionSettings;
 
-const std::vector<std::string> kAllCharsets = {"Shift_JIS", "WINDOWS31J", "Shift_JIS-2004", "UTF-8",
-                                               "UTF-16LE",  "UTF-16BE",   "UCS-2LE",        "UCS-4BE"};
+const std::vector<std::string> kAllCharsets = {"Shift_JIS", "WINDOWS31J", "Shift_JIS-2004",
+                                               "UTF-8",     "UTF-16LE",   "UTF-16BE",
+                                               "UCS-2LE",   "UCS-4BE"};
 
 // Characters that are in every charset, with marks and bases that may combine.
 std::string randomText(std::mt19937& random, bool combining) {
-  static const std::vector<std::string> plain = {"a",  "Z", "5", " ",  "あ", "漢", "ア", "ｱ",
+  static const std::vector<std::string> plain = {"a",  "Z",  "5",  " ",    "あ", "漢", "ア", "ｱ",
                                                  "、", "\r", "\n", "\r\n", "か", "字", "ー"};
-  static const std::vector<std::string> marks = {
-      "か", "カ", "\u309A", "\u309A", "æ", "\u0300", "\u0301", "ə", "\u02E5",
-      "\u02E9", "\u02E5", "\u02E9", "ツ", "a", "漢"};
+  static const std::vector<std::string> marks = {"か",     "カ",     "\u309A", "\u309A", "æ",
+                                                 "\u0300", "\u0301", "ə",      "\u02E5", "\u02E9",
+                                                 "\u02E5", "\u02E9", "ツ",     "a",      "漢"};
   const std::vector<std::string>& characters = combining ? marks : plain;
   std::string text;
   const size_t count = random() % 120;
@@ -97,8 +98,7 @@ TEST(Pieces, make_one_line_end_of_cr_lf_across_a_border) {
   for (const auto& form : forms)
     for (const std::string& source : kAllCharsets)
       for (size_t lead = 0; lead < 40; ++lead) {
-        const std::string text =
-            encoded(source, std::string(lead, 'x') + "\r\n\r\n\r\ry\nz\r\n");
+        const std::string text = encoded(source, std::string(lead, 'x') + "\r\n\r\n\r\ry\nz\r\n");
         const Adjustment newlines = [&](ConversionSettings& settings) {
           settings.options.convertNewlines = 1;
           settings.options.newlineForm = form.form;
@@ -121,7 +121,8 @@ TEST(Pieces, skip_the_same_invalid_bytes_wherever_they_are_cut) {
     const Conversion whole = converting().inPieces(source, "UTF-8", text, 65536, skipping);
     ASSERT_EQ(whole.failure, "") << source << ": " << shown(text);
     for (size_t block = 16; block <= 64; block += 1 + random() % 7)
-      ASSERT_EQ(converting().inPieces(source, "UTF-8", text, block, skipping, shortReads(random)), whole)
+      ASSERT_EQ(converting().inPieces(source, "UTF-8", text, block, skipping, shortReads(random)),
+                whole)
           << source << " in pieces of " << block << ": " << shown(text);
   }
 }
@@ -135,7 +136,8 @@ TEST(Pieces, fail_at_the_same_byte_wherever_they_are_cut) {
     if (!text.empty()) text[random() % text.size()] = static_cast<char>(random());
     const Conversion whole = converting().inPieces(source, target, text, 65536);
     for (size_t block = 16; block <= 64; block += 1 + random() % 7)
-      ASSERT_EQ(converting().inPieces(source, target, text, block, nullptr, shortReads(random)), whole)
+      ASSERT_EQ(converting().inPieces(source, target, text, block, nullptr, shortReads(random)),
+                whole)
           << source << " to " << target << " in pieces of " << block << ": " << shown(text);
   }
 }
@@ -143,7 +145,10 @@ TEST(Pieces, fail_at_the_same_byte_wherever_they_are_cut) {
 TEST(Pieces, name_offsets_behind_skipped_bytes_in_the_file) {
   const Adjustment skipping = [](ConversionSettings& settings) { settings.skipInvalid = true; };
   for (size_t lead = 0; lead < 40; ++lead) {
-    const std::string text = "\xFF" + std::string(lead, 'x') + "\xE3\x81" "é" "😀";
+    const std::string text = "\xFF" + std::string(lead, 'x') +
+                             "\xE3\x81"
+                             "é"
+                             "😀";
     for (const size_t block : {16u, 4096u})
       ASSERT_EQ(converting().inPieces("UTF-8", "Shift_JIS-2004", text, block, skipping).failure,
                 "U+1F600 is not in Shift_JIS-2004 at byte offset " + std::to_string(lead + 5));
@@ -187,8 +192,9 @@ TEST_F(PieceSizes, can_be_set_on_the_command_line) {
   const Outcome whole = ksv({"convert", "-f", "utf8", "-t", "Shift_JIS-2004"}, text);
   EXPECT_EQ(whole.status, 0);
   for (const std::string size : {"16", "17", "31", "64"})
-    EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "Shift_JIS-2004", "--block-size", size}, text).out,
-              whole.out);
+    EXPECT_EQ(
+        ksv({"convert", "-f", "utf8", "-t", "Shift_JIS-2004", "--block-size", size}, text).out,
+        whole.out);
 }
 
 }  // namespace

@@ -67,12 +67,16 @@ TEST_F(Convert, names_the_offset_of_texts_too_short_for_their_first_character) {
 }
 
 TEST_F(Convert, drops_the_mark_of_the_input) {
-  EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "utf8"}, "\xEF\xBB\xBF" "a").out, "a");
-  EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "utf8"}, "\xEF\xBB\xBF").out, "");
-  EXPECT_EQ(ksv({"convert", "-f", "utf-16", "-t", "utf8"}, bytes({0xFF, 0xFE, 'a', 0})).out, "a");
-  EXPECT_EQ(ksv({"convert", "-f", "utf-32", "-t", "utf8"}, bytes({0xFF, 0xFE, 0, 0, 'a', 0, 0, 0}))
+  EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "utf8"},
+                "\xEF\xBB\xBF"
+                "a")
                 .out,
             "a");
+  EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "utf8"}, "\xEF\xBB\xBF").out, "");
+  EXPECT_EQ(ksv({"convert", "-f", "utf-16", "-t", "utf8"}, bytes({0xFF, 0xFE, 'a', 0})).out, "a");
+  EXPECT_EQ(
+      ksv({"convert", "-f", "utf-32", "-t", "utf8"}, bytes({0xFF, 0xFE, 0, 0, 'a', 0, 0, 0})).out,
+      "a");
   EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "utf8"}, "a\uFEFF").out, "a\uFEFF");
 }
 
@@ -89,13 +93,14 @@ TEST_F(Convert, reads_units_in_the_order_of_their_mark_or_name_else_little_endia
 
 TEST_F(Convert, takes_only_the_mark_of_the_order_that_the_name_gives) {
   EXPECT_EQ(ksv({"convert", "-f", "utf-16be", "-t", "utf8"}, bytes({0xFF, 0xFE, 0, 'a'})).out,
-            "\uFFFE" "a");
+            "\uFFFE"
+            "a");
 }
 
 TEST_F(Convert, finds_files_under_japanese_names) {
   write("日本語 テキスト.txt", kSjisLine);
-  const Outcome outcome = ksv({"convert", "-f", "sjis", "-t", "utf8", "-o", "結果.txt",
-                               "日本語 テキスト.txt"});
+  const Outcome outcome =
+      ksv({"convert", "-f", "sjis", "-t", "utf8", "-o", "結果.txt", "日本語 テキスト.txt"});
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_EQ(read("結果.txt"), kUtf8Line);
 }
@@ -123,8 +128,8 @@ TEST_F(Convert, does_several_files_at_once_and_keeps_their_order) {
 }
 
 TEST_F(Convert, does_several_files_at_once_into_a_directory) {
-  std::vector<std::string> arguments = {"convert", "-f", "utf8", "-t", "cp932", "-j", "4",
-                                        "--output-dir", "out"};
+  std::vector<std::string> arguments = {"convert", "-f", "utf8",         "-t", "cp932",
+                                        "-j",      "4",  "--output-dir", "out"};
   for (int i = 0; i < 30; ++i) {
     write("f" + std::to_string(i), "テスト" + std::to_string(i));
     arguments.push_back("f" + std::to_string(i));

@@ -69,8 +69,8 @@ ConversionSettings Converting::settings(const std::string& source, const std::st
 }
 
 Conversion Converting::inPieces(const std::string& source, const std::string& target,
-                                const std::string& text, size_t blockSize,
-                                const Adjustment& adjust, unsigned shortReads) const {
+                                const std::string& text, size_t blockSize, const Adjustment& adjust,
+                                unsigned shortReads) const {
   ConversionSettings chosen = settings(source, target, adjust);
   chosen.blockSize = blockSize;
   Conversion result;
@@ -90,9 +90,8 @@ std::string Converting::atOnce(const std::string& source, const std::string& tar
   std::vector<uint8_t> output(text.size() * 16 + 4096);
   ConverterRecord record{};
   cconvInitConvert(&record, &chosen.options, chosen.target.name.c_str());
-  uint32_t parameters[3] = {
-      !chosen.source.hasByteOrder() || chosen.source.order == ByteOrder::kBig, 0,
-      chosen.skipInvalid};
+  uint32_t parameters[3] = {!chosen.source.hasByteOrder() || chosen.source.order == ByteOrder::kBig,
+                            0, chosen.skipInvalid};
   cconvChgCharset(&record, parameters, chosen.source.name.c_str());
   if (!chosen.language.empty()) cconvChgLang(&record, chosen.language.c_str());
   record.input = reinterpret_cast<const uint8_t*>(text.data());
@@ -101,8 +100,7 @@ std::string Converting::atOnce(const std::string& source, const std::string& tar
   record.outputCapacity = static_cast<int32_t>(output.size());
   if (cconvConvert(&record) != KSV_STATUS_DONE) return "";
   if (cconvTermConvert(&record) != KSV_STATUS_DONE) return "";
-  return {reinterpret_cast<const char*>(output.data()),
-          static_cast<size_t>(record.outputPosition)};
+  return {reinterpret_cast<const char*>(output.data()), static_cast<size_t>(record.outputPosition)};
 }
 
 const Converting& converting() {

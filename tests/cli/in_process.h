@@ -27,14 +27,14 @@ class Converting {
 
   // As the command converts it, in pieces of the size; shortReads other than 0
   // hands out fewer bytes a read, the number drawn from this seed.
-  Conversion inPieces(const std::string& source, const std::string& target,
-                      const std::string& text, size_t blockSize,
-                      const Adjustment& adjust = nullptr, unsigned shortReads = 0) const;
+  Conversion inPieces(const std::string& source, const std::string& target, const std::string& text,
+                      size_t blockSize, const Adjustment& adjust = nullptr,
+                      unsigned shortReads = 0) const;
 
   // By a single cconvConvert call over the whole text, without any care for marks
   // or well-formedness; empty when the text cannot be converted whole.
-  std::string atOnce(const std::string& source, const std::string& target,
-                     const std::string& text, const Adjustment& adjust = nullptr) const;
+  std::string atOnce(const std::string& source, const std::string& target, const std::string& text,
+                     const Adjustment& adjust = nullptr) const;
 
   ksv_cli::ConversionSettings settings(const std::string& source, const std::string& target,
                                        const Adjustment& adjust) const;

@@ -34,8 +34,8 @@ class LargeFile : public CommandTest {
 
 TEST_F(LargeFile, converts_in_little_memory) {
   if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "the sanitizers keep memory of their own";
-  const std::string line = bytes({0x93, 0xFA, 0x96, 0x7B, 0x8C, 0xEA, 0x82, 0xCC, ' ', 't', 'e',
-                                  'x', 't', 13, 10});
+  const std::string line =
+      bytes({0x93, 0xFA, 0x96, 0x7B, 0x8C, 0xEA, 0x82, 0xCC, ' ', 't', 'e', 'x', 't', 13, 10});
   writeRepeated("large", line, 64u << 20);
   const Outcome there = ksv({"convert", "-f", "cp932", "-t", "utf8", "-o", "utf8", "large"});
   EXPECT_EQ(there.status, 0) << there.err;
@@ -48,7 +48,10 @@ TEST_F(LargeFile, converts_in_little_memory) {
 
 TEST_F(LargeFile, of_bad_bytes_only_is_skipped_in_little_memory) {
   if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "the sanitizers keep memory of their own";
-  writeRepeated("bad", "\xFF" "a\xE3", 16u << 20);
+  writeRepeated("bad",
+                "\xFF"
+                "a\xE3",
+                16u << 20);
   const Outcome outcome =
       ksv({"convert", "-f", "utf8", "-t", "utf8", "--invalid", "skip", "-o", "out", "bad"});
   EXPECT_EQ(outcome.status, 0) << outcome.err;
@@ -61,8 +64,7 @@ TEST_F(LargeFile, of_bad_bytes_only_is_skipped_in_little_memory) {
 TEST_F(LargeFile, names_an_offset_far_behind_the_beginning) {
   writeRepeated("large", "0123456789abcdef", 8u << 20);
   std::ofstream(path("large"), std::ios::binary | std::ios::app) << "\x81\x7F";
-  const Outcome outcome =
-      ksv({"convert", "-f", "sjis", "-t", "utf8", "-o", "out", "large"});
+  const Outcome outcome = ksv({"convert", "-f", "sjis", "-t", "utf8", "-o", "out", "large"});
   EXPECT_EQ(outcome.err, "ksv: large: invalid Shift_JIS (0x81) at byte offset 8388608\n");
 }
 

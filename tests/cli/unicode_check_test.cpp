@@ -38,12 +38,15 @@ std::string utf16(std::initializer_list<int> values, bool bigEndian = true) {
 std::string appended(uint32_t scalar) {
   std::string text;
   if (scalar < 0x80) return bytes({static_cast<int>(scalar)});
-  if (scalar < 0x800) return bytes({static_cast<int>(0xC0 | scalar >> 6), static_cast<int>(0x80 | (scalar & 63))});
+  if (scalar < 0x800)
+    return bytes({static_cast<int>(0xC0 | scalar >> 6), static_cast<int>(0x80 | (scalar & 63))});
   if (scalar < 0x10000)
-    return bytes({static_cast<int>(0xE0 | scalar >> 12), static_cast<int>(0x80 | (scalar >> 6 & 63)),
+    return bytes({static_cast<int>(0xE0 | scalar >> 12),
+                  static_cast<int>(0x80 | (scalar >> 6 & 63)),
                   static_cast<int>(0x80 | (scalar & 63))});
   return bytes({static_cast<int>(0xF0 | scalar >> 18), static_cast<int>(0x80 | (scalar >> 12 & 63)),
-                static_cast<int>(0x80 | (scalar >> 6 & 63)), static_cast<int>(0x80 | (scalar & 63))});
+                static_cast<int>(0x80 | (scalar >> 6 & 63)),
+                static_cast<int>(0x80 | (scalar & 63))});
 }
 
 TEST(Utf8Check, takes_every_scalar_value_and_no_surrogate) {
@@ -147,10 +150,8 @@ TEST(Utf16Check, finds_a_surrogate_at_every_place_of_a_long_text) {
 }
 
 TEST(Ucs2Check, refuses_every_surrogate) {
-  EXPECT_EQ(described(scan(UnicodeForm::kUcs2, bytes({0xD8, 0x3D, 0xDE, 0}), true)),
-            "0 invalid 2");
-  EXPECT_EQ(described(scan(UnicodeForm::kUcs2, bytes({0xD7, 0xFF, 0xE0}), true)),
-            "2 incomplete 1");
+  EXPECT_EQ(described(scan(UnicodeForm::kUcs2, bytes({0xD8, 0x3D, 0xDE, 0}), true)), "0 invalid 2");
+  EXPECT_EQ(described(scan(UnicodeForm::kUcs2, bytes({0xD7, 0xFF, 0xE0}), true)), "2 incomplete 1");
 }
 
 TEST(Ucs4Check, takes_scalar_values_only) {

@@ -27,9 +27,11 @@ TEST_F(Usage, version_prints_name_and_version) {
 }
 
 TEST_F(Usage, help_is_everywhere) {
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"--help"}, {"convert", "--help"}, {"charsets", "--help"},
-        {"tables", "--help"}, {"-h"}}) {
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
+                                                    {"convert", "--help"},
+                                                    {"charsets", "--help"},
+                                                    {"tables", "--help"},
+                                                    {"-h"}}) {
     const Outcome outcome = ksv(arguments);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
@@ -98,10 +100,15 @@ TEST_F(Usage, convert_overwrites_no_input_and_no_other_result) {
 }
 
 TEST_F(Usage, convert_checks_the_values_of_its_options) {
-  const std::vector<std::vector<std::string>> wrong = {
-      {"--newline", "nel"},      {"--byte-order", "middle"}, {"--invalid", "keep"},
-      {"--unmappable", "drop"},  {"-j", "0"},                {"-j", "many"},
-      {"--references", "octal"}, {"--block-size", "1"},      {"--in-place=a/b"}};
+  const std::vector<std::vector<std::string>> wrong = {{"--newline", "nel"},
+                                                       {"--byte-order", "middle"},
+                                                       {"--invalid", "keep"},
+                                                       {"--unmappable", "drop"},
+                                                       {"-j", "0"},
+                                                       {"-j", "many"},
+                                                       {"--references", "octal"},
+                                                       {"--block-size", "1"},
+                                                       {"--in-place=a/b"}};
   for (const std::vector<std::string>& options : wrong) {
     std::vector<std::string> arguments = {"convert", "-f", "utf8", "-t", "ucs-2", "a"};
     arguments.insert(arguments.end(), options.begin(), options.end());
@@ -122,8 +129,7 @@ TEST_F(Usage, references_are_for_ucs2_targets) {
 }
 
 TEST_F(Usage, byte_order_agrees_with_the_name_of_the_target) {
-  expectWrong({"convert", "-f", "utf8", "-t", "utf-16be", "--byte-order", "little"},
-              "contradicts");
+  expectWrong({"convert", "-f", "utf8", "-t", "utf-16be", "--byte-order", "little"}, "contradicts");
 }
 
 TEST_F(Usage, language_is_a_name_in_ascii) {

@@ -1,0 +1,210 @@
+// The bulk path against the step-by-step engine: whatever the charsets, options
+// and cuts, every byte and every field is the same.
+#include "cconv/convert/bulk.h"
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "tests/convert/converter.h"
+
+namespace ksv_test {
+namespace {
+
+constexpr const char* kCharsets[] = {"Shift_JIS", "WINDOWS31J", "Shift_JIS-2004", "UTF-8",
+                                     "UTF-16", "ISO-10646-UCS-2", "ISO-10646-UCS-4"};
+
+class EngineOnly {
+ public:
+  EngineOnly() { ksv::setBulkPathEnabled(false); }
+  ~EngineOnly() { ksv::setBulkPathEnabled(true); }
+};
+
+// One call after another until the end, with what each leaves in the record.
+struct Trace {
+  std::vector<ConverterRecord> records;
+  Bytes output;
+};
+
+Trace trace(const Conversion& setup, const Bytes& input, const std::vector<int32_t>& capacities) {
+  Trace result;
+  Converter converter(setup);
+  converter.give(input, capacities[0]);
+  for (size_t call = 1; call < 400; ++call) {
+    const uint32_t status = converter.convert();
+    ConverterRecord record = converter.record;
+    record.input = record.output = nullptr;
+    result.records.push_back(record);
+    const bool goesOn = status == 22 || status == 23 || status == 13;
+    if (!goesOn) break;
+    converter.drain(capacities[call % capacities.size()]);
+  }
+  result.output = converter.written();
+  return result;
+}
+
+void expectSame(const Conversion& setup, const Bytes& input, const std::vector<int32_t>& capacities) {
+  const Trace bulk = trace(setup, input, capacities);
+  const EngineOnly engineOnly;
+  const Trace steps = trace(setup, input, capacities);
+  ASSERT_EQ(bulk.records.size(), steps.records.size()) << setup.source << " to " << setup.target;
+  for (size_t call = 0; call < bulk.records.size(); ++call) {
+    ASSERT_EQ(std::memcmp(&bulk.records[call], &steps.records[call], sizeof(ConverterRecord)), 0)
+        << setup.source << " to " << setup.target << ", call " << call << ", status "
+        << bulk.records[call].status << " and " << steps.records[call].status << ", position "
+        << bulk.records[call].inputPosition << " and " << steps.records[call].inputPosition;
+  }
+  for (size_t i = 0; i < bulk.output.size(); ++i) {
+    ASSERT_EQ(hex(bulk.output.substr(i, 1)), hex(steps.output.substr(i, 1)))
+        << setup.source << " to " << setup.target << ", byte " << i << " of "
+        << hex(bulk.output.substr(i & ~size_t{15}, 32)) << " and "
+        << hex(steps.output.substr(i & ~size_t{15}, 32));
+  }
+}
+
+using Random = std::mt19937;
+
+uint32_t below(Random& random, uint32_t limit) { return static_cast<uint32_t>(random() % limit); }
+
+// Values that matter to a converter more often than the others.
+uint32_t randomValue(Random& random) {
+  static constexpr uint32_t kInteresting[] = {0x0A, 0x0D, 0x2028, 0x2029, 0x304B, 0x309A,
+                                              0x0300, 0x02E9, 0x02E5, 0x301C, 0xFF5E, 0xFEFF,
+                                              0xE0001, 0xE0041, 0xE007F, 0x1F600, 0x20089, 0xD800,
+                                              0x10FFFF, 0, 0x7F, 0x80, 0xA5, 0x203E};
+  switch (below(random, 20)) {
+    case 0: return kInteresting[below(random, std::size(kInteresting))];
+    case 1: return below(random, 0x10000);
+    case 2: return 0x2460 + below(random, 20);
+    case 3: return 0xFF61 + below(random, 63);
+    case 4: case 5: case 6: case 7: return 0x20 + below(random, 95);
+    case 8: case 9: return 0x4E00 + below(random, 0x5000);
+    default: return 0x3041 + below(random, 0xB0);
+  }
+}
+
+Bytes ucs4(const std::vector<uint32_t>& values) {
+  Bytes text;
+  for (const uint32_t value : values) {
+    for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift);
+  }
+  return text;
+}
+
+// Random text of some thousand characters in the charset, with some random bytes.
+Bytes randomText(Random& random, const char* charset) {
+  std::vector<uint32_t> values(700 + below(random, 1500));
+  for (uint32_t& value : values) value = randomValue(random);
+  if (below(random, 4) == 0) values.assign(values.size(), 0x41);
+  const EngineOnly engineOnly;
+  Conversion setup{"ISO-10646-UCS-4", charset};
+  setup.options.replaceUnmappable = 1;
+  Bytes text = convertWhole(setup, ucs4(values)).output;
+  for (uint32_t bad = below(random, 4); bad > 0 && !text.empty(); --bad) {
+    text[below(random, static_cast<uint32_t>(text.size()))] = static_cast<char>(random());
+  }
+  return text;
+}
+
+Conversion randomSetup(Random& random, const char* source, const char* target) {
+  Conversion setup{source, target};
+  const auto flag = [&] { return below(random, 3) == 0 ? 1u : 0u; };
+  setup.options.outputBigEndian = below(random, 2);
+  setup.options.writeByteOrderMark = flag();
+  setup.options.replaceUnmappable = below(random, 2);
+  setup.options.convertNewlines = flag();
+  setup.options.newlineForm = below(random, 6);
+  setup.options.supplementaryMode = static_cast<uint16_t>(flag());
+  if (flag()) std::strcpy(setup.options.defaultLanguage, "ja");
+  setup.parameters = {below(random, 4) != 0, flag(), below(random, 2)};
+  return setup;
+}
+
+std::vector<int32_t> randomCapacities(Random& random) {
+  if (below(random, 2) == 0) return {100000};
+  std::vector<int32_t> capacities;
+  for (uint32_t i = 0; i < 3; ++i) {
+    capacities.push_back(static_cast<int32_t>(40 + below(random, 4000)));
+  }
+  return capacities;
+}
+
+using Bulk = ConversionTest;
+
+TEST_F(Bulk, RandomTextConvertsAsTheEngineConvertsIt) {
+  Random random(20261121);
+  for (int round = 0; round < 12; ++round) {
+    for (const char* source : kCharsets) {
+      for (const char* target : kCharsets) {
+        const Conversion setup = randomSetup(random, source, target);
+        expectSame(setup, randomText(random, source), randomCapacities(random));
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+TEST_F(Bulk, RandomBytesConvertAsTheEngineConvertsThem) {
+  Random random(7);
+  for (int round = 0; round < 6; ++round) {
+    for (const char* source : kCharsets) {
+      for (const char* target : kCharsets) {
+        Bytes input(2000, '\0');
+        for (char& c : input) c = static_cast<char>(random());
+        expectSame(randomSetup(random, source, target), input, randomCapacities(random));
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+TEST_F(Bulk, EveryOutputSizeAroundTheBatches) {
+  const Bytes input = [] {
+    Bytes text;
+    for (int i = 0; i < 600; ++i) text += i % 7 == 0 ? bytes("41") : bytes("82 A0");
+    return text;
+  }();
+  for (int32_t capacity = 1; capacity < 1700; capacity += 3) {
+    expectSame({"Shift_JIS", "UTF-8"}, input, {capacity, 5000});
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST_F(Bulk, AnInvalidByteAtEveryPlace) {
+  Bytes good;
+  for (int i = 0; i < 700; ++i) good += bytes("82 A0");
+  for (size_t at = 0; at < 300; ++at) {
+    Bytes bad = good;
+    bad[at] = '\xFD';
+    Conversion setup{"Shift_JIS", "UTF-8"};
+    expectSame(setup, bad, {10000});
+    setup.parameters[2] = 1;
+    expectSame(setup, bad, {10000});
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST_F(Bulk, AMarkAtEveryPlaceComposesWithItsBase) {
+  for (size_t at = 0; at < 200; ++at) {
+    std::vector<uint32_t> values(600, 0x304B);
+    values[at] = 0x309A;
+    const Bytes text = convertWhole({"ISO-10646-UCS-4", "UTF-8"}, ucs4(values)).output;
+    expectSame({"UTF-8", "Shift_JIS-2004"}, text, {10000});
+    expectSame({"UTF-8", "Shift_JIS"}, text, {10000});
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST_F(Bulk, WritesNothingBehindTheOutputsEnd) {
+  for (int32_t capacity = 1000; capacity < 1040; ++capacity) {
+    Converter converter({"Shift_JIS", "UTF-8"});
+    Bytes input;
+    for (int i = 0; i < 2000; ++i) input += bytes("82 A0");
+    converter.give(input, capacity);
+    EXPECT_EQ(converter.convert(), 22u);  // the buffer is exactly as large as it says
+    EXPECT_EQ(converter.record.outputPosition, capacity / 3 * 3);
+  }
+}
+
+}  // namespace
+}  // namespace ksv_test

@@ -1,0 +1,179 @@
+#include "cconv/convert/pre_conversion.h"
+
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include "tests/convert/converter.h"
+
+namespace ksv_test {
+namespace {
+
+struct PreConversionResult {
+  Bytes text;
+  bool truncated;
+
+  bool operator==(const PreConversionResult&) const = default;
+};
+
+// UTF-7 as the characters' values, each in one byte or as '?'.
+PreConversionResult utf7(const Bytes& input, int32_t capacity = 400) {
+  std::vector<uint8_t> output(static_cast<size_t>(capacity));
+  const auto converted =
+      ksv::preConvertUtf7(reinterpret_cast<const uint8_t*>(input.data()),
+                          static_cast<int32_t>(input.size()), output.data(), capacity);
+  Bytes text;
+  for (int32_t i = 0; i < converted.length; i += 4) {
+    uint32_t value;
+    std::memcpy(&value, &output[static_cast<size_t>(i)], 4);
+    char shown[12];
+    if (value >= 0x20 && value < 0x7F) {
+      text += static_cast<char>(value);
+    } else {
+      std::snprintf(shown, sizeof shown, "<%X>", value);
+      text += shown;
+    }
+  }
+  return {text, converted.truncated};
+}
+
+// HZ as the bytes of the counted length.
+PreConversionResult hz(const Bytes& input, int32_t capacity = 100) {
+  std::vector<uint8_t> output(static_cast<size_t>(capacity));
+  const auto converted =
+      ksv::preConvertHz(reinterpret_cast<const uint8_t*>(input.data()),
+                        static_cast<int32_t>(input.size()), output.data(), capacity);
+  return {Bytes(output.begin(), output.begin() + converted.length), converted.truncated};
+}
+
+TEST(Utf7, DirectCharactersStandForThemselves) {
+  EXPECT_EQ(utf7("Hi, {Mom}!").text, "Hi, {Mom}!");
+  EXPECT_EQ(utf7("\t\n\r ").text, "<9><A><D> ");
+}
+
+TEST(Utf7, WhatIsNotDirectEndsThePass) {
+  EXPECT_EQ(utf7("ab\\cd").text, "ab");
+  EXPECT_EQ(utf7("ab~cd").text, "ab");
+  EXPECT_EQ(utf7("ab\x80" "cd").text, "ab");
+  EXPECT_EQ(utf7(Bytes("ab\0cd", 5)).text, "ab");
+  EXPECT_EQ(utf7("ab\x01" "cd").text, "ab");
+}
+
+TEST(Utf7, APlusIsWrittenWithAHyphen) {
+  EXPECT_EQ(utf7("1 +- 2").text, "1 + 2");
+}
+
+TEST(Utf7, RunsGiveUtf16Units) {
+  EXPECT_EQ(utf7("A+ImIDkQ.").text, "A<2262><391>.");
+  EXPECT_EQ(utf7("+ZeVnLIqe-").text, "<65E5><672C><8A9E>");
+  EXPECT_EQ(utf7("+ZeU-a").text, "<65E5>a");
+  EXPECT_EQ(utf7("+ZeU").text, "<65E5>");
+}
+
+TEST(Utf7, APairGivesOneValueAndALoneHighSurrogateNone) {
+  EXPECT_EQ(utf7("+2D3eAA-x").text, "<1F600>x");
+  EXPECT_EQ(utf7("a+2D0-x").text, "a");      // D83D, then the end of the run
+  EXPECT_EQ(utf7("a+2D0AQQ-x").text, "a");   // D83D 0041
+  EXPECT_EQ(utf7("a+3gA-x").text, "a<DE00>x");  // a lone low one passes
+}
+
+TEST(Utf7, LeftOverBitsMustBeFewAndZero) {
+  EXPECT_EQ(utf7("+AEE-x").text, "Ax");    // two zero bits
+  EXPECT_EQ(utf7("+AEF-x").text, "A");     // two bits, one of them set
+  EXPECT_EQ(utf7("+AEEA-x").text, "A");    // eight zero bits
+  EXPECT_EQ(utf7("+AEEAQg-x").text, "ABx");  // four zero bits
+  EXPECT_EQ(utf7("+A-x").text, "");        // six zero bits
+}
+
+TEST(Utf7, AnEmptyRunStandsForNothing) { EXPECT_EQ(utf7("a+ b").text, "a b"); }
+
+TEST(Utf7, WhatDoesNotFitIsCutAtACharacter) {
+  EXPECT_EQ(utf7("abc", 12), (PreConversionResult{"abc", false}));
+  EXPECT_EQ(utf7("abc", 11), (PreConversionResult{"ab", true}));
+  EXPECT_EQ(utf7("abc", 3), (PreConversionResult{"", true}));
+}
+
+TEST(Hz, BytesOutsideGbModeAreCopied) { EXPECT_EQ(hz("abc").text, "abc"); }
+
+TEST(Hz, GbModeSetsTheHighBit) {
+  EXPECT_EQ(hex(hz("~{VPND~}x").text), "D6 D0 CE C4 78");
+}
+
+TEST(Hz, TheSecondOfTwoTildesIsReadAgain) {
+  EXPECT_EQ(hex(hz("~~{VP~}").text), "7E D6 D0");
+  EXPECT_EQ(hz("a~~").text, "a~");
+}
+
+TEST(Hz, AContinuedLineLeavesAByteBehindAndCountsItOff) {
+  // a, a zero byte that is not counted, b, c: the last byte falls off.
+  EXPECT_EQ(hz("a~\nbc").text, Bytes("a\0b", 3));
+}
+
+TEST(Hz, AnUnknownEscapeMovesTheCursorAndKeepsTheByte) {
+  EXPECT_EQ(hz("a~xb").text, Bytes("a\0x", 3));
+}
+
+TEST(Hz, ATildeInGbModeIsWrittenWithTheHighBit) {
+  EXPECT_EQ(hex(hz("~{~A~}").text), "FE C1");
+}
+
+TEST(Hz, AZeroByteEndsThePass) {
+  EXPECT_EQ(hz(Bytes("ab\0cd", 5)).text, "ab");
+}
+
+TEST(Hz, ATildeAtTheEndIsAnEscapeOfNothing) {
+  EXPECT_EQ(hz("ab~").text, "ab");
+  EXPECT_EQ(hex(hz("~{VP~").text), "D6 D0 FE");
+}
+
+TEST(Hz, TheCursorJudgesWhatFits) {
+  EXPECT_EQ(hz("abc", 3), (PreConversionResult{"abc", false}));
+  EXPECT_EQ(hz("abc", 2), (PreConversionResult{"ab", true}));
+  EXPECT_EQ(hz("a~\nb", 2), (PreConversionResult{"a", true}));
+}
+
+using PreConversion = ConversionTest;
+
+TEST_F(PreConversion, Utf7ConvertsThroughUcs4) {
+  EXPECT_EQ(convertWhole({"UTF-7", "Shift_JIS"}, "A+ZeVnLIqe-+AFw-"),
+            (Result{0, 20, bytes("41 93 FA 96 7B 8C EA 5C")}));
+}
+
+TEST_F(PreConversion, TheCallersInputComesBack) {
+  Converter converter({"UTF-7", "UTF-8"});
+  converter.give("abc", 100);
+  const uint8_t* input = converter.record.input;
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(converter.record.input, input);
+  EXPECT_EQ(converter.record.inputLength, 3);
+  EXPECT_EQ(converter.record.inputPosition, 12);
+}
+
+TEST_F(PreConversion, TextThatTheBufferCutsEndsWithFull) {
+  Converter converter({"UTF-7", "UTF-8"});
+  converter.give("abcdef", 12);
+  EXPECT_EQ(converter.convert(), 22u);
+  EXPECT_EQ(converter.written(), "abc");
+  EXPECT_EQ(converter.record.status, 22u);
+  converter.drain(100);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(converter.written(), "abcdef");
+}
+
+TEST_F(PreConversion, WithoutRoomForOneCharacterTheBytesAreDecodedAsTheyAre) {
+  Converter converter({"UTF-7", "UTF-8"});
+  converter.give(Bytes("A\0\0\0", 4), 3);  // a UCS-4 unit, little-endian
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(converter.written(), "A");
+  EXPECT_EQ(converter.record.inputPosition, 4);
+}
+
+TEST_F(PreConversion, APassThatDecodesNothingLeavesTheBytes) {
+  Converter converter({"UTF-7", "UTF-8"});
+  converter.give("~~~", 100);
+  EXPECT_EQ(converter.convert(), 12u);
+  EXPECT_EQ(converter.record.inputPosition, 0);
+}
+
+}  // namespace
+}  // namespace ksv_test

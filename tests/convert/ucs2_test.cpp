@@ -1,0 +1,112 @@
+#include "tests/convert/converter.h"
+
+namespace ksv_test {
+namespace {
+
+class Ucs2 : public ConversionTest {
+ protected:
+  static Conversion toUcs2(uint16_t supplementaryMode, const char* source = "UTF-8") {
+    Conversion setup{source, "ISO-10646-UCS-2"};
+    setup.options.supplementaryMode = supplementaryMode;
+    return setup;
+  }
+  // The written units as text, when all of them are ASCII.
+  static std::string text(const Bytes& units) {
+    std::string narrow;
+    for (size_t i = 1; i < units.size(); i += 2) narrow += units[i - 1] == 0 ? units[i] : '?';
+    return narrow;
+  }
+};
+
+TEST_F(Ucs2, SupplementaryCharactersAreRefusedOrReferredTo) {
+  const Bytes emoji = "\xF0\x9F\x98\x80";
+  EXPECT_EQ(convertWhole(toUcs2(0), emoji), (Result{23, 4, ""}));
+  EXPECT_EQ(text(convertWhole(toUcs2(1), emoji).output), "&#x1F600;");
+  EXPECT_EQ(text(convertWhole(toUcs2(2), emoji).output), "&#128512;");
+  EXPECT_EQ(text(convertWhole(toUcs2(65535), emoji).output), "&#128512;");
+}
+
+TEST_F(Ucs2, EachCharacterOfAReferenceIsAUnit) {
+  Converter converter(toUcs2(1));
+  converter.give("\xF0\x9F\x98\x80", 100);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(converter.record.unitsWritten, 9);
+  EXPECT_EQ(converter.record.charactersRead, 1);
+}
+
+TEST_F(Ucs2, AReferenceThatWouldFillTheOutputExactlyIsRefused) {
+  Converter converter(toUcs2(1));
+  converter.give("\xF0\x9F\x98\x80", 18);
+  EXPECT_EQ(converter.convert(), 22u);
+  EXPECT_EQ(converter.record.outputPosition, 0);
+  EXPECT_EQ(converter.record.inputPosition, 0);
+  converter.drain(19);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(text(converter.written()), "&#x1F600;");
+}
+
+TEST_F(Ucs2, ModesReferToAllThatWindows31JLacks) {
+  // U+0E01 is no character of Windows-31J, U+2460 (NEC row 13) and U+3042 are.
+  EXPECT_EQ(text(convertWhole(toUcs2(1), "\xE0\xB8\x81").output), "&#xE01;");
+  EXPECT_EQ(text(convertWhole(toUcs2(2), "\xE0\xB8\x81").output), "&#3585;");
+  EXPECT_EQ(hex(convertWhole(toUcs2(1), "\xE2\x91\xA0\xE3\x81\x82").output), "24 60 30 42");
+  EXPECT_EQ(hex(convertWhole(toUcs2(0), "\xE0\xB8\x81").output), "0E 01");
+}
+
+TEST_F(Ucs2, TheRepertoireOfThePrivateUseAreaEndsAtE758) {
+  EXPECT_EQ(hex(convertWhole(toUcs2(1), "\xEE\x9D\x98").output), "E7 58");
+  EXPECT_EQ(text(convertWhole(toUcs2(1), "\xEE\x9D\x99").output), "&#xE759;");
+}
+
+TEST_F(Ucs2, TheRepertoireOfTheFullWidthFormsIsTheirRanges) {
+  EXPECT_EQ(hex(convertWhole(toUcs2(1), "\xEF\xBC\x81").output), "FF 01");
+  EXPECT_EQ(text(convertWhole(toUcs2(1), "\xEF\xBC\x80").output), "&#xFF00;");
+  EXPECT_EQ(text(convertWhole(toUcs2(1), "\xEF\xBD\x9F").output), "&#xFF5F;");
+  EXPECT_EQ(hex(convertWhole(toUcs2(1), "\xEF\xBF\xA5").output), "FF E5");
+  EXPECT_EQ(text(convertWhole(toUcs2(1), "\xEF\xBF\xA3").output), "&#xFFE3;");
+}
+
+TEST_F(Ucs2, ACharacterOfAJapaneseGroupIsInTheRepertoire) {
+  // FFE3 fails as a Unicode code, but 8150 comes from JIS X 0208.
+  EXPECT_EQ(hex(convertWhole(toUcs2(1, "Shift_JIS"), bytes("81 50")).output), "FF E3");
+}
+
+TEST_F(Ucs2, AReplacementIsWrittenAsItself) {
+  Conversion setup = toUcs2(1);
+  setup.options.replaceUnmappable = 1;
+  setup.options.narrowReplacement = '?';
+  setup.options.wideReplacement = 0x0E01;
+  EXPECT_EQ(hex(convertWhole(setup, "\xE0\xB8\x81").output), "0E 01");
+}
+
+TEST_F(Ucs2, TheMarkIsNeverAReference) {
+  Conversion setup = toUcs2(1);
+  setup.options.writeByteOrderMark = 1;
+  EXPECT_EQ(hex(convertWhole(setup, "A").output), "FE FF 00 41");
+}
+
+TEST_F(Ucs2, SurrogatesAreNoCharacters) {
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-2", "UTF-8"}, bytes("00 41 D8 3D 00 42")),
+            (Result{13, 2, "A"}));
+  Conversion skipping{"ISO-10646-UCS-2", "UTF-8"};
+  skipping.parameters[2] = 1;
+  EXPECT_EQ(convertWhole(skipping, bytes("00 41 D8 3D 00 42")), (Result{0, 6, "AB"}));
+}
+
+TEST_F(Ucs2, AnOddByteAtTheEndWaits) {
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-2", "UTF-8"}, bytes("00 41 00")), (Result{12, 2, "A"}));
+}
+
+TEST_F(Ucs2, ByteOrderOfInputAndOutput) {
+  Conversion setup{"ISO-10646-UCS-2", "ISO-10646-UCS-2"};
+  setup.parameters[0] = 0;
+  EXPECT_EQ(hex(convertWhole(setup, bytes("42 30")).output), "30 42");
+}
+
+TEST_F(Ucs2, NulIsACharacter) {
+  EXPECT_EQ(hex(convertWhole({"ISO-10646-UCS-2", "UTF-8"}, bytes("00 00 00 41")).output), "00 41");
+  EXPECT_EQ(hex(convertWhole({"UTF-8", "ISO-10646-UCS-2"}, Bytes(1, '\0')).output), "00 00");
+}
+
+}  // namespace
+}  // namespace ksv_test
