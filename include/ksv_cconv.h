@@ -55,16 +55,16 @@ enum { KSV_NAME_SIZE = 260 }; /* bytes of a charset or language name, terminator
 /* Options of a converter, 288 bytes. All zero: little-endian output, no mark, no
  * replacement, no language tags, line ends left as they are. */
 typedef struct ConvertOptions {
-  uint32_t outputBigEndian;      /* non-zero: units are written most significant byte first */
-  uint32_t writeByteOrderMark;   /* non-zero: Unicode targets begin with a byte-order mark */
-  uint32_t replaceUnmappable;    /* non-zero: unmappable characters are replaced */
-  uint16_t narrowReplacement;    /* Unicode code, for group codes below 256; 0: the default */
-  uint16_t wideReplacement;      /* Unicode code, for all others; 0: the default */
+  uint32_t outputBigEndian;            /* non-zero: units are written most significant byte first */
+  uint32_t writeByteOrderMark;         /* non-zero: Unicode targets begin with a byte-order mark */
+  uint32_t replaceUnmappable;          /* non-zero: unmappable characters are replaced */
+  uint16_t narrowReplacement;          /* Unicode code, for group codes below 256; 0: the default */
+  uint16_t wideReplacement;            /* Unicode code, for all others; 0: the default */
   char defaultLanguage[KSV_NAME_SIZE]; /* empty: no language tags */
   uint8_t unused[2];
-  uint32_t convertNewlines;      /* non-zero: every line end becomes newlineForm */
-  uint32_t newlineForm;          /* KSV_NEWLINE_... */
-  uint16_t supplementaryMode;    /* UCS-2 targets: 0 refuse, 1 "&#x1F600;", else "&#128512;" */
+  uint32_t convertNewlines;   /* non-zero: every line end becomes newlineForm */
+  uint32_t newlineForm;       /* KSV_NEWLINE_... */
+  uint16_t supplementaryMode; /* UCS-2 targets: 0 refuse, 1 "&#x1F600;", else "&#128512;" */
 } ConvertOptions;
 #pragma pack(pop)
 
@@ -72,15 +72,15 @@ typedef struct ConvertOptions {
  * no pointer to it and frees nothing in it. Set the fields marked "set" before
  * cconvConvert; the others are the library's to write and the caller's to read. */
 typedef struct ConverterRecord {
-  const uint8_t* input;    /* set: the source text */
-  int32_t inputPosition;   /* set: bytes consumed so far, normally 0 to begin with */
-  int32_t inputLength;     /* set: bytes in the input */
-  int32_t charactersRead;  /* characters decoded so far */
-  uint8_t* output;         /* set: the target buffer */
-  int32_t outputPosition;  /* set: bytes written so far */
-  int32_t outputCapacity;  /* set: bytes in the output buffer */
-  int32_t unitsWritten;    /* code units written so far */
-  uint32_t status;         /* KSV_STATUS_... of the last call */
+  const uint8_t* input;   /* set: the source text */
+  int32_t inputPosition;  /* set: bytes consumed so far, normally 0 to begin with */
+  int32_t inputLength;    /* set: bytes in the input */
+  int32_t charactersRead; /* characters decoded so far */
+  uint8_t* output;        /* set: the target buffer */
+  int32_t outputPosition; /* set: bytes written so far */
+  int32_t outputCapacity; /* set: bytes in the output buffer */
+  int32_t unitsWritten;   /* code units written so far */
+  uint32_t status;        /* KSV_STATUS_... of the last call */
   uint32_t sourceCharsetId;
   const void* sourceCharset;
   const void* sourceDecoder;
@@ -91,7 +91,7 @@ typedef struct ConverterRecord {
   uint32_t targetCharsetId;
   const void* targetCharset;
   const void* targetEncoder;
-  uint32_t targetGroup;     /* group chosen for the last character written */
+  uint32_t targetGroup; /* group chosen for the last character written */
   uint32_t targetGroupType;
   uint32_t designatedGroup; /* group that a stateful encoder last switched to */
   uint32_t designatedPlane; /* JIS X 0213 plane that a stateful encoder last switched to */

@@ -19,7 +19,7 @@ enum class SourceForm {
   kBytePairs,  // single bytes and pairs; a single byte stands alone whatever follows
   kUtf8,
   kUtf16,
-  kUcs2,       // one unit a character
+  kUcs2,  // one unit a character
   kUcs4,
 };
 

@@ -40,12 +40,18 @@ constexpr bool mayBeCompositionBase(uint32_t unicode) {
 // 0 for any other character.
 constexpr uint32_t standaloneMark(uint32_t mark) {
   switch (mark) {
-    case 0x309A: return 0x212C;
-    case 0x0300: return 0x212E;
-    case 0x0301: return 0x212D;
-    case 0x02E5: return 0x2824;
-    case 0x02E9: return 0x2825;
-    default: return 0;
+    case 0x309A:
+      return 0x212C;
+    case 0x0300:
+      return 0x212E;
+    case 0x0301:
+      return 0x212D;
+    case 0x02E5:
+      return 0x2824;
+    case 0x02E9:
+      return 0x2825;
+    default:
+      return 0;
   }
 }
 

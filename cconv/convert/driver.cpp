@@ -27,8 +27,7 @@ class PreConvertedInput {
     buffer_ = static_cast<uint8_t*>(KSV_calloc(record.outputCapacity, 1));
     if (buffer_ == nullptr) return;
     const auto preConvert = record.preConversion == kUtf7 ? preConvertUtf7 : preConvertHz;
-    const PreConverted converted =
-        preConvert(input_, inputLength_, buffer_, record.outputCapacity);
+    const PreConverted converted = preConvert(input_, inputLength_, buffer_, record.outputCapacity);
     // What nothing could be made of is decoded as it is.
     if (converted.length == 0) return;
     truncated_ = converted.truncated;
@@ -178,8 +177,8 @@ void convertInput(ConverterRecord& record) {
   BulkConverter* const bulk = findBulkConverter(record);
   while (record.status == KSV_STATUS_WRITTEN) {
     if (bulk != nullptr) bulk->runAhead(record);
-    convertByCharacters(record, bulk != nullptr ? kCharactersBetweenBulks
-                                                : std::numeric_limits<int32_t>::max());
+    convertByCharacters(
+        record, bulk != nullptr ? kCharactersBetweenBulks : std::numeric_limits<int32_t>::max());
   }
 }
 

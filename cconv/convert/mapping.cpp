@@ -81,8 +81,7 @@ EncodedCode walkMembers(const CharsetDef& target, uint32_t unicode) {
     found.member = static_cast<uint16_t>(member + 1);
     if (memberTableHolds(group, unicode, found.code)) return found;
     const TableList* tables = target.destTablesOf(member);
-    if (tables != nullptr &&
-        tableListLookup(*tables, unicode, found.code, found.sequenceLength)) {
+    if (tables != nullptr && tableListLookup(*tables, unicode, found.code, found.sequenceLength)) {
       return found;
     }
   }
@@ -137,9 +136,7 @@ bool isJapaneseTarget(CharsetId id) {
          (id >= charset_id::kEucJp && id <= charset_id::kIso2022Jp2004);
 }
 
-bool isUnicodeTarget(CharsetId id) {
-  return id >= charset_id::kUcs2 && id <= charset_id::kUtf8;
-}
+bool isUnicodeTarget(CharsetId id) { return id >= charset_id::kUcs2 && id <= charset_id::kUtf8; }
 
 // A base and a mark become one code of JIS X 0213, or the mark becomes a code
 // of its own; targets that have no code for it lose it.
@@ -165,8 +162,10 @@ bool isWindows31JGroup(CharsetId id) {
     case charset_id::kJisX0208:
     case charset_id::kNecExtset:
     case charset_id::kIbmExtset:
-    case charset_id::kNecIbmExtset: return true;
-    default: return false;
+    case charset_id::kNecIbmExtset:
+      return true;
+    default:
+      return false;
   }
 }
 

@@ -9,8 +9,8 @@ namespace ksv {
 enum PreConversion : uint32_t { kNoPreConversion = 0, kUtf7 = 1, kHz = 2 };
 
 struct PreConverted {
-  int32_t length = 0;       // bytes of converted text
-  bool truncated = false;   // there is more text than fits the output
+  int32_t length = 0;      // bytes of converted text
+  bool truncated = false;  // there is more text than fits the output
 };
 
 // UTF-7 (RFC 2152) into 32-bit Unicode units in host byte order. Stops at the

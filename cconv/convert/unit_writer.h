@@ -104,8 +104,9 @@ void writeCharacter(ConverterRecord& record, WriteUnit writeUnit) {
   const uint32_t width = record.targetGroup == charset_id::kJisX0213 ? 2 : record.outputWidth;
   bool written;
   if (record.sequenceLength != 0) {
-    written = writeSequence(record, record.outputCode, width, writeUnit) &&
-              (record.secondCode == 0 || writeSequence(record, record.secondCode, width, writeUnit));
+    written =
+        writeSequence(record, record.outputCode, width, writeUnit) &&
+        (record.secondCode == 0 || writeSequence(record, record.secondCode, width, writeUnit));
   } else if (record.options.convertNewlines != 0 && record.outputCode == kCarriageReturn) {
     written = writeNewline(record, width, writeUnit);
   } else {

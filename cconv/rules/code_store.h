@@ -25,8 +25,8 @@ class CodeStore {
 
   // The value stored last for key, 0 when there is none.
   uint32_t find(uint32_t key) const {
-    const uint32_t page = key < kDirectKeys ? (*planes_[key >> 16])[(key >> 4) & 0xFFF]
-                                            : findHashedPage(key >> 4);
+    const uint32_t page =
+        key < kDirectKeys ? (*planes_[key >> 16])[(key >> 4) & 0xFFF] : findHashedPage(key >> 4);
     return pages_[page][key & 0xF];
   }
 

@@ -72,8 +72,8 @@ std::unique_ptr<SubsetDef> buildSubset(const RuleText& charsetText, Span span,
 
   std::string subsetName = elementText(text, *name);
   if (!fitsName(subsetName)) return nullptr;
-  auto subset = std::make_unique<SubsetDef>(std::move(subsetName), form.kind,
-                                            decimalBytes(text, *code));
+  auto subset =
+      std::make_unique<SubsetDef>(std::move(subsetName), form.kind, decimalBytes(text, *code));
   size_t from = code->start;
   if (form.kind == SubsetKind::kBase) {
     from = passRanges(text, from);

@@ -35,8 +35,8 @@ void EncodedCodeCache::remember(uint32_t unicode, const EncodedCode& found) {
       delete fresh;
     }
   }
-  const uint64_t entry = kKnown | uint64_t{found.member} << 48 |
-                         uint64_t{found.sequenceLength} << 32 | found.code;
+  const uint64_t entry =
+      kKnown | uint64_t{found.member} << 48 | uint64_t{found.sequenceLength} << 32 | found.code;
   (*page)[unicode & 0xFF].store(entry, std::memory_order_relaxed);
 }
 

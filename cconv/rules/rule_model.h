@@ -43,7 +43,7 @@ struct SubsetDef {
   CodeTable toUcs;    // the set's code to the UCS code
   CodeTable fromUcs;  // the UCS code to the set's code
   std::string basedon;
-  uint16_t defStart = 0;  // kind kUser: first code and count of codes,
+  uint16_t defStart = 0;   // kind kUser: first code and count of codes,
   uint16_t defNumber = 0;  // which map onto U+E000 and up
 
   uint32_t type() const { return static_cast<uint32_t>(kind); }
@@ -93,8 +93,8 @@ class EncodedCodeCache {
 struct CharsetDef {
   std::string name;  // lower-cased
   CharsetId id = 0;
-  std::string construle;  // the encoder's name in the codec table
-  std::string destrule;   // the decoder's
+  std::string construle;         // the encoder's name in the codec table
+  std::string destrule;          // the decoder's
   RuleList<SubsetDef*> members;  // owned by the registry of subsets
   // One list for each base or difference member, in member order.
   RuleList<std::unique_ptr<TableList>> destTables;

@@ -11,8 +11,8 @@
 namespace ksv_test {
 namespace {
 
-constexpr const char* kCharsets[] = {"Shift_JIS", "WINDOWS31J", "Shift_JIS-2004", "UTF-8",
-                                     "UTF-16", "ISO-10646-UCS-2", "ISO-10646-UCS-4"};
+constexpr const char* kCharsets[] = {"Shift_JIS", "WINDOWS31J",      "Shift_JIS-2004", "UTF-8",
+                                     "UTF-16",    "ISO-10646-UCS-2", "ISO-10646-UCS-4"};
 
 class EngineOnly {
  public:
@@ -43,7 +43,8 @@ Trace trace(const Conversion& setup, const Bytes& input, const std::vector<int32
   return result;
 }
 
-void expectSame(const Conversion& setup, const Bytes& input, const std::vector<int32_t>& capacities) {
+void expectSame(const Conversion& setup, const Bytes& input,
+                const std::vector<int32_t>& capacities) {
   const Trace bulk = trace(setup, input, capacities);
   const EngineOnly engineOnly;
   const Trace steps = trace(setup, input, capacities);
@@ -68,18 +69,29 @@ uint32_t below(Random& random, uint32_t limit) { return static_cast<uint32_t>(ra
 
 // Values that matter to a converter more often than the others.
 uint32_t randomValue(Random& random) {
-  static constexpr uint32_t kInteresting[] = {0x0A, 0x0D, 0x2028, 0x2029, 0x304B, 0x309A,
-                                              0x0300, 0x02E9, 0x02E5, 0x301C, 0xFF5E, 0xFEFF,
-                                              0xE0001, 0xE0041, 0xE007F, 0x1F600, 0x20089, 0xD800,
-                                              0x10FFFF, 0, 0x7F, 0x80, 0xA5, 0x203E};
+  static constexpr uint32_t kInteresting[] = {0x0A,     0x0D,    0x2028,  0x2029,  0x304B,  0x309A,
+                                              0x0300,   0x02E9,  0x02E5,  0x301C,  0xFF5E,  0xFEFF,
+                                              0xE0001,  0xE0041, 0xE007F, 0x1F600, 0x20089, 0xD800,
+                                              0x10FFFF, 0,       0x7F,    0x80,    0xA5,    0x203E};
   switch (below(random, 20)) {
-    case 0: return kInteresting[below(random, std::size(kInteresting))];
-    case 1: return below(random, 0x10000);
-    case 2: return 0x2460 + below(random, 20);
-    case 3: return 0xFF61 + below(random, 63);
-    case 4: case 5: case 6: case 7: return 0x20 + below(random, 95);
-    case 8: case 9: return 0x4E00 + below(random, 0x5000);
-    default: return 0x3041 + below(random, 0xB0);
+    case 0:
+      return kInteresting[below(random, std::size(kInteresting))];
+    case 1:
+      return below(random, 0x10000);
+    case 2:
+      return 0x2460 + below(random, 20);
+    case 3:
+      return 0xFF61 + below(random, 63);
+    case 4:
+    case 5:
+    case 6:
+    case 7:
+      return 0x20 + below(random, 95);
+    case 8:
+    case 9:
+      return 0x4E00 + below(random, 0x5000);
+    default:
+      return 0x3041 + below(random, 0xB0);
   }
 }
 

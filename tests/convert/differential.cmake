@@ -1,0 +1,21 @@
+# The reference converter, and the test that holds the library against it.
+add_executable(differential_tests
+  ${CMAKE_CURRENT_LIST_DIR}/differential_generate.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/differential_harness.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/differential_test.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/composition.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/converter_api.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/decoders.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/driver.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/encoders.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/pre_conversion.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/rule_directory.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/rules.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/shift_jis_codes.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/unicode_encoders.cpp)
+target_include_directories(differential_tests PRIVATE ${CMAKE_CURRENT_LIST_DIR})
+target_compile_definitions(differential_tests
+  PRIVATE KSV_TEST_CHARSET_DIRECTORY="${KSV_TEST_CHARSET_DIRECTORY}")
+target_link_libraries(differential_tests PRIVATE ksv_internal GTest::gtest_main)
+add_dependencies(differential_tests ksv_charset)
+gtest_discover_tests(differential_tests DISCOVERY_MODE PRE_TEST)

@@ -124,7 +124,10 @@ TEST_F(Driver, ACutCharacterKeepsBothRawCodes) {
 }
 
 TEST_F(Driver, EveryLineEndTakesTheForm) {
-  const Bytes text = "a\r\nb\nc\rd\xE2\x80\xA8" "e\xE2\x80\xA9" "f\n\n\r\r\n";
+  const Bytes text =
+      "a\r\nb\nc\rd\xE2\x80\xA8"
+      "e\xE2\x80\xA9"
+      "f\n\n\r\r\n";
   EXPECT_EQ(convertWhole(withNewlines("UTF-8", "UTF-8", 3), text).output,
             "a\nb\nc\nd\ne\nf\n\n\n\n");
   EXPECT_EQ(convertWhole(withNewlines("UTF-8", "UTF-8", 2), text).output,

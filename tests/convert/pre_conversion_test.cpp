@@ -54,14 +54,18 @@ TEST(Utf7, DirectCharactersStandForThemselves) {
 TEST(Utf7, WhatIsNotDirectEndsThePass) {
   EXPECT_EQ(utf7("ab\\cd").text, "ab");
   EXPECT_EQ(utf7("ab~cd").text, "ab");
-  EXPECT_EQ(utf7("ab\x80" "cd").text, "ab");
+  EXPECT_EQ(utf7("ab\x80"
+                 "cd")
+                .text,
+            "ab");
   EXPECT_EQ(utf7(Bytes("ab\0cd", 5)).text, "ab");
-  EXPECT_EQ(utf7("ab\x01" "cd").text, "ab");
+  EXPECT_EQ(utf7("ab\x01"
+                 "cd")
+                .text,
+            "ab");
 }
 
-TEST(Utf7, APlusIsWrittenWithAHyphen) {
-  EXPECT_EQ(utf7("1 +- 2").text, "1 + 2");
-}
+TEST(Utf7, APlusIsWrittenWithAHyphen) { EXPECT_EQ(utf7("1 +- 2").text, "1 + 2"); }
 
 TEST(Utf7, RunsGiveUtf16Units) {
   EXPECT_EQ(utf7("A+ImIDkQ.").text, "A<2262><391>.");
@@ -72,17 +76,17 @@ TEST(Utf7, RunsGiveUtf16Units) {
 
 TEST(Utf7, APairGivesOneValueAndALoneHighSurrogateNone) {
   EXPECT_EQ(utf7("+2D3eAA-x").text, "<1F600>x");
-  EXPECT_EQ(utf7("a+2D0-x").text, "a");      // D83D, then the end of the run
-  EXPECT_EQ(utf7("a+2D0AQQ-x").text, "a");   // D83D 0041
+  EXPECT_EQ(utf7("a+2D0-x").text, "a");         // D83D, then the end of the run
+  EXPECT_EQ(utf7("a+2D0AQQ-x").text, "a");      // D83D 0041
   EXPECT_EQ(utf7("a+3gA-x").text, "a<DE00>x");  // a lone low one passes
 }
 
 TEST(Utf7, LeftOverBitsMustBeFewAndZero) {
-  EXPECT_EQ(utf7("+AEE-x").text, "Ax");    // two zero bits
-  EXPECT_EQ(utf7("+AEF-x").text, "A");     // two bits, one of them set
-  EXPECT_EQ(utf7("+AEEA-x").text, "A");    // eight zero bits
+  EXPECT_EQ(utf7("+AEE-x").text, "Ax");      // two zero bits
+  EXPECT_EQ(utf7("+AEF-x").text, "A");       // two bits, one of them set
+  EXPECT_EQ(utf7("+AEEA-x").text, "A");      // eight zero bits
   EXPECT_EQ(utf7("+AEEAQg-x").text, "ABx");  // four zero bits
-  EXPECT_EQ(utf7("+A-x").text, "");        // six zero bits
+  EXPECT_EQ(utf7("+A-x").text, "");          // six zero bits
 }
 
 TEST(Utf7, AnEmptyRunStandsForNothing) { EXPECT_EQ(utf7("a+ b").text, "a b"); }
@@ -95,9 +99,7 @@ TEST(Utf7, WhatDoesNotFitIsCutAtACharacter) {
 
 TEST(Hz, BytesOutsideGbModeAreCopied) { EXPECT_EQ(hz("abc").text, "abc"); }
 
-TEST(Hz, GbModeSetsTheHighBit) {
-  EXPECT_EQ(hex(hz("~{VPND~}x").text), "D6 D0 CE C4 78");
-}
+TEST(Hz, GbModeSetsTheHighBit) { EXPECT_EQ(hex(hz("~{VPND~}x").text), "D6 D0 CE C4 78"); }
 
 TEST(Hz, TheSecondOfTwoTildesIsReadAgain) {
   EXPECT_EQ(hex(hz("~~{VP~}").text), "7E D6 D0");
@@ -113,13 +115,9 @@ TEST(Hz, AnUnknownEscapeMovesTheCursorAndKeepsTheByte) {
   EXPECT_EQ(hz("a~xb").text, Bytes("a\0x", 3));
 }
 
-TEST(Hz, ATildeInGbModeIsWrittenWithTheHighBit) {
-  EXPECT_EQ(hex(hz("~{~A~}").text), "FE C1");
-}
+TEST(Hz, ATildeInGbModeIsWrittenWithTheHighBit) { EXPECT_EQ(hex(hz("~{~A~}").text), "FE C1"); }
 
-TEST(Hz, AZeroByteEndsThePass) {
-  EXPECT_EQ(hz(Bytes("ab\0cd", 5)).text, "ab");
-}
+TEST(Hz, AZeroByteEndsThePass) { EXPECT_EQ(hz(Bytes("ab\0cd", 5)).text, "ab"); }
 
 TEST(Hz, ATildeAtTheEndIsAnEscapeOfNothing) {
   EXPECT_EQ(hz("ab~").text, "ab");

@@ -44,11 +44,13 @@ std::vector<Vector> vectors() {
       {"CR LF forms", newlines(1)({"Shift_JIS", "UTF-8"}), shiftJis},
       {"LF forms", newlines(3)({"Shift_JIS", "UTF-16"}), shiftJis},
       {"separator forms", newlines(4)({"UTF-8", "ISO-10646-UCS-4"}), kJapanese},
-      {"skipped bytes", with({"Shift_JIS", "UTF-8"}, skipping), bytes("41 81 7F 82 A0 FD 42 85 40")},
+      {"skipped bytes", with({"Shift_JIS", "UTF-8"}, skipping),
+       bytes("41 81 7F 82 A0 FD 42 85 40")},
       {"marks out", with({"Shift_JIS", "UTF-16"}, marked), shiftJis},
       {"marks in", with({"UTF-16", "UTF-8"}, detecting), bytes("FE FF 30 42 00 41")},
       {"replacements", with({"UTF-8", "Shift_JIS"}, replacing), "a\xE0\xB8\x81\xC3\xA9z"},
-      {"references", with({"UTF-8", "ISO-10646-UCS-2"}, references), "a\xF0\x9F\x98\x80\xE0\xB8\x81"},
+      {"references", with({"UTF-8", "ISO-10646-UCS-2"}, references),
+       "a\xF0\x9F\x98\x80\xE0\xB8\x81"},
       {"marks and 2004", {"Shift_JIS-2004", "UTF-8"}, bytes("82 F5 82 A9 F0 40 81 4B")},
       {"invalid at the end", {"Shift_JIS", "UTF-8"}, bytes("41 82 A0 81 7F")},
       {"cut at the end", {"Shift_JIS", "UTF-8"}, bytes("41 82 A0 81")},
@@ -76,8 +78,8 @@ void PrintTo(const Outcome& o, std::ostream* out) {
 
 Outcome outcomeOf(const Converter& converter) {
   const ConverterRecord& r = converter.record;
-  return {r.status, r.inputPosition, r.charactersRead, r.unitsWritten, r.rawCode,
-          r.unicodeCode, converter.written()};
+  return {r.status,  r.inputPosition, r.charactersRead,   r.unitsWritten,
+          r.rawCode, r.unicodeCode,   converter.written()};
 }
 
 constexpr int32_t kAmple = 1000;

@@ -69,8 +69,7 @@ TEST_F(UnicodeForms, Utf8WritesValuesOfEveryLength) {
 
 TEST_F(UnicodeForms, ValuesThatAFormCannotWriteAreUnmappable) {
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("80 00 00 00")), (Result{23, 4, ""}));
-  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-16"}, bytes("00 11 00 00")),
-            (Result{23, 4, ""}));
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-16"}, bytes("00 11 00 00")), (Result{23, 4, ""}));
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-16"}, bytes("00 10 FF FF")),
             (Result{0, 4, bytes("DB FF DF FF")}));
 }
@@ -93,12 +92,11 @@ TEST_F(UnicodeForms, MarksAreFoundOnceAndDecideTheByteOrder) {
     const char* input;
     uint32_t bigEndian;
   };
-  for (const Case& c : {Case{"UTF-16", "FE FF 00 41", 1}, Case{"UTF-16", "FF FE 41 00", 0},
-                        Case{"ISO-10646-UCS-2", "FE FF 00 41", 1},
-                        Case{"ISO-10646-UCS-2", "FF FE 41 00", 0},
-                        Case{"ISO-10646-UCS-4", "00 00 FE FF 00 00 00 41", 1},
-                        Case{"ISO-10646-UCS-4", "FF FE 00 00 41 00 00 00", 0},
-                        Case{"UTF-8", "EF BB BF 41", 1}}) {
+  for (const Case& c :
+       {Case{"UTF-16", "FE FF 00 41", 1}, Case{"UTF-16", "FF FE 41 00", 0},
+        Case{"ISO-10646-UCS-2", "FE FF 00 41", 1}, Case{"ISO-10646-UCS-2", "FF FE 41 00", 0},
+        Case{"ISO-10646-UCS-4", "00 00 FE FF 00 00 00 41", 1},
+        Case{"ISO-10646-UCS-4", "FF FE 00 00 41 00 00 00", 0}, Case{"UTF-8", "EF BB BF 41", 1}}) {
     Conversion setup{c.source, "UTF-8"};
     setup.parameters = {c.bigEndian == 0, 1, 0};
     Converter converter(setup);

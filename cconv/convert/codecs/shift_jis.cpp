@@ -19,9 +19,9 @@ constexpr uint8_t Sjis2004Plane2Rows[13][2] = {
 };
 
 struct RowPair {
-  uint32_t index;    // which pair of rows the lead byte holds, from 0
-  uint32_t half;     // 0: the first row of the pair, 1: the second
-  uint32_t cell;     // from 0
+  uint32_t index;  // which pair of rows the lead byte holds, from 0
+  uint32_t half;   // 0: the first row of the pair, 1: the second
+  uint32_t cell;   // from 0
 };
 
 // False when the bytes are no lead and trail byte.
@@ -45,7 +45,15 @@ uint32_t jisCode(const RowPair& position) {
 // The lead byte of a plane-2 row; 0 for a row that Shift_JIS-2004 does not hold.
 uint32_t plane2Lead(uint32_t row) {
   switch (row) {
-    case 1: case 3: case 4: case 5: case 8: case 12: case 13: case 14: case 15:
+    case 1:
+    case 3:
+    case 4:
+    case 5:
+    case 8:
+    case 12:
+    case 13:
+    case 14:
+    case 15:
       return (row + 479) / 2 - 3 * (row / 8);
     default:
       return row >= 64 && row <= 94 ? (row + 411) / 2 : 0;
@@ -101,9 +109,8 @@ const SubsetDef* findJisX0213(ConverterRecord& record, uint32_t code, uint32_t& 
 }
 
 const SubsetDef* findWindows31J(ConverterRecord&, uint32_t code, uint32_t& unicode) {
-  for (const CharsetId id :
-       {charset_id::kJisX0208, charset_id::kNecExtset, charset_id::kIbmExtset,
-        charset_id::kNecIbmExtset, charset_id::kWindows31JUser}) {
+  for (const CharsetId id : {charset_id::kJisX0208, charset_id::kNecExtset, charset_id::kIbmExtset,
+                             charset_id::kNecIbmExtset, charset_id::kWindows31JUser}) {
     if (const SubsetDef* group = findIn(id, code, unicode)) return group;
   }
   return nullptr;

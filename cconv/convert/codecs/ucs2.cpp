@@ -20,8 +20,8 @@ constexpr uint32_t kHexadecimalReferences = 1;  // supplementaryMode; other mode
 bool writeReference(ConverterRecord& record, uint32_t code) {
   char text[16];
   const bool hexadecimal = record.options.supplementaryMode == kHexadecimalReferences;
-  const int length = std::snprintf(text, sizeof text, hexadecimal ? "&#x%" PRIX32 ";" : "&#%" PRIu32 ";",
-                                   code);
+  const int length =
+      std::snprintf(text, sizeof text, hexadecimal ? "&#x%" PRIX32 ";" : "&#%" PRIu32 ";", code);
   if (static_cast<int64_t>(record.outputPosition) + 2 * length >= record.outputCapacity) {
     return refuse(record, KSV_STATUS_FULL);
   }

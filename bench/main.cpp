@@ -1,0 +1,16 @@
+#include <benchmark/benchmark.h>
+
+#include "bench/benchmarks.h"
+#include "bench/text.h"
+
+int main(int argumentCount, char** arguments) {
+  benchmark::Initialize(&argumentCount, arguments);
+  if (benchmark::ReportUnrecognizedArguments(argumentCount, arguments)) return 1;
+  ksv_bench::checkAgreement(ksv_bench::throughputPairs());
+  ksv_bench::registerThroughput();
+  ksv_bench::registerShortStrings();
+  ksv_bench::registerStart();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,108 @@
+// Subsets, the indexes of a charset, and what it remembers of its members.
+#include "cconv/rules/rule_model.h"
+
+#include <thread>
+
+#include "tests/rules/support.h"
+
+namespace ksv::test {
+namespace {
+
+TEST(Subset, has_a_table_from_and_one_to_its_codes) {
+  const SubsetDef subset("JIS_X0208-1990", SubsetKind::kDifference, 3);
+  EXPECT_EQ(subset.name, "JIS_X0208-1990") << "its case is kept";
+  EXPECT_EQ(subset.id, 2006u);
+  EXPECT_EQ(subset.type(), 2u);
+  EXPECT_EQ(subset.bytesPerCode, 3);
+  EXPECT_EQ(subset.toUcs.keyColumn, CodeTable::kFirstColumn);
+  EXPECT_EQ(subset.toUcs.valueBytes, 4);
+  EXPECT_EQ(subset.fromUcs.keyColumn, CodeTable::kSecondColumn);
+  EXPECT_EQ(subset.fromUcs.valueBytes, 3);
+  for (const CodeTable* table : {&subset.toUcs, &subset.fromUcs}) {
+    EXPECT_EQ(table->low, 0u);
+    EXPECT_EQ(table->high, 0u);
+    EXPECT_FALSE(table->hasEntries);
+    EXPECT_TRUE(table->fileName.empty());
+    EXPECT_EQ(table->loadAttempts, -1);
+    EXPECT_FALSE(table->isLoaded());
+  }
+  EXPECT_TRUE(subset.lang.empty());
+  EXPECT_TRUE(subset.basedon.empty());
+  EXPECT_EQ(subset.defined.ranges.count(), 0);
+  EXPECT_EQ(subset.defined.low, 0u);
+  EXPECT_EQ(subset.defined.high, 0u);
+  EXPECT_EQ(subset.defStart, 0);
+  EXPECT_EQ(subset.defNumber, 0);
+}
+
+TEST(CharsetMembers, are_found_by_number_the_first_of_equals) {
+  std::vector<std::unique_ptr<SubsetDef>> owned;
+  CharsetDef charset;
+  charset.buildIndexes();
+  EXPECT_EQ(charset.memberWithId(2006), -1);
+  EXPECT_EQ(charset.firstPlainMember(), nullptr);
+  EXPECT_FALSE(charset.hasUserMembers());
+  const auto add = [&](const std::string& name, SubsetKind kind) {
+    owned.push_back(std::make_unique<SubsetDef>(name, kind, 2));
+    charset.members.append(owned.back().get());
+  };
+  add("user", SubsetKind::kUser);
+  add("ab", SubsetKind::kDifference);
+  add("ca", SubsetKind::kBase);  // the number of "ab"
+  for (int i = 0; i < 500; ++i) add("set" + std::to_string(i), SubsetKind::kBase);
+  charset.buildIndexes();
+  EXPECT_EQ(charset.memberWithId(4293), 1);
+  EXPECT_EQ(charset.memberWithId(1), -1);
+  EXPECT_EQ(charset.firstPlainMember(), owned[1].get());
+  EXPECT_TRUE(charset.hasUserMembers());
+  for (size_t i = 0; i < owned.size(); ++i) {
+    const int found = charset.memberWithId(owned[i]->id);
+    ASSERT_GE(found, 0);
+    ASSERT_LE(static_cast<size_t>(found), i);
+    EXPECT_EQ(owned[static_cast<size_t>(found)]->id, owned[i]->id);
+  }
+}
+
+TEST(CharsetMembers, without_destination_tables_have_none) {
+  CharsetDef charset;
+  charset.destTables.append(std::make_unique<TableList>());
+  EXPECT_EQ(charset.destTablesOf(0), charset.destTables[0].get());
+  EXPECT_EQ(charset.destTablesOf(1), nullptr);
+}
+
+TEST(EncodedCodes, are_remembered_for_every_unicode_code) {
+  EncodedCodeCache cache;
+  EncodedCode found;
+  EXPECT_FALSE(cache.find(0, found));
+  cache.remember(0, {0, 0, 0});
+  EXPECT_TRUE(cache.find(0, found)) << "that no member has it is known too";
+  EXPECT_EQ(found.member, 0);
+  cache.remember(0x10FFFF, {0xFFFFFFFF, 0xFFFF, 0x7FFF});
+  EXPECT_TRUE(cache.find(0x10FFFF, found));
+  EXPECT_EQ(found.code, 0xFFFFFFFFu);
+  EXPECT_EQ(found.sequenceLength, 0xFFFF);
+  EXPECT_EQ(found.member, 0x7FFF);
+  cache.remember(0x110000, {1, 0, 1});
+  EXPECT_FALSE(cache.find(0x110000, found));
+  EXPECT_FALSE(cache.find(0xFFFFFFFF, found));
+  cache.remember(5, {1, 0, 0x8000});
+  EXPECT_FALSE(cache.find(5, found)) << "the member's number does not fit";
+}
+
+TEST(EncodedCodes, can_be_remembered_by_several_threads) {
+  EncodedCodeCache cache;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (uint32_t code = 0; code < 0x4000; ++code) {
+        EncodedCode found;
+        if (!cache.find(code, found)) cache.remember(code, {code * 2, 0, 1});
+        if (cache.find(code, found)) EXPECT_EQ(found.code, code * 2);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace ksv::test
