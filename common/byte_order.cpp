@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "include/ksv_file.h"
+#include "ksv_file.h"
 
 uint16_t KSV_GetW_x(const void* p) {
   uint16_t value;

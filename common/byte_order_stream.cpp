@@ -2,8 +2,8 @@
 #include <cstdio>
 
 #include "common/byte_order.h"
-#include "include/ksv_file.h"
-#include "include/ksv_memory.h"
+#include "ksv_file.h"
+#include "ksv_memory.h"
 
 static_assert(sizeof(KsvByteOrderStream) == 16);
 static_assert(offsetof(KsvByteOrderStream, stream) == 0);

@@ -10,7 +10,7 @@
 #include "common/path_encoding.h"
 #include "common/platform.h"
 #include "common/wildcard.h"
-#include "include/ksv_path.h"
+#include "ksv_path.h"
 
 static_assert(sizeof(KsvDirectoryListing) == 312);
 static_assert(offsetof(KsvDirectoryListing, handle) == 0);
@@ -37,7 +37,7 @@ struct Matches {
 };
 
 Matches findMatches(const char* pattern) {
-  const PathParts parts = splitPath(pattern);
+  const PathPieces parts = splitIntoPieces(pattern);
   const std::string component = std::string(parts.base).append(parts.extension);
   Matches matches;
   if (component.empty()) return matches;

@@ -6,7 +6,7 @@
 #include "common/guard.h"
 #include "common/path_encoding.h"
 #include "common/platform.h"
-#include "include/ksv_file.h"
+#include "ksv_file.h"
 
 namespace platform = ksv::platform;
 

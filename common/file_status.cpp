@@ -5,8 +5,8 @@
 #include "common/guard.h"
 #include "common/path_encoding.h"
 #include "common/platform.h"
-#include "include/ksv_file.h"
-#include "include/ksv_path.h"
+#include "ksv_file.h"
+#include "ksv_path.h"
 
 static_assert(sizeof(KsvStat) == 48);
 static_assert(offsetof(KsvStat, dev) == 0);

@@ -1,7 +1,7 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "include/ksv_memory.h"
+#include "ksv_memory.h"
 
 void* KSV_malloc(int32_t size) {
   return size < 0 ? nullptr : std::malloc(static_cast<size_t>(size));

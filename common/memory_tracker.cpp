@@ -8,7 +8,7 @@
 #include <new>
 #include <string>
 
-#include "include/ksv_memory.h"
+#include "ksv_memory.h"
 
 namespace ksv {
 namespace {

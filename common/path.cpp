@@ -7,8 +7,8 @@
 #include "common/guard.h"
 #include "common/path_encoding.h"
 #include "common/platform.h"
-#include "include/ksv_file.h"
-#include "include/ksv_path.h"
+#include "ksv_file.h"
+#include "ksv_path.h"
 
 namespace ksv {
 namespace {
@@ -68,9 +68,9 @@ size_t shiftJisLength(const char* character) {
 
 }  // namespace
 
-PathParts splitPath(const char* path) {
+PathPieces splitIntoPieces(const char* path) {
   std::string_view rest = viewOf(path);
-  PathParts parts;
+  PathPieces parts;
   parts.drive = rest.substr(0, rest.empty() ? 0 : platform::driveLength(path));
   rest.remove_prefix(parts.drive.size());
 
@@ -100,7 +100,7 @@ int KSV_splitpath(const char* path, char* drive, char* directory, char* base, ch
     ksv::clearParts(drive, directory, base, extension);
     return KSV_PATH_NOT_CONVERTED;
   }
-  const ksv::PathParts parts = ksv::splitPath(path);
+  const ksv::PathPieces parts = ksv::splitIntoPieces(path);
   bool whole = ksv::copyPart(parts.drive, drive, KSV_DRIVE_SIZE);
   whole = ksv::copyPart(parts.directory, directory, KSV_PART_SIZE) && whole;
   whole = ksv::copyPart(parts.base, base, KSV_PART_SIZE) && whole;
@@ -111,7 +111,7 @@ int KSV_splitpath(const char* path, char* drive, char* directory, char* base, ch
 void KSV_splitpathA(const char* path, char* drive, char* directory, char* base, char* extension) {
   const bool whole = ksv::guarded(false, [&] {
     const std::string utf8 = ksv::toUtf8(path);
-    const ksv::PathParts parts = ksv::splitPath(utf8.c_str());
+    const ksv::PathPieces parts = ksv::splitIntoPieces(utf8.c_str());
     return ksv::copyAnsiPart(parts.drive, drive) && ksv::copyAnsiPart(parts.directory, directory) &&
            ksv::copyAnsiPart(parts.base, base) && ksv::copyAnsiPart(parts.extension, extension);
   });

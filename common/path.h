@@ -10,7 +10,7 @@ namespace ksv {
 // Either of the two, on every system.
 constexpr bool isSeparator(char character) { return character == '/' || character == '\\'; }
 
-struct PathParts {
+struct PathPieces {
   std::string_view drive;
   std::string_view directory;  // with the separator that ends it
   std::string_view base;
@@ -18,9 +18,9 @@ struct PathParts {
 };
 
 // Views into path, which is UTF-8.
-PathParts splitPath(const char* path);
+PathPieces splitIntoPieces(const char* path);
 
-// The part of splitPath turned into a path that the system can open: "." when
+// The part of splitIntoPieces turned into a path that the system can open: "." when
 // directory is empty.
 std::string openableDirectory(std::string_view directory);
 

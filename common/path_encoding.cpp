@@ -5,7 +5,7 @@
 
 #include "common/guard.h"
 #include "common/platform.h"
-#include "include/ksv_file.h"
+#include "ksv_file.h"
 
 namespace ksv {
 namespace {

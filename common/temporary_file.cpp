@@ -5,7 +5,7 @@
 #include "common/path.h"
 #include "common/path_encoding.h"
 #include "common/platform.h"
-#include "include/ksv_path.h"
+#include "ksv_path.h"
 
 namespace ksv {
 namespace {

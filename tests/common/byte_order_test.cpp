@@ -1,7 +1,7 @@
 #include <cstring>
 
-#include "include/ksv_file.h"
-#include "include/ksv_memory.h"
+#include "ksv_file.h"
+#include "ksv_memory.h"
 #include "tests/common/support.h"
 
 using ksv::test::readFile;

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "common/wildcard.h"
-#include "include/ksv_path.h"
+#include "ksv_path.h"
 #include "tests/common/support.h"
 
 using ksv::test::openDescriptors;

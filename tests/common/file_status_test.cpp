@@ -4,8 +4,8 @@
 
 #include <cstring>
 
-#include "include/ksv_file.h"
-#include "include/ksv_path.h"
+#include "ksv_file.h"
+#include "ksv_path.h"
 #include "tests/common/support.h"
 
 using ksv::test::exists;

@@ -1,7 +1,7 @@
 #include <cstdarg>
 #include <cstring>
 
-#include "include/ksv_file.h"
+#include "ksv_file.h"
 #include "tests/common/support.h"
 
 using ksv::test::exists;

@@ -1,7 +1,7 @@
 #include <cstddef>
 
-#include "include/ksv_file.h"
-#include "include/ksv_path.h"
+#include "ksv_file.h"
+#include "ksv_path.h"
 #include "tests/common/support.h"
 
 static_assert(sizeof(KsvByteOrderStream) == 16 && offsetof(KsvByteOrderStream, stream) == 0 &&

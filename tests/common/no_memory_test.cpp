@@ -3,9 +3,9 @@
 #include <new>
 
 #include "common/platform.h"
-#include "include/ksv_file.h"
-#include "include/ksv_memory.h"
-#include "include/ksv_path.h"
+#include "ksv_file.h"
+#include "ksv_memory.h"
+#include "ksv_path.h"
 #include "tests/common/support.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "include/ksv_file.h"
+#include "ksv_file.h"
 #include "tests/common/support.h"
 
 namespace {

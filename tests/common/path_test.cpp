@@ -1,8 +1,8 @@
 #include <cstring>
 #include <vector>
 
-#include "include/ksv_file.h"
-#include "include/ksv_path.h"
+#include "ksv_file.h"
+#include "ksv_path.h"
 #include "tests/common/support.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include <cstring>
 
 #include "common/platform.h"
-#include "include/ksv_cconv.h"
+#include "ksv_cconv.h"
 #include "tests/common/support.h"
 
 using ksv::test::ScopedVariable;

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "include/ksv_path.h"
+#include "ksv_path.h"
 #include "tests/common/support.h"
 
 using ksv::test::exists;

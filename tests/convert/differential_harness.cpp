@@ -1,5 +1,6 @@
 #include "differential_harness.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -78,6 +79,20 @@ std::string optionsText(const ConvertOptions* options) {
   return text;
 }
 
+template <typename Record>
+std::string stateText(const Record& record) {
+  char text[512];
+  std::snprintf(text, sizeof text,
+                "status %u, in %d, out %d, read %d, units %d, from %u/%u, raw %X, code %X, unicode "
+                "%X, to %u/%u, out code %X, width %u, sequence %u, previous %X, second %X",
+                record.status, record.inputPosition, record.outputPosition, record.charactersRead,
+                record.unitsWritten, record.decodedGroup, record.decodedGroupType, record.rawCode,
+                record.groupCode, record.unicodeCode, record.targetGroup, record.targetGroupType,
+                record.outputCode, record.outputWidth, record.sequenceLength,
+                record.previousRawCode, record.secondCode);
+  return text;
+}
+
 }  // namespace
 
 std::string hexBytes(const std::vector<uint8_t>& bytes) {
@@ -133,6 +148,9 @@ void Pair::setInputPosition(int32_t position) {
 }
 
 void Pair::setCapacity(int32_t capacity) {
+  // What a call wrote and took back lies in front of the old capacity, not the new one.
+  const size_t kept = std::min(libraryOutput_.size(), static_cast<size_t>(std::max(capacity, 0)));
+  std::fill(libraryOutput_.begin() + static_cast<ptrdiff_t>(kept), libraryOutput_.end(), kCanary);
   record_.outputCapacity = model_.outputCapacity = capacity;
 }
 
@@ -210,7 +228,8 @@ std::string Pair::reproduction() const {
   const std::string shown =
       log_.size() < 6000 ? log_
                          : log_.substr(0, 1500) + "  ...\n" + log_.substr(log_.size() - 3000);
-  return "  input " + hexBytes(input_) + "\n" + shown + "  " + difference_;
+  return "  input " + hexBytes(input_) + "\n" + shown + "  " + difference_ + "\n  expected " +
+         stateText(model_) + "\n  got      " + stateText(record_);
 }
 
 void Pair::differ(const std::string& name, const std::string& got, const std::string& expected) {

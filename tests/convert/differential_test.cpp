@@ -23,7 +23,6 @@ namespace {
 
 constexpr size_t kMaxOutput = 1 << 16;
 constexpr int kMostCalls = 600;
-constexpr size_t kMostReports = 12;
 
 uint64_t baseSeed() {
   const char* text = std::getenv("KSV_TEST_SEED");
@@ -40,7 +39,7 @@ struct Totals {
   uint64_t calls = 0;
   uint64_t longCases = 0;
   std::map<std::string, int> differences;  // by field
-  std::vector<std::string> reports;
+  std::map<std::string, std::string> reports;  // the shortest by field
 
   void print(const char* name) const {
     std::printf("%s: seed %llu, %llu cases (%llu of them long), %llu calls compared\n", name,
@@ -49,7 +48,9 @@ struct Totals {
     for (const auto& [field, count] : differences) {
       std::printf("  %d cases differ in %s\n", count, field.c_str());
     }
-    for (const std::string& report : reports) std::printf("%s\n", report.c_str());
+    for (const auto& [field, report] : reports) {
+      std::printf("----- %s\n%s\n", field.c_str(), report.c_str());
+    }
   }
 };
 
@@ -221,9 +222,12 @@ class Session {
   ksv_reference::RuleBase model_;
 };
 
-std::string membersText(const ksv_reference::RuleDirectory& rules) {
+// The charsets that a case names.
+std::string membersText(const ksv_reference::RuleDirectory& rules, const Pair& pair) {
   std::string text;
+  const std::string log = pair.reproduction();
   for (const auto& [file, charset] : rules.charsets) {
+    if (log.find(charset.name) == std::string::npos) continue;
     text += "  " + charset.name + " " + charset.construle + " " + charset.destrule + ":";
     for (const auto& member : charset.members) {
       const ksv_reference::SubsetFile& subset = rules.subsets.at(member.subsetFile);
@@ -237,24 +241,26 @@ std::string membersText(const ksv_reference::RuleDirectory& rules) {
 }
 
 void runCase(Session& session, const ksv_reference::RuleDirectory& rules, uint64_t seed,
-             bool isLong, Totals& totals) {
+             bool isLong, bool bulk, Totals& totals) {
+  ksv::setBulkPathEnabled(bulk);
   Pair pair(session.model(), kMaxOutput);
   Case(pair, rules, seed, isLong).run();
   ++totals.cases;
   totals.longCases += isLong ? 1 : 0;
   totals.calls += pair.calls();
   if (pair.difference().empty()) return;
-  if (++totals.differences[pair.field()] == 1 && totals.reports.size() < kMostReports) {
-    totals.reports.push_back("case " + std::to_string(seed) + "\n" + membersText(rules) +
-                             pair.reproduction());
-  }
+  const std::string field = pair.field() + (bulk ? " (bulk)" : "");
+  ++totals.differences[field];
+  const std::string report = "case " + std::to_string(seed) + "\n" + membersText(rules, pair) +
+                             pair.reproduction();
+  std::string& shortest = totals.reports[field];
+  if (shortest.empty() || report.size() < shortest.size()) shortest = report;
 }
 
 void runBothPaths(Session& session, const ksv_reference::RuleDirectory& rules, uint64_t seed,
                   bool isLong, Totals& totals) {
   for (bool bulk : {true, false}) {
-    ksv::setBulkPathEnabled(bulk);
-    runCase(session, rules, seed, isLong, totals);
+    runCase(session, rules, seed, isLong, bulk, totals);
   }
 }
 

@@ -54,7 +54,7 @@ uint32_t jisToShiftJis(uint32_t code) {
   uint32_t trail = d % 256 + 0x40;
   if (((code >> 8) - 0x21) % 2 == 1) trail += 94;
   if (trail >= 0x7F) ++trail;
-  return lead * 256 + trail;
+  return lead * 256 + (trail & 0xFF);
 }
 
 uint32_t jisToShiftJis2004(uint32_t code) {
