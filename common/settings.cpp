@@ -16,10 +16,9 @@ namespace {
 constexpr char kCharsetKey[] = "Charsetpath";
 constexpr char kConfigurationFile[] = "ksv_conf.ini";
 
-// Where an installation puts the charset directory, as seen from the library's.
-#ifndef KSV_CHARSET_RELATIVE
-#define KSV_CHARSET_RELATIVE "../share/ksv_comm/charset"
-#endif
+// Where an installation puts the charset directory, as seen from the library's: the
+// build knows.
+constexpr char kInstalledCharsets[] = KSV_CHARSET_RELATIVE;
 
 std::string withSeparator(std::string directory) {
   if (!directory.empty() && !isSeparator(directory.back())) directory.push_back(pathSeparator());
@@ -82,7 +81,7 @@ bool acceptFromConfiguration(const Destination& destination) {
 bool acceptInstalled(const Destination& destination) {
   const std::optional<std::string> library = libraryDirectory();
   if (!library) return false;
-  for (const char* relative : {"charset", KSV_CHARSET_RELATIVE, "../share/ksv_comm/charset"}) {
+  for (const char* relative : {"charset", kInstalledCharsets, "../share/ksv_comm/charset"}) {
     const auto directory = canonicalDirectory((withSeparator(*library) + relative).c_str());
     if (directory && destination.accept(*directory)) return true;
   }
