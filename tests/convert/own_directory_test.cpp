@@ -1,0 +1,467 @@
+// What the shipped directory cannot show: charsets of the tests' own, with tables
+// that refuse values, user-defined groups, groups of every width, and sequences.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "cconv/convert/driver.h"
+#include "tests/convert/converter.h"
+#include "tests/rules/support.h"
+
+namespace ksv_test {
+namespace {
+
+using ksv::test::charset;
+using ksv::test::CharsetDirectory;
+using ksv::test::entity;
+
+struct Group {
+  std::string name;
+  int width = 1;
+  std::string table = "";             // lines; empty: no table
+  std::string destinationTable = "";  // lines of a destination table; empty: none
+  std::string destinationBytes = "2";
+  int userStart = 0;  // with a count: a user-defined group
+  int userCount = 0;
+};
+
+struct Charset {
+  std::string name;
+  std::string codec;
+  std::vector<Group> groups;
+};
+
+std::string hexNumber(int value) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%X", static_cast<unsigned>(value));
+  return text;
+}
+
+// A directory of such charsets, loaded for the life of the test.
+class OwnDirectory : public testing::Test {
+ protected:
+  OwnDirectory() { EXPECT_EQ(startProcess(), 1); }
+  ~OwnDirectory() override { endProcess(); }
+
+  void load(const std::vector<Charset>& charsets) {
+    for (const Charset& entry : charsets) write(entry);
+    EXPECT_EQ(cconvLoadRule(), 1);
+  }
+
+ private:
+  void write(const Charset& entry) {
+    std::string declarations;
+    std::string content = "<name>" + entry.name + "</name>\r\n<rule construle=\"const" +
+                          entry.codec + "\" destrule=\"dest" + entry.codec + "\"/>\r\n";
+    for (const Group& group : entry.groups) writeGroup(group, declarations, content);
+    directory_.writeRule(entry.name + ".xml", charset(declarations, content));
+  }
+
+  void writeGroup(const Group& group, std::string& declarations, std::string& content) {
+    const std::string file = "set." + group.name;
+    std::string body = "<name>" + group.name + "</name>\r\n";
+    std::string member = "<baseset>&" + group.name + ".set;";
+    declarations += entity(group.name + ".set", file + ".xml");
+    const std::string width = "bytenum=\"" + std::to_string(group.width) + "\"";
+    if (group.userCount > 0) {
+      body += "<codec " + width + "/>\r\n<defrange start=\"" + hexNumber(group.userStart) +
+              "\" number=\"" + hexNumber(group.userCount) + "\"/>\r\n";
+      directory_.writeRule(file + ".xml", body);
+      content += "<eudcset>&" + group.name + ".set;</eudcset>\r\n";
+      return;
+    }
+    body += "<lang domain=\"ja\"/>\r\n<code " + width + "/>\r\n";
+    if (!group.table.empty()) {
+      body += "<srtable>&" + group.name + ".map;</srtable>\r\n";
+      declarations += entity(group.name + ".map", group.name + ".txt");
+      directory_.writeTable(group.name + ".txt", group.table);
+    }
+    directory_.writeRule(file + ".xml", "<subseta>\r\n" + body + "</subseta>\r\n");
+    if (!group.destinationTable.empty()) {
+      const std::string table = "one_way." + group.name;
+      declarations += entity(group.name + ".one", table + ".txt");
+      directory_.writeTable(table + ".txt", group.destinationTable);
+      member +=
+          "<dstable bytenum=\"" + group.destinationBytes + "\">&" + group.name + ".one;</dstable>";
+    }
+    content += member + "</baseset>\r\n";
+  }
+
+  CharsetDirectory directory_;
+};
+
+// Unicode sets with a table: letters, hiragana, and no tag characters.
+const Group kSmallUnicode = {"small-unicode", 4,
+                             "0 0\r\nD D\r\nA A\r\n41 41\r\n42 42\r\n3042 3042\r\n304B 304B"};
+const Group kAnyUnicode = {"any-unicode", 4, ""};
+
+std::vector<Charset> smallUnicode() {
+  return {{"utf-8", "UTF-8", {kSmallUnicode}},
+          {"utf-16", "UTF-16", {kSmallUnicode}},
+          {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}};
+}
+
+Bytes utf8(uint32_t value) {
+  Bytes text;
+  text += static_cast<char>(0xF0 | value >> 18);
+  for (int shift = 12; shift >= 0; shift -= 6) {
+    text += static_cast<char>(0x80 | (value >> shift & 0x3F));
+  }
+  return text;
+}
+
+class TagsOfTheInput : public OwnDirectory {
+ protected:
+  TagsOfTheInput() { load(smallUnicode()); }
+
+  static Bytes tag(const std::string& language) {
+    Bytes text = utf8(0xE0001);
+    for (const char c : language) text += utf8(0xE0000u + static_cast<uint8_t>(c));
+    return text;
+  }
+  static Conversion conversion(bool skipInvalid = false) {
+    Conversion result{"UTF-8", "ISO-10646-UCS-4"};
+    result.parameters[2] = skipInvalid;
+    return result;
+  }
+};
+
+TEST_F(TagsOfTheInput, SetTheCurrentLanguageAndDeliverTheNextCharacter) {
+  Converter converter(conversion());
+  converter.give(tag("fr") + "A", 100);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(hex(converter.written()), "00 00 00 41");
+  EXPECT_STREQ(converter.record.currentLanguage, "fr");
+  EXPECT_EQ(converter.record.charactersRead, 1);
+}
+
+TEST_F(TagsOfTheInput, ThatEndWithACancelAreNoCharacterAndStayPassed) {
+  Converter converter(conversion());
+  converter.give(tag("fr") + utf8(0xE007F) + "A", 100);
+  EXPECT_EQ(converter.convert(), 13u);
+  EXPECT_EQ(converter.record.inputPosition, 16);
+  EXPECT_STREQ(converter.record.currentLanguage, "fr");
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(hex(converter.written()), "00 00 00 41");
+}
+
+TEST_F(TagsOfTheInput, ThatTheEndCutsWaitAtTheirBeginning) {
+  Converter converter(conversion());
+  converter.give(tag("fr") + "A", 100);
+  converter.showInput(12);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(converter.record.inputPosition, 0);
+  converter.showInput(10);
+  EXPECT_EQ(converter.convert(), 12u);
+  EXPECT_EQ(converter.record.inputPosition, 0);
+  converter.showInput(13);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_STREQ(converter.record.currentLanguage, "fr");
+}
+
+TEST_F(TagsOfTheInput, ThatABadValueCutsWaitAtTheirBeginningOrAreSteppedOver) {
+  const Bytes text = tag("fr") + "\xE3\x81\x84" + "A";
+  Converter strict(conversion());
+  strict.give(text, 100);
+  EXPECT_EQ(strict.convert(), 13u);
+  EXPECT_EQ(strict.record.inputPosition, 0);
+  EXPECT_EQ(convertWhole(conversion(true), text), (Result{0, 16, bytes("00 00 00 41")}));
+}
+
+TEST_F(TagsOfTheInput, HoldAtMost259Characters) {
+  Converter fits(conversion());
+  fits.give(tag(std::string(259, 'a')) + "A", 100);
+  EXPECT_EQ(fits.convert(), 0u);
+  EXPECT_STREQ(fits.record.currentLanguage, std::string(259, 'a').c_str());
+  Converter overflows(conversion());
+  overflows.give(tag(std::string(260, 'a')) + "A", 100);
+  EXPECT_EQ(overflows.convert(), 13u);
+  EXPECT_STREQ(overflows.record.currentLanguage, "");
+}
+
+TEST_F(TagsOfTheInput, DoNotNest) {
+  Bytes text;
+  for (int i = 0; i < 100000; ++i) text += utf8(0xE0001);
+  EXPECT_EQ(convertWhole(conversion(), text + "A").status, 13u);
+  EXPECT_EQ(convertWhole(conversion(true), text + "A"), (Result{0, 400001, bytes("00 00 00 41")}));
+}
+
+TEST_F(TagsOfTheInput, FullOutputBehindATagReadsItAgain) {
+  Converter converter(conversion());
+  converter.give(tag("fr") + "A", 3);
+  EXPECT_EQ(converter.convert(), 22u);
+  EXPECT_EQ(converter.record.inputPosition, 0);
+  EXPECT_EQ(converter.record.charactersRead, 0);
+}
+
+TEST_F(TagsOfTheInput, CharactersWithoutTheirTagPassWithoutAGroup) {
+  Converter converter(conversion());
+  converter.give(utf8(0xE0041), 100);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(hex(converter.written()), "00 0E 00 41");
+  EXPECT_EQ(converter.record.decodedGroup, 0u);
+  EXPECT_EQ(converter.record.decodedGroupType, 0u);
+  EXPECT_EQ(converter.record.groupCode, 0xE0041u);
+  EXPECT_EQ(converter.record.charactersRead, 0);
+}
+
+using SmallUnicode = TagsOfTheInput;
+
+TEST_F(SmallUnicode, AValueThatNoGroupHoldsStaysUnlessSkipped) {
+  EXPECT_EQ(convertWhole(conversion(),
+                         "A\xE3\x81\x84"
+                         "B"),
+            (Result{13, 1, bytes("00 00 00 41")}));
+  EXPECT_EQ(convertWhole(conversion(true),
+                         "A\xE3\x81\x84"
+                         "B"),
+            (Result{0, 5, bytes("00 00 00 41 00 00 00 42")}));
+}
+
+TEST_F(SmallUnicode, EveryValueBelow80IsHeld) {
+  EXPECT_EQ(convertWhole(conversion(), "z").status, 0u);
+}
+
+TEST_F(SmallUnicode, ATargetWithATableRefusesWhatItLacks) {
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("00 00 30 44")).status, 23u);
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("00 00 30 42")).output,
+            "\xE3\x81\x82");
+}
+
+TEST_F(SmallUnicode, ATableTakesNulOnlyWhenALineHasIt) {
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("00 00 00 00")),
+            (Result{0, 4, Bytes(1, '\0')}));
+}
+
+// One-byte and two-byte groups read and written as their own bytes.
+const Group kNarrow = {"narrow", 1, "41 41\r\n42 42\r\nD D\r\nA A"};
+const Group kWide = {"wide", 2, "8140 3042\r\n8141 3044\r\n8142 1F600"};
+
+class Same : public OwnDirectory {
+ protected:
+  Same() {
+    load({{"mixed", "SAME", {kNarrow, kWide}},
+          {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
+  }
+  static Conversion toUcs4(bool skipInvalid = false) {
+    Conversion result{"mixed", "ISO-10646-UCS-4"};
+    result.parameters[2] = skipInvalid;
+    return result;
+  }
+};
+
+TEST_F(Same, GroupsAreTriedInOrderWithTheirWidths) {
+  EXPECT_EQ(hex(convertWhole(toUcs4(), bytes("41 81 40 42 81 42")).output),
+            "00 00 00 41 00 00 30 42 00 00 00 42 00 01 F6 00");
+  EXPECT_EQ(
+      hex(convertWhole({"ISO-10646-UCS-4", "mixed"}, bytes("00 00 00 41 00 00 30 44 00 01 F6 00"))
+              .output),
+      "41 81 41 81 42");
+}
+
+TEST_F(Same, LittleEndianInputSwapsWideCodesOnly) {
+  Conversion conversion = toUcs4();
+  conversion.parameters[0] = 0;
+  EXPECT_EQ(hex(convertWhole(conversion, bytes("41 40 81")).output), "00 00 00 41 00 00 30 42");
+}
+
+TEST_F(Same, AnIncompleteGroupMakesTheEndWait) {
+  EXPECT_EQ(convertWhole(toUcs4(), bytes("41 81")), (Result{12, 1, bytes("00 00 00 41")}));
+  EXPECT_EQ(convertWhole(toUcs4(), bytes("FF")).status, 12u);
+}
+
+TEST_F(Same, InvalidBytesStayOrAreSkippedByTheWidestGroupThatWasRead) {
+  EXPECT_EQ(convertWhole(toUcs4(), bytes("41 FF FF 42")), (Result{13, 1, bytes("00 00 00 41")}));
+  EXPECT_EQ(convertWhole(toUcs4(true), bytes("41 FF FF 42")),
+            (Result{0, 4, bytes("00 00 00 41 00 00 00 42")}));
+}
+
+TEST_F(Same, ControlCodesBelongToEveryGroup) {
+  Converter converter(toUcs4());
+  converter.give(bytes("07"), 10);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(converter.record.unicodeCode, 0u);
+  EXPECT_EQ(converter.record.groupCode, 7u);
+  EXPECT_EQ(hex(converter.written()), "00 00 00 07");
+}
+
+TEST_F(Same, ControlCodesThatATargetLacksGoToItsNarrowestGroup) {
+  EXPECT_EQ(hex(convertWhole({"ISO-10646-UCS-4", "mixed"}, bytes("00 00 00 07")).output), "07");
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "mixed"}, bytes("00 00 00 09")).status, 23u);
+}
+
+TEST_F(Same, AMarkIsDroppedByATargetThatIsNeitherJapaneseNorUnicode) {
+  load({{"utf-8", "UTF-8", {kAnyUnicode}}, {"kana", "SAME", {{"kana-set", 2, "1 304B"}}}});
+  EXPECT_EQ(hex(convertWhole({"UTF-8", "kana"}, "\xE3\x81\x8B\xE3\x82\x9A").output), "00 01");
+}
+
+class Sequences : public OwnDirectory {
+ protected:
+  // U+3042 in its table, and U+3044 as a sequence of so many bytes.
+  void loadTarget(const std::string& sequenceBytes, int width) {
+    load({{"target", "SAME", {{"target-set", width, "8140 3042", "81828384 3044", sequenceBytes}}},
+          {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
+  }
+  static Result convertSequence() {
+    return convertWhole({"ISO-10646-UCS-4", "target"}, bytes("00 00 30 44"));
+  }
+};
+
+TEST_F(Sequences, AreWrittenAsUnitsOfTheGroupsWidth) {
+  loadTarget("4", 2);
+  Converter converter({"ISO-10646-UCS-4", "target"});
+  converter.give(bytes("00 00 30 44"), 10);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(hex(converter.written()), "81 82 83 84");
+  EXPECT_EQ(converter.record.unitsWritten, 2);
+  EXPECT_EQ(converter.record.sequenceLength, 4u);
+}
+
+TEST_F(Sequences, AreWholeOrNotThere) {
+  loadTarget("4", 2);
+  Converter converter({"ISO-10646-UCS-4", "target"});
+  converter.give(bytes("00 00 30 44"), 3);
+  EXPECT_EQ(converter.convert(), 22u);
+  EXPECT_EQ(converter.record.outputPosition, 0);
+  EXPECT_EQ(converter.record.unitsWritten, 0);
+  EXPECT_EQ(converter.record.inputPosition, 0);
+}
+
+TEST_F(Sequences, LeaveOutBytesThatMakeNoUnit) {
+  loadTarget("3", 2);  // 82 83 84: one unit of 82 83
+  EXPECT_EQ(hex(convertSequence().output), "82 83");
+}
+
+TEST_F(Sequences, LongerThanFourBytesBeginWithZeroes) {
+  loadTarget("6", 2);
+  EXPECT_EQ(hex(convertSequence().output), "00 00 81 82 83 84");
+}
+
+TEST_F(Sequences, ShorterThanAUnitFail) {
+  loadTarget("1", 2);
+  EXPECT_EQ(convertSequence(), (Result{1, 4, ""}));
+}
+
+TEST_F(Sequences, FollowTheOutputsByteOrder) {
+  loadTarget("4", 2);
+  Conversion conversion{"ISO-10646-UCS-4", "target"};
+  conversion.options.outputBigEndian = 0;
+  EXPECT_EQ(hex(convertWhole(conversion, bytes("00 00 30 44")).output), "82 81 84 83");
+}
+
+class UserGroups : public OwnDirectory {
+ protected:
+  UserGroups() {
+    Group user = {"user-set", 2};
+    user.userStart = 0xF040;
+    user.userCount = 3;
+    load({{"with-user", "SAME", {kNarrow, user}},
+          {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
+  }
+};
+
+TEST_F(UserGroups, MapOntoThePrivateUseArea) {
+  EXPECT_EQ(hex(convertWhole({"with-user", "ISO-10646-UCS-4"}, bytes("F0 40 F0 42")).output),
+            "00 00 E0 00 00 00 E0 02");
+  EXPECT_EQ(convertWhole({"with-user", "ISO-10646-UCS-4"}, bytes("F0 43")).status, 13u);
+}
+
+TEST_F(UserGroups, TakeTheirShareOfThePrivateUseArea) {
+  Converter converter({"ISO-10646-UCS-4", "with-user"});
+  converter.give(bytes("00 00 E0 02"), 10);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(hex(converter.written()), "F0 42");
+  EXPECT_EQ(converter.record.targetGroupType, 3u);
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "with-user"}, bytes("00 00 E0 03")).status, 23u);
+}
+
+class OddCharsets : public OwnDirectory {};
+
+TEST_F(OddCharsets, AGroupOfWidthZeroHoldsNothingAndEndsNoCall) {
+  load({{"empty", "SAME", {{"no-width", 0, ""}}},
+        {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
+  EXPECT_EQ(convertWhole({"empty", "ISO-10646-UCS-4"}, "AB"), (Result{13, 0, ""}));
+  Conversion skipping{"empty", "ISO-10646-UCS-4"};
+  skipping.parameters[2] = 1;
+  EXPECT_EQ(convertWhole(skipping, "AB"), (Result{0, 2, ""}));
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "empty"}, bytes("00 00 00 41")), (Result{0, 4, ""}));
+}
+
+TEST_F(OddCharsets, AnUnknownCodecNameFailsTheConversion) {
+  load({{"nothing", "NoSuchCodec", {kNarrow}},
+        {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
+  Converter from({"nothing", "ISO-10646-UCS-4"});
+  from.give("A", 10);
+  EXPECT_EQ(from.convert(), 1u);
+  Converter to({"ISO-10646-UCS-4", "nothing"});
+  to.give(bytes("00 00 00 41"), 10);
+  EXPECT_EQ(to.convert(), 1u);
+  EXPECT_EQ(to.terminate(), 0u);
+}
+
+TEST_F(OddCharsets, ACodeOutsideTheRowsOfShiftJisIsUnmappable) {
+  load({{"shift_jis", "Shift_JIS", {{"jis_x0208-1990", 2, "9A21 3042\r\n2422 3044"}}},
+        {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "shift_jis"}, bytes("00 00 30 42")),
+            (Result{23, 4, ""}));
+  EXPECT_EQ(hex(convertWhole({"ISO-10646-UCS-4", "shift_jis"}, bytes("00 00 30 44")).output),
+            "82 A0");
+}
+
+TEST_F(OddCharsets, AReplacementThatIsRefusedItselfEndsTheCall) {
+  // The replacement's code has no place in the rows.
+  load({{"shift_jis", "Shift_JIS", {{"jis_x0208-1990", 2, "9A21 3013\r\n9A22 3F"}}},
+        {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
+  Conversion conversion{"ISO-10646-UCS-4", "shift_jis"};
+  conversion.options.replaceUnmappable = 1;
+  EXPECT_EQ(convertWhole(conversion, bytes("00 00 4E 00")), (Result{23, 4, ""}));
+}
+
+TEST_F(OddCharsets, WithoutAnyReplacementTheLastPairIsStoredUntested) {
+  load({{"letters", "SAME", {kNarrow}}});
+  ConverterRecord record = {};
+  ConvertOptions options = {};
+  options.replaceUnmappable = 1;
+  EXPECT_EQ(cconvInitConvert(&record, &options, "letters"), 0u);
+  EXPECT_EQ(record.options.narrowReplacement, 0x3F);
+  EXPECT_EQ(record.options.wideReplacement, 0x3F);
+  EXPECT_EQ(record.narrowReplacement[0], 0u);
+  EXPECT_EQ(record.wideReplacement[0], 0u);
+}
+
+TEST_F(OddCharsets, AGroupOfTheSourceThatTheTargetHasTooPassesItsCode) {
+  // 42 is U+0042 in the table, yet the code goes through unchanged.
+  const Group shared = {"shared-set", 1, "42 43\r\n43 42"};
+  load({{"one", "SAME", {shared}}, {"two", "SAME", {shared}}});
+  EXPECT_EQ(convertWhole({"one", "two"}, "BC").output, "BC");
+}
+
+TEST_F(OddCharsets, HzGoesThroughTheGbkCharset) {
+  load({{"chinesegbk",
+         "SAME",
+         {{"ascii-set", 1, "61 61"}, {"gbk-set", 2, "D6D0 4E2D\r\nCEC4 6587"}}},
+        {"utf-8", "UTF-8", {kAnyUnicode}}});
+  EXPECT_EQ(convertWhole({"HZ-GB-2312", "UTF-8"}, "a~{VPND~}a").output,
+            "a\xE4\xB8\xAD\xE6\x96\x87"
+            "a");
+  Converter converter({"HZ-GB-2312", "UTF-8"});
+  converter.give("~{VPND~}", 3);  // the buffer cuts the second character
+  EXPECT_EQ(converter.convert(), 22u);
+  EXPECT_EQ(converter.written(), "\xE4\xB8\xAD");
+}
+
+TEST_F(OddCharsets, TheInputDumpAppendsWhatIsConverted) {
+  load({{"letters", "SAME", {kNarrow}}});
+  ksv::inputDumpPath = "dump.bin";
+  Converter converter({"letters", "letters"});
+  converter.give("ABA", 10);
+  converter.record.inputPosition = 1;
+  EXPECT_EQ(converter.convert(), 0u);
+  converter.record.inputPosition = 0;
+  EXPECT_EQ(converter.convert(), 0u);
+  ksv::inputDumpPath = nullptr;
+  EXPECT_EQ(ksv::test::readFile("dump.bin"), "BAABA");
+}
+
+}  // namespace
+}  // namespace ksv_test
