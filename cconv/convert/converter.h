@@ -23,8 +23,9 @@ inline const CodecEntry* targetEncoder(const ConverterRecord& record) {
   return static_cast<const CodecEntry*>(record.targetEncoder);
 }
 
-inline int32_t bytesLeft(const ConverterRecord& record) {
-  return record.inputLength - record.inputPosition;
+// Negative when the caller's position is beyond its length.
+inline int64_t bytesLeft(const ConverterRecord& record) {
+  return int64_t{record.inputLength} - record.inputPosition;
 }
 
 // The counts of a record go on over many calls and wrap.

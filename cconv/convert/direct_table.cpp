@@ -12,9 +12,10 @@ namespace {
 constexpr uint32_t kMostPages = 8192;
 constinit std::atomic<uint32_t> pagesInUse = 0;
 
+// Also a character that is no line end, when a table gives it a line end's code.
 bool isLineEnd(const ConverterRecord& record) {
-  return record.rawCode == '\r' || record.rawCode == '\n' || record.unicodeCode == 0x2028 ||
-         record.unicodeCode == 0x2029;
+  return record.rawCode == '\r' || record.rawCode == '\n' || record.outputCode == '\r' ||
+         record.unicodeCode == 0x2028 || record.unicodeCode == 0x2029;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "cconv/convert/driver.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <limits>
 
@@ -23,14 +24,15 @@ class PreConvertedInput {
   explicit PreConvertedInput(ConverterRecord& record)
       : record_(record), input_(record.input), inputLength_(record.inputLength) {
     if (record.preConversion != kUtf7 && record.preConversion != kHz) return;
-    if (record.outputCapacity <= 0 || record.input == nullptr) return;
-    buffer_ = static_cast<uint8_t*>(KSV_calloc(record.outputCapacity, 1));
-    if (buffer_ == nullptr) return;
+    if (record.input == nullptr || record.inputLength <= 0) return;
+    const int32_t capacity = std::max(record.outputCapacity, 0);
+    buffer_ = static_cast<uint8_t*>(KSV_calloc(capacity, 1));
+    if (buffer_ == nullptr && capacity > 0) return;
     const auto preConvert = record.preConversion == kUtf7 ? preConvertUtf7 : preConvertHz;
-    const PreConverted converted = preConvert(input_, inputLength_, buffer_, record.outputCapacity);
-    // What nothing could be made of is decoded as it is.
-    if (converted.length == 0) return;
+    const PreConverted converted = preConvert(input_, inputLength_, buffer_, capacity);
     truncated_ = converted.truncated;
+    // What nothing can be made of is decoded as it is.
+    if (converted.length == 0) return;
     record.input = buffer_;
     record.inputLength = converted.length;
   }
@@ -43,6 +45,9 @@ class PreConvertedInput {
 
   PreConvertedInput(const PreConvertedInput&) = delete;
   PreConvertedInput& operator=(const PreConvertedInput&) = delete;
+
+  // Whether there is not even room for the first character.
+  bool nothingFits() const { return truncated_ && record_.input == input_; }
 
   // Text that the buffer cut off waits for more room.
   uint32_t endStatus(uint32_t status) const {
@@ -62,8 +67,8 @@ void dumpInput(const ConverterRecord& record) {
   if (inputDumpPath == nullptr || *inputDumpPath == '\0' || record.input == nullptr) return;
   FILE* file = KSV_FileOpen(inputDumpPath, "ab");
   if (file == nullptr) return;
-  if (bytesLeft(record) > 0) {
-    KSV_FileWrite(record.input + record.inputPosition, 1, bytesLeft(record), file);
+  if (const int64_t left = bytesLeft(record); left > 0) {
+    KSV_FileWrite(record.input + record.inputPosition, 1, static_cast<int32_t>(left), file);
   }
   KSV_FileClose(file);
 }
@@ -98,6 +103,11 @@ Step decodeStep(ConverterRecord& record, CodecFunction decode, CharacterStart& s
   record.secondCode = 0;
   start = {record.inputPosition, record.charactersRead};
   decode(record);
+  if (record.status == KSV_STATUS_WRITTEN) {
+    // That was a byte-order mark. The character begins behind it.
+    start.position = record.inputPosition;
+    decode(record);
+  }
   if (record.status == KSV_STATUS_INCOMPLETE) {
     record.rawCode = rawCode;
     record.previousRawCode = previousRawCode;
@@ -199,8 +209,12 @@ uint32_t convert(ConverterRecord& record) {
   const PreConvertedInput preConverted(record);
   record.status = KSV_STATUS_DONE;
   dumpInput(record);
-  convertInput(record);
-  record.status = preConverted.endStatus(record.status);
+  if (preConverted.nothingFits()) {
+    record.status = KSV_STATUS_FULL;
+  } else {
+    convertInput(record);
+    record.status = preConverted.endStatus(record.status);
+  }
   return record.status;
 }
 

@@ -22,7 +22,7 @@ void widenBounds(CodeTable& table, uint32_t key) {
 
 }  // namespace
 
-thread_local bool ProvisionalAnswers::noted_ = false;
+constinit thread_local bool ProvisionalAnswers::noted_ = false;
 
 bool BlockCoverage::covers(uint32_t key) {
   if (key >= lastFirst_ && key < lastEnd_) return true;

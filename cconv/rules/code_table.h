@@ -58,7 +58,7 @@ class ProvisionalAnswers {
   static void note() { noted_ = true; }
 
  private:
-  static thread_local bool noted_;
+  static constinit thread_local bool noted_;
   const bool outer_;
 };
 

@@ -293,6 +293,25 @@ class TextMaker {
     return text_;
   }
 
+  std::vector<uint8_t> tags() {
+    const int32_t tokens = random_.between(1, 9);
+    for (int32_t i = 0; i < tokens; ++i) {
+      const uint32_t kind = random_.below(100);
+      if (kind < 55) {
+        tagPiece();
+      } else if (kind < 80) {
+        put(random_.pick(std::vector<uint32_t>{0x61, 0x62, 0x304B, 0x309A, 0xE6, 0x300, 0x4E00}),
+            4);
+      } else if (kind < 90) {
+        put(random_.pick(kSpecials), 4);
+      } else {
+        wild();
+      }
+    }
+    if (random_.percent(15)) text_.resize(random_.below(static_cast<uint32_t>(text_.size() + 1)));
+    return text_;
+  }
+
   std::vector<uint8_t> utf7(size_t bytes) {
     static const std::string kBase64 =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -439,6 +458,13 @@ class TextMaker {
     put(random_.pick(table->second).first, group->bytesPerCode);
   }
 
+  void tagPiece() {
+    if (random_.percent(80)) put(0xE0001, 4);
+    const int32_t letters = random_.percent(4) ? random_.between(257, 262) : random_.between(0, 4);
+    for (int32_t i = 0; i < letters; ++i) put(0xE0020 + random_.below(0x5F), 4);
+    if (random_.percent(50)) put(0xE007F, 4);
+  }
+
   void languageTag() {
     put(0xE0001, 4);
     const int32_t letters = random_.percent(6) ? random_.between(250, 265) : random_.between(0, 4);
@@ -499,6 +525,31 @@ const CharsetFile* findCharset(const RuleDirectory& rules, const std::string& na
 
 RuleDirectory randomRules(Random& random) { return RuleMaker(random).make(); }
 
+RuleDirectory randomTagRules(Random& random) {
+  RuleDirectory rules;
+  std::vector<TablePair> pairs;
+  addIdentity(pairs, random, random.percent(50) ? 0 : 0x20, 0x7E);
+  for (uint32_t special : kSpecials) {
+    const bool tag = special >= 0xE0001 && special <= 0xE007F;
+    if (random.percent(tag ? 8 : 70)) pairs.push_back({special, special});
+  }
+  rules.tables["some.txt"] = pairs;
+  rules.tables["narrow.txt"] = {{0x61, 0x61}, {0x3F, 0x3F}, {0x0D, 0x0D}, {0x80, 0xE0041}};
+  rules.subsets["some.xml"] = {"Some", 4, "some.txt", 0, 0};
+  rules.subsets["every.xml"] = {"Every", 4, "", 0, 0};
+  rules.subsets["narrow.xml"] = {"Narrow", 1, "narrow.txt", 0, 0};
+  rules.subsets["user.xml"] = {"User", 2, "", 0xE000, static_cast<uint16_t>(random.below(9))};
+  for (const char* form : {"UTF-8", "UTF-16", "ISO-10646-UCS-4"}) {
+    const std::string name = form;
+    rules.charsets["a" + std::to_string(rules.charsets.size()) + ".xml"] = {
+        name, "const" + name, "dest" + name, {{1, "some.xml", {}}, {3, "user.xml", {}}}};
+  }
+  rules.charsets["b.xml"] = {"Out-8", "constUTF-8", "destUTF-8", {{1, "every.xml", {}}}};
+  rules.charsets["c.xml"] = {"Out-16", "constUTF-16", "destUTF-16", {{1, "every.xml", {}}}};
+  rules.charsets["d.xml"] = {"Quay", "constSAME", "destSAME", {{1, "narrow.xml", {}}}};
+  return rules;
+}
+
 std::vector<std::string> targetNames(const RuleDirectory& rules) {
   std::vector<std::string> names;
   for (const auto& [file, charset] : rules.charsets) names.push_back(charset.name);
@@ -521,6 +572,12 @@ std::vector<uint8_t> randomText(Random& random, const RuleDirectory& rules,
   if (source == "UTF-7") return maker.utf7(bytes);
   if (source == "HZ-GB-2312") return maker.hz(bytes);
   return maker.plain(bytes);
+}
+
+std::vector<uint8_t> randomTagText(Random& random, const RuleDirectory& rules,
+                                   const std::string& source, bool bigEndian) {
+  TextMaker maker(random, rules, findCharset(rules, source), bigEndian, 30);
+  return maker.tags();
 }
 
 ConvertOptions randomOptions(Random& random) {

@@ -9,6 +9,7 @@
 #include <ctime>
 #include <mutex>
 #include <thread>
+#include <type_traits>
 
 namespace ksv_differential {
 namespace {
@@ -67,6 +68,8 @@ std::string number(uint32_t value) {
   return text;
 }
 
+std::string shown(const char* name) { return name == nullptr ? "null" : name; }
+
 std::string optionsText(const ConvertOptions* options) {
   if (options == nullptr) return "null";
   char text[512];
@@ -122,6 +125,35 @@ void Pair::reset() {
   model_.rules = rules;
 }
 
+void Pair::scramble(Random& random) {
+  const auto fill = [&random](auto& library, auto& model) {
+    model = static_cast<std::remove_reference_t<decltype(model)>>(random.below(0xFFFF));
+    library = model;
+  };
+#define KSV_SCRAMBLE(name) fill(record_.name, model_.name)
+  KSV_SCRAMBLE(status);
+  KSV_SCRAMBLE(decodedGroup);
+  KSV_SCRAMBLE(decodedGroupType);
+  KSV_SCRAMBLE(decoderState);
+  KSV_SCRAMBLE(preConversion);
+  KSV_SCRAMBLE(targetGroup);
+  KSV_SCRAMBLE(targetGroupType);
+  KSV_SCRAMBLE(designatedGroup);
+  KSV_SCRAMBLE(designatedPlane);
+  KSV_SCRAMBLE(rawCode);
+  KSV_SCRAMBLE(groupCode);
+  KSV_SCRAMBLE(unicodeCode);
+  KSV_SCRAMBLE(outputCode);
+  KSV_SCRAMBLE(outputWidth);
+  KSV_SCRAMBLE(sequenceLength);
+  KSV_SCRAMBLE(previousRawCode);
+  KSV_SCRAMBLE(secondCode);
+  KSV_SCRAMBLE(inputBigEndian);
+  KSV_SCRAMBLE(detectByteOrderMark);
+  KSV_SCRAMBLE(skipInvalid);
+#undef KSV_SCRAMBLE
+}
+
 void Pair::note(const std::string& text) { log_ += "  " + text + "\n"; }
 
 void Pair::setBuffers(const std::vector<uint8_t>& input, int32_t capacity) {
@@ -149,7 +181,8 @@ void Pair::setInputPosition(int32_t position) {
 
 void Pair::setCapacity(int32_t capacity) {
   // What a call wrote and took back lies in front of the old capacity, not the new one.
-  const size_t kept = std::min(libraryOutput_.size(), static_cast<size_t>(std::max(capacity, 0)));
+  const size_t kept = std::min(
+      libraryOutput_.size(), static_cast<size_t>(std::max({capacity, record_.outputPosition, 0})));
   std::fill(libraryOutput_.begin() + static_cast<ptrdiff_t>(kept), libraryOutput_.end(), kCanary);
   record_.outputCapacity = model_.outputCapacity = capacity;
 }
@@ -160,17 +193,17 @@ void Pair::emptyOutput() {
   std::fill(libraryOutput_.begin(), libraryOutput_.end(), kCanary);
 }
 
-uint32_t Pair::init(const ConvertOptions* options, const std::string& target) {
+uint32_t Pair::init(const ConvertOptions* options, const char* target) {
   if (!difference_.empty()) return 1;
-  note("init " + target + " " + optionsText(options));
+  note("init " + shown(target) + " " + optionsText(options));
   const Timed timed(reproduction());
-  const uint32_t result = cconvInitConvert(&record_, options, target.c_str());
+  const uint32_t result = cconvInitConvert(&record_, options, target);
   if (timed.slow()) differ("time of init", "slow", "below a second");
-  compare("init", result, ksv_reference::initConvert(model_, options, target.c_str()));
+  compare("init", result, ksv_reference::initConvert(model_, options, target));
   return result;
 }
 
-uint32_t Pair::chgCharset(const uint32_t* parameters, const std::string& source) {
+uint32_t Pair::chgCharset(const uint32_t* parameters, const char* source) {
   if (!difference_.empty()) return 1;
   uint32_t forLibrary[3] = {};
   uint32_t forModel[3] = {};
@@ -178,18 +211,17 @@ uint32_t Pair::chgCharset(const uint32_t* parameters, const std::string& source)
     std::memcpy(forLibrary, parameters, sizeof forLibrary);
     std::memcpy(forModel, parameters, sizeof forModel);
   }
-  note("source " + source + " " +
+  note("source " + shown(source) + " " +
        (parameters == nullptr
             ? "null"
             : std::to_string(parameters[0]) + " " + std::to_string(parameters[1]) + " " +
                   std::to_string(parameters[2])));
   const Timed timed(reproduction());
   const uint32_t result =
-      cconvChgCharset(&record_, parameters == nullptr ? nullptr : forLibrary, source.c_str());
+      cconvChgCharset(&record_, parameters == nullptr ? nullptr : forLibrary, source);
   if (timed.slow()) differ("time of source", "slow", "below a second");
   compare("source", result,
-          ksv_reference::chgCharset(model_, parameters == nullptr ? nullptr : forModel,
-                                    source.c_str()));
+          ksv_reference::chgCharset(model_, parameters == nullptr ? nullptr : forModel, source));
   for (int i = 0; i < 3; ++i) compareNumber("source parameter", forLibrary[i], forModel[i]);
   return result;
 }

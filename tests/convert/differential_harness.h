@@ -45,14 +45,16 @@ class Pair {
   Pair(ksv_reference::RuleBase& rules, size_t maxOutput);
 
   void reset();
+  // Fills the fields that init clears.
+  void scramble(Random& random);
   void setBuffers(const std::vector<uint8_t>& input, int32_t capacity);
   void setInputLength(int32_t length);
   void setInputPosition(int32_t position);
   void setCapacity(int32_t capacity);
   void emptyOutput();
 
-  uint32_t init(const ConvertOptions* options, const std::string& target);
-  uint32_t chgCharset(const uint32_t* parameters, const std::string& source);
+  uint32_t init(const ConvertOptions* options, const char* target);
+  uint32_t chgCharset(const uint32_t* parameters, const char* source);
   void chgLang(const std::string& language);
   uint32_t convert();
   uint32_t term();

@@ -436,6 +436,19 @@ TEST_F(OddCharsets, AGroupOfTheSourceThatTheTargetHasTooPassesItsCode) {
   EXPECT_EQ(convertWhole({"one", "two"}, "BC").output, "BC");
 }
 
+TEST_F(OddCharsets, ACodeThatATableMakesALineEndTakesTheFormInLongTextsToo) {
+  load({{"shift_jis",
+         "Shift_JIS",
+         {{"jis_x0201latin", 1, ""}, {"jis_x0208-1990", 2, "3021 D\r\n3022 4E9C"}}},
+        {"utf-8", "UTF-8", {kAnyUnicode}}});
+  Conversion conversion{"shift_jis", "UTF-8"};
+  conversion.options.convertNewlines = 1;
+  conversion.options.newlineForm = KSV_NEWLINE_LF;
+  const Bytes letters(3000, 'a');
+  EXPECT_EQ(convertWhole(conversion, letters + bytes("88 9F") + letters).output,
+            letters + "\n" + letters);
+}
+
 TEST_F(OddCharsets, HzGoesThroughTheGbkCharset) {
   load({{"chinesegbk",
          "SAME",

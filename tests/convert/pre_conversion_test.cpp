@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "tests/convert/converter.h"
@@ -158,12 +159,29 @@ TEST_F(PreConversion, TextThatTheBufferCutsEndsWithFull) {
   EXPECT_EQ(converter.written(), "abcdef");
 }
 
-TEST_F(PreConversion, WithoutRoomForOneCharacterTheBytesAreDecodedAsTheyAre) {
-  Converter converter({"UTF-7", "UTF-8"});
-  converter.give(Bytes("A\0\0\0", 4), 3);  // a UCS-4 unit, little-endian
-  EXPECT_EQ(converter.convert(), 0u);
-  EXPECT_EQ(converter.written(), "A");
-  EXPECT_EQ(converter.record.inputPosition, 4);
+TEST_F(PreConversion, WithoutRoomForOneCharacterTheCallEndsWithFull) {
+  for (const char* target : {"UTF-8", "UTF-16", "Shift_JIS"}) {
+    for (int32_t capacity = 0; capacity < 4; ++capacity) {
+      Converter converter({"UTF-7", target});
+      converter.give("abcdefgh", capacity);
+      EXPECT_EQ(converter.convert(), 22u) << target << ", " << capacity;
+      EXPECT_EQ(converter.record.inputPosition, 0);
+      EXPECT_EQ(converter.record.outputPosition, 0);
+    }
+  }
+}
+
+TEST_F(PreConversion, ANegativeLengthIsNoInput) {
+  for (const char* source : {"UTF-7", "UTF-8", "Shift_JIS"}) {
+    Converter converter({source, "UTF-8"});
+    converter.give("abc", 100);
+    for (const int32_t length : {-1, -1000, std::numeric_limits<int32_t>::min()}) {
+      converter.record.inputPosition = 2;
+      converter.showInput(length);
+      EXPECT_EQ(converter.convert(), 0u);
+      EXPECT_EQ(converter.record.outputPosition, 0);
+    }
+  }
 }
 
 TEST_F(PreConversion, APassThatDecodesNothingLeavesTheBytes) {

@@ -139,6 +139,19 @@ TEST_F(UnicodeForms, TooFewBytesForAMarkKeepLookingForIt) {
   }
 }
 
+TEST_F(UnicodeForms, AMarkIsNoCharacterBetweenTwoRawCodes) {
+  Converter converter({"Shift_JIS", "UTF-8"});
+  converter.give("AB", 10);
+  EXPECT_EQ(converter.convert(), 0u);
+  uint32_t parameters[3] = {0, 1, 0};
+  EXPECT_EQ(cconvChgCharset(&converter.record, parameters, "UTF-16"), 0u);
+  converter.give(bytes("FF FE 41"), 10);
+  EXPECT_EQ(converter.convert(), 12u);
+  EXPECT_EQ(converter.record.inputPosition, 2);
+  EXPECT_EQ(converter.record.previousRawCode, 0x41u);
+  EXPECT_EQ(converter.record.rawCode, 0u);
+}
+
 TEST_F(UnicodeForms, FullOutputBehindAnInputMarkStaysBehindIt) {
   Conversion setup{"UTF-8", "UTF-8"};
   setup.parameters[1] = 1;

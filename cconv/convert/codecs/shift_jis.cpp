@@ -120,7 +120,7 @@ const SubsetDef* findWindows31J(ConverterRecord&, uint32_t code, uint32_t& unico
 // only the source charset's own.
 template <typename FindGroup>
 void decodeCharacter(ConverterRecord& record, uint32_t (*toJis)(uint32_t), FindGroup findGroup) {
-  const int32_t left = bytesLeft(record);
+  const int64_t left = bytesLeft(record);
   if (left == 0) {
     record.status = KSV_STATUS_DONE;
     return;

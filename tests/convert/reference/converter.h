@@ -10,7 +10,17 @@
 
 namespace ksv_reference {
 
-enum class Codec { kNone, kSame, kShiftJis, kShiftJis2004, kWindows31j, kUcs2, kUcs4, kUtf16, kUtf8 };
+enum class Codec {
+  kNone,
+  kSame,
+  kShiftJis,
+  kShiftJis2004,
+  kWindows31j,
+  kUcs2,
+  kUcs4,
+  kUtf16,
+  kUtf8
+};
 
 struct Replacement {
   uint32_t group = 0;

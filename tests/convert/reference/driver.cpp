@@ -13,8 +13,7 @@ constexpr uint32_t kLf = 10;
 bool rewriteLineEnd(Converter& c) {
   if (c.options.convertNewlines == 0) return false;
   if (c.rawCode == kLf && c.previousRawCode == kCr) return true;
-  if (c.rawCode == kLf || c.rawCode == kCr || c.unicodeCode == 0x2028 ||
-      c.unicodeCode == 0x2029) {
+  if (c.rawCode == kLf || c.rawCode == kCr || c.unicodeCode == 0x2028 || c.unicodeCode == 0x2029) {
     c.groupCode = kCr;
     c.unicodeCode = kCr;
   }
@@ -126,12 +125,16 @@ uint32_t convert(Converter& c) {
   const uint8_t* input = c.input;
   const int32_t length = c.inputLength;
   bool fits = true;
-  const std::vector<uint8_t> text =
-      c.preConversion == 1 ? preConvertUtf7(input, length, c.outputCapacity, fits)
-                           : preConvertHz(input, length, c.outputCapacity, fits);
+  const std::vector<uint8_t> text = c.preConversion == 1
+                                        ? preConvertUtf7(input, length, c.outputCapacity, fits)
+                                        : preConvertHz(input, length, c.outputCapacity, fits);
   if (!text.empty()) {
     c.input = text.data();
     c.inputLength = static_cast<int32_t>(text.size());
+  }
+  if (text.empty() && !fits && c.sourceDecoder != Codec::kNone && c.targetEncoder != Codec::kNone) {
+    c.status = KSV_STATUS_FULL;
+    return c.status;
   }
   convertAll(c);
   c.input = input;

@@ -37,8 +37,7 @@ void findUnicodeOfGroupCode(Converter& c) {
   if (c.unicodeCode != 0 || c.groupCode == 0) return;
   const Subset* group = c.rules->findSubset(c.decodedGroup);
   if (group == nullptr) return;
-  const Composition* composed =
-      group->id == 2011 ? findCompositionByCode(c.groupCode) : nullptr;
+  const Composition* composed = group->id == 2011 ? findCompositionByCode(c.groupCode) : nullptr;
   if (composed != nullptr) {
     c.unicodeCode = composed->base;
     c.secondCode = composed->mark;
@@ -66,9 +65,7 @@ bool takeFallbackGroup(Converter& c) {
   return true;
 }
 
-bool takeControlCode(Converter& c) {
-  return isControlCode(c.groupCode) && takeFallbackGroup(c);
-}
+bool takeControlCode(Converter& c) { return isControlCode(c.groupCode) && takeFallbackGroup(c); }
 
 bool takeThroughUnicode(Converter& c) {
   findUnicodeOfGroupCode(c);
@@ -182,10 +179,10 @@ bool writeCodes(Converter& c) {
 bool mapCharacter(Converter& c) {
   if (c.status == KSV_STATUS_FULL) return true;
   if (c.status == KSV_STATUS_FLUSH) return refuse(c, KSV_STATUS_DONE);
-  const bool taken = takeSameGroup(c) || takeThroughUnicode(c);
-  if (taken) composeForGroup2011(c);
+  if (!takeSameGroup(c) && !takeThroughUnicode(c)) return refuse(c, KSV_STATUS_UNMAPPABLE);
+  composeForGroup2011(c);
   settleSecondCode(c);
-  return taken || refuse(c, KSV_STATUS_UNMAPPABLE);
+  return true;
 }
 
 void writeCharacter(Converter& c) {

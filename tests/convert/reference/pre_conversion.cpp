@@ -108,16 +108,13 @@ struct HzOutput {
   int32_t count = 0;
 
   bool put(uint8_t byte) {
-    if (!skip()) return false;
-    bytes[static_cast<size_t>(cursor - 1)] = byte;
+    if (cursor >= capacity) return false;
+    bytes[static_cast<size_t>(cursor++)] = byte;
     ++count;
     return true;
   }
-  bool skip() {
-    if (cursor >= capacity) return false;
-    ++cursor;
-    return true;
-  }
+  // Loses nothing, so it always fits.
+  void skip() { ++cursor; }
 };
 
 }  // namespace
@@ -171,10 +168,10 @@ std::vector<uint8_t> preConvertHz(const uint8_t* input, int32_t length, int32_t 
       fits = out.put('~');
       ++position;
     } else if (next == '\n') {
-      fits = out.skip();
+      out.skip();
       position += 2;
     } else {
-      fits = out.skip();
+      out.skip();
       ++position;
     }
   }

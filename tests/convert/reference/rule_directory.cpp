@@ -75,8 +75,7 @@ std::string tableEntityName(const std::string& tableFile) {
 
 std::string memberText(const MemberEntry& member, EntityNames& names) {
   const char* element = member.kind == 1 ? "baseset" : member.kind == 2 ? "diffset" : "eudcset";
-  std::string text =
-      std::string("<") + element + ">&" + names.nameOf(member.subsetFile) + ";\r\n";
+  std::string text = std::string("<") + element + ">&" + names.nameOf(member.subsetFile) + ";\r\n";
   for (const DestTableEntry& table : member.destTables) {
     text += "<dstable bytenum=\"" + hexadecimal(table.valueBytes) + "\">&" +
             names.nameOf(table.tableFile) + ";</dstable>\r\n";

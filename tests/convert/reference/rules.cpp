@@ -62,8 +62,8 @@ uint32_t nameToId(const std::string& name) {
   }
   uint32_t id = 4000;
   for (size_t i = 0; i < lower.size(); ++i) {
-    id += static_cast<uint32_t>(static_cast<unsigned char>(lower[i])) *
-          static_cast<uint32_t>(i + 1);
+    id +=
+        static_cast<uint32_t>(static_cast<unsigned char>(lower[i])) * static_cast<uint32_t>(i + 1);
   }
   return id;
 }

@@ -14,8 +14,7 @@ bool isPair(uint8_t lead, uint8_t trail) {
 }
 
 bool isPlane2SmallRow(uint32_t row) {
-  return row == 1 || row == 3 || row == 4 || row == 5 || row == 8 ||
-         (row >= 12 && row <= 15);
+  return row == 1 || row == 3 || row == 4 || row == 5 || row == 8 || (row >= 12 && row <= 15);
 }
 
 // The lead byte of a row of JIS X 0213, or 0.
@@ -61,7 +60,7 @@ uint32_t jisToShiftJis2004(uint32_t code) {
   if (code < 0x100) return code;
   const uint32_t high = (code >> 8) & 0xFF;
   const uint32_t cell = code & 0xFF;
-  if (high <= 0x20 || cell < 0x21 || cell > 0x7E) return 0;
+  if (code > 0x1FFFF || high <= 0x20 || cell < 0x21 || cell > 0x7E) return 0;
   const uint32_t row = high - 0x20;
   const uint32_t lead = leadOfRow(row, (code & 0x10000) != 0);
   if (lead == 0) return 0;
