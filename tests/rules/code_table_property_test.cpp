@@ -19,7 +19,7 @@ class ReferenceTable {
     }
     uint8_t* slot = block->values.data() + size_t{valueBytes_} * (key - block->first);
     for (int i = valueBytes_ - 1, shift = 0; i >= 0; --i, shift += 8) {
-      slot[i] = shift < 32 ? static_cast<uint8_t>(value >> shift) : 0;
+      slot[i] = static_cast<uint8_t>(shift < 32 ? value >> shift : 0);
     }
     if (low == 0 && !hasEntries) {
       hasEntries = true;
@@ -78,7 +78,8 @@ class RandomTable {
     const uint32_t sizes[] = {1, 2, 3, 16, 17, 256, 4096, 65535};
     blockSize_ = sizes[pick(std::size(sizes))];
     insertions_ = blockSize_ > 4096 ? 40 : 400;
-    const uint32_t centres[] = {0, 0x20, 0x8140, 0xFFFF, 0x10FFF0, 0x110000, 0x81308130, 0xFFFFF000};
+    const uint32_t centres[] = {0,        0x20,     0x8140,     0xFFFF,
+                                0x10FFF0, 0x110000, 0x81308130, 0xFFFFF000};
     for (int i = 0; i < 3; ++i) centres_.push_back(centres[pick(std::size(centres))]);
     spread_ = 1u << pick(16);
   }

@@ -126,8 +126,9 @@ TEST(CodeTableBlocks, begin_at_the_first_key_that_none_covers) {
   EXPECT_TRUE(tableInsert(*table, 0x8140 + 8192, 6, kBlock));
   EXPECT_TRUE(tableInsert(*table, 0x8140 - 1, 7, kBlock));
   EXPECT_EQ(table->coverage.blockCount(), 4u);
-  const Pairs stored = {{0x8140, 1},        {0x8140 + 4096, 2}, {0x8140 + 100, 3}, {0x8140 + 4095, 4},
-                        {0x8140 + 8191, 5}, {0x8140 + 8192, 6}, {0x8140 - 1, 7}};
+  const Pairs stored = {{0x8140, 1},        {0x8140 + 4096, 2}, {0x8140 + 100, 3},
+                        {0x8140 + 4095, 4}, {0x8140 + 8191, 5}, {0x8140 + 8192, 6},
+                        {0x8140 - 1, 7}};
   EXPECT_TRUE(mapsAll(*table, stored));
 }
 
@@ -195,8 +196,8 @@ TEST(CodeTableBlocks, of_changing_size_keep_the_size_they_were_made_with) {
 }
 
 TEST(CodeTableValues, keep_as_many_low_bytes_as_the_table_stores) {
-  const Answer answers[] = {kNotFound,          {true, 0x44},       {true, 0x3344},
-                            {true, 0x223344},   {true, 0x11223344}, {true, 0x11223344},
+  const Answer answers[] = {kNotFound,         {true, 0x44},       {true, 0x3344},
+                            {true, 0x223344},  {true, 0x11223344}, {true, 0x11223344},
                             {true, 0x11223344}};
   for (uint16_t bytes = 0; bytes < std::size(answers); ++bytes) {
     auto table = loadedTable(bytes);

@@ -113,16 +113,25 @@ TEST(EncodingDetection, asks_the_mark_for_the_byte_order_and_not_the_name) {
 TEST(EncodingDetection, knows_ucs4_by_its_first_and_fourth_byte) {
   EXPECT_EQ(detect(std::string("\xFF\0\0\xFE", 4)), (Detected{Kind::kUcs4, false}));
   EXPECT_EQ(detect(std::string("\xFE\0\0\xFF", 4)), (Detected{Kind::kUcs4, true}));
-  EXPECT_EQ(detect("\xFF" "ab\xFE"), (Detected{Kind::kUcs4, false}));
-  EXPECT_EQ(detect("\xFE" "ab\xFF"), (Detected{Kind::kUcs4, true}));
-  EXPECT_EQ(detect("\xFF" "ab\xFF"), kNothingLittle);
-  EXPECT_EQ(detect("\xFE" "ab\xFE"), kNothingLittle);
+  EXPECT_EQ(detect("\xFF"
+                   "ab\xFE"),
+            (Detected{Kind::kUcs4, false}));
+  EXPECT_EQ(detect("\xFE"
+                   "ab\xFF"),
+            (Detected{Kind::kUcs4, true}));
+  EXPECT_EQ(detect("\xFF"
+                   "ab\xFF"),
+            kNothingLittle);
+  EXPECT_EQ(detect("\xFE"
+                   "ab\xFE"),
+            kNothingLittle);
 }
 
 TEST(EncodingDetection, does_not_know_the_usual_four_byte_marks) {
   // The little-endian one begins with the mark of 16-bit units.
-  EXPECT_EQ(detect(std::string("\xFF\xFE\0\0", 4) + encode(kUcs4Little, "<?xml encoding=\"UTF-16\"?>")),
-            kNothingLittle);
+  EXPECT_EQ(
+      detect(std::string("\xFF\xFE\0\0", 4) + encode(kUcs4Little, "<?xml encoding=\"UTF-16\"?>")),
+      kNothingLittle);
   EXPECT_EQ(detect(std::string("\0\0\xFE\xFF", 4) + encode(kUcs4Big, "<?xml?>")), kNothingLittle);
 }
 
@@ -199,7 +208,8 @@ TEST(Decoding, takes_surrogates_of_utf_16_together_in_roles_of_their_own) {
 
 TEST(Decoding, takes_any_unit_behind_a_surrogate_with_it) {
   // (0x0041 - 0xD7F7) * 1024 + 0xD83D in 32 bits.
-  EXPECT_EQ(decode(kUtf16Big, std::string("\xD8\x3D\x00\x41\x00\x42", 6)), (Chars{0xFCA2003D, 0x42}));
+  EXPECT_EQ(decode(kUtf16Big, std::string("\xD8\x3D\x00\x41\x00\x42", 6)),
+            (Chars{0xFCA2003D, 0x42}));
   // (0xD7C1 - 0xD7F7) * 1024 + 0xD83C is 0x3C: a '<' in disguise.
   EXPECT_EQ(decode(kUtf16Big, "\xD8\x3C\xD7\xC1"), (Chars{0x3C}));
 }

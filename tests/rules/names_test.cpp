@@ -16,16 +16,16 @@ TEST(Names, that_are_built_in_have_fixed_numbers) {
     const char* name;
     CharsetId id;
   } rows[] = {
-      {"shift_jis", 1001},       {"windows31j", 1002},       {"iso-10646-ucs-2", 1003},
-      {"iso-10646-ucs-4", 1004}, {"utf-16", 1005},           {"utf-8", 1006},
-      {"euc-jp", 1007},          {"euc-jp-fix", 1008},       {"iso-2022-jp", 1009},
-      {"shift_jis-2004", 1010},  {"euc-jis-2004", 1011},     {"iso-2022-jp-2004", 1012},
-      {"iso-646irv", 2001},      {"jis_x0201latin", 2002},   {"jis_x0201kana", 2003},
-      {"jis_c6226-1978", 2004},  {"jis_x0208-1983", 2005},   {"jis_x0208-1990", 2006},
-      {"jis_x0212-1990", 2007},  {"nec_extset", 2008},       {"ibm_extset", 2009},
-      {"jis-78-83", 2010},       {"jis_x0213", 2011},        {"necibm_extset", 2012},
-      {"windows31j-usr", 3001},  {"windowsntj-usr", 3002},   {"oasys_extset", 3003},
-      {"oasys2_extset", 3004},   {"chinesegbk", 5000},       {"chinesebig5", 5001},
+      {"shift_jis", 1001},       {"windows31j", 1002},     {"iso-10646-ucs-2", 1003},
+      {"iso-10646-ucs-4", 1004}, {"utf-16", 1005},         {"utf-8", 1006},
+      {"euc-jp", 1007},          {"euc-jp-fix", 1008},     {"iso-2022-jp", 1009},
+      {"shift_jis-2004", 1010},  {"euc-jis-2004", 1011},   {"iso-2022-jp-2004", 1012},
+      {"iso-646irv", 2001},      {"jis_x0201latin", 2002}, {"jis_x0201kana", 2003},
+      {"jis_c6226-1978", 2004},  {"jis_x0208-1983", 2005}, {"jis_x0208-1990", 2006},
+      {"jis_x0212-1990", 2007},  {"nec_extset", 2008},     {"ibm_extset", 2009},
+      {"jis-78-83", 2010},       {"jis_x0213", 2011},      {"necibm_extset", 2012},
+      {"windows31j-usr", 3001},  {"windowsntj-usr", 3002}, {"oasys_extset", 3003},
+      {"oasys2_extset", 3004},   {"chinesegbk", 5000},     {"chinesebig5", 5001},
       {"koreanksc", 5002},       {"gb18030", 5003},
   };
   EXPECT_EQ(std::size(rows), 32u);

@@ -97,7 +97,9 @@ TEST(EncodedCodes, can_be_remembered_by_several_threads) {
       for (uint32_t code = 0; code < 0x4000; ++code) {
         EncodedCode found;
         if (!cache.find(code, found)) cache.remember(code, {code * 2, 0, 1});
-        if (cache.find(code, found)) EXPECT_EQ(found.code, code * 2);
+        if (cache.find(code, found)) {
+          EXPECT_EQ(found.code, code * 2);
+        }
       }
     });
   }

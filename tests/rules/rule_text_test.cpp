@@ -11,10 +11,6 @@ struct Cleaning {
   const char* cleaned;
 };
 
-std::ostream& operator<<(std::ostream& out, const Cleaning& cleaning) {
-  return out << cleaning.text;
-}
-
 void expectCleaned(std::initializer_list<Cleaning> cleanings) {
   for (const Cleaning& cleaning : cleanings) {
     EXPECT_EQ(asciiOf(cleaned(cleaning.text)), cleaning.cleaned) << cleaning.text;
@@ -24,7 +20,9 @@ void expectCleaned(std::initializer_list<Cleaning> cleanings) {
 TEST(CleaningText, drops_processing_instructions) {
   expectCleaned({{"a<?xml version=\"1.0\"?>b", "ab"},
                  {"<?a?><?b?>c", "c"},
-                 {"<??>c", "c"},
+                 {"<?"
+                  "?>c",
+                  "c"},
                  {"<?>?>c", "c"},
                  {"<?a <?b?> c?>d", " c?>d"},
                  {"<?a -- ?>b", "b"}});
@@ -51,11 +49,8 @@ TEST(CleaningText, looks_for_the_end_of_a_comment_behind_its_opening_hyphens) {
 }
 
 TEST(CleaningText, of_an_unclosed_comment_drops_the_first_hyphen) {
-  expectCleaned({{"<!-- comment", "<!- comment"},
-                 {"--", "-"},
-                 {"---", "-"},
-                 {"a-b", "a-b"},
-                 {"-", "-"}});
+  expectCleaned(
+      {{"<!-- comment", "<!- comment"}, {"--", "-"}, {"---", "-"}, {"a-b", "a-b"}, {"-", "-"}});
 }
 
 TEST(CleaningText, turns_line_ends_and_tabs_into_blanks) {
@@ -311,7 +306,8 @@ TEST(EntityDeclarations, may_follow_other_uses_of_the_name) {
 TEST(EntityDeclarations, are_found_by_any_occurrence_before_a_blank) {
   // The end of another name serves, so no name may be the ending of another.
   EXPECT_EQ(fileOf("<!ENTITY xa SYSTEM \"xa.xml\"><!ENTITY a SYSTEM \"a.xml\">", "a"), "xa.xml");
-  EXPECT_EQ(fileOf("a word <!ENTITY b SYSTEM \"b.xml\"><!ENTITY a SYSTEM \"a.xml\">", "a"), "b.xml");
+  EXPECT_EQ(fileOf("a word <!ENTITY b SYSTEM \"b.xml\"><!ENTITY a SYSTEM \"a.xml\">", "a"),
+            "b.xml");
 }
 
 TEST(EntityDeclarations, need_double_quotes_right_behind_system_and_its_blank) {
@@ -325,7 +321,9 @@ TEST(EntityDeclarations, need_double_quotes_right_behind_system_and_its_blank) {
   EXPECT_EQ(fileOf("<!ENTITY a PUBLIC \"x\"><!ENTITY b SYSTEM \"b.xml\">", "a"), "b.xml");
 }
 
-TEST(EntityDeclarations, have_no_empty_name) { EXPECT_EQ(fileOf(" SYSTEM \"a.xml\"> ", ""), "none"); }
+TEST(EntityDeclarations, have_no_empty_name) {
+  EXPECT_EQ(fileOf(" SYSTEM \"a.xml\"> ", ""), "none");
+}
 
 }  // namespace
 }  // namespace ksv::test

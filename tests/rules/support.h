@@ -123,8 +123,8 @@ template <typename Value>
 class Shared {
  public:
   Shared()
-      : value_(new(mmap(nullptr, sizeof(Value), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                        -1, 0)) Value()) {}
+      : value_(new (mmap(nullptr, sizeof(Value), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
+                         -1, 0)) Value()) {}
   ~Shared() { munmap(value_, sizeof(Value)); }
   Shared(const Shared&) = delete;
   Shared& operator=(const Shared&) = delete;

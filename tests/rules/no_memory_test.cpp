@@ -1,0 +1,169 @@
+// Every allocation fails once: nothing is half entered, and the lock is free.
+#include <cstdlib>
+#include <new>
+
+#include "cconv/rules/rule_loader.h"
+#include "ksv_cconv.h"
+#include "tests/rules/support.h"
+
+namespace {
+
+// Allocations that still succeed in this thread; negative: all do.
+thread_local int allocationsLeft = -1;
+
+void* allocate(size_t size) noexcept {
+  if (allocationsLeft == 0) return nullptr;
+  if (allocationsLeft > 0) --allocationsLeft;
+  return std::malloc(size == 0 ? 1 : size);
+}
+
+}  // namespace
+
+void* operator new(size_t size) {
+  if (void* block = allocate(size)) return block;
+  throw std::bad_alloc();
+}
+void* operator new[](size_t size) { return operator new(size); }
+void* operator new(size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, size_t) noexcept { std::free(block); }
+void operator delete[](void* block, size_t) noexcept { std::free(block); }
+void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
+void operator delete[](void* block, const std::nothrow_t&) noexcept { std::free(block); }
+
+namespace ksv::test {
+namespace {
+
+class NoMemory : public CharsetDirectoryTest {
+ protected:
+  NoMemory() {
+    directory_.writeRule("s.set", baseSubset("a_subset_with_a_name_that_is_long",
+                                             "<defined>8140-84BE 8740</defined>"
+                                             "<srtable>&mapping;</srtable>"));
+    directory_.writeRule("u.set", "<name>a_user_set_with_a_long_name</name><codec x=\"\"/>");
+    const std::string declarations =
+        entity("base", "s.set") + entity("user", "u.set") + entity("mapping", "t.txt");
+    for (const char* name : {"1", "2", "3"}) {
+      directory_.writeRule(
+          std::string(name) + ".xml",
+          charset(declarations, "<name>a_charset_with_a_long_name" + std::string(name) +
+                                    "</name><baseset>&base;<dstable>&mapping;</dstable>"
+                                    "</baseset><eudcset>&user;</eudcset>"));
+    }
+    directory_.writeTable("t.txt", tableLines(pairs_));
+  }
+
+  static void expectConsistent() {
+    for (const auto& found : ruleBase.lists->charsets()) {
+      EXPECT_EQ(findCharsetById(found->id), found.get());
+      EXPECT_EQ(found->members.count(), 2);
+      EXPECT_EQ(found->destTables.count(), 1);
+      for (const SubsetDef* member : found->members) EXPECT_EQ(findSubsetById(member->id), member);
+    }
+    for (const auto& subset : ruleBase.lists->subsets()) {
+      EXPECT_EQ(findSubsetById(subset->id), subset.get()) << "no second of the same number";
+    }
+  }
+
+  const Pairs pairs_ = manyPairs(50);
+};
+
+TEST_F(NoMemory, fails_the_start_and_leaves_the_count_at_0) {
+  int failures = 0;
+  for (int count = 0; count < 100; ++count) {
+    allocationsLeft = count;
+    const int started = startProcess();
+    allocationsLeft = -1;
+    if (started == 1 && ruleBase.tableMutex != nullptr) {
+      endProcess();
+      break;
+    }
+    if (started == 1) {  // without the lock, which is no reason to fail
+      EXPECT_EQ(lockMutex(), 0);
+      endProcess();
+      continue;
+    }
+    ++failures;
+    EXPECT_EQ(ruleBase.refCount, 0u);
+    EXPECT_EQ(ruleBase.lists, nullptr);
+  }
+  EXPECT_GT(failures, 0);
+  EXPECT_EQ(startProcess(), 1);
+  EXPECT_EQ(lockMutex(), 1);
+  EXPECT_NE(unlockMutex(), 0);
+  endProcess();
+}
+
+TEST_F(NoMemory, skips_a_rule_file_and_leaves_nothing_of_it_half_entered) {
+  int failures = 0;
+  for (int count = 0; count < 10000; ++count) {
+    ASSERT_EQ(startProcess(), 1);
+    allocationsLeft = count;
+    const int loaded = cconvLoadRule();
+    allocationsLeft = -1;
+    const int charsets = ruleBase.lists->charsets().count();
+    EXPECT_EQ(loaded, charsets > 0 ? 1 : 0) << count;
+    expectConsistent();
+    // With memory the rest is loaded.
+    EXPECT_EQ(cconvLoadRule(), 1);
+    EXPECT_EQ(ruleBase.lists->charsets().count(), 3) << count;
+    expectConsistent();
+    endProcess();
+    if (charsets == 3) break;
+    ++failures;
+  }
+  EXPECT_GT(failures, 100);
+  EXPECT_LT(failures, 10000);
+}
+
+TEST_F(NoMemory, ends_the_filling_of_a_table_and_gives_up_the_lock) {
+  ASSERT_EQ(startProcess(), 1);
+  int failures = 0;
+  for (int count = 0; count < 1000; ++count) {
+    for (const char* file : {"t.cmp", "t.cmp.tmp"}) std::filesystem::remove(directory_.path(file));
+    auto table = tableOf("t.txt");
+    allocationsLeft = count;
+    ensureTableLoaded(table.get());
+    allocationsLeft = -1;
+    EXPECT_EQ(lockMutex(), 1) << count;
+    EXPECT_NE(unlockMutex(), 0);
+    EXPECT_EQ(unlockMutex(), 0) << count;
+    EXPECT_FALSE(directory_.has("t.cmp.tmp")) << count;
+    // What was inserted is right, and nothing else is.
+    for (const auto& [first, second] : pairs_) {
+      const uint32_t found = table->find(first);
+      EXPECT_TRUE(found == 0 || found == second);
+    }
+    EXPECT_TRUE(ensureTableLoaded(table.get())) << "the next attempt marks it";
+    if (mapsAll(*table, pairs_) && directory_.read("t.cmp") == compiledBytes(pairs_)) break;
+    ++failures;
+  }
+  EXPECT_GT(failures, 3);
+  EXPECT_LT(failures, 1000);
+  endProcess();
+}
+
+TEST(NoMemoryForValues, leaves_a_table_as_it_was) {
+  int failures = 0;
+  for (int count = 0; count < 100; ++count) {
+    auto table = tableOf("t.txt");
+    table->loaded = true;
+    ASSERT_TRUE(tableInsert(*table, 5, 6, 16));
+    for (const uint32_t key : {0x10005u, 0x81308130u, 0xFFFFFFu}) {
+      allocationsLeft = count;
+      const bool inserted = tableInsert(*table, key, 7, 16);
+      allocationsLeft = -1;
+      EXPECT_EQ(table->find(key), inserted ? 7u : 0u);
+      EXPECT_EQ(table->find(5), 6u);
+      if (!inserted) ++failures;
+      EXPECT_TRUE(tableInsert(*table, key, 8, 16));
+      EXPECT_EQ(table->find(key), 8u);
+    }
+  }
+  EXPECT_GT(failures, 5);
+}
+
+}  // namespace
+}  // namespace ksv::test
