@@ -1,0 +1,327 @@
+#!/usr/bin/env python3
+"""Writes the seed corpora of the fuzz targets into corpus/ beside this file.
+
+Only the files named here are written; inputs that fuzzing found, and that were
+added by hand, stay.
+"""
+import struct
+from pathlib import Path
+
+CORPUS = Path(__file__).resolve().parent / "corpus"
+SEPARATOR = b"\x1e"
+DECLARATION = b'<?xml version="1.0" encoding="UTF-16"?>\r\n'
+
+
+def write(target, seeds):
+    directory = CORPUS / target
+    directory.mkdir(parents=True, exist_ok=True)
+    for name, data in seeds.items():
+        (directory / name).write_bytes(data)
+
+
+# --- Rule files. Order of the files: first.xml second.xml a.xml b.xml c.dat t.txt u.txt v.txt. ---
+
+def charset(name, codec, members, user=b"", declaration=DECLARATION):
+    entities = b"".join(
+        b'<!ENTITY %s SYSTEM "%s">\r\n' % (entity, file)
+        for entity, file in ((b"a", b"a.xml"), (b"b", b"b.xml"), (b"c", b"c.dat"),
+                             (b"t", b"T.txt"), (b"u", b"u.TXT"), (b"v", b"v.txt")))
+    rule = b'<rule construle="const%s" destrule="dest%s"/>\r\n' % (codec, codec) if codec else b""
+    return (declaration + b"<!DOCTYPE charset [\r\n" + entities + b"]>\r\n<charset>\r\n<name>"
+            + name + b"</name>\r\n" + rule + members + user + b"</charset>\r\n")
+
+
+def base(reference, destination=b""):
+    return b"<baseset>&" + reference + b";" + destination + b"</baseset>\r\n"
+
+
+def subset(name, bytes_per_code, table=b"", defined=b""):
+    return (DECLARATION + b"<subseta>\r\n<name>" + name + b'</name>\r\n<lang domain="ja"/>\r\n'
+            + b'<code bytenum="%d"><range>00-FF</range></code>\r\n' % bytes_per_code
+            + (b"<defined>" + defined + b"</defined>\r\n" if defined else b"")
+            + (b"<srtable>&" + table + b";</srtable>\r\n" if table else b"") + b"</subseta>\r\n")
+
+
+def difference(name, table):
+    return (DECLARATION + b"<subsetb>\r\n<name>" + name + b'</name>\r\n<lang domain="ja"/>\r\n'
+            + b'<codeb bytenum="2" basedon="jis_x0208-1990"></codeb>\r\n'
+            + b"<defined>2121-217E 2221</defined>\r\n<srtable>&" + table
+            + b";</srtable>\r\n</subsetb>\r\n")
+
+
+def user_defined(start, number):
+    return (DECLARATION + b"<name>fuzz-user</name>\r\n" + b'<codec bytenum="2"></codec>\r\n'
+            + b'<defrange start="%s" number="%s"/>\r\n' % (start, number))
+
+
+def files(kind, *texts):
+    return SEPARATOR.join(kind + text if text else b"" for text in texts)
+
+
+ASCII_TABLE = b"".join(b"%02X %04X\r\n" % (c, c) for c in range(0x20, 0x7F))
+JIS_TABLE = b"2121 3000\r\n2422 3042\r\n2424 3044\r\n3021 4E9C\r\n"
+DIFFERENCE_TABLE = b"2D21 2460\r\n2422 3043\r\n"
+ONE_WAY = b'<dstable bytenum="2">&v;</dstable>'
+ONE_WAY_TABLE = b"2121 00A0\r\n"
+
+
+def rule_file_seeds():
+    latin = subset(b"iso-646irv", 1, b"t")
+    kanji = subset(b"jis_x0208-1990", 2, b"u", b"2121-7E7E 8740")
+    same = charset(b"Fuzz", b"SAME", base(b"a") + base(b"b"))
+    tables = (b"", ASCII_TABLE, JIS_TABLE)
+    shift_jis = charset(b"Shift_JIS", b"Shift_JIS", base(b"a") + base(b"b", ONE_WAY))
+    wide = subset(b"iso-10646", 4)
+    forms = {codec: charset(codec, codec, base(b"c"))
+             for codec in (b"UTF-8", b"UTF-16", b"ISO-10646-UCS-2", b"ISO-10646-UCS-4")}
+    seeds = {
+        "two_groups": files(b"l", same, b"", latin, kanji, *tables),
+        "two_groups_big_endian": files(b"b", same, b"", latin, kanji, *tables),
+        "two_groups_ucs4": SEPARATOR.join(
+            [b"L" + same, b"", b"L" + latin, b"L" + kanji, b"", b"w" + ASCII_TABLE,
+             b"w" + JIS_TABLE]),
+        "without_marks": files(b"n", same, b"", latin, kanji, *tables),
+        "shift_jis_and_utf8": files(b"l", shift_jis, forms[b"UTF-8"], latin, kanji, wide,
+                                    ASCII_TABLE, JIS_TABLE, ONE_WAY_TABLE),
+        "windows31j_and_utf16": files(
+            b"l", charset(b"WINDOWS31J", b"WINDOWS31J", base(b"a") + base(b"b")),
+            forms[b"UTF-16"], latin, kanji, wide, ASCII_TABLE, JIS_TABLE),
+        "shift_jis_2004_and_ucs4": files(
+            b"l", charset(b"Shift_JIS-2004", b"Shift_JIS-2004", base(b"a") + base(b"b")),
+            forms[b"ISO-10646-UCS-4"], latin, subset(b"jis_x0213", 4, b"u"), wide, ASCII_TABLE,
+            JIS_TABLE),
+        "ucs2_and_utf8": files(b"l", forms[b"ISO-10646-UCS-2"], forms[b"UTF-8"], latin, kanji,
+                               subset(b"iso-10646-bmp", 2)),
+        "difference_before_base": files(
+            b"l", charset(b"Fuzz", b"SAME", b"<diffset>&b;</diffset>" + base(b"a")), b"", latin,
+            difference(b"fuzz-difference", b"u"), b"", ASCII_TABLE, DIFFERENCE_TABLE),
+        "user_defined": files(
+            b"l", charset(b"Fuzz", b"SAME", base(b"a"), b"<eudcset>&c;</eudcset>"), b"", latin,
+            b"", user_defined(b"F040", b"0BC"), ASCII_TABLE),
+        "same_name_twice": files(b"l", same, charset(b"FUZZ", b"SAME", base(b"a")), latin, kanji,
+                                 *tables),
+        "without_rule": files(b"l", charset(b"Fuzz", b"", base(b"a")), b"", latin),
+        "unknown_codec": files(b"l", charset(b"Fuzz", b"Nothing", base(b"a")), b"", latin),
+        "decoder_as_encoder": files(b"l", same.replace(b"constSAME", b"destSAME"), b"", latin, kanji,
+                                    *tables),
+        "encoder_as_decoder": files(b"l", same.replace(b"destSAME", b"constSAME"), b"", latin, kanji,
+                                    *tables),
+        "unicode_decoder_as_encoder": files(
+            b"l", forms[b"UTF-8"].replace(b"constUTF-8", b"destUTF-16"), shift_jis, latin, kanji, wide,
+            ASCII_TABLE, JIS_TABLE, ONE_WAY_TABLE),
+        "unicode_encoder_as_decoder": files(
+            b"l", forms[b"UTF-8"].replace(b"destUTF-8", b"constUTF-16"), shift_jis, latin, kanji, wide,
+            ASCII_TABLE, JIS_TABLE, ONE_WAY_TABLE),
+        "missing_subset": files(b"l", same, b"", latin),
+        "missing_table": files(b"l", same, b"", latin, kanji, b"", ASCII_TABLE),
+        "declared_ucs2": files(b"l", charset(
+            b"Fuzz", b"SAME", base(b"a"),
+            declaration=b'<?xml version="1.0" encoding="ISO-10646-UCS-2"?>\r\n'), b"", latin, b"",
+            b"", ASCII_TABLE),
+        "utf8": charset(b"Fuzz", b"SAME", base(b"a"),
+                        declaration=b'.<?xml version="1.0" encoding="utf-8"?>'),
+        "comments": files(b"l", b"<!-- <charset> -->" + same + b"<!-- open", b"", latin,
+                          kanji.replace(b"<defined>", b"<!-- no --><defined>"), *tables),
+        "wide_codes": files(b"l", same, b"", subset(b"a", 300), subset(b"b", 3, b"u"), *tables),
+        "zero_bytes": files(b"l", same, b"", subset(b"a", 0), kanji, *tables),
+        "empty_elements": files(b"l", b"<charset><name>x</name><rule/><baseset/></charset>"),
+        "empty": b"",
+    }
+    return seeds
+
+
+# --- Table texts. ---
+
+def table_text(kind, big_endian, text, blanks=0, raw=False):
+    return bytes([kind | (0x80 if big_endian else 0), blanks, 0 if raw else 1]) + text
+
+
+def table_text_seeds():
+    utf16, ucs4, ucs2 = 1, 3, 4
+    lines = b"8140 3000\r\n8141 3001\r\n"
+    seeds = {}
+    for name, kind in (("utf16", utf16), ("ucs4", ucs4), ("ucs2", ucs2)):
+        for order, big in (("little", False), ("big", True)):
+            seeds[f"{name}_{order}"] = table_text(kind, big, lines)
+    seeds.update({
+        "unreadable_kind": table_text(2, False, lines),
+        "markup": table_text(ucs2, False, b"<!-- 1 2 --><t>8140 3000</t>\r\n8141\t3001<"),
+        "unclosed_markup": table_text(ucs2, False, b"1 2\r\n<3 4\r\n"),
+        "no_line_break": table_text(ucs2, False, b"8140 3000\r\n8141 3001"),
+        "lone_line_feed": table_text(ucs2, False, b"8140 3000\r\n8141 3001\n"),
+        "odd_count": table_text(ucs2, False, b"1 2 3\r\n"),
+        "long_run": table_text(ucs2, False, b"0" * 63 + b"1" + b"23 4" + b"5" * 130 + b"\r\n"),
+        "lower_case": table_text(ucs4, True, b"abcdef fedcba9876543210\r\n"),
+        "at_the_half_buffer": table_text(ucs2, False, lines * 20, blanks=42),
+        "at_the_buffer_end": table_text(ucs2, False, lines * 20, blanks=85),
+        "wide_at_the_half_buffer": table_text(ucs4, True, lines * 20, blanks=21),
+        "beyond_two_buffers": table_text(utf16, False, lines, blanks=200),
+        "surrogates": table_text(utf16, False, "1\U00010030 2\U0001F600\r\n3 4\r\n".encode(
+            "utf-16-le"), raw=True),
+        "swapped_surrogates": table_text(utf16, True, b"\xdc\x00\xd8\x000\x00 \xd8\x00\xd8\x00\0\r",
+                                         raw=True),
+        "half_a_unit": table_text(ucs2, False, b"1\0 \0002\0\r\0\n", raw=True),
+        "low_bytes_that_are_digits": table_text(
+            ucs4, False, "\u01312 3\r\n".encode("utf-32-le"), raw=True),
+        "empty": table_text(ucs2, False, b""),
+    })
+    return seeds
+
+
+# --- Compiled tables. ---
+
+def compiled(pairs, bytes_per_code=2, block_size=0, tail=b""):
+    return (bytes([bytes_per_code - 1]) + struct.pack(">H", block_size)
+            + b"".join(struct.pack("<II", *pair) for pair in pairs) + tail)
+
+
+def compiled_table_seeds():
+    return {
+        "two_pairs": compiled([(0x8140, 0x3000), (0x8141, 0x3001)]),
+        "partial_record": compiled([(0x8140, 0x3000), (0x8141, 0x3001)], tail=b"\1\2\3\4"),
+        "single_bytes": compiled([(c, c) for c in range(0x20, 0x7F)], bytes_per_code=1),
+        "downwards": compiled([(10, 0x3000), (5, 0x2000), (7, 0x2500)]),
+        "same_key_twice": compiled([(0x30, 0x41), (0x30, 0x42), (0x31, 0x42)]),
+        "value_zero": compiled([(0x30, 0), (0x31, 0x41), (0, 0x42)]),
+        "only_key_zero": compiled([(0, 0)]),
+        "lone_high_key": compiled([(0x10000000, 0x10000001)]),
+        "lone_key_below_the_limit": compiled([(0xFFFFFFF, 0xFFFFFFF)]),
+        "end_of_the_keys": compiled([(0xFFFFFFFF, 0xFFFFFFFE), (0xFFFFFFF0, 1), (0, 2)]),
+        "wraps_to_zero": compiled([(0xFFFFF000, 0xFFFFF000), (0xFFFFF001, 3)]),
+        "overlapping_blocks": compiled([(4096, 1), (100, 2), (4150, 3), (8191, 4), (8192, 5)]),
+        "smallest_blocks": compiled([(1, 2), (3, 4), (2, 3)], block_size=1),
+        "largest_blocks": compiled([(1, 2), (65536, 4), (65535, 3)], block_size=65535),
+        "values_too_wide": compiled([(0x12345678, 0x9ABCDEF0)], bytes_per_code=1),
+        "three_bytes": compiled([(0x8EA1A1, 0x4E02), (0x8EA1A2, 0x20089)], bytes_per_code=3),
+        "four_bytes": compiled([(0x81308130, 0x80), (0xE3329A35, 0x10FFFF)], bytes_per_code=4),
+        "empty": compiled([]),
+    }
+
+
+# --- Conversions. ---
+
+CHARSETS = ["Shift_JIS", "WINDOWS31J", "Shift_JIS-2004", "UTF-8", "UTF-16", "ISO-10646-UCS-2",
+            "ISO-10646-UCS-4", "UTF-7", "HZ-GB-2312", "none", "Tabled-UTF-8", "Tabled-UTF-16",
+            "Tabled-UCS-4", "ChineseGBK"]
+TARGETS = CHARSETS[:7] + CHARSETS[10:]
+BIG_OUT, MARK_OUT, REPLACE, NEWLINES, BIG_IN, MARK_IN, SKIP, LONG = (1 << i for i in range(8))
+# Operations of a step.
+SOURCE, SET_UP, LANGUAGE, TERMINATE, REWIND, CONVERT = range(6)
+
+
+def conversion(source, target, text, flags=BIG_OUT | BIG_IN, form=0, mode=0, language=0,
+               narrow=0, wide=0, steps=()):
+    head = bytes([CHARSETS.index(source), TARGETS.index(target), flags,
+                  form | mode << 3 | language << 5])
+    return (head + struct.pack(">HH", narrow, wide) + bytes([len(steps)])
+            + b"".join(bytes(step) for step in steps) + text)
+
+
+JAPANESE = "吾輩は猫である。名前はまだ無い。\r\nどこで生れたかとんと見当がつかぬ。ABC 123\n"
+
+
+def conversion_seeds():
+    shift_jis = JAPANESE.encode("cp932")
+    every_byte = bytes(range(0x20, 0x100)) + bytes(range(0x20))
+    composed = "か゚æ̀˥˩\u309aカ゚ア\u0300"
+    tag = "\U000E0001\U000E006A\U000E0061"
+    cancel = "\U000E0001\U000E007F"
+    pieces = [(CONVERT, 1, 1), (CONVERT, 1, 2), (CONVERT, 3, 3), (CONVERT, 2, 0), (CONVERT, 5, 7)]
+    seeds = {}
+    for source, text in (("Shift_JIS", shift_jis), ("WINDOWS31J", shift_jis + b"\x87\x40\xFA\x5C"),
+                         ("Shift_JIS-2004", shift_jis + b"\x82\xF5\x86\x63"),
+                         ("UTF-8", (JAPANESE + composed).encode()),
+                         ("UTF-16", (JAPANESE + composed + "😀").encode("utf-16-be")),
+                         ("ISO-10646-UCS-2", (JAPANESE + composed).encode("utf-16-be")),
+                         ("ISO-10646-UCS-4", (JAPANESE + composed + "😀").encode("utf-32-be"))):
+        for target in CHARSETS[:7]:
+            if source != target:
+                name = f"{source}_to_{target}".lower()
+                seeds[name] = conversion(source, target, text, steps=pieces)
+                if target in ("UTF-8", "Shift_JIS-2004", "UTF-16"):
+                    seeds[name + "_long"] = conversion(
+                        source, target, text, flags=BIG_OUT | BIG_IN | LONG | REPLACE | SKIP)
+    seeds.update({
+        "every_byte_windows31j": conversion("WINDOWS31J", "UTF-8", every_byte,
+                                            flags=BIG_OUT | BIG_IN | SKIP),
+        "every_byte_shift_jis_2004": conversion("Shift_JIS-2004", "UTF-16", every_byte * 2,
+                                                flags=BIG_IN),
+        "bad_utf8": conversion("UTF-8", "WINDOWS31J", b"a\x80\xC0\xAF\xED\xA0\x80\xF8\xFF\xE3\x81"),
+        "bad_utf16": conversion("UTF-16", "UTF-8", b"\xD8\x00\x00A\xDC\x00\xD8\x00"),
+        "marks": conversion("UTF-16", "UTF-8", b"\xFF\xFEA\0B\0",
+                            flags=BIG_OUT | MARK_OUT | MARK_IN),
+        "marks_long": conversion("UTF-8", "UTF-16", b"\xEF\xBB\xBF" + JAPANESE.encode(),
+                                 flags=MARK_OUT | MARK_IN | LONG),
+        "languages": conversion("Shift_JIS", "UTF-8", shift_jis, language=2,
+                                steps=[(CONVERT, 4, 64), (LANGUAGE, 1, 0), (CONVERT, 4, 20),
+                                       (LANGUAGE, 3, 0), (CONVERT, 4, 200), (LANGUAGE, 2, 0)]),
+        "language_tags_in": conversion("UTF-8", "UTF-16",
+                                       (tag + "あ" + tag[:1] + "\U000E007F" + "い" + tag).encode(),
+                                       language=2),
+        "language_tags_cut": conversion("UTF-16", "UTF-8", (tag + "あ").encode("utf-16-be"),
+                                        language=1, steps=[(CONVERT, 5, 99), (CONVERT, 4, 99)]),
+        "language_tag_bad": conversion("ISO-10646-UCS-4", "UTF-8",
+                                       (tag + "A" + tag).encode("utf-32-be"), language=1,
+                                       flags=BIG_OUT | BIG_IN | SKIP),
+        "replacements": conversion("UTF-8", "Shift_JIS", "é漢😀\u2028".encode(),
+                                   flags=BIG_OUT | REPLACE, narrow=0x2A, wide=0x25A0),
+        "replacement_impossible": conversion("UTF-8", "WINDOWS31J", "é😀".encode(),
+                                             flags=BIG_OUT | REPLACE, narrow=0xE9, wide=0xD800),
+        "references_hexadecimal": conversion("UTF-8", "ISO-10646-UCS-2", "a😀b".encode(), mode=1,
+                                             steps=[(CONVERT, 9, 9), (CONVERT, 0, 20)]),
+        "references_decimal": conversion("UTF-16", "ISO-10646-UCS-2", "😀".encode("utf-16-be"),
+                                         mode=2),
+        "hz": conversion("HZ-GB-2312", "UTF-8", b"a~~ ~{<:Ky2;VS~} ~\n~{~!~}~\0"),
+        "hz_pieces": conversion("HZ-GB-2312", "Shift_JIS", b"~{2;~}a~\nb~{VS", steps=pieces),
+        "gbk": conversion("ChineseGBK", "UTF-16", b"a\xBC\xBA\xCB\xF9\xFFb\x1B",
+                          flags=BIG_OUT | SKIP | BIG_IN),
+        "utf7": conversion("UTF-7", "UTF-8", b"Hi Mom -+Jjo--! +ZeVnLIqe-\0",
+                           steps=[(CONVERT, 30, 200)]),
+        "utf7_pieces": conversion("UTF-7", "Shift_JIS", b"+ZeVnLIqe-, +2D3eAA- +-\0",
+                                  steps=pieces),
+        "hz_without_gbk": conversion("Shift_JIS", "UTF-8", b"~{<:Ky2;VS{#,NpJ)l6HK!#~}~~.\n~\nz",
+                                     steps=[(SOURCE, 8, 0), (CONVERT, 40, 200)]),
+        "unknown_source": conversion("none", "UTF-8", b"abc"),
+        "source_changes": conversion("Shift_JIS", "UTF-8", shift_jis,
+                                     steps=[(CONVERT, 5, 50), (SOURCE, 1, 0), (CONVERT, 5, 50),
+                                            (SOURCE, 9, 0), (CONVERT, 3, 9), (SET_UP, 3, 4),
+                                            (CONVERT, 3, 9), (TERMINATE, 0, 9)]),
+        "rewound": conversion("UTF-8", "UTF-16", JAPANESE.encode(),
+                              steps=[(CONVERT, 30, 99), (REWIND, 0, 0), (CONVERT, 9, 99)]),
+        "empty": b"",
+    })
+    for name, source, encoding in (("utf8", "Tabled-UTF-8", "utf-8"),
+                                   ("utf16", "Tabled-UTF-16", "utf-16-be"),
+                                   ("ucs4", "Tabled-UCS-4", "utf-32-be")):
+        def encode(text):
+            return text.encode(encoding)
+        read = "A" + tag + "あ猫" + cancel + "か\u309A\uE000\uE0FF\uE100\U000E0041" + tag
+        seeds[f"tags_read_{name}"] = conversion(
+            source, "UTF-16", encode(read), language=2, steps=[(CONVERT, 9, 99), (CONVERT, 9, 9)])
+        seeds[f"tags_read_{name}_long"] = conversion(
+            source, "Tabled-UTF-8", encode(read), language=1,
+            flags=BIG_OUT | BIG_IN | LONG | SKIP)
+        seeds[f"tag_too_long_{name}"] = conversion(
+            source, "UTF-8", encode("\U000E0001" + "\U000E0061" * 261 + "A"), language=1)
+        seeds[f"tag_in_a_tag_{name}"] = conversion(
+            source, "UTF-8", encode("\U000E0001" * 3 + "A" + tag + "\u0100" + tag), language=1,
+            flags=BIG_OUT | BIG_IN | SKIP)
+    for form in range(6):
+        for name, target in (("bytes", "Shift_JIS"), ("units", "UTF-16")):
+            seeds[f"line_ends_{form}_{name}"] = conversion(
+                "UTF-8", target, "a\r\nb\rc\nd\u2028e\u2029f\n\r".encode(), form=form,
+                flags=BIG_OUT | NEWLINES, steps=[(CONVERT, 3, 1), (CONVERT, 0, 5)])
+    seeds["line_ends_long"] = conversion("WINDOWS31J", "UTF-8", shift_jis, form=3,
+                                         flags=BIG_OUT | BIG_IN | NEWLINES | LONG)
+    return seeds
+
+
+def main():
+    write("rule_file_fuzzer", rule_file_seeds())
+    write("table_text_fuzzer", table_text_seeds())
+    write("compiled_table_fuzzer", compiled_table_seeds())
+    write("converter_fuzzer", conversion_seeds())
+
+
+if __name__ == "__main__":
+    main()

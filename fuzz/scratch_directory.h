@@ -1,0 +1,31 @@
+// A charset directory of the fuzz target's own: one for each process, in memory
+// where there is /dev/shm, else under TMPDIR; removed when the process ends.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ksv_fuzz {
+
+class ScratchDirectory {
+ public:
+  // Makes the directory and points the library's setting at it.
+  ScratchDirectory();
+  ~ScratchDirectory();
+  ScratchDirectory(const ScratchDirectory&) = delete;
+  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+  // Removes every file.
+  void clear() const;
+  void write(const std::string& name, std::string_view bytes) const;
+  // Makes every file of another directory appear in this one.
+  void linkFilesOf(const std::string& directory) const;
+  void remove(const std::string& name) const;
+  // The bytes of a file that has to be there.
+  std::string read(const std::string& name) const;
+
+ private:
+  std::string path_;  // with its last separator
+};
+
+}  // namespace ksv_fuzz
