@@ -7,7 +7,7 @@
 Figures are medians when the run repeated its benchmarks. The ratio tells how many
 times faster the library is than its fastest peer: above 1 it is ahead. The spread
 is the largest coefficient of variation in the row; a row with a large one was
-disturbed and should be run again.
+disturbed, or its repetitions were interleaved on a machine that changed its speed.
 """
 import argparse
 import json
@@ -28,7 +28,12 @@ NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 def load(path):
     """Rows by group: {group: {(pair, text): {contestant: (figures, spread)}}}."""
     with (sys.stdin if path == "-" else open(path, encoding="utf-8")) as file:
-        runs = json.load(file)["benchmarks"]
+        try:
+            runs = json.load(file)["benchmarks"]
+        except json.JSONDecodeError as error:
+            sys.exit(f"table.py: not the whole JSON output of ksv_bench: {error}")
+    # Interleaved repetitions come in any order.
+    runs.sort(key=lambda run: run["family_index"])
     wanted = {}
     spreads = {}
     for run in runs:
