@@ -6,8 +6,6 @@
 namespace ksv {
 namespace {
 
-constexpr uint32_t kPrivateUseStart = 0xE000;
-
 void takeGroup(ConverterRecord& record, const SubsetDef& group, uint32_t outputCode,
                uint16_t sequenceLength) {
   record.targetGroup = group.id;
@@ -15,10 +13,6 @@ void takeGroup(ConverterRecord& record, const SubsetDef& group, uint32_t outputC
   record.outputWidth = group.bytesPerCode;
   record.outputCode = outputCode;
   record.sequenceLength = sequenceLength;
-}
-
-bool userGroupHolds(const SubsetDef& group, uint32_t unicode) {
-  return unicode >= kPrivateUseStart && unicode - kPrivateUseStart < group.defNumber;
 }
 
 // The group that the character was decoded in passes its code on unchanged; a
@@ -32,8 +26,9 @@ bool mapWithinSameGroup(ConverterRecord& record, const CharsetDef& target) {
   }
   for (const SubsetDef* group : target.members) {
     if (group->isUser()) {
-      if (!userGroupHolds(*group, record.unicodeCode)) continue;
-      takeGroup(record, *group, group->defStart + record.unicodeCode - kPrivateUseStart, 0);
+      uint32_t code = 0;
+      if (!group->ucsToUserCode(record.unicodeCode, code)) continue;
+      takeGroup(record, *group, code, 0);
       return true;
     }
     if (group->id == record.decodedGroup) {

@@ -6,17 +6,12 @@
 namespace ksv {
 namespace {
 
-constexpr uint32_t kPrivateUseStart = 0xE000;
 constexpr uint32_t kWidestSkip = 4;
 
 // Whether the group has the code, and the character that it stands for. Control
 // codes belong to every group; those without a character of their own give 0.
 bool groupHolds(const SubsetDef& group, uint32_t groupCode, uint32_t& unicode) {
-  if (group.isUser()) {
-    if (groupCode < group.defStart || groupCode - group.defStart >= group.defNumber) return false;
-    unicode = kPrivateUseStart + (groupCode - group.defStart);
-    return true;
-  }
+  if (group.isUser()) return group.userCodeToUcs(groupCode, unicode);
   unicode = 0;
   if (tableLookup(group.toUcs, groupCode, unicode) && unicode != 0) return true;
   unicode = 0;

@@ -48,6 +48,22 @@ struct SubsetDef {
 
   uint32_t type() const { return static_cast<uint32_t>(kind); }
   bool isUser() const { return kind == SubsetKind::kUser; }
+
+  // The share of a user-defined set in the Private Use Area, there and back; false
+  // outside it.
+  bool userCodeToUcs(uint32_t code, uint32_t& ucs) const {
+    if (code < defStart || code - defStart >= defNumber) return false;
+    ucs = kPrivateUseStart + (code - defStart);
+    return true;
+  }
+  bool ucsToUserCode(uint32_t ucs, uint32_t& code) const {
+    if (ucs < kPrivateUseStart || ucs - kPrivateUseStart >= defNumber) return false;
+    code = defStart + (ucs - kPrivateUseStart);
+    return true;
+  }
+
+ private:
+  static constexpr uint32_t kPrivateUseStart = 0xE000;
 };
 
 // What a charset writes for a Unicode code.

@@ -10,7 +10,6 @@
 namespace ksv::codecs {
 namespace {
 
-constexpr uint32_t kPrivateUseStart = 0xE000;
 constexpr uint32_t kFirstTagCharacter = 0xE0020;
 constexpr uint32_t kLastTagCharacter = 0xE007E;
 constexpr uint32_t kHighestScalar = 0x10FFFF;
@@ -108,12 +107,8 @@ struct Ucs4Form {
 
 // Whether the group holds the value, and as which character.
 bool groupHolds(const SubsetDef& group, uint32_t value, uint32_t& unicode) {
+  if (group.isUser()) return group.userCodeToUcs(value, unicode);
   unicode = value;
-  if (group.isUser()) {
-    if (value < group.defStart || value - group.defStart >= group.defNumber) return false;
-    unicode = kPrivateUseStart + (value - group.defStart);
-    return true;
-  }
   return group.toUcs.isIdentity() || value < 0x80 || group.toUcs.find(value) != 0;
 }
 
