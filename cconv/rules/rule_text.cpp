@@ -120,6 +120,23 @@ bool matchesAt(const RuleText& text, size_t index, const std::string& pattern) {
   return true;
 }
 
+// The position of the first occurrence of pattern at or after from.
+std::optional<size_t> searchFor(const RuleText& text, size_t from, const std::string& pattern) {
+  if (pattern[0] == '<' || pattern[0] == '/') {
+    auto marker = std::lower_bound(text.markers.begin(), text.markers.end(), from);
+    for (; marker != text.markers.end(); ++marker) {
+      if (matchesAt(text, *marker, pattern)) return *marker;
+    }
+    // Every '<' is a marker, so there is nothing left to find.
+    if (pattern[0] == '<') return std::nullopt;
+  }
+  // A pattern that ends exactly at the end of the text is not found here.
+  for (size_t i = from; i + pattern.size() < text.chars.size(); ++i) {
+    if (matchesAt(text, i, pattern)) return i;
+  }
+  return std::nullopt;
+}
+
 std::string narrow(const RuleText& text, size_t start, size_t end) {
   std::string narrowed;
   for (size_t i = start; i < end && i < text.chars.size(); ++i) {
@@ -202,6 +219,7 @@ void cleanText(RuleText& text) {
   text.chars.clear();
   text.chars.reserve(source.size());
   text.markers.clear();
+  text.lastSearches.clear();
   for (size_t i = 0; i < source.size(); ++i) {
     const uint32_t c = source[i];
     if (pairAt(source, i, '<', '?')) {
@@ -229,19 +247,13 @@ void cleanText(RuleText& text) {
 
 std::optional<size_t> findString(const RuleText& text, size_t from, const std::string& pattern) {
   if (pattern.empty() || pattern.size() > kLongestPattern) return std::nullopt;
-  if (pattern[0] == '<' || pattern[0] == '/') {
-    auto marker = std::lower_bound(text.markers.begin(), text.markers.end(), from);
-    for (; marker != text.markers.end(); ++marker) {
-      if (matchesAt(text, *marker, pattern)) return *marker + pattern.size();
-    }
-    // Every '<' is a marker, so there is nothing left to find.
-    if (pattern[0] == '<') return std::nullopt;
+  const auto [entry, isNew] = text.lastSearches.try_emplace(pattern);
+  LastSearch& last = entry->second;
+  if (isNew || from < last.from || (last.start && from > *last.start)) {
+    last = {from, searchFor(text, from, pattern)};
   }
-  // A pattern that ends exactly at the end of the text is not found here.
-  for (size_t i = from; i + pattern.size() < text.chars.size(); ++i) {
-    if (matchesAt(text, i, pattern)) return i + pattern.size();
-  }
-  return std::nullopt;
+  if (!last.start) return std::nullopt;
+  return *last.start + pattern.size();
 }
 
 std::optional<Span> findElement(const RuleText& text, size_t from, const std::string& tag) {

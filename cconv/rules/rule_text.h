@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,12 +17,21 @@
 
 namespace ksv {
 
+// What the last search for a pattern found: every search from a position between
+// the two finds the same.
+struct LastSearch {
+  size_t from;
+  std::optional<size_t> start;  // none: nothing up to the end of the text
+};
+
 struct RuleText {
   // The file's bytes until decodeToUcs4, unused afterwards.
   std::vector<uint8_t> bytes;
   std::vector<uint32_t> chars;
   // Index of every '<', and of every '/' that a '>' follows, in text order.
   std::vector<uint32_t> markers;
+  // By pattern, so that a walk over a text whose tags never close takes linear time.
+  mutable std::map<std::string, LastSearch> lastSearches;
   TextEncodingKind encoding = TextEncodingKind::kUnknown;
   bool bigEndian = false;
 };

@@ -58,6 +58,34 @@ TEST(HostileText, of_tags_that_never_close_is_searched_in_linear_time) {
   }
 }
 
+size_t walked(const RuleText& text, const std::string& tag) {
+  size_t count = 0;
+  size_t from = 0;
+  while (const auto span = findElement(text, from, tag)) {
+    from = span->end;
+    ++count;
+  }
+  return count;
+}
+
+TEST(HostileText, of_elements_without_an_end_tag_is_walked_in_linear_time) {
+  const std::string text = repeated("<range />", kMillion);
+  const size_t count = text.size() / 9;
+  expectLinear([&] { EXPECT_EQ(walked(cleaned(text), "range"), count); });
+  const std::string otherFormBehind = text + "<range>x";
+  expectLinear([&] { EXPECT_EQ(walked(cleaned(otherFormBehind), "range"), count); });
+}
+
+TEST(HostileText, is_searched_anew_before_and_behind_what_was_found_last) {
+  const RuleText text = cleaned("<a>1</a><a>2</a><a>3</a> ");
+  EXPECT_EQ(findString(text, 4, "<a>"), 11u);
+  EXPECT_EQ(findString(text, 8, "<a>"), 11u) << "the place found last itself";
+  EXPECT_EQ(findString(text, 9, "<a>"), 19u);
+  EXPECT_EQ(findString(text, 17, "<a>"), std::nullopt);
+  EXPECT_EQ(findString(text, 16, "<a>"), 19u);
+  EXPECT_EQ(findString(text, 0, "<a>"), 3u);
+}
+
 class HostileFiles : public RuleBaseTest {
  protected:
   bool loads(const std::string& body) {
