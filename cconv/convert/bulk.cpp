@@ -235,7 +235,7 @@ class BulkConverters : public DerivedTables {
 };
 
 BulkConverters& convertersOfProcess() {
-  static constinit std::mutex mutex;
+  static std::mutex mutex;
   const std::lock_guard<std::mutex> guard(mutex);
   auto& derived = ruleBase.lists->derived;
   if (derived == nullptr) derived = std::make_unique<BulkConverters>();

@@ -128,7 +128,10 @@ void load(CodeTable& table) {
 
 // Keeps the threads of this process apart where there is no named lock. Not taken
 // beside that one: a process forked while a thread holds it could never take it.
-constinit std::mutex processMutex;
+std::mutex& processMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
 
 void loadLocked(CodeTable& table) {
   platform::NamedMutex* mutex = ruleBase.tableMutex;
@@ -137,7 +140,7 @@ void loadLocked(CodeTable& table) {
   const bool locked =
       mutex != nullptr && mutex->lock() != platform::NamedMutex::LockResult::kFailed;
   try {
-    std::unique_lock<std::mutex> guard(processMutex, std::defer_lock);
+    std::unique_lock<std::mutex> guard(processMutex(), std::defer_lock);
     if (!locked) guard.lock();
     load(table);
   } catch (const std::bad_alloc&) {
