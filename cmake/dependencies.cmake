@@ -1,0 +1,29 @@
+# What only the command and the tests need, as Debian packages it. A cross build
+# takes the headers and sources of the building machine: a package's own
+# configuration would put all of /usr/include before the target's headers.
+function(ksv_header_only_package target directory)
+  find_path(include_directory NAMES ${directory} PATHS /usr/include NO_CACHE REQUIRED
+            NO_CMAKE_FIND_ROOT_PATH)
+  set(staged ${PROJECT_BINARY_DIR}/host_headers)
+  file(MAKE_DIRECTORY ${staged})
+  file(CREATE_LINK ${include_directory}/${directory} ${staged}/${directory} SYMBOLIC)
+  add_library(${target} INTERFACE IMPORTED GLOBAL)
+  target_include_directories(${target} SYSTEM INTERFACE ${staged})
+endfunction()
+
+if(CMAKE_CROSSCOMPILING)
+  ksv_header_only_package(CLI11::CLI11 CLI)
+  ksv_header_only_package(nlohmann_json::nlohmann_json nlohmann)
+else()
+  find_package(CLI11 REQUIRED)
+  find_package(nlohmann_json REQUIRED)
+endif()
+
+if(KSV_BUILD_TESTS AND CMAKE_CROSSCOMPILING)
+  set(INSTALL_GTEST OFF)
+  set(BUILD_GMOCK OFF)
+  set(BUILD_SHARED_LIBS OFF)
+  add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+elseif(KSV_BUILD_TESTS)
+  find_package(GTest REQUIRED)
+endif()
