@@ -81,6 +81,12 @@ struct CharacterStart {
 
 enum class Step { kGoOn, kStop };
 
+// Whether a step got ahead in input or output. A rule file may name an encoder as
+// its decoder, which then takes nothing from the input and might go on for ever.
+bool gotAhead(const ConverterRecord& record, int32_t inputBefore, int32_t outputBefore) {
+  return record.inputPosition != inputBefore || record.outputPosition != outputBefore;
+}
+
 // Decodes one character. The raw code moves to the previous raw code, except when
 // the end of the input cuts the character: then both stay, so that a LF that comes
 // in two calls is still dropped behind its CR.
@@ -169,8 +175,13 @@ void convertByCharacters(ConverterRecord& record, int32_t characters) {
   const CodecFunction encode = targetEncoder(record)->function;
   CharacterStart start = {};
   for (; record.status == KSV_STATUS_WRITTEN && characters > 0; --characters) {
+    const int32_t inputBefore = record.inputPosition;
+    const int32_t outputBefore = record.outputPosition;
     if (decodeStep(record, decode, start) == Step::kStop) return;
     if (record.status == KSV_STATUS_DECODED) encodeStep(record, encode, start);
+    if (record.status == KSV_STATUS_WRITTEN && !gotAhead(record, inputBefore, outputBefore)) {
+      record.status = KSV_STATUS_FAILURE;
+    }
   }
 }
 

@@ -29,6 +29,7 @@ struct Charset {
   std::string name;
   std::string codec;
   std::vector<Group> groups;
+  std::string decoder = "";  // the name of its entry; empty: that of the codec
 };
 
 std::string hexNumber(int value) {
@@ -51,8 +52,9 @@ class OwnDirectory : public testing::Test {
  private:
   void write(const Charset& entry) {
     std::string declarations;
+    const std::string decoder = entry.decoder.empty() ? "dest" + entry.codec : entry.decoder;
     std::string content = "<name>" + entry.name + "</name>\r\n<rule construle=\"const" +
-                          entry.codec + "\" destrule=\"dest" + entry.codec + "\"/>\r\n";
+                          entry.codec + "\" destrule=\"" + decoder + "\"/>\r\n";
     for (const Group& group : entry.groups) writeGroup(group, declarations, content);
     directory_.writeRule(entry.name + ".xml", charset(declarations, content));
   }
@@ -461,6 +463,18 @@ TEST_F(OddCharsets, HzGoesThroughTheGbkCharset) {
   converter.give("~{VPND~}", 3);  // the buffer cuts the second character
   EXPECT_EQ(converter.convert(), 22u);
   EXPECT_EQ(converter.written(), "\xE4\xB8\xAD");
+}
+
+TEST_F(OddCharsets, AnEncoderNamedAsDecoderEndsTheCall) {
+  load({{"letters", "SAME", {kNarrow}, "constSAME"}, {"none", "SAME", {{"empty", 0, "41 41"}}}});
+  Converter filling({"letters", "letters"});
+  filling.give("ABA", 10);
+  EXPECT_EQ(filling.convert(), 22u) << "it writes until the output is full";
+  Converter standing({"letters", "none"});
+  standing.give("ABA", 10);
+  EXPECT_EQ(standing.convert(), 1u) << "it neither reads nor writes";
+  EXPECT_EQ(standing.record.inputPosition, 0);
+  EXPECT_EQ(standing.record.outputPosition, 0);
 }
 
 TEST_F(OddCharsets, TheInputDumpAppendsWhatIsConverted) {
