@@ -1,0 +1,372 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "ksv_cut.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+// Cuts text whose terminator of four bytes is the end of its memory.
+uint32_t cut(const std::string& text, int32_t limit, const char* charset) {
+  std::vector<char> buffer(text.begin(), text.end());
+  buffer.resize(text.size() + 4);
+  return CutStr(buffer.data(), static_cast<int32_t>(text.size()), limit, charset);
+}
+
+// Cuts the first length bytes of text, behind which it goes on.
+uint32_t cutBefore(const std::string& text, int32_t length, const char* charset) {
+  std::vector<char> buffer(text.begin(), text.end());
+  buffer.resize(text.size() + 4);
+  return CutStr(buffer.data(), length, length, charset);
+}
+
+TEST(CutStr, of_an_unknown_charset_gives_the_length_whatever_the_limit) {
+  for (const char* name : {"", "utf-8", "UTF8", "shift_jis", "Latin", "ISO-8859", "SJIS", "EUC"}) {
+    EXPECT_EQ(cut("abc\x82\xA0", 2, name), 5u) << name;
+    EXPECT_EQ(cut("abc", -7, name), 3u) << name;
+  }
+  EXPECT_EQ(cut("abc", 1, nullptr), 3u);
+  EXPECT_EQ(CutStr("abc", -3, 1, "unknown"), 0xFFFFFFFDu);
+}
+
+TEST(CutStr, of_nothing_is_nothing) {
+  for (const char* name : {"Shift_JIS", "EUC-JP", "UTF-8", "UTF-16", "ISO-10646-UCS-4",
+                           "ISO-8859-1", "ISO-2022-JP", "ISO-2022-JP-3", "GB18030", "ChineseGBK"}) {
+    EXPECT_EQ(cut("abcd", 0, name), 0u) << name;
+    EXPECT_EQ(cut("abcd", -1, name), 0u) << name;
+    EXPECT_EQ(cut("", 5, name), 0u) << name;
+    EXPECT_EQ(CutStr("abcd", -1, 4, name), 0u) << name;
+    EXPECT_EQ(CutStr(nullptr, 4, 4, name), 0u) << name;
+  }
+}
+
+TEST(CutStr, knows_a_charset_by_the_beginning_of_its_name) {
+  // 8F A1 A1 is taken as a pair and a byte by EUC-JP, and as one by EUC-JISX0213.
+  EXPECT_EQ(cut("\x8F\xA1\xA1", 2, "EUC-JP"), 2u);
+  EXPECT_EQ(cut("\x8F\xA1\xA1", 2, "EUC-JP-MS"), 2u);
+  EXPECT_EQ(cut("\x8F\xA1\xA1", 2, "EUC-JISX0213 and more"), 0u);
+  EXPECT_EQ(cut("\x82\xA0", 1, "Shift_JIS-2004"), 0u);
+  EXPECT_EQ(cut("\x82\xA0", 1, "Shift_JISX0213"), 0u);
+  EXPECT_EQ(cut("\x82\xA0", 1, "WINDOWS31J"), 0u);
+  EXPECT_EQ(cut("ab", 1, "ISO-10646-UCS-2"), 0u);
+  EXPECT_EQ(cut("abc", 3, "UTF-16LE"), 2u);
+  EXPECT_EQ(cut("abcdef", 6, "ISO-10646-UCS-4"), 4u);
+  EXPECT_EQ(cut("ab\r\n", 3, "ISO-8859-15"), 2u);
+  EXPECT_EQ(cut("abc", 3, "ISO-2022-JP-2004"), 3u) << "a plain beginning is fine";
+  EXPECT_EQ(cut("abc", 3, "ISO-2022-JP-3"), 0u);
+}
+
+TEST(CutStr, takes_fixed_width_EUC_for_EUC) {
+  EXPECT_EQ(cut("\xE0", 1, "EUC-JP-FIX"), 1u) << "counts as one byte";
+  EXPECT_EQ(cut("\xE0\x41", 1, "EUC-JP-FIX"), 1u);
+  EXPECT_EQ(cut("\xB0\x21", 1, "EUC-JP-FIX"), 0u);
+}
+
+TEST(CutStr, never_splits_a_pair_of_ShiftJis) {
+  EXPECT_EQ(cut("\x41\x82\xA0", 2, "Shift_JIS"), 1u);
+  EXPECT_EQ(cut("\x41\x82\xA0", 3, "Shift_JIS"), 3u);
+  for (const char* lead : {"\x81", "\x9F", "\xE0", "\xFC", "\xFF"}) {
+    EXPECT_EQ(cut(lead + "\x40"s, 1, "Shift_JIS"), 0u);
+  }
+  for (const char* single : {"\x80", "\xA0", "\xA1", "\xDF"}) {
+    EXPECT_EQ(cut(single + "\x40"s, 1, "Shift_JIS"), 1u);
+  }
+}
+
+TEST(CutStr, takes_A1_to_DF_and_the_single_shifts_for_leads_of_EucJp) {
+  for (const char* lead : {"\xA1", "\xDF", "\x8E", "\x8F"}) {
+    EXPECT_EQ(cut(lead + "\xA1"s, 1, "EUC-JP"), 0u);
+  }
+  for (const char* single : {"\x80", "\x90", "\xA0", "\xE0", "\xFF"}) {
+    EXPECT_EQ(cut(single + "\xA1"s, 1, "EUC-JP"), 1u);
+  }
+}
+
+TEST(CutStr, takes_two_of_three_bytes_behind_8F_in_EucJisX0213) {
+  EXPECT_EQ(cut("\x8F\xA1\x41", 3, "EUC-JISX0213"), 3u);
+  EXPECT_EQ(cut("\x8F\xA1\xA1\xA1", 4, "EUC-JISX0213"), 4u) << "8F A1, A1 A1";
+  EXPECT_EQ(cut("\x8F\xA1\xA1", 3, "EUC-JISX0213"), 2u);
+  EXPECT_EQ(cut("\x8E\xA1", 1, "EUC-JISX0213"), 1u) << "8E is no lead here";
+}
+
+TEST(CutStr, takes_every_high_byte_for_a_lead_of_double_byte_charsets) {
+  for (const char* name : {"ChineseGBK", "ChineseBIG5", "KoreanKSC"}) {
+    EXPECT_EQ(cut("\x81\x40", 1, name), 0u);
+    EXPECT_EQ(cut("\xFF\x40", 1, name), 0u);
+    EXPECT_EQ(cut("\x80\x40", 1, name), 1u);
+    EXPECT_EQ(cut("a\xB0\xA1", 3, name), 3u);
+  }
+}
+
+TEST(CutStr, keeps_four_bytes_of_Gb18030_together_where_it_sees_them) {
+  EXPECT_EQ(cut("\x81\x30\x81\x30", 4, "GB18030"), 4u);
+  EXPECT_EQ(cut("a\x81\x30\x81\x30", 5, "GB18030"), 5u);
+  EXPECT_EQ(cut("\xB0\xA1xyz", 4, "GB18030"), 4u);
+  EXPECT_EQ(cut("\x81\x30\x81x", 4, "GB18030"), 4u) << "no four bytes: a pair, then 81 x";
+  // Near the end a pair needs a trail byte; a lead without one is a byte.
+  EXPECT_EQ(cut("\x81\x30\x81\x30", 3, "GB18030"), 2u) << "81, 30, and a lead alone";
+  EXPECT_EQ(cut("\x81\x40", 2, "GB18030"), 2u);
+  EXPECT_EQ(cut("\x81\x7F", 2, "GB18030"), 2u);
+  EXPECT_EQ(cut("\x81", 1, "GB18030"), 0u);
+  EXPECT_EQ(cut("\xFF\x80", 2, "GB18030"), 2u);
+}
+
+TEST(CutStr, measures_Utf8_by_lead_bytes_of_up_to_six) {
+  EXPECT_EQ(cut("\xE3\x81\x82\x41", 3, "UTF-8"), 3u);
+  EXPECT_EQ(cut("\xE3\x81\x82\x41", 2, "UTF-8"), 0u);
+  EXPECT_EQ(cut("\xC3\xA9", 1, "UTF-8"), 0u);
+  EXPECT_EQ(cut("\xF0\x9F\x98\x80", 3, "UTF-8"), 0u);
+  EXPECT_EQ(cut("\xF8zzzz", 4, "UTF-8"), 0u);
+  EXPECT_EQ(cut("\xF8zzzz", 5, "UTF-8"), 5u);
+  EXPECT_EQ(cut("\xFDzzzzz", 5, "UTF-8"), 0u);
+  EXPECT_EQ(cut("\xFDzzzzz", 6, "UTF-8"), 6u);
+  EXPECT_EQ(cut("\xFE\xFF\x80", 3, "UTF-8"), 3u) << "single bytes";
+}
+
+TEST(CutStr, rounds_down_to_whole_units) {
+  EXPECT_EQ(cut("a\0b\0"s, 3, "UTF-16"), 2u);
+  EXPECT_EQ(cut("a\0"s, 1, "UTF-16"), 0u);
+  EXPECT_EQ(cut("\x3D\xD8\x00\xDE"s, 2, "UTF-16"), 2u) << "a surrogate pair is cut";
+  EXPECT_EQ(cut("a\0\0\0b\0\0\0"s, 7, "ISO-10646-UCS-4"), 4u);
+  EXPECT_EQ(cut("a\0\0"s, 3, "ISO-10646-UCS-4"), 0u);
+}
+
+TEST(CutStr, keeps_CR_LF_together_in_every_form) {
+  EXPECT_EQ(cut("ab\r\n", 3, "ISO-8859-1"), 2u);
+  EXPECT_EQ(cut("ab\r\n", 4, "ISO-8859-1"), 4u);
+  for (const char* name :
+       {"Shift_JIS", "EUC-JP", "EUC-JISX0213", "ChineseGBK", "GB18030", "UTF-8", "ISO-2022-JP"}) {
+    EXPECT_EQ(cut("ab\r\n", 3, name), 2u) << name;
+    EXPECT_EQ(cut("ab\rc", 3, name), 3u) << name;
+    EXPECT_EQ(cutBefore("ab\r\n", 3, name), 2u) << name << ", read behind the length";
+  }
+  for (const std::string& text : {"\x61\0\x0D\0\x0A\0"s, "\0\x61\0\x0D\0\x0A"s}) {
+    EXPECT_EQ(cut(text, 4, "ISO-10646-UCS-2"), 2u);
+    EXPECT_EQ(cut(text, 5, "UTF-16"), 2u);
+    EXPECT_EQ(cut(text, 6, "UTF-16"), 6u);
+  }
+  for (const std::string& text : {"\x0D\0\0\0\x0A\0\0\0"s, "\0\0\0\x0D\0\0\0\x0A"s}) {
+    EXPECT_EQ(cut(text, 4, "ISO-10646-UCS-4"), 0u);
+    EXPECT_EQ(cut(text, 8, "ISO-10646-UCS-4"), 8u);
+  }
+  EXPECT_EQ(cut("\x0D\0\0\0\x0A\0\0\x41"s, 4, "ISO-10646-UCS-4"), 0u) << "whatever the last byte";
+  EXPECT_EQ(cut("\x0D\0\0\0\x41\0\0\0"s, 4, "ISO-10646-UCS-4"), 4u);
+}
+
+TEST(CutStr, looks_at_the_CR_at_the_cut_only_when_the_walk_reaches_it) {
+  EXPECT_EQ(cut("\r\x82\xA0", 2, "Shift_JIS"), 1u);
+  EXPECT_EQ(cut("\x82\r\n", 2, "Shift_JIS"), 1u) << "a CR that is a trail byte is one, too";
+}
+
+TEST(CutStr, takes_escape_sequences_of_Iso2022Jp_with_the_character_behind_them) {
+  EXPECT_EQ(cut("\x1B$B\x24\x22\x1B(Ba", 5, "ISO-2022-JP"), 5u);
+  EXPECT_EQ(cut("\x1B$B\x24\x22\x1B(Ba", 4, "ISO-2022-JP"), 4u)
+      << "an ESC without room for its pair is a plain byte at the beginning";
+  EXPECT_EQ(cut("a\x1B$B\x24\x22", 5, "ISO-2022-JP"), 1u);
+  EXPECT_EQ(cut("a\x1B$B\x24\x22", 6, "ISO-2022-JP"), 6u);
+  EXPECT_EQ(cut("\x1B$B\x24\x22\x1B(Ba", 8, "ISO-2022-JP"), 5u);
+  EXPECT_EQ(cut("\x1B$B\x24\x22\x1B(Ba", 9, "ISO-2022-JP"), 9u);
+  EXPECT_EQ(cut("\x1B$B\x24\x22\x24\x24", 6, "ISO-2022-JP"), 5u);
+  EXPECT_EQ(cut("a\x1Bxyz", 5, "ISO-2022-JP"), 1u) << "an unknown escape sequence";
+}
+
+TEST(CutStr, puts_an_escape_sequence_before_a_CR_to_the_next_piece) {
+  const std::string text = "\x1B$B\x24\x22\x1B(B\r\n";
+  EXPECT_EQ(cut(text, 9, "ISO-2022-JP"), 5u);
+  EXPECT_EQ(cut(text, 10, "ISO-2022-JP"), 10u);
+  EXPECT_EQ(cut("\x1B(B\r\r\n", 5, "ISO-2022-JP"), 4u) << "the second CR has none";
+}
+
+TEST(CutStr, of_Iso2022Jp3_begins_with_an_escape_sequence) {
+  EXPECT_EQ(cut("plain", 5, "ISO-2022-JP-3"), 0u);
+  EXPECT_EQ(cut("\x1B(Babc", 6, "ISO-2022-JP-3"), 6u);
+  EXPECT_EQ(cut("\x1B(Babc", 3, "ISO-2022-JP-3"), 0u);
+  EXPECT_EQ(cut("\x1B$(Q\x24\x22", 6, "ISO-2022-JP-3"), 6u);
+  EXPECT_EQ(cut("\x1B$(Q\x24\x22", 5, "ISO-2022-JP-3"), 4u) << "the escape sequence is taken";
+  EXPECT_EQ(cut("\x1B$(Q\x24\x22", 4, "ISO-2022-JP-3"), 0u);
+  EXPECT_EQ(cut("\x1B(B\r\n", 4, "ISO-2022-JP-3"), 0u);
+  EXPECT_EQ(cut("\x1B(Bab\x1Bxcd", 8, "ISO-2022-JP-3"), 5u);
+}
+
+// The rules once more, the long way, byte by byte, for the property test.
+namespace slow {
+
+struct Text {
+  const std::vector<uint8_t>& bytes;
+  int64_t n;
+  int64_t at(int64_t i) const { return bytes[static_cast<size_t>(i)]; }
+  bool between(int64_t i, int64_t low, int64_t high) const { return at(i) >= low && at(i) <= high; }
+};
+
+int64_t finish(const Text& text, int64_t i, int64_t back) {
+  return i == text.n && i > 0 && text.at(i - 1) == 13 && text.at(i) == 10 ? i - back : i;
+}
+
+template <typename IsLead>
+int64_t pairs(const Text& text, IsLead isLead) {
+  int64_t i = 0;
+  while (i < text.n) {
+    if (!isLead(i)) {
+      i += 1;
+    } else if (i >= text.n - 1) {
+      break;
+    } else {
+      i += 2;
+    }
+  }
+  return finish(text, i, 1);
+}
+
+int64_t eucJisX0213(const Text& text) {
+  int64_t i = 0;
+  while (i < text.n) {
+    if (text.at(i) == 0x8F) {
+      if (i >= text.n - 2) break;
+      i += 2;
+    } else if (text.between(i, 0xA1, 0xDF)) {
+      if (i >= text.n - 1) break;
+      i += 2;
+    } else {
+      i += 1;
+    }
+  }
+  return finish(text, i, 1);
+}
+
+int64_t gb18030(const Text& text) {
+  int64_t i = 0;
+  while (i < text.n) {
+    if (!text.between(i, 0x81, 0xFE)) {
+      i += 1;
+    } else if (i < text.n - 3) {
+      const bool four = text.between(i + 1, 0x30, 0x39) && text.between(i + 2, 0x81, 0xFE) &&
+                        text.between(i + 3, 0x30, 0x39);
+      i += four ? 4 : 2;
+    } else if (i >= text.n - 1) {
+      break;
+    } else {
+      i += text.between(i + 1, 0x40, 0x7E) || text.between(i + 1, 0x80, 0xFE) ? 2 : 1;
+    }
+  }
+  return finish(text, i, 1);
+}
+
+int64_t utf8(const Text& text) {
+  int64_t i = 0;
+  while (i < text.n) {
+    const int64_t c = text.at(i);
+    const int64_t length = c <= 0xBF   ? 1
+                           : c <= 0xDF ? 2
+                           : c <= 0xEF ? 3
+                           : c <= 0xF7 ? 4
+                           : c <= 0xFB ? 5
+                           : c <= 0xFD ? 6
+                                       : 1;
+    if (i >= text.n - length + 1) break;
+    i += length;
+  }
+  return finish(text, i, 1);
+}
+
+int64_t units(const Text& text, int64_t width) {
+  const int64_t m = text.n - text.n % width;
+  if (m == 0) return 0;
+  if (text.at(m - 1) != 13 && text.at(m - width) != 13) return m;
+  return text.at(m) == 10 || text.at(m + width - 1) == 10 ? m - width : m;
+}
+
+int64_t iso2022(const Text& text, bool jp3) {
+  int64_t i = 0;
+  int mode = 0;
+  bool flag = false;
+  while (i < text.n) {
+    if (text.at(i) == 0x1B && jp3) {
+      if (i >= text.n - 3) break;
+      if (text.at(i + 1) == '(') {
+        mode = 1;
+        flag = text.at(i + 3) == 13;
+        i += 4;
+        continue;
+      }
+      if (text.at(i + 1) != '$' || i >= text.n - 4) break;
+      mode = 2;
+      i += 4;
+      if (i + 1 >= text.n) break;
+      i += 2;
+      continue;
+    }
+    if (text.at(i) == 0x1B) {
+      if (i < text.n - 3 && text.at(i + 1) == '(') {
+        mode = 1;
+        flag = flag || text.at(i + 3) == 13;
+        i += 3;
+      } else if (i < text.n - 4 && text.at(i + 1) == '$') {
+        mode = 2;
+        i += 3;
+      } else {
+        mode = 0;
+      }
+    } else if (text.at(i) == 13) {
+      flag = false;
+    }
+    if (mode == 0) {
+      if (i != 0 || jp3) break;
+      mode = 1;
+    }
+    if (mode == 2 && i + 1 >= text.n) break;
+    i += mode;
+  }
+  return finish(text, i, flag ? 4 : 1);
+}
+
+int64_t cut(const std::string& name, const Text& text) {
+  if (text.n <= 0) return 0;
+  if (name == "EUC-JISX0213") return eucJisX0213(text);
+  if (name == "ISO-2022-JP-3") return iso2022(text, true);
+  if (name == "ISO-2022-JP") return iso2022(text, false);
+  if (name == "GB18030") return gb18030(text);
+  if (name == "UTF-8") return utf8(text);
+  if (name == "UTF-16") return units(text, 2);
+  if (name == "ISO-10646-UCS-4") return units(text, 4);
+  if (name == "ISO-8859-1") return finish(text, text.n, 1);
+  return pairs(text, [&](int64_t i) {
+    if (name == "Shift_JIS") return text.between(i, 0x81, 0x9F) || text.at(i) >= 0xE0;
+    if (name == "EUC-JP") return text.between(i, 0xA1, 0xDF) || text.between(i, 0x8E, 0x8F);
+    return text.at(i) >= 0x81;
+  });
+}
+
+}  // namespace slow
+
+TEST(CutStr, is_what_the_rules_say_at_every_length_and_limit_of_random_text) {
+  static constexpr uint8_t kTelling[] = {0x0A, 0x0D, 0x1B, '(',  '$',  'B',  '0',  '9',  0x40, 0x7E,
+                                         0x7F, 0x80, 0x81, 0x8E, 0x8F, 0x9F, 0xA0, 0xA1, 0xDF, 0xE0,
+                                         0xE3, 0xF0, 0xF8, 0xFC, 0xFE, 0xFF, 0x00, 'a'};
+  std::mt19937 random(20261121);
+  int64_t cuts = 0;
+  for (int round = 0; round < 400; ++round) {
+    std::vector<uint8_t> bytes(24 + 4);
+    for (uint8_t& byte : bytes) byte = kTelling[random() % std::size(kTelling)];
+    for (const char* name :
+         {"EUC-JISX0213", "ISO-2022-JP-3", "ISO-2022-JP", "GB18030", "UTF-8", "UTF-16",
+          "ISO-10646-UCS-4", "ISO-8859-1", "Shift_JIS", "EUC-JP", "ChineseGBK"}) {
+      for (int32_t length = 0; length <= 24; ++length) {
+        for (int32_t limit = 0; limit <= length + 1; ++limit) {
+          const int64_t expected = slow::cut(name, {bytes, std::min(length, limit)});
+          ASSERT_EQ(CutStr(bytes.data(), length, limit, name), expected)
+              << name << ", round " << round << ", length " << length << ", limit " << limit;
+          ++cuts;
+        }
+      }
+    }
+  }
+  EXPECT_GT(cuts, 1000000);
+}
+
+}  // namespace
