@@ -257,7 +257,10 @@ BulkConverter* findBulkConverter(const ConverterRecord& record) try {
   }
   const SourceForm form = sourceDecoder(record)->sourceForm;
   // With a supplementary mode a character's output depends on the replacements too.
-  if (form == SourceForm::kOther || record.options.supplementaryMode != 0) return nullptr;
+  if (form == SourceForm::kOther || record.options.supplementaryMode != 0 ||
+      targetEncoder(record)->keepsState) {
+    return nullptr;
+  }
   return ruleBase.lists == nullptr ? nullptr : convertersOfProcess().find(keyOf(record), form);
 } catch (const std::bad_alloc&) {
   return nullptr;

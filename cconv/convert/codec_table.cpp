@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+#include "cconv/convert/codecs/euc_jp.h"
+#include "cconv/convert/codecs/iso_2022_jp.h"
+#include "cconv/convert/codecs/oasys.h"
 #include "cconv/convert/codecs/same.h"
 #include "cconv/convert/codecs/shift_jis.h"
 #include "cconv/convert/codecs/ucs2.h"
@@ -28,6 +31,20 @@ constexpr CodecEntry kCodecTable[] = {
     {"constUTF-16", codecs::encodeUtf16, SourceForm::kOther, true},
     {"destUTF-8", codecs::decodeUtf8, SourceForm::kUtf8},
     {"constUTF-8", codecs::encodeUtf8, SourceForm::kOther, true},
+    {"destEUC-JP", codecs::decodeEucJp},
+    {"constEUC-JP", codecs::encodeEucJp},
+    {"destEUC-JP-FIX", codecs::decodeEucJpFix},
+    {"constEUC-JP-FIX", codecs::encodeEucJpFix},
+    {"destEUC-JIS-2004", codecs::decodeEucJis2004},
+    {"constEUC-JIS-2004", codecs::encodeEucJp},
+    {"destISO-2022-JP", codecs::decodeIso2022Jp},
+    {"constISO-2022-JP", codecs::encodeIso2022Jp, SourceForm::kOther, false, true},
+    {"destISO-2022-JP-2004", codecs::decodeIso2022Jp},
+    {"constISO-2022-JP-2004", codecs::encodeIso2022Jp, SourceForm::kOther, false, true},
+    {"destOASYS_WIN", codecs::decodeOasysWin},
+    {"constOASYS_WIN", codecs::encodeWindows31J},
+    {"destOASYS_ONLINE", codecs::decodeOasysOnline},
+    {"constOASYS_ONLINE", codecs::encodeSame},
 };
 
 }  // namespace

@@ -28,6 +28,7 @@ struct CodecEntry {
   CodecFunction function;
   SourceForm sourceForm = SourceForm::kOther;
   bool writesMark = false;  // an encoder that begins with a byte-order mark on request
+  bool keepsState = false;  // an encoder whose output depends on what it wrote before
 };
 
 // The entry of exactly that name, in table order; null for an empty or unknown

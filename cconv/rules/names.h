@@ -19,16 +19,20 @@ constexpr CharsetId kUcs2 = 1003;
 constexpr CharsetId kUtf8 = 1006;
 constexpr CharsetId kEucJp = 1007;
 constexpr CharsetId kShiftJis2004 = 1010;
+constexpr CharsetId kEucJis2004 = 1011;
 constexpr CharsetId kIso2022Jp2004 = 1012;
 constexpr CharsetId kIso646Irv = 2001;
 constexpr CharsetId kJisX0201Latin = 2002;
 constexpr CharsetId kJisX0201Kana = 2003;
+constexpr CharsetId kJisC6226 = 2004;
 constexpr CharsetId kJisX0208 = 2006;
+constexpr CharsetId kJisX0212 = 2007;
 constexpr CharsetId kNecExtset = 2008;
 constexpr CharsetId kIbmExtset = 2009;
 constexpr CharsetId kJisX0213 = 2011;
 constexpr CharsetId kNecIbmExtset = 2012;
 constexpr CharsetId kWindows31JUser = 3001;
+constexpr CharsetId kOasysExtset = 3003;
 }  // namespace charset_id
 
 // Lower-cases 'A' to 'Z' in place.

@@ -1,0 +1,191 @@
+#include "cconv/convert/codecs/iso_2022_jp.h"
+
+#include <cstring>
+#include <string_view>
+
+#include "cconv/convert/converter.h"
+#include "cconv/convert/mapping.h"
+#include "cconv/convert/unit_writer.h"
+
+namespace ksv::codecs {
+namespace {
+
+constexpr uint8_t kEscape = 0x1B;
+constexpr uint32_t kPlane2Flag = 0x10000;
+// The planes of JIS X 0213 as the record keeps them.
+constexpr uint32_t kPlane1 = 11;
+constexpr uint32_t kPlane2 = 12;
+
+// An escape sequence, the ESC itself left out.
+struct Designation {
+  std::string_view bytes;
+  CharsetId group;
+  uint32_t codeFlag = 0;
+};
+constexpr Designation kRead[] = {
+    {"$B", charset_id::kJisX0208},     {"$@", charset_id::kJisC6226},
+    {"$(Q", charset_id::kJisX0213},    {"$(P", charset_id::kJisX0213, kPlane2Flag},
+    {"(B", charset_id::kIso646Irv},    {"(J", charset_id::kJisX0201Latin},
+    {"(I", charset_id::kJisX0201Kana},
+};
+constexpr Designation kWritten[] = {
+    {"(B", charset_id::kIso646Irv},
+    {"(J", charset_id::kJisX0201Latin},
+    // Not "(I", although only that is read back: documents have always been written so.
+    {"$I", charset_id::kJisX0201Kana},
+    {"$@", charset_id::kJisC6226},
+    {"$B", charset_id::kJisX0208},
+};
+constexpr std::string_view kPlane1Designation = "$(Q";
+constexpr std::string_view kPlane2Designation = "$(P";
+constexpr std::string_view kAsciiDesignation = "(B";
+
+// The designation that stands in text at the input's position; null: none, or not
+// all of it.
+const Designation* designationAt(std::string_view text) {
+  for (const Designation& designation : kRead) {
+    if (text.starts_with(designation.bytes)) return &designation;
+  }
+  return nullptr;
+}
+
+std::string_view inputLeft(const ConverterRecord& record) {
+  return {reinterpret_cast<const char*>(record.input) + record.inputPosition,
+          static_cast<size_t>(bytesLeft(record))};
+}
+
+// Takes the escape sequences in front of a character. False at one that is unknown
+// or not whole: it is waited for, with the position on its ESC.
+bool takeDesignations(ConverterRecord& record, uint32_t& codeFlag) {
+  for (;;) {
+    std::string_view text = inputLeft(record);
+    if (text.empty() || static_cast<uint8_t>(text[0]) != kEscape) return true;
+    text.remove_prefix(1);
+    const Designation* designation = designationAt(text);
+    if (designation == nullptr) return false;
+    record.decoderState = designation->group;
+    codeFlag = designation->codeFlag;
+    record.inputPosition += static_cast<int32_t>(1 + designation->bytes.size());
+  }
+}
+
+// The first member that is designated and of a width that can be read.
+const SubsetDef* designatedMember(const ConverterRecord& record) {
+  for (const SubsetDef* group : sourceCharset(record)->members) {
+    const uint32_t width = group->bytesPerCode;
+    if (group->id == record.decoderState && (width == 1 || width == 2 || width == 4)) return group;
+  }
+  return nullptr;
+}
+
+bool isLayoutControl(uint8_t byte) { return byte == '\r' || byte == '\n' || byte == '\t'; }
+
+// In text of pairs line ends and tabs stand as they are.
+void deliverLayoutControl(ConverterRecord& record, uint8_t byte) {
+  record.decodedGroup = charset_id::kIso646Irv;
+  record.decodedGroupType = static_cast<uint32_t>(SubsetKind::kBase);
+  record.rawCode = byte;
+  record.groupCode = byte;
+  countOneMore(record.charactersRead);
+  record.status = KSV_STATUS_DECODED;
+}
+
+// Puts an escape sequence out; false, with status 22, when it does not fit.
+bool writeDesignation(ConverterRecord& record, std::string_view bytes) {
+  const uint32_t size = static_cast<uint32_t>(1 + bytes.size());
+  if (!hasRoom(record, size)) return refuse(record, KSV_STATUS_FULL);
+  uint8_t* at = record.output + record.outputPosition;
+  *at = kEscape;
+  std::memcpy(at + 1, bytes.data(), bytes.size());
+  record.outputPosition += static_cast<int32_t>(size);
+  return true;
+}
+
+std::string_view designationOf(CharsetId group, CharsetId target) {
+  // ISO-2022-JP-2004 has the characters of JIS X 0208 in plane 1.
+  if (group == charset_id::kJisX0208 && target == charset_id::kIso2022Jp2004) {
+    return kPlane1Designation;
+  }
+  for (const Designation& designation : kWritten) {
+    if (designation.group == group) return designation.bytes;
+  }
+  return {};
+}
+
+bool designateGroup(ConverterRecord& record) {
+  if (record.designatedGroup == record.targetGroup) return true;
+  const std::string_view bytes = designationOf(record.targetGroup, record.targetCharsetId);
+  if (bytes.empty()) return refuse(record, KSV_STATUS_UNMAPPABLE);
+  if (!writeDesignation(record, bytes)) return false;
+  record.designatedGroup = record.targetGroup;
+  return true;
+}
+
+// The designated group is left as it was, on purpose: each character of JIS X 0213
+// gets its escape sequence, and one of the group before follows without.
+bool designatePlane(ConverterRecord& record) {
+  const uint32_t plane = (record.outputCode & kPlane2Flag) != 0 ? kPlane2 : kPlane1;
+  const bool isDesignated =
+      record.designatedGroup == charset_id::kJisX0213 && record.designatedPlane == plane;
+  const std::string_view bytes = plane == kPlane2 ? kPlane2Designation : kPlane1Designation;
+  if (!isDesignated && !writeDesignation(record, bytes)) return false;
+  record.designatedPlane = plane;
+  return true;
+}
+
+void closeText(ConverterRecord& record) {
+  const bool inAscii = record.targetGroup == charset_id::kIso646Irv;
+  if (inAscii || writeDesignation(record, kAsciiDesignation)) record.status = KSV_STATUS_DONE;
+}
+
+}  // namespace
+
+void decodeIso2022Jp(ConverterRecord& record) {
+  const int32_t start = record.inputPosition;
+  uint32_t codeFlag = 0;  // of the first character behind its escape sequence only
+  if (!takeDesignations(record, codeFlag)) {
+    record.status = KSV_STATUS_INCOMPLETE;
+    return;
+  }
+  const int64_t left = bytesLeft(record);
+  if (left == 0) {
+    record.status = KSV_STATUS_DONE;
+    return;
+  }
+  const uint8_t* bytes = record.input + record.inputPosition;
+  const SubsetDef* group = designatedMember(record);
+  ++record.inputPosition;
+  if (group == nullptr) {
+    record.status = KSV_STATUS_INVALID;
+  } else if (group->bytesPerCode == 1) {
+    deliverCharacter(record, *group, bytes[0], bytes[0], 0);
+  } else if (isLayoutControl(bytes[0])) {
+    deliverLayoutControl(record, bytes[0]);
+  } else if (left < 2) {
+    record.inputPosition = start;
+    record.status = KSV_STATUS_INCOMPLETE;
+  } else {
+    ++record.inputPosition;
+    const uint32_t code = (static_cast<uint32_t>(bytes[0]) << 8 | bytes[1]) | codeFlag;
+    deliverCharacter(record, *group, code, code, 0);
+  }
+}
+
+void encodeIso2022Jp(ConverterRecord& record) {
+  if (record.status == KSV_STATUS_FLUSH) {
+    closeText(record);
+    return;
+  }
+  if (!mapCharacter(record)) return;
+  if (record.targetGroup != charset_id::kJisX0213) {
+    if (designateGroup(record)) writeCharacter(record, plainUnit);
+    return;
+  }
+  const OutputMark start(record);
+  if (!designatePlane(record)) return;
+  writeCharacter(record, plainUnit);
+  // Not remembered, so it is not left without its character either.
+  if (record.status != KSV_STATUS_WRITTEN) start.goBack(record);
+}
+
+}  // namespace ksv::codecs
