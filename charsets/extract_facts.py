@@ -138,13 +138,21 @@ def python_codec(codec: str, to_bytes: Callable[[int], bytes],
     return Witness(f"Python {version}, codec {codec}", decode, differences)
 
 
-def other_charmap(name: str, to_bytes: Callable[[int], bytes]) -> Witness:
-    """Another charmap of the C library, which must not differ."""
+def other_charmap(name: str, to_bytes: Callable[[int], bytes],
+                  differences: Mapping[int, str] | None = None) -> Witness:
+    """Another charmap of the C library."""
     entries = dict(read_charmap(name))
-    return Witness(f"{CHARMAPS}/{name}.gz", lambda code: entries.get(to_bytes(code)), {})
+    return Witness(f"{CHARMAPS}/{name}.gz", lambda code: entries.get(to_bytes(code)),
+                   differences or {})
 
 
 # What is taken.
+
+
+def jis_x0212(sequence: bytes) -> int | None:
+    """Selects the three-byte sequences of EUC, as row and cell codes."""
+    code = euc_to_jis(sequence)
+    return code - 0x10000 if code is not None and code >= 0x10000 else None
 
 
 def lead_between(ranges: list[tuple[int, int]]) -> Callable[[bytes], int | None]:
@@ -197,6 +205,14 @@ def fact_files() -> list[FactFile]:
             "WINDOWS-31J",
             ["The byte pairs with lead bytes ED and EE, lines marked irreversible included."],
             lead_between([(0xED, 0xEE)]), 374, cp932),
+        FactFile(
+            "jis_x0212.txt", "JIS X 0212-1990", "EUC-JP",
+            ["The three-byte sequences, as row and cell codes."],
+            jis_x0212, 6067,
+            [other_charmap("EUC-JP-MS", lambda code: jis_to_euc(code + 0x10000),
+                           {0x2243: "U+00A6 is the standard's character, U+FFE4 Windows'"}),
+             python_codec("euc_jp", lambda code: jis_to_euc(code + 0x10000),
+                          {0x2237: "U+007E is ASCII's; both charmaps have the full-width form"})]),
         FactFile(
             "jis_x0213.txt", "JIS X 0213:2004", "EUC-JISX0213",
             ["Both planes; 10000 is added to the codes of plane 2. The 25 codes that stand for",

@@ -88,6 +88,7 @@ class Charset:
     base: str
     codec: str
     members: list[Member]
+    not_read_back: set[int]  # characters that are read, but written as another's code
 
 
 def name_to_id(name: str) -> int:
@@ -121,6 +122,14 @@ def codes_of(source: dict[str, Any]) -> Iterator[int]:
             yield code
 
 
+def without(pairs: Iterable[Pair], ranges: list[str]) -> Iterator[Pair]:
+    """The lines whose codes lie in none of the ranges."""
+    bounds = [parse_range(text) for text in ranges]
+    for code, character in pairs:
+        if not any(first <= code <= last for first, last in bounds):
+            yield code, character
+
+
 def read_facts(path: Path) -> list[Pair]:
     """Reads a fact file: a header of # lines, an empty line, and the lines."""
     header, separator, body = path.read_text(encoding="utf-8").partition("\n\n")
@@ -138,21 +147,6 @@ def parse_pair(line: str) -> Pair:
     return int(code, 16), int(character, 16)
 
 
-def read_pairs(sources: list[dict[str, Any]], facts: Path) -> list[Pair]:
-    """Puts the lines of a table together from its sources, in order."""
-    pairs: list[Pair] = []
-    for source in sources:
-        if "facts" in source:
-            pairs += read_facts(facts / source["facts"])
-        elif "pairs" in source:
-            pairs += [parse_pair(line) for line in source["pairs"]]
-        elif "codes" in source:
-            pairs += zip(codes_of(source), itertools.count(int(source["characters"], 16)))
-        else:
-            raise DescriptionError(f"neither facts nor pairs nor codes: {source}")
-    return pairs
-
-
 class Descriptions:
     """The descriptions under one directory, read once each."""
 
@@ -166,11 +160,13 @@ class Descriptions:
         return [self._charset(path) for path in sorted(self._root.glob("rules/charsets/*.toml"))]
 
     def _charset(self, path: Path) -> Charset:
-        description = _load(path, {"name", "codec", "members"}, set())
+        description = _load(path, {"name", "codec", "members"}, {"not_read_back"})
         if path.stem != description["name"].lower():
             raise DescriptionError(f"{path}: the file is not named after the charset")
         members = [self._member(member) for member in description["members"]]
-        return Charset(description["name"], path.stem, description["codec"], members)
+        not_read_back = {int(text, 16) for text in description.get("not_read_back", [])}
+        return Charset(description["name"], path.stem, description["codec"], members,
+                       not_read_back)
 
     def _member(self, member: str | dict[str, Any]) -> Member:
         """A member is the name of a subset, or that and further one-way tables."""
@@ -189,7 +185,7 @@ class Descriptions:
                 raise DescriptionError(f"{path}: the file is not named after the subset")
             table = None
             if "table" in description:
-                table = Table(base, read_pairs(description["table"], self._root / "facts"))
+                table = Table(base, self._pairs(description["table"]))
             width = description["width"]
             self._subsets[base] = Subset(
                 description["name"], base, width, description["language"], table,
@@ -200,9 +196,38 @@ class Descriptions:
     def _one_way_table(self, name: str) -> Table:
         if name not in self._one_way:
             description = _load(self._root / "rules/one_way" / f"{name}.toml", {"table"}, set())
-            pairs = read_pairs(description["table"], self._root / "facts")
-            self._one_way[name] = Table(f"one_way.{name}", pairs)
+            self._one_way[name] = Table(f"one_way.{name}", self._pairs(description["table"]))
         return self._one_way[name]
+
+    def _pairs(self, sources: list[dict[str, Any]]) -> list[Pair]:
+        """Puts the lines of a table together from its sources, in order."""
+        pairs: list[Pair] = []
+        for source in sources:
+            added = int(source.get("add", "0"), 16)
+            lines = without(self._source_pairs(source), source.get("except", []))
+            pairs += [(code + added, character) for code, character in lines]
+        return pairs
+
+    def _source_pairs(self, source: dict[str, Any]) -> Iterable[Pair]:
+        """The lines of one source as they stand there."""
+        if "facts" in source:
+            return read_facts(self._root / "facts" / source["facts"])
+        if "pairs" in source:
+            return [parse_pair(line) for line in source["pairs"]]
+        if "one_way" in source:
+            return self._one_way_table(source["one_way"]).pairs
+        if "characters" in source:
+            return zip(codes_of(source), itertools.count(int(source["characters"], 16)))
+        if "characters_from_code" in source:
+            return self._characters_from_code(source)
+        raise DescriptionError(f"none of the kinds of source: {source}")
+
+    def _characters_from_code(self, source: dict[str, Any]) -> Iterator[Pair]:
+        """Codes that no other set has, each for the character so far above it."""
+        taken = {code for base in source.get("unless_in", [])
+                 if (table := self._subset(base).table) for code, _ in table.pairs}
+        above = int(source["characters_from_code"], 16)
+        return ((code, code + above) for code in codes_of(source) if code not in taken)
 
 
 def _load(path: Path, required: set[str], optional: set[str]) -> dict[str, Any]:
@@ -279,8 +304,11 @@ def check_charset(charset: Charset) -> None:
             check_one_way(member)
             for table in member.one_way:
                 check_table(table, member.subset.one_way_width)
-    for code, character in unwritten(charset):
-        raise DescriptionError(f"{charset.name}: U+{character:04X} ({code:04X}) is never written")
+    lost = {character for _, character in unwritten(charset)}
+    if lost != charset.not_read_back:
+        raise DescriptionError(
+            f"{charset.name}: these come back as another character, or are listed and do not: "
+            f"{[f'{character:04X}' for character in sorted(lost ^ charset.not_read_back)]}")
 
 
 def unwritten(charset: Charset) -> Iterator[Pair]:
