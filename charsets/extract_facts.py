@@ -42,11 +42,11 @@ class Witness:
 
 @dataclasses.dataclass(frozen=True)
 class FactFile:
-    """One file under facts/."""
+    """One file under facts/; the source is a charmap, or "python:" and a codec."""
 
     name: str
     title: str
-    charmap: str
+    source: str
     taken: list[str]
     select: Callable[[bytes], int | None]
     expected_count: int
@@ -69,6 +69,46 @@ def read_charmap(name: str) -> list[tuple[bytes, int]]:
                 sequence = bytes.fromhex(match.group(2).replace("/x", ""))
                 entries.append((sequence, int(match.group(1), 16)))
     return entries
+
+
+def read_codec(codec: str) -> list[tuple[bytes, int]]:
+    """Returns the sequences of one or two bytes that are one character of a Python codec."""
+    entries = []
+    for length in (1, 2):
+        for value in range(256**length):
+            sequence = value.to_bytes(length, "big")
+            character = decode_one(codec, sequence)
+            if character is not None:
+                entries.append((sequence, character))
+    return entries
+
+
+def decode_one(codec: str, sequence: bytes) -> int | None:
+    """The character of a byte sequence, if it is one in the codec."""
+    try:
+        text = sequence.decode(codec)
+    except UnicodeDecodeError:
+        return None
+    return ord(text) if len(text) == 1 else None
+
+
+def read_source(source: str) -> list[tuple[bytes, int]]:
+    """Returns the byte sequences and characters of a source."""
+    if source.startswith("python:"):
+        return read_codec(source.removeprefix("python:"))
+    return read_charmap(source)
+
+
+def describe_source(source: str) -> list[str]:
+    """The header lines that say where the codes are from."""
+    if source.startswith("python:"):
+        version = sys.version.split()[0]
+        return [f"origin: Python {version}, codec {source.removeprefix('python:')}"]
+    charmap = CHARMAPS / f"{source}.gz"
+    return [
+        f"origin: {charmap}, Debian package locales {package_version('locales')} (glibc)",
+        f"origin-sha256: {hashlib.sha256(charmap.read_bytes()).hexdigest()}",
+    ]
 
 
 # Row and cell arithmetic.
@@ -128,11 +168,7 @@ def python_codec(codec: str, to_bytes: Callable[[int], bytes],
     """A codec of Python's standard library."""
 
     def decode(code: int) -> int | None:
-        try:
-            text = to_bytes(code).decode(codec)
-        except UnicodeDecodeError:
-            return None
-        return ord(text) if len(text) == 1 else None
+        return decode_one(codec, to_bytes(code))
 
     version = sys.version.split()[0]
     return Witness(f"Python {version}, codec {codec}", decode, differences)
@@ -175,6 +211,75 @@ SHIFT_JIS_2004_DIFFERENCES = JIS_X0213_DIFFERENCES | {
     0x2140: "U+005C is written as the one-byte code 5C",
     0x2232: "U+007E is written as the one-byte code 7E",
 }
+
+
+def single_byte(code: int) -> bytes:
+    """The byte of a one-byte code."""
+    return bytes([code])
+
+
+def one_byte_code(sequence: bytes) -> int | None:
+    """Selects single bytes."""
+    return sequence[0] if len(sequence) == 1 else None
+
+
+# Name, charmap, Python's codec, number of codes. The two sources agree on every code.
+ONE_BYTE_SETS = [
+    ("iso-8859-1", "ISO-8859-1", "iso8859_1", 256),
+    ("iso-8859-2", "ISO-8859-2", "iso8859_2", 256),
+    ("iso-8859-3", "ISO-8859-3", "iso8859_3", 249),
+    ("iso-8859-4", "ISO-8859-4", "iso8859_4", 256),
+    ("iso-8859-5", "ISO-8859-5", "iso8859_5", 256),
+    ("iso-8859-6", "ISO-8859-6", "iso8859_6", 211),
+    ("iso-8859-7", "ISO-8859-7", "iso8859_7", 253),
+    ("iso-8859-8", "ISO-8859-8", "iso8859_8", 220),
+    ("iso-8859-9", "ISO-8859-9", "iso8859_9", 256),
+    ("iso-8859-10", "ISO-8859-10", "iso8859_10", 256),
+    ("iso-8859-11", "ISO-8859-11", "iso8859_11", 248),
+    ("iso-8859-13", "ISO-8859-13", "iso8859_13", 256),
+    ("iso-8859-14", "ISO-8859-14", "iso8859_14", 256),
+    ("iso-8859-15", "ISO-8859-15", "iso8859_15", 256),
+    ("iso-8859-16", "ISO-8859-16", "iso8859_16", 256),
+    ("windows-1250", "CP1250", "cp1250", 251),
+    ("windows-1251", "CP1251", "cp1251", 255),
+    ("windows-1252", "CP1252", "cp1252", 251),
+    ("windows-1253", "CP1253", "cp1253", 239),
+    ("windows-1254", "CP1254", "cp1254", 249),
+    ("windows-1255", "CP1255", "cp1255", 233),
+    ("windows-1256", "CP1256", "cp1256", 256),
+    ("windows-1257", "CP1257", "cp1257", 244),
+    ("windows-1258", "CP1258", "cp1258", 247),
+    ("koi8-r", "KOI8-R", "koi8_r", 256),
+    ("koi8-u", "KOI8-U", "koi8_u", 256),
+    ("ibm866", "IBM866", "cp866", 256),
+]
+
+
+def one_byte_files() -> list[FactFile]:
+    """The files of the one-byte sets."""
+    files = [FactFile(f"{name}.txt", name.upper() if name[0] != "w" else name, charmap,
+                      ["All bytes that have a character."], one_byte_code, count,
+                      [python_codec(codec, single_byte, {})])
+             for name, charmap, codec, count in ONE_BYTE_SETS]
+    no_control = "the standard, TIS 620-2533, has no codes here"
+    return files + [
+        FactFile("tis-620.txt", "TIS-620", "TIS-620", ["All bytes that have a character."],
+                 one_byte_code, 215, [python_codec("tis_620", single_byte, {})]),
+        FactFile("windows-874.txt", "windows-874", "python:cp874",
+                 ["All bytes that have a character."], one_byte_code, 225,
+                 [other_charmap("TIS-620", single_byte, {
+                     code: no_control for code in (0x80, 0x85, *range(0x91, 0x98), 0xA0)})]),
+        FactFile("macintosh.txt", "macintosh", "python:mac_roman",
+                 ["All bytes."], one_byte_code, 256,
+                 [other_charmap("MACINTOSH", single_byte, {
+                     0xC6: "U+2206 is the increment sign that the system's fonts have",
+                     0xF0: "U+F8FF is the private use character that is commonly taken for the sign"})]),
+        FactFile("x-mac-cyrillic.txt", "x-mac-cyrillic", "python:mac_cyrillic",
+                 ["All bytes."], one_byte_code, 256,
+                 [other_charmap("MAC-CYRILLIC", single_byte, {
+                     0xA2: "U+0490 since the revision that joined the Ukrainian variant",
+                     0xFF: "U+20AC since the euro replaced the currency sign"})]),
+    ]
 
 
 def fact_files() -> list[FactFile]:
@@ -229,12 +334,12 @@ def fact_files() -> list[FactFile]:
 def extract(facts: FactFile) -> CodeMap:
     """Selects the codes of one file from its charmap."""
     mapping: CodeMap = {}
-    for sequence, character in read_charmap(facts.charmap):
+    for sequence, character in read_source(facts.source):
         code = facts.select(sequence)
         if code is None:
             continue
         if code in mapping:
-            sys.exit(f"{facts.name}: code {code:04X} appears twice in {facts.charmap}")
+            sys.exit(f"{facts.name}: code {code:04X} appears twice in {facts.source}")
         mapping[code] = character
     if len(mapping) != facts.expected_count:
         sys.exit(f"{facts.name}: {len(mapping)} codes, not {facts.expected_count}")
@@ -275,14 +380,12 @@ def package_version(package: str) -> str:
 def write_facts(facts: FactFile, directory: Path, date: str) -> None:
     """Writes one file: a header, an empty line, and a line for every code."""
     mapping = extract(facts)
-    source = CHARMAPS / f"{facts.charmap}.gz"
     body = "".join(f"{code:04X} {character:04X} {describe(character)}\n"
                    for code, character in sorted(mapping.items()))
     header = [
         facts.title,
         "",
-        f"origin: {source}, Debian package locales {package_version('locales')} (glibc)",
-        f"origin-sha256: {hashlib.sha256(source.read_bytes()).hexdigest()}",
+        *describe_source(facts.source),
         f"date: {date}",
         "licence: a list of facts (which code stands for which character), in which no",
         "  copyright is claimed; the charmap's form and remarks were not taken over",
@@ -308,7 +411,7 @@ def main() -> None:
     parser.add_argument("--date", default=datetime.now(timezone.utc).strftime("%Y-%m-%d"),
                         help="the date that the headers name")
     arguments = parser.parse_args()
-    for facts in fact_files():
+    for facts in fact_files() + one_byte_files():
         write_facts(facts, arguments.directory, arguments.date)
 
 
