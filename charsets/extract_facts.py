@@ -25,7 +25,7 @@ from pathlib import Path
 CHARMAPS = Path("/usr/share/i18n/charmaps")
 CHARMAP_LINE = re.compile(
     r"^(?:%IRREVERSIBLE%)?<U([0-9A-F]+)>\s+((?:/x[0-9a-f]{2})+)(?:\s|$)")
-CHARMAP_RANGE = re.compile(r"^<U[0-9A-F]+>\.\.<U[0-9A-F]+>")
+CHARMAP_RANGE = re.compile(r"^<U[0-9A-F]+>\.\.<U[0-9A-F]+>\s+((?:/x[0-9a-f]{2})+)")
 
 # A code of a set to its character.
 CodeMap = dict[int, int]
@@ -63,8 +63,10 @@ def read_charmap(name: str) -> list[tuple[bytes, int]]:
                 inside = True
             elif line.startswith("END CHARMAP"):
                 break
-            elif inside and CHARMAP_RANGE.match(line):
-                sys.exit(f"{name}: a range, which is not handled: {line}")
+            elif inside and (match := CHARMAP_RANGE.match(line)):
+                # Ranges are of four-byte codes, which are taken by the rule they follow.
+                if len(match.group(1)) != len("/x81/x30/x81/x30"):
+                    sys.exit(f"{name}: a range, which is not handled: {line}")
             elif inside and (match := CHARMAP_LINE.match(line)):
                 sequence = bytes.fromhex(match.group(2).replace("/x", ""))
                 entries.append((sequence, int(match.group(1), 16)))
@@ -255,6 +257,98 @@ ONE_BYTE_SETS = [
 ]
 
 
+def pair(code: int) -> bytes:
+    """The bytes of a two-byte code."""
+    return code.to_bytes(2, "big")
+
+
+def pair_code(sequence: bytes) -> int | None:
+    """Selects byte pairs."""
+    return int.from_bytes(sequence, "big") if len(sequence) == 2 else None
+
+
+# GB18030 codes to which later editions gave characters that Unicode had got meanwhile,
+# in the place of private use characters. In the first edition the characters stood at
+# four-byte codes, and there the private use characters have gone.
+GB18030_LATER = (0xA6D9, 0xA6DA, 0xA6DB, 0xA6DC, 0xA6DD, 0xA6DE, 0xA6DF, 0xA6EC, 0xA6ED, 0xA6F3,
+                 0xA8BC, 0xFE51, 0xFE52, 0xFE53, 0xFE59, 0xFE61, 0xFE66, 0xFE67, 0xFE6C, 0xFE6D,
+                 0xFE76, 0xFE7E, 0xFE90, 0xFE91, 0xFEA0)
+
+
+def two_byte_files() -> list[FactFile]:
+    """The files of the Chinese and Korean sets."""
+    hkscs_2008 = {code: "HKSCS-2008 added it" for code in (*range(0x877A, 0x877F),
+                                                           *range(0x87A1, 0x87E0))}
+    later = {code: "a private use character in the first edition" for code in GB18030_LATER}
+    return [
+        FactFile("gbk.txt", "GBK", "GBK", ["The byte pairs."], pair_code, 21791,
+                 [python_codec("gbk", pair, {})]),
+        FactFile("cp949.txt", "Code page 949", "CP949", ["The byte pairs."], pair_code, 17048,
+                 [python_codec("cp949", pair, {})]),
+        FactFile("cp950.txt", "Code page 950", "python:cp950",
+                 ["The byte pairs. The C library's charmap BIG5 differs from the code page in",
+                  "row C6 and others, which hold private use characters there, and is not",
+                  "compared."], pair_code, 13752, []),
+        FactFile("big5_hkscs.txt", "Big5-HKSCS", "BIG5-HKSCS",
+                 ["The byte pairs. Four that stand for a base and a combining mark (8862, 8864,",
+                  "88A3, 88A5) are not here."], pair_code, 18459,
+                 [python_codec("big5hkscs", pair, hkscs_2008)]),
+        FactFile("gb18030_two_byte.txt", "GB18030, byte pairs", "GB18030",
+                 ["The byte pairs, with the characters of the latest edition."], pair_code, 23940,
+                 [python_codec("gb18030", pair, later)]),
+    ]
+
+
+# Four-byte codes count like the digits of a clock.
+FOUR_BYTE_DIGITS = (range(0x81, 0xFF), range(0x30, 0x3A), range(0x81, 0xFF), range(0x30, 0x3A))
+
+
+def four_byte_code(index: int) -> int:
+    """The index-th four-byte code."""
+    code = 0
+    for place, digits in reversed(list(enumerate(FOUR_BYTE_DIGITS))):
+        index, digit = divmod(index, len(digits))
+        code |= digits[digit] << 8 * (3 - place)
+    return code
+
+
+def write_four_byte_facts(directory: Path, date: str) -> None:
+    """Writes the four-byte codes of the Basic Multilingual Plane, as ranges."""
+    first_edition: CodeMap = {}
+    for index in range(39420):
+        code = four_byte_code(index)
+        character = decode_one("gb18030", code.to_bytes(4, "big"))
+        if character is None:
+            sys.exit(f"gb18030_four_byte.txt: {code:08X} has no character")
+        first_edition[code] = character
+    latest = dict((int.from_bytes(sequence, "big"), character)
+                  for sequence, character in read_charmap("GB18030") if len(sequence) == 2)
+    moved = {latest[code]: decode_one("gb18030", pair(code)) for code in GB18030_LATER}
+    mapping = {code: moved.get(character) or character for code, character in first_edition.items()}
+    ranges: list[list[int]] = []
+    for index in range(39420):
+        code = four_byte_code(index)
+        if ranges and mapping[code] == ranges[-1][2] + index - ranges[-1][3]:
+            ranges[-1][1] = code
+        else:
+            ranges.append([code, code, mapping[code], index])
+    body = "".join(f"{first:08X}-{last:08X} {character:04X}\n"
+                   for first, last, character, _ in ranges)
+    write_file(directory / "gb18030_four_byte.txt", [
+        "GB18030, four-byte codes of the Basic Multilingual Plane",
+        "",
+        *describe_source("python:gb18030"),
+        f"date: {date}",
+        *LICENCE,
+        "taken:",
+        "  All codes up to 8431A439. Where a later edition gave a byte pair the character of a",
+        "  four-byte code, the private use character that the pair had is at that code.",
+        "line: first and last code, character of the first (hexadecimal)",
+        f"codes: {len(mapping)}",
+    ], body)
+    print(f"gb18030_four_byte.txt: {len(mapping)} codes")
+
+
 def one_byte_files() -> list[FactFile]:
     """The files of the one-byte sets."""
     files = [FactFile(f"{name}.txt", name.upper() if name[0] != "w" else name, charmap,
@@ -377,8 +471,21 @@ def package_version(package: str) -> str:
     return query.stdout
 
 
+LICENCE = [
+    "licence: a list of facts (which code stands for which character), in which no",
+    "  copyright is claimed; the charmap's form and remarks were not taken over",
+]
+
+
+def write_file(path: Path, header: list[str], body: str) -> None:
+    """Writes a header, an empty line, and the lines, whose hash ends the header."""
+    stated = f"sha256: {hashlib.sha256(body.encode()).hexdigest()} (of the lines below)"
+    text = "".join(f"# {line}".rstrip() + "\n" for line in [*header, stated])
+    path.write_text(f"{text}\n{body}", encoding="utf-8")
+
+
 def write_facts(facts: FactFile, directory: Path, date: str) -> None:
-    """Writes one file: a header, an empty line, and a line for every code."""
+    """Writes one file with a line for every code."""
     mapping = extract(facts)
     body = "".join(f"{code:04X} {character:04X} {describe(character)}\n"
                    for code, character in sorted(mapping.items()))
@@ -387,8 +494,7 @@ def write_facts(facts: FactFile, directory: Path, date: str) -> None:
         "",
         *describe_source(facts.source),
         f"date: {date}",
-        "licence: a list of facts (which code stands for which character), in which no",
-        "  copyright is claimed; the charmap's form and remarks were not taken over",
+        *LICENCE,
         "taken:",
         *(f"  {line}" for line in facts.taken),
     ]
@@ -397,10 +503,8 @@ def write_facts(facts: FactFile, directory: Path, date: str) -> None:
     header += [
         "line: code, character (both hexadecimal), the character or its name",
         f"codes: {len(mapping)}",
-        f"sha256: {hashlib.sha256(body.encode()).hexdigest()} (of the lines below)",
     ]
-    text = "".join(f"# {line}".rstrip() + "\n" for line in header) + "\n" + body
-    (directory / facts.name).write_text(text, encoding="utf-8")
+    write_file(directory / facts.name, header, body)
     print(f"{facts.name}: {len(mapping)} codes")
 
 
@@ -411,8 +515,9 @@ def main() -> None:
     parser.add_argument("--date", default=datetime.now(timezone.utc).strftime("%Y-%m-%d"),
                         help="the date that the headers name")
     arguments = parser.parse_args()
-    for facts in fact_files() + one_byte_files():
+    for facts in fact_files() + one_byte_files() + two_byte_files():
         write_facts(facts, arguments.directory, arguments.date)
+    write_four_byte_facts(arguments.directory, arguments.date)
 
 
 if __name__ == "__main__":

@@ -113,13 +113,29 @@ def codes_of(source: dict[str, Any]) -> Iterator[int]:
     """The codes of a range; "bytes" limits each byte, the most significant first."""
     first, last = parse_range(source["codes"])
     if "bytes" not in source:
-        yield from range(first, last + 1)
-        return
-    ranges = [range(low, high + 1) for low, high in map(parse_range, source["bytes"])]
-    for combination in itertools.product(*ranges):
-        code = int.from_bytes(bytes(combination), "big")
-        if first <= code <= last:
-            yield code
+        return iter(range(first, last + 1))
+    digits = [range(low, high + 1) for low, high in map(parse_range, source["bytes"])]
+    indexes = range(index_of(first, digits), index_of(last, digits) + 1)
+    return (code_at(index, digits) for index in indexes)
+
+
+def index_of(code: int, digits: list[range]) -> int:
+    """Which code it is, counted from the first whose bytes are all in their ranges."""
+    index = 0
+    for byte, allowed in zip(code.to_bytes(len(digits), "big"), digits):
+        if byte not in allowed:
+            raise DescriptionError(f"{code:X}: byte {byte:02X} is outside its range")
+        index = index * len(allowed) + allowed.index(byte)
+    return index
+
+
+def code_at(index: int, digits: list[range]) -> int:
+    """The inverse of index_of."""
+    code = 0
+    for place, allowed in enumerate(reversed(digits)):
+        index, digit = divmod(index, len(allowed))
+        code |= allowed[digit] << 8 * place
+    return code
 
 
 def without(pairs: Iterable[Pair], ranges: list[str]) -> Iterator[Pair]:
@@ -130,15 +146,15 @@ def without(pairs: Iterable[Pair], ranges: list[str]) -> Iterator[Pair]:
             yield code, character
 
 
-def read_facts(path: Path) -> list[Pair]:
-    """Reads a fact file: a header of # lines, an empty line, and the lines."""
+def read_facts(path: Path) -> list[str]:
+    """The lines of a fact file, which stand behind a header of # lines and an empty line."""
     header, separator, body = path.read_text(encoding="utf-8").partition("\n\n")
     stated = re.search(r"^# sha256: ([0-9a-f]{64})", header, re.MULTILINE)
     if not separator or not stated:
         raise DescriptionError(f"{path}: no header with a sha256 line")
     if hashlib.sha256(body.encode()).hexdigest() != stated.group(1):
         raise DescriptionError(f"{path}: the lines do not have the sha256 that the header states")
-    return [parse_pair(line) for line in body.splitlines()]
+    return body.splitlines()
 
 
 def parse_pair(line: str) -> Pair:
@@ -211,7 +227,9 @@ class Descriptions:
     def _source_pairs(self, source: dict[str, Any]) -> Iterable[Pair]:
         """The lines of one source as they stand there."""
         if "facts" in source:
-            return read_facts(self._root / "facts" / source["facts"])
+            return map(parse_pair, read_facts(self._root / "facts" / source["facts"]))
+        if "ranges" in source:
+            return self._ranges(source)
         if "pairs" in source:
             return [parse_pair(line) for line in source["pairs"]]
         if "one_way" in source:
@@ -221,6 +239,13 @@ class Descriptions:
         if "characters_from_code" in source:
             return self._characters_from_code(source)
         raise DescriptionError(f"none of the kinds of source: {source}")
+
+    def _ranges(self, source: dict[str, Any]) -> Iterator[Pair]:
+        """The codes of a fact file whose lines are ranges of codes and a first character."""
+        for line in read_facts(self._root / "facts" / source["ranges"]):
+            codes, character = line.split()
+            yield from zip(codes_of({"codes": codes, "bytes": source["bytes"]}),
+                           itertools.count(int(character, 16)))
 
     def _characters_from_code(self, source: dict[str, Any]) -> Iterator[Pair]:
         """Codes that no other set has, each for the character so far above it."""
