@@ -12,6 +12,7 @@
 #include "console.h"
 #include "failure.h"
 #include "platform.h"
+#include "text_conversion.h"
 
 namespace ksv_cli {
 namespace {
@@ -20,10 +21,6 @@ using platform::FileFacts;
 using platform::FileKind;
 
 bool isStandardStream(const std::string& path) { return path == kStandardStream; }
-
-std::string nameForMessages(const std::string& input) {
-  return isStandardStream(input) ? "standard input" : input;
-}
 
 FileFacts inputFacts(const std::string& input) {
   return isStandardStream(input) ? platform::standardInputFacts() : platform::fileFacts(input);
@@ -253,7 +250,7 @@ class Batch {
     refuseUnfitInput(input);
     MeteredSource source(input, console_);
     const std::unique_ptr<Result> result = openResult(index);
-    FileConverter(index == 0 ? first_ : others_, source, *result).run();
+    convertText(index == 0 ? first_ : others_, source, *result);
     result->complete();
   }
 
@@ -285,6 +282,10 @@ class Batch {
 };
 
 }  // namespace
+
+std::string nameForMessages(const std::string& input) {
+  return isStandardStream(input) ? "standard input" : input;
+}
 
 int convertBatch(const ConversionSettings& settings, const OutputPlan& plan,
                  const std::vector<std::string>& inputs, size_t jobs) {

@@ -25,6 +25,8 @@ int convertBatch(const ConversionSettings& settings, const OutputPlan& plan,
 // The operand that stands for standard input and output.
 inline constexpr char kStandardStream[] = "-";
 
+std::string nameForMessages(const std::string& input);
+
 }  // namespace ksv_cli
 
 #endif

@@ -1,6 +1,7 @@
 #include "charset_names.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace ksv_cli {
@@ -40,8 +41,33 @@ std::string displayName(const std::string& lowerName) {
   return lowerName;
 }
 
+CharsetKind kindOf(std::string_view lowerName) {
+  return lowerName.starts_with("iso-2022-jp") ? CharsetKind::kIso2022 : CharsetKind::kCharset;
+}
+
 CharsetChoice makeChoice(const std::string& lowerName, ByteOrder order) {
-  return {lowerName, displayName(lowerName), formOf(lowerName), order};
+  return {lowerName, displayName(lowerName), formOf(lowerName), order, kindOf(lowerName)};
+}
+
+// What the library reads by way of a charset of the directory.
+struct ReadOnlyEncoding {
+  const char* name;  // as the library compares it
+  CharsetKind kind;
+  const char* through;
+};
+constexpr ReadOnlyEncoding kReadOnly[] = {
+    {"UTF-7", CharsetKind::kUtf7, "iso-10646-ucs-4"},
+    {"HZ-GB-2312", CharsetKind::kHz, "chinesegbk"},
+};
+
+constexpr char kMailCharset[] = "iso-2022-jp";
+constexpr char kMailCharsetWithKana[] = "iso-2022-jp-kana";
+
+bool isNameOf(const std::string& wanted, const char* charset) {
+  if (lowered(charset) == wanted) return true;
+  return std::any_of(std::begin(kAliases), std::end(kAliases), [&](const Alias& row) {
+    return lowered(row.alias) == wanted && std::string_view(row.charset) == charset;
+  });
 }
 
 }  // namespace
@@ -66,16 +92,41 @@ std::optional<CharsetChoice> CharsetNames::find(std::string_view name) const {
   return std::nullopt;
 }
 
+std::optional<CharsetChoice> CharsetNames::findSource(std::string_view name) const {
+  std::optional<CharsetChoice> choice = find(name);
+  if (choice) {
+    if (choice->name == kMailCharset && holds(kMailCharsetWithKana))
+      choice->name = kMailCharsetWithKana;
+    return choice;
+  }
+  const std::string wanted = lowered(name);
+  for (const ReadOnlyEncoding& encoding : kReadOnly)
+    if (holds(encoding.through) && isNameOf(wanted, encoding.name))
+      return CharsetChoice{encoding.name, encoding.name, UnicodeForm::kNone, ByteOrder::kOpen,
+                           encoding.kind};
+  return std::nullopt;
+}
+
 std::vector<CharsetListing> CharsetNames::list() const {
   std::vector<CharsetListing> listings;
-  for (const std::string& name : directoryNames_) {
-    CharsetListing listing{displayName(name), {}};
-    for (const Alias& row : kAliases)
-      if (lowered(row.charset) == name && !holds(lowered(row.alias)))
-        listing.aliases.emplace_back(row.alias);
-    listings.push_back(std::move(listing));
-  }
+  for (const std::string& name : directoryNames_)
+    listings.push_back({displayName(name), aliasesOf(name), false});
+  for (const ReadOnlyEncoding& encoding : kReadOnly)
+    if (holds(encoding.through) && !holds(lowered(encoding.name)))
+      listings.push_back({encoding.name, aliasesOf(lowered(encoding.name)), true});
   return listings;
+}
+
+std::string unknownCharset(const std::string& name) {
+  return "unknown charset " + name + "; 'ksv charsets' lists them";
+}
+
+std::vector<std::string> CharsetNames::aliasesOf(std::string_view lowerName) const {
+  std::vector<std::string> aliases;
+  for (const Alias& row : kAliases)
+    if (lowered(row.charset) == lowerName && !holds(lowered(row.alias)))
+      aliases.emplace_back(row.alias);
+  return aliases;
 }
 
 }  // namespace ksv_cli

@@ -13,11 +13,20 @@ namespace ksv_cli {
 
 enum class ByteOrder { kOpen, kLittle, kBig };
 
+// What has to be known of a charset beyond its name.
+enum class CharsetKind {
+  kCharset,  // nothing
+  kIso2022,  // escape sequences switch between sets
+  kUtf7,     // the library reads these two as a whole, and they are no
+  kHz        // charsets of the directory
+};
+
 struct CharsetChoice {
   std::string name;  // as the charset directory has it
   std::string display;
   UnicodeForm form = UnicodeForm::kNone;
   ByteOrder order = ByteOrder::kOpen;  // the one that the name given fixes
+  CharsetKind kind = CharsetKind::kCharset;
 
   // Whether the bytes of a unit have an order at all.
   bool hasByteOrder() const { return form != UnicodeForm::kNone && form != UnicodeForm::kUtf8; }
@@ -26,6 +35,7 @@ struct CharsetChoice {
 struct CharsetListing {
   std::string display;
   std::vector<std::string> aliases;
+  bool sourceOnly = false;  // it can be read, but not written
 };
 
 class CharsetNames {
@@ -36,13 +46,22 @@ class CharsetNames {
   // A name of the directory comes before an alias of the same spelling.
   std::optional<CharsetChoice> find(std::string_view name) const;
 
+  // The same for a text to be read: UTF-7 and HZ-GB-2312 besides, and of ISO-2022-JP
+  // the form that has half-width katakana, which real mail holds.
+  std::optional<CharsetChoice> findSource(std::string_view name) const;
+
+  // The charsets of the directory, then those that can be read only.
   std::vector<CharsetListing> list() const;
 
  private:
   bool holds(std::string_view lowerName) const;
+  std::vector<std::string> aliasesOf(std::string_view lowerName) const;
 
   std::vector<std::string> directoryNames_;
 };
+
+// What is wrong with a name that names no charset.
+std::string unknownCharset(const std::string& name);
 
 }  // namespace ksv_cli
 

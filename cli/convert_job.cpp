@@ -38,6 +38,8 @@ constexpr char kFooter[] =
     "--byte-order, else of the name, else little-endian. UTF-8 and the charsets made of\n"
     "bytes have no byte order.\n"
     "\n"
+    "UTF-7 and HZ-GB-2312 can be read only. ISO-2022-JP is read with half-width katakana.\n"
+    "\n"
     "Unicode input has to be well-formed; UCS-2 has no surrogates. A bad or unmappable\n"
     "character ends the conversion of its file; its offset counts bytes from 0, a\n"
     "byte-order mark included. A file is written under a passing name and takes its place\n"
@@ -94,10 +96,17 @@ OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
   return {OutputPlan::Kind::kInPlace, "", arguments.inPlace};
 }
 
-CharsetChoice findCharset(const CharsetNames& names, const std::string& name) {
-  const std::optional<CharsetChoice> choice = names.find(name);
-  if (!choice) throw UsageError("unknown charset " + name + "; 'ksv charsets' lists them");
+CharsetChoice findSource(const CharsetNames& names, const std::string& name) {
+  const std::optional<CharsetChoice> choice = names.findSource(name);
+  if (!choice) throw UsageError(unknownCharset(name));
   return *choice;
+}
+
+CharsetChoice findTarget(const CharsetNames& names, const std::string& name) {
+  const std::optional<CharsetChoice> choice = names.find(name);
+  if (choice) return *choice;
+  if (names.findSource(name)) throw UsageError(name + " can be read, but not written");
+  throw UsageError(unknownCharset(name));
 }
 
 // A character of one to three bytes of UTF-8 is one of the first 65,536.
@@ -152,8 +161,8 @@ void setLanguage(const std::string& language, ConversionSettings& settings) {
 ConversionSettings conversionSettings(const Arguments& arguments, const GivenOptions& given,
                                       const CharsetNames& names) {
   ConversionSettings settings;
-  settings.target = findCharset(names, arguments.target);
-  settings.source = findCharset(names, arguments.source);
+  settings.target = findTarget(names, arguments.target);
+  settings.source = findSource(names, arguments.source);
   settings.skipInvalid = arguments.invalid == "skip";
   settings.blockSize = arguments.blockSize;
 

@@ -4,10 +4,13 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 #include "chunk_boundary.h"
+#include "conversion_journal.h"
 #include "failure.h"
 #include "replay.h"
+#include "text_failure.h"
 
 namespace ksv_cli {
 namespace {
@@ -31,14 +34,14 @@ std::string formatted(const char* format, Values... values) {
   return text;
 }
 
-std::string atOffset(uint64_t offset) { return formatted(" at byte offset %" PRIu64, offset); }
-
 }  // namespace
 
-FileConverter::FileConverter(const ConversionSettings& settings, ByteSource& source, ByteSink& sink)
+FileConverter::FileConverter(const ConversionSettings& settings, ByteSource& source, ByteSink& sink,
+                             ConversionJournal* journal)
     : settings_(settings),
       source_(source),
       sink_(sink),
+      journal_(journal),
       inputCapacity_(settings.blockSize + kUsualCarry),
       outputCapacity_(std::max(2 * settings.blockSize, kSmallestOutput)) {
   input_ = std::make_unique_for_overwrite<uint8_t[]>(inputCapacity_);
@@ -46,19 +49,30 @@ FileConverter::FileConverter(const ConversionSettings& settings, ByteSource& sou
 }
 
 void FileConverter::run() {
+  begin();
+  while (convertPiece()) {
+  }
+}
+
+void FileConverter::begin() {
   setUpTarget();
   fill();
   while (!atEnd_ && held_ < kLongestMark) fill();
   skipByteOrderMark();
   setUpSource();
-  for (;;) {
-    checkNewBytes();
-    convertHeld();
-    if (malformed_) failMalformed();
-    if (atEnd_) break;
+}
+
+bool FileConverter::convertPiece() {
+  checkNewBytes();
+  convertHeld();
+  if (malformed_) failMalformed();
+  if (!atEnd_) {
     fill();
+    return true;
   }
+  if (readFailure_) std::rethrow_exception(readFailure_);
   finish();
+  return false;
 }
 
 void FileConverter::setUpTarget() {
@@ -84,7 +98,12 @@ void FileConverter::fill() {
     input_ = std::move(larger);
     inputCapacity_ = capacity;
   }
-  const size_t count = source_.read(input_.get() + held_, settings_.blockSize);
+  size_t count = 0;
+  try {
+    count = source_.read(input_.get() + held_, settings_.blockSize);
+  } catch (const Failure&) {
+    readFailure_ = std::current_exception();
+  }
   held_ += count;
   atEnd_ = count == 0;
 }
@@ -118,29 +137,34 @@ void FileConverter::dropIllFormed() {
     checked_ += scan.wellFormed;
     from += scan.wellFormed;
     if (scan.end == ScanEnd::kAll || (scan.end == ScanEnd::kIncomplete && !atEnd_)) break;
-    noteGap(checked_, scan.badLength);
+    offsets_.noteGap(checked_, scan.badLength);
     from += scan.badLength;
   }
   std::memmove(input_.get() + checked_, input_.get() + from, held_ - from);
   held_ = checked_ + (held_ - from);
 }
 
-ScanResult FileConverter::scanNewBytes(size_t from) const {
-  return scanUnicode(settings_.source.form, bigEndian_, input_.get() + from, held_ - from);
+ScanResult FileConverter::scanNewBytes(size_t from) {
+  const uint8_t* text = input_.get() + from;
+  const size_t length = held_ - from;
+  if (settings_.source.kind == CharsetKind::kIso2022) return iso2022_.scan(text, length);
+  return scanUnicode(settings_.source.form, bigEndian_, text, length);
 }
 
-void FileConverter::noteGap(size_t at, size_t length) {
-  if (!gaps_.empty() && gaps_.back().at == at)
-    gaps_.back().length += length;
-  else
-    gaps_.push_back({at, length});
+// How much of the held text can be converted now. An escape sequence goes with the
+// character behind it, which is not read alike in a call of its own.
+size_t FileConverter::cutOfHeld() const {
+  if (isLastPiece()) return checked_;
+  if (settings_.source.kind == CharsetKind::kIso2022)
+    return checked_ - std::min(checked_, iso2022_.escapesAtEnd());
+  return safeCut(settings_.source.form, bigEndian_, input_.get(), checked_);
 }
 
 void FileConverter::convertHeld() {
-  const size_t end =
-      isLastPiece() ? checked_ : safeCut(settings_.source.form, bigEndian_, input_.get(), checked_);
+  const size_t end = cutOfHeld();
   size_t used = convert(0, end);
   if (used < end && atEnd_ && !malformed_) {
+    if (readFailure_) std::rethrow_exception(readFailure_);
     if (!settings_.skipInvalid) failTruncated(used);
     used = convertBehindTruncated(used, end);
   }
@@ -168,6 +192,7 @@ void FileConverter::aimAtOutput() {
 }
 
 void FileConverter::drain() {
+  wroteAny_ = wroteAny_ || record_.outputPosition != 0;
   sink_.write(output_.get(), static_cast<size_t>(record_.outputPosition));
 }
 
@@ -181,6 +206,7 @@ size_t FileConverter::convert(size_t begin, size_t end) {
     aimAtOutput();
     const ConverterRecord before = record_;
     const uint32_t status = cconvConvert(&record_);
+    if (journal_ != nullptr) journal_->note(before, record_, offsets_);
     drain();
     const bool moved = record_.inputPosition != before.inputPosition || record_.outputPosition != 0;
     switch (status) {
@@ -188,9 +214,9 @@ size_t FileConverter::convert(size_t begin, size_t end) {
       case KSV_STATUS_INCOMPLETE:
         return static_cast<size_t>(record_.inputPosition);
       case KSV_STATUS_INVALID:
-        failInvalid(static_cast<size_t>(characterStart(before, record_.inputPosition)));
+        failInvalid(startOfCharacter(before, record_.inputPosition));
       case KSV_STATUS_UNMAPPABLE:
-        failUnmappable(static_cast<size_t>(characterStart(before, record_.inputPosition - 1)));
+        failUnmappable(startOfCharacter(before, record_.inputPosition - 1));
       case KSV_STATUS_FULL:
         if (moved) continue;
         throw Failure("a character is longer than the output buffer" +
@@ -202,7 +228,13 @@ size_t FileConverter::convert(size_t begin, size_t end) {
   }
 }
 
+size_t FileConverter::startOfCharacter(const ConverterRecord& before, int32_t reported) const {
+  return static_cast<size_t>(characterStart(before, reported, settings_.source.kind));
+}
+
 void FileConverter::finish() {
+  // An empty text stays empty: no escape sequence has to be undone.
+  if (!wroteAny_ && settings_.target.kind == CharsetKind::kIso2022) return;
   uint32_t status;
   do {
     aimAtOutput();
@@ -214,34 +246,30 @@ void FileConverter::finish() {
 
 void FileConverter::discard(size_t used) {
   std::memmove(input_.get(), input_.get() + used, held_ - used);
-  base_ = fileOffset(used);
-  std::erase_if(gaps_, [used](const Gap& gap) { return gap.at <= used; });
-  for (Gap& gap : gaps_) gap.at -= used;
+  offsets_.advance(used);
+  source_.forgetBefore(offsets_.offset(0));
   held_ -= used;
   checked_ -= std::min(checked_, used);
 }
 
 uint64_t FileConverter::fileOffset(size_t position) const {
-  uint64_t offset = base_ + position;
-  for (const Gap& gap : gaps_)
-    if (gap.at <= position) offset += gap.length;
-  return offset;
+  return source_.fileOffset(offsets_.offset(position));
 }
 
 void FileConverter::failMalformed() const {
+  if (readFailure_) std::rethrow_exception(readFailure_);
   if (truncated_) failTruncated(checked_);
   failInvalid(checked_);
 }
 
 void FileConverter::failInvalid(size_t position) const {
-  std::string bytes;
-  if (position < held_) bytes = formatted(" (0x%02X)", static_cast<unsigned>(input_[position]));
-  throw Failure("invalid " + settings_.source.display + bytes + atOffset(fileOffset(position)));
+  std::optional<uint8_t> byte;
+  if (position < held_) byte = input_[position];
+  throw invalidText(settings_.source.display, byte, fileOffset(position));
 }
 
 void FileConverter::failTruncated(size_t position) const {
-  throw Failure("the text ends inside a " + settings_.source.display + " character" +
-                atOffset(fileOffset(position)));
+  throw truncatedText(settings_.source.display, fileOffset(position));
 }
 
 void FileConverter::failUnmappable(size_t position) const {

@@ -1,7 +1,7 @@
 // Converts one text of any length with one converter record.
 //
 // The text goes through in pieces: a piece is read, checked when it is in a
-// Unicode form, cut where a cut changes nothing, and converted; what the cut
+// Unicode form or in ISO-2022-JP, cut where a cut changes nothing, and converted; what the cut
 // leaves over goes in front of the next piece. The result is that of a single
 // cconvConvert call over the whole text, whatever the size of the pieces.
 #ifndef KSV_CLI_FILE_CONVERTER_H
@@ -9,11 +9,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
-#include <vector>
 
+#include "buffer_offsets.h"
 #include "charset_names.h"
+#include "iso_2022_check.h"
 #include "ksv_cconv.h"
 #include "streams.h"
 
@@ -28,21 +30,24 @@ struct ConversionSettings {
   size_t blockSize = 256 * 1024;
 };
 
+class ConversionJournal;
+
 class FileConverter {
  public:
-  FileConverter(const ConversionSettings& settings, ByteSource& source, ByteSink& sink);
+  // journal, when there is one, is told of every call.
+  FileConverter(const ConversionSettings& settings, ByteSource& source, ByteSink& sink,
+                ConversionJournal* journal = nullptr);
 
   // Converts everything. Throws Failure with the reason and the offset; what was
-  // converted before the bad character has gone to the sink by then.
+  // converted before the bad character has gone to the sink by then. A source that
+  // throws ends the text; what was read before is converted, too.
   void run();
 
- private:
-  // Ill-formed bytes that were taken out of the text in front of a position.
-  struct Gap {
-    size_t at;
-    size_t length;
-  };
+  // The same by hand: begins, and converts the next piece; false behind the last.
+  void begin();
+  bool convertPiece();
 
+ private:
   void setUpTarget();
   void setUpSource();
   void fill();
@@ -50,10 +55,11 @@ class FileConverter {
   void checkNewBytes();
   void findIllFormed();
   void dropIllFormed();
-  ScanResult scanNewBytes(size_t from) const;
-  void noteGap(size_t at, size_t length);
+  ScanResult scanNewBytes(size_t from);
+  size_t cutOfHeld() const;
   void convertHeld();
   size_t convert(size_t begin, size_t end);
+  size_t startOfCharacter(const ConverterRecord& before, int32_t reported) const;
   size_t convertBehindTruncated(size_t at, size_t end);
   void aimAtOutput();
   void drain();
@@ -70,7 +76,9 @@ class FileConverter {
   const ConversionSettings& settings_;
   ByteSource& source_;
   ByteSink& sink_;
+  ConversionJournal* journal_;
   ConverterRecord record_{};
+  Iso2022Scanner iso2022_;
 
   std::unique_ptr<uint8_t[]> input_;
   size_t inputCapacity_;
@@ -79,12 +87,13 @@ class FileConverter {
 
   size_t held_ = 0;     // bytes in the input buffer
   size_t checked_ = 0;  // of these, whole well-formed characters
-  uint64_t base_ = 0;   // offset in the file of the first of them
-  std::vector<Gap> gaps_;
+  BufferOffsets offsets_;
   bool bigEndian_ = false;
   bool atEnd_ = false;      // the buffer holds the end of the text
   bool malformed_ = false;  // bad bytes stand at checked_
   bool truncated_ = false;  // and they are the beginning of a character
+  bool wroteAny_ = false;
+  std::exception_ptr readFailure_;
 };
 
 }  // namespace ksv_cli

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "iso_2022_check.h"
+
 namespace ksv_cli {
 namespace {
 
@@ -25,9 +27,8 @@ Ending convertInto(std::vector<uint8_t>& scratch, ConverterRecord record, int32_
   }
 }
 
-}  // namespace
-
-int32_t characterStart(const ConverterRecord& before, int32_t reported) {
+// Where the converter ends cleanly in front of the reported position.
+int32_t cleanEnd(const ConverterRecord& before, int32_t reported) {
   std::vector<uint8_t> scratch(kScratchSize);
   int32_t length = reported;
   while (length > before.inputPosition) {
@@ -36,6 +37,15 @@ int32_t characterStart(const ConverterRecord& before, int32_t reported) {
     length = ending.position < length ? ending.position : length - 1;
   }
   return before.inputPosition;
+}
+
+}  // namespace
+
+int32_t characterStart(const ConverterRecord& before, int32_t reported, CharsetKind kind) {
+  const int32_t start = cleanEnd(before, reported);
+  if (kind != CharsetKind::kIso2022) return start;
+  const size_t left = static_cast<size_t>(before.inputLength - start);
+  return start + static_cast<int32_t>(escapesLength(before.input + start, left));
 }
 
 }  // namespace ksv_cli

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "charset_names.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
@@ -13,7 +14,9 @@ namespace ksv_cli {
 // the position of that byte. Decoders leave the position on the bad bytes, one
 // byte behind the first, or behind all of them; so shorter and shorter pieces of
 // the input are converted once more, until one ends cleanly.
-int32_t characterStart(const ConverterRecord& before, int32_t reported);
+// Escape sequences in front of a character of ISO-2022-JP are no part of it.
+int32_t characterStart(const ConverterRecord& before, int32_t reported,
+                       CharsetKind kind = CharsetKind::kCharset);
 
 }  // namespace ksv_cli
 

@@ -5,11 +5,10 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <ostream>
 #include <thread>
 
 #include "command.h"
-#include "in_process.h"
+#include "offset_sweep.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -150,37 +149,10 @@ TEST_F(ConvertFailures, report_a_full_disk_once) {
   EXPECT_EQ(file.err, "ksv: a: cannot write /dev/full: No space left on device\n");
 }
 
-// Every position of a bad byte around the border of two pieces, for each decoder:
-// the offset named is that of the first bad byte, and everything before it is there.
-struct BadText {
-  const char* charset;
-  std::string fill;    // in UTF-8, repeated in front
-  std::string bad;     // in the charset
-  const char* reason;  // in front of the offset
-};
-
-void PrintTo(const BadText& text, std::ostream* out) {
-  *out << text.reason << " behind " << text.fill;
-}
-
 class BadBytes : public testing::TestWithParam<BadText> {};
 
 TEST_P(BadBytes, are_named_at_every_place_around_a_border) {
-  const BadText& text = GetParam();
-  constexpr size_t kBlock = 32;
-  const std::string one = encoded(text.charset, text.fill);
-  const std::string tail = encoded(text.charset, "漢A");
-  for (size_t lead = 0; lead < 8; ++lead) {
-    const std::string ascii = encoded(text.charset, std::string(lead, 'x'));
-    for (size_t count = 0; count < 3 * kBlock / one.size(); ++count) {
-      std::string before = ascii;
-      for (size_t i = 0; i < count; ++i) before += one;
-      const Conversion result =
-          converting().inPieces(text.charset, "UTF-8", before + text.bad + tail, kBlock);
-      ASSERT_EQ(result.failure, text.reason + (" at byte offset " + std::to_string(before.size())));
-      ASSERT_EQ(result.output, converting().inPieces(text.charset, "UTF-8", before, 4096).output);
-    }
-  }
+  expectBadBytesNamed(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -202,36 +174,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadText{"UCS-4BE", "😀", bytes({0x00, 0x11, 0x00, 0x00}),
                 "invalid ISO-10646-UCS-4 (0x00)"}));
 
-// The same for a character that the target lacks, in every source.
-struct LackingText {
-  const char* source;
-  const char* fill;
-  const char* lacking;
-  const char* target;
-  const char* reason;
-};
-
-void PrintTo(const LackingText& text, std::ostream* out) {
-  *out << text.reason << " from " << text.source;
-}
-
 class LackingCharacters : public testing::TestWithParam<LackingText> {};
 
 TEST_P(LackingCharacters, are_named_at_every_place_around_a_border) {
-  const LackingText& text = GetParam();
-  constexpr size_t kBlock = 32;
-  const std::string one = encoded(text.source, text.fill);
-  const std::string lacking = encoded(text.source, text.lacking);
-  const std::string tail = encoded(text.source, "漢A");
-  for (size_t lead = 0; lead < 8; ++lead) {
-    std::string before = encoded(text.source, std::string(lead, 'x'));
-    while (before.size() < 3 * kBlock) {
-      const Conversion result =
-          converting().inPieces(text.source, text.target, before + lacking + tail, kBlock);
-      ASSERT_EQ(result.failure, text.reason + (" at byte offset " + std::to_string(before.size())));
-      before += one;
-    }
-  }
+  expectLackingCharacterNamed(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -252,19 +198,8 @@ INSTANTIATE_TEST_SUITE_P(
 // A character that the end of the text cuts.
 TEST(TruncatedText, is_named_at_the_first_byte_of_its_last_character) {
   for (const std::string charset :
-       {"Shift_JIS", "WINDOWS31J", "Shift_JIS-2004", "UTF-8", "UTF-16LE", "UCS-2BE", "UCS-4LE"}) {
-    const std::string one = encoded(charset, "漢");
-    for (size_t count = 0; count < 40; ++count)
-      for (size_t kept = 1; kept < one.size(); ++kept) {
-        std::string text;
-        for (size_t i = 0; i < count; ++i) text += one;
-        const Conversion result =
-            converting().inPieces(charset, "UTF-8", text + one.substr(0, kept), 16);
-        ASSERT_EQ(result.failure.find("the text ends inside a "), 0u) << charset;
-        ASSERT_TRUE(result.failure.ends_with(" at byte offset " + std::to_string(text.size())))
-            << charset << ": " << result.failure << ", not " << text.size();
-      }
-  }
+       {"Shift_JIS", "WINDOWS31J", "Shift_JIS-2004", "UTF-8", "UTF-16LE", "UCS-2BE", "UCS-4LE"})
+    expectTruncatedCharacterNamed(charset);
 }
 
 }  // namespace

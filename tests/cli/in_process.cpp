@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <ostream>
 #include <random>
 #include <vector>
 
 #include "failure.h"
 #include "ksv_cconv.h"
+#include "text_conversion.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -51,6 +53,10 @@ class TextSink : public ksv_cli::ByteSink {
 
 }  // namespace
 
+void PrintTo(const Conversion& conversion, std::ostream* out) {
+  *out << testing::PrintToString(conversion.output) << ", failure: " << conversion.failure;
+}
+
 Converting::Converting() {
   ::setenv("Charsetpath", KSV_CHARSET_DIRECTORY, 1);
   ruleBase_ = std::make_unique<ksv_cli::RuleBase>();
@@ -60,7 +66,7 @@ ConversionSettings Converting::settings(const std::string& source, const std::st
                                         const Adjustment& adjust) const {
   const CharsetNames names(ruleBase_->charsets());
   ConversionSettings settings;
-  settings.source = names.find(source).value();
+  settings.source = names.findSource(source).value();
   settings.target = names.find(target).value();
   settings.options.outputBigEndian =
       !settings.target.hasByteOrder() || settings.target.order == ByteOrder::kBig;
@@ -77,7 +83,7 @@ Conversion Converting::inPieces(const std::string& source, const std::string& ta
   TextSource from(text, shortReads);
   TextSink to(result.output);
   try {
-    ksv_cli::FileConverter(chosen, from, to).run();
+    ksv_cli::convertText(chosen, from, to);
   } catch (const ksv_cli::Failure& failure) {
     result.failure = failure.what();
   }

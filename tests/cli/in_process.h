@@ -3,6 +3,7 @@
 #define KSV_TESTS_CLI_IN_PROCESS_H
 
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <string>
 
@@ -20,6 +21,8 @@ struct Conversion {
 
   bool operator==(const Conversion&) const = default;
 };
+
+void PrintTo(const Conversion& conversion, std::ostream* out);
 
 class Converting {
  public:

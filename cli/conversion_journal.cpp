@@ -1,0 +1,58 @@
+#include "conversion_journal.h"
+
+#include "replay.h"
+
+namespace ksv_cli {
+
+void ConversionJournal::note(const ConverterRecord& before, const ConverterRecord& after,
+                             const BufferOffsets& offsets) {
+  if (after.outputPosition == 0) return;
+  const uint64_t begin = written_;
+  written_ += static_cast<uint64_t>(after.outputPosition);
+  Call call = {begin, written_, before, {}, offsets};
+  call.offsets.advance(static_cast<size_t>(before.inputPosition));
+  call.input.assign(before.input + before.inputPosition, before.input + after.inputPosition);
+  call.before.inputPosition = 0;
+  call.before.inputLength = static_cast<int32_t>(call.input.size());
+  calls_.push_back(std::move(call));
+}
+
+// The shortest beginning of the input that gives more than so many bytes.
+size_t ConversionJournal::lengthThatWrites(const Call& call, uint64_t bytes) {
+  ConverterRecord start = call.before;
+  start.input = call.input.data();
+  std::vector<uint8_t> output(static_cast<size_t>(call.outputEnd - call.outputBegin));
+  size_t tooShort = 0;
+  size_t length = call.input.size();
+  while (length - tooShort > 1) {
+    const size_t middle = tooShort + (length - tooShort) / 2;
+    ConverterRecord record = start;
+    record.inputLength = static_cast<int32_t>(middle);
+    record.output = output.data();
+    record.outputCapacity = static_cast<int32_t>(output.size());
+    cconvConvert(&record);
+    if (static_cast<uint64_t>(record.outputPosition) > bytes)
+      length = middle;
+    else
+      tooShort = middle;
+  }
+  return length;
+}
+
+uint64_t ConversionJournal::inputOffset(uint64_t outputOffset) const {
+  for (const Call& call : calls_) {
+    if (outputOffset >= call.outputEnd) continue;
+    ConverterRecord start = call.before;
+    start.input = call.input.data();
+    const size_t length = lengthThatWrites(call, outputOffset - call.outputBegin);
+    const int32_t position = characterStart(start, static_cast<int32_t>(length) - 1, kind_);
+    return call.offsets.offset(static_cast<size_t>(position));
+  }
+  return calls_.empty() ? 0 : calls_.back().offsets.offset(calls_.back().input.size());
+}
+
+void ConversionJournal::forgetBefore(uint64_t outputOffset) {
+  while (!calls_.empty() && calls_.front().outputEnd <= outputOffset) calls_.pop_front();
+}
+
+}  // namespace ksv_cli
