@@ -12,6 +12,7 @@ namespace ksv_cli {
 void addConvertJob(CLI::App& app, int& exitStatus);
 void addCharsetsJob(CLI::App& app, int& exitStatus);
 void addTablesJob(CLI::App& app, int& exitStatus);
+void addCutJob(CLI::App& app, int& exitStatus);
 
 }  // namespace ksv_cli
 

@@ -45,6 +45,7 @@ int run(int argumentCount, char** arguments) {
   addConvertJob(app, exitStatus);
   addCharsetsJob(app, exitStatus);
   addTablesJob(app, exitStatus);
+  addCutJob(app, exitStatus);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::Success& request) {  // help or version

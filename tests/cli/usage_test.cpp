@@ -31,6 +31,7 @@ TEST_F(Usage, help_is_everywhere) {
                                                     {"convert", "--help"},
                                                     {"charsets", "--help"},
                                                     {"tables", "--help"},
+                                                    {"cut", "--help"},
                                                     {"-h"}}) {
     const Outcome outcome = ksv(arguments);
     EXPECT_EQ(outcome.status, 0);
@@ -49,7 +50,7 @@ TEST_F(Usage, help_of_convert_tells_every_option) {
 }
 
 TEST_F(Usage, needs_a_job_that_exists) {
-  expectWrong({}, "a job is needed: convert, charsets, tables");
+  expectWrong({}, "a job is needed: convert, charsets, tables, cut");
   expectWrong({"translate"}, "translate");
   expectWrong({"--frobnicate"}, "--frobnicate");
 }

@@ -1,0 +1,138 @@
+// ksv cut: the leading piece of a text that breaks no character.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "batch.h"
+#include "charset_names.h"
+#include "console.h"
+#include "failure.h"
+#include "jobs.h"
+#include "ksv_cut.h"
+#include "platform.h"
+#include "rule_base.h"
+
+namespace ksv_cli {
+namespace {
+
+// The widest unit of a charset. So much is looked at behind the piece, for the LF of
+// a CR LF.
+constexpr size_t kWidestUnit = 4;
+
+constexpr int64_t kMostBytes = std::numeric_limits<int32_t>::max() - int64_t{kWidestUnit};
+
+struct CutArguments {
+  std::string charset;
+  int64_t bytes = 0;
+  std::string input = kStandardStream;
+};
+
+// The charsets of the directory that are cut, by how their names begin, and the rule
+// that fits the shape of their characters.
+struct CutRule {
+  std::string_view charset;
+  const char* rule;
+};
+constexpr CutRule kRules[] = {
+    {"shift_jis-2004", "Shift_JISX0213"},
+    {"shift_jis", "Shift_JIS"},
+    {"windows31j", "WINDOWS31J"},
+    {"euc-jis-2004", "EUC-JISX0213"},
+    {"euc-jp", "EUC-JP"},
+    {"iso-2022-jp-2004", "ISO-2022-JP-3"},
+    {"iso-2022-jp", "ISO-2022-JP"},
+    {"iso-10646-ucs-2", "ISO-10646-UCS-2"},
+    {"iso-10646-ucs-4", "ISO-10646-UCS-4"},
+    {"utf-16", "UTF-16"},
+    {"utf-8", "UTF-8"},
+    {"chinesegbk", "ChineseGBK"},
+    {"gb18030", "GB18030"},
+    {"chinesebig5", "ChineseBIG5"},
+    {"big5-hkscs", "ChineseBIG5"},
+    {"koreanksc", "KoreanKSC"},
+    {"euc-kr", "KoreanKSC"},
+    {"iso-8859-", "ISO-8859-1"},
+};
+
+// A name without a rule gives the whole text back.
+bool hasRule(const std::string& name) { return CutStr("  ", 1, 0, name.c_str()) == 0; }
+
+std::string ruleFor(const std::string& name) {
+  const RuleBase ruleBase;
+  const std::optional<CharsetChoice> choice = CharsetNames(ruleBase.charsets()).findSource(name);
+  if (choice) {
+    for (const CutRule& row : kRules)
+      if (choice->name.starts_with(row.charset)) return row.rule;
+    throw UsageError("text in " + choice->display + " cannot be cut");
+  }
+  if (hasRule(name)) return name;
+  throw UsageError(unknownCharset(name));
+}
+
+std::string readAtMost(const std::string& input, size_t size) {
+  const bool isStandardInput = input == kStandardStream;
+  const std::unique_ptr<ByteSource> source =
+      isStandardInput ? platform::openStandardInput() : platform::openInput(input);
+  constexpr size_t kBlock = 64 * 1024;
+  std::string text;
+  while (text.size() < size) {
+    const size_t held = text.size();
+    const size_t wanted = std::min(kBlock, size - held);
+    text.resize(held + wanted);
+    const size_t count = source->read(reinterpret_cast<uint8_t*>(text.data()) + held, wanted);
+    text.resize(held + count);
+    if (count == 0) break;
+  }
+  return text;
+}
+
+std::string leadingPiece(const CutArguments& arguments, const std::string& rule) {
+  const size_t limit = static_cast<size_t>(std::min(arguments.bytes, kMostBytes));
+  std::string text = readAtMost(arguments.input, limit + kWidestUnit);
+  if (text.size() <= limit) return text;
+  if (arguments.bytes > kMostBytes) throw Failure("is too long to be cut behind 2 GiB");
+  const int32_t length = static_cast<int32_t>(text.size());
+  text.append(kWidestUnit, '\0');
+  text.resize(CutStr(text.data(), length, static_cast<int32_t>(limit), rule.c_str()));
+  return text;
+}
+
+int cut(const CutArguments& arguments) {
+  const std::string rule = ruleFor(arguments.charset);
+  std::string piece;
+  try {
+    piece = leadingPiece(arguments, rule);
+  } catch (const Failure& failure) {
+    platform::writeToStandardError(diagnostic(nameForMessages(arguments.input), failure.what()));
+    return kExitFailed;
+  }
+  return writeResult(piece);
+}
+
+}  // namespace
+
+void addCutJob(CLI::App& app, int& exitStatus) {
+  CLI::App* job = app.add_subcommand("cut", "Write the beginning of a text, no character broken");
+  auto arguments = std::make_shared<CutArguments>();
+  job->add_option("FILE", arguments->input, "The text; none, or -, is standard input")
+      ->type_name("");
+  job->add_option("-c,--charset", arguments->charset, "The charset of the text")
+      ->required()
+      ->type_name("CHARSET");
+  job->add_option("-n,--bytes", arguments->bytes, "The most bytes to write")
+      ->required()
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("BYTES");
+  job->footer(
+      "No character, escape sequence or CR LF is cut apart; what does not fit whole is left\n"
+      "out. CHARSET is one that 'ksv charsets' lists, as far as its texts can be cut.");
+  job->callback([arguments, &exitStatus] { exitStatus = cut(*arguments); });
+}
+
+}  // namespace ksv_cli
