@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "in_process.h"
+
 namespace ksv_cli_tests {
 namespace {
 
 using ksv_cli::ByteOrder;
+using ksv_cli::CharsetKind;
 using ksv_cli::CharsetNames;
 using ksv_cli::UnicodeForm;
 
@@ -51,6 +54,81 @@ TEST(CharsetNames, knows_only_what_the_directory_holds) {
   EXPECT_EQ(resolved(""), "unknown");
   EXPECT_EQ(resolved(std::string(1000, 'x')), "unknown");
   EXPECT_FALSE(CharsetNames({"utf-8"}).find("sjis").has_value());
+}
+
+const std::vector<std::string> kMail = {"utf-8",       "iso-10646-ucs-4",  "chinesegbk",
+                                        "iso-2022-jp", "iso-2022-jp-kana", "shift_jis"};
+
+TEST(CharsetNames, finds_what_can_only_be_read_for_a_source_only) {
+  const CharsetNames names(kMail);
+  for (const std::string name : {"UTF-7", "utf7", "csUTF7", "cp65000"}) {
+    EXPECT_FALSE(names.find(name).has_value()) << name;
+    ASSERT_TRUE(names.findSource(name).has_value()) << name;
+    EXPECT_EQ(names.findSource(name)->name, "UTF-7");
+    EXPECT_EQ(names.findSource(name)->kind, CharsetKind::kUtf7);
+  }
+  EXPECT_EQ(names.findSource("hz")->name, "HZ-GB-2312");
+  EXPECT_EQ(names.findSource("hz-gb-2312")->kind, CharsetKind::kHz);
+  EXPECT_FALSE(CharsetNames({"utf-8"}).findSource("utf-7").has_value());
+  EXPECT_FALSE(CharsetNames({"utf-8"}).findSource("hz").has_value());
+  const std::vector<ksv_cli::CharsetListing> listings = names.list();
+  ASSERT_EQ(listings.size(), kMail.size() + 2);
+  for (size_t i = 0; i < listings.size(); ++i)
+    EXPECT_EQ(listings[i].sourceOnly, i >= kMail.size()) << listings[i].display;
+}
+
+TEST(CharsetNames, reads_iso_2022_jp_with_half_width_katakana) {
+  const CharsetNames names(kMail);
+  EXPECT_EQ(names.find("iso-2022-jp")->name, "iso-2022-jp");
+  EXPECT_EQ(names.findSource("csISO2022JP")->name, "iso-2022-jp-kana");
+  EXPECT_EQ(names.findSource("csISO2022JP")->display, "ISO-2022-JP");
+  EXPECT_EQ(names.findSource("ISO-2022-JP")->kind, CharsetKind::kIso2022);
+  EXPECT_EQ(names.findSource("sjis")->name, "shift_jis");
+  EXPECT_EQ(CharsetNames({"iso-2022-jp"}).findSource("iso-2022-jp")->name, "iso-2022-jp");
+}
+
+// What the charset directory of the build makes of a name.
+std::string shipped(const std::string& name) {
+  static const CharsetNames names(converting().charsets());
+  const auto choice = names.findSource(name);
+  return choice ? choice->display : "unknown";
+}
+
+TEST(CharsetNames, are_those_of_iana_and_of_the_web) {
+  const std::pair<const char*, std::vector<std::string>> charsets[] = {
+      {"ISO-646IRV", {"us-ascii", "ascii", "ANSI_X3.4-1968", "csASCII"}},
+      {"ISO-8859-1", {"iso-8859-1", "latin1", "L1", "ISO_8859-1:1987", "IBM819"}},
+      {"windows-1252", {"windows-1252", "cp1252", "x-cp1252"}},
+      {"ISO-8859-9", {"iso-8859-9", "latin5"}},
+      {"windows-1254", {"windows-1254", "cp1254"}},
+      {"ISO-8859-8", {"hebrew", "visual", "iso-8859-8-i", "csISO88598I", "logical"}},
+      {"ISO-8859-11", {"iso-8859-11", "iso885911"}},
+      {"TIS-620", {"tis-620"}},
+      {"windows-874", {"dos-874", "cp874"}},
+      {"ISO-8859-15", {"iso-8859-15", "latin-9", "l9"}},
+      {"KOI8-R", {"koi8", "koi", "cskoi8r"}},
+      {"KOI8-U", {"koi8-u", "koi8-ru"}},
+      {"IBM866", {"866", "cp866"}},
+      {"macintosh", {"mac", "x-mac-roman"}},
+      {"x-mac-cyrillic", {"x-mac-cyrillic", "x-mac-ukrainian"}},
+      {"EUC-JP", {"euc-jp", "x-euc-jp", "eucJP", "csEUCPkdFmtJapanese"}},
+      {"EUC-JP-MS", {"cp51932", "windows-51932", "eucJP-ms"}},
+      {"EUC-JP-FIX", {"csEUCFixWidJapanese"}},
+      {"EUC-JIS-2004", {"euc-jisx0213", "euc_jis_2004"}},
+      {"ISO-2022-JP", {"iso-2022-jp", "csiso2022jp", "cp50220"}},
+      {"ISO-2022-JP-KANA", {"cp50221", "iso-2022-jp-kana"}},
+      {"ISO-2022-JP-2004", {"iso2022_jp_2004"}},
+      {"ChineseGBK", {"gbk", "cp936", "gb2312", "chinese", "x-gbk", "csGB2312"}},
+      {"GB18030", {"gb18030", "csGB18030"}},
+      {"ChineseBIG5", {"big5", "cp950", "cn-big5", "x-x-big5"}},
+      {"Big5-HKSCS", {"big5-hkscs", "big5hkscs"}},
+      {"EUC-KR", {"euc-kr", "csEUCKR"}},
+      {"KoreanKSC", {"cp949", "ks_c_5601-1987", "windows-949", "korean"}},
+      {"HZ-GB-2312", {"hz-gb-2312", "hz"}},
+      {"unknown", {"x-user-defined", "replacement", "iso-2022-kr"}},
+  };
+  for (const auto& [charset, names] : charsets)
+    for (const std::string& name : names) EXPECT_EQ(shipped(name), charset) << name;
 }
 
 TEST(CharsetNames, prefers_a_name_of_the_directory_to_an_alias) {

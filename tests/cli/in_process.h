@@ -6,6 +6,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "file_converter.h"
 #include "rule_base.h"
@@ -38,6 +39,8 @@ class Converting {
   // or well-formedness; empty when the text cannot be converted whole.
   std::string atOnce(const std::string& source, const std::string& target, const std::string& text,
                      const Adjustment& adjust = nullptr) const;
+
+  std::vector<std::string> charsets() const { return ruleBase_->charsets(); }
 
   ksv_cli::ConversionSettings settings(const std::string& source, const std::string& target,
                                        const Adjustment& adjust) const;
