@@ -33,6 +33,13 @@ size_t designationLength(std::string_view text) {
 
 }  // namespace
 
+Designation designationIn(std::string_view text) {
+  for (const std::string_view designation : kDesignations)
+    if (designation.starts_with(text))
+      return text.size() == designation.size() ? Designation::kWhole : Designation::kBeginning;
+  return Designation::kNone;
+}
+
 size_t escapesLength(const uint8_t* text, size_t length) {
   const std::string_view whole(reinterpret_cast<const char*>(text), length);
   size_t at = 0;

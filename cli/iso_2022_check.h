@@ -8,10 +8,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "unicode_check.h"
 
 namespace ksv_cli {
+
+// Whether a text is a known escape sequence or begins one.
+enum class Designation { kNone, kBeginning, kWhole };
+Designation designationIn(std::string_view text);
 
 // The length of the known escape sequences that the text begins with.
 size_t escapesLength(const uint8_t* text, size_t length);

@@ -131,26 +131,16 @@ size_t MailSource::linkCharacters(const MailPiece& piece, size_t first) {
   size_t next = first;
   for (int32_t i = 0; i < record_.outputPosition; ++i) {
     if ((record_.output[i] & 0xC0) == 0x80) continue;
-    const Link link = {written_ + static_cast<uint64_t>(i), base_ + piece.characters[next++].inText};
-    const bool goesOn =
-        !links_.empty() && link.text - links_.back().text == link.output - links_.back().output;
-    if (!goesOn) links_.push_back(link);
+    links_.add(written_ + static_cast<uint64_t>(i), base_ + piece.characters[next++].inText);
   }
   written_ += static_cast<uint64_t>(record_.outputPosition);
   return next;
 }
 
 uint64_t MailSource::fileOffset(uint64_t offset) const {
-  const auto behind =
-      std::upper_bound(links_.begin(), links_.end(), offset,
-                       [](uint64_t wanted, const Link& link) { return wanted < link.output; });
-  if (behind == links_.begin()) return source_.fileOffset(offset);
-  const Link& link = *(behind - 1);
-  return source_.fileOffset(link.text + (offset - link.output));
+  return source_.fileOffset(links_.originOf(offset));
 }
 
-void MailSource::forgetBefore(uint64_t offset) {
-  while (links_.size() > 1 && links_[1].output <= offset) links_.pop_front();
-}
+void MailSource::forgetBefore(uint64_t offset) { links_.forgetBefore(offset); }
 
 }  // namespace ksv_cli

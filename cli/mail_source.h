@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <exception>
 #include <memory>
 #include <string>
@@ -13,6 +12,7 @@
 #include "file_converter.h"
 #include "ksv_cconv.h"
 #include "mail_text.h"
+#include "offset_links.h"
 #include "streams.h"
 
 namespace ksv_cli {
@@ -27,12 +27,6 @@ class MailSource : public ByteSource {
   void forgetBefore(uint64_t offset) override;
 
  private:
-  // From here on both offsets go up together.
-  struct Link {
-    uint64_t output;
-    uint64_t text;
-  };
-
   void readPiece();
   void fill();
   void discard(size_t used);
@@ -56,7 +50,7 @@ class MailSource : public ByteSource {
   std::vector<uint8_t> piece_;  // UTF-8 to be read
   size_t pieceRead_ = 0;
   uint64_t written_ = 0;
-  std::deque<Link> links_;
+  OffsetLinks links_;
 };
 
 }  // namespace ksv_cli

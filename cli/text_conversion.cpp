@@ -9,6 +9,7 @@
 
 #include "conversion_journal.h"
 #include "failure.h"
+#include "iso_2022_planes.h"
 #include "mail_source.h"
 
 namespace ksv_cli {
@@ -119,9 +120,9 @@ class Utf8Source : public ByteSource, private ByteSink {
 
 bool isMail(CharsetKind kind) { return kind == CharsetKind::kUtf7 || kind == CharsetKind::kHz; }
 
-}  // namespace
+bool hasPlanes(const CharsetChoice& charset) { return charset.name == "iso-2022-jp-2004"; }
 
-void convertText(const ConversionSettings& settings, ByteSource& source, ByteSink& sink) {
+void convertStages(const ConversionSettings& settings, ByteSource& source, ByteSink& sink) {
   if (isMail(settings.source.kind)) {
     MailSource text(settings, source);
     FileConverter(settingsFromUtf8(settings), text, sink).run();
@@ -131,6 +132,27 @@ void convertText(const ConversionSettings& settings, ByteSource& source, ByteSin
   } else {
     FileConverter(settings, source, sink).run();
   }
+}
+
+void convertTo(const ConversionSettings& settings, ByteSource& source, ByteSink& sink) {
+  if (!hasPlanes(settings.target)) {
+    convertStages(settings, source, sink);
+    return;
+  }
+  PlaneSink planes(sink);
+  convertStages(settings, source, planes);
+  planes.finish();
+}
+
+}  // namespace
+
+void convertText(const ConversionSettings& settings, ByteSource& source, ByteSink& sink) {
+  if (!hasPlanes(settings.source)) {
+    convertTo(settings, source, sink);
+    return;
+  }
+  PlaneSource planes(source);
+  convertTo(settings, planes, sink);
 }
 
 }  // namespace ksv_cli

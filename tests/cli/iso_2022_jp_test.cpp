@@ -140,6 +140,52 @@ TEST(Iso2022JpText, keeps_its_offsets_on_the_way_through_utf8) {
   }
 }
 
+// Escape sequences hold until the next one, in plane 2 as well.
+TEST(Iso2022Jp2004Text, is_read_as_others_write_it) {
+  const auto read = [](const std::string& text, size_t block) {
+    return converting().inPieces("ISO-2022-JP-2004", "UTF-8", text, block);
+  };
+  for (size_t lead = 0; lead < 40; ++lead) {
+    const std::string before(lead, 'x');
+    const std::string text = before + "\x1B$(P!!!!!!\n!!\x1B$(Q$\"$\"\x1B(Ba\x1B$B$\"\x1B(B!";
+    for (const size_t block : {1u, 2u, 5u, 16u, 4096u})
+      ASSERT_EQ(read(text, block), (Conversion{before + "𠂉𠂉𠂉\n𠂉ああaあ!", ""}));
+  }
+}
+
+TEST(Iso2022Jp2004Text, names_the_offsets_of_the_file) {
+  for (size_t lead = 0; lead < 40; ++lead) {
+    std::string before = "\x1B$(P!!";
+    std::string expected = "𠂉";
+    for (size_t i = 0; i < lead; ++i) {
+      before += "!!";
+      expected += "𠂉";
+    }
+    const auto result = [&](const std::string& bad, const std::string& target) {
+      return converting().inPieces("ISO-2022-JP-2004", target, before + bad, 16);
+    };
+    ASSERT_EQ(result("\x1B.A", "UTF-8"),
+              (Conversion{expected, at("invalid ISO-2022-JP-2004 (0x1B)", before.size())}));
+    ASSERT_EQ(result("!\n", "UTF-8"),
+              (Conversion{expected, at("invalid ISO-2022-JP-2004 (0x21)", before.size())}));
+    ASSERT_EQ(result("", "Shift_JIS"), (Conversion{"", at("U+20089 is not in Shift_JIS", 4)}));
+  }
+}
+
+TEST(Iso2022Jp2004Text, is_written_as_others_read_it) {
+  EXPECT_EQ(encoded("ISO-2022-JP-2004", "あaいb\nう"),
+            "\x1B$(Q$\"\x1B(Ba\x1B$(Q$$\x1B(Bb\n\x1B$(Q$&\x1B(B");
+  EXPECT_EQ(encoded("ISO-2022-JP-2004", "xあ\x1B[0mい\x1B"),
+            "\x1B(Bx\x1B$(Q$\"\x1B(B\x1B[0m\x1B$(Q$$\x1B(B\x1B");
+  const std::string text = "あ𠀋𠂉か゚AいB\r\n漢𠂉z";
+  const std::string written = encoded("ISO-2022-JP-2004", text);
+  for (size_t block = 1; block < 40; ++block) {
+    EXPECT_EQ(converting().inPieces("ISO-2022-JP-2004", "UTF-8", written, block),
+              (Conversion{text, ""}));
+    EXPECT_EQ(converting().inPieces("UTF-8", "ISO-2022-JP-2004", text, block).output, written);
+  }
+}
+
 TEST(Iso2022JpText, is_closed_and_stays_empty_when_it_is) {
   EXPECT_EQ(encoded("ISO-2022-JP", "日本"), "\x1B$BF|K\\\x1B(B");
   EXPECT_EQ(encoded("ISO-2022-JP", "日本\n"), "\x1B$BF|K\\\x1B(B\n");

@@ -1,0 +1,115 @@
+#include "iso_2022_planes.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "iso_2022_check.h"
+
+namespace ksv_cli {
+namespace {
+
+constexpr char kEscape = '\x1B';
+constexpr std::string_view kPlane1 = "\x1B$(Q";
+constexpr std::string_view kPlane2 = "\x1B$(P";
+
+}  // namespace
+
+size_t PlaneSource::read(uint8_t* buffer, size_t size) {
+  if (read_ == text_.size()) {
+    std::vector<uint8_t> taken(size);
+    taken.resize(source_.read(taken.data(), size));
+    text_.clear();
+    read_ = 0;
+    for (const uint8_t byte : taken) take(byte);
+  }
+  const size_t count = std::min(size, text_.size() - read_);
+  if (count != 0) std::memcpy(buffer, text_.data() + read_, count);
+  read_ += count;
+  return count;
+}
+
+// Whether the byte belongs to an escape sequence, as far as can be seen yet.
+bool PlaneSource::takeEscape(uint8_t byte) {
+  if (escape_.empty() && byte != static_cast<uint8_t>(kEscape)) return false;
+  escape_ += static_cast<char>(byte);
+  switch (designationIn(escape_)) {
+    case Designation::kWhole:
+      inPlane2_ = escape_ == kPlane2;
+      isDesignated_ = true;
+      escape_.clear();
+      return true;
+    case Designation::kBeginning:
+      return true;
+    default:
+      escape_.clear();
+      return false;
+  }
+}
+
+void PlaneSource::take(uint8_t byte) {
+  const bool isPairByte = !takeEscape(byte) && byte >= 0x21 && byte <= 0x7E;
+  isFirstByte_ = isPairByte && !isFirstByte_;
+  if (inPlane2_ && isFirstByte_) {
+    if (!isDesignated_) {
+      text_.insert(text_.end(), kPlane2.begin(), kPlane2.end());
+      made_ += kPlane2.size();
+    }
+    isDesignated_ = false;
+  }
+  links_.add(made_, taken_);
+  text_.push_back(byte);
+  ++made_;
+  ++taken_;
+}
+
+void PlaneSink::write(const uint8_t* bytes, size_t size) {
+  for (size_t i = 0; i < size; ++i) take(bytes[i]);
+  flush();
+}
+
+void PlaneSink::finish() {
+  while (!escape_.empty()) release();
+  flush();
+}
+
+void PlaneSink::take(uint8_t byte) {
+  if (escape_.empty() && byte != static_cast<uint8_t>(kEscape)) {
+    emit(byte);
+    return;
+  }
+  escape_ += static_cast<char>(byte);
+  const Designation found = designationIn(escape_);
+  if (found == Designation::kNone) release();
+  if (found != Designation::kWhole) return;
+  inPlane_ = escape_ == kPlane1 || escape_ == kPlane2;
+  if (inPlane_)
+    pairBytesLeft_ = 2;
+  else
+    otherSet_ = escape_;
+  text_ += escape_;
+  escape_.clear();
+}
+
+// What looked like an escape sequence is text, and another one may begin inside it.
+void PlaneSink::release() {
+  const std::string held = std::move(escape_);
+  escape_.clear();
+  emit(static_cast<uint8_t>(held[0]));
+  for (const char c : held.substr(1)) take(static_cast<uint8_t>(c));
+}
+
+void PlaneSink::emit(uint8_t byte) {
+  if (inPlane_ && pairBytesLeft_-- == 0) {
+    text_ += otherSet_;
+    inPlane_ = false;
+  }
+  text_ += static_cast<char>(byte);
+}
+
+void PlaneSink::flush() {
+  sink_.write(reinterpret_cast<const uint8_t*>(text_.data()), text_.size());
+  text_.clear();
+}
+
+}  // namespace ksv_cli
