@@ -17,35 +17,13 @@ void ConversionJournal::note(const ConverterRecord& before, const ConverterRecor
   calls_.push_back(std::move(call));
 }
 
-// The shortest beginning of the input that gives more than so many bytes.
-size_t ConversionJournal::lengthThatWrites(const Call& call, uint64_t bytes) {
-  ConverterRecord start = call.before;
-  start.input = call.input.data();
-  std::vector<uint8_t> output(static_cast<size_t>(call.outputEnd - call.outputBegin));
-  size_t tooShort = 0;
-  size_t length = call.input.size();
-  while (length - tooShort > 1) {
-    const size_t middle = tooShort + (length - tooShort) / 2;
-    ConverterRecord record = start;
-    record.inputLength = static_cast<int32_t>(middle);
-    record.output = output.data();
-    record.outputCapacity = static_cast<int32_t>(output.size());
-    cconvConvert(&record);
-    if (static_cast<uint64_t>(record.outputPosition) > bytes)
-      length = middle;
-    else
-      tooShort = middle;
-  }
-  return length;
-}
-
 uint64_t ConversionJournal::inputOffset(uint64_t outputOffset) const {
   for (const Call& call : calls_) {
     if (outputOffset >= call.outputEnd) continue;
     ConverterRecord start = call.before;
     start.input = call.input.data();
-    const size_t length = lengthThatWrites(call, outputOffset - call.outputBegin);
-    const int32_t position = characterStart(start, static_cast<int32_t>(length) - 1, kind_);
+    const int32_t position =
+        characterBehindOutput(start, static_cast<int32_t>(outputOffset - call.outputBegin));
     return call.offsets.offset(static_cast<size_t>(position));
   }
   return calls_.empty() ? 0 : calls_.back().offsets.offset(calls_.back().input.size());

@@ -8,15 +8,12 @@
 #include <vector>
 
 #include "buffer_offsets.h"
-#include "charset_names.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
 
 class ConversionJournal {
  public:
-  explicit ConversionJournal(CharsetKind kind) : kind_(kind) {}
-
   // One cconvConvert call: the record in front of it, with its buffers set and no
   // output yet, and behind it; offsets are those of the record's input.
   void note(const ConverterRecord& before, const ConverterRecord& after,
@@ -38,9 +35,6 @@ class ConversionJournal {
     BufferOffsets offsets;
   };
 
-  static size_t lengthThatWrites(const Call& call, uint64_t bytes);
-
-  CharsetKind kind_;  // of the source
   std::deque<Call> calls_;
   uint64_t written_ = 0;
 };

@@ -214,9 +214,9 @@ size_t FileConverter::convert(size_t begin, size_t end) {
       case KSV_STATUS_INCOMPLETE:
         return static_cast<size_t>(record_.inputPosition);
       case KSV_STATUS_INVALID:
-        failInvalid(startOfCharacter(before, record_.inputPosition));
+        failInvalid(static_cast<size_t>(characterStart(before, record_.inputPosition)));
       case KSV_STATUS_UNMAPPABLE:
-        failUnmappable(startOfCharacter(before, record_.inputPosition - 1));
+        failUnmappable(unmappableStart(before));
       case KSV_STATUS_FULL:
         if (moved) continue;
         throw Failure("a character is longer than the output buffer" +
@@ -228,8 +228,11 @@ size_t FileConverter::convert(size_t begin, size_t end) {
   }
 }
 
-size_t FileConverter::startOfCharacter(const ConverterRecord& before, int32_t reported) const {
-  return static_cast<size_t>(characterStart(before, reported, settings_.source.kind));
+size_t FileConverter::unmappableStart(const ConverterRecord& before) const {
+  const int32_t start = settings_.source.form == UnicodeForm::kNone
+                            ? characterBehindOutput(before, record_.outputPosition)
+                            : characterStart(before, record_.inputPosition - 1);
+  return static_cast<size_t>(start);
 }
 
 void FileConverter::finish() {

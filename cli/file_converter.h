@@ -59,7 +59,7 @@ class FileConverter {
   size_t cutOfHeld() const;
   void convertHeld();
   size_t convert(size_t begin, size_t end);
-  size_t startOfCharacter(const ConverterRecord& before, int32_t reported) const;
+  size_t unmappableStart(const ConverterRecord& before) const;
   size_t convertBehindTruncated(size_t at, size_t end);
   void aimAtOutput();
   void drain();

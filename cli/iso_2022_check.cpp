@@ -40,13 +40,6 @@ Designation designationIn(std::string_view text) {
   return Designation::kNone;
 }
 
-size_t escapesLength(const uint8_t* text, size_t length) {
-  const std::string_view whole(reinterpret_cast<const char*>(text), length);
-  size_t at = 0;
-  while (const size_t one = designationLength(whole.substr(at))) at += one;
-  return at;
-}
-
 ScanResult Iso2022Scanner::scanEscape(const uint8_t* text, size_t length) {
   const std::string_view rest(reinterpret_cast<const char*>(text), length);
   if (const size_t known = designationLength(rest); known != 0) {
@@ -72,8 +65,8 @@ ScanResult Iso2022Scanner::scan(const uint8_t* text, size_t length) {
   size_t at = 0;
   while (at < length) {
     const bool isEscape = text[at] == kEscape;
-    const ScanResult one = isEscape ? scanEscape(text + at, length - at)
-                                    : scanCharacter(text + at, length - at);
+    const ScanResult one =
+        isEscape ? scanEscape(text + at, length - at) : scanCharacter(text + at, length - at);
     if (one.end != ScanEnd::kAll) return {at, one.end, one.badLength};
     escapesAtEnd_ = isEscape ? escapesAtEnd_ + one.wellFormed : 0;
     at += one.wellFormed;

@@ -18,9 +18,6 @@ namespace ksv_cli {
 enum class Designation { kNone, kBeginning, kWhole };
 Designation designationIn(std::string_view text);
 
-// The length of the known escape sequences that the text begins with.
-size_t escapesLength(const uint8_t* text, size_t length);
-
 // Scans a text piece by piece: what is handed in begins behind the well-formed bytes
 // of the scan before, or behind its bad ones. Bad are an escape sequence that is not
 // known, bytes above 7F outside half-width katakana, and a first byte without a

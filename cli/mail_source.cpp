@@ -90,9 +90,9 @@ void MailSource::judgeEnd(const MailPiece& piece) {
   } else if (piece.end == ScanEnd::kIncomplete && atEnd_) {
     leaveOutOr(piece.badLength, [&] { return truncatedText(charset, originOf(0)); });
   } else if (piece.end == ScanEnd::kIncomplete && held_.size() > kLongestRun) {
-    failure_ = std::make_exception_ptr(Failure("a base64 run of more than " +
-                                               std::to_string(kLongestRun) + " bytes begins" +
-                                               atOffset(originOf(0))));
+    failure_ =
+        std::make_exception_ptr(Failure("a base64 run of more than " + std::to_string(kLongestRun) +
+                                        " bytes begins" + atOffset(originOf(0))));
   } else if (piece.end == ScanEnd::kIncomplete) {
     fill();
   }
@@ -120,8 +120,8 @@ void MailSource::convertPiece(const MailPiece& piece) {
     if (next < piece.characters.size())
       record_.inputPosition = static_cast<int32_t>(piece.characters[next].inLibrary);
     if (!settings_.skipInvalid)
-      failure_ = std::make_exception_ptr(
-          invalidText(settings_.source.display, held_[bad], originOf(bad)));
+      failure_ =
+          std::make_exception_ptr(invalidText(settings_.source.display, held_[bad], originOf(bad)));
   }
 }
 

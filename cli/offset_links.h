@@ -12,7 +12,8 @@ class OffsetLinks {
  public:
   // From these two offsets on both texts go along together, up to the next link.
   void add(uint64_t made, uint64_t origin) {
-    const bool goesOn = !links_.empty() && origin - links_.back().origin == made - links_.back().made;
+    const bool goesOn =
+        !links_.empty() && origin - links_.back().origin == made - links_.back().made;
     if (!goesOn) links_.push_back({made, origin});
   }
 

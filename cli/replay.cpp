@@ -1,8 +1,7 @@
 #include "replay.h"
 
+#include <cstddef>
 #include <vector>
-
-#include "iso_2022_check.h"
 
 namespace ksv_cli {
 namespace {
@@ -27,8 +26,20 @@ Ending convertInto(std::vector<uint8_t>& scratch, ConverterRecord record, int32_
   }
 }
 
-// Where the converter ends cleanly in front of the reported position.
-int32_t cleanEnd(const ConverterRecord& before, int32_t reported) {
+// The converter where it has written so many bytes and looks at what is next.
+ConverterRecord behindOutput(const ConverterRecord& before, int32_t outputBytes) {
+  std::vector<uint8_t> scratch(static_cast<size_t>(outputBytes));
+  ConverterRecord record = before;
+  record.output = scratch.data();
+  record.outputPosition = 0;
+  record.outputCapacity = outputBytes;
+  cconvConvert(&record);
+  return record;
+}
+
+}  // namespace
+
+int32_t characterStart(const ConverterRecord& before, int32_t reported) {
   std::vector<uint8_t> scratch(kScratchSize);
   int32_t length = reported;
   while (length > before.inputPosition) {
@@ -39,13 +50,23 @@ int32_t cleanEnd(const ConverterRecord& before, int32_t reported) {
   return before.inputPosition;
 }
 
-}  // namespace
-
-int32_t characterStart(const ConverterRecord& before, int32_t reported, CharsetKind kind) {
-  const int32_t start = cleanEnd(before, reported);
-  if (kind != CharsetKind::kIso2022) return start;
-  const size_t left = static_cast<size_t>(before.inputLength - start);
-  return start + static_cast<int32_t>(escapesLength(before.input + start, left));
+int32_t characterBehindOutput(const ConverterRecord& before, int32_t outputBytes) {
+  std::vector<uint8_t> scratch(kScratchSize);
+  ConverterRecord record = behindOutput(before, outputBytes);
+  int32_t end = record.inputPosition;
+  while (end < before.inputLength) {
+    ConverterRecord next = record;
+    next.inputLength = ++end;
+    next.output = scratch.data();
+    next.outputPosition = 0;
+    next.outputCapacity = kScratchSize;
+    const uint32_t status = cconvConvert(&next);
+    if (next.outputPosition != 0 || status == KSV_STATUS_UNMAPPABLE) break;
+    if (next.inputPosition == record.inputPosition) continue;
+    record = next;
+    end = record.inputPosition;
+  }
+  return record.inputPosition;
 }
 
 }  // namespace ksv_cli

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 
-#include "charset_names.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
@@ -14,9 +13,12 @@ namespace ksv_cli {
 // the position of that byte. Decoders leave the position on the bad bytes, one
 // byte behind the first, or behind all of them; so shorter and shorter pieces of
 // the input are converted once more, until one ends cleanly.
-// Escape sequences in front of a character of ISO-2022-JP are no part of it.
-int32_t characterStart(const ConverterRecord& before, int32_t reported,
-                       CharsetKind kind = CharsetKind::kCharset);
+int32_t characterStart(const ConverterRecord& before, int32_t reported);
+
+// The same for the first character that is not among the bytes that the call wrote
+// first. What stands for nothing, such as an escape sequence or skipped bytes, is no
+// part of it. For sources that read no mark together with the base before it.
+int32_t characterBehindOutput(const ConverterRecord& before, int32_t outputBytes);
 
 }  // namespace ksv_cli
 

@@ -73,7 +73,6 @@ class Utf8Source : public ByteSource, private ByteSink {
   Utf8Source(const ConversionSettings& settings, ByteSource& source)
       : settings_(settingsToUtf8(settings)),
         source_(source),
-        journal_(settings_.source.kind),
         converter_(settings_, source_, *this, &journal_) {}
 
   size_t read(uint8_t* buffer, size_t size) override {

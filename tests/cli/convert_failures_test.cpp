@@ -151,9 +151,7 @@ TEST_F(ConvertFailures, report_a_full_disk_once) {
 
 class BadBytes : public testing::TestWithParam<BadText> {};
 
-TEST_P(BadBytes, are_named_at_every_place_around_a_border) {
-  expectBadBytesNamed(GetParam());
-}
+TEST_P(BadBytes, are_named_at_every_place_around_a_border) { expectBadBytesNamed(GetParam()); }
 
 INSTANTIATE_TEST_SUITE_P(
     EachDecoder, BadBytes,

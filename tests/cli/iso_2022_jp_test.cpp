@@ -1,11 +1,10 @@
 // ISO-2022-JP: escape sequences, half-width katakana, and what is written.
 
-#include "iso_2022_check.h"
-
 #include <gtest/gtest.h>
 
 #include "command.h"
 #include "in_process.h"
+#include "iso_2022_check.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -82,7 +81,8 @@ TEST(Iso2022JpText, with_half_a_pair_is_bad_at_that_byte) {
       expected += "あ";
     }
     const std::string text = before + "$\x1B(Bxyz";
-    ASSERT_EQ(toUtf8(text), (Conversion{expected, at("invalid ISO-2022-JP (0x24)", before.size())}));
+    ASSERT_EQ(toUtf8(text),
+              (Conversion{expected, at("invalid ISO-2022-JP (0x24)", before.size())}));
     ASSERT_EQ(toUtf8(text, 16, kSkipping), (Conversion{expected + "xyz", ""}));
   }
 }

@@ -12,12 +12,12 @@ namespace ksv_cli_tests {
 namespace {
 
 const std::vector<std::string> kCharsets = {
-    "Shift_JIS",  "WINDOWS31J", "Shift_JIS-2004", "EUC-JP",    "EUC-JP-MS",    "EUC-JIS-2004",
-    "EUC-JP-FIX", "OASYS_WIN",  "OASYS_ONLINE",   "ISO-2022-JP", "UTF-8",        "UTF-16BE"};
+    "Shift_JIS",  "WINDOWS31J", "Shift_JIS-2004", "EUC-JP",      "EUC-JP-MS", "EUC-JIS-2004",
+    "EUC-JP-FIX", "OASYS_WIN",  "OASYS_ONLINE",   "ISO-2022-JP", "UTF-8",     "UTF-16BE"};
 
 // Characters that all of them have and read back.
 std::string randomText(std::mt19937& random, bool lineEnds) {
-  static const std::vector<std::string> characters = {"a", "Z", "5", "あ", "漢", "ア",
+  static const std::vector<std::string> characters = {"a",  "Z",  "5",  "あ", "漢",  "ア",
                                                       "、", "か", "字", "ー", "\r\n"};
   std::string text;
   const size_t count = random() % 100;

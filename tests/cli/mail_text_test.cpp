@@ -16,7 +16,8 @@ const Adjustment kSkipping = [](ksv_cli::ConversionSettings& settings) {
   settings.skipInvalid = true;
 };
 
-Conversion fromUtf7(const std::string& text, size_t block = 16, const Adjustment& adjust = nullptr) {
+Conversion fromUtf7(const std::string& text, size_t block = 16,
+                    const Adjustment& adjust = nullptr) {
   return converting().inPieces("UTF-7", "UTF-8", text, block, adjust);
 }
 
@@ -115,11 +116,11 @@ const BadUtf7 kBadUtf7[] = {
     {"\xA4", 0, "", "invalid UTF-7 (0xA4)", "x"},
     {"\x01", 0, "", "invalid UTF-7 (0x01)", "x"},
     {"+MEI~", 4, "あ", "invalid UTF-7 (0x7E)", "あx"},
-    {"+AEF-", 3, "A", "invalid UTF-7 (0x46)", "Ax"},    // two bits left, one of them set
-    {"+AEEA-", 4, "A", "invalid UTF-7 (0x41)", "Ax"},   // eight bits left
-    {"+A-", 1, "", "invalid UTF-7 (0x41)", "x"},        // six bits left
+    {"+AEF-", 3, "A", "invalid UTF-7 (0x46)", "Ax"},       // two bits left, one of them set
+    {"+AEEA-", 4, "A", "invalid UTF-7 (0x41)", "Ax"},      // eight bits left
+    {"+A-", 1, "", "invalid UTF-7 (0x41)", "x"},           // six bits left
     {"+MELYPQ-", 3, "あ", "invalid UTF-7 (0x4C)", "あx"},  // a high surrogate alone
-    {"+2D0AQQ-", 1, "", "invalid UTF-7 (0x32)", "x"},   // one in front of an A
+    {"+2D0AQQ-", 1, "", "invalid UTF-7 (0x32)", "x"},      // one in front of an A
     {"+MELeAA-", 3, "あ", "invalid UTF-7 (0x4C)", "あx"},  // a low surrogate alone
 };
 
@@ -151,9 +152,9 @@ TEST(Utf7Text, that_the_end_cuts_is_named_at_its_last_character) {
 TEST(Utf7Text, names_a_character_that_the_target_lacks_at_its_first_digit) {
   for (size_t lead = 0; lead < 50; ++lead) {
     const std::string before(lead, 'x');
-    EXPECT_EQ(converting().inPieces("UTF-7", "Shift_JIS", before + "+MEIA6TBE-", 16),
-              (Conversion{before + bytes({0x82, 0xA0}),
-                          at("U+00E9 is not in Shift_JIS", lead + 3)}));
+    EXPECT_EQ(
+        converting().inPieces("UTF-7", "Shift_JIS", before + "+MEIA6TBE-", 16),
+        (Conversion{before + bytes({0x82, 0xA0}), at("U+00E9 is not in Shift_JIS", lead + 3)}));
   }
 }
 
@@ -161,8 +162,7 @@ TEST(Utf7Text, with_a_run_that_does_not_end_is_a_failure) {
   std::string text = "abc+";
   for (int i = 0; i < 300000; ++i) text += "MEIwRDBG";
   const Conversion result = converting().inPieces("UTF-7", "UTF-8", text, 64 * 1024);
-  EXPECT_EQ(result,
-            (Conversion{"abc", at("a base64 run of more than 1048576 bytes begins", 3)}));
+  EXPECT_EQ(result, (Conversion{"abc", at("a base64 run of more than 1048576 bytes begins", 3)}));
 }
 
 TEST(Utf7Text, may_have_runs_of_many_pages) {
@@ -188,7 +188,7 @@ TwoForms randomHz(std::mt19937& random) {
       text.utf8 += utf8[which];
     }
     text.mail += "~}";
-    static const TwoForms between[] = {{"", ""}, {"~~", "~"}, {"~\n", ""}, {"~\r\n", ""},
+    static const TwoForms between[] = {{"", ""},       {"~~", "~"},  {"~\n", ""},     {"~\r\n", ""},
                                        {"a\n", "a\n"}, {"{}", "{}"}, {"~~~~{", "~~{"}};
     for (size_t i = random() % 3; i > 0; --i) {
       const TwoForms& one = between[random() % std::size(between)];

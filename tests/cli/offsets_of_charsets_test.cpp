@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "command.h"
+#include "in_process.h"
 #include "offset_sweep.h"
 
 namespace ksv_cli_tests {
@@ -65,6 +66,17 @@ INSTANTIATE_TEST_SUITE_P(
         LackingText{"EUC-JP", "ｱあ", "丂", "OASYS_ONLINE", "U+4E02 is not in OASYS_ONLINE"},
         LackingText{"Shift_JIS-2004", "か", "𠀋", "OASYS_ONLINE",
                     "U+2000B is not in OASYS_ONLINE"}));
+
+// B9 begins a pair that 8F does not end: it alone is left out.
+TEST(OffsetOfLackingCharacter, is_told_behind_bytes_that_are_left_out) {
+  const Adjustment skipping = [](ksv_cli::ConversionSettings& settings) {
+    settings.skipInvalid = true;
+  };
+  const std::string text = bytes({'a', 0xB9, 0x8F, 0xB0, 0xA1});
+  for (const size_t block : {1u, 2u, 3u, 16u})
+    EXPECT_EQ(converting().inPieces("EUC-JP", "Shift_JIS", text, block, skipping),
+              (Conversion{"a", "U+4E02 is not in Shift_JIS at byte offset 2"}));
+}
 
 TEST(TruncatedTextOf, every_charset_is_named_at_the_first_byte_of_its_last_character) {
   for (const std::string charset :
