@@ -46,6 +46,26 @@ TEST_F(LargeFile, converts_in_little_memory) {
   EXPECT_TRUE(haveSameContent("large", "back"));
 }
 
+TEST_F(LargeFile, of_mail_converts_in_little_memory) {
+  if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "the sanitizers keep memory of their own";
+  const std::pair<std::string, std::string> mails[] = {
+      {"utf-7", "+ZeVnLIqe- and text\r\n"},
+      {"iso-2022-jp", "\x1B$BF|K\\8l\x1B(B and text\r\n"},
+  };
+  const std::string line = bytes({0x93, 0xFA, 0x96, 0x7B, 0x8C, 0xEA}) + " and text\r\n";
+  for (const auto& [charset, mail] : mails) {
+    writeRepeated(charset, mail, 24u << 20);
+    const Outcome outcome = ksv({"convert", "-f", charset, "-t", "sjis", "-o", "out", charset});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_LT(outcome.peakKilobytes, kMostKilobytes) << charset;
+    const std::string head = ksv({"cut", "-c", "sjis", "-n", "1600", "out"}).out;
+    for (size_t at = 0; at < head.size(); at += line.size())
+      ASSERT_EQ(head.substr(at, line.size()), line.substr(0, head.size() - at)) << charset;
+    EXPECT_EQ(std::filesystem::file_size(path("out")) / line.size(),
+              std::filesystem::file_size(path(charset)) / mail.size());
+  }
+}
+
 TEST_F(LargeFile, of_bad_bytes_only_is_skipped_in_little_memory) {
   if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "the sanitizers keep memory of their own";
   writeRepeated("bad",
