@@ -33,9 +33,8 @@ bool isDirect(uint8_t byte) {
   return isBetween(byte, ' ', '}') && byte != '\\';
 }
 
-void stop(MailPiece& piece, ScanEnd end, size_t badAt, size_t badLength) {
+void stop(MailPiece& piece, ScanEnd end, size_t badLength) {
   piece.end = end;
-  piece.badAt = badAt;
   piece.badLength = badLength;
 }
 
@@ -134,7 +133,7 @@ class Utf7Piece {
         addCharacter(at);
         piece_.bytes.push_back(text_[at++]);
       } else {
-        stop(piece_, ScanEnd::kInvalid, at, 1);
+        stop(piece_, ScanEnd::kInvalid, 1);
       }
     }
     return std::move(piece_);
@@ -150,17 +149,14 @@ class Utf7Piece {
     size_t end = start + 1;
     while (end < length_ && base64Digit(text_[end]) >= 0) ++end;
     if (end == length_ && (!atEnd_ || end == start + 1)) {
-      stop(piece_, ScanEnd::kIncomplete, start, length_ - start);
+      stop(piece_, ScanEnd::kIncomplete, length_ - start);
       return;
     }
     const bool hasHyphen = end < length_ && text_[end] == '-';
     const size_t behind = hasHyphen ? end + 1 : end;
     const Base64Run run(text_, start + 1, end);
-    if (end == start + 1) {
-      if (hasHyphen) addCharacter(start);  // "+-" is a plus sign
-    } else {
-      for (const size_t at : run.characters()) addCharacter(at);
-    }
+    if (end == start + 1 && hasHyphen) addCharacter(start);  // "+-" is a plus sign
+    for (const size_t at : run.characters()) addCharacter(at);
     if (run.faultAt() == Base64Run::kNone) {
       piece_.bytes.insert(piece_.bytes.end(), text_ + start, text_ + behind);
       piece_.used = behind;
@@ -170,8 +166,7 @@ class Utf7Piece {
     run.appendSoundPart(piece_.bytes);
     const bool isCut = run.isCut() && end == length_;
     piece_.used = run.faultAt();
-    stop(piece_, isCut ? ScanEnd::kIncomplete : ScanEnd::kInvalid, run.faultAt(),
-         behind - run.faultAt());
+    stop(piece_, isCut ? ScanEnd::kIncomplete : ScanEnd::kInvalid, behind - run.faultAt());
   }
 
   const uint8_t* text_;
@@ -222,8 +217,8 @@ class HzPiece {
     piece_.used += count;
   }
 
-  void fail(size_t length) { stop(piece_, ScanEnd::kInvalid, piece_.used, length); }
-  void wait() { stop(piece_, ScanEnd::kIncomplete, piece_.used, length_ - piece_.used); }
+  void fail(size_t length) { stop(piece_, ScanEnd::kInvalid, length); }
+  void wait() { stop(piece_, ScanEnd::kIncomplete, length_ - piece_.used); }
 
   void takeByte() {
     if (!isBetween(text_[piece_.used], 0x01, 0x7F)) {

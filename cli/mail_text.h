@@ -27,8 +27,7 @@ struct MailPiece {
   // kAll: more pieces can follow. kIncomplete: what stands behind the piece needs the
   // bytes that follow. kInvalid: what stands there is bad.
   ScanEnd end = ScanEnd::kAll;
-  size_t badAt = 0;
-  size_t badLength = 0;  // what is left out to go on behind it
+  size_t badLength = 0;  // what is left out to go on behind that
 };
 
 // Reads a text piece by piece: each begins behind the bytes used by the one before,

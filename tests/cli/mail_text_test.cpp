@@ -1,7 +1,5 @@
 // UTF-7 and HZ-GB-2312 as sources.
 
-#include "mail_text.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
