@@ -20,6 +20,9 @@ const char kConfigurationVariable[] = "XDG_CONFIG_HOME";
 
 namespace {
 
+// Found out before a test moves to mounts of its own, where the link may lead elsewhere.
+const std::string executable = std::filesystem::canonical("/proc/self/exe").string();
+
 [[noreturn]] void fail(const char* what) { throw std::runtime_error(what); }
 
 std::string newSharedName() {
@@ -69,7 +72,7 @@ ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
-std::string ownExecutable() { return std::filesystem::canonical("/proc/self/exe").string(); }
+std::string ownExecutable() { return executable; }
 
 std::vector<std::string> commandLine(int argc, char** argv) { return {argv, argv + argc}; }
 
