@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <vector>
 
+#include "command.h"
 #include "failure.h"
 #include "ksv_cconv.h"
+#include "tests/system/system.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -52,7 +53,7 @@ class TextSink : public ksv_cli::ByteSink {
 }  // namespace
 
 Converting::Converting() {
-  ::setenv("Charsetpath", KSV_CHARSET_DIRECTORY, 1);
+  ksv::test::setVariable("Charsetpath", charsetDirectory());
   ruleBase_ = std::make_unique<ksv_cli::RuleBase>();
 }
 
