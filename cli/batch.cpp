@@ -4,6 +4,8 @@
 #include <atomic>
 #include <condition_variable>
 #include <exception>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -198,17 +200,18 @@ class Batch {
   void checkThatNothingIsOverwritten() const {
     if (plan_.kind == OutputPlan::Kind::kStandardOutput) return;
     std::set<FileId> inputIds;
-    std::set<std::string> outputs;
+    std::map<std::string, std::string> outputs;  // by the key of the place
     for (const std::string& input : inputs_) {
       const FileFacts facts = platform::fileFacts(input);
       const bool isFile = facts.kind == FileKind::kRegular && !isStandardStream(input);
       const bool isNewId = !isFile || inputIds.emplace(facts.device, facts.number).second;
-      const bool isNewOutput = outputs.insert(outputPath(input)).second;
+      const bool isNewOutput =
+          outputs.emplace(platform::placeKey(outputPath(input)), outputPath(input)).second;
       if (!isNewOutput || (plan_.kind == OutputPlan::Kind::kInPlace && !isNewId))
         throw UsageError(outputPath(input) + " would be written twice");
     }
     if (plan_.kind == OutputPlan::Kind::kInPlace) return;
-    for (const std::string& output : outputs) {
+    for (const auto& [key, output] : outputs) {
       const FileFacts facts = platform::fileFacts(output);
       if (facts.kind == FileKind::kRegular && inputIds.count({facts.device, facts.number}) != 0)
         throw UsageError(output + " is an input as well; --in-place converts a file where it is");
@@ -248,9 +251,10 @@ class Batch {
   void convertOne(size_t index) {
     const std::string& input = inputs_[index];
     refuseUnfitInput(input);
-    MeteredSource source(input, console_);
+    auto source = std::make_unique<MeteredSource>(input, console_);
     const std::unique_ptr<Result> result = openResult(index);
-    convertText(index == 0 ? first_ : others_, source, *result);
+    convertText(index == 0 ? first_ : others_, *source, *result);
+    source.reset();  // not every system replaces a file that is open
     result->complete();
   }
 

@@ -32,10 +32,17 @@ int writeResult(const std::string& text) {
   return kExitDone;
 }
 
+std::string lineChange(size_t shown, const std::string& line, bool takesEscapes) {
+  if (takesEscapes) return "\r" + line + "\x1B[K";
+  const size_t rest = shown - std::min(shown, line.size());
+  return "\r" + line + std::string(rest, ' ') + std::string(rest, '\b');
+}
+
 Console::Console(size_t fileCount, uint64_t totalBytes)
     : fileCount_(fileCount),
       totalBytes_(totalBytes),
-      onTerminal_(platform::standardErrorIsTerminal()) {}
+      onTerminal_(platform::standardErrorIsTerminal()),
+      takesEscapes_(onTerminal_ && platform::standardErrorTakesEscapes()) {}
 
 Console::~Console() { clear(); }
 
@@ -68,13 +75,16 @@ void Console::show() {
   if (fileCount_ > 1)
     line += ", file " + std::to_string(std::min(files_ + 1, fileCount_)) + " of " +
             std::to_string(fileCount_);
-  platform::writeToStandardError("\r" + line + "\x1B[K");
-  shown_ = true;
+  overwrite(line);
 }
 
 void Console::clear() {
-  if (shown_) platform::writeToStandardError("\r\x1B[K");
-  shown_ = false;
+  if (shown_ != 0) overwrite("");
+}
+
+void Console::overwrite(const std::string& line) {
+  platform::writeToStandardError(lineChange(shown_, line, takesEscapes_));
+  shown_ = line.size();
 }
 
 }  // namespace ksv_cli

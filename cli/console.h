@@ -16,6 +16,9 @@ std::string diagnostic(const std::string& subject, const std::string& reason);
 // reported by then.
 int writeResult(const std::string& text);
 
+// What a terminal takes to show another line instead of one of so many characters.
+std::string lineChange(size_t shown, const std::string& line, bool takesEscapes);
+
 // May be used from several threads.
 class Console {
  public:
@@ -31,14 +34,16 @@ class Console {
  private:
   void show();
   void clear();
+  void overwrite(const std::string& line);
 
   const size_t fileCount_;
   const uint64_t totalBytes_;
   const bool onTerminal_;
+  const bool takesEscapes_;
   std::mutex mutex_;
   uint64_t bytes_ = 0;
   size_t files_ = 0;
-  bool shown_ = false;
+  size_t shown_ = 0;  // the length of the line that is shown
   std::chrono::steady_clock::time_point lastShown_{};
 };
 

@@ -1,9 +1,11 @@
 // ksv: the command over ksv_comm.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
-#include <iostream>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "console.h"
@@ -34,10 +36,11 @@ std::string withoutJob(const CLI::App& app) {
   return "a job is needed: " + jobs;
 }
 
-int run(int argumentCount, char** arguments) {
+int run(std::vector<std::string> arguments) {
   CLI::App app("Converts text between character encodings.", "ksv");
   app.set_version_flag("--version", "ksv " KSV_VERSION, "Print name and version, and exit");
   app.set_help_flag("-h,--help", "Print this help, and exit");
+  app.allow_windows_style_options(false);  // "/" begins a path everywhere
   app.require_subcommand(1);
   app.get_formatter()->column_width(32);
 
@@ -47,10 +50,12 @@ int run(int argumentCount, char** arguments) {
   addTablesJob(app, exitStatus);
   addCutJob(app, exitStatus);
   try {
-    app.parse(argumentCount, arguments);
+    std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+    app.parse(std::move(arguments));
   } catch (const CLI::Success& request) {  // help or version
-    app.exit(request);
-    return std::cout.flush() ? kExitDone : kExitFailed;
+    std::ostringstream answer;
+    app.exit(request, answer);
+    return writeResult(answer.str());
   } catch (const CLI::ParseError& error) {
     const bool hasJob = !app.get_subcommands().empty();
     return reportUsage(app, hasJob ? error.what() : withoutJob(app));
@@ -69,7 +74,7 @@ int run(int argumentCount, char** arguments) {
 int main(int argumentCount, char** arguments) {
   try {
     ksv_cli::platform::prepareProcess();
-    return ksv_cli::run(argumentCount, arguments);
+    return ksv_cli::run(ksv_cli::platform::commandLineArguments(argumentCount, arguments));
   } catch (const std::exception& error) {
     ksv_cli::platform::writeToStandardError(std::string("ksv: ") + error.what() + "\n");
     return ksv_cli::kExitFailed;

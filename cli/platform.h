@@ -8,16 +8,33 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "streams.h"
 
 namespace ksv_cli::platform {
 
-// To be called once, before any thread starts: standard streams become binary, a
-// closed pipe becomes a write error, and an interrupt removes the temporary files.
+// The arguments of main() behind the name of the program.
+std::vector<std::string> commandLineArguments(int argumentCount, char** arguments);
+
+// Empty when the variable is not set.
+std::string environmentValue(const char* name);
+
+// The files that an operand names: where the shell leaves that to its commands,
+// those that match * and ? in its last component, in ascending order. An operand
+// without a match stands for itself.
+std::vector<std::string> filesNamedBy(const std::string& operand);
+
+// To be called once, before any thread starts: a closed pipe becomes a write
+// error, and an interrupt removes the temporary files.
 void prepareProcess();
 
+// Standard streams are binary. Where a console takes characters, UTF-8 is what is
+// read from it and shown on it.
 bool standardErrorIsTerminal();
+
+// Whether that terminal obeys escape sequences, once it has been asked to.
+bool standardErrorTakesEscapes();
 
 // Writes to standard error in one go, so that lines of threads do not mix.
 void writeToStandardError(const std::string& text);
@@ -69,6 +86,10 @@ void createDirectories(const std::string& path);
 // The path of a file of that name in the directory, and the name that a path ends in.
 std::string joinPath(const std::string& directory, const std::string& name);
 std::string lastComponent(const std::string& path);
+
+// Equal for two paths that can be seen to name one place, whether or not a file is
+// there.
+std::string placeKey(const std::string& path);
 
 }  // namespace ksv_cli::platform
 

@@ -3,9 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <random>
@@ -245,6 +247,17 @@ class PosixPendingFile : public PendingFile {
 
 }  // namespace
 
+std::vector<std::string> commandLineArguments(int argumentCount, char** arguments) {
+  return {arguments + std::min(argumentCount, 1), arguments + argumentCount};
+}
+
+std::string environmentValue(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+std::vector<std::string> filesNamedBy(const std::string& operand) { return {operand}; }
+
 void prepareProcess() {
   ::signal(SIGPIPE, SIG_IGN);
   for (const int signalNumber : {SIGHUP, SIGINT, SIGTERM}) catchUnlessIgnored(signalNumber);
@@ -254,6 +267,8 @@ void prepareProcess() {
 }
 
 bool standardErrorIsTerminal() { return ::isatty(STDERR_FILENO) != 0; }
+
+bool standardErrorTakesEscapes() { return standardErrorIsTerminal(); }
 
 void writeToStandardError(const std::string& text) {
   try {
@@ -309,5 +324,7 @@ std::string joinPath(const std::string& directory, const std::string& name) {
 std::string lastComponent(const std::string& path) {
   return std::filesystem::path(path).filename().string();
 }
+
+std::string placeKey(const std::string& path) { return path; }
 
 }  // namespace ksv_cli::platform

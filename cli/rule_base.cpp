@@ -1,8 +1,7 @@
 #include "rule_base.h"
 
-#include <cstdlib>
-
 #include "ksv_cconv.h"
+#include "platform.h"
 
 namespace ksv_cli {
 namespace {
@@ -10,9 +9,8 @@ namespace {
 // Names the directory for a message. Which one the library takes when the
 // variable is not set is its own affair.
 std::string directoryForMessages() {
-  const char* fromEnvironment = std::getenv("Charsetpath");
-  const bool isSet = fromEnvironment != nullptr && *fromEnvironment != '\0';
-  return isSet ? fromEnvironment : "charset directory";
+  const std::string fromEnvironment = platform::environmentValue("Charsetpath");
+  return fromEnvironment.empty() ? "charset directory" : fromEnvironment;
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
+#include "common/directory.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "common/guard.h"
 #include "common/path.h"
@@ -48,9 +48,8 @@ Matches findMatches(const char* pattern) {
   if (!driveOnly && !isSeparator(matches.directory.back())) matches.directory.push_back('/');
 
   if (!hasWildcard(component)) {
-    platform::FileStatus status;
-    const std::string path = matches.directory + component;
-    if (platform::entryStatus(path.c_str(), status)) matches.names.push_back(component);
+    auto name = platform::entryName(matches.directory, component);
+    if (name) matches.names.push_back(std::move(*name));
     return matches;
   }
   auto names = platform::directoryNames(matches.directory.c_str());
@@ -105,6 +104,9 @@ bool openListing(const char* pattern, KsvDirectoryListing& listing) {
 }
 
 }  // namespace
+
+std::vector<std::string> matchingNames(const char* pattern) { return findMatches(pattern).names; }
+
 }  // namespace ksv
 
 int KSV_ASC_opendir(const char* pattern, KsvDirectoryListing* listing) {
@@ -136,6 +138,6 @@ int KSV_ASC_closedir(KsvDirectoryListing* listing) {
 
 int KSV_FindFile(const char* pattern) {
   if (pattern == nullptr || !ksv::isUsablePath(pattern)) return -1;
-  const bool found = ksv::guarded(false, [&] { return !ksv::findMatches(pattern).names.empty(); });
+  const bool found = ksv::guarded(false, [&] { return !ksv::matchingNames(pattern).empty(); });
   return found ? 0 : -1;
 }

@@ -65,6 +65,11 @@ int32_t KSV_FileWrite(const void* buffer, int32_t size, int32_t count, std::FILE
 
 char* KSV_FileReadLine(char* buffer, int32_t capacity, std::FILE* stream) {
   if (buffer == nullptr || capacity <= 0 || stream == nullptr) return nullptr;
+  // C runtimes differ about a line that only has room for its terminator.
+  if (capacity == 1) {
+    buffer[0] = '\0';
+    return buffer;
+  }
   return std::fgets(buffer, capacity, stream);
 }
 
@@ -95,7 +100,7 @@ int KSV_FilePutDWord(std::FILE* stream, uint32_t value) { return putValue(stream
 
 int KSV_VfPrintf(std::FILE* stream, const char* format, va_list arguments) {
   if (stream == nullptr || format == nullptr) return -1;
-  return std::vfprintf(stream, format, arguments);
+  return platform::printTo(stream, format, arguments);
 }
 
 int KSV_FileRemove(const char* path) {

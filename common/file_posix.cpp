@@ -54,6 +54,10 @@ int seekFile(std::FILE* stream, int64_t offset, int origin) {
 
 int64_t tellFile(std::FILE* stream) { return ftello(stream); }
 
+int printTo(std::FILE* stream, const char* format, va_list arguments) {
+  return vfprintf(stream, format, arguments);
+}
+
 bool fileStatus(const char* path, FileStatus& status) {
   struct stat system;
   if (stat(path, &system) != 0) return false;
@@ -73,6 +77,12 @@ bool removeFile(const char* path) { return unlink(path) == 0; }
 bool makeDirectory(const char* path) { return mkdir(path, 0777) == 0; }
 
 bool removeDirectory(const char* path) { return rmdir(path) == 0; }
+
+std::optional<std::string> entryName(const std::string& directory, const std::string& name) {
+  FileStatus status;
+  if (!entryStatus((directory + name).c_str(), status)) return std::nullopt;
+  return name;
+}
 
 std::optional<std::vector<std::string>> directoryNames(const char* path) {
   const std::unique_ptr<DIR, CloseDirectory> directory(opendir(path));

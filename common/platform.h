@@ -6,6 +6,7 @@
 // std::bad_alloc; the others do not throw.
 #pragma once
 
+#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -61,6 +62,10 @@ bool readSetting(const char* key, char* buffer, size_t size);
 // The value of an environment variable; none when it is not set or empty.
 std::optional<std::string> environmentValue(const char* name);
 
+// The value that a library which holds the settings gives for key, where this
+// system knows such a library; none when there is no library or no value.
+std::optional<std::string> settingFromLibrary(const char* key);
+
 // The directories that may hold ksv_conf.ini, the first to be asked first.
 std::vector<std::string> configurationDirectories();
 
@@ -75,7 +80,7 @@ char pathSeparator();
 // drive letters.
 size_t driveLength(const char* path);
 
-// The form in which two characters of file names are compared: lower case where
+// The form in which two characters of file names are compared: one case where
 // names are compared without regard to case.
 char32_t foldNameCharacter(char32_t character);
 
@@ -89,6 +94,8 @@ std::FILE* openFile(const char* path, const char* mode);
 // fseek and ftell, in 64 bits.
 int seekFile(std::FILE* stream, int64_t offset, int origin);
 int64_t tellFile(std::FILE* stream);
+// vfprintf, which fails when the stream does.
+int printTo(std::FILE* stream, const char* format, va_list arguments);
 
 // The mode bits of FileStatus that tell the type.
 inline constexpr uint32_t kFileTypeMask = 0xF000;
@@ -118,11 +125,16 @@ bool removeFile(const char* path);
 bool makeDirectory(const char* path);
 bool removeDirectory(const char* path);
 
+// The name of the entry that name stands for in a directory written with its
+// separator: not as name is written where case is not regarded. None when there is
+// no such entry.
+std::optional<std::string> entryName(const std::string& directory, const std::string& name);
+
 // All names in a directory, "." and ".." included, in no order. None when it
 // cannot be read.
 std::optional<std::vector<std::string>> directoryNames(const char* path);
 
-// The path of an existing directory without links or dots in it.
+// The absolute path of an existing directory without dots in it.
 std::optional<std::string> canonicalDirectory(const char* path);
 
 // The directory for temporary files.

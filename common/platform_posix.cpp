@@ -55,6 +55,8 @@ std::optional<std::string> environmentValue(const char* name) {
   return std::string(value);
 }
 
+std::optional<std::string> settingFromLibrary(const char*) { return std::nullopt; }
+
 std::vector<std::string> configurationDirectories() {
   std::vector<std::string> directories;
   if (auto configuration = environmentValue("XDG_CONFIG_HOME")) {

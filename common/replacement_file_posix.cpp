@@ -9,21 +9,19 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string>
 
 #include "common/guard.h"
 #include "common/platform.h"
+#include "common/write_buffer.h"
 
 namespace ksv::platform {
 namespace {
 
 constexpr char kTemporarySuffix[] = ".tmp";
-constexpr size_t kBufferSize = 64 * 1024;
 // A temporary file that another writer renames or removes between our opening and
 // locking it is opened anew, but not for ever.
 constexpr int kOpenAttempts = 16;
@@ -61,6 +59,21 @@ int openLocked(const char* path) {
   return -1;
 }
 
+struct StoreIn {
+  bool operator()(const char* bytes, size_t count) const {
+    while (count > 0) {
+      const ssize_t stored = write(file, bytes, count);
+      if (stored < 0 && errno == EINTR) continue;
+      if (stored <= 0) return false;
+      bytes += stored;
+      count -= static_cast<size_t>(stored);
+    }
+    return true;
+  }
+
+  int file;
+};
+
 class PosixReplacementFile final : public ReplacementFile {
  public:
   explicit PosixReplacementFile(const char* path)
@@ -78,17 +91,13 @@ class PosixReplacementFile final : public ReplacementFile {
   }
 
   bool write(const void* bytes, size_t count) override {
-    if (failed_ || file_ < 0) return false;
-    if (count > buffer_.size() - used_ && !flush()) return false;
-    if (count > buffer_.size()) return store(static_cast<const char*>(bytes), count);
-    if (count > 0) std::memcpy(buffer_.data() + used_, bytes, count);
-    used_ += count;
-    return true;
+    return file_ >= 0 && buffer_.write(bytes, count, StoreIn{file_});
   }
 
   bool commit() override {
-    if (failed_ || file_ < 0) return false;
-    if (!flush() || fsync(file_) != 0 || rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
+    if (file_ < 0) return false;
+    if (!buffer_.flush(StoreIn{file_}) || fsync(file_) != 0 ||
+        rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
       discard();
       return false;
     }
@@ -98,26 +107,6 @@ class PosixReplacementFile final : public ReplacementFile {
   }
 
  private:
-  bool flush() {
-    const size_t count = used_;
-    used_ = 0;
-    return store(buffer_.data(), count);
-  }
-
-  bool store(const char* bytes, size_t count) {
-    while (count > 0) {
-      const ssize_t stored = ::write(file_, bytes, count);
-      if (stored < 0 && errno == EINTR) continue;
-      if (stored <= 0) {
-        failed_ = true;
-        return false;
-      }
-      bytes += stored;
-      count -= static_cast<size_t>(stored);
-    }
-    return true;
-  }
-
   // The name goes before the lock: behind it, it may be another writer's.
   void discard() {
     if (file_ < 0) return;
@@ -129,9 +118,7 @@ class PosixReplacementFile final : public ReplacementFile {
   const std::string path_;
   const std::string temporaryPath_;
   int file_ = -1;
-  bool failed_ = false;
-  size_t used_ = 0;
-  std::array<char, kBufferSize> buffer_;
+  WriteBuffer buffer_;
 };
 
 }  // namespace

@@ -16,6 +16,9 @@ namespace {
 constexpr char kCharsetKey[] = "Charsetpath";
 constexpr char kConfigurationFile[] = "ksv_conf.ini";
 
+// Some editors put it in front of UTF-8.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // Where an installation puts the charset directory, as seen from the library's: the
 // build knows.
 constexpr char kInstalledCharsets[] = KSV_CHARSET_RELATIVE;
@@ -63,7 +66,8 @@ bool acceptFromFile(const std::string& path, const Destination& destination) {
   if (!file) return false;
   const std::string wanted = std::string(destination.key).append("=");
   std::string line;
-  while (readLine(file.get(), line)) {
+  for (bool isFirst = true; readLine(file.get(), line); isFirst = false) {
+    if (isFirst && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
     if (line.starts_with(wanted) && destination.accept(line.substr(wanted.size()))) return true;
   }
   return false;
@@ -89,8 +93,11 @@ bool acceptInstalled(const Destination& destination) {
 }
 
 bool lookUp(const Destination& destination) {
-  const std::optional<std::string> value = environmentValue(std::string(destination.key).c_str());
-  if (value && destination.accept(*value)) return true;
+  const std::string key(destination.key);
+  for (const auto& find : {settingFromLibrary, environmentValue}) {
+    const std::optional<std::string> value = find(key.c_str());
+    if (value && destination.accept(*value)) return true;
+  }
   if (acceptFromConfiguration(destination)) return true;
   return destination.isDirectory() && acceptInstalled(destination);
 }

@@ -16,7 +16,8 @@ std::optional<std::string> directoryOf(const char* hint) {
   char drive[KSV_DRIVE_SIZE];
   char directory[KSV_PART_SIZE];
   if (KSV_splitpath(hint, drive, directory, nullptr, nullptr) != 0) return std::nullopt;
-  if (directory[0] == '\0') return std::string(drive);
+  // A drive alone is the directory that the drive stands in.
+  if (directory[0] == '\0' && drive[0] == '\0') return std::string();
   return drive + openableDirectory(directory);
 }
 

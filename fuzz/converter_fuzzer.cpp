@@ -329,7 +329,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const ksv_fuzz::ScratchDirectory directory;
   static int runs = 0;
   if (runs == 0) {
-    directory.linkFilesOf(KSV_FUZZ_CHARSET_DIRECTORY);
+    directory.copyFilesOf(KSV_FUZZ_CHARSET_DIRECTORY);
     addCharsets(directory);
     require(startProcess() == 1, "the library starts");
   }

@@ -27,12 +27,12 @@ int main(int argumentCount, char** arguments) {
   std::sort(files.begin(), files.end());
   for (const auto& path : files) {
     // Said first, so that the culprit of a crash is known.
-    std::printf("%s\n", path.filename().c_str());
+    std::printf("%s\n", path.filename().string().c_str());
     std::fflush(stdout);
     std::ifstream file(path, std::ios::binary);
     const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
     if (!file) {
-      std::fprintf(stderr, "%s: cannot be read\n", path.c_str());
+      std::fprintf(stderr, "%s: cannot be read\n", path.string().c_str());
       return 1;
     }
     LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());

@@ -1,31 +1,35 @@
 #include "fuzz/scratch_directory.h"
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 
 #include "fuzz/support.h"
+#include "tests/system/system.h"
 
 namespace ksv_fuzz {
 namespace {
 
-std::string parentDirectory() {
-  if (access("/dev/shm", W_OK | X_OK) == 0) return "/dev/shm";
-  const char* temporary = std::getenv("TMPDIR");
-  return temporary != nullptr ? temporary : "/tmp";
+constexpr char kPrefix[] = "ksv_fuzz";
+constexpr char kInMemory[] = "/dev/shm";
+
+std::string makeDirectory() {
+  if (std::filesystem::is_directory(kInMemory)) {
+    try {
+      return ksv::test::makeTemporaryDirectory(kPrefix, kInMemory);
+    } catch (const std::runtime_error&) {
+      // Nobody may write there: any other place will do.
+    }
+  }
+  return ksv::test::makeTemporaryDirectory(kPrefix);
 }
 
 }  // namespace
 
-ScratchDirectory::ScratchDirectory() {
-  path_ = parentDirectory() + "/ksv_fuzz_XXXXXX";
-  require(mkdtemp(path_.data()) != nullptr, "a scratch directory can be made");
-  path_ += '/';
-  setenv("Charsetpath", path_.c_str(), 1);
+ScratchDirectory::ScratchDirectory() : path_(makeDirectory() + '/') {
+  ksv::test::setVariable("Charsetpath", path_);
 }
 
 ScratchDirectory::~ScratchDirectory() {
@@ -46,9 +50,9 @@ void ScratchDirectory::write(const std::string& name, std::string_view bytes) co
   require(std::fclose(file) == 0 && written == bytes.size(), "a scratch file can be written");
 }
 
-void ScratchDirectory::linkFilesOf(const std::string& directory) const {
+void ScratchDirectory::copyFilesOf(const std::string& directory) const {
   for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-    std::filesystem::create_symlink(entry.path(), path_ + entry.path().filename().string());
+    std::filesystem::copy_file(entry.path(), path_ + entry.path().filename().string());
   }
 }
 

@@ -1,5 +1,6 @@
 // A charset directory of the fuzz target's own: one for each process, in memory
-// where there is /dev/shm, else under TMPDIR; removed when the process ends.
+// where there is /dev/shm, else where temporary files are; removed when the
+// process ends.
 #pragma once
 
 #include <string>
@@ -18,14 +19,14 @@ class ScratchDirectory {
   // Removes every file.
   void clear() const;
   void write(const std::string& name, std::string_view bytes) const;
-  // Makes every file of another directory appear in this one.
-  void linkFilesOf(const std::string& directory) const;
+  // Copies every file of another directory into this one.
+  void copyFilesOf(const std::string& directory) const;
   void remove(const std::string& name) const;
   // The bytes of a file that has to be there.
   std::string read(const std::string& name) const;
 
  private:
-  std::string path_;  // with its last separator
+  const std::string path_;  // with its last separator
 };
 
 }  // namespace ksv_fuzz

@@ -7,30 +7,46 @@ readonly packages=(
   libgtest-dev libbenchmark-dev libicu-dev
   clang libclang-rt-14-dev locales
 )
+# For the Windows build and its tests; not every machine can have them.
+readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)
 
+# Those of the packages named that are not installed.
 missing_packages() {
   local package
-  for package in "${packages[@]}"; do
+  for package in "$@"; do
     if [[ $(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
       echo "$package"
     fi
   done
 }
 
+apt_install() {
+  echo "== Installing $*"
+  run_quietly apt-get update
+  run_quietly env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
+}
+
 # Installs what is missing as root; anyone else is told the line to run.
 install_packages() {
   local missing
-  mapfile -t missing < <(missing_packages)
+  mapfile -t missing < <(missing_packages "${packages[@]}")
   if ((${#missing[@]} == 0)); then return; fi
   if ((EUID != 0)); then
     echo "Some packages are missing. Run this, and then $0 again:" >&2
     echo "  sudo apt-get update && sudo apt-get install -y ${missing[*]}" >&2
     exit 1
   fi
-  echo "== Installing ${missing[*]}"
-  export DEBIAN_FRONTEND=noninteractive
-  run_quietly apt-get update
-  run_quietly apt-get install -y --no-install-recommends "${missing[@]}"
+  apt_install "${missing[@]}"
+}
+
+# False, and said so, when the Windows build or Wine cannot be had here.
+install_windows_packages() {
+  local missing
+  mapfile -t missing < <(missing_packages "${windows_packages[@]}")
+  if ((${#missing[@]} == 0)); then return 0; fi
+  if ((EUID == 0)) && (apt_install "${missing[@]}"); then return 0; fi
+  echo "== windows: these packages are missing and not installed: ${missing[*]}" >&2
+  return 1
 }
 
 # The output of a command is of interest only when it fails.

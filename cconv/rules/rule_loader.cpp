@@ -7,8 +7,8 @@
 
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_path.h"
+#include "common/directory.h"
 #include "ksv_cconv.h"
-#include "ksv_path.h"
 
 namespace ksv {
 namespace {
@@ -167,18 +167,14 @@ bool readMembers(const RuleText& text, CharsetDef& charset) {
 
 size_t loadAllRuleFiles() {
   const PathParts pattern = splitPath(std::string(ruleBase.charsetPath) + "*.xml");
-  KsvDirectoryListing listing = {};
-  if (KSV_ASC_opendir(joinPath(pattern).c_str(), &listing) == 0) return 0;
   size_t accepted = 0;
-  KsvDirectoryEntry entry = {};
-  while (KSV_ASC_readdir(&listing, &entry) != 0) {
+  for (const std::string& name : matchingNames(joinPath(pattern).c_str())) {
     try {
-      if (loadRuleFile(std::string(ruleBase.charsetPath) + entry.name)) ++accepted;
+      if (loadRuleFile(ruleBase.charsetPath + name)) ++accepted;
     } catch (const std::bad_alloc&) {
       // As any other failure: this file is skipped and the next one is tried.
     }
   }
-  KSV_ASC_closedir(&listing);
   return accepted;
 }
 

@@ -8,6 +8,7 @@
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_path.h"
 #include "cconv/rules/text_units.h"
+#include "common/platform.h"
 #include "ksv_file.h"
 
 namespace ksv {
@@ -26,7 +27,7 @@ static_assert(sizeof kUcs2Name == kUcs2NameSize + 1);
 
 std::vector<uint8_t> readWholeFile(const std::string& path) {
   std::vector<uint8_t> bytes;
-  FILE* file = KSV_FileOpenA(path.c_str(), "r");
+  FILE* file = platform::openFile(path.c_str(), "rb");
   if (file == nullptr) return bytes;
   const int64_t size = KSV_FileTellSize(file);
   if (size > 0 && size <= std::numeric_limits<int32_t>::max()) {

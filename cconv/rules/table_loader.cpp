@@ -75,7 +75,7 @@ void insertRecords(CodeTable& table, FILE* file, int64_t size) {
 // False when there is no compiled file that can be opened. An empty or unreadable
 // one gives an empty table all the same.
 bool loadCompiled(CodeTable& table, const std::string& path) {
-  FILE* file = KSV_FileOpenA(path.c_str(), "rb");
+  FILE* file = platform::openFile(path.c_str(), "rb");
   if (file == nullptr) return false;
   const auto size = sizeFromEnd(file);
   if (size) insertRecords(table, file, *size);

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "cconv/rules/text_units.h"
+#include "common/platform.h"
 #include "ksv_file.h"
 
 namespace ksv {
@@ -15,7 +16,7 @@ constexpr int kLongestRun = 64;
 
 std::unique_ptr<TableReader> TableReader::open(const std::string& path, TextEncodingKind kind,
                                                bool bigEndian) {
-  FILE* file = KSV_FileOpenA(path.c_str(), "r");
+  FILE* file = platform::openFile(path.c_str(), "rb");
   if (file == nullptr) return nullptr;
   const int64_t size = KSV_FileTellSize(file);
   if (size < 0) {

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "command.h"
+#include "tests/common/support.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -70,7 +71,7 @@ class Tables : public CommandTest {
  protected:
   // A charset directory of the test's own without its compiled tables.
   void copyDirectory() {
-    fs::copy(KSV_CHARSET_DIRECTORY, path("charset"), fs::copy_options::recursive);
+    fs::copy(charsetDirectory(), path("charset"), fs::copy_options::recursive);
     for (const std::string& name : files("charset"))
       if (name.ends_with(".cmp")) fs::remove(path("charset/" + name));
     setEnvironment("Charsetpath", path("charset"));
@@ -87,10 +88,8 @@ TEST_F(Tables, are_compiled_every_one) {
     ++tables;
     const std::string compiled = fs::path(name).replace_extension(".cmp").string();
     ASSERT_TRUE(exists("charset/" + compiled)) << compiled;
-    EXPECT_EQ(read("charset/" + compiled), [&] {
-      std::string shipped = std::string(KSV_CHARSET_DIRECTORY) + "/" + compiled;
-      return read(fs::relative(shipped, path("")).string());
-    }()) << compiled;
+    EXPECT_EQ(read("charset/" + compiled), ksv::test::readFile(charsetDirectory() + "/" + compiled))
+        << compiled;
   }
   EXPECT_GT(tables, 0u);
 }

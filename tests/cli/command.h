@@ -4,20 +4,18 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
+#include "process.h"
+
 namespace ksv_cli_tests {
 
-struct Outcome {
-  int status = -1;  // exit status, or -1 when a signal ended it
-  int signal = 0;
-  std::string out;
-  std::string err;
-  long peakKilobytes = 0;
-};
-
 std::string bytes(std::initializer_list<int> values);
+
+// Of the build tree, absolute, so that it can be named from any directory.
+std::string charsetDirectory();
 
 class CommandTest : public testing::Test {
  protected:
@@ -27,10 +25,8 @@ class CommandTest : public testing::Test {
   // Runs ksv in the test's directory with the input on standard input.
   Outcome ksv(const std::vector<std::string>& arguments, const std::string& input = "") const;
 
-  // The same with its process id at hand: starts it, and waits for its end.
-  int start(const std::vector<std::string>& arguments, int standardInput, int standardOutput,
-            int standardError) const;
-  static Outcome finish(int process);
+  // The same with its process at hand: starts it, for finishCommand() to wait for.
+  Process start(const std::vector<std::string>& arguments, const StandardStreams& streams) const;
 
   std::string path(const std::string& name) const { return directory_ + "/" + name; }
   void write(const std::string& name, const std::string& content) const;
@@ -43,7 +39,7 @@ class CommandTest : public testing::Test {
  private:
   std::string directory_;
   std::string streams_;
-  std::vector<std::string> environment_;
+  std::map<std::string, std::string> environment_;
 };
 
 }  // namespace ksv_cli_tests

@@ -1,11 +1,6 @@
 // Invalid and unmappable characters, and files that cannot be read.
 
-#include <linux/capability.h>
-#include <sys/prctl.h>
-#include <sys/stat.h>
-
 #include <filesystem>
-#include <thread>
 
 #include "command.h"
 #include "offset_sweep.h"
@@ -100,28 +95,6 @@ TEST_F(ConvertFailures, report_a_directory_and_a_missing_file) {
             "ksv: none: No such file or directory\n");
 }
 
-TEST_F(ConvertFailures, report_a_file_that_may_not_be_read) {
-  write("secret", "a");
-  ::chmod(path("secret").c_str(), 0);
-  Outcome outcome;
-  std::thread([&] {
-    // What root starts from a thread without these rights may not read everything.
-    ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
-    ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
-    outcome = ksv({"convert", "-f", "utf8", "-t", "sjis", "secret"});
-  }).join();
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "ksv: secret: Permission denied\n");
-}
-
-TEST_F(ConvertFailures, report_an_error_while_reading) {
-  if (!std::filesystem::exists("/proc/self/mem")) GTEST_SKIP() << "no file that cannot be read";
-  const Outcome outcome = ksv({"convert", "-f", "utf8", "-t", "sjis", "-o", "x", "/proc/self/mem"});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "ksv: /proc/self/mem: Input/output error\n");
-  EXPECT_TRUE(files().empty());
-}
-
 TEST_F(ConvertFailures, report_an_output_that_is_a_directory_or_in_none) {
   write("a", "a");
   std::filesystem::create_directory(path("dir"));
@@ -139,14 +112,6 @@ TEST_F(ConvertFailures, report_an_output_directory_that_is_a_file) {
   const Outcome outcome = ksv({"convert", "-f", "utf8", "-t", "sjis", "--output-dir", "file", "a"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err.substr(0, 11), "ksv: file: ");
-}
-
-TEST_F(ConvertFailures, report_a_full_disk_once) {
-  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
-  write("a", "a");
-  const Outcome file = ksv({"convert", "-f", "utf8", "-t", "sjis", "-o", "/dev/full", "a"});
-  EXPECT_EQ(file.status, 1);
-  EXPECT_EQ(file.err, "ksv: a: cannot write /dev/full: No space left on device\n");
 }
 
 class BadBytes : public testing::TestWithParam<BadText> {};

@@ -1,6 +1,9 @@
 // What ksv convert does with whole texts.
 
+#include <filesystem>
+
 #include "command.h"
+#include "tests/common/support.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -105,10 +108,24 @@ TEST_F(Convert, finds_files_under_japanese_names) {
   EXPECT_EQ(read("結果.txt"), kUtf8Line);
 }
 
-TEST_F(Convert, finds_files_whose_names_are_no_utf8) {
-  const std::string name = bytes({0x93, 0xFA, 0x96, 0x7B});
-  write(name, kSjisLine);
-  EXPECT_EQ(ksv({"convert", "-f", "sjis", "-t", "utf8", name}).out, kUtf8Line);
+TEST_F(Convert, finds_the_same_names_in_directories_and_in_place) {
+  std::filesystem::create_directory(ksv::test::pathOf(path("夏目漱石")));
+  write("夏目漱石/草枕.sjis.txt", kSjisLine);
+  const Outcome copied = ksv(
+      {"convert", "-f", "sjis", "-t", "utf8", "--output-dir", "變換/後", "夏目漱石/草枕.sjis.txt"});
+  EXPECT_EQ(copied.status, 0) << copied.err;
+  EXPECT_EQ(read("變換/後/草枕.sjis.txt"), kUtf8Line);
+  const Outcome replaced =
+      ksv({"convert", "-f", "sjis", "-t", "utf8", "--in-place=.舊", "夏目漱石/草枕.sjis.txt"});
+  EXPECT_EQ(replaced.status, 0) << replaced.err;
+  EXPECT_EQ(read("夏目漱石/草枕.sjis.txt"), kUtf8Line);
+  EXPECT_EQ(files("夏目漱石"), (std::vector<std::string>{"草枕.sjis.txt", "草枕.sjis.txt.舊"}));
+}
+
+TEST_F(Convert, names_a_missing_file_as_it_was_named) {
+  const Outcome outcome = ksv({"convert", "-f", "sjis", "-t", "utf8", "無い/吾輩は猫.txt"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "ksv: 無い/吾輩は猫.txt: No such file or directory\n");
 }
 
 TEST_F(Convert, does_several_files_at_once_and_keeps_their_order) {

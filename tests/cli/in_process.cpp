@@ -3,14 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <ostream>
 #include <random>
 #include <vector>
 
+#include "command.h"
 #include "failure.h"
 #include "ksv_cconv.h"
+#include "tests/system/system.h"
 #include "text_conversion.h"
 
 namespace ksv_cli_tests {
@@ -58,7 +59,7 @@ void PrintTo(const Conversion& conversion, std::ostream* out) {
 }
 
 Converting::Converting() {
-  ::setenv("Charsetpath", KSV_CHARSET_DIRECTORY, 1);
+  ksv::test::setVariable("Charsetpath", charsetDirectory());
   ruleBase_ = std::make_unique<ksv_cli::RuleBase>();
 }
 

@@ -11,8 +11,6 @@ using ksv::test::writeFile;
 
 namespace {
 
-constexpr char kJapanese[] = "日本語 表.txt";
-
 // A path of so many units that names the file "f" in the current directory.
 std::string pathOfUnits(size_t units) {
   std::string path(units, '/');
@@ -33,16 +31,36 @@ int printTo(FILE* stream, const char* format, ...) {
 
 TEST(FileOpen, opens_japanese_names) {
   TempDirectory directory;
-  for (auto* open : {KSV_FileOpen, KSV_FileOpenA}) {
-    FILE* stream = open(kJapanese, "wb");
-    ASSERT_NE(stream, nullptr);
-    EXPECT_EQ(KSV_FileWrite("abc", 1, 3, stream), 3);
-    EXPECT_EQ(KSV_FileClose(stream), 0);
-    EXPECT_EQ(readFile(kJapanese), "abc");
-    EXPECT_EQ(KSV_GetFileSizeByPath(kJapanese), 3);
-    EXPECT_EQ(open == KSV_FileOpen ? KSV_FileRemove(kJapanese) : KSV_FileRemoveA(kJapanese), 0);
-    EXPECT_FALSE(exists(kJapanese));
-  }
+  constexpr char kJapanese[] = "日本語 表é.txt";
+  FILE* stream = KSV_FileOpen(kJapanese, "wb");
+  ASSERT_NE(stream, nullptr);
+  EXPECT_EQ(KSV_FileWrite("abc", 1, 3, stream), 3);
+  EXPECT_EQ(KSV_FileClose(stream), 0);
+  EXPECT_EQ(readFile(kJapanese), "abc");
+  EXPECT_EQ(KSV_GetFileSizeByPath(kJapanese), 3);
+  EXPECT_EQ(KSV_FileRemove(kJapanese), 0);
+  EXPECT_FALSE(exists(kJapanese));
+}
+
+TEST(FileOpen, opens_names_of_the_ansi_code_page) {
+  TempDirectory directory;
+  const std::string name = ksv::test::ansiWord() + " " + ksv::test::ansiLetter() + ".txt";
+  const std::string ansi = *ksv::test::toAnsi(name);
+  FILE* stream = KSV_FileOpenA(ansi.c_str(), "wb");
+  ASSERT_NE(stream, nullptr);
+  EXPECT_EQ(KSV_FileWrite("abc", 1, 3, stream), 3);
+  EXPECT_EQ(KSV_FileClose(stream), 0);
+  EXPECT_EQ(readFile(name), "abc");
+  EXPECT_EQ(KSV_FileRemoveA(ansi.c_str()), 0);
+  EXPECT_FALSE(exists(name));
+}
+
+TEST(FileOpen, refuses_ill_formed_names) {
+  TempDirectory directory;
+  EXPECT_EQ(KSV_FileOpen("\x82\xA0", "wb"), nullptr);
+  EXPECT_EQ(KSV_GetFileSizeByPath("\x82\xA0"), -1);
+  EXPECT_EQ(KSV_FileRemove("\x82\xA0"), -1);
+  EXPECT_TRUE(std::filesystem::is_empty("."));
 }
 
 TEST(FileOpen, gives_null_for_what_is_missing_empty_or_null) {
@@ -66,18 +84,6 @@ TEST(FileOpen, gives_null_for_a_directory_and_leaves_no_descriptor_open) {
     }
   }
   EXPECT_EQ(ksv::test::openDescriptors(), before);
-}
-
-TEST(FileOpen, refuses_ill_formed_names_but_takes_any_ansi_bytes) {
-  TempDirectory directory;
-  const char name[] = "\x82\xA0";
-  EXPECT_EQ(KSV_FileOpen(name, "wb"), nullptr);
-  FILE* stream = KSV_FileOpenA(name, "wb");
-  ASSERT_NE(stream, nullptr);
-  KSV_FileClose(stream);
-  EXPECT_EQ(KSV_GetFileSizeByPath(name), -1);
-  EXPECT_EQ(KSV_FileRemove(name), -1);
-  EXPECT_EQ(KSV_FileRemoveA(name), 0);
 }
 
 TEST(FileOpen, takes_paths_of_779_units_and_not_of_780) {
@@ -206,16 +212,6 @@ TEST(FileTellSize, is_the_same_at_any_position_and_keeps_it) {
   KSV_FileClose(stream);
 }
 
-TEST(FileTellSize, fails_on_a_pipe) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  FILE* stream = fdopen(ends[0], "rb");
-  EXPECT_EQ(KSV_FileTell(stream), -1);
-  EXPECT_EQ(KSV_FileTellSize(stream), -1);
-  KSV_FileClose(stream);
-  close(ends[1]);
-}
-
 TEST(FileGetAndPut, use_host_order) {
   TempDirectory directory;
   FILE* stream = KSV_FileOpen("f", "w+b");
@@ -264,19 +260,6 @@ TEST(FileGetAndPut, fail_on_streams_of_the_other_direction) {
   KSV_FileClose(stream);
 }
 
-TEST(FileGetAndPut, fail_when_the_descriptor_below_is_closed) {
-  TempDirectory directory;
-  writeFile("f", "123");
-  FILE* stream = KSV_FileOpen("f", "rb");
-  close(fileno(stream));
-  uint8_t byte;
-  EXPECT_EQ(KSV_FileGetByte(stream, &byte), 0);
-  EXPECT_NE(KSV_FileSeek(stream, 0, SEEK_END), 0);
-  EXPECT_EQ(KSV_FileTell(stream), -1);
-  EXPECT_EQ(KSV_FileTellSize(stream), -1);
-  EXPECT_EQ(KSV_FileClose(stream), EOF);
-}
-
 TEST(VfPrintf, writes_and_counts_bytes) {
   TempDirectory directory;
   FILE* stream = KSV_FileOpen("f", "wb");
@@ -287,17 +270,15 @@ TEST(VfPrintf, writes_and_counts_bytes) {
   EXPECT_EQ(readFile("f"), "12-あ");
 }
 
-TEST(FileRemove, removes_files_and_links_but_no_directories) {
+TEST(FileRemove, removes_no_directories) {
   TempDirectory directory;
   std::filesystem::create_directory("d");
-  std::filesystem::create_symlink("d", "link");
   for (auto* remove : {KSV_FileRemove, KSV_FileRemoveA}) {
     EXPECT_EQ(remove("d"), -1);
     EXPECT_EQ(remove("missing"), -1);
     EXPECT_EQ(remove(""), -1);
     EXPECT_EQ(remove(nullptr), -1);
   }
-  EXPECT_EQ(KSV_FileRemove("link"), 0);
   EXPECT_TRUE(exists("d"));
 }
 
@@ -311,8 +292,4 @@ TEST(FileRemoveIfSizeIsZero, removes_empty_files_only) {
   EXPECT_FALSE(exists("empty"));
   EXPECT_EQ(KSV_FileRemoveIfSizeIsZero("empty"), -1);
   EXPECT_EQ(KSV_FileRemoveIfSizeIsZero(nullptr), -1);
-}
-
-TEST(FileRemoveIfSizeIsZero, returns_1_when_the_empty_thing_cannot_be_removed) {
-  EXPECT_EQ(KSV_FileRemoveIfSizeIsZero("/proc/self/status"), 1);
 }

@@ -4,7 +4,7 @@
 #include "ksv_memory.h"
 #include "tests/common/support.h"
 
-using ksv::test::readFile;
+using ksv::test::readText;
 using ksv::test::TempDirectory;
 
 namespace {
@@ -20,7 +20,7 @@ class Tracking : public testing::Test {
 
   // What was logged behind the title.
   static std::string log() {
-    const std::string text = readFile(kLog);
+    const std::string text = readText(kLog);
     return text.starts_with("title\n") ? text.substr(6) : "no title: " + text;
   }
 

@@ -6,7 +6,7 @@
 #include "ksv_file.h"
 #include "ksv_memory.h"
 #include "ksv_path.h"
-#include "tests/common/support.h"
+#include "tests/common/named_mutex_fixture.h"
 
 namespace {
 
@@ -34,14 +34,20 @@ int failuresBeforeSuccess(Function function) {
 
 }  // namespace
 
-void* operator new(size_t size) {
+// Not inlined: the compiler would take malloc and free for a pair that does not
+// belong to operator new and delete.
+[[gnu::noinline]] void* operator new(size_t size) {
   if (void* block = allocate(size)) return block;
   throw std::bad_alloc();
 }
-void* operator new(size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, size_t) noexcept { std::free(block); }
-void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
+[[gnu::noinline]] void* operator new(size_t size, const std::nothrow_t&) noexcept {
+  return allocate(size);
+}
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept {
+  std::free(block);
+}
 
 class NoMemory : public testing::Test {
  protected:
@@ -119,12 +125,12 @@ TEST_F(NoMemory, leaves_tracking_off_or_the_block_untracked) {
   allocationsLeft = -1;
   ASSERT_NE(block, nullptr);
   KSV_end_mem_dbg();
-  EXPECT_EQ(ksv::test::readFile("memdbg_log.txt"), "title\n");
+  EXPECT_EQ(ksv::test::readText("memdbg_log.txt"), "title\n");
   allocationsLeft = 0;
   KSV_start_mem_dbg("second");
   allocationsLeft = -1;
   KSV_free_dbg(block);
-  EXPECT_EQ(ksv::test::readFile("memdbg_log.txt"), "title\n");
+  EXPECT_EQ(ksv::test::readText("memdbg_log.txt"), "title\n");
 }
 
 TEST_F(NoMemory, fails_settings_locks_and_replacement_files) {
@@ -142,5 +148,5 @@ TEST_F(NoMemory, fails_settings_locks_and_replacement_files) {
   EXPECT_GT(
       failuresBeforeSuccess([] { return ksv::platform::NamedMutex::open("NoMemory") != nullptr; }),
       0);
-  std::filesystem::remove("/dev/shm/ksv_comm." + std::to_string(geteuid()) + ".NoMemory");
+  ksv::test::forgetLock("NoMemory");
 }

@@ -1,43 +1,41 @@
 #include <cstring>
+#include <optional>
 #include <vector>
 
 #include "ksv_file.h"
-#include "ksv_path.h"
-#include "tests/common/support.h"
+#include "tests/common/path_parts.h"
+
+using ksv::test::ansiLetter;
+using ksv::test::ansiWord;
+using ksv::test::fromAnsi;
+using ksv::test::kSeparator;
+using ksv::test::Parts;
+using ksv::test::split;
+using ksv::test::toAnsi;
 
 namespace {
 
 constexpr int kRefused = 3000;
 
-struct Parts {
-  std::string directory, base, extension;
-  bool operator==(const Parts&) const = default;
-};
-
-void PrintTo(const Parts& parts, std::ostream* out) {
-  *out << "[" << parts.directory << "][" << parts.base << "][" << parts.extension << "]";
+const char* orNull(const std::optional<std::string>& text) {
+  return text ? text->c_str() : nullptr;
 }
 
-// Splits with both functions, which agree on every path that fits.
-Parts split(const char* path) {
-  char drive[3] = "x", directory[768] = "x", base[768] = "x", extension[768] = "x";
-  EXPECT_EQ(KSV_splitpath(path, drive, directory, base, extension), 0);
-  EXPECT_STREQ(drive, "");
-  char driveA[3] = "x", directoryA[768] = "x", baseA[768] = "x", extensionA[768] = "x";
-  KSV_splitpathA(path, driveA, directoryA, baseA, extensionA);
-  EXPECT_STREQ(driveA, "");
-  const Parts parts{directory, base, extension};
-  EXPECT_EQ(parts, (Parts{directoryA, baseA, extensionA}));
-  return parts;
-}
-
-std::string join(const char* drive, const char* directory, const char* base,
-                 const char* extension) {
+// Joins with both functions, which agree on all that fits.
+std::string join(const std::optional<std::string>& drive,
+                 const std::optional<std::string>& directory,
+                 const std::optional<std::string>& base,
+                 const std::optional<std::string>& extension) {
   char path[780] = "before";
-  EXPECT_EQ(KSV_makepath(path, drive, directory, base, extension), 0);
+  EXPECT_EQ(KSV_makepath(path, orNull(drive), orNull(directory), orNull(base), orNull(extension)),
+            0);
+  std::vector<std::optional<std::string>> ansi;
+  for (const auto& part : {drive, directory, base, extension}) {
+    ansi.push_back(part ? toAnsi(*part) : std::nullopt);
+  }
   char pathA[780] = "before";
-  KSV_makepathA(pathA, drive, directory, base, extension);
-  EXPECT_STREQ(path, pathA);
+  KSV_makepathA(pathA, orNull(ansi[0]), orNull(ansi[1]), orNull(ansi[2]), orNull(ansi[3]));
+  EXPECT_EQ(path, fromAnsi(pathA));
   return path;
 }
 
@@ -48,7 +46,8 @@ TEST(SplitPath, separates_directory_base_and_extension) {
   EXPECT_EQ(split("c.txt"), (Parts{"", "c", ".txt"}));
   EXPECT_EQ(split("a/b/"), (Parts{"a/b/", "", ""}));
   EXPECT_EQ(split("/"), (Parts{"/", "", ""}));
-  EXPECT_EQ(split("日本/表.語"), (Parts{"日本/", "表", ".語"}));
+  const std::string japanese = ansiWord() + "/" + ansiLetter() + "." + ansiWord();
+  EXPECT_EQ(split(japanese.c_str()), (Parts{ansiWord() + "/", ansiLetter(), "." + ansiWord()}));
 }
 
 TEST(SplitPath, takes_both_separators) {
@@ -62,11 +61,6 @@ TEST(SplitPath, begins_the_extension_at_the_last_dot_of_the_last_component) {
   EXPECT_EQ(split("d/.profile"), (Parts{"d/", "", ".profile"}));
   EXPECT_EQ(split("a."), (Parts{"", "a", "."}));
   EXPECT_EQ(split(".."), (Parts{"", ".", "."}));
-}
-
-TEST(SplitPath, knows_no_drive_letters) {
-  EXPECT_EQ(split("C:\\a\\b.c"), (Parts{"C:\\a\\", "b", ".c"}));
-  EXPECT_EQ(split("C:b"), (Parts{"", "C:b", ""}));
 }
 
 TEST(SplitPath, gives_empty_parts_for_null_and_empty) {
@@ -110,35 +104,24 @@ TEST(SplitPath, counts_the_terminator_in_the_768_bytes_of_a_part) {
   EXPECT_EQ(KSV_splitpath(japanese.c_str(), nullptr, directory, nullptr, extension), 0);
 }
 
-TEST(SplitPathA, has_no_limit_and_takes_any_bytes) {
-  const std::string longPart(5000, '\xFF');
-  std::vector<char> directory(6000), base(6000), extension(6000);
-  char drive[3];
-  KSV_splitpathA((longPart + "/" + longPart + "." + longPart).c_str(), drive, directory.data(),
-                 base.data(), extension.data());
-  EXPECT_EQ(directory.data(), longPart + "/");
-  EXPECT_EQ(base.data(), longPart);
-  EXPECT_EQ(extension.data(), "." + longPart);
-}
-
 TEST(MakePath, adds_what_is_missing) {
-  EXPECT_EQ(join(nullptr, "a", "b", "c"), "a/b.c");
+  EXPECT_EQ(join({}, "a", "b", "c"), "a" + kSeparator + "b.c");
   EXPECT_EQ(join("", "a/", "b", ".c"), "a/b.c");
   EXPECT_EQ(join("", "a\\", "b", ".c"), "a\\b.c");
-  EXPECT_EQ(join("", "日本", "表", "語"), "日本/表.語");
+  EXPECT_EQ(join("", ansiWord(), ansiLetter(), "x"), ansiWord() + kSeparator + ansiLetter() + ".x");
 }
 
 TEST(MakePath, leaves_out_what_is_null_or_empty) {
-  EXPECT_EQ(join(nullptr, nullptr, nullptr, nullptr), "");
+  EXPECT_EQ(join({}, {}, {}, {}), "");
   EXPECT_EQ(join("", "", "b", ""), "b");
   EXPECT_EQ(join("", "", "", "c"), ".c");
-  EXPECT_EQ(join("", "a", "", ""), "a/");
+  EXPECT_EQ(join("", "a", "", ""), "a" + kSeparator);
 }
 
 TEST(MakePath, writes_the_first_letter_of_a_drive_and_a_colon) {
   EXPECT_EQ(join("C:", "\\a\\", "b", ""), "C:\\a\\b");
   EXPECT_EQ(join("Drive", "", "b", ""), "D:b");
-  EXPECT_EQ(join("あい", "", "b", ""), "あ:b");
+  EXPECT_EQ(join(ansiLetter() + "x", "", "b", ""), ansiLetter() + ":b");
 }
 
 TEST(MakePath, counts_the_terminator_in_the_780_bytes) {
@@ -164,10 +147,10 @@ TEST(MakePath, refuses_ill_formed_parts) {
 TEST(MakePath, may_write_over_one_of_its_parts) {
   char path[780] = "dir";
   EXPECT_EQ(KSV_makepath(path, nullptr, path, "b", "c"), 0);
-  EXPECT_STREQ(path, "dir/b.c");
+  EXPECT_EQ(path, "dir" + kSeparator + "b.c");
   std::strcpy(path, "base");
   KSV_makepathA(path, nullptr, "d", path, "c");
-  EXPECT_STREQ(path, "d/base.c");
+  EXPECT_EQ(path, "d" + kSeparator + "base.c");
 }
 
 TEST(MakePath, does_nothing_without_a_destination) {
@@ -175,17 +158,25 @@ TEST(MakePath, does_nothing_without_a_destination) {
   KSV_makepathA(nullptr, "", "a", "b", "c");
 }
 
-TEST(MakePathA, has_no_limit_and_takes_any_bytes) {
-  std::vector<char> path(6000);
-  const std::string base(5000, '\xFF');
-  KSV_makepathA(path.data(), "", "d", base.c_str(), "");
-  EXPECT_EQ(path.data(), "d/" + base);
+TEST(PathPartsA, have_no_limit) {
+  const std::string longPart(5000, 'p');
+  std::vector<char> directory(6000), base(6000), extension(6000), path(16000);
+  char drive[3];
+  const std::string whole = longPart + "/" + longPart + "." + longPart;
+  KSV_splitpathA(whole.c_str(), drive, directory.data(), base.data(), extension.data());
+  EXPECT_EQ(directory.data(), longPart + "/");
+  EXPECT_EQ(base.data(), longPart);
+  EXPECT_EQ(extension.data(), "." + longPart);
+  KSV_makepathA(path.data(), drive, directory.data(), base.data(), extension.data());
+  EXPECT_EQ(path.data(), whole);
 }
 
 TEST(MakePath, undoes_what_splitting_did) {
-  for (const char* path : {"/a/b.c", "a", "a/", ".x", "日本/表.語", "/", "a\\b.c.d", "..", "a."}) {
+  const std::string japanese = ansiWord() + "/" + ansiLetter() + ".x";
+  for (const char* path :
+       {"/a/b.c", "a", "a/", ".x", japanese.c_str(), "/", "a\\b.c.d", "..", "a."}) {
     const Parts parts = split(path);
-    EXPECT_EQ(join("", parts.directory.c_str(), parts.base.c_str(), parts.extension.c_str()), path);
+    EXPECT_EQ(join("", parts.directory, parts.base, parts.extension), path);
   }
 }
 

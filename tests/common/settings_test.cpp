@@ -1,79 +1,44 @@
-#include <cstring>
+#include "tests/common/settings_fixture.h"
 
-#include "common/platform.h"
-#include "ksv_cconv.h"
-#include "tests/common/support.h"
-
+using ksv::test::kCharsetKey;
+using ksv::test::kSeparator;
+using ksv::test::pathOf;
 using ksv::test::ScopedVariable;
-using ksv::test::TempDirectory;
-using ksv::test::writeFile;
-
-namespace {
-
-constexpr char kKey[] = "Charsetpath";
-
-// "none" when there is no value.
-std::string read(const char* key = kKey, size_t size = 260) {
-  char buffer[300];
-  std::memset(buffer, 'x', sizeof buffer);
-  if (ksv::platform::readSetting(key, buffer, size)) return buffer;
-  EXPECT_EQ(buffer[0], size == 0 ? 'x' : '\0');
-  return "none";
-}
-
-class Settings : public testing::Test {
- protected:
-  Settings() : configuration_("XDG_CONFIG_HOME", directory_.path()), value_(kKey, std::nullopt) {}
-
-  static void configure(const std::string& text) { writeFile("ksv_conf.ini", text); }
-
-  TempDirectory directory_;
-  ScopedVariable configuration_;
-  ScopedVariable value_;
-};
-
-}  // namespace
+using ksv::test::Settings;
+using ksv::test::textOf;
 
 TEST_F(Settings, come_from_the_environment_first) {
   configure("Charsetpath=/from/file\n");
-  ScopedVariable value(kKey, "/from/environment");
-  EXPECT_EQ(read(), "/from/environment/");
+  ScopedVariable value(kCharsetKey, "/from/environment");
+  EXPECT_EQ(read(), "/from/environment" + kSeparator);
 }
 
 TEST_F(Settings, count_as_not_set_when_they_are_empty) {
   configure("Charsetpath=\nCharsetpath=/from/file\n");
-  ScopedVariable value(kKey, "");
-  EXPECT_EQ(read(), "/from/file/");
+  ScopedVariable value(kCharsetKey, "");
+  EXPECT_EQ(read(), "/from/file" + kSeparator);
 }
 
 TEST_F(Settings, come_from_the_line_of_the_key) {
   configure(
       "# comment\r\n Charsetpath=/no\r\nCharsetpathX=/no\r\ncharsetpath=/no\r\n"
       "Charsetpath=/a b=c/日本\r\nCharsetpath=/second");
-  EXPECT_EQ(read(), "/a b=c/日本/");
+  EXPECT_EQ(read(), "/a b=c/日本" + kSeparator);
 }
 
 TEST_F(Settings, come_from_a_last_line_without_a_line_end) {
   configure("Charsetpath=/d");
-  EXPECT_EQ(read(), "/d/");
+  EXPECT_EQ(read(), "/d" + kSeparator);
 }
 
 TEST_F(Settings, come_from_lines_of_any_length) {
   configure("Other=" + std::string(5000, 'x') + "\nCharsetpath=/d\n");
-  EXPECT_EQ(read(), "/d/");
-}
-
-TEST_F(Settings, stand_below_the_home_directory_by_default) {
-  std::filesystem::create_directory(".config");
-  writeFile(".config/ksv_conf.ini", "Charsetpath=/from/home\n");
-  ScopedVariable configuration("XDG_CONFIG_HOME", std::nullopt);
-  ScopedVariable home("HOME", directory_.path());
-  EXPECT_EQ(read(), "/from/home/");
+  EXPECT_EQ(read(), "/d" + kSeparator);
 }
 
 TEST_F(Settings, keep_a_separator_that_is_there) {
   for (const char* path : {"/d/", "/d\\", "/"}) {
-    ScopedVariable value(kKey, path);
+    ScopedVariable value(kCharsetKey, path);
     EXPECT_EQ(read(), path);
   }
 }
@@ -81,15 +46,15 @@ TEST_F(Settings, keep_a_separator_that_is_there) {
 TEST_F(Settings, fit_with_separator_and_terminator_or_leave_their_turn_to_the_next) {
   configure("Charsetpath=/from/file");
   {
-    ScopedVariable value(kKey, std::string(258, 'd'));
-    EXPECT_EQ(read(), std::string(258, 'd') + "/");
+    ScopedVariable value(kCharsetKey, std::string(258, 'd'));
+    EXPECT_EQ(read(), std::string(258, 'd') + kSeparator);
   }
   {
-    ScopedVariable value(kKey, std::string(258, 'd') + "/");
+    ScopedVariable value(kCharsetKey, std::string(258, 'd') + "/");
     EXPECT_EQ(read(), std::string(258, 'd') + "/");
   }
-  ScopedVariable value(kKey, std::string(259, 'd'));
-  EXPECT_EQ(read(), "/from/file/");
+  ScopedVariable value(kCharsetKey, std::string(259, 'd'));
+  EXPECT_EQ(read(), "/from/file" + kSeparator);
 }
 
 TEST_F(Settings, of_other_keys_have_no_separator_and_no_installed_value) {
@@ -107,27 +72,43 @@ TEST_F(Settings, are_not_looked_for_in_a_directory) {
   EXPECT_EQ(read("KsvTestKey"), "none");
 }
 
+TEST_F(Settings, come_from_a_file_with_a_byte_order_mark) {
+  configure(
+      "\xEF\xBB\xBF"
+      "Charsetpath=/d\n");
+  EXPECT_EQ(read(), "/d" + kSeparator);
+  configure(
+      "Other=x\n\xEF\xBB\xBF"
+      "Charsetpath=/d\n");
+  EXPECT_NE(read(), "/d" + kSeparator);
+}
+
 TEST_F(Settings, come_from_the_charset_directory_beside_the_library_last) {
-  if (ksv::test::exists("/etc/ksv_conf.ini")) GTEST_SKIP() << "this system has a setting";
+  const std::vector<std::string> places = ksv::platform::configurationDirectories();
+  for (size_t i = 1; i < places.size(); ++i) {
+    if (ksv::test::exists(places[i] + "/ksv_conf.ini")) GTEST_SKIP() << "set in " << places[i];
+  }
   const auto library = ksv::platform::libraryDirectory();
   ASSERT_TRUE(library);
-  const std::string charset = *library + "/charset";
-  const bool isThere = std::filesystem::exists(charset);
-  if (!isThere) std::filesystem::create_directory(charset);
-  EXPECT_EQ(read(), charset + "/");
+  const std::string charset = *library + kSeparator + "charset";
+  const bool isThere = ksv::test::exists(charset);
+  if (!isThere) std::filesystem::create_directory(pathOf(charset));
+  EXPECT_EQ(read(), charset + kSeparator);
   configure("Charsetpath=/from/file");
-  EXPECT_EQ(read(), "/from/file/");
-  if (!isThere) std::filesystem::remove(charset);
+  EXPECT_EQ(read(), "/from/file" + kSeparator);
+  if (!isThere) std::filesystem::remove(pathOf(charset));
 }
 
 TEST_F(Settings, leave_no_descriptor_open) {
   configure("Charsetpath=/d");
+  read();
   const auto before = ksv::test::openDescriptors();
   for (int i = 0; i < 20; ++i) read();
   EXPECT_EQ(ksv::test::openDescriptors(), before);
 }
 
 TEST(LibraryDirectory, is_where_this_program_lies) {
-  EXPECT_EQ(ksv::platform::libraryDirectory(),
-            std::filesystem::canonical("/proc/self/exe").parent_path().string());
+  const auto directory = ksv::platform::libraryDirectory();
+  ASSERT_TRUE(directory);
+  EXPECT_EQ(textOf(pathOf(*directory)), textOf(pathOf(ksv::test::ownExecutable()).parent_path()));
 }

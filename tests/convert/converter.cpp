@@ -1,10 +1,16 @@
 #include "tests/convert/converter.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <ostream>
 
+#include "tests/system/system.h"
+
 namespace ksv_test {
+namespace {
+
+constexpr char kCharsetPath[] = "Charsetpath";
+
+}  // namespace
 
 std::string hex(const Bytes& text) {
   static constexpr char kDigits[] = "0123456789ABCDEF";
@@ -31,20 +37,12 @@ ConvertOptions Conversion::bigEndianOutput() {
   return options;
 }
 
-CharsetPath::CharsetPath(const std::string& directory) {
-  const char* before = std::getenv("Charsetpath");
-  wasSet_ = before != nullptr;
-  if (wasSet_) before_ = before;
-  setenv("Charsetpath", directory.c_str(), 1);
+CharsetPath::CharsetPath(const std::string& directory)
+    : before_(ksv::test::variable(kCharsetPath)) {
+  ksv::test::setVariable(kCharsetPath, directory);
 }
 
-CharsetPath::~CharsetPath() {
-  if (wasSet_) {
-    setenv("Charsetpath", before_.c_str(), 1);
-  } else {
-    unsetenv("Charsetpath");
-  }
-}
+CharsetPath::~CharsetPath() { ksv::test::setVariable(kCharsetPath, before_); }
 
 ShippedDirectory::ShippedDirectory() {
   const CharsetPath path(KSV_TEST_CHARSET_DIRECTORY);

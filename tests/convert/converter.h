@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,8 +49,7 @@ class CharsetPath {
   CharsetPath& operator=(const CharsetPath&) = delete;
 
  private:
-  std::string before_;
-  bool wasSet_;
+  const std::optional<std::string> before_;
 };
 
 class Converter {

@@ -16,6 +16,6 @@ add_executable(differential_tests
 target_include_directories(differential_tests PRIVATE ${CMAKE_CURRENT_LIST_DIR})
 target_compile_definitions(differential_tests
   PRIVATE KSV_TEST_CHARSET_DIRECTORY="${KSV_TEST_CHARSET_DIRECTORY}")
-target_link_libraries(differential_tests PRIVATE ksv_internal GTest::gtest_main)
+target_link_libraries(differential_tests PRIVATE ksv_internal ksv_test_system)
 add_dependencies(differential_tests ksv_charset)
-gtest_discover_tests(differential_tests DISCOVERY_MODE PRE_TEST)
+ksv_discover_tests(differential_tests)

@@ -1,7 +1,6 @@
 // Compares the library with the reference converter, field by field, after every
 // call: over random charset directories and over the shipped one.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -18,6 +17,7 @@
 #include "differential_harness.h"
 #include "reference/rule_directory.h"
 #include "reference/rules.h"
+#include "tests/common/temporary_directory.h"
 
 namespace ksv_differential {
 namespace {
@@ -225,7 +225,7 @@ class Session {
  public:
   Session(const ksv_reference::RuleDirectory& rules, const std::filesystem::path& directory,
           uint16_t blockSize) {
-    setenv("Charsetpath", (directory.string() + "/").c_str(), 1);
+    ksv::test::setVariable("Charsetpath", ksv::test::textOf(directory) + "/");
     EXPECT_EQ(startProcess(), 1);
     setBlockSize(blockSize);
     EXPECT_EQ(cconvLoadRule(), 1);
@@ -304,15 +304,12 @@ void runBothPaths(Session& session, const ksv_reference::RuleDirectory& rules, u
   }
 }
 
-std::filesystem::path temporaryDirectory() {
-  return std::filesystem::temp_directory_path() / ("ksv_differential_" + std::to_string(getpid()));
-}
-
 TEST(Differential, RandomDirectories) {
   startWatchdog();
   Totals totals;
   const int directories = scaled(40);
-  const std::filesystem::path root = temporaryDirectory();
+  const ksv::test::TemporaryDirectory temporary("ksv_differential");
+  const std::filesystem::path root = temporary.path() / "charset";
   for (int i = 0; i < directories; ++i) {
     const uint64_t seed = baseSeed() * 1000003 + static_cast<uint64_t>(i) * 100000;
     Random random(seed);
@@ -334,7 +331,8 @@ TEST(Differential, LanguageTags) {
   startWatchdog();
   Totals totals;
   const int directories = scaled(4);
-  const std::filesystem::path root = temporaryDirectory();
+  const ksv::test::TemporaryDirectory temporary("ksv_differential");
+  const std::filesystem::path root = temporary.path() / "charset";
   for (int i = 0; i < directories; ++i) {
     const uint64_t seed = baseSeed() * 2654435761 + static_cast<uint64_t>(i) * 100000;
     Random random(seed);

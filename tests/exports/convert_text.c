@@ -1,10 +1,11 @@
 /* A host as others write it, in C, against the shared library alone: converts a
- * Shift_JIS text to UTF-8 and back. Prints what went wrong. Result 0 when all is
- * well, 2 when no rule file was found, 1 otherwise. */
+ * Shift_JIS text to UTF-8 and back. Takes the path of the library, for the host
+ * that loads it. Prints what went wrong. Result 0 when all is well, 2 when no rule
+ * file was found, 1 otherwise. */
 #include <stdio.h>
 #include <string.h>
 
-#include "ksv_cconv.h"
+#include "tests/exports/host_functions.h"
 
 /* "Nihongo TEXT", half-width katakana, a line end. */
 static const char kShiftJis[] =
@@ -12,6 +13,8 @@ static const char kShiftJis[] =
 static const char kUtf8[] =
     "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x83\x86\xE3\x82\xAD\xE3\x82\xB9\xE3\x83\x88 ABC "
     "\xEF\xBD\xB1\xEF\xBD\xB2\r\n\xE8\xA1\xA8";
+
+static struct HostFunctions host;
 
 static int failed(const char* what, uint32_t status) {
   printf("%s: %u\n", what, (unsigned)status);
@@ -27,17 +30,17 @@ static int convert(const char* source, const char* target, const char* text, con
   memset(&record, 0, sizeof record);
   memset(&options, 0, sizeof options);
   options.outputBigEndian = 1; /* bytes of a pair in the usual order, read and written */
-  status = cconvInitConvert(&record, &options, target);
+  status = host.initialise(&record, &options, target);
   if (status != KSV_STATUS_DONE) return failed("target", status);
-  status = cconvChgCharset(&record, parameters, source);
+  status = host.changeCharset(&record, parameters, source);
   if (status != KSV_STATUS_DONE) return failed("source", status);
   record.input = (const uint8_t*)text;
   record.inputLength = (int32_t)strlen(text);
   record.output = output;
   record.outputCapacity = (int32_t)sizeof output;
-  status = cconvConvert(&record);
+  status = host.convert(&record);
   if (status != KSV_STATUS_DONE) return failed("conversion", status);
-  status = cconvTermConvert(&record);
+  status = host.terminate(&record);
   if (status != KSV_STATUS_DONE) return failed("termination", status);
   if (record.outputPosition != (int32_t)strlen(expected) ||
       memcmp(output, expected, strlen(expected)) != 0) {
@@ -46,15 +49,18 @@ static int convert(const char* source, const char* target, const char* text, con
   return 0;
 }
 
-int main(void) {
+int main(int argumentCount, char** arguments) {
   int result;
-  if (startProcess() != 1) return failed("start", 0);
-  if (cconvLoadRule() != 1) {
-    endProcess();
+  if (!getHostFunctions(&host, argumentCount > 1 ? arguments[1] : "")) {
+    return failed("library", 0);
+  }
+  if (host.start() != 1) return failed("start", 0);
+  if (host.loadRules() != 1) {
+    host.end();
     return 2;
   }
   result = convert("Shift_JIS", "UTF-8", kShiftJis, kUtf8);
   if (result == 0) result = convert("UTF-8", "Shift_JIS", kUtf8, kShiftJis);
-  endProcess();
+  host.end();
   return result;
 }

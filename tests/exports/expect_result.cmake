@@ -1,5 +1,16 @@
-# Runs PROGRAM and fails unless its result is EXPECTED.
-execute_process(COMMAND ${PROGRAM} RESULT_VARIABLE result)
+# cmake -D EXPECTED=RESULT -P expect_result.cmake -- COMMAND ARGUMENT...
+# Runs the command and fails unless its result is EXPECTED.
+set(command)
+set(found FALSE)
+math(EXPR last "${CMAKE_ARGC} - 1")
+foreach(index RANGE ${last})
+  if(found)
+    list(APPEND command "${CMAKE_ARGV${index}}")
+  elseif(CMAKE_ARGV${index} STREQUAL "--")
+    set(found TRUE)
+  endif()
+endforeach()
+execute_process(COMMAND ${command} RESULT_VARIABLE result)
 if(NOT result EQUAL EXPECTED)
-  message(FATAL_ERROR "${PROGRAM} gave ${result} instead of ${EXPECTED}")
+  message(FATAL_ERROR "${command} gave ${result} instead of ${EXPECTED}")
 endif()

@@ -8,6 +8,7 @@
 
 #include "tests/repertoire/converter.h"
 #include "tests/repertoire/difference_list.h"
+#include "tests/repertoire/iconv_reference.h"
 #include "tests/repertoire/repertoire.h"
 
 namespace repertoire {
@@ -23,8 +24,7 @@ Repertoire exploreReference(const std::string& kind, const std::string& name) {
     return readRepertoire(std::filesystem::path(REPERTOIRE_BINARY_DIRECTORY) /
                           ("python_" + name + ".txt"));
   }
-  IconvCodec codec(name);
-  return explore(codec);
+  return explore(*iconvCodec(name));
 }
 
 // What a code is written as when its character comes from UTF-8, bases and combining

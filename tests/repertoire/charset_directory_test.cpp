@@ -1,6 +1,5 @@
 // The charset directory as a set of files.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -14,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/common/temporary_directory.h"
 #include "tests/repertoire/converter.h"
 #include "tests/repertoire/repertoire.h"
 
@@ -104,26 +104,6 @@ bool isTableLine(const std::string& line) {
          line.find_first_not_of(kDigits) == blank &&
          line.find_first_not_of(kDigits, blank + 1) == std::string::npos;
 }
-
-class TemporaryDirectory {
- public:
-  TemporaryDirectory() {
-    // The last six characters are mkdtemp's to choose.
-    std::string name = (fs::temp_directory_path() / "repertoire-").string() + std::string(6, 'X');
-    if (mkdtemp(name.data()) == nullptr) {
-      throw std::runtime_error("no temporary directory");
-    }
-    path_ = name;
-  }
-  ~TemporaryDirectory() { fs::remove_all(path_); }
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
 
 // Makes every table of every charset ready: both tables of each member by naming the
 // charset as target and as source, the one-way tables by a character that is in none.
@@ -241,7 +221,7 @@ TEST(CharsetDirectory, puts_each_code_into_its_own_subset) {
 }
 
 TEST(CharsetDirectory, has_the_compiled_tables_that_the_library_makes_itself) {
-  const TemporaryDirectory copy;
+  const ksv::test::TemporaryDirectory copy("repertoire");
   for (const fs::path& file : filesOf(charsetDirectory(), "")) {
     if (file.extension() != ".cmp") {
       fs::copy(file, copy.path());
@@ -261,7 +241,7 @@ TEST(CharsetDirectory, has_the_compiled_tables_that_the_library_makes_itself) {
 }
 
 TEST(CharsetDirectory, is_read_without_being_written_to) {
-  const TemporaryDirectory copy;
+  const ksv::test::TemporaryDirectory copy("repertoire");
   fs::copy(charsetDirectory(), copy.path(), fs::copy_options::recursive);
   const std::vector<fs::path> before = filesOf(copy.path(), "");
   {
@@ -272,7 +252,7 @@ TEST(CharsetDirectory, is_read_without_being_written_to) {
 }
 
 TEST(CharsetDirectory, takes_a_charset_of_one_rule_file_and_one_table) {
-  const TemporaryDirectory copy;
+  const ksv::test::TemporaryDirectory copy("repertoire");
   fs::copy(charsetDirectory(), copy.path(), fs::copy_options::recursive);
   const fs::path example = fs::path(REPERTOIRE_SOURCE_DIRECTORY) / "example";
   for (const char* name : {"example-quay.xml", "example-quay.txt"}) {

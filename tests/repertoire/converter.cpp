@@ -1,7 +1,8 @@
 #include "tests/repertoire/converter.h"
 
-#include <cstdlib>
 #include <stdexcept>
+
+#include "tests/common/support.h"
 
 namespace repertoire {
 
@@ -16,7 +17,7 @@ constexpr size_t kSmallestBuffer = 64;
 std::filesystem::path charsetDirectory() { return REPERTOIRE_CHARSET_DIRECTORY; }
 
 RuleBase::RuleBase(const std::filesystem::path& directory) {
-  setenv("Charsetpath", directory.c_str(), 1);
+  ksv::test::setVariable("Charsetpath", ksv::test::textOf(directory));
   if (startProcess() != 1) {
     throw std::runtime_error("startProcess failed");
   }

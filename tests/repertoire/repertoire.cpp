@@ -1,6 +1,5 @@
 #include "tests/repertoire/repertoire.h"
 
-#include <array>
 #include <charconv>
 #include <fstream>
 #include <stdexcept>
@@ -31,31 +30,6 @@ uint32_t parseHexadecimal(std::string_view digits) {
     throw std::runtime_error("not a hexadecimal number: " + std::string(digits));
   }
   return value;
-}
-
-iconv_t openIconv(const std::string& target, const std::string& source) {
-  const iconv_t descriptor = iconv_open(target.c_str(), source.c_str());
-  if (descriptor == reinterpret_cast<iconv_t>(-1)) {
-    throw std::runtime_error("iconv does not convert " + source + " to " + target);
-  }
-  return descriptor;
-}
-
-// Converts a whole short text; nothing if any of it is refused.
-std::optional<Bytes> runIconv(iconv_t descriptor, const Bytes& input) {
-  constexpr size_t kFailed = static_cast<size_t>(-1);
-  Bytes source = input;
-  std::array<char, 64> buffer;
-  char* in = source.data();
-  size_t inLeft = source.size();
-  char* out = buffer.data();
-  size_t outLeft = buffer.size();
-  iconv(descriptor, nullptr, nullptr, nullptr, nullptr);
-  if (iconv(descriptor, &in, &inLeft, &out, &outLeft) == kFailed || inLeft != 0 ||
-      iconv(descriptor, nullptr, nullptr, &out, &outLeft) == kFailed) {
-    return std::nullopt;
-  }
-  return Bytes(buffer.data(), out);
 }
 
 }  // namespace
@@ -138,25 +112,6 @@ std::optional<Bytes> LibraryCodec::encode(char32_t character) {
   return std::move(result.output);
 }
 
-IconvCodec::IconvCodec(const std::string& charset)
-    : decoder_(openIconv("UCS-4BE", charset)), encoder_(openIconv(charset, "UCS-4BE")) {}
-
-IconvCodec::~IconvCodec() {
-  iconv_close(decoder_);
-  iconv_close(encoder_);
-}
-
-std::optional<Text> IconvCodec::decode(const Bytes& sequence) {
-  const std::optional<Bytes> output = runIconv(decoder_, sequence);
-  return output ? std::optional(fromUcs4(*output)) : std::nullopt;
-}
-
-std::optional<Bytes> IconvCodec::encode(char32_t character) {
-  std::optional<Bytes> output = runIconv(encoder_, toUcs4(Text(1, character)));
-  // Language tag characters are dropped without a word.
-  return output && !output->empty() ? std::move(output) : std::nullopt;
-}
-
 Repertoire explore(Codec& codec) {
   Repertoire repertoire;
   const auto trySequence = [&](const Bytes& sequence) {
@@ -195,10 +150,11 @@ Repertoire readRepertoire(const std::filesystem::path& path) {
     if (direction == "decode") {
       repertoire.decoded.emplace(parseBytes(from), parseText(to));
     } else {
-      repertoire.encoded.emplace(parseText(from).at(0), parseBytes(to));
+      repertoire.encoded.emplace_hint(repertoire.encoded.end(), parseText(from).at(0),
+                                      parseBytes(to));
     }
   }
-  if (repertoire.decoded.empty()) {
+  if (repertoire.encoded.empty()) {
     throw std::runtime_error("nothing read from " + path.string());
   }
   return repertoire;

@@ -2,8 +2,6 @@
 // be written, as this library sees it and as outside references see it.
 #pragma once
 
-#include <iconv.h>
-
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -54,21 +52,6 @@ class LibraryCodec : public Codec {
   Converter encoder_;
 };
 
-class IconvCodec : public Codec {
- public:
-  explicit IconvCodec(const std::string& charset);
-  ~IconvCodec() override;
-  IconvCodec(const IconvCodec&) = delete;
-  IconvCodec& operator=(const IconvCodec&) = delete;
-
-  std::optional<Text> decode(const Bytes& sequence) override;
-  std::optional<Bytes> encode(char32_t character) override;
-
- private:
-  iconv_t decoder_;
-  iconv_t encoder_;
-};
-
 struct Repertoire {
   std::map<Bytes, Text> decoded;
   std::map<char32_t, Bytes> encoded;
@@ -78,7 +61,7 @@ struct Repertoire {
 // itself, and all characters.
 Repertoire explore(Codec& codec);
 
-// Reads what python_reference.py wrote.
+// Reads what a script wrote down of a reference: *_reference.py beside this.
 Repertoire readRepertoire(const std::filesystem::path& path);
 
 }  // namespace repertoire

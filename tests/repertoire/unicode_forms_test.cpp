@@ -3,11 +3,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 
 #include "tests/repertoire/converter.h"
+#include "tests/repertoire/iconv_reference.h"
 #include "tests/repertoire/repertoire.h"
 
 namespace repertoire {
@@ -23,26 +24,6 @@ Text allCharacters(char32_t last) {
     }
   }
   return text;
-}
-
-// Converts a long text that must be convertible.
-Bytes runIconv(const std::string& source, const std::string& target, Bytes input) {
-  const iconv_t descriptor = iconv_open(target.c_str(), source.c_str());
-  if (descriptor == reinterpret_cast<iconv_t>(-1)) {
-    throw std::runtime_error("iconv does not convert " + source + " to " + target);
-  }
-  Bytes output(4 * input.size(), '\0');
-  char* in = input.data();
-  size_t inLeft = input.size();
-  char* out = output.data();
-  size_t outLeft = output.size();
-  const size_t converted = iconv(descriptor, &in, &inLeft, &out, &outLeft);
-  iconv_close(descriptor);
-  if (converted != 0 || inLeft != 0) {
-    throw std::runtime_error("iconv does not convert all of the text to " + target);
-  }
-  output.resize(output.size() - outLeft);
-  return output;
 }
 
 struct UnicodeForm {
@@ -61,39 +42,39 @@ class UnicodeFormTest : public testing::TestWithParam<UnicodeForm> {
 
 TEST_P(UnicodeFormTest, writes_every_scalar_value_as_iconv_does) {
   const auto& [charset, order, iconvName, last] = GetParam();
-  const Bytes input = toUcs4(allCharacters(last));
-  const Bytes source = runIconv("UCS-4BE", "UTF-8", input);
+  const Text characters = allCharacters(last);
+  const Bytes source = iconvText("UTF-8", characters);
   const ConversionResult result = Converter("UTF-8", charset, order).convert(source);
   EXPECT_EQ(result.status, KSV_STATUS_DONE);
   EXPECT_EQ(result.position, static_cast<int32_t>(source.size()));
-  std::printf("%s: %zu characters\n", iconvName, input.size() / 4);
-  EXPECT_TRUE(result.output == runIconv("UCS-4BE", iconvName, input));
+  std::printf("%s: %zu characters\n", iconvName, characters.size());
+  EXPECT_TRUE(result.output == iconvText(iconvName, characters));
 }
 
 TEST_P(UnicodeFormTest, reads_every_scalar_value_that_iconv_wrote) {
   const auto& [charset, order, iconvName, last] = GetParam();
-  const Bytes input = toUcs4(allCharacters(last));
+  const Text characters = allCharacters(last);
   const ConversionResult result =
-      Converter(charset, "UTF-8", order).convert(runIconv("UCS-4BE", iconvName, input));
+      Converter(charset, "UTF-8", order).convert(iconvText(iconvName, characters));
   EXPECT_EQ(result.status, KSV_STATUS_DONE);
-  EXPECT_TRUE(result.output == runIconv("UCS-4BE", "UTF-8", input));
+  EXPECT_TRUE(result.output == iconvText("UTF-8", characters));
 }
 
 TEST_P(UnicodeFormTest, converts_every_scalar_value_by_itself) {
   const auto& [charset, order, iconvName, last] = GetParam();
   Converter encoder("UTF-8", charset, order);
   Converter decoder(charset, "UTF-8", order);
-  IconvCodec reference(iconvName);
-  IconvCodec utf8("UTF-8");
+  const std::unique_ptr<Codec> reference = iconvCodec(iconvName);
+  const std::unique_ptr<Codec> utf8 = iconvCodec("UTF-8");
   for (const char32_t character : allCharacters(kLastCharacter)) {
-    const Bytes source = *utf8.encode(character);
+    const Bytes source = *utf8->encode(character);
     const ConversionResult written = encoder.convert(source);
     if (character > last) {
       ASSERT_EQ(written.status, KSV_STATUS_UNMAPPABLE) << spell(Text(1, character));
       continue;
     }
     ASSERT_EQ(written.status, KSV_STATUS_DONE) << spell(Text(1, character));
-    ASSERT_EQ(written.output, reference.encode(character)) << spell(Text(1, character));
+    ASSERT_EQ(written.output, reference->encode(character)) << spell(Text(1, character));
     const ConversionResult read = decoder.convert(written.output);
     ASSERT_EQ(read.status, KSV_STATUS_DONE) << spell(Text(1, character));
     ASSERT_EQ(read.charactersRead, 1) << spell(Text(1, character));
@@ -143,7 +124,7 @@ TEST(Ucs2, writes_supplementary_characters_as_references) {
   record.outputCapacity = sizeof buffer;
   EXPECT_EQ(cconvConvert(&record), KSV_STATUS_DONE);
   const Bytes output(buffer, buffer + record.outputPosition);
-  EXPECT_EQ(output, runIconv("UTF-8", "UCS-2BE", "&#x1F600;"));
+  EXPECT_EQ(output, iconvText("UCS-2BE", U"&#x1F600;"));
 }
 
 }  // namespace

@@ -1,16 +1,11 @@
 // Compiling a table by several processes at once, and by processes and threads
 // that die at it.
-#include <pthread.h>
-#include <signal.h>
-#include <sys/stat.h>
-
 #include <atomic>
 #include <chrono>
 #include <iostream>
 #include <thread>
 
-#include "ksv_cconv.h"
-#include "tests/rules/support.h"
+#include "tests/rules/compiling.h"
 
 namespace ksv::test {
 namespace {
@@ -18,170 +13,174 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::microseconds;
 
-class Compiling : public RuleBaseTest {
- protected:
-  // What a process of its own sees of the table: 0 when every pair is there.
-  static int readTable(const Pairs& pairs) {
-    auto table = tableOf("t.txt");
-    return ensureTableLoaded(table.get()) && mapsAll(*table, pairs) ? 0 : 1;
-  }
+// Nobody waits for it to pass.
+constexpr std::chrono::hours kLong{1};
 
-  // A text that nobody can finish opening: whoever compiles it stays at it, with
-  // the lock held and the compiled file begun.
-  void writeEndlessText() {
-    std::filesystem::remove(directory_.path("t.txt"));
-    ASSERT_EQ(mkfifo(directory_.path("t.txt").c_str(), 0600), 0);
-  }
-
-  bool waitUntilCompiling() {
-    return waitUntil([&] { return directory_.has("t.cmp.tmp"); });
-  }
-  static bool waitUntilAsleep(pid_t process) {
-    return waitUntil([&] {
-      const std::string status = readFile("/proc/" + std::to_string(process) + "/stat");
-      return status.find(") S ") != std::string::npos;
-    });
-  }
-
-  void expectCompilable(const Pairs& pairs) {
-    std::filesystem::remove(directory_.path("t.txt"));
-    directory_.writeTable("t.txt", tableLines(pairs));
-    EXPECT_EQ(readTable(pairs), 0);
-    EXPECT_EQ(directory_.read("t.cmp"), compiledBytes(pairs));
-    EXPECT_FALSE(directory_.has("t.cmp.tmp")) << "taken up and renamed";
-  }
+struct Start {
+  std::atomic<int> ready;
+  std::atomic<bool> begin;
 };
 
-TEST_F(Compiling, by_eight_processes_at_once_gives_each_the_full_table) {
-  const Pairs pairs = manyPairs(20000);
-  directory_.writeTable("t.txt", tableLines(pairs));
-  for (int round = 0; round < 5; ++round) {
-    std::filesystem::remove(directory_.path("t.cmp"));
-    Shared<std::atomic<bool>> begin;
-    std::vector<pid_t> children;
-    for (int c = 0; c < 8; ++c) {
-      children.push_back(startChild([&] {
-        while (!*begin) std::this_thread::yield();
-        return readTable(pairs);
-      }));
-    }
-    *begin = true;
-    for (const pid_t child : children) EXPECT_EQ(resultOf(child), 0);
-    EXPECT_EQ(directory_.read("t.cmp"), compiledBytes(pairs));
-    EXPECT_FALSE(directory_.has("t.cmp.tmp"));
+class CompilingBySeveral : public Compiling {
+ public:
+  // Reads a table of so many pairs as soon as all are told to begin, with the lock
+  // or without it.
+  static int readAtOnce(const std::vector<std::string>& arguments) {
+    const StartedRuleBase started;
+    const Shared<Start> start(arguments.at(0));
+    const Pairs pairs = manyPairs(static_cast<uint32_t>(std::stoul(arguments.at(1))));
+    const bool locked = arguments.at(2) == kLocked;
+    platform::NamedMutex* const mutex = ruleBase.tableMutex;
+    if (!locked) ruleBase.tableMutex = nullptr;
+    ++start->ready;
+    while (!start->begin) std::this_thread::yield();
+    const int result = readTable(pairs);
+    ruleBase.tableMutex = mutex;
+    return result;
   }
-}
 
-TEST_F(Compiling, by_eight_processes_without_the_lock_gives_each_the_full_table) {
-  const Pairs pairs = manyPairs(20000);
-  directory_.writeTable("t.txt", tableLines(pairs));
-  Shared<std::atomic<bool>> begin;
-  std::vector<pid_t> children;
-  for (int c = 0; c < 8; ++c) {
-    children.push_back(startChild([&] {
-      ruleBase.tableMutex = nullptr;
-      while (!*begin) std::this_thread::yield();
-      return readTable(pairs);
-    }));
+ protected:
+  static constexpr char kLocked[] = "locked";
+  static constexpr char kUnlocked[] = "unlocked";
+  static constexpr int kProcesses = 8;
+  static constexpr uint32_t kPairCount = 20000;
+
+  void compileByAll(const char* lock);
+};
+
+const ChildBody kReading("reads_a_table_at_once", CompilingBySeveral::readAtOnce);
+
+void CompilingBySeveral::compileByAll(const char* lock) {
+  const Shared<Start> start;
+  std::vector<ChildProcess> children;
+  for (int c = 0; c < kProcesses; ++c) {
+    children.push_back(
+        ChildProcess::start(kReading.name, {start.name(), std::to_string(kPairCount), lock}));
   }
-  *begin = true;
-  for (const pid_t child : children) EXPECT_EQ(resultOf(child), 0);
-  EXPECT_EQ(directory_.read("t.cmp"), compiledBytes(pairs));
+  EXPECT_TRUE(waitUntil([&] { return start->ready == kProcesses; }));
+  start->begin = true;
+  for (ChildProcess& child : children) EXPECT_EQ(child.result(), 0);
+  EXPECT_EQ(directory_.read("t.cmp"), compiledBytes(manyPairs(kPairCount)));
   EXPECT_FALSE(directory_.has("t.cmp.tmp"));
 }
 
-TEST_F(Compiling, survives_a_kill_at_any_instant) {
+TEST_F(CompilingBySeveral, processes_at_once_gives_each_the_full_table) {
+  directory_.writeTable("t.txt", tableLines(manyPairs(kPairCount)));
+  for (int round = 0; round < 5; ++round) {
+    std::filesystem::remove(directory_.path("t.cmp"));
+    compileByAll(kLocked);
+  }
+}
+
+TEST_F(CompilingBySeveral, processes_without_the_lock_gives_each_the_full_table) {
+  directory_.writeTable("t.txt", tableLines(manyPairs(kPairCount)));
+  compileByAll(kUnlocked);
+}
+
+class CompilingKilled : public Compiling {
+ public:
+  // Reads a table of so many pairs when it is told to begin, and waits to be killed.
+  static int readUntilKilled(const std::vector<std::string>& arguments) {
+    const StartedRuleBase started;
+    const Shared<Start> start(arguments.at(0));
+    const Pairs pairs = manyPairs(static_cast<uint32_t>(std::stoul(arguments.at(1))));
+    ++start->ready;
+    while (!start->begin) std::this_thread::yield();
+    if (const int result = readTable(pairs)) return result;
+    std::this_thread::sleep_for(kLong);
+    return 0;
+  }
+
+ protected:
+  // Large enough to be killed at.
+  static constexpr uint32_t kPairCount = 200000;
+
+  CompilingKilled() {
+    directory_.writeTable("t.txt", tableLines(pairs_));
+    const auto begin = Clock::now();
+    EXPECT_EQ(readTable(pairs_), 0);
+    whole_ = std::chrono::duration_cast<microseconds>(Clock::now() - begin);
+    EXPECT_EQ(directory_.read("t.cmp"), compiled_);
+    std::filesystem::remove(directory_.path("t.cmp"));
+  }
+
+  static void killAfter(microseconds delay);
+
+  // After it the lock is free, and no dead holder of it is left to be told of.
+  static void takeOverLock() {
+    lockMutex();
+    unlockMutex();
+  }
+
+  const Pairs pairs_ = manyPairs(kPairCount);
+  const std::string compiled_ = compiledBytes(pairs_);
+  microseconds whole_{};  // what compiling takes
+};
+
+const ChildBody kKilledReading("reads_a_table_until_killed", CompilingKilled::readUntilKilled);
+
+// Has a process begin to read, and kills it so much later.
+void CompilingKilled::killAfter(microseconds delay) {
+  const Shared<Start> start;
+  ChildProcess child =
+      ChildProcess::start(kKilledReading.name, {start.name(), std::to_string(kPairCount)});
+  EXPECT_TRUE(waitUntil([&] { return start->ready == 1; }));
+  start->begin = true;
+  std::this_thread::sleep_for(delay);
+  child.kill();
+  EXPECT_EQ(child.result(), -1);
+}
+
+TEST_F(CompilingKilled, at_any_instant_leaves_a_whole_file_or_none) {
   constexpr int kKills = 200;
-  const Pairs pairs = manyPairs(200000);
-  const std::string expected = compiledBytes(pairs);
-  directory_.writeTable("t.txt", tableLines(pairs));
-  const std::string path = directory_.path("t.cmp");
-
-  const auto begin = Clock::now();
-  ASSERT_EQ(resultOf(startChild([&] { return readTable(pairs); })), 0);
-  const auto whole = std::chrono::duration_cast<microseconds>(Clock::now() - begin);
-  ASSERT_EQ(directory_.read("t.cmp"), expected);
-
   std::mt19937 random(testSeed());
   int absent = 0;
   int begun = 0;
-  for (int kill_ = 0; kill_ < kKills; ++kill_) {
-    std::filesystem::remove(path);
-    const pid_t child = startChild([&] {
-      const int result = readTable(pairs);
-      while (result == 0) pause();
-      return result;
-    });
+  for (int kill = 0; kill < kKills; ++kill) {
+    std::filesystem::remove(directory_.path("t.cmp"));
     // Somewhat longer than it takes, so that some kills come when all is done.
-    std::this_thread::sleep_for(
-        microseconds(random() % static_cast<uint64_t>(whole.count() * 3 / 2)));
-    kill(child, SIGKILL);
-    EXPECT_EQ(resultOf(child), -1);
+    killAfter(microseconds(random() % static_cast<uint64_t>(whole_.count() * 3 / 2)));
     begun += directory_.has("t.cmp.tmp") ? 1 : 0;
     if (directory_.has("t.cmp")) {
-      ASSERT_EQ(directory_.read("t.cmp") == expected, true) << "half written";
+      ASSERT_EQ(directory_.read("t.cmp") == compiled_, true) << "half written";
     } else {
       ++absent;
       // Every fourth is left to the next victim, with what lies there half made.
-      if (kill_ % 4 == 3) continue;
+      if (kill % 4 == 3) continue;
     }
-    ASSERT_EQ(resultOf(startChild([&] { return readTable(pairs); })), 0);
-    ASSERT_EQ(directory_.read("t.cmp") == expected, true);
+    ASSERT_EQ(readTable(pairs_), 0);
+    ASSERT_EQ(directory_.read("t.cmp") == compiled_, true);
     ASSERT_FALSE(directory_.has("t.cmp.tmp"));
   }
-  std::cout << kKills << " kills within " << whole.count() << " us: " << absent
+  std::cout << kKills << " kills within " << whole_.count() * 3 / 2 << " us: " << absent
             << " before the compiled file was there, " << begun << " while it was written\n";
   EXPECT_GT(absent, 0);
   EXPECT_GT(begun, 0);
 }
 
-TEST_F(Compiling, by_a_process_killed_at_it_leaves_the_lock_and_the_table_usable) {
-  writeEndlessText();
-  const pid_t child = startChild([&] { return readTable({}); });
-  ASSERT_TRUE(waitUntilCompiling());
-  kill(child, SIGKILL);
-  EXPECT_EQ(resultOf(child), -1);
+TEST_F(CompilingKilled, at_it_leaves_the_lock_and_the_table_usable) {
+  // The instant is guessed until it is one at which the file is begun.
+  std::mt19937 random(testSeed());
+  constexpr int kAttempts = 100;
+  for (int attempt = 0; attempt < kAttempts && !directory_.has("t.cmp.tmp"); ++attempt) {
+    takeOverLock();
+    std::filesystem::remove(directory_.path("t.cmp"));
+    killAfter(microseconds(random() % static_cast<uint64_t>(whole_.count())));
+  }
+  ASSERT_TRUE(directory_.has("t.cmp.tmp"));
   EXPECT_FALSE(directory_.has("t.cmp"));
-  EXPECT_EQ(lockMutex(), 0) << "held, and its holder died";
-  EXPECT_EQ(lockMutex(), 1);
-  EXPECT_NE(unlockMutex(), 0);
-  EXPECT_NE(unlockMutex(), 0);
+  expectAbandonedLock();
   expectCompilable(manyPairs(100));
 }
 
-TEST_F(Compiling, goes_on_at_once_when_the_process_at_it_is_killed) {
-  writeEndlessText();
-  const pid_t victim = startChild([&] { return readTable({}); });
-  ASSERT_TRUE(waitUntilCompiling());
-  ASSERT_TRUE(waitUntilAsleep(victim));
-  // The one that waits for the lock opens another text: by now there is one.
-  const Pairs pairs = manyPairs(100);
-  directory_.writeTable("new.txt", tableLines(pairs));
-  std::filesystem::rename(directory_.path("new.txt"), directory_.path("t.txt"));
-  const pid_t heir = startChild([&] {
-    if (readTable(pairs) != 0) return 1;
-    return lockMutex() == 1 && unlockMutex() != 0 ? 0 : 2;  // the filling took the 0
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(30));
-  EXPECT_FALSE(directory_.has("t.cmp"));
-  kill(victim, SIGKILL);
-  EXPECT_EQ(resultOf(heir), 0);
-  EXPECT_EQ(resultOf(victim), -1);
-  // A dying process gives up the lock before its files: the heir may have found the
-  // compiled file still begun by another, and then leaves it to the next process.
-  if (directory_.has("t.cmp")) {
-    EXPECT_EQ(directory_.read("t.cmp"), compiledBytes(pairs));
-  }
-  expectCompilable(pairs);
-}
+const ChildBody kDying("dies_with_the_lock", [](const std::vector<std::string>&) {
+  const StartedRuleBase started;
+  if (lockMutex() != 1) return 1;
+  killOwnProcess();
+});
 
 TEST_F(Compiling, works_after_a_process_died_with_the_lock) {
-  const pid_t child = startChild([] {
-    lockMutex();
-    kill(getpid(), SIGKILL);
-    return 0;
-  });
-  EXPECT_EQ(resultOf(child), -1);
+  EXPECT_EQ(ChildProcess::run(kDying.name), -1);
   expectCompilable(manyPairs(100));
   EXPECT_EQ(lockMutex(), 1) << "released in order";
   EXPECT_NE(unlockMutex(), 0);
@@ -194,53 +193,6 @@ TEST_F(Compiling, works_after_a_thread_ended_with_the_lock) {
   EXPECT_EQ(lockMutex(), 1);
   EXPECT_NE(unlockMutex(), 0);
   EXPECT_EQ(unlockMutex(), 0);
-}
-
-TEST_F(Compiling, by_a_thread_cancelled_at_it_leaves_the_lock_and_other_tables_usable) {
-  if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "they cannot unwind a cancelled thread";
-  writeEndlessText();
-  auto table = tableOf("t.txt");
-  pthread_t thread;
-  ASSERT_EQ(pthread_create(
-                &thread, nullptr,
-                [](void* unfinished) -> void* {
-                  ensureTableLoaded(static_cast<CodeTable*>(unfinished));
-                  return nullptr;
-                },
-                table.get()),
-            0);
-  ASSERT_TRUE(waitUntilCompiling());
-  ASSERT_EQ(pthread_cancel(thread), 0);
-  void* result = nullptr;
-  ASSERT_EQ(pthread_join(thread, &result), 0);
-  EXPECT_EQ(result, PTHREAD_CANCELED);
-  EXPECT_FALSE(table->isLoaded());
-  EXPECT_FALSE(directory_.has("t.cmp"));
-  EXPECT_EQ(lockMutex(), 0);
-  EXPECT_EQ(lockMutex(), 1);
-  EXPECT_NE(unlockMutex(), 0);
-  EXPECT_NE(unlockMutex(), 0);
-  expectCompilable(manyPairs(100));
-}
-
-TEST_F(Compiling, works_in_a_process_forked_while_a_thread_is_at_it) {
-  writeEndlessText();
-  auto table = tableOf("t.txt");
-  std::thread filling([&] { ensureTableLoaded(table.get()); });
-  ASSERT_TRUE(waitUntilCompiling());
-  directory_.writeTable("other.txt", "1 2\r\n3 4");
-  const pid_t child = startChild([] {
-    alarm(20);
-    auto other = tableOf("other.txt");
-    return ensureTableLoaded(other.get()) && mapsAll(*other, {{1, 2}, {3, 4}}) ? 0 : 1;
-  });
-  // The thread goes on, and its lock becomes free, when its text is there.
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  FILE* const text = std::fopen(directory_.path("t.txt").c_str(), "wb");
-  ASSERT_NE(text, nullptr);
-  std::fclose(text);
-  filling.join();
-  EXPECT_EQ(resultOf(child), 0);
 }
 
 }  // namespace

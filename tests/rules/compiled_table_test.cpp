@@ -1,9 +1,5 @@
 // Compiled tables: their bytes, when they are read and written, and when a table
 // counts as loaded.
-#include <signal.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-
 #include "ksv_cconv.h"
 #include "tests/rules/support.h"
 
@@ -150,11 +146,21 @@ TEST_F(CompiledTable, that_is_a_directory_is_none_and_stays) {
   EXPECT_FALSE(directory_.has("t.cmp.tmp"));
 }
 
+TEST_F(CompiledTable, is_not_written_where_its_temporary_name_is_taken) {
+  directory_.writeTable("t.txt", "1 2\r\n3 4");
+  std::filesystem::create_directory(directory_.path("t.cmp.tmp"));
+  auto table = tableOf("t.txt");
+  EXPECT_TRUE(ensureTableLoaded(table.get()));
+  EXPECT_EQ(lookUp(*table, 3), "4");
+  EXPECT_FALSE(directory_.has("t.cmp"));
+  EXPECT_TRUE(std::filesystem::is_directory(directory_.path("t.cmp.tmp")));
+}
+
 TEST_F(CompiledTable, lies_beside_its_text_under_the_lower_cased_name) {
   directory_.writeTable("jis0208.txt", "1 2\r\n3 4");
   EXPECT_TRUE(ensureTableLoaded(tableOf("JIS0208.TXT").get()));
+  EXPECT_EQ(directory_.names(), (std::set<std::string>{"jis0208.cmp", "jis0208.txt"}));
   EXPECT_EQ(directory_.read("jis0208.cmp"), compiledBytes({{1, 2}, {3, 4}}));
-  EXPECT_FALSE(directory_.has("JIS0208.cmp"));
 }
 
 TEST_F(CompiledTable, replaces_the_extension_from_the_last_dot) {
@@ -222,68 +228,6 @@ TEST_F(CompiledTable, stops_where_no_block_can_be_made) {
   EXPECT_EQ(table->high, 2u * 65534 + 1);
   EXPECT_EQ(lookUp(*table, 2 * 65534 + 1), "7");
   EXPECT_EQ(lookUp(*table, 2 * 65535 + 1), "not found");
-}
-
-// Runs body as a user who may not write into the charset directory.
-int runWithoutWriteAccess(const std::string& directory, const std::function<int()>& body) {
-  chmod(directory.c_str(), 0555);
-  const pid_t child = startChild([&] {
-    constexpr uid_t kNobody = 65534;
-    if (geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) return 100;
-    return body();
-  });
-  const int result = resultOf(child);
-  chmod(directory.c_str(), 0755);
-  return result;
-}
-
-using CompiledTableWithoutStart = CharsetDirectoryTest;
-
-TEST_F(CompiledTableWithoutStart, is_not_written_where_nobody_may_write) {
-  const Pairs pairs = manyPairs(1000);
-  directory_.writeTable("t.txt", tableLines(pairs));
-  EXPECT_EQ(runWithoutWriteAccess(directory_.path(""),
-                                  [&] {
-                                    if (startProcess() != 1) return 1;
-                                    auto table = tableOf("t.txt");
-                                    if (!ensureTableLoaded(table.get())) return 2;
-                                    if (!mapsAll(*table, pairs)) return 3;
-                                    endProcess();
-                                    return 0;
-                                  }),
-            0);
-  EXPECT_FALSE(directory_.has("t.cmp"));
-  EXPECT_FALSE(directory_.has("t.cmp.tmp"));
-}
-
-TEST_F(CompiledTableWithoutStart, that_is_there_is_read_where_nobody_may_write) {
-  directory_.write("t.cmp", compiledBytes({{1, 2}, {3, 4}}));
-  EXPECT_EQ(runWithoutWriteAccess(directory_.path(""),
-                                  [&] {
-                                    if (startProcess() != 1) return 1;
-                                    auto table = tableOf("t.txt");
-                                    ensureTableLoaded(table.get());
-                                    return mapsAll(*table, {{1, 2}, {3, 4}}) ? 0 : 2;
-                                  }),
-            0);
-}
-
-TEST_F(CompiledTable, is_dropped_when_its_bytes_cannot_be_stored) {
-  for (const uint32_t count : {100u, 20000u}) {  // refused at its end, and on the way
-    SCOPED_TRACE(count);
-    const Pairs pairs = manyPairs(count);
-    directory_.writeTable("t.txt", tableLines(pairs));
-    const pid_t child = startChild([&] {
-      signal(SIGXFSZ, SIG_IGN);
-      const rlimit limit = {count * 8 / 2, count * 8 / 2};
-      if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
-      auto table = tableOf("t.txt");
-      return ensureTableLoaded(table.get()) && mapsAll(*table, pairs) ? 0 : 2;
-    });
-    EXPECT_EQ(resultOf(child), 0);
-    EXPECT_FALSE(directory_.has("t.cmp"));
-    EXPECT_FALSE(directory_.has("t.cmp.tmp"));
-  }
 }
 
 }  // namespace

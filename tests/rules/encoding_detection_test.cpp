@@ -1,6 +1,4 @@
 // Which encoding a rule file is in, how it is decoded, and which files are refused.
-#include <sys/stat.h>
-
 #include "ksv_cconv.h"
 #include "tests/rules/support.h"
 

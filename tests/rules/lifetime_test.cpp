@@ -84,7 +84,7 @@ TEST_F(Lifetime, every_start_reads_the_charset_path_anew) {
 TEST_F(Lifetime, a_separator_is_added_to_a_charset_path_without_one) {
   ScopedVariable setting("Charsetpath", "/a/place");
   EXPECT_EQ(startProcess(), 1);
-  EXPECT_STREQ(ruleBase.charsetPath, "/a/place/");
+  EXPECT_EQ(ruleBase.charsetPath, "/a/place" + kSeparator);
   endProcess();
 }
 

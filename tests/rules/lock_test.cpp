@@ -1,9 +1,9 @@
 // lockMutex and unlockMutex: one lock for the threads and processes of a user.
-#include <signal.h>
-
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <thread>
+#include <utility>
 
 #include "ksv_cconv.h"
 #include "tests/rules/support.h"
@@ -15,6 +15,9 @@ using std::chrono::milliseconds;
 
 // The time that a thread gets to do what it must not do.
 constexpr milliseconds kAWhile{60};
+
+// Nobody waits for it to pass.
+constexpr std::chrono::hours kLong{1};
 
 class Lock : public RuleBaseTest {
  protected:
@@ -111,45 +114,77 @@ TEST_F(Lock, excludes_threads) {
   EXPECT_EQ(counter, 12000);
 }
 
+struct Counts {
+  std::atomic<bool> begin;
+  volatile int counter;
+};
+
+const ChildBody kCounting("counts_under_the_lock", [](const std::vector<std::string>& arguments) {
+  const StartedRuleBase started;
+  const Shared<Counts> counts(arguments.at(0));
+  while (!counts->begin) std::this_thread::yield();
+  for (int i = 0; i < 2000; ++i) {
+    if (lockMutex() != 1) return 1;
+    counts->counter = counts->counter + 1;
+    if (unlockMutex() == 0) return 2;
+  }
+  return 0;
+});
+
 TEST_F(Lock, excludes_processes) {
-  struct Counts {
-    std::atomic<bool> begin;
-    volatile int counter;
-  };
-  Shared<Counts> counts;
-  std::vector<pid_t> children;
+  const Shared<Counts> counts;
+  std::vector<ChildProcess> children;
   for (int c = 0; c < 5; ++c) {
-    children.push_back(startChild([&] {
-      while (!counts->begin) std::this_thread::yield();
-      for (int i = 0; i < 2000; ++i) {
-        if (lockMutex() != 1) return 1;
-        counts->counter = counts->counter + 1;
-        if (unlockMutex() == 0) return 2;
-      }
-      return 0;
-    }));
+    children.push_back(ChildProcess::start(kCounting.name, {counts.name()}));
   }
   counts->begin = true;
-  for (const pid_t child : children) EXPECT_EQ(resultOf(child), 0);
+  for (ChildProcess& child : children) EXPECT_EQ(child.result(), 0);
   EXPECT_EQ(counts->counter, 10000);
 }
 
+struct Steps {
+  std::atomic<bool> ready;
+  std::atomic<bool> entered;
+};
+
+const ChildBody kEntering("enters_the_lock", [](const std::vector<std::string>& arguments) {
+  const StartedRuleBase started;
+  const Shared<Steps> steps(arguments.at(0));
+  steps->ready = true;
+  if (lockMutex() != 1) return 1;
+  steps->entered = true;
+  return unlockMutex() != 0 ? 0 : 2;
+});
+
 TEST_F(Lock, excludes_a_process_that_started_on_its_own) {
   EXPECT_EQ(lockMutex(), 1);
-  Shared<std::atomic<int>> entered;
-  const pid_t child = startChild([&] {
-    ruleBase = RuleBase();
-    if (startProcess() != 1 || lockMutex() != 1) return 1;
-    *entered = 1;
-    unlockMutex();
-    endProcess();
-    return 0;
-  });
+  const Shared<Steps> steps;
+  ChildProcess child = ChildProcess::start(kEntering.name, {steps.name()});
+  EXPECT_TRUE(waitUntil([&] { return steps->ready.load(); }));
   std::this_thread::sleep_for(kAWhile);
-  EXPECT_EQ(*entered, 0);
+  EXPECT_FALSE(steps->entered);
   EXPECT_NE(unlockMutex(), 0);
-  EXPECT_EQ(resultOf(child), 0);
-  EXPECT_EQ(*entered, 1);
+  EXPECT_EQ(child.result(), 0);
+  EXPECT_TRUE(steps->entered);
+}
+
+// Takes the lock so many times, and never comes back.
+const ChildBody kHolding("holds_the_lock", [](const std::vector<std::string>& arguments) {
+  const StartedRuleBase started;
+  const Shared<std::atomic<bool>> taken(arguments.at(0));
+  for (int i = 0; i < std::stoi(arguments.at(1)); ++i) {
+    if (lockMutex() != 1) return 1;
+  }
+  *taken = true;
+  for (;;) std::this_thread::sleep_for(kLong);
+});
+
+// A process that holds the lock until it is killed.
+ChildProcess startHolder(int times) {
+  const Shared<std::atomic<bool>> taken;
+  ChildProcess holder = ChildProcess::start(kHolding.name, {taken.name(), std::to_string(times)});
+  EXPECT_TRUE(waitUntil([&] { return taken->load(); }));
+  return holder;
 }
 
 TEST_F(Lock, gives_0_once_and_is_held_after_its_holding_thread_ended) {
@@ -164,16 +199,9 @@ TEST_F(Lock, gives_0_once_and_is_held_after_its_holding_thread_ended) {
 
 TEST_F(Lock, gives_0_once_and_is_held_after_its_holding_process_was_killed) {
   for (int round = 0; round < 5; ++round) {
-    Shared<std::atomic<int>> taken;
-    const pid_t child = startChild([&] {
-      if (lockMutex() != 1) return 1;
-      if (round > 2 && lockMutex() != 1) return 1;  // twice
-      *taken = 1;
-      for (;;) pause();
-    });
-    ASSERT_TRUE(waitUntil([&] { return *taken == 1; }));
-    kill(child, SIGKILL);
-    EXPECT_EQ(resultOf(child), -1);
+    ChildProcess holder = startHolder(round > 2 ? 2 : 1);
+    holder.kill();
+    EXPECT_EQ(holder.result(), -1);
     EXPECT_EQ(lockMutex(), 0);
     EXPECT_EQ(lockMutex(), 1);
     EXPECT_NE(unlockMutex(), 0);
@@ -182,13 +210,7 @@ TEST_F(Lock, gives_0_once_and_is_held_after_its_holding_process_was_killed) {
 }
 
 TEST_F(Lock, wakes_one_waiter_with_0_when_the_holder_is_killed) {
-  Shared<std::atomic<int>> taken;
-  const pid_t child = startChild([&] {
-    if (lockMutex() != 1) return 1;
-    *taken = 1;
-    for (;;) pause();
-  });
-  ASSERT_TRUE(waitUntil([&] { return *taken == 1; }));
+  ChildProcess holder = startHolder(1);
   std::atomic<int> abandoned = 0;
   std::atomic<int> acquired = 0;
   std::vector<std::thread> waiters;
@@ -200,11 +222,11 @@ TEST_F(Lock, wakes_one_waiter_with_0_when_the_holder_is_killed) {
   }
   std::this_thread::sleep_for(kAWhile);
   EXPECT_EQ(acquired + abandoned, 0);
-  kill(child, SIGKILL);
+  holder.kill();
   for (std::thread& waiter : waiters) waiter.join();
   EXPECT_EQ(abandoned, 1);
   EXPECT_EQ(acquired, 3);
-  EXPECT_EQ(resultOf(child), -1);
+  EXPECT_EQ(holder.result(), -1);
 }
 
 TEST_F(Lock, keeps_others_from_filling_a_table) {

@@ -1,34 +1,11 @@
 #include "tests/rules/support.h"
 
-#include <sched.h>
-#include <sys/mount.h>
-
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <thread>
 
 #include "ksv_cconv.h"
 
 namespace ksv::test {
-namespace {
-
-// The named lock belongs to the user. These tests kill its holders, so they take
-// one of their own where the system lets them: a /dev/shm that nobody else sees.
-class OwnLock : public testing::Environment {
- public:
-  void SetUp() override {
-    if (geteuid() != 0 || unshare(CLONE_NEWNS) != 0) return;
-    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return;
-    // Without it the tests run all the same, beside whoever else uses the lock.
-    if (mount("ksv_tests", "/dev/shm", "tmpfs", 0, "mode=1777") != 0) return;
-  }
-};
-
-const testing::Environment* const kOwnLock = testing::AddGlobalTestEnvironment(new OwnLock);
-
-}  // namespace
-
 std::string encode(const TextForm& form, std::u32string_view units) {
   std::string bytes;
   for (const char32_t unit : units) {
@@ -70,9 +47,17 @@ std::string asciiOf(const RuleText& text) {
   return ascii;
 }
 
-RuleBaseTest::RuleBaseTest() { EXPECT_EQ(startProcess(), 1); }
+std::set<std::string> CharsetDirectory::names() const {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(pathOf(path("")))) {
+    names.insert(textOf(entry.path().filename()));
+  }
+  return names;
+}
 
-RuleBaseTest::~RuleBaseTest() { endProcess(); }
+StartedRuleBase::StartedRuleBase() { EXPECT_EQ(startProcess(), 1); }
+
+StartedRuleBase::~StartedRuleBase() { endProcess(); }
 
 std::string entity(const std::string& name, const std::string& file) {
   return "<!ENTITY " + name + " SYSTEM \"" + file + "\">\r\n";
@@ -137,27 +122,6 @@ bool mapsAll(const CodeTable& table, const Pairs& pairs) {
 uint32_t testSeed() {
   const char* seed = getenv("KSV_TEST_SEED");
   return seed != nullptr ? static_cast<uint32_t>(std::strtoul(seed, nullptr, 0)) : 20240229;
-}
-
-pid_t startChild(const std::function<int()>& body) {
-  const pid_t child = fork();
-  if (child == 0) _exit(body());
-  return child;
-}
-
-int resultOf(pid_t child) {
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-bool waitUntil(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return true;
 }
 
 }  // namespace ksv::test

@@ -1,17 +1,13 @@
 // What the tests of the rule base have in common: charset directories of their
-// own, rule files and tables in every encoding, and processes that share memory.
+// own, and rule files and tables in every encoding.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <new>
 #include <random>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -75,6 +71,8 @@ class CharsetDirectory {
   }
   std::string read(const std::string& name) const { return readFile(path(name)); }
   bool has(const std::string& name) const { return exists(path(name)); }
+  // All names in it, spelled as they are there.
+  std::set<std::string> names() const;
 
  private:
   TempDirectory temporary_;
@@ -87,10 +85,18 @@ class CharsetDirectoryTest : public testing::Test {
   CharsetDirectory directory_;
 };
 
+// The rule base from its start to its end.
+class StartedRuleBase {
+ public:
+  StartedRuleBase();
+  ~StartedRuleBase();
+  StartedRuleBase(const StartedRuleBase&) = delete;
+  StartedRuleBase& operator=(const StartedRuleBase&) = delete;
+};
+
 class RuleBaseTest : public CharsetDirectoryTest {
- protected:
-  RuleBaseTest();
-  ~RuleBaseTest() override;
+ private:
+  StartedRuleBase started_;
 };
 
 // An entity declaration, and a document type declaration of several.
@@ -117,30 +123,5 @@ bool mapsAll(const CodeTable& table, const Pairs& pairs);
 
 // The seed of the random tests: KSV_TEST_SEED, else a fixed number.
 uint32_t testSeed();
-
-// An object that forked processes share.
-template <typename Value>
-class Shared {
- public:
-  Shared()
-      : value_(new (mmap(nullptr, sizeof(Value), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                         -1, 0)) Value()) {}
-  ~Shared() { munmap(value_, sizeof(Value)); }
-  Shared(const Shared&) = delete;
-  Shared& operator=(const Shared&) = delete;
-  Value& operator*() const { return *value_; }
-  Value* operator->() const { return value_; }
-
- private:
-  Value* value_;
-};
-
-// Forks a process that runs body and leaves with its result.
-pid_t startChild(const std::function<int()>& body);
-// Its exit status, -1 when a signal ended it.
-int resultOf(pid_t child);
-
-// Waits until condition holds; false after ten seconds.
-bool waitUntil(const std::function<bool()>& condition);
 
 }  // namespace ksv::test

@@ -1,0 +1,201 @@
+// Files and directories of Windows.
+#include <windows.h>
+
+#include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <memory>
+#include <new>
+
+#include "common/guard.h"
+#include "common/handle_windows.h"
+#include "common/platform.h"
+#include "common/wide_text_windows.h"
+#include "ksv_file.h"
+
+namespace ksv::platform {
+namespace {
+
+constexpr uint32_t kCharacterDevice = 0x2000;
+constexpr uint32_t kPipe = 0x1000;
+constexpr uint32_t kReadable = 0444;
+constexpr uint32_t kWritable = 0222;
+constexpr uint32_t kExecutable = 0111;
+
+class Search {
+ public:
+  explicit Search(const wchar_t* pattern) : handle_(FindFirstFileW(pattern, &found_)) {}
+  ~Search() {
+    if (*this) FindClose(handle_);
+  }
+  Search(const Search&) = delete;
+  Search& operator=(const Search&) = delete;
+
+  explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
+  const wchar_t* name() const { return found_.cFileName; }
+  bool next() { return FindNextFileW(handle_, &found_) != 0; }
+
+ private:
+  WIN32_FIND_DATAW found_;
+  const HANDLE handle_;
+};
+
+int64_t secondsSince1970(const FILETIME& time) {
+  constexpr int64_t kTicksPerSecond = 10'000'000;
+  constexpr int64_t kSecondsFrom1601To1970 = 11'644'473'600;
+  const auto ticks = static_cast<int64_t>(uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
+  return ticks / kTicksPerSecond - kSecondsFrom1601To1970;
+}
+
+bool isProgram(const wchar_t* path) {
+  const size_t length = std::wcslen(path);
+  if (length < 4) return false;
+  for (const wchar_t* extension : {L".exe", L".com", L".bat", L".cmd"}) {
+    if (_wcsicmp(path + length - 4, extension) == 0) return true;
+  }
+  return false;
+}
+
+uint32_t modeOf(DWORD attributes, const wchar_t* path) {
+  const bool isDirectory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  uint32_t mode = kReadable | (isDirectory ? kDirectory : kRegularFile);
+  if ((attributes & FILE_ATTRIBUTE_READONLY) == 0) mode |= kWritable;
+  if (isDirectory || isProgram(path)) mode |= kExecutable;
+  return mode;
+}
+
+// The drive as the C runtime numbers them: A: is 0, as is what has no letter.
+uint32_t driveNumber(const wchar_t* path) {
+  wchar_t absolute[KSV_PATH_UNITS];
+  const DWORD length = GetFullPathNameW(path, KSV_PATH_UNITS, absolute, nullptr);
+  if (length < 2 || length >= KSV_PATH_UNITS || absolute[1] != L':') return 0;
+  return static_cast<uint32_t>((absolute[0] | 0x20) - L'a');
+}
+
+// What stands at path, a device included: the system knows those by name.
+bool statusOf(const char* path, DWORD flags, FileStatus& status) {
+  const WideText wide(path);
+  if (!wide) return false;
+  const Handle file(CreateFileW(wide.get(), FILE_READ_ATTRIBUTES,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr));
+  if (!file) return false;
+  status = {};
+  status.links = 1;
+  const DWORD type = GetFileType(file.get());
+  if (type != FILE_TYPE_DISK) {
+    status.mode = kReadable | kWritable | (type == FILE_TYPE_PIPE ? kPipe : kCharacterDevice);
+    return true;
+  }
+  BY_HANDLE_FILE_INFORMATION system;
+  if (!GetFileInformationByHandle(file.get(), &system)) return false;
+  status.device = status.specialDevice = driveNumber(wide.get());
+  status.mode = modeOf(system.dwFileAttributes, wide.get());
+  status.links = system.nNumberOfLinks;
+  status.size = static_cast<int64_t>(uint64_t{system.nFileSizeHigh} << 32 | system.nFileSizeLow);
+  status.accessTime = secondsSince1970(system.ftLastAccessTime);
+  status.writeTime = secondsSince1970(system.ftLastWriteTime);
+  status.changeTime = secondsSince1970(system.ftCreationTime);
+  return true;
+}
+
+}  // namespace
+
+// The C runtime may end the process over a mode that begins otherwise.
+std::FILE* openFile(const char* path, const char* mode) {
+  if (mode[0] == '\0' || std::strchr("rwa", mode[0]) == nullptr) return nullptr;
+  const WideText widePath(path);
+  const WideText wideMode(mode);
+  return widePath && wideMode ? _wfopen(widePath.get(), wideMode.get()) : nullptr;
+}
+
+int seekFile(std::FILE* stream, int64_t offset, int origin) {
+  return _fseeki64(stream, offset, origin);
+}
+
+int64_t tellFile(std::FILE* stream) { return _ftelli64(stream); }
+
+// By way of memory: the compiler's own vfprintf counts what the stream refused.
+int printTo(std::FILE* stream, const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  if (length < 0) return length;
+  const size_t count = static_cast<size_t>(length);
+  const std::unique_ptr<char[]> text(new (std::nothrow) char[count + 1]);
+  if (!text || std::vsnprintf(text.get(), count + 1, format, arguments) != length) return -1;
+  return std::fwrite(text.get(), 1, count, stream) == count ? length : -1;
+}
+
+bool fileStatus(const char* path, FileStatus& status) { return statusOf(path, 0, status); }
+
+bool entryStatus(const char* path, FileStatus& status) {
+  return statusOf(path, FILE_FLAG_OPEN_REPARSE_POINT, status);
+}
+
+bool removeFile(const char* path) {
+  const WideText wide(path);
+  return wide && DeleteFileW(wide.get());
+}
+
+bool makeDirectory(const char* path) {
+  const WideText wide(path);
+  return wide && CreateDirectoryW(wide.get(), nullptr);
+}
+
+bool removeDirectory(const char* path) {
+  const WideText wide(path);
+  return wide && RemoveDirectoryW(wide.get());
+}
+
+std::optional<std::string> entryName(const std::string& directory, const std::string& name) {
+  const std::string path = directory + name;
+  FileStatus status;
+  if (!entryStatus(path.c_str(), status)) return std::nullopt;
+  // The system would give the name of the directory that these stand for.
+  if (name == "." || name == "..") return name;
+  const WideText wide(path.c_str());
+  if (!wide) return std::nullopt;
+  const Search search(wide.get());
+  return search ? narrowText(search.name()) : std::nullopt;
+}
+
+// A name that is no UTF-16 cannot be told in UTF-8 and is left out.
+std::optional<std::vector<std::string>> directoryNames(const char* path) {
+  std::string pattern = path;
+  if (!pattern.ends_with('/') && !pattern.ends_with('\\') && !pattern.ends_with(':')) {
+    pattern.push_back(pathSeparator());
+  }
+  const WideText wide(pattern.append("*").c_str());
+  if (!wide) return std::nullopt;
+  std::vector<std::string> names;
+  Search search(wide.get());
+  // The root of an empty drive has not even "." in it.
+  if (!search && GetLastError() == ERROR_FILE_NOT_FOUND) return names;
+  if (!search) return std::nullopt;
+  do {
+    if (auto name = narrowText(search.name())) names.push_back(std::move(*name));
+  } while (search.next());
+  return names;
+}
+
+// The directory is told as the caller writes it, whatever separators it has.
+std::optional<std::string> createUniqueFile(const std::string& directory, const char* prefix) {
+  const WideText wideDirectory(directory.c_str());
+  const WideText widePrefix(prefix);
+  constexpr size_t kLongestDirectory = MAX_PATH - 14;
+  wchar_t path[MAX_PATH];
+  if (!wideDirectory || !widePrefix || std::wcslen(wideDirectory.get()) > kLongestDirectory ||
+      GetTempFileNameW(wideDirectory.get(), widePrefix.get(), 0, path) == 0) {
+    return std::nullopt;
+  }
+  auto created = guarded(std::optional<std::string>(), [&]() -> std::optional<std::string> {
+    const std::optional<std::string> name = narrowText(std::wcsrchr(path, L'\\') + 1);
+    return name ? std::optional<std::string>(directory + *name) : std::nullopt;
+  });
+  if (!created) DeleteFileW(path);
+  return created;
+}
+
+}  // namespace ksv::platform

@@ -1,0 +1,67 @@
+// Bound to POSIX: names are bytes, their case counts, '\\' may be part of one, and
+// links need no privilege.
+#include <sys/stat.h>
+
+#include "tests/common/directory_listing.h"
+
+using ksv::test::Directory;
+using ksv::test::list;
+using ksv::test::Names;
+using ksv::test::writeFile;
+
+TEST_F(Directory, regards_the_case_of_names) {
+  writeFile("B.XML", "");
+  EXPECT_EQ(list("*.XML"), (Names{"B.XML"}));
+  EXPECT_EQ(list("b.*"), (Names{"b.xml"}));
+  EXPECT_EQ(list("A.xml"), Names());
+}
+
+TEST_F(Directory, prefers_a_directory_whose_name_has_a_backslash) {
+  std::filesystem::create_directories("x\\y");
+  std::filesystem::create_directories("x/y");
+  writeFile("x\\y/one", "");
+  writeFile("x/y/two", "");
+  EXPECT_EQ(list("x\\y/*e"), (Names{"one"}));
+  EXPECT_EQ(list("x/y/t*"), (Names{"two"}));
+}
+
+TEST_F(Directory, lists_the_root) {
+  EXPECT_EQ(list("/tmp"), (Names{"tmp"}));
+  EXPECT_EQ(list("\\tm*"), (Names{"tmp"}));
+}
+
+TEST_F(Directory, lists_names_of_any_bytes) {
+  writeFile("\x82\xA0.sjis", "");
+  EXPECT_EQ(list("??.sjis"), (Names{"\x82\xA0.sjis"}));
+  EXPECT_EQ(list("\x82*"), (Names{"\x82\xA0.sjis"}));
+}
+
+TEST_F(Directory, lists_dangling_links) {
+  std::filesystem::create_symlink("nowhere", "dangling");
+  EXPECT_EQ(list("dang*"), (Names{"dangling"}));
+  EXPECT_EQ(list("dangling"), (Names{"dangling"}));
+}
+
+TEST_F(Directory, holds_the_longest_names) {
+  const std::string name(255, 'n');
+  writeFile(name, "");
+  EXPECT_EQ(list("nnn*"), (Names{name}));
+}
+
+TEST_F(Directory, refuses_no_pattern_when_listing) {
+  writeFile("\x82\xA0", "");
+  EXPECT_EQ(list("\x82\xA0"), (Names{"\x82\xA0"}));
+  const std::string tooLong = "." + std::string(776, '/') + "a.*";
+  EXPECT_EQ(list(tooLong), (Names{"a.xml"}));
+}
+
+TEST_F(Directory, gives_the_times_of_the_system) {
+  struct stat wanted;
+  ASSERT_EQ(stat("a.xml", &wanted), 0);
+  KsvDirectoryListing listing;
+  ASSERT_EQ(KSV_ASC_opendir("a.xml", &listing), 1);
+  EXPECT_EQ(listing.timeWrite, wanted.st_mtime);
+  EXPECT_EQ(listing.timeAccess, wanted.st_atime);
+  EXPECT_EQ(listing.timeCreate, wanted.st_ctime);
+  KSV_ASC_closedir(&listing);
+}

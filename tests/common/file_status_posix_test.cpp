@@ -1,0 +1,71 @@
+// Bound to POSIX: fifos, sockets and links, names of any bytes, and a status that
+// the system itself gives.
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "ksv_file.h"
+#include "ksv_path.h"
+#include "tests/common/support.h"
+
+using ksv::test::TempDirectory;
+using ksv::test::writeFile;
+
+TEST(FileTypes, call_a_socket_a_pipe_and_a_device_neither) {
+  TempDirectory directory;
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  std::strcpy(address.sun_path, "socket");
+  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  for (const char* path : {"pipe", "socket", "/dev/null"}) {
+    EXPECT_EQ(KSV_IsFile(path), 0) << path;
+    EXPECT_EQ(KSV_IsDirectory(path), 0) << path;
+    EXPECT_EQ(KSV_IsExist(path), 1) << path;
+  }
+  close(listener);
+}
+
+TEST(FileTypes, follow_links) {
+  TempDirectory directory;
+  writeFile("f", "");
+  std::filesystem::create_symlink("f", "good");
+  std::filesystem::create_symlink("missing", "dangling");
+  EXPECT_EQ(KSV_IsFile("good"), 1);
+  EXPECT_EQ(KSV_IsExist("dangling"), 0);
+}
+
+TEST(FileTypes, take_any_ansi_bytes) {
+  TempDirectory directory;
+  writeFile("\x82\xA0", "");
+  EXPECT_EQ(KSV_IsFileA("\x82\xA0"), 1);
+  const std::string tooLong = "." + std::string(779, '/');
+  EXPECT_EQ(KSV_IsDirectoryA(tooLong.c_str()), 1);
+}
+
+TEST(Stat, gives_each_field_of_the_system) {
+  TempDirectory directory;
+  writeFile("日本", "12345");
+  std::filesystem::create_hard_link("日本", "second");
+  struct stat wanted;
+  ASSERT_EQ(stat("日本", &wanted), 0);
+  KsvStat got;
+  std::memset(&got, 0xEE, sizeof got);
+  ASSERT_EQ(KSV_STAT("日本", &got), 0);
+  EXPECT_EQ(got.dev, static_cast<uint32_t>(wanted.st_dev));
+  EXPECT_EQ(got.ino, static_cast<uint16_t>(wanted.st_ino));
+  EXPECT_EQ(got.mode, wanted.st_mode);
+  EXPECT_EQ(got.mode & 0xF000, 0x8000);
+  EXPECT_EQ(got.nlink, 2);
+  EXPECT_EQ(got.uid, static_cast<int16_t>(wanted.st_uid));
+  EXPECT_EQ(got.gid, static_cast<int16_t>(wanted.st_gid));
+  EXPECT_EQ(got.rdev, static_cast<uint32_t>(wanted.st_rdev));
+  EXPECT_EQ(got.size, 5);
+  EXPECT_EQ(got.atime, wanted.st_atime);
+  EXPECT_EQ(got.mtime, wanted.st_mtime);
+  EXPECT_EQ(got.ctime, wanted.st_ctime);
+}

@@ -1,0 +1,17 @@
+// Bound to POSIX systems, whose libraries list their initialisers in a table; on
+// Windows the run-time library keeps such a list of its own and in no known place.
+#include <gtest/gtest.h>
+
+#include "tests/exports/library_image.h"
+
+namespace ksv_exports {
+namespace {
+
+TEST(Exports, come_from_a_library_without_static_initialisers) {
+  if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "the sanitizers add their own";
+  // The one is the compiler's, for registering frames.
+  EXPECT_LE(readLibraryImage(KSV_LIBRARY).initialisers, 1u);
+}
+
+}  // namespace
+}  // namespace ksv_exports

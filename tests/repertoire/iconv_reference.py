@@ -1,0 +1,89 @@
+#!/usr/bin/env python3
+"""Writes what the C library's iconv makes of every byte sequence and every character.
+
+For the tests on systems without iconv: the machine that builds them has one.
+"""
+
+from __future__ import annotations
+
+import ctypes
+from itertools import chain
+
+import reference_answers
+
+LIBRARY = ctypes.CDLL(None, use_errno=True)
+FAILED = ctypes.c_size_t(-1).value
+UCS4 = "UCS-4BE"
+
+LIBRARY.iconv_open.restype = ctypes.c_void_p
+LIBRARY.iconv_open.argtypes = [ctypes.c_char_p, ctypes.c_char_p]
+LIBRARY.iconv.restype = ctypes.c_size_t
+LIBRARY.iconv.argtypes = [ctypes.c_void_p, ctypes.c_void_p, ctypes.c_void_p, ctypes.c_void_p,
+                          ctypes.c_void_p]
+
+
+class Converter:
+    """Whole short texts from one charset to another."""
+
+    def __init__(self, target: str, source: str) -> None:
+        self.descriptor = LIBRARY.iconv_open(target.encode(), source.encode())
+        if self.descriptor in (None, FAILED):
+            raise SystemExit(f"iconv does not convert {source} to {target}")
+        self.input = ctypes.create_string_buffer(64)
+        self.output = ctypes.create_string_buffer(64)
+        # The places and sizes that iconv moves on.
+        self.state = (ctypes.c_size_t * 4)()
+        base = ctypes.addressof(self.state)
+        self.places = [base + i * ctypes.sizeof(ctypes.c_size_t) for i in range(4)]
+        self.begin = [ctypes.addressof(self.input), 0, ctypes.addressof(self.output),
+                      len(self.output)]
+
+    def convert(self, text: bytes) -> bytes | None:
+        """The text, or nothing if any of it is refused."""
+        ctypes.memmove(self.input, text, len(text))
+        self.state[:] = self.begin
+        self.state[1] = len(text)
+        LIBRARY.iconv(self.descriptor, None, None, None, None)
+        if LIBRARY.iconv(self.descriptor, *self.places) == FAILED or self.state[1] != 0:
+            return None
+        if LIBRARY.iconv(self.descriptor, None, None, *self.places[2:]) == FAILED:
+            return None
+        return self.output.raw[:len(self.output) - self.state[3]]
+
+
+def decoder(charset: str) -> reference_answers.Decoder:
+    """The text of a byte sequence, or nothing."""
+    converter = Converter(UCS4, charset)
+
+    def decode(sequence: bytes) -> str | None:
+        text = converter.convert(sequence)
+        return None if text is None else text.decode("utf-32-be")
+
+    return decode
+
+
+def encoder(charset: str) -> reference_answers.Encoder:
+    """The bytes of a character, or nothing; some are dropped without a word."""
+    converter = Converter(charset, UCS4)
+
+    def encode(character: int) -> bytes | None:
+        if 0xD800 <= character <= 0xDFFF:
+            return None
+        return converter.convert(character.to_bytes(4, "big")) or None
+
+    return encode
+
+
+def main() -> None:
+    """Writes one file."""
+    parser = reference_answers.arguments(__doc__)
+    parser.add_argument("--only-encode", action="store_true",
+                        help="a charset whose codes are not of one or two bytes")
+    arguments = parser.parse_args()
+    codes = () if arguments.only_encode else reference_answers.decoded(decoder(arguments.codec))
+    reference_answers.write(
+        arguments.output, chain(codes, reference_answers.encoded(encoder(arguments.codec))))
+
+
+if __name__ == "__main__":
+    main()
