@@ -61,6 +61,10 @@ const ChildBody interrupted("interrupted", runAndInterrupt);
 
 class WindowsConsole : public CommandTest {
  protected:
+  // Wine makes its desktop for the first process that asks for it. Where that is the
+  // pseudo console, which asks while it translates a key, the key never arrives.
+  static void SetUpTestSuite() { ::GetDesktopWindow(); }
+
   struct Session {
     DWORD status = 0;
     std::string seen;
