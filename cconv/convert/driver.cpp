@@ -160,6 +160,8 @@ void encodeStep(ConverterRecord& record, CodecFunction encode, const CharacterSt
   encode(record);
   if (record.status == KSV_STATUS_UNMAPPABLE && record.options.replaceUnmappable != 0) {
     replaceCharacter(record);
+    // Looked at once more, since the mapping may have found that it is a line separator.
+    if (record.options.convertNewlines != 0) rewriteLineEnd(record);
     encode(record);
   }
   if (record.status == KSV_STATUS_FULL) {

@@ -8,6 +8,9 @@ add_executable(differential_tests
   ${CMAKE_CURRENT_LIST_DIR}/reference/decoders.cpp
   ${CMAKE_CURRENT_LIST_DIR}/reference/driver.cpp
   ${CMAKE_CURRENT_LIST_DIR}/reference/encoders.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/euc_jp.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/iso_2022_jp.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/reference/oasys.cpp
   ${CMAKE_CURRENT_LIST_DIR}/reference/pre_conversion.cpp
   ${CMAKE_CURRENT_LIST_DIR}/reference/rule_directory.cpp
   ${CMAKE_CURRENT_LIST_DIR}/reference/rules.cpp

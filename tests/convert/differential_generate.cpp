@@ -31,18 +31,21 @@ const std::vector<uint32_t> kSpecials = {
     0x80000000, 0xFFFFFFFF};
 
 const std::vector<std::string> kSubsetNames = {
-    "ISO-646irv", "JIS_X0201Latin", "JIS_X0201Kana", "JIS_X0208-1990", "NEC_ExtSet",
-    "IBM_ExtSet", "NECIBM_ExtSet",  "JIS_X0213",     "Windows31J-usr", "JIS_X0212-1990",
-    "Alpha-Set",  "Beta-Set",       "Gamma",         "delta.4",        "KoreanKSC"};
+    "ISO-646irv",     "JIS_X0201Latin", "JIS_X0201Kana", "JIS_X0208-1990", "NEC_ExtSet",
+    "IBM_ExtSet",     "NECIBM_ExtSet",  "JIS_X0213",     "Windows31J-usr", "JIS_X0212-1990",
+    "Alpha-Set",      "Beta-Set",       "Gamma",         "delta.4",        "KoreanKSC",
+    "JIS_C6226-1978", "OASYS_ExtSet"};
 
 const std::vector<std::string> kCharsetNames = {
-    "Shift_JIS",    "ISO-10646-UCS-2", "UTF-16",  "UTF-8", "EUC-JP",    "EUC-JP-FIX",
-    "ISO-2022-JP",  "Shift_JIS-2004",  "GB18030", "Quay",  "Harbour-1", "Mole",
-    "EUC-JIS-2004", "Pier-Nine"};
+    "Shift_JIS",    "ISO-10646-UCS-2",  "UTF-16",   "UTF-8", "EUC-JP",    "EUC-JP-FIX",
+    "ISO-2022-JP",  "Shift_JIS-2004",   "GB18030",  "Quay",  "Harbour-1", "Mole",
+    "EUC-JIS-2004", "ISO-2022-JP-2004", "Pier-Nine"};
 
-const std::vector<std::string> kCodecs = {
-    "SAME",   "Shift_JIS", "Shift_JIS-2004", "WINDOWS31J", "ISO-10646-UCS-2", "ISO-10646-UCS-4",
-    "UTF-16", "UTF-8"};
+const std::vector<std::string> kUnicodeCodecs = {"ISO-10646-UCS-2", "ISO-10646-UCS-4", "UTF-16",
+                                                 "UTF-8"};
+const std::vector<std::string> kByteCodecs = {
+    "SAME",       "Shift_JIS",   "Shift_JIS-2004",   "WINDOWS31J", "EUC-JP",      "EUC-JIS-2004",
+    "EUC-JP-FIX", "ISO-2022-JP", "ISO-2022-JP-2004", "OASYS_WIN",  "OASYS_ONLINE"};
 
 uint32_t randomCharacter(Random& random) {
   const uint32_t kind = random.below(100);
@@ -131,6 +134,25 @@ class RuleMaker {
               {"Windows31J-usr", 2}});
     addFixed("Shift_JIS-2004", "Shift_JIS-2004", 50,
              {{"JIS_X0201Latin", 1}, {"JIS_X0201Kana", 1}, {"JIS_X0213", 3}});
+    addFixed(
+        "EUC-JP", "EUC-JP", 50,
+        {{"ISO-646irv", 1}, {"JIS_X0208-1990", 2}, {"JIS_X0201Kana", 1}, {"JIS_X0212-1990", 2}});
+    addFixed("EUC-JIS-2004", "EUC-JIS-2004", 40,
+             {{"ISO-646irv", 1}, {"JIS_X0201Kana", 1}, {"JIS_X0213", 3}});
+    addFixed(
+        "EUC-JP-FIX", "EUC-JP-FIX", 40,
+        {{"ISO-646irv", 2}, {"JIS_X0208-1990", 2}, {"JIS_X0201Kana", 2}, {"JIS_X0212-1990", 2}});
+    addFixed("ISO-2022-JP", "ISO-2022-JP", 50,
+             {{"ISO-646irv", 1},
+              {"JIS_X0201Latin", 1},
+              {"JIS_X0201Kana", 1},
+              {"JIS_C6226-1978", 2},
+              {"JIS_X0208-1990", 2}});
+    addFixed("ISO-2022-JP-2004", "ISO-2022-JP-2004", 40,
+             {{"ISO-646irv", 1}, {"JIS_X0208-1990", 2}, {"JIS_X0213", 2}});
+    addFixed(
+        "OASYS_ONLINE", "OASYS_ONLINE", 40,
+        {{"JIS_X0201Latin", 2}, {"JIS_X0201Kana", 2}, {"JIS_C6226-1978", 2}, {"OASYS_ExtSet", 2}});
     addFixed("ISO-10646-UCS-4", "ISO-10646-UCS-4", 70, {{"Everything", 4}});
     addFixed("ChineseGBK", "SAME", 60, {{"ISO-646irv", 1}, {"GBK-Set", 2}});
     const int32_t more = random_.between(4, 7);
@@ -226,9 +248,9 @@ class RuleMaker {
     CharsetFile charset;
     charset.name = random_.pick(kCharsetNames);
     const bool unicode = random_.percent(50);
-    const std::string codec = unicode ? kCodecs[4 + random_.below(4)] : random_.pick(kCodecs);
-    charset.construle = "const" + (random_.percent(80) ? codec : random_.pick(kCodecs));
-    charset.destrule = "dest" + (random_.percent(80) ? codec : random_.pick(kCodecs));
+    const std::string codec = unicode ? random_.pick(kUnicodeCodecs) : random_.pick(kByteCodecs);
+    charset.construle = "const" + (random_.percent(80) ? codec : anyCodec());
+    charset.destrule = "dest" + (random_.percent(80) ? codec : anyCodec());
     if (random_.percent(2)) charset.construle = "constNONE";
     if (random_.percent(2)) charset.destrule = "";
     const int32_t groups = random_.between(random_.percent(3) ? 0 : 1, 4);
@@ -237,6 +259,10 @@ class RuleMaker {
     }
     if (random_.percent(35)) charset.members.push_back(member(3, anySubset(50)));
     add(std::move(charset));
+  }
+
+  const std::string& anyCodec() {
+    return random_.pick(random_.percent(40) ? kUnicodeCodecs : kByteCodecs);
   }
 
   std::string anySubset(uint32_t tablePercent) {
@@ -420,9 +446,49 @@ class TextMaker {
     text_.push_back(static_cast<uint8_t>(pair->second));
   }
 
+  void bytes(std::initializer_list<uint32_t> values) {
+    for (uint32_t value : values) text_.push_back(static_cast<uint8_t>(value));
+  }
+
+  void euc(uint32_t code) {
+    if (code < 0x80) return bytes({code});
+    if (code < 0x100) return bytes({0x8E, code});
+    if (code > 0xFFFF || random_.percent(15)) bytes({0x8F});
+    bytes({code >> 8 | 0x80, code | 0x80});
+  }
+
+  void eucFix(uint32_t code) {
+    if (code < 0x100) return bytes({0, code});
+    bytes({code >> 8 | 0x80, random_.percent(70) ? code | 0x80 : code});
+  }
+
+  // Mostly with an escape sequence that designates some group in front.
+  void iso2022(uint32_t code) {
+    static const std::vector<std::string> kSingle = {"\x1B(B", "\x1B(J", "\x1B(I"};
+    static const std::vector<std::string> kPairs = {"\x1B$B", "\x1B$@", "\x1B$(Q", "\x1B$(P"};
+    const bool single = code < 0x100;
+    if (random_.percent(60)) append(random_.pick(single ? kSingle : kPairs));
+    if (random_.percent(wildness_ / 10)) append(random_.percent(50) ? "\x1B" : "\x1B$I");
+    if (single) return bytes({code});
+    bytes({code >> 8, code});
+  }
+
+  void oasysOnline(uint32_t code) {
+    if (random_.percent(20)) code |= 0x8000;
+    bytes({code >> 8, code});
+  }
+
   const std::string& rule() const { return charset_->destrule; }
 
   void put(uint32_t code, int width) {
+    if (rule() == "destEUC-JP" || rule() == "destEUC-JIS-2004") return euc(code);
+    if (rule() == "destEUC-JP-FIX") return eucFix(code);
+    if (rule().starts_with("destISO-2022-JP")) return iso2022(code);
+    if (rule() == "destOASYS_ONLINE") return oasysOnline(code);
+    if (rule() == "destOASYS_WIN" && code > 0xFF) {
+      const auto pair = shiftJisPairs(false).find(code & 0xFFFF);
+      return number(pair == shiftJisPairs(false).end() ? code : pair->second, width);
+    }
     if (rule() == "destUTF-8") return utf8(code);
     if (rule() == "destUTF-16") return utf16(code);
     if (rule() == "destISO-10646-UCS-4") return number(code, 4);

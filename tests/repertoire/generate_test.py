@@ -80,10 +80,15 @@ class GenerateTest(unittest.TestCase):
 
     def test_keeps_the_order_of_sources_and_limits_each_byte(self) -> None:
         self.subset("Plain", '{ pairs = ["41 0042"] }, '
-                    '{ codes = "20-32", bytes = ["21-22"], characters = "2000" }')
+                    '{ codes = "21-22", bytes = ["21-23"], characters = "2000" }')
         self.charset("Example", ["plain"])
         self.assertEqual(self.run_generator().returncode, 0)
         self.assertEqual(self.pairs("plain"), ["0041 0042", "0021 2000", "0022 2001"])
+
+    def test_refuses_a_range_whose_ends_are_not_codes(self) -> None:
+        self.subset("Plain", '{ codes = "20-22", bytes = ["21-23"], characters = "2000" }')
+        self.charset("Example", ["plain"])
+        self.assert_refused("20: byte 20 is outside its range")
 
     def test_counts_codes_whose_bytes_have_gaps_in_order(self) -> None:
         self.describe("rules/subsets/wide.toml",
@@ -139,7 +144,14 @@ class GenerateTest(unittest.TestCase):
         self.describe("rules/one_way/more.toml", 'table = [{ pairs = ["5C 00A5"] }]')
         self.subset("Other", '{ pairs = ["A5 00A5"] }')
         self.charset("Example", ["plain", "other"])
-        self.assert_refused("is never written")
+        self.assert_refused("come back as another character, or are listed and do not: ['00A5']")
+
+    def test_refuses_a_list_of_characters_not_read_back_that_is_too_long(self) -> None:
+        self.subset("Plain")
+        self.describe("rules/charsets/example.toml",
+                      CHARSET.format(name="Example", members=["plain"]) +
+                      'not_read_back = ["41"]\n')
+        self.assert_refused("or are listed and do not: ['0041']")
 
     def test_refuses_a_set_without_a_table_beside_others(self) -> None:
         self.subset("Plain")

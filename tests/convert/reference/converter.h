@@ -19,7 +19,13 @@ enum class Codec {
   kUcs2,
   kUcs4,
   kUtf16,
-  kUtf8
+  kUtf8,
+  kEucJp,
+  kEucJis2004,
+  kEucJpFix,
+  kIso2022Jp,
+  kOasysWin,
+  kOasysOnline
 };
 
 struct Replacement {

@@ -20,6 +20,13 @@ const CodecName kCodecs[] = {
     {"ISO-10646-UCS-4", Codec::kUcs4},
     {"UTF-16", Codec::kUtf16},
     {"UTF-8", Codec::kUtf8},
+    {"EUC-JP", Codec::kEucJp},
+    {"EUC-JP-FIX", Codec::kEucJpFix},
+    {"EUC-JIS-2004", Codec::kEucJis2004},
+    {"ISO-2022-JP", Codec::kIso2022Jp},
+    {"ISO-2022-JP-2004", Codec::kIso2022Jp},
+    {"OASYS_WIN", Codec::kOasysWin},
+    {"OASYS_ONLINE", Codec::kOasysOnline},
 };
 
 Charset* findCharset(Converter& c, const char* name) {

@@ -94,17 +94,6 @@ bool groupHoldsCode(const Subset& group, uint32_t code, uint32_t& unicode) {
   return isControlCode(code);
 }
 
-void takeCharacter(Converter& c, const Subset& group, uint32_t raw, uint32_t code,
-                   uint32_t unicode) {
-  c.decodedGroup = group.id;
-  c.decodedGroupType = group.kind;
-  c.rawCode = raw;
-  c.groupCode = code;
-  c.unicodeCode = unicode;
-  ++c.charactersRead;
-  c.status = KSV_STATUS_DECODED;
-}
-
 // A character of a Unicode form: where its bytes begin, and its value.
 struct Value {
   int32_t start = 0;
@@ -296,7 +285,18 @@ void refusePair(Converter& c) {
 
 }  // namespace
 
-void decodeRuleDriven(Converter& c) {
+void takeCharacter(Converter& c, const Subset& group, uint32_t raw, uint32_t code,
+                   uint32_t unicode) {
+  c.decodedGroup = group.id;
+  c.decodedGroupType = group.kind;
+  c.rawCode = raw;
+  c.groupCode = code;
+  c.unicodeCode = unicode;
+  ++c.charactersRead;
+  c.status = KSV_STATUS_DECODED;
+}
+
+void decodeByRules(Converter& c, uint32_t (*transform)(uint32_t)) {
   if (c.inputPosition >= c.inputLength) {
     c.status = KSV_STATUS_DONE;
     return;
@@ -309,12 +309,14 @@ void decodeRuleDriven(Converter& c) {
       incomplete = true;
       continue;
     }
-    if (width > largestRead) largestRead = width;
     const uint32_t number = readNumber(c, c.inputPosition, width);
+    const uint32_t code = transform != nullptr && number != 0 ? transform(number) : number;
+    if (number != 0 && code == 0) continue;
+    if (width > largestRead) largestRead = width;
     uint32_t unicode = 0;
-    if (!groupHoldsCode(*group, number, unicode)) continue;
+    if (!groupHoldsCode(*group, code, unicode)) continue;
     c.inputPosition += width;
-    takeCharacter(c, *group, number, number, unicode);
+    takeCharacter(c, *group, number, code, unicode);
     return;
   }
   if (incomplete) {
@@ -324,6 +326,8 @@ void decodeRuleDriven(Converter& c) {
   c.status = KSV_STATUS_INVALID;
   if (c.skipInvalid != 0) c.inputPosition += largestRead > 0 ? largestRead : 1;
 }
+
+void decodeRuleDriven(Converter& c) { decodeByRules(c, nullptr); }
 
 void decodeUcs2(Converter& c) {
   if (!readMark(c, 2, testUcs2Mark)) return;

@@ -111,6 +111,17 @@ void decode(Converter& c) {
       return decodeUtf16(c);
     case Codec::kUtf8:
       return decodeUtf8(c);
+    case Codec::kEucJp:
+    case Codec::kEucJis2004:
+      return decodeEuc(c);
+    case Codec::kEucJpFix:
+      return decodeEucJpFix(c);
+    case Codec::kIso2022Jp:
+      return decodeIso2022Jp(c);
+    case Codec::kOasysWin:
+      return decodeOasysWin(c);
+    case Codec::kOasysOnline:
+      return decodeOasysOnline(c);
     case Codec::kNone:
       return;
   }

@@ -121,9 +121,15 @@ bool writeUnit(Converter& c, uint32_t unit) {
   switch (c.targetEncoder) {
     case Codec::kShiftJis:
     case Codec::kWindows31j:
+    case Codec::kOasysWin:
       return writeTransformed(c, unit, jisToShiftJis(unit));
     case Codec::kShiftJis2004:
       return writeTransformed(c, unit, jisToShiftJis2004(unit));
+    case Codec::kEucJp:
+    case Codec::kEucJis2004:
+      return writeEucUnit(c, unit);
+    case Codec::kEucJpFix:
+      return writeEucFixUnit(c, unit);
     case Codec::kUcs2:
       return writeUcs2Unit(c, unit);
     case Codec::kUcs4:
@@ -214,6 +220,8 @@ void encode(Converter& c) {
     case Codec::kUtf16:
     case Codec::kUtf8:
       return encodeUnicode(c);
+    case Codec::kIso2022Jp:
+      return encodeIso2022Jp(c);
     default:
       if (mapCharacter(c)) writeCharacter(c);
   }

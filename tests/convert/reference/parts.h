@@ -20,6 +20,10 @@ std::vector<uint8_t> preConvertUtf7(const uint8_t* input, int32_t length, int32_
 std::vector<uint8_t> preConvertHz(const uint8_t* input, int32_t length, int32_t capacity,
                                   bool& fits);
 
+// Leaves the character that was read in the record, with status 11.
+void takeCharacter(Converter& c, const Subset& group, uint32_t raw, uint32_t code,
+                   uint32_t unicode);
+
 // Decoders: each reads one character and leaves its status.
 void decode(Converter& c);
 void decodeRuleDriven(Converter& c);
@@ -29,6 +33,14 @@ void decodeUtf16(Converter& c);
 void decodeUtf8(Converter& c);
 void decodeShiftJis(Converter& c);
 void decodeWindows31j(Converter& c);
+void decodeEuc(Converter& c);
+void decodeEucJpFix(Converter& c);
+void decodeIso2022Jp(Converter& c);
+void decodeOasysWin(Converter& c);
+void decodeOasysOnline(Converter& c);
+
+// transform: from the number read to the group code; null: none.
+void decodeByRules(Converter& c, uint32_t (*transform)(uint32_t));
 
 // Encoders: each maps and writes the current character and leaves its status.
 void encode(Converter& c);
@@ -36,6 +48,9 @@ void encode(Converter& c);
 bool mapCharacter(Converter& c);
 void writeCharacter(Converter& c);
 void encodeUnicode(Converter& c);
+void encodeIso2022Jp(Converter& c);
+bool writeEucUnit(Converter& c, uint32_t unit);
+bool writeEucFixUnit(Converter& c, uint32_t unit);
 bool writeUcs2Unit(Converter& c, uint32_t unit);
 bool writeUcs4Unit(Converter& c, uint32_t unit);
 bool writeUtf16Unit(Converter& c, uint32_t unit);
