@@ -60,6 +60,9 @@ ConversionResult Converter::convert(std::string_view input) {
   record_.inputPosition = 0;
   record_.inputLength = static_cast<int32_t>(input.size());
   record_.charactersRead = 0;
+  record_.decoderState = 2001;  // as a text begins: in ASCII, with nothing designated
+  record_.designatedGroup = 0;
+  record_.designatedPlane = 0;
   record_.output = buffer_.data();
   record_.outputPosition = 0;
   record_.outputCapacity = static_cast<int32_t>(buffer_.size());

@@ -13,6 +13,8 @@ namespace repertoire {
 
 // A line of a list is "direction code ours theirs reason", the key being direction and
 // code, the value ours and theirs. Empty lines and lines that begin with # say nothing.
+// "roundtrip 1B2440* 1B2442* * reason" is a line for all codes of a class: a star stands for
+// any end, the same one in all words that have something before it.
 using Differences = std::map<std::string, std::string>;
 
 // Where two repertoires of one charset differ: "decode 815C", "U+2015 U+2014".

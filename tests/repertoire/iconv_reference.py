@@ -29,8 +29,8 @@ class Converter:
         self.descriptor = LIBRARY.iconv_open(target.encode(), source.encode())
         if self.descriptor in (None, FAILED):
             raise SystemExit(f"iconv does not convert {source} to {target}")
-        self.input = ctypes.create_string_buffer(64)
-        self.output = ctypes.create_string_buffer(64)
+        self.input = ctypes.create_string_buffer(4 * 0x100)
+        self.output = ctypes.create_string_buffer(16 * 0x100)
         # The places and sizes that iconv moves on.
         self.state = (ctypes.c_size_t * 4)()
         base = ctypes.addressof(self.state)
@@ -38,12 +38,21 @@ class Converter:
         self.begin = [ctypes.addressof(self.input), 0, ctypes.addressof(self.output),
                       len(self.output)]
 
-    def convert(self, text: bytes) -> bytes | None:
-        """The text, or nothing if any of it is refused."""
+    def _start(self, text: bytes) -> None:
         ctypes.memmove(self.input, text, len(text))
         self.state[:] = self.begin
         self.state[1] = len(text)
         LIBRARY.iconv(self.descriptor, None, None, None, None)
+
+    def writes_any(self, text: bytes) -> bool:
+        """Whether anything of the text is converted, by a target that ignores the rest."""
+        self._start(text)
+        LIBRARY.iconv(self.descriptor, *self.places)
+        return self.state[3] != len(self.output)
+
+    def convert(self, text: bytes) -> bytes | None:
+        """The text, or nothing if any of it is refused."""
+        self._start(text)
         if LIBRARY.iconv(self.descriptor, *self.places) == FAILED or self.state[1] != 0:
             return None
         if LIBRARY.iconv(self.descriptor, None, None, *self.places[2:]) == FAILED:
@@ -67,22 +76,31 @@ def encoder(charset: str) -> reference_answers.Encoder:
     converter = Converter(charset, UCS4)
 
     def encode(character: int) -> bytes | None:
-        if 0xD800 <= character <= 0xDFFF:
-            return None
         return converter.convert(character.to_bytes(4, "big")) or None
 
     return encode
 
 
+def block_tester(charset: str) -> reference_answers.WritesAny:
+    """Whether any character of a block has a code."""
+    converter = Converter(f"{charset}//IGNORE", UCS4)
+
+    def writes_any(first: int, end: int) -> bool:
+        return converter.writes_any(
+            b"".join(character.to_bytes(4, "big") for character in range(first, end)))
+
+    return writes_any
+
+
 def main() -> None:
     """Writes one file."""
-    parser = reference_answers.arguments(__doc__)
-    parser.add_argument("--only-encode", action="store_true",
-                        help="a charset whose codes are not of one or two bytes")
-    arguments = parser.parse_args()
-    codes = () if arguments.only_encode else reference_answers.decoded(decoder(arguments.codec))
+    arguments = reference_answers.arguments(__doc__).parse_args()
+    codes = (() if arguments.shape == "unicode" else
+             reference_answers.decoded(decoder(arguments.codec), arguments.shape))
     reference_answers.write(
-        arguments.output, chain(codes, reference_answers.encoded(encoder(arguments.codec))))
+        arguments.output,
+        chain(codes, reference_answers.encoded(encoder(arguments.codec),
+                                               block_tester(arguments.codec))))
 
 
 if __name__ == "__main__":

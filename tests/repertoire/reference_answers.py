@@ -8,10 +8,13 @@ from __future__ import annotations
 
 import argparse
 from collections.abc import Callable, Iterable, Iterator
+from itertools import product
 from pathlib import Path
 
 Decoder = Callable[[bytes], str | None]
 Encoder = Callable[[int], bytes | None]
+# Whether any character from the first up to the second is written.
+WritesAny = Callable[[int, int], bool]
 
 
 def code_points(text: str) -> str:
@@ -19,30 +22,67 @@ def code_points(text: str) -> str:
     return "U" + "".join(f"+{ord(character):04X}" for character in text)
 
 
-def decoded(decode: Decoder) -> Iterator[str]:
-    """The lines for a charset of one-byte and two-byte codes, read."""
-    for first in range(0x100):
-        single = bytes([first])
-        if (text := decode(single)) is not None:
-            yield f"decode {single.hex().upper()} {code_points(text)}"
+def byte_range(first: int, last: int) -> list[bytes]:
+    """The bytes from first to last, each by itself."""
+    return [bytes([byte]) for byte in range(first, last + 1)]
+
+
+ALL = byte_range(0, 0xFF)
+GRAPHIC = byte_range(0x21, 0x7E)
+# The escape sequences of the sets of one byte and of pairs.
+ONE_BYTE_SETS = [b"\x1b(B", b"\x1b(J", b"\x1b(I"]
+PAIR_SETS = [b"\x1b$B", b"\x1b$@", b"\x1b$(Q", b"\x1b$(P"]
+# What stands behind the sequences of one and two bytes that are tried of every shape.
+LONGER: dict[str, list[list[bytes]]] = {
+    "bytes": [],
+    "pairs": [],
+    "euc": [[b"\x8f"], ALL, ALL],
+    "four": [byte_range(0x81, 0xFE), byte_range(0x30, 0x39)] * 2,
+}
+
+
+def candidates(shape: str, is_code: Callable[[bytes], bool]) -> Iterator[bytes]:
+    """The byte sequences that may be codes of a charset of this shape, as the tests try them."""
+    if shape == "fixed":
+        yield from map(b"".join, product(ALL, ALL))
+        return
+    if shape == "escapes":
+        yield from map(b"".join, product(ONE_BYTE_SETS, byte_range(0, 0x7F)))
+        yield from map(b"".join, product(PAIR_SETS, GRAPHIC, GRAPHIC))
+        return
+    for first in ALL:
+        yield first
+        if shape != "bytes" and not is_code(first):
+            yield from (first + second for second in ALL)
+    if LONGER[shape]:
+        yield from map(b"".join, product(*LONGER[shape]))
+
+
+def decoded(decode: Decoder, shape: str) -> Iterator[str]:
+    """The lines for all codes of a charset, read."""
+    for code in candidates(shape, lambda code: decode(code) is not None):
+        text = decode(code)
+        # An escape sequence that is unknown may be taken for so many characters.
+        if text is not None and (len(text) == 1 or not text.startswith("\x1b")):
+            yield f"decode {code.hex().upper()} {code_points(text)}"
+
+
+def encoded(encode: Encoder, writes_any: WritesAny) -> Iterator[str]:
+    """The lines for every character, written; blocks without any are passed over."""
+    block = 0x100
+    for first in range(0, 0x110000, block):
+        if 0xD800 <= first <= 0xDFFF or not writes_any(first, first + block):
             continue
-        for second in range(0x100):
-            pair = bytes([first, second])
-            if (text := decode(pair)) is not None:
-                yield f"decode {pair.hex().upper()} {code_points(text)}"
-
-
-def encoded(encode: Encoder) -> Iterator[str]:
-    """The lines for every character, written."""
-    for character in range(0x110000):
-        if (sequence := encode(character)) is not None:
-            yield f"encode U+{character:04X} {sequence.hex().upper()}"
+        for character in range(first, first + block):
+            if (sequence := encode(character)) is not None:
+                yield f"encode U+{character:04X} {sequence.hex().upper()}"
 
 
 def arguments(description: str) -> argparse.ArgumentParser:
     """The arguments that all scripts have."""
     parser = argparse.ArgumentParser(description=description.split("\n", maxsplit=1)[0])
     parser.add_argument("codec")
+    parser.add_argument("shape", help="of its codes, as in references.txt")
     parser.add_argument("output", type=Path)
     return parser
 

@@ -2,7 +2,9 @@
 
 #include <charconv>
 #include <fstream>
+#include <functional>
 #include <stdexcept>
+#include <vector>
 
 namespace repertoire {
 
@@ -20,6 +22,12 @@ std::string hexadecimal(uint32_t value, size_t digits) {
     }
   }
   return spelled;
+}
+
+std::vector<Bytes> byteRange(int first, int last) {
+  std::vector<Bytes> bytes;
+  for (int byte = first; byte <= last; ++byte) bytes.push_back(Bytes(1, static_cast<char>(byte)));
+  return bytes;
 }
 
 uint32_t parseHexadecimal(std::string_view digits) {
@@ -112,35 +120,77 @@ std::optional<Bytes> LibraryCodec::encode(char32_t character) {
   return std::move(result.output);
 }
 
-Repertoire explore(Codec& codec) {
-  Repertoire repertoire;
-  const auto trySequence = [&](const Bytes& sequence) {
-    const std::optional<Text> text = codec.decode(sequence);
-    if (text) {
-      repertoire.decoded.emplace(sequence, *text);
-    }
-    return text.has_value();
-  };
-  for (int first = 0; first < 0x100; ++first) {
-    if (trySequence({static_cast<char>(first)})) {
-      continue;
-    }
-    for (int second = 0; second < 0x100; ++second) {
-      trySequence({static_cast<char>(first), static_cast<char>(second)});
-    }
+namespace {
+
+const std::vector<Bytes>& allBytes() {
+  static const std::vector<Bytes> kBytes = byteRange(0, 0xFF);
+  return kBytes;
+}
+
+// What stands behind the sequences of one and two bytes that are tried of every shape.
+std::vector<std::vector<Bytes>> longerSequences(Shape shape) {
+  const std::vector<Bytes> high = byteRange(0x81, 0xFE);
+  const std::vector<Bytes> digits = byteRange(0x30, 0x39);
+  if (shape == Shape::kEuc) return {{"\x8F"}, allBytes(), allBytes()};
+  if (shape == Shape::kFour) return {high, digits, high, digits};
+  return {};
+}
+
+// Every sequence of one element of each list.
+void forEachProduct(const std::vector<std::vector<Bytes>>& lists, size_t from, const Bytes& before,
+                    const std::function<void(const Bytes&)>& take) {
+  if (from == lists.size()) return take(before);
+  for (const Bytes& element : lists[from]) forEachProduct(lists, from + 1, before + element, take);
+}
+
+void forEachCandidate(Shape shape, const std::function<bool(const Bytes&)>& isCode) {
+  const auto take = [&](const Bytes& sequence) { isCode(sequence); };
+  if (shape == Shape::kFixed) return forEachProduct({allBytes(), allBytes()}, 0, {}, take);
+  if (shape == Shape::kEscapes) {
+    const std::vector<Bytes> graphic = byteRange(0x21, 0x7E);
+    forEachProduct({{"\x1B(B", "\x1B(J", "\x1B(I"}, byteRange(0, 0x7F)}, 0, {}, take);
+    forEachProduct({{"\x1B$B", "\x1B$@", "\x1B$(Q", "\x1B$(P"}, graphic, graphic}, 0, {}, take);
+    return;
   }
+  for (const Bytes& first : allBytes()) {
+    if (isCode(first) || shape == Shape::kBytes) continue;
+    for (const Bytes& second : allBytes()) isCode(first + second);
+  }
+  const auto longer = longerSequences(shape);
+  if (!longer.empty()) forEachProduct(longer, 0, {}, take);
+}
+
+// A code with the escape sequence of its set in front and none behind it, however the text
+// that holds it alone begins and ends.
+Bytes withItsEscape(const Bytes& text) {
+  static const Bytes kAscii = "\x1B(B";
+  if (!text.starts_with('\x1B') || text.size() == 1) return kAscii + text;
+  return text.ends_with(kAscii) ? text.substr(0, text.size() - kAscii.size()) : text;
+}
+
+}  // namespace
+
+Repertoire explore(Codec& codec, Shape shape) {
+  Repertoire repertoire;
+  forEachCandidate(shape, [&](const Bytes& sequence) {
+    const std::optional<Text> text = codec.decode(sequence);
+    // An escape sequence that is unknown may be taken for so many characters.
+    const bool isCode = text && !text->empty() && (text->size() == 1 || text->front() != U'\x1B');
+    if (isCode) repertoire.decoded.emplace(sequence, *text);
+    return isCode;
+  });
   for (char32_t character = 0; character <= kLastCharacter; ++character) {
-    if (isSurrogate(character)) {
-      continue;
-    }
+    if (isSurrogate(character)) continue;
     if (const std::optional<Bytes> sequence = codec.encode(character)) {
-      repertoire.encoded.emplace_hint(repertoire.encoded.end(), character, *sequence);
+      repertoire.encoded.emplace_hint(
+          repertoire.encoded.end(), character,
+          shape == Shape::kEscapes ? withItsEscape(*sequence) : *sequence);
     }
   }
   return repertoire;
 }
 
-Repertoire readRepertoire(const std::filesystem::path& path) {
+Repertoire readRepertoire(const std::filesystem::path& path, Shape shape) {
   Repertoire repertoire;
   std::ifstream file(path);
   std::string direction;
@@ -150,8 +200,9 @@ Repertoire readRepertoire(const std::filesystem::path& path) {
     if (direction == "decode") {
       repertoire.decoded.emplace(parseBytes(from), parseText(to));
     } else {
-      repertoire.encoded.emplace_hint(repertoire.encoded.end(), parseText(from).at(0),
-                                      parseBytes(to));
+      repertoire.encoded.emplace_hint(
+          repertoire.encoded.end(), parseText(from).at(0),
+          shape == Shape::kEscapes ? withItsEscape(parseBytes(to)) : parseBytes(to));
     }
   }
   if (repertoire.encoded.empty()) {

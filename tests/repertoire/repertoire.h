@@ -57,11 +57,14 @@ struct Repertoire {
   std::map<char32_t, Bytes> encoded;
 };
 
-// Tries all one-byte sequences, all two-byte sequences whose first byte is not a code by
-// itself, and all characters.
-Repertoire explore(Codec& codec);
+// How the codes of a charset look, as references.txt has it.
+enum class Shape { kBytes, kPairs, kEuc, kFour, kFixed, kEscapes };
+
+// Tries all byte sequences of a shape, and all characters. Codes of kEscapes stand with the
+// escape sequence of their set.
+Repertoire explore(Codec& codec, Shape shape);
 
 // Reads what a script wrote down of a reference: *_reference.py beside this.
-Repertoire readRepertoire(const std::filesystem::path& path);
+Repertoire readRepertoire(const std::filesystem::path& path, Shape shape = Shape::kPairs);
 
 }  // namespace repertoire
