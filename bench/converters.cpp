@@ -46,6 +46,7 @@ size_t convertAndTerminate(ConverterRecord& record, std::string_view input, char
   record.output = reinterpret_cast<uint8_t*>(output);
   record.outputPosition = 0;
   record.outputCapacity = static_cast<int32_t>(capacity);
+  record.designatedGroup = 0;  // a text of its own, which designates its sets anew
   if (cconvConvert(&record) != KSV_STATUS_DONE) return Converter::kFailed;
   if (cconvTermConvert(&record) != KSV_STATUS_DONE) return Converter::kFailed;
   return static_cast<size_t>(record.outputPosition);

@@ -14,13 +14,18 @@ namespace ksv_bench {
 
 struct Text {
   std::string name;
+  std::string script;
   std::u32string characters;
 };
 
-// The Japanese text, or the file that KSV_BENCH_TEXT names, and the ASCII text; at
-// least 1 MB each in every charset. They hold only characters that all contestants
-// convert alike in all charsets.
+// The Japanese text, or the file that KSV_BENCH_TEXT names, those of the other
+// scripts, and the ASCII text; at least 1 MB each in every charset of the script, or
+// nearly so. They hold only characters that all contestants convert alike in all of
+// them.
 const std::vector<Text>& texts();
+
+// Whether both charsets have the script; pairs of Unicode forms leave some out.
+bool isTextFor(const Text& text, const Pair& pair);
 
 // The text in a charset, by iconv.
 std::string encode(const std::u32string& characters, const Charset& charset);

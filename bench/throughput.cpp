@@ -27,17 +27,29 @@ void convertText(benchmark::State& state, const Pair& pair, const Text& text,
 }  // namespace
 
 const std::vector<Pair>& throughputPairs() {
-  static const std::vector<Pair> pairs = {{&kWindows31J, &kUtf8},   {&kUtf8, &kWindows31J},
-                                          {&kShiftJis, &kUtf8},     {&kUtf8, &kShiftJis},
-                                          {&kShiftJis, &kUtf16},    {&kUtf16, &kShiftJis},
-                                          {&kShiftJis2004, &kUtf8}, {&kUtf8, &kShiftJis2004},
-                                          {&kUtf8, &kUtf16},        {&kUtf16, &kUtf8}};
+  static const std::vector<Pair> pairs = [] {
+    std::vector<Pair> all;
+    for (const Charset* charset : allCharsets()) {
+      if (*charset->script == '\0') continue;
+      for (const Charset* form : {&kUtf8, &kUtf16}) {
+        all.push_back({charset, form});
+        all.push_back({form, charset});
+      }
+    }
+    for (const auto& [first, second] :
+         {std::pair(&kShiftJis, &kEucJp), std::pair(&kUtf8, &kUtf16)}) {
+      all.push_back({first, second});
+      all.push_back({second, first});
+    }
+    return all;
+  }();
   return pairs;
 }
 
 void registerThroughput() {
   for (const Text& text : texts()) {
     for (const Pair& pair : throughputPairs()) {
+      if (!isTextFor(text, pair)) continue;
       for (const Contestant& contestant : contestants()) {
         if (contestant.open(pair) == nullptr) continue;
         const std::string name = "convert/" + pair.name() + "/" + text.name + "/" + contestant.name;
