@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cconv/rules/rule_base.h"
 #include "tests/common/temporary_directory.h"
 #include "tests/repertoire/converter.h"
 #include "tests/repertoire/repertoire.h"
@@ -197,6 +198,18 @@ TEST(CharsetDirectory, gives_every_name_an_id_of_its_own) {
   }
 }
 
+// Of two subsets with one id the second would not be there.
+TEST(CharsetDirectory, gives_every_subset_an_id_of_its_own) {
+  const RuleBase rules;
+  size_t files = 0;
+  for (const fs::path& file : filesOf(charsetDirectory(), ".xml"))
+    files += file.filename().string().starts_with("set.") ? 1 : 0;
+  EXPECT_EQ(ksv::ruleBase.lists->subsets().count(), files);
+  std::set<ksv::CharsetId> ids;
+  for (const auto& subset : ksv::ruleBase.lists->subsets())
+    EXPECT_TRUE(ids.insert(subset->id).second);
+}
+
 TEST(CharsetDirectory, puts_each_code_into_its_own_subset) {
   struct Case {
     const char* charset;
@@ -238,6 +251,26 @@ TEST(CharsetDirectory, has_the_compiled_tables_that_the_library_makes_itself) {
     ASSERT_TRUE(fs::exists(compiled)) << compiled;
     EXPECT_TRUE(readFile(compiled) == readFile(file)) << file;
   }
+}
+
+// The tables that a pair of charsets has made the library read, by their files.
+std::set<std::string> tablesReadFor(const std::string& source, const std::string& target) {
+  const RuleBase rules;
+  Converter(source, target, ByteOrder::kBig).convert("A");
+  std::set<std::string> files;
+  for (const auto& subset : ksv::ruleBase.lists->subsets()) {
+    for (const ksv::CodeTable* table : {&subset->toUcs, &subset->fromUcs})
+      if (table->isLoaded()) files.insert(table->fileName);
+  }
+  return files;
+}
+
+TEST(CharsetDirectory, has_only_the_tables_read_that_a_conversion_needs) {
+  using Files = std::set<std::string>;
+  EXPECT_EQ(tablesReadFor("KOI8-R", "UTF-8"), Files({"koi8-r.txt"}));
+  EXPECT_EQ(tablesReadFor("UTF-8", "ISO-8859-2"), Files({"iso-8859-2.txt"}));
+  EXPECT_EQ(tablesReadFor("Shift_JIS", "UTF-16"),
+            Files({"jis_x0201latin.txt", "jis_x0201kana.txt", "jis_x0208-1990.txt"}));
 }
 
 TEST(CharsetDirectory, is_read_without_being_written_to) {
