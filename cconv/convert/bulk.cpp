@@ -1,6 +1,7 @@
 #include "cconv/convert/bulk.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstring>
 #include <memory>
@@ -10,6 +11,7 @@
 
 #include "cconv/convert/converter.h"
 #include "cconv/convert/direct_table.h"
+#include "cconv/convert/iso_2022_form.h"
 #include "cconv/convert/source_forms.h"
 
 namespace ksv {
@@ -29,27 +31,21 @@ struct TableKey {
   bool inputBigEndian;
   bool outputBigEndian;
   bool convertNewlines;
+  uint32_t newlineForm;  // 0 where line ends are not converted
+  bool designates;       // writes escape sequences
 
   bool operator==(const TableKey&) const = default;
 };
 
 TableKey keyOf(const ConverterRecord& record) {
-  return {sourceCharset(record), targetCharset(record), record.inputBigEndian != 0,
-          record.options.outputBigEndian != 0, record.options.convertNewlines != 0};
-}
-
-uint64_t loadEight(const uint8_t* bytes) {
-  uint64_t eight;
-  std::memcpy(&eight, bytes, sizeof eight);
-  return eight;
-}
-
-constexpr uint64_t kHighBits = 0x8080808080808080;
-
-// Whether some byte of eight ASCII bytes equals c.
-constexpr bool hasByte(uint64_t eight, uint8_t c) {
-  const uint64_t difference = eight ^ 0x0101010101010101 * c;
-  return ((difference - 0x0101010101010101) & ~difference & kHighBits) != 0;
+  const bool convertNewlines = record.options.convertNewlines != 0;
+  return {sourceCharset(record),
+          targetCharset(record),
+          record.inputBigEndian != 0,
+          record.options.outputBigEndian != 0,
+          convertNewlines,
+          convertNewlines ? record.options.newlineForm : 0,
+          targetEncoder(record)->keepsState};
 }
 
 // Without looking further than needed: the engine decides.
@@ -58,34 +54,28 @@ bool languageMayBeDue(const ConverterRecord& record) {
          std::strncmp(record.currentLanguage, record.emittedLanguage, KSV_NAME_SIZE) != 0;
 }
 
-// Where a conversion stands.
-struct Position {
-  const uint8_t* input;
-  uint8_t* output;
-  uint32_t characters;
-  uint32_t units;
-};
-
 // What is checked once for so many characters: that they have room.
-constexpr uint32_t kBatch = 64;
+constexpr uint32_t kBatch = 256;
 
 template <typename Form>
 class FormConverter : public BulkConverter {
  public:
-  explicit FormConverter(bool stopsAtLineEnds)
-      : table_(Form::kPages), stopsAtLineEnds_(stopsAtLineEnds) {}
+  explicit FormConverter(bool designates) : pages_(Form::kPages), designates_(designates) {}
+  ~FormConverter() override {
+    for (auto& lane : lanes_) delete lane.load(std::memory_order_relaxed);
+  }
+  FormConverter(const FormConverter&) = delete;
+  FormConverter& operator=(const FormConverter&) = delete;
 
   void runAhead(ConverterRecord& record) override {
     if (languageMayBeDue(record)) return;
-    const Form form{TableCursor(table_, record)};
+    const Form form{TableCursor(pages_, record)};
     const uint8_t* const inputEnd = record.input + record.inputLength;
     const uint8_t* const outputEnd = record.output + record.outputCapacity;
-    const bool copiesAscii = Form::kBytes && asciiIsItself(form);
 
-    Position at = {record.input + record.inputPosition, record.output + record.outputPosition, 0,
-                   0};
-    Position batchStart = at;
-    Position batchBefore = at;
+    BulkPosition at = positionOf(record);
+    BulkPosition batchStart = at;
+    BulkPosition batchBefore = at;
     for (;;) {
       const uint32_t batch = charactersWithRoom(inputEnd - at.input, outputEnd - at.output);
       // No smaller batches: the last two characters then lie in the last two of them.
@@ -93,57 +83,82 @@ class FormConverter : public BulkConverter {
       batchBefore = batchStart;
       batchStart = at;
       const uint32_t wanted = at.characters + batch;
-      advance(form, at, wanted, copiesAscii);
+      advance(form, at, wanted);
       if (at.characters != wanted) break;
     }
     if (at.characters <= kRedone) return;  // not worth handing over
     const uint32_t kept = at.characters - kRedone;
-    Position end = kept >= batchStart.characters ? batchStart : batchBefore;
-    advance(form, end, kept, copiesAscii);
+    BulkPosition end = kept >= batchStart.characters ? batchStart : batchBefore;
+    advance(form, end, kept);
     takeOver(record, end);
   }
 
  private:
   // The characters that the engine converts again behind a run.
   static constexpr uint32_t kRedone = 2;
+  // By what is designated in the output: nothing, or a group of the codec.
+  static constexpr uint32_t kDesignations = 1 + kMostDesignatedGroup;
+
+  using RunShort = void (*)(const ShortRun& run, BulkPosition& position, uint32_t wanted);
+
+  // The short entries that hold while the same groups are designated.
+  struct Lane {
+    ShortTable table;
+    AsciiStops stops;
+    RunShort runShort;
+  };
+
+  static BulkPosition positionOf(const ConverterRecord& record) {
+    const uint8_t* const input = record.input + record.inputPosition;
+    return {input,
+            record.output + record.outputPosition,
+            0,
+            0,
+            record.rawCode == '\r' ? input : nullptr,
+            record.decoderState,
+            record.designatedGroup};
+  }
 
   static uint32_t charactersWithRoom(ptrdiff_t input, ptrdiff_t output) {
-    const ptrdiff_t room = std::min(input / source_forms::kLongestInput, output / kEntryBytes) - 1;
+    const ptrdiff_t room = std::min(input / Form::kLongestInput, output / kEntryBytes) - 1;
     return static_cast<uint32_t>(std::clamp<ptrdiff_t>(room, 0, kBatch));
   }
 
   // Goes on until wanted characters have been converted, or one cannot be decided.
-  void advance(const Form& form, Position& position, uint32_t wanted, bool copiesAscii) const {
-    Position at = position;
-    while (at.characters < wanted) {
-      if (copiesAscii && at.input[0] < 0x80 && wanted - at.characters >= 8 && copyEight(at)) {
-        continue;
+  void advance(const Form& form, BulkPosition& at, uint32_t wanted) {
+    for (;;) {
+      if (const Lane* lane = laneAt(form, at); lane != nullptr && lane->table.isThere())
+        lane->runShort({lane->table.slots(), lane->stops}, at, wanted);
+      if (at.characters >= wanted) return;
+      if constexpr (Form::kShifts) {
+        const bool isBehindReturn = at.behindReturn == at.input;
+        if (!Form::takeShift(at)) return;
+        if (isBehindReturn) at.behindReturn = at.input;
       }
-      const source_forms::Found found = form.next(at.input);
-      if (found.entry == kNoEntry) break;
-      storeBytes(at.output, found.entry);
-      at.output += outputLength(found.entry);
-      at.units += unitCount(found.entry);
-      at.input += found.length;
-      ++at.characters;
+      const source_forms::Found found = form.next(at);
+      if (found.entry == kNoEntry) return;
+      takeEntry(at, found);
+      if (Lane* lane = laneAt(form, at); lane != nullptr)
+        lane->table.remember(found.shortIndex, shortEntryOf(withoutDesignation(found.entry)));
     }
-    position = at;
   }
 
-  // Copies eight ASCII bytes at once.
-  bool copyEight(Position& at) const {
-    const uint64_t eight = loadEight(at.input);
-    if ((eight & kHighBits) != 0) return false;
-    if (stopsAtLineEnds_ && (hasByte(eight, '\r') || hasByte(eight, '\n'))) return false;
-    std::memcpy(at.output, &eight, sizeof eight);
-    at.input += sizeof eight;
-    at.output += sizeof eight;
-    at.units += sizeof eight;
-    at.characters += sizeof eight;
-    return true;
+  void takeEntry(BulkPosition& at, const source_forms::Found& found) const {
+    const bool isDropped = (found.entry & kLineFeed) != 0 && at.behindReturn == at.input;
+    at.input += found.length;
+    ++at.characters;
+    if (isDropped) return;
+    const Entry entry = designates_ && designatedGroupOf(found.entry) == at.designatedGroup
+                            ? withoutDesignation(found.entry)
+                            : found.entry;
+    storeBytes(at.output, entry);
+    at.output += outputLength(entry);
+    at.units += designates_ ? 1 : unitCount(entry);
+    if (designates_) at.designatedGroup = designatedGroupOf(entry);
+    if ((found.entry & kCarriageReturn) != 0) at.behindReturn = at.input;
   }
 
-  static void takeOver(ConverterRecord& record, const Position& end) {
+  void takeOver(ConverterRecord& record, const BulkPosition& end) const {
     const auto advanced = [](int32_t count, uint32_t by) {
       return static_cast<int32_t>(static_cast<uint32_t>(count) + by);
     };
@@ -151,25 +166,90 @@ class FormConverter : public BulkConverter {
     record.outputPosition = static_cast<int32_t>(end.output - record.output);
     record.charactersRead = advanced(record.charactersRead, end.characters);
     record.unitsWritten = advanced(record.unitsWritten, end.units);
+    record.decoderState = end.decoderState;
+    record.designatedGroup = end.designatedGroup;
+    // All that the engine asks of the character before.
+    record.rawCode = end.behindReturn == end.input ? '\r' : 0;
   }
 
-  // Whether every ASCII byte but the line ends, if they matter, is written as it is.
-  bool asciiIsItself(const Form& form) {
-    const int known = asciiIsItself_.load(std::memory_order_relaxed);
-    if (known >= 0) return known != 0;
-    bool itself = true;
-    for (uint32_t c = 0; c < 0x80 && itself; ++c) {
-      if (stopsAtLineEnds_ && (c == '\r' || c == '\n')) continue;
-      const uint8_t text[source_forms::kLongestInput] = {static_cast<uint8_t>(c)};
-      itself = form.next(text).entry == makeEntry(text, 1, 1);
+  Lane* laneAt(const Form& form, const BulkPosition& at) {
+    const uint32_t shift = Form::shiftOf(at);
+    const uint32_t designation = designates_ ? designationIndex(at.designatedGroup) : 0;
+    if (shift >= Form::kShiftStates || designation >= kDesignations) return nullptr;
+    std::atomic<Lane*>& slot = lanes_[shift * kDesignations + designation];
+    Lane* lane = slot.load(std::memory_order_acquire);
+    return lane != nullptr ? lane : makeLane(form, at, slot);
+  }
+
+  Lane* makeLane(const Form& form, const BulkPosition& at, std::atomic<Lane*>& slot) const {
+    std::unique_ptr<Lane> made(new (std::nothrow) Lane{});
+    if (made == nullptr) return nullptr;
+    AsciiOutput ascii = AsciiOutput::kOther;
+    for (const AsciiOutput output :
+         {AsciiOutput::kBytes, AsciiOutput::kLittleUnits, AsciiOutput::kBigUnits}) {
+      AsciiStops stops;
+      if (!writesAsciiAs(form, at, output, stops)) continue;
+      ascii = output;
+      made->stops = stops;
     }
-    asciiIsItself_.store(itself ? 1 : 0, std::memory_order_relaxed);
-    return itself;
+    made->runShort = runnerFor(ascii);
+    Lane* published = nullptr;
+    if (!slot.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
+      return published;
+    return made.release();
   }
 
-  DirectTable table_;
-  const bool stopsAtLineEnds_;
-  std::atomic<int> asciiIsItself_ = -1;
+  static RunShort runnerFor(AsciiOutput ascii) {
+    switch (ascii) {
+      case AsciiOutput::kBytes:
+        return Form::template runShort<AsciiOutput::kBytes>;
+      case AsciiOutput::kLittleUnits:
+        return Form::template runShort<AsciiOutput::kLittleUnits>;
+      case AsciiOutput::kBigUnits:
+        return Form::template runShort<AsciiOutput::kBigUnits>;
+      case AsciiOutput::kOther:
+        break;
+    }
+    return Form::template runShort<AsciiOutput::kOther>;
+  }
+
+  // Whether ASCII is written so while the same groups stay designated, but for the
+  // characters that are stops.
+  bool writesAsciiAs(const Form& form, BulkPosition at, AsciiOutput output,
+                     AsciiStops& stops) const {
+    for (uint8_t c = 0; c < 0x80; ++c) {
+      uint8_t input[Form::kLongestInput] = {};
+      input[Form::kAsciiByte] = c;
+      at.input = input;
+      const source_forms::Found found = form.next(at);
+      if (found.entry != kNoEntry && found.length != Form::kAsciiLength) return false;
+      const Entry entry = found.entry;
+      const uint8_t written[3] = {0, c, 0};
+      const int32_t width = output == AsciiOutput::kBytes ? 1 : 2;
+      const Entry itself =
+          makeEntry(output == AsciiOutput::kBigUnits ? written : written + 1, width, 1);
+      const bool same = !designates_ || designatedGroupOf(entry) == at.designatedGroup;
+      if (same && withoutDesignation(entry) == itself) continue;
+      if (!isStop(c, entry, stops)) return false;
+    }
+    return true;
+  }
+
+  static bool isStop(uint8_t c, Entry entry, AsciiStops& stops) {
+    if ((entry & kLineEnd) != 0) return stops.lineEnds = true;
+    if (c == 0x1B && entry == kNoEntry) return stops.escape = true;
+    if (c == 0x7F && entry == kNoEntry) return stops.del = true;
+    return false;
+  }
+
+  // For a target without escape sequences an entry has none.
+  Entry withoutDesignation(Entry entry) const {
+    return designates_ ? ksv::withoutDesignation(entry) : entry;
+  }
+
+  DirectTable pages_;
+  std::array<std::atomic<Lane*>, Form::kShiftStates* kDesignations> lanes_ = {};
+  const bool designates_;
 };
 
 bool allMembersHaveWidth(const CharsetDef& charset, uint16_t width) {
@@ -179,16 +259,32 @@ bool allMembersHaveWidth(const CharsetDef& charset, uint16_t width) {
   return true;
 }
 
+// Whether what the rule-driven decoder finds in the first bytes is the same whatever
+// follows them: it tries the groups in order.
+bool widthsAscend(const CharsetDef& charset) {
+  uint16_t width = 1;
+  for (const SubsetDef* group : charset.members) {
+    if (group->bytesPerCode < width) return false;
+    width = group->bytesPerCode;
+  }
+  return true;
+}
+
 template <typename Form>
 std::unique_ptr<BulkConverter> makeConverterFor(const TableKey& key) {
-  return std::make_unique<FormConverter<Form>>(key.convertNewlines);
+  return std::make_unique<FormConverter<Form>>(key.designates);
 }
 
 std::unique_ptr<BulkConverter> makeConverter(const TableKey& key, SourceForm form) {
   const bool bigEndian = key.inputBigEndian;
   switch (form) {
-    case SourceForm::kBytePairs:
-      return makeConverterFor<source_forms::BytePairs>(key);
+    case SourceForm::kByRules:
+      if (!widthsAscend(*key.source)) return nullptr;
+      return makeConverterFor<source_forms::ByteCodes>(key);
+    case SourceForm::kByteCodes:
+      return makeConverterFor<source_forms::ByteCodes>(key);
+    case SourceForm::kTwoByteCodes:
+      return makeConverterFor<source_forms::FixedUnits<2, true>>(key);
     case SourceForm::kUtf8:
       return makeConverterFor<source_forms::Utf8>(key);
     case SourceForm::kUtf16:
@@ -202,6 +298,8 @@ std::unique_ptr<BulkConverter> makeConverter(const TableKey& key, SourceForm for
     case SourceForm::kUcs4:
       return bigEndian ? makeConverterFor<source_forms::FixedUnits<4, true>>(key)
                        : makeConverterFor<source_forms::FixedUnits<4, false>>(key);
+    case SourceForm::kIso2022Jp:
+      return makeConverterFor<source_forms::Iso2022Jp>(key);
     case SourceForm::kOther:
       return nullptr;
   }
@@ -246,7 +344,8 @@ BulkConverters& convertersOfProcess() {
 
 bool isMarkPending(const ConverterRecord& record) {
   const SourceForm form = sourceDecoder(record)->sourceForm;
-  const bool readsMark = form != SourceForm::kOther && form != SourceForm::kBytePairs;
+  const bool readsMark = form == SourceForm::kUtf8 || form == SourceForm::kUtf16 ||
+                         form == SourceForm::kUcs2 || form == SourceForm::kUcs4;
   return (readsMark && record.detectByteOrderMark != 0) ||
          (targetEncoder(record)->writesMark && record.options.writeByteOrderMark != 0);
 }
@@ -257,10 +356,7 @@ BulkConverter* findBulkConverter(const ConverterRecord& record) try {
   }
   const SourceForm form = sourceDecoder(record)->sourceForm;
   // With a supplementary mode a character's output depends on the replacements too.
-  if (form == SourceForm::kOther || record.options.supplementaryMode != 0 ||
-      targetEncoder(record)->keepsState) {
-    return nullptr;
-  }
+  if (form == SourceForm::kOther || record.options.supplementaryMode != 0) return nullptr;
   return ruleBase.lists == nullptr ? nullptr : convertersOfProcess().find(keyOf(record), form);
 } catch (const std::bad_alloc&) {
   return nullptr;

@@ -16,7 +16,10 @@ using CodecFunction = void (*)(ConverterRecord& record);
 // How the bulk path finds the characters of a decoder's input.
 enum class SourceForm {
   kOther,      // only the decoder knows
-  kBytePairs,  // single bytes and pairs; a single byte stands alone whatever follows
+  kByRules,    // the rule-driven decoder: by the widths of the groups
+  kByteCodes,  // a byte that is a code stands alone whatever follows, then pairs, ...
+  kTwoByteCodes,
+  kIso2022Jp,
   kUtf8,
   kUtf16,
   kUcs2,  // one unit a character
@@ -28,7 +31,7 @@ struct CodecEntry {
   CodecFunction function;
   SourceForm sourceForm = SourceForm::kOther;
   bool writesMark = false;  // an encoder that begins with a byte-order mark on request
-  bool keepsState = false;  // an encoder whose output depends on what it wrote before
+  bool keepsState = false;  // an encoder that writes escape sequences
 };
 
 // The entry of exactly that name, in table order; null for an empty or unknown

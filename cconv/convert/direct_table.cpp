@@ -1,7 +1,9 @@
 #include "cconv/convert/direct_table.h"
 
+#include <cstdlib>
 #include <new>
 
+#include "cconv/convert/converter.h"
 #include "cconv/convert/driver.h"
 #include "cconv/rules/code_table.h"
 
@@ -12,38 +14,79 @@ namespace {
 constexpr uint32_t kMostPages = 8192;
 constinit std::atomic<uint32_t> pagesInUse = 0;
 
-// Also a character that is no line end, when a table gives it a line end's code.
-bool isLineEnd(const ConverterRecord& record) {
-  return record.rawCode == '\r' || record.rawCode == '\n' || record.outputCode == '\r' ||
-         record.unicodeCode == 0x2028 || record.unicodeCode == 0x2029;
+// The short tables of a process together: 16 MB, of which only what is used takes
+// memory.
+constexpr uint32_t kMostShortTables = 64;
+constinit std::atomic<uint32_t> shortTablesInUse = 0;
+
+Entry lineEndFlag(uint32_t rawCode) {
+  if (rawCode == '\r') return kCarriageReturn;
+  return rawCode == '\n' ? kLineFeed : 0;
+}
+
+// What the engine makes of one character in a record of its own.
+struct Answer {
+  uint8_t output[16];
+  ConverterRecord record;
+  bool isOneCharacter = false;
+};
+
+void ask(const ConverterRecord& record, const uint8_t* input, int32_t length,
+         uint32_t designatedGroup, Answer& answer) {
+  ConverterRecord& scratch = answer.record;
+  scratch = record;
+  scratch.input = input;
+  scratch.inputPosition = 0;
+  scratch.inputLength = length;
+  scratch.output = answer.output;
+  scratch.outputPosition = 0;
+  scratch.outputCapacity = sizeof answer.output;
+  scratch.charactersRead = 0;
+  scratch.unitsWritten = 0;
+  scratch.rawCode = 0;  // no carriage return before
+  scratch.skipInvalid = 0;
+  scratch.options.replaceUnmappable = 0;
+  scratch.defaultLanguage[0] = '\0';
+  scratch.designatedGroup = designatedGroup;
+  scratch.status = KSV_STATUS_WRITTEN;
+  const ProvisionalAnswers provisional;
+  convertByCharacters(scratch, 1);
+  answer.isOneCharacter = !provisional.any() && scratch.status == KSV_STATUS_WRITTEN &&
+                          scratch.inputPosition == length && scratch.charactersRead == 1 &&
+                          scratch.outputPosition <= kLongestOutput &&
+                          scratch.unitsWritten <= kMostUnits;
+}
+
+Entry entryOf(const Answer& answer) {
+  const ConverterRecord& scratch = answer.record;
+  return makeEntry(answer.output, scratch.outputPosition, scratch.unitsWritten) |
+         (scratch.options.convertNewlines != 0 ? lineEndFlag(scratch.rawCode) : 0);
+}
+
+// With its escape sequence, where nothing is designated before.
+Entry askForDesignation(const ConverterRecord& record, const uint8_t* input, int32_t length) {
+  Answer whole;
+  ask(record, input, length, 0, whole);
+  const uint32_t group = whole.record.designatedGroup;
+  // A group that is not remembered gets its sequence from the engine each time.
+  if (!whole.isOneCharacter || group == 0 || designationIndex(group) > kMostDesignatedGroup ||
+      whole.record.unitsWritten != 1) {
+    return kNoEntry;
+  }
+  Answer bare;
+  ask(record, input, length, group, bare);
+  const int32_t escapeLength = whole.record.outputPosition - bare.record.outputPosition;
+  if (!bare.isOneCharacter || escapeLength <= 0) return kNoEntry;
+  return designatingEntry(entryOf(whole), static_cast<uint32_t>(escapeLength), group);
 }
 
 }  // namespace
 
 Entry askEngine(const ConverterRecord& record, const uint8_t* input, int32_t length) {
-  uint8_t output[16];
-  ConverterRecord scratch = record;
-  scratch.input = input;
-  scratch.inputPosition = 0;
-  scratch.inputLength = length;
-  scratch.output = output;
-  scratch.outputPosition = 0;
-  scratch.outputCapacity = sizeof output;
-  scratch.charactersRead = 0;
-  scratch.unitsWritten = 0;
-  scratch.skipInvalid = 0;
-  scratch.options.replaceUnmappable = 0;
-  scratch.options.convertNewlines = 0;
-  scratch.defaultLanguage[0] = '\0';
-  scratch.status = KSV_STATUS_WRITTEN;
-  const ProvisionalAnswers provisional;
-  convertByCharacters(scratch, 1);
-  if (provisional.any()) return kNoEntry;
-  const bool oneCharacterWritten = scratch.status == KSV_STATUS_WRITTEN &&
-                                   scratch.inputPosition == length && scratch.charactersRead == 1;
-  if (!oneCharacterWritten || scratch.outputPosition > kLongestOutput) return kNoEntry;
-  if (record.options.convertNewlines != 0 && isLineEnd(scratch)) return kNoEntry;
-  return makeEntry(output, scratch.outputPosition, scratch.unitsWritten);
+  if (targetEncoder(record)->keepsState) return askForDesignation(record, input, length);
+  Answer answer;
+  ask(record, input, length, record.designatedGroup, answer);
+  return answer.isOneCharacter ? entryOf(answer) : kNoEntry;
 }
 
 DirectTable::~DirectTable() {
@@ -71,6 +114,20 @@ const DirectTable::Page* DirectTable::publish(uint32_t index, const Page* made) 
   }
   deletePage(made);
   return published;
+}
+
+ShortTable::ShortTable() {
+  if (shortTablesInUse.fetch_add(1, std::memory_order_relaxed) < kMostShortTables) {
+    // Zeroed memory that the system hands out page by page as it is used.
+    entries_ = static_cast<Slot*>(std::calloc(kSize, sizeof(Slot)));
+  }
+  if (entries_ == nullptr) shortTablesInUse.fetch_sub(1, std::memory_order_relaxed);
+}
+
+ShortTable::~ShortTable() {
+  if (entries_ == nullptr) return;
+  std::free(entries_);
+  shortTablesInUse.fetch_sub(1, std::memory_order_relaxed);
 }
 
 }  // namespace ksv

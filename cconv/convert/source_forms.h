@@ -1,28 +1,29 @@
 // How the bulk path finds the characters of each form of input.
 //
-// next() finds the entry of the character at input, or kNoEntry, and how many bytes
-// it is read from. At least kLongestInput bytes of input follow. The length comes
-// from the input alone, not from the entry: so the processor begins with the next
-// character before the tables have answered for this one.
+// next() finds the entry of the character at input, or kNoEntry, how many bytes it
+// is read from, and its place in the table of short entries. At least kLongestInput
+// bytes of input follow. runShort() goes ahead over characters that have short
+// entries, several at a time where they come in a row. Lengths come from the input
+// alone, not from the entry: so the processor begins with the next character before
+// the tables have answered for this one.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "cconv/convert/bulk_run.h"
 #include "cconv/convert/composition.h"
 #include "cconv/convert/direct_table.h"
 #include "cconv/rules/text_units.h"
 
 namespace ksv::source_forms {
 
-// Bytes that a character is read from at most.
-constexpr ptrdiff_t kLongestInput = 4;
-
 struct Found {
   Entry entry;
   uint32_t length;
+  uint32_t shortIndex;
 };
-constexpr Found kNothing = {kNoEntry, 0};
+constexpr Found kNothing = {kNoEntry, 0, ShortTable::kNoIndex};
 
 inline void putUnit(uint8_t* bytes, uint32_t value, uint32_t width, bool bigEndian) {
   for (uint32_t i = 0; i < width; ++i) {
@@ -30,23 +31,130 @@ inline void putUnit(uint8_t* bytes, uint32_t value, uint32_t width, bool bigEndi
   }
 }
 
-class BytePairs {
- public:
-  static constexpr size_t kPages = 257;
-  static constexpr bool kBytes = true;
+// What forms without escape sequences have in common.
+struct Unshifted {
+  static constexpr ptrdiff_t kLongestInput = 4;  // bytes that a character is read from
+  static constexpr bool kShifts = false;
+  static constexpr uint32_t kShiftStates = 1;
+  static uint32_t shiftOf(const BulkPosition&) { return 0; }
+};
 
-  explicit BytePairs(const TableCursor& cursor)
+// Codes of one byte or more, where a byte that is a code stands alone whatever
+// follows, and then a pair; three bytes behind 8F, as EUC has them, and four as
+// GB18030 has them, where there is no such pair.
+class ByteCodes : public Unshifted {
+ public:
+  static constexpr uint32_t kFirstTriplePage = 257;
+  static constexpr uint32_t kFirstQuadPage = kFirstTriplePage + 256;
+  static constexpr uint32_t kQuads = 126 * 10 * 126 * 10;
+  static constexpr size_t kPages = kFirstQuadPage + kQuads / 256 + 1;
+  // Of the bytes of an ASCII character, the one that says which.
+  static constexpr size_t kAsciiByte = 0;
+  static constexpr uint32_t kAsciiLength = 1;
+
+  explicit ByteCodes(const TableCursor& cursor)
       : cursor_(cursor), singles_(cursor.page(kSingleBytes, makeSingle)) {}
 
-  Found next(const uint8_t* input) const {
+  Found next(const BulkPosition& at) const {
+    const uint8_t* const input = at.input;
     if (singles_ == nullptr) return kNothing;
-    if (const Entry single = (*singles_)[input[0]]; single != kNoEntry) return {single, 1};
-    const auto* pairs = cursor_.page(input[0], makePair);
-    return pairs != nullptr ? Found{(*pairs)[input[1]], 2} : kNothing;
+    const uint32_t first = input[0];
+    if (const Entry single = (*singles_)[first]; single != kNoEntry)
+      return {single, 1, ShortTable::kSingles + first};
+    const auto* pairs = cursor_.page(first, makePair);
+    if (pairs == nullptr) return kNothing;
+    if (const Entry pair = (*pairs)[input[1]]; pair != kNoEntry)
+      return {pair, 2, first << 8 | input[1]};
+    if (first == kSingleShift3) return nextTriple(input);
+    return isQuad(input) ? nextQuad(input) : kNothing;
+  }
+
+  template <AsciiOutput kAscii>
+  static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+    BulkPosition at = position;
+    while (wanted - at.characters >= 8) {
+      const uint64_t eight = loadEight(at.input);
+      const uint32_t leading = leadingAscii(eight);
+      if (kAscii != AsciiOutput::kOther && leading > 0) {
+        if (takeAscii<kAscii>(run, at, wanted, leading) > 0) continue;
+      } else if (run.hasSingles(at.input[0]) && runSingles(run, at)) {
+        continue;
+      }
+      if (runPairs(run, at)) continue;
+      if (!runOne(run, at)) break;
+    }
+    position = at;
   }
 
  private:
   static constexpr uint32_t kSingleBytes = 256;  // the page of single bytes
+  static constexpr uint8_t kSingleShift3 = 0x8F;
+
+  // Four pairs in a row.
+  static bool runPairs(const ShortRun& run, BulkPosition& at) {
+    const ShortEntry first = run.at(pairAt(at.input));
+    const ShortEntry second = run.at(pairAt(at.input + 2));
+    const ShortEntry third = run.at(pairAt(at.input + 4));
+    const ShortEntry fourth = run.at(pairAt(at.input + 6));
+    if ((first & second & third & fourth & kIsShortEntry) == 0) return false;
+    at.take(first);
+    at.take(second);
+    at.take(third);
+    at.take(fourth);
+    at.advance(8, 4);
+    return true;
+  }
+
+  // Eight single bytes in a row.
+  static bool runSingles(const ShortRun& run, BulkPosition& at) {
+    ShortEntry entries[8];
+    ShortEntry all = kIsShortEntry;
+    for (int i = 0; i < 8; ++i) {
+      entries[i] = run.at(ShortTable::kSingles + at.input[i]);
+      all &= entries[i];
+    }
+    if (all == 0) return false;
+    for (int i = 0; i < 8; ++i) at.take(entries[i]);
+    at.advance(8, 8);
+    return true;
+  }
+
+  static bool runOne(const ShortRun& run, BulkPosition& at) {
+    const ShortEntry single = run.at(ShortTable::kSingles + at.input[0]);
+    if (single != kNoShortEntry) {
+      at.take(single);
+      at.advance(1, 1);
+      return true;
+    }
+    const ShortEntry pair = run.at(pairAt(at.input));
+    if (pair == kNoShortEntry) return false;
+    at.take(pair);
+    at.advance(2, 1);
+    return true;
+  }
+
+  static uint32_t pairAt(const uint8_t* input) {
+    return static_cast<uint32_t>(input[0]) << 8 | input[1];
+  }
+
+  Found nextTriple(const uint8_t* input) const {
+    const auto* triples = cursor_.page(kFirstTriplePage + input[1], makeTriple);
+    return triples != nullptr ? Found{(*triples)[input[2]], 3, ShortTable::kNoIndex} : kNothing;
+  }
+
+  static bool isQuad(const uint8_t* input) {
+    const auto isHigh = [](uint8_t byte) { return byte >= 0x81 && byte <= 0xFE; };
+    const auto isDigit = [](uint8_t byte) { return byte >= '0' && byte <= '9'; };
+    return isHigh(input[0]) && isDigit(input[1]) && isHigh(input[2]) && isDigit(input[3]);
+  }
+
+  Found nextQuad(const uint8_t* input) const {
+    const uint32_t index =
+        (((input[0] - 0x81u) * 10 + (input[1] - 0x30u)) * 126 + (input[2] - 0x81u)) * 10 +
+        (input[3] - 0x30u);
+    const auto* quads = cursor_.page(kFirstQuadPage + (index >> 8), makeQuad);
+    return quads != nullptr ? Found{(*quads)[index & 0xFF], 4, ShortTable::kNoIndex} : kNothing;
+  }
 
   static int32_t makeSingle(uint32_t code, uint8_t* bytes) {
     bytes[0] = static_cast<uint8_t>(code);
@@ -56,13 +164,27 @@ class BytePairs {
     putUnit(bytes, code, 2, true);
     return 2;
   }
+  static int32_t makeTriple(uint32_t code, uint8_t* bytes) {
+    bytes[0] = kSingleShift3;
+    putUnit(bytes + 1, code - (kFirstTriplePage << 8), 2, true);
+    return 3;
+  }
+  static int32_t makeQuad(uint32_t code, uint8_t* bytes) {
+    const uint32_t index = code - (kFirstQuadPage << 8);
+    if (index >= kQuads) return 0;
+    bytes[0] = static_cast<uint8_t>(0x81 + index / 12600);
+    bytes[1] = static_cast<uint8_t>(0x30 + index / 1260 % 10);
+    bytes[2] = static_cast<uint8_t>(0x81 + index / 10 % 126);
+    bytes[3] = static_cast<uint8_t>(0x30 + index % 10);
+    return 4;
+  }
 
   const TableCursor cursor_;
   const DirectTable::Page* const singles_;
 };
 
 // What the Unicode forms share: entries are found by the value.
-class UnicodeSource {
+class UnicodeSource : public Unshifted {
  public:
   static constexpr size_t kPages = 0x110000 >> 8;
 
@@ -74,37 +196,103 @@ class UnicodeSource {
   static bool isMark(uint32_t value) { return standaloneMark(value) != 0; }
 
   template <typename MakeBytes>
-  Entry entryOf(uint32_t value, MakeBytes makeBytes) const {
-    if (value > 0x10FFFF) return kNoEntry;
+  Found find(uint32_t value, uint32_t length, MakeBytes makeBytes) const {
+    if (value > 0x10FFFF) return kNothing;
     const auto* page = cursor_.page(value >> 8, makeBytes);
-    return page != nullptr ? (*page)[value & 0xFF] : kNoEntry;
+    if (page == nullptr) return kNothing;
+    return {(*page)[value & 0xFF], length,
+            value < ShortTable::kSingles ? value : ShortTable::kNoIndex};
+  }
+
+  // Four characters in a row that have short entries.
+  static bool takeFour(const ShortRun& run, BulkPosition& at, const uint32_t (&values)[4],
+                       uint32_t bytes) {
+    const ShortEntry first = run.at(values[0]);
+    const ShortEntry second = run.at(values[1]);
+    const ShortEntry third = run.at(values[2]);
+    const ShortEntry fourth = run.at(values[3]);
+    if ((first & second & third & fourth & kIsShortEntry) == 0) return false;
+    at.take(first);
+    at.take(second);
+    at.take(third);
+    at.take(fourth);
+    at.advance(bytes, 4);
+    return true;
+  }
+
+  static bool takeOne(const ShortRun& run, BulkPosition& at, uint32_t value, uint32_t bytes) {
+    const ShortEntry entry = run.at(value);
+    if (entry == kNoShortEntry) return false;
+    at.take(entry);
+    at.advance(bytes, 1);
+    return true;
   }
 
  private:
   const TableCursor cursor_;
 };
 
-class Utf8 : private UnicodeSource {
+class Utf8 : public UnicodeSource {
  public:
-  using UnicodeSource::kPages;
-  static constexpr bool kBytes = true;
+  // Of the bytes of an ASCII character, the one that says which.
+  static constexpr size_t kAsciiByte = 0;
+  static constexpr uint32_t kAsciiLength = 1;
 
   explicit Utf8(const TableCursor& cursor) : UnicodeSource(cursor) {}
 
   // As leniently as the decoder reads.
-  Found next(const uint8_t* input) const {
+  Found next(const BulkPosition& at) const {
+    const uint8_t* const input = at.input;
     const uint32_t lead = input[0];
-    if (lead < 0xC0) return {entryOf(lead, makeBytes), 1};
-    const uint32_t second = input[1] & 0x3Fu;
-    if (lead < 0xE0) return {entryOf((lead & 0x1F) << 6 | second, makeBytes), 2};
-    const uint32_t third = input[2] & 0x3Fu;
-    if (lead < 0xF0) return {entryOf((lead & 0x0F) << 12 | second << 6 | third, makeBytes), 3};
+    if (lead < 0xC0) return find(lead, 1, makeBytes);
+    if (lead < 0xE0) return find(twoBytes(input), 2, makeBytes);
+    if (lead < 0xF0) return find(threeBytes(input), 3, makeBytes);
     if (lead >= 0xF8) return kNothing;
-    const uint32_t fourth = input[3] & 0x3Fu;
-    return {entryOf((lead & 0x07) << 18 | second << 12 | third << 6 | fourth, makeBytes), 4};
+    const uint32_t lastThree =
+        (input[1] & 0x3Fu) << 12 | (input[2] & 0x3Fu) << 6 | (input[3] & 0x3Fu);
+    return find((lead & 0x07) << 18 | lastThree, 4, makeBytes);
+  }
+
+  template <AsciiOutput kAscii>
+  static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+    BulkPosition at = position;
+    while (wanted - at.characters >= 8) {
+      const uint64_t eight = loadEight(at.input);
+      if (const uint32_t leading = leadingAscii(eight);
+          kAscii != AsciiOutput::kOther && leading > 0) {
+        if (takeAscii<kAscii>(run, at, wanted, leading) > 0) continue;
+      }
+      if (areThreeBytesEach(at.input, eight)) {
+        const uint32_t values[4] = {threeBytes(at.input), threeBytes(at.input + 3),
+                                    threeBytes(at.input + 6), threeBytes(at.input + 9)};
+        if (takeFour(run, at, values, 12)) continue;
+      }
+      if (!runOne(run, at)) break;
+    }
+    position = at;
   }
 
  private:
+  static bool runOne(const ShortRun& run, BulkPosition& at) {
+    const uint32_t lead = at.input[0];
+    if (lead < 0xC0) return takeOne(run, at, lead, 1);
+    if (lead < 0xE0) return takeOne(run, at, twoBytes(at.input), 2);
+    return lead < 0xF0 && takeOne(run, at, threeBytes(at.input), 3);
+  }
+
+  // Whether four characters of three bytes follow each other.
+  static bool areThreeBytesEach(const uint8_t* input, uint64_t firstEight) {
+    return (firstEight & 0xC0F0C0C0F0C0C0F0) == 0x80E08080E08080E0 &&
+           (loadEight(input + 4) & 0xC0C0F0C0C0F0C0C0) == 0x8080E08080E08080;
+  }
+
+  static uint32_t twoBytes(const uint8_t* input) {
+    return (input[0] & 0x1Fu) << 6 | (input[1] & 0x3Fu);
+  }
+  static uint32_t threeBytes(const uint8_t* input) {
+    return (input[0] & 0x0Fu) << 12 | (input[1] & 0x3Fu) << 6 | (input[2] & 0x3Fu);
+  }
+
   static int32_t makeBytes(uint32_t value, uint8_t* bytes) {
     if (isMark(value)) return 0;
     if (value < 0x80) {
@@ -120,20 +308,46 @@ class Utf8 : private UnicodeSource {
   }
 };
 
+// Units of two bytes.
+class TwoByteSource : public UnicodeSource {
+ protected:
+  explicit TwoByteSource(const TableCursor& cursor) : UnicodeSource(cursor) {}
+
+  template <AsciiOutput kAscii, bool kBigEndian>
+  static void runUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+    BulkPosition at = position;
+    while (wanted - at.characters >= 8) {
+      if (kAscii == AsciiOutput::kBytes && takeAsciiUnits<kBigEndian>(run, at, wanted)) continue;
+      const uint32_t values[4] = {
+          readUnit(at.input, 2, kBigEndian), readUnit(at.input + 2, 2, kBigEndian),
+          readUnit(at.input + 4, 2, kBigEndian), readUnit(at.input + 6, 2, kBigEndian)};
+      if (takeFour(run, at, values, 8)) continue;
+      if (!takeOne(run, at, values[0], 2)) break;
+    }
+    position = at;
+  }
+};
+
 template <bool kBigEndian>
-class Utf16 : private UnicodeSource {
+class Utf16 : public TwoByteSource {
  public:
-  using UnicodeSource::kPages;
-  static constexpr bool kBytes = false;
+  static constexpr size_t kAsciiByte = kBigEndian ? 1 : 0;
+  static constexpr uint32_t kAsciiLength = 2;
 
-  explicit Utf16(const TableCursor& cursor) : UnicodeSource(cursor) {}
+  explicit Utf16(const TableCursor& cursor) : TwoByteSource(cursor) {}
 
-  Found next(const uint8_t* input) const {
+  Found next(const BulkPosition& at) const {
+    const uint8_t* const input = at.input;
     const uint32_t unit = readUnit(input, 2, kBigEndian);
-    if (!isSurrogate(unit)) return {entryOf(unit, makeBytes), 2};
+    if (!isSurrogate(unit)) return find(unit, 2, makeBytes);
     const uint32_t second = readUnit(input + 2, 2, kBigEndian);
     if (!isHighSurrogate(unit) || !isSurrogate(second) || isHighSurrogate(second)) return kNothing;
-    return {entryOf(joinSurrogates(unit, second), makeBytes), 4};
+    return find(joinSurrogates(unit, second), 4, makeBytes);
+  }
+
+  template <AsciiOutput kAscii>
+  static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+    runUnits<kAscii, kBigEndian>(run, position, wanted);
   }
 
  private:
@@ -149,17 +363,23 @@ class Utf16 : private UnicodeSource {
   }
 };
 
-// One unit a character: UCS-2 and UCS-4.
+// One unit a character: UCS-2 and UCS-4, and codes of two bytes each.
 template <uint32_t kWidth, bool kBigEndian>
-class FixedUnits : private UnicodeSource {
+class FixedUnits : public TwoByteSource {
  public:
-  using UnicodeSource::kPages;
-  static constexpr bool kBytes = false;
+  static constexpr size_t kAsciiByte = kBigEndian ? kWidth - 1 : 0;
+  static constexpr uint32_t kAsciiLength = kWidth;
 
-  explicit FixedUnits(const TableCursor& cursor) : UnicodeSource(cursor) {}
+  explicit FixedUnits(const TableCursor& cursor) : TwoByteSource(cursor) {}
 
-  Found next(const uint8_t* input) const {
-    return {entryOf(readUnit(input, kWidth, kBigEndian), makeBytes), kWidth};
+  Found next(const BulkPosition& at) const {
+    const uint8_t* const input = at.input;
+    return find(readUnit(input, kWidth, kBigEndian), kWidth, makeBytes);
+  }
+
+  template <AsciiOutput kAscii>
+  static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+    if constexpr (kWidth == 2) runUnits<kAscii, kBigEndian>(run, position, wanted);
   }
 
  private:

@@ -10,18 +10,11 @@
 namespace ksv::codecs {
 namespace {
 
-constexpr uint8_t kEscape = 0x1B;
 constexpr uint32_t kPlane2Flag = 0x10000;
 // The planes of JIS X 0213 as the record keeps them.
 constexpr uint32_t kPlane1 = 11;
 constexpr uint32_t kPlane2 = 12;
 
-// An escape sequence, the ESC itself left out.
-struct Designation {
-  std::string_view bytes;
-  CharsetId group;
-  uint32_t codeFlag = 0;
-};
 constexpr Designation kRead[] = {
     {"$B", charset_id::kJisX0208},     {"$@", charset_id::kJisC6226},
     {"$(Q", charset_id::kJisX0213},    {"$(P", charset_id::kJisX0213, kPlane2Flag},
@@ -39,15 +32,6 @@ constexpr Designation kWritten[] = {
 constexpr std::string_view kPlane1Designation = "$(Q";
 constexpr std::string_view kPlane2Designation = "$(P";
 constexpr std::string_view kAsciiDesignation = "(B";
-
-// The designation that stands in text at the input's position; null: none, or not
-// all of it.
-const Designation* designationAt(std::string_view text) {
-  for (const Designation& designation : kRead) {
-    if (text.starts_with(designation.bytes)) return &designation;
-  }
-  return nullptr;
-}
 
 std::string_view inputLeft(const ConverterRecord& record) {
   return {reinterpret_cast<const char*>(record.input) + record.inputPosition,
@@ -139,6 +123,20 @@ void closeText(ConverterRecord& record) {
 }
 
 }  // namespace
+
+const Designation* designationAt(std::string_view text) {
+  for (const Designation& designation : kRead) {
+    if (text.starts_with(designation.bytes)) return &designation;
+  }
+  return nullptr;
+}
+
+std::string_view designationBytes(CharsetId group) {
+  for (const Designation& designation : kRead) {
+    if (designation.group == group && designation.codeFlag == 0) return designation.bytes;
+  }
+  return {};
+}
 
 void decodeIso2022Jp(ConverterRecord& record) {
   const int32_t start = record.inputPosition;

@@ -1,0 +1,171 @@
+// What runs of the bulk path over many characters are made of.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "cconv/convert/direct_table.h"
+
+namespace ksv {
+
+// Where a conversion stands.
+struct BulkPosition {
+  const uint8_t* input;
+  uint8_t* output;
+  uint32_t characters;
+  uint32_t units;
+  const uint8_t* behindReturn;  // behind the carriage return that was read last
+  uint32_t decoderState;        // the designated groups, of charsets with escape sequences
+  uint32_t designatedGroup;
+
+  // Puts a short entry out.
+  void take(ShortEntry entry) {
+    storeShort(output, entry);
+    output += shortLength(entry);
+  }
+  void advance(uint32_t bytes, uint32_t count) {
+    input += bytes;
+    characters += count;
+    units += count;
+  }
+};
+
+// How all of ASCII is written, line ends left out where they are converted.
+enum class AsciiOutput : uint8_t {
+  kOther,
+  kBytes,        // as it is
+  kLittleUnits,  // as units of two bytes
+  kBigUnits
+};
+
+// What runs over ASCII leave to others, or to the engine.
+struct AsciiStops {
+  bool lineEnds = false;
+  bool escape = false;
+  bool del = false;
+
+  bool any() const { return lineEnds || escape || del; }
+  bool operator==(const AsciiStops&) const = default;
+};
+
+// What the runs of one call have in common.
+struct ShortRun {
+  const ShortTable::Slot* slots;
+  AsciiStops stops;
+
+  ShortEntry at(uint32_t index) const { return slots[index].load(std::memory_order_relaxed); }
+  bool hasSingles(uint8_t byte) const {
+    return byte >= 0x80 && at(ShortTable::kSingles + byte) != kNoShortEntry;
+  }
+};
+
+inline uint64_t loadEight(const uint8_t* bytes) {
+  uint64_t eight;
+  std::memcpy(&eight, bytes, sizeof eight);
+  return eight;
+}
+
+constexpr uint64_t kHighBits = 0x8080808080808080;
+constexpr bool kIsLittleEndian = std::endian::native == std::endian::little;
+
+// How many of eight bytes stand before the first that is not ASCII.
+constexpr uint32_t leadingAscii(uint64_t eight) {
+  const uint64_t high = eight & kHighBits;
+  const int bits = kIsLittleEndian ? std::countr_zero(high) : std::countl_zero(high);
+  return static_cast<uint32_t>(bits) / 8;
+}
+
+// Whether some byte of eight ASCII bytes equals c.
+constexpr bool hasByte(uint64_t eight, uint8_t c) {
+  const uint64_t difference = eight ^ 0x0101010101010101 * c;
+  return ((difference - 0x0101010101010101) & ~difference & kHighBits) != 0;
+}
+
+// Of eight ASCII bytes: one more than the last of them is the high bit.
+constexpr bool hasDelete(uint64_t eight) { return ((eight + 0x0101010101010101) & kHighBits) != 0; }
+
+constexpr bool hasStop(uint64_t eight, const AsciiStops& stops) {
+  return (stops.lineEnds && (hasByte(eight, '\r') || hasByte(eight, '\n'))) ||
+         (stops.escape && hasByte(eight, 0x1B)) || (stops.del && hasDelete(eight));
+}
+
+constexpr uint32_t kAsciiBlock = 64;
+
+inline bool isAsciiBlock(const uint8_t* input, const AsciiStops& stops) {
+  uint64_t all = 0;
+  uint64_t allAndOne = 0;
+  for (uint32_t i = 0; i < kAsciiBlock; i += 8) {
+    const uint64_t eight = loadEight(input + i);
+    all |= eight;
+    allAndOne |= eight + 0x0101010101010101;
+  }
+  if ((all & kHighBits) != 0 || (stops.del && (allAndOne & kHighBits) != 0)) return false;
+  if (!stops.lineEnds && !stops.escape) return true;
+  for (uint32_t i = 0; i < kAsciiBlock; i += 8) {
+    if (hasStop(loadEight(input + i), stops)) return false;
+  }
+  return true;
+}
+
+// Writes count ASCII bytes.
+template <AsciiOutput kAscii, uint32_t kCount>
+inline void writeAscii(uint8_t* output, const uint8_t* input) {
+  if constexpr (kAscii == AsciiOutput::kBytes) {
+    std::memcpy(output, input, kCount);
+  } else {
+    for (uint32_t i = 0; i < kCount; ++i) {
+      output[2 * i + (kAscii == AsciiOutput::kBigUnits ? 1 : 0)] = input[i];
+      output[2 * i + (kAscii == AsciiOutput::kBigUnits ? 0 : 1)] = 0;
+    }
+  }
+}
+
+template <AsciiOutput kAscii>
+constexpr uint32_t kAsciiWidth = kAscii == AsciiOutput::kBytes ? 1 : 2;
+
+// Takes leading ASCII bytes, 1 to 8, and whole blocks of them where there are; the
+// number taken of the first eight. None before a line end that matters.
+template <AsciiOutput kAscii>
+inline uint32_t takeAscii(const ShortRun& run, BulkPosition& at, uint32_t wanted,
+                          uint32_t leading) {
+  if (leading == 8) {
+    uint32_t blocks = 0;
+    while (wanted - at.characters >= kAsciiBlock && isAsciiBlock(at.input, run.stops)) {
+      writeAscii<kAscii, kAsciiBlock>(at.output, at.input);
+      at.output += kAsciiBlock * kAsciiWidth<kAscii>;
+      at.advance(kAsciiBlock, kAsciiBlock);
+      ++blocks;
+    }
+    if (blocks > 0) return 8;
+  }
+  // Behind the leading ones it may stop in vain, which is no harm.
+  if (run.stops.any() && hasStop(loadEight(at.input) & ~kHighBits, run.stops)) return 0;
+  writeAscii<kAscii, 8>(at.output, at.input);
+  at.output += leading * kAsciiWidth<kAscii>;
+  at.advance(leading, leading);
+  return leading;
+}
+
+// The same for eight or more units of two bytes, written as bytes.
+template <bool kBigEndian>
+inline bool takeAsciiUnits(const ShortRun& run, BulkPosition& at, uint32_t wanted) {
+  constexpr uint32_t kUnits = 8;
+  constexpr bool kHighByteFirst = kBigEndian == kIsLittleEndian;
+  constexpr uint64_t kNotAscii = kHighByteFirst ? 0x80FF80FF80FF80FF : 0xFF80FF80FF80FF80;
+  bool any = false;
+  while (wanted - at.characters >= kUnits) {
+    if (((loadEight(at.input) | loadEight(at.input + 8)) & kNotAscii) != 0) break;
+    uint8_t bytes[kUnits];
+    for (uint32_t i = 0; i < kUnits; ++i) bytes[i] = at.input[2 * i + (kBigEndian ? 1 : 0)];
+    if (run.stops.any() && hasStop(loadEight(bytes), run.stops)) break;
+    std::memcpy(at.output, bytes, kUnits);
+    at.output += kUnits;
+    at.advance(2 * kUnits, kUnits);
+    any = true;
+  }
+  return any;
+}
+
+}  // namespace ksv
