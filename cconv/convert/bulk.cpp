@@ -154,7 +154,7 @@ class FormConverter : public BulkConverter {
     storeBytes(at.output, entry);
     at.output += outputLength(entry);
     at.units += designates_ ? 1 : unitCount(entry);
-    if (designates_) at.designatedGroup = designatedGroupOf(entry);
+    if (designates_) at.designatedGroup = designatedGroupOf(found.entry);
     if ((found.entry & kCarriageReturn) != 0) at.behindReturn = at.input;
   }
 

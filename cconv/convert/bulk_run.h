@@ -10,6 +10,10 @@
 
 namespace ksv {
 
+// The pieces of a run have to stand in its loop, or the position would live in memory,
+// which every output that is written could change for all the compiler knows.
+#define KSV_IN_LOOP [[gnu::always_inline]] inline
+
 // Where a conversion stands.
 struct BulkPosition {
   const uint8_t* input;
@@ -21,11 +25,11 @@ struct BulkPosition {
   uint32_t designatedGroup;
 
   // Puts a short entry out.
-  void take(ShortEntry entry) {
+  KSV_IN_LOOP void take(ShortEntry entry) {
     storeShort(output, entry);
     output += shortLength(entry);
   }
-  void advance(uint32_t bytes, uint32_t count) {
+  KSV_IN_LOOP void advance(uint32_t bytes, uint32_t count) {
     input += bytes;
     characters += count;
     units += count;
@@ -93,7 +97,7 @@ constexpr bool hasStop(uint64_t eight, const AsciiStops& stops) {
 
 constexpr uint32_t kAsciiBlock = 64;
 
-inline bool isAsciiBlock(const uint8_t* input, const AsciiStops& stops) {
+KSV_IN_LOOP bool isAsciiBlock(const uint8_t* input, const AsciiStops& stops) {
   uint64_t all = 0;
   uint64_t allAndOne = 0;
   for (uint32_t i = 0; i < kAsciiBlock; i += 8) {
@@ -111,7 +115,7 @@ inline bool isAsciiBlock(const uint8_t* input, const AsciiStops& stops) {
 
 // Writes count ASCII bytes.
 template <AsciiOutput kAscii, uint32_t kCount>
-inline void writeAscii(uint8_t* output, const uint8_t* input) {
+KSV_IN_LOOP void writeAscii(uint8_t* output, const uint8_t* input) {
   if constexpr (kAscii == AsciiOutput::kBytes) {
     std::memcpy(output, input, kCount);
   } else {
@@ -128,8 +132,8 @@ constexpr uint32_t kAsciiWidth = kAscii == AsciiOutput::kBytes ? 1 : 2;
 // Takes leading ASCII bytes, 1 to 8, and whole blocks of them where there are; the
 // number taken of the first eight. None before a line end that matters.
 template <AsciiOutput kAscii>
-inline uint32_t takeAscii(const ShortRun& run, BulkPosition& at, uint32_t wanted,
-                          uint32_t leading) {
+KSV_IN_LOOP uint32_t takeAscii(const ShortRun& run, BulkPosition& at, uint32_t wanted,
+                               uint32_t leading) {
   if (leading == 8) {
     uint32_t blocks = 0;
     while (wanted - at.characters >= kAsciiBlock && isAsciiBlock(at.input, run.stops)) {
@@ -150,7 +154,7 @@ inline uint32_t takeAscii(const ShortRun& run, BulkPosition& at, uint32_t wanted
 
 // The same for eight or more units of two bytes, written as bytes.
 template <bool kBigEndian>
-inline bool takeAsciiUnits(const ShortRun& run, BulkPosition& at, uint32_t wanted) {
+KSV_IN_LOOP bool takeAsciiUnits(const ShortRun& run, BulkPosition& at, uint32_t wanted) {
   constexpr uint32_t kUnits = 8;
   constexpr bool kHighByteFirst = kBigEndian == kIsLittleEndian;
   constexpr uint64_t kNotAscii = kHighByteFirst ? 0x80FF80FF80FF80FF : 0xFF80FF80FF80FF80;

@@ -55,7 +55,7 @@ constexpr uint32_t designatedGroupOf(Entry entry) {
 constexpr Entry withoutDesignation(Entry entry) {
   const uint32_t escapeLength = entry >> 52 & 0x3F;
   const Entry bytes = (entry & 0xFFFFFFFFFFFF) >> (8 * escapeLength);
-  return (entry & (kLineEnd | Entry{0xF} << 58)) | Entry{1} << 52 |
+  return (entry & kLineEnd) | Entry{1} << 52 |
          static_cast<Entry>(outputLength(entry) - escapeLength) << 48 | bytes;
 }
 

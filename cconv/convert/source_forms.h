@@ -91,7 +91,7 @@ class ByteCodes : public Unshifted {
   static constexpr uint8_t kSingleShift3 = 0x8F;
 
   // Four pairs in a row.
-  static bool runPairs(const ShortRun& run, BulkPosition& at) {
+  KSV_IN_LOOP static bool runPairs(const ShortRun& run, BulkPosition& at) {
     const ShortEntry first = run.at(pairAt(at.input));
     const ShortEntry second = run.at(pairAt(at.input + 2));
     const ShortEntry third = run.at(pairAt(at.input + 4));
@@ -106,7 +106,7 @@ class ByteCodes : public Unshifted {
   }
 
   // Eight single bytes in a row.
-  static bool runSingles(const ShortRun& run, BulkPosition& at) {
+  KSV_IN_LOOP static bool runSingles(const ShortRun& run, BulkPosition& at) {
     ShortEntry entries[8];
     ShortEntry all = kIsShortEntry;
     for (int i = 0; i < 8; ++i) {
@@ -119,7 +119,7 @@ class ByteCodes : public Unshifted {
     return true;
   }
 
-  static bool runOne(const ShortRun& run, BulkPosition& at) {
+  KSV_IN_LOOP static bool runOne(const ShortRun& run, BulkPosition& at) {
     const ShortEntry single = run.at(ShortTable::kSingles + at.input[0]);
     if (single != kNoShortEntry) {
       at.take(single);
@@ -205,8 +205,8 @@ class UnicodeSource : public Unshifted {
   }
 
   // Four characters in a row that have short entries.
-  static bool takeFour(const ShortRun& run, BulkPosition& at, const uint32_t (&values)[4],
-                       uint32_t bytes) {
+  KSV_IN_LOOP static bool takeFour(const ShortRun& run, BulkPosition& at,
+                                   const uint32_t (&values)[4], uint32_t bytes) {
     const ShortEntry first = run.at(values[0]);
     const ShortEntry second = run.at(values[1]);
     const ShortEntry third = run.at(values[2]);
@@ -220,7 +220,8 @@ class UnicodeSource : public Unshifted {
     return true;
   }
 
-  static bool takeOne(const ShortRun& run, BulkPosition& at, uint32_t value, uint32_t bytes) {
+  KSV_IN_LOOP static bool takeOne(const ShortRun& run, BulkPosition& at, uint32_t value,
+                                  uint32_t bytes) {
     const ShortEntry entry = run.at(value);
     if (entry == kNoShortEntry) return false;
     at.take(entry);
@@ -273,7 +274,7 @@ class Utf8 : public UnicodeSource {
   }
 
  private:
-  static bool runOne(const ShortRun& run, BulkPosition& at) {
+  KSV_IN_LOOP static bool runOne(const ShortRun& run, BulkPosition& at) {
     const uint32_t lead = at.input[0];
     if (lead < 0xC0) return takeOne(run, at, lead, 1);
     if (lead < 0xE0) return takeOne(run, at, twoBytes(at.input), 2);
@@ -281,7 +282,7 @@ class Utf8 : public UnicodeSource {
   }
 
   // Whether four characters of three bytes follow each other.
-  static bool areThreeBytesEach(const uint8_t* input, uint64_t firstEight) {
+  KSV_IN_LOOP static bool areThreeBytesEach(const uint8_t* input, uint64_t firstEight) {
     return (firstEight & 0xC0F0C0C0F0C0C0F0) == 0x80E08080E08080E0 &&
            (loadEight(input + 4) & 0xC0C0F0C0C0F0C0C0) == 0x8080E08080E08080;
   }
