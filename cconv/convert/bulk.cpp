@@ -17,12 +17,16 @@
 namespace ksv {
 namespace {
 
-constinit std::atomic<bool> bulkPathEnabled = true;
+constinit std::atomic<BulkPath> bulkPath = BulkPath::kWhereItPays;
 
-// Fewer bytes of input than this are not worth a table.
-constexpr int32_t kLeastInput = 1024;
+// Fewer bytes of input than this are not worth handing over.
+constexpr int32_t kLeastText = 16;
+// Fewer are not worth a table, unless that many have come in short inputs before.
+constexpr int64_t kLeastInput = 1024;
+constexpr int64_t kLeastInputs = 4096;
 // What storing an entry touches.
 constexpr ptrdiff_t kEntryBytes = sizeof(Entry);
+constexpr ptrdiff_t kShortEntryBytes = sizeof(ShortEntry);
 
 // What the output of a character depends on besides its own bytes.
 struct TableKey {
@@ -56,6 +60,7 @@ bool languageMayBeDue(const ConverterRecord& record) {
 
 // What is checked once for so many characters: that they have room.
 constexpr uint32_t kBatch = 256;
+constexpr uint32_t kLeastBatch = 16;
 
 template <typename Form>
 class FormConverter : public BulkConverter {
@@ -78,18 +83,22 @@ class FormConverter : public BulkConverter {
     BulkPosition batchBefore = at;
     for (;;) {
       const uint32_t batch = charactersWithRoom(inputEnd - at.input, outputEnd - at.output);
-      // No smaller batches: the last two characters then lie in the last two of them.
-      if (batch < kRedone) break;
+      // The last two characters then lie in the last two batches.
+      if (batch < kLeastBatch) break;
       batchBefore = batchStart;
       batchStart = at;
       const uint32_t wanted = at.characters + batch;
       advance(form, at, wanted);
       if (at.characters != wanted) break;
     }
+    const uint32_t beforeTail = at.characters;
+    BulkPosition end = runTail(form, at, inputEnd, outputEnd);
     if (at.characters <= kRedone) return;  // not worth handing over
     const uint32_t kept = at.characters - kRedone;
-    BulkPosition end = kept >= batchStart.characters ? batchStart : batchBefore;
-    advance(form, end, kept);
+    if (kept < beforeTail) {
+      end = kept >= batchStart.characters ? batchStart : batchBefore;
+      advance(form, end, kept);
+    }
     takeOver(record, end);
   }
 
@@ -141,6 +150,43 @@ class FormConverter : public BulkConverter {
       if (Lane* lane = laneAt(form, at); lane != nullptr)
         lane->table.remember(found.shortIndex, shortEntryOf(withoutDesignation(found.entry)));
     }
+  }
+
+  // Goes on character by character, as far as short entries answer, where the buffers
+  // have no more room than that. Returns where it was kRedone characters before its end.
+  BulkPosition runTail(const Form& form, BulkPosition& at, const uint8_t* inputEnd,
+                       const uint8_t* outputEnd) {
+    BulkPosition before[kRedone] = {at, at};
+    Lane* const lane = laneAt(form, at);
+    if (lane == nullptr || !lane->table.isThere()) return at;
+    const ShortRun run = {lane->table.slots(), lane->stops};
+    for (;;) {
+      if (outputEnd - at.output < kShortEntryBytes) break;
+      const BulkPosition start = at;
+      const ptrdiff_t left = inputEnd - at.input;
+      if (!Form::takeLast(run, at, left) &&
+          !(learnShort(form, at, left, *lane) && Form::takeLast(run, at, left))) {
+        break;
+      }
+      before[0] = before[1];
+      before[1] = start;
+    }
+    return before[0];
+  }
+
+  // Looks the character up that has no short entry yet, within the bytes that are left.
+  // False when it has none.
+  bool learnShort(const Form& form, BulkPosition at, ptrdiff_t left, Lane& lane) const {
+    uint8_t padded[Form::kLongestInput] = {};
+    if (left <= 0) return false;
+    std::memcpy(padded, at.input, static_cast<size_t>(std::min(left, Form::kLongestInput)));
+    at.input = padded;
+    const source_forms::Found found = form.next(at);
+    if (found.entry == kNoEntry || found.length > left) return false;
+    if (designates_ && designatedGroupOf(found.entry) != at.designatedGroup) return false;
+    const ShortEntry entry = shortEntryOf(withoutDesignation(found.entry));
+    lane.table.remember(found.shortIndex, entry);
+    return entry != kNoShortEntry && found.shortIndex != ShortTable::kNoIndex;
   }
 
   void takeEntry(BulkPosition& at, const source_forms::Found& found) const {
@@ -307,37 +353,82 @@ std::unique_ptr<BulkConverter> makeConverter(const TableKey& key, SourceForm for
 }
 
 // Every bulk converter that has been asked for, those that do not exist included.
+// They are found without a lock; only making one takes it.
 class BulkConverters : public DerivedTables {
  public:
-  BulkConverter* find(const TableKey& key, SourceForm form) {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    for (const Known& known : known_) {
-      if (known.key == key) return known.converter.get();
+  ~BulkConverters() override {
+    for (auto& place : places_) delete place.load(std::memory_order_relaxed);
+  }
+
+  // Null when there is none for the key, or too few bytes have been converted with it
+  // for making tables to pay.
+  BulkConverter* find(const TableKey& key, SourceForm form, int64_t bytes) {
+    Known* known = knownFor(key);
+    if (known == nullptr) return nullptr;
+    if (bytes < kLeastInput && known->bytes.load(std::memory_order_relaxed) < kLeastInputs) {
+      known->bytes.fetch_add(bytes, std::memory_order_relaxed);
+      return nullptr;
     }
-    if (known_.size() >= kMostConverters) return nullptr;
-    known_.push_back({key, makeConverter(key, form)});
-    return known_.back().converter.get();
+    std::call_once(known->once, [&] { known->converter = makeConverter(key, form); });
+    return known->converter.get();
   }
 
  private:
-  // With 35 KB of page pointers each, 9 MB; all charsets of the directory with one
-  // set of options, and more than any process has been seen to use.
-  static constexpr size_t kMostConverters = 256;
+  // A quarter of the places stay free. With 35 KB of page pointers each, 14 MB; all
+  // charsets of the directory with one set of options, and more than any process has
+  // been seen to use.
+  static constexpr size_t kPlaces = 512;
+  static constexpr size_t kMostConverters = 384;
 
   struct Known {
-    TableKey key;
+    explicit Known(const TableKey& knownKey) : key(knownKey) {}
+    const TableKey key;
+    std::atomic<int64_t> bytes = 0;  // of short inputs so far
+    std::once_flag once;
     std::unique_ptr<BulkConverter> converter;
   };
+
+  Known* knownFor(const TableKey& key) {
+    for (size_t place = hashOf(key);; ++place) {
+      Known* known = places_[place % kPlaces].load(std::memory_order_acquire);
+      if (known == nullptr) return addKnown(key);
+      if (known->key == key) return known;
+    }
+  }
+
+  Known* addKnown(const TableKey& key) {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    for (size_t place = hashOf(key);; ++place) {
+      std::atomic<Known*>& slot = places_[place % kPlaces];
+      Known* known = slot.load(std::memory_order_relaxed);
+      if (known != nullptr && known->key == key) return known;
+      if (known != nullptr) continue;
+      if (count_ >= kMostConverters) return nullptr;
+      known = new Known(key);
+      ++count_;
+      slot.store(known, std::memory_order_release);
+      return known;
+    }
+  }
+
+  static size_t hashOf(const TableKey& key) {
+    const auto mixed = (reinterpret_cast<uintptr_t>(key.source) >> 4) * 0x9E3779B97F4A7C15 +
+                       (reinterpret_cast<uintptr_t>(key.target) >> 4) * 0xC2B2AE3D27D4EB4F +
+                       key.newlineForm * 8 + (key.convertNewlines ? 4 : 0) +
+                       (key.inputBigEndian ? 2 : 0) + (key.outputBigEndian ? 1 : 0);
+    return static_cast<size_t>(mixed >> 40 ^ mixed) % kPlaces;
+  }
+
   std::mutex mutex_;
-  std::vector<Known> known_;
+  size_t count_ = 0;
+  std::array<std::atomic<Known*>, kPlaces> places_ = {};
 };
 
 BulkConverters& convertersOfProcess() {
-  static std::mutex mutex;
-  const std::lock_guard<std::mutex> guard(mutex);
-  auto& derived = ruleBase.lists->derived;
-  if (derived == nullptr) derived = std::make_unique<BulkConverters>();
-  return static_cast<BulkConverters&>(*derived);
+  DerivedPlace& derived = ruleBase.lists->derived;
+  DerivedTables* tables = derived.get();
+  if (tables == nullptr) tables = derived.fill(std::make_unique<BulkConverters>());
+  return static_cast<BulkConverters&>(*tables);
 }
 
 }  // namespace
@@ -351,17 +442,18 @@ bool isMarkPending(const ConverterRecord& record) {
 }
 
 BulkConverter* findBulkConverter(const ConverterRecord& record) try {
-  if (bytesLeft(record) < kLeastInput || !bulkPathEnabled.load(std::memory_order_relaxed)) {
-    return nullptr;
-  }
+  const BulkPath path = bulkPath.load(std::memory_order_relaxed);
+  const int64_t bytes = path == BulkPath::kAlways ? kLeastInput : bytesLeft(record);
+  if (bytes < kLeastText || path == BulkPath::kNever) return nullptr;
   const SourceForm form = sourceDecoder(record)->sourceForm;
   // With a supplementary mode a character's output depends on the replacements too.
   if (form == SourceForm::kOther || record.options.supplementaryMode != 0) return nullptr;
-  return ruleBase.lists == nullptr ? nullptr : convertersOfProcess().find(keyOf(record), form);
+  return ruleBase.lists == nullptr ? nullptr
+                                   : convertersOfProcess().find(keyOf(record), form, bytes);
 } catch (const std::bad_alloc&) {
   return nullptr;
 }
 
-void setBulkPathEnabled(bool enabled) { bulkPathEnabled.store(enabled, std::memory_order_relaxed); }
+void setBulkPath(BulkPath path) { bulkPath.store(path, std::memory_order_relaxed); }
 
 }  // namespace ksv

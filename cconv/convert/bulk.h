@@ -32,7 +32,9 @@ bool isMarkPending(const ConverterRecord& record);
 // making tables to pay.
 BulkConverter* findBulkConverter(const ConverterRecord& record);
 
-// For tests: off, every character takes the step-by-step engine.
-void setBulkPathEnabled(bool enabled);
+// For tests: with kNever every character takes the step-by-step engine, and with
+// kAlways even the shortest input the bulk path.
+enum class BulkPath { kNever, kWhereItPays, kAlways };
+void setBulkPath(BulkPath path);
 
 }  // namespace ksv

@@ -1,6 +1,7 @@
 #include "cconv/convert/codec_table.h"
 
 #include <cstring>
+#include <string>
 
 #include "cconv/convert/codecs/euc_jp.h"
 #include "cconv/convert/codecs/iso_2022_jp.h"
@@ -47,7 +48,24 @@ constexpr CodecEntry kCodecTable[] = {
     {"constOASYS_ONLINE", codecs::encodeSame},
 };
 
+const CodecEntry* remembered(std::atomic<const CodecEntry*>& place, const std::string& name) {
+  const CodecEntry* entry = place.load(std::memory_order_relaxed);
+  if (entry == nullptr) {
+    entry = findRuleRecordByName(name.c_str());
+    place.store(entry, std::memory_order_relaxed);
+  }
+  return entry;
+}
+
 }  // namespace
+
+const CodecEntry* encoderOf(const CharsetDef& charset) {
+  return remembered(charset.encoder, charset.construle);
+}
+
+const CodecEntry* decoderOf(const CharsetDef& charset) {
+  return remembered(charset.decoder, charset.destrule);
+}
 
 const CodecEntry* findRuleRecordByName(const char* name) {
   if (name == nullptr || *name == '\0') return nullptr;

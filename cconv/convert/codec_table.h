@@ -1,6 +1,7 @@
 // The codec table: the decoders and encoders that a rule file can name.
 #pragma once
 
+#include "cconv/rules/rule_model.h"
 #include "ksv_cconv.h"
 
 namespace ksv {
@@ -37,5 +38,9 @@ struct CodecEntry {
 // The entry of exactly that name, in table order; null for an empty or unknown
 // name.
 const CodecEntry* findRuleRecordByName(const char* name);
+
+// The same for the names of a charset, looked up once.
+const CodecEntry* encoderOf(const CharsetDef& charset);
+const CodecEntry* decoderOf(const CharsetDef& charset);
 
 }  // namespace ksv

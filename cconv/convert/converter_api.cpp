@@ -67,7 +67,7 @@ uint32_t cconvInitConvert(ConverterRecord* record, const ConvertOptions* options
   loadEncodingTables(*charset);
   record->targetCharset = charset;
   record->targetCharsetId = charset->id;
-  record->targetEncoder = ksv::findRuleRecordByName(charset->construle.c_str());
+  record->targetEncoder = ksv::encoderOf(*charset);
   if (options != nullptr) {
     record->options = *options;
   } else {
@@ -91,7 +91,7 @@ uint32_t cconvChgCharset(ConverterRecord* record, uint32_t sourceParameters[3],
   loadDecodingTables(*charset);
   record->sourceCharset = charset;
   record->sourceCharsetId = charset->id;
-  record->sourceDecoder = ksv::findRuleRecordByName(charset->destrule.c_str());
+  record->sourceDecoder = ksv::decoderOf(*charset);
   record->decodedGroup = 0;
   record->decodedGroupType = 0;
   record->decoderState = ksv::charset_id::kIso646Irv;

@@ -61,6 +61,10 @@ class Iso2022Jp {
     ByteCodes::runShort<kAscii>(run, position, wanted);
   }
 
+  static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
+    return ByteCodes::takeLast(run, at, left);
+  }
+
  private:
   static constexpr uint32_t kSingleBytes = 256;  // the page of single bytes
   static constexpr CharsetId kGroups[kShiftStates] = {

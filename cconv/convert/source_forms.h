@@ -86,6 +86,11 @@ class ByteCodes : public Unshifted {
     position = at;
   }
 
+  KSV_IN_LOOP static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
+    // A pair is not looked for in the last byte.
+    return left >= 2 ? runOne(run, at) : left == 1 && runSingle(run, at);
+  }
+
  private:
   static constexpr uint32_t kSingleBytes = 256;  // the page of single bytes
   static constexpr uint8_t kSingleShift3 = 0x8F;
@@ -119,13 +124,16 @@ class ByteCodes : public Unshifted {
     return true;
   }
 
-  KSV_IN_LOOP static bool runOne(const ShortRun& run, BulkPosition& at) {
+  KSV_IN_LOOP static bool runSingle(const ShortRun& run, BulkPosition& at) {
     const ShortEntry single = run.at(ShortTable::kSingles + at.input[0]);
-    if (single != kNoShortEntry) {
-      at.take(single);
-      at.advance(1, 1);
-      return true;
-    }
+    if (single == kNoShortEntry) return false;
+    at.take(single);
+    at.advance(1, 1);
+    return true;
+  }
+
+  KSV_IN_LOOP static bool runOne(const ShortRun& run, BulkPosition& at) {
+    if (runSingle(run, at)) return true;
     const ShortEntry pair = run.at(pairAt(at.input));
     if (pair == kNoShortEntry) return false;
     at.take(pair);
@@ -273,6 +281,12 @@ class Utf8 : public UnicodeSource {
     position = at;
   }
 
+  KSV_IN_LOOP static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
+    if (left <= 0) return false;
+    const uint32_t lead = at.input[0];
+    return left >= (lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : 3) && runOne(run, at);
+  }
+
  private:
   KSV_IN_LOOP static bool runOne(const ShortRun& run, BulkPosition& at) {
     const uint32_t lead = at.input[0];
@@ -314,6 +328,11 @@ class TwoByteSource : public UnicodeSource {
  protected:
   explicit TwoByteSource(const TableCursor& cursor) : UnicodeSource(cursor) {}
 
+  template <bool kBigEndian>
+  KSV_IN_LOOP static bool takeLastUnit(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
+    return left >= 2 && takeOne(run, at, readUnit(at.input, 2, kBigEndian), 2);
+  }
+
   template <AsciiOutput kAscii, bool kBigEndian>
   static void runUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
     BulkPosition at = position;
@@ -351,6 +370,10 @@ class Utf16 : public TwoByteSource {
     runUnits<kAscii, kBigEndian>(run, position, wanted);
   }
 
+  static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
+    return takeLastUnit<kBigEndian>(run, at, left);
+  }
+
  private:
   static int32_t makeBytes(uint32_t value, uint8_t* bytes) {
     if (isSurrogate(value) || isMark(value)) return 0;
@@ -381,6 +404,12 @@ class FixedUnits : public TwoByteSource {
   template <AsciiOutput kAscii>
   static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
     if constexpr (kWidth == 2) runUnits<kAscii, kBigEndian>(run, position, wanted);
+  }
+
+  static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
+    if (left < ptrdiff_t{kWidth}) return false;
+    const uint32_t value = readUnit(at.input, kWidth, kBigEndian);
+    return value < ShortTable::kSingles && takeOne(run, at, value, kWidth);
   }
 
  private:

@@ -1,12 +1,12 @@
 #include "cconv/rules/names.h"
 
-#include <cstring>
+#include <string_view>
 
 namespace ksv {
 namespace {
 
 struct KnownName {
-  const char* name;
+  std::string_view name;
   CharsetId id;
 };
 
@@ -36,8 +36,13 @@ void lowerAscii(char* text) {
 
 CharsetId nameToId(char* name) {
   lowerAscii(name);
+  const std::string_view lowered = name;
   for (const KnownName& known : kKnownNames) {
-    if (std::strcmp(known.name, name) == 0) return known.id;
+    // Lengths and last letters tell most names apart.
+    if (known.name.size() == lowered.size() && known.name.back() == lowered.back() &&
+        known.name == lowered) {
+      return known.id;
+    }
   }
   CharsetId id = kFirstHashedId;
   for (uint32_t position = 1; *name != '\0'; ++name, ++position) {

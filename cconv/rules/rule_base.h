@@ -2,6 +2,7 @@
 // lock under which code tables are filled.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,6 +18,29 @@ namespace ksv {
 class DerivedTables {
  public:
   virtual ~DerivedTables() = default;
+};
+
+// The place of the derived tables, which any thread may fill first.
+class DerivedPlace {
+ public:
+  DerivedPlace() = default;
+  ~DerivedPlace() { reset(); }
+  DerivedPlace(const DerivedPlace&) = delete;
+  DerivedPlace& operator=(const DerivedPlace&) = delete;
+
+  DerivedTables* get() const { return tables_.load(std::memory_order_acquire); }
+  // What is there afterwards: these, or what another thread put there before.
+  DerivedTables* fill(std::unique_ptr<DerivedTables> made) {
+    DerivedTables* present = nullptr;
+    if (tables_.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel))
+      return made.release();
+    return present;
+  }
+  // While nobody converts.
+  void reset() { delete tables_.exchange(nullptr); }
+
+ private:
+  std::atomic<DerivedTables*> tables_ = nullptr;
 };
 
 // The two lists of the rule base, with an index by id beside each.
@@ -35,7 +59,7 @@ class RuleLists {
   }
 
   // Filled by the conversion engine; reset when rule files are loaded again.
-  std::unique_ptr<DerivedTables> derived;
+  DerivedPlace derived;
 
   const RuleList<std::unique_ptr<CharsetDef>>& charsets() const { return charsets_; }
   const RuleList<std::unique_ptr<SubsetDef>>& subsets() const { return subsets_; }

@@ -105,6 +105,8 @@ class EncodedCodeCache {
   std::array<std::atomic<Page*>, (kCodes >> 8)> pages_ = {};
 };
 
+struct CodecEntry;
+
 // One charset, as a rule file defines it.
 struct CharsetDef {
   std::string name;  // lower-cased
@@ -135,6 +137,10 @@ struct CharsetDef {
   bool hasUserMembers() const { return hasUserMembers_; }
 
   mutable std::unique_ptr<EncodedCodeCache> encodedCodes;
+  // Where the conversion engine keeps what it found for the two names above; any
+  // thread may fill them.
+  mutable std::atomic<const CodecEntry*> encoder = nullptr;
+  mutable std::atomic<const CodecEntry*> decoder = nullptr;
 
  private:
   std::vector<int32_t> idSlots_;  // open addressing by id, -1: free

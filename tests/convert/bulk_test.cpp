@@ -2,8 +2,10 @@
 // and cuts, every byte and every field is the same.
 #include "cconv/convert/bulk.h"
 
+#include <atomic>
 #include <cstring>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include "tests/convert/converter.h"
@@ -20,8 +22,8 @@ constexpr const char* kCharsets[] = {
 
 class EngineOnly {
  public:
-  EngineOnly() { ksv::setBulkPathEnabled(false); }
-  ~EngineOnly() { ksv::setBulkPathEnabled(true); }
+  EngineOnly() { ksv::setBulkPath(ksv::BulkPath::kNever); }
+  ~EngineOnly() { ksv::setBulkPath(ksv::BulkPath::kAlways); }
 };
 
 // One call after another until the end, with what each leaves in the record.
@@ -174,6 +176,21 @@ TEST_F(Bulk, RandomBytesConvertAsTheEngineConvertsThem) {
   }
 }
 
+TEST_F(Bulk, TheShortestTextsConvertAsTheEngineConvertsThem) {
+  Random random(8);
+  for (const char* source : kCharsets) {
+    for (const char* target : kCharsets) {
+      const Bytes text = randomText(random, source);
+      ksv::setBulkPath(ksv::BulkPath::kAlways);
+      for (size_t length = 0; length < 40; ++length)
+        expectSame(randomSetup(random, source, target), text.substr(0, length), {400});
+      for (int32_t capacity = 1; capacity < 90; ++capacity)
+        expectSame(randomSetup(random, source, target), text.substr(0, 40), {capacity, 400});
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
 TEST_F(Bulk, EveryOutputSizeAroundTheBatches) {
   const Bytes input = [] {
     Bytes text;
@@ -209,6 +226,34 @@ TEST_F(Bulk, AMarkAtEveryPlaceComposesWithItsBase) {
     expectSame({"UTF-8", "Shift_JIS"}, text, {10000});
     if (HasFatalFailure()) return;
   }
+}
+
+TEST_F(Bulk, ManyThreadsThatStartAtOnceDeriveTheSameTables) {
+  Random random(9);
+  const Bytes text = randomText(random, "EUC-JP");
+  Conversion setup{"EUC-JP", "UTF-8"};
+  setup.options.replaceUnmappable = 1;
+  setup.parameters[2] = 1;
+  Bytes expected;
+  {
+    const EngineOnly engineOnly;
+    expected = convertWhole(setup, text).output;
+  }
+  endProcess();  // so that no table is there
+  startProcess();
+  ASSERT_EQ(cconvLoadRule(), 1);
+  std::atomic<int> ready = 0;
+  std::vector<Bytes> outputs(8);
+  std::vector<std::thread> threads;
+  for (Bytes& output : outputs) {
+    threads.emplace_back([&] {
+      ++ready;
+      while (ready < static_cast<int>(outputs.size())) std::this_thread::yield();
+      for (int i = 0; i < 20; ++i) output = convertWhole(setup, text).output;
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (const Bytes& output : outputs) EXPECT_EQ(output, expected);
 }
 
 TEST_F(Bulk, WritesNothingBehindTheOutputsEnd) {

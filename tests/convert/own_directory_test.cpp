@@ -1,11 +1,12 @@
 // What the shipped directory cannot show: charsets of the tests' own, with tables
 // that refuse values, user-defined groups, groups of every width, and sequences.
+#include "tests/convert/own_directory.h"
+
 #include <string>
 #include <vector>
 
 #include "cconv/convert/driver.h"
 #include "tests/convert/converter.h"
-#include "tests/convert/own_directory.h"
 
 namespace ksv_test {
 namespace {
