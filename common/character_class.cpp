@@ -79,10 +79,6 @@ int KSV_isucs2jis(uint16_t unit) { return KSV_isjis(KSV_unicodetosjis(unit)) != 
 
 int KSV_isucs2ank(uint16_t unit) { return KSV_isank(KSV_unicodetosjis(unit)) != 0 ? unit : 0; }
 
-int KSV_isucs2zenhira(uint16_t unit) {
-  return hasSjisCodeBetween(unit, 0x829F, 0x82F1) ? unit : 0;
-}
+int KSV_isucs2zenhira(uint16_t unit) { return hasSjisCodeBetween(unit, 0x829F, 0x82F1) ? unit : 0; }
 
-int KSV_isucs2zenkata(uint16_t unit) {
-  return hasSjisCodeBetween(unit, 0x8340, 0x8396) ? unit : 0;
-}
+int KSV_isucs2zenkata(uint16_t unit) { return hasSjisCodeBetween(unit, 0x8340, 0x8396) ? unit : 0; }

@@ -1,11 +1,10 @@
-#include "ksv_log.h"
-
 #include <string>
 
 #include "common/guard.h"
 #include "common/log_format.h"
 #include "common/path_encoding.h"
 #include "ksv_file.h"
+#include "ksv_log.h"
 #include "ksv_path.h"
 
 static_assert(int{KSV_LOG_PATH_SIZE} == int{KSV_PATH_SIZE});

@@ -1,5 +1,4 @@
 #include "ksv_sjis.h"
-
 #include "sjis_tables.h"
 
 // Neither table has anything below 0x20, so that codes there need no look of their own.

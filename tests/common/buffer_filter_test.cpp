@@ -30,8 +30,7 @@ std::string filtered(Filter filter, const std::string& text, int32_t width) {
   const auto dest = std::make_unique<char[]>(text.size());
   std::memcpy(source.get(), text.data(), text.size());
   std::memset(dest.get(), 0xEE, text.size());
-  const int32_t count =
-      filter(dest.get(), source.get(), static_cast<int32_t>(text.size()), width);
+  const int32_t count = filter(dest.get(), source.get(), static_cast<int32_t>(text.size()), width);
   for (size_t i = static_cast<size_t>(count); i < text.size(); ++i) {
     EXPECT_EQ(dest[i], '\xEE') << i;
   }
@@ -39,12 +38,10 @@ std::string filtered(Filter filter, const std::string& text, int32_t width) {
 }
 
 // The control codes that are dropped, one by one.
-const std::set<uint32_t> kDropped = {1,  2,  3,  4,  5,  6,  7,  8,  11, 12, 14, 15, 16, 17, 18,
-                                     19, 20, 21, 22, 23, 24, 25, 26, 28, 29, 30, 31, 127};
+const std::set<uint32_t> kDropped = {1,  2,  3,  4,  5,  6,  7,  8,  11, 12, 14, 15, 16, 17,
+                                     18, 19, 20, 21, 22, 23, 24, 25, 26, 28, 29, 30, 31, 127};
 
-bool isNullUnit(const std::string& unit, bool) {
-  return unit.find_first_not_of('\0') == unit.npos;
-}
+bool isNullUnit(const std::string& unit, bool) { return unit.find_first_not_of('\0') == unit.npos; }
 
 bool isDroppedControl(const std::string& unit, bool bigEndian) {
   std::string bytes = unit;

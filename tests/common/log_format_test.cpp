@@ -122,9 +122,9 @@ TEST_F(LogFormat, takes_two_per_cent_signs_for_one) {
 
 TEST_F(LogFormat, writes_conversions_that_an_integer_cannot_serve_as_they_stand) {
   for (const char* format :
-       {"%s", "%n", "%hhn", "%ls", "%S", "%lc", "%C", "%f", "%e", "%G", "%La", "%m", "%*d", "%.*d",
-        "%1$d", "%1$n", "%Ld", "%hc", "%lp", "%q", "%w", "%I64d", "%'d", "%", "%-", "%5", "%5.",
-        "%5.3", "%5.3l", "%h", "100%", "% ", "%\n", "%あ", "%\xFF"}) {
+       {"%s",  "%n",   "%hhn", "%ls",  "%S",    "%lc", "%C",   "%f", "%e",  "%G",    "%La",  "%m",
+        "%*d", "%.*d", "%1$d", "%1$n", "%Ld",   "%hc", "%lp",  "%q", "%w",  "%I64d", "%'d",  "%",
+        "%-",  "%5",   "%5.",  "%5.3", "%5.3l", "%h",  "100%", "% ", "%\n", "%あ",   "%\xFF"}) {
     EXPECT_EQ(printed(format, 77), format);
   }
 }

@@ -1,10 +1,9 @@
-#include "ksv_log.h"
-
 #include <cstring>
 #include <regex>
 #include <vector>
 
 #include "ksv_file.h"
+#include "ksv_log.h"
 #include "tests/common/support.h"
 
 using ksv::test::exists;
@@ -126,8 +125,8 @@ TEST(LogPath, is_a_format_with_the_argument_0) {
 
 TEST(LogPath, can_do_no_harm) {
   TempDirectory directory;
-  for (const char* path : {"%s%s%s%s%s", "%n%n%n", "%999999999d", "a/%1$n", "%*s", "%", "50%",
-                           "%ls", "%hhn.txt"}) {
+  for (const char* path :
+       {"%s%s%s%s%s", "%n%n%n", "%999999999d", "a/%1$n", "%*s", "%", "50%", "%ls", "%hhn.txt"}) {
     EXPECT_EQ(loggedPath(path), path);
   }
 }

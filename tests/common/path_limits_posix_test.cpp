@@ -105,8 +105,7 @@ TEST_F(LongPath, of_780_units_is_refused_by_the_operations_on_utf8_alone) {
 TEST_F(LongPath, of_780_units_is_not_made_by_the_operations_on_utf8) {
   const std::string path = pathOfUnits(780);
   for (const PathOperation& operation : creatingOperations()) {
-    EXPECT_EQ(operation.run(path.c_str()) == operation.failure, operation.isUtf8)
-        << operation.name;
+    EXPECT_EQ(operation.run(path.c_str()) == operation.failure, operation.isUtf8) << operation.name;
     EXPECT_EQ(exists(path), !operation.isUtf8) << operation.name;
     std::filesystem::remove(path);
   }

@@ -88,12 +88,9 @@ const std::vector<PathOperation>& removingOperations() {
 
 const std::vector<PathOperation>& creatingOperations() {
   static const std::vector<PathOperation> operations = {
-      {"KSV_FileOpen to write", write, 0, true},
-      {"KSV_FileOpenA to write", writeAnsi, 0, false},
-      {"KSV_FileOpen to append", append, 0, true},
-      {"KSV_MkDir", makeDirectory, -1, true},
-      {"KSV_ASC_tmpnam1", makeTemporary, 0, true},
-      {"ksv_logfopen", openLog, 0, true}};
+      {"KSV_FileOpen to write", write, 0, true},   {"KSV_FileOpenA to write", writeAnsi, 0, false},
+      {"KSV_FileOpen to append", append, 0, true}, {"KSV_MkDir", makeDirectory, -1, true},
+      {"KSV_ASC_tmpnam1", makeTemporary, 0, true}, {"ksv_logfopen", openLog, 0, true}};
   return operations;
 }
 

@@ -1,12 +1,11 @@
-#include "ksv_sjis.h"
-
 #include <gtest/gtest.h>
 
+#include "ksv_sjis.h"
 #include "tests/common/sjis_facts.h"
 
-using ksv::test::SjisMap;
 using ksv::test::sjisFacts;
 using ksv::test::sjisFactsReversed;
+using ksv::test::SjisMap;
 
 namespace {
 
@@ -70,8 +69,8 @@ TEST(SjisToUnicode, knows_no_other_single_bytes) {
 }
 
 TEST(SjisToUnicode, knows_no_extensions_and_no_user_defined_codes) {
-  for (const int code : {0x8740, 0x8754, 0x879C, 0xEAA5, 0xED40, 0xEEFC, 0xF040, 0xF9FC, 0xFA40,
-                         0xFC4B, 0xFFFF}) {
+  for (const int code :
+       {0x8740, 0x8754, 0x879C, 0xEAA5, 0xED40, 0xEEFC, 0xF040, 0xF9FC, 0xFA40, 0xFC4B, 0xFFFF}) {
     EXPECT_EQ(KSV_sjistounicode(static_cast<uint16_t>(code)), 0) << std::hex << code;
   }
 }

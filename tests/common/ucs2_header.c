@@ -6,10 +6,9 @@ typedef int (*Predicate)(uint16_t unit);
 typedef uint16_t* (*InPlace)(uint16_t* s);
 typedef uint16_t* (*Copy)(uint16_t* d, const uint16_t* s);
 
-const Predicate ksvUcs2Predicates[] = {KSV_isucs2alnum, KSV_isucs2ascii,   KSV_isucs2cntrl,
-                                       KSV_isucs2digit, KSV_isjis,         KSV_isank,
-                                       KSV_isucs2jis,   KSV_isucs2ank,     KSV_isucs2zenhira,
-                                       KSV_isucs2zenkata};
+const Predicate ksvUcs2Predicates[] = {
+    KSV_isucs2alnum, KSV_isucs2ascii, KSV_isucs2cntrl, KSV_isucs2digit,   KSV_isjis,
+    KSV_isank,       KSV_isucs2jis,   KSV_isucs2ank,   KSV_isucs2zenhira, KSV_isucs2zenkata};
 const InPlace ksvUcs2InPlace[] = {KSV_ucs2strlwr, KSV_ucs2strupr};
 const Copy ksvUcs2Copies[] = {KSV_ucs2strcpy, KSV_ucs2strcat};
 

@@ -1,10 +1,9 @@
 // Whole strings between UCS-2 and Shift_JIS: what is written, byte by byte, where the
 // odd lengths end the conversion, and what is left alone.
-#include "ksv_sjis.h"
-
 #include <string>
 #include <vector>
 
+#include "ksv_sjis.h"
 #include "tests/convert/converter.h"
 
 namespace ksv_test {
@@ -58,9 +57,7 @@ TEST_F(SjisStrings, HalfWidthKatakanaAreSingleBytes) {
   expectBytes(toSjis(u"ｱｲ"), 0, "B1 B2 EE EE EE");
 }
 
-TEST_F(SjisStrings, ExtensionsAreWrittenToo) {
-  expectBytes(toSjis(u"①"), 0, "40 87 EE");
-}
+TEST_F(SjisStrings, ExtensionsAreWrittenToo) { expectBytes(toSjis(u"①"), 0, "40 87 EE"); }
 
 TEST_F(SjisStrings, LineEndsBecomeCrLfAsFarAsThereIsRoom) {
   expectBytes(toSjis(u"a\nb"), 0, "61 0D 0A 62 EE EE EE");
