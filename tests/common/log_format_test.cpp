@@ -6,7 +6,7 @@
 #include <climits>
 #include <memory>
 #include <random>
-#include <regex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -45,31 +45,46 @@ std::string byLibrary(const std::string& conversion, int32_t argument) {
                   : formatted(conversion, static_cast<unsigned long long>(bits));
 }
 
-bool areSmall(const std::string& conversion) {
-  static const std::regex number("[1-9][0-9]*");
-  for (std::sregex_iterator at(conversion.begin(), conversion.end(), number), end; at != end;
-       ++at) {
-    if (at->length() > 4 || std::stoi(at->str()) > 4095) return false;
-  }
-  return true;
+// Digits without their leading zeroes name no more than 4095.
+bool isSmall(std::string digits) {
+  digits.erase(0, digits.find_first_not_of('0'));
+  return digits.size() < 4 || (digits.size() == 4 && digits <= "4095");
 }
 
-// Slow: what is to be carried out, as a regular expression.
+// The conversion that a text begins with; empty when it is none that is carried out.
+std::string conversionAt(const std::string& text) {
+  size_t at = 1;
+  const auto take = [&](const char* characters) {
+    const size_t begin = at;
+    at = std::min(text.find_first_not_of(characters, at), text.size());
+    return text.substr(begin, at - begin);
+  };
+  take("-+ #0");
+  if (!isSmall(take("0123456789"))) return "";
+  const size_t point = at;
+  if (text.compare(at, 1, ".") == 0) ++at;
+  if (at > point && !isSmall(take("0123456789"))) return "";
+  const std::set<std::string> lengths = {"", "h", "hh", "l", "ll", "j", "z", "t"};
+  const std::string length = take("hljzt");
+  if (!lengths.contains(length) || at == text.size()) return "";
+  const std::string letters = length.empty() ? "diouxXcp" : "diouxX";
+  return letters.find(text[at]) == letters.npos ? "" : text.substr(0, at + 1);
+}
+
+// Slow: character by character, and conversions by the C library.
 std::string reference(const std::string& format, int32_t argument) {
-  static const std::regex conversion(
-      "^%[-+ #0]*[0-9]*(\\.[0-9]*)?((hh|h|ll|l|j|z|t)?[diouxX]|[cp])");
   std::string result;
   bool used = false;
   for (size_t at = 0; at < format.size();) {
-    std::smatch match;
     const std::string rest = format.substr(at);
+    const std::string conversion = used || rest[0] != '%' ? "" : conversionAt(rest);
     if (rest.starts_with("%%")) {
       result += '%';
       at += 2;
-    } else if (!used && std::regex_search(rest, match, conversion) && areSmall(match.str())) {
-      result += byLibrary(match.str(), argument);
+    } else if (!conversion.empty()) {
+      result += byLibrary(conversion, argument);
       used = true;
-      at += match.str().size();
+      at += conversion.size();
     } else {
       result += format[at++];
     }

@@ -1,5 +1,4 @@
 #include <cstring>
-#include <regex>
 #include <vector>
 
 #include "ksv_file.h"
@@ -201,9 +200,8 @@ TEST(LogFileName, may_be_written_over_the_path_it_is_made_from) {
   EXPECT_STREQ(path, "dir/input_x.log");
 }
 
-// Slow: the parts by a regular expression.
-TEST(LogFileName, agrees_with_a_regular_expression_for_all_short_paths) {
-  const std::regex parts("^((?:.*[/\\\\])?)([^/\\\\]*?)(?:\\.[^./\\\\]*)?$");
+// Slow: from the end, character by character.
+TEST(LogFileName, agrees_with_a_walk_from_the_end_for_all_short_paths) {
   std::vector<std::string> paths{""};
   for (size_t begin = 0, length = 0; length < 5; ++length) {
     const size_t end = paths.size();
@@ -212,9 +210,13 @@ TEST(LogFileName, agrees_with_a_regular_expression_for_all_short_paths) {
     }
   }
   for (const std::string& path : paths) {
-    std::smatch match;
-    ASSERT_TRUE(std::regex_match(path, match, parts)) << path;
-    ASSERT_EQ(logFileName(path.c_str(), "_s"), match.str(1) + match.str(2) + "_s.log") << path;
+    std::string stem = path;
+    bool dotSeen = false;
+    for (size_t at = path.size(); at > 0 && path[at - 1] != '/' && path[at - 1] != '\\'; --at) {
+      if (!dotSeen && path[at - 1] == '.') stem.resize(at - 1);
+      dotSeen = dotSeen || path[at - 1] == '.';
+    }
+    ASSERT_EQ(logFileName(path.c_str(), "_s"), stem + "_s.log") << path;
   }
 }
 
