@@ -3,18 +3,17 @@
 #include <sched.h>
 #include <sys/mount.h>
 
-#include <array>
-#include <cstring>
-
 #include "ksv_file.h"
 #include "ksv_log.h"
 #include "ksv_memory.h"
 #include "ksv_path.h"
 #include "tests/common/path_operations.h"
+#include "tests/common/print_to.h"
 #include "tests/common/support.h"
 #include "tests/system/fork_posix.h"
 
 using ksv::test::openDescriptors;
+using ksv::test::printTo;
 using ksv::test::TempDirectory;
 
 namespace {
@@ -36,14 +35,6 @@ class FullDevice : public testing::Test {
   ptrdiff_t before_ = 0;
   std::FILE* stream_ = nullptr;
 };
-
-int printTo(std::FILE* stream, const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  const int result = KSV_VfPrintf(stream, format, arguments);
-  va_end(arguments);
-  return result;
-}
 
 // Runs a test's body in a private file system of 64 KB and ten names, mounted at "満".
 template <class Body>
