@@ -24,6 +24,8 @@ struct Conversion {
   int precision = -1;  // none
   int shortness = 0;   // 1 for h, 2 for hh; the longer lengths change nothing
   char letter = 0;
+
+  bool hasPrecision() const { return precision >= 0; }
 };
 
 // Takes a conversion off a format, from behind its per-cent sign; none when it is not
@@ -98,7 +100,11 @@ Specification specificationOf(const Conversion& conversion) {
   for (size_t i = 0; i < kFlagCount; ++i) {
     if (conversion.flags[i]) append(kFlags[i]);
   }
-  for (const char character : {'*', '.', '*'}) append(character);
+  append('*');
+  if (conversion.hasPrecision()) {
+    append('.');
+    append('*');
+  }
   for (int i = 0; i < conversion.shortness; ++i) append('h');
   append(conversion.letter);
   return text;
@@ -107,7 +113,11 @@ Specification specificationOf(const Conversion& conversion) {
 void print(std::FILE* stream, const Conversion& conversion, int32_t argument) {
   const Specification specification = specificationOf(conversion);
   const auto printValue = [&](auto value) {
-    std::fprintf(stream, specification.data(), conversion.width, conversion.precision, value);
+    if (conversion.hasPrecision()) {
+      std::fprintf(stream, specification.data(), conversion.width, conversion.precision, value);
+    } else {
+      std::fprintf(stream, specification.data(), conversion.width, value);
+    }
   };
   const auto bits = static_cast<uint32_t>(argument);
   switch (conversion.letter) {

@@ -166,8 +166,9 @@ TEST_F(LogFormat, prints_every_conversion_as_the_c_library_does) {
   for (const char* flags : {"", "-", "+", " ", "#", "0", "-+", "+0", "#0", "- #"}) {
     for (const char* width : {"", "1", "9"}) {
       for (const char* precision : {"", ".", ".0", ".4"}) {
-        for (const char* conversion : {"d", "i", "o", "u", "x", "X", "hd", "hhx", "hu", "hhi", "ld",
-                                       "lu", "lld", "llX", "jd", "jo", "zu", "td"}) {
+        for (const char* conversion :
+             {"d",  "i",   "o",  "u",  "x",   "X",   "c",  "p",  "hd", "hhx",
+              "hu", "hhi", "ld", "lu", "lld", "llX", "jd", "jo", "zu", "td"}) {
           const std::string format =
               std::string("%").append(flags).append(width).append(precision).append(conversion);
           for (const int32_t argument : kArguments) {
