@@ -42,8 +42,8 @@ class ConversionReader {
     const bool hasLength = readLength();
     conversion_.letter = *at_;
     if (conversion_.letter == '\0') return std::nullopt;
-    // A length would make these two something else.
-    const char* const letters = hasLength ? "diouxX" : "diouxXcp";
+    // A length would make it a wide character.
+    const char* const letters = hasLength ? "diouxX" : "diouxXc";
     if (std::strchr(letters, conversion_.letter) == nullptr) return std::nullopt;
     ++at_;
     return conversion_;
@@ -119,16 +119,13 @@ void print(std::FILE* stream, const Conversion& conversion, int32_t argument) {
       std::fprintf(stream, specification.data(), conversion.width, value);
     }
   };
-  const auto bits = static_cast<uint32_t>(argument);
   switch (conversion.letter) {
     case 'd':
     case 'i':
     case 'c':
       return printValue(int{argument});
-    case 'p':
-      return printValue(reinterpret_cast<void*>(static_cast<uintptr_t>(bits)));
     default:
-      return printValue(unsigned{bits});
+      return printValue(static_cast<unsigned>(argument));
   }
 }
 

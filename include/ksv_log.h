@@ -40,10 +40,10 @@ KSV_API int ksv_logfclose(uint32_t flags, FILE* stream);
 
 /* Writes format to the stream as fprintf does, with one argument.
  *
- * The first conversion d, i, o, u, x, X, c or p takes the argument, with any flags of
+ * The first conversion d, i, o, u, x, X or c takes the argument, with any flags of
  * "-+ #0", width, precision (up to 4095 each) and length; "%%" is a per-cent sign. Any
  * other per-cent sign is written as it stands, with what follows it: one that begins a
- * second conversion, or a conversion that an integer cannot serve, such as %s or %n,
+ * second conversion, or a conversion that an integer cannot serve, such as %s, %p or %n,
  * or that takes a width or precision from an argument. So a format can do no more than
  * write text, whatever it holds.
  *

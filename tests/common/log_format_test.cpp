@@ -28,7 +28,6 @@ std::string byLibrary(const std::string& conversion, int32_t argument) {
   const char letter = conversion.back();
   const auto bits = static_cast<uint32_t>(argument);
   if (letter == 'c') return formatted(conversion, argument);
-  if (letter == 'p') return formatted(conversion, reinterpret_cast<void*>(uintptr_t{bits}));
   const bool isSigned = letter == 'd' || letter == 'i';
   const size_t length = conversion.find_first_of("hljzt");
   const char kind = length == conversion.npos ? 'h' : conversion[length];
@@ -67,7 +66,7 @@ std::string conversionAt(const std::string& text) {
   const std::set<std::string> lengths = {"", "h", "hh", "l", "ll", "j", "z", "t"};
   const std::string length = take("hljzt");
   if (!lengths.contains(length) || at == text.size()) return "";
-  const std::string letters = length.empty() ? "diouxXcp" : "diouxX";
+  const std::string letters = length.empty() ? "diouxXc" : "diouxX";
   return letters.find(text[at]) == letters.npos ? "" : text.substr(0, at + 1);
 }
 
@@ -137,9 +136,10 @@ TEST_F(LogFormat, takes_two_per_cent_signs_for_one) {
 
 TEST_F(LogFormat, writes_conversions_that_an_integer_cannot_serve_as_they_stand) {
   for (const char* format :
-       {"%s",  "%n",   "%hhn", "%ls",  "%S",    "%lc", "%C",   "%f", "%e",  "%G",    "%La",  "%m",
-        "%*d", "%.*d", "%1$d", "%1$n", "%Ld",   "%hc", "%lp",  "%q", "%w",  "%I64d", "%'d",  "%",
-        "%-",  "%5",   "%5.",  "%5.3", "%5.3l", "%h",  "100%", "% ", "%\n", "%あ",   "%\xFF"}) {
+       {"%s",  "%n",   "%hhn",  "%ls", "%S",    "%lc",  "%C",   "%f",  "%e",
+        "%G",  "%La",  "%m",    "%*d", "%.*d",  "%1$d", "%1$n", "%Ld", "%hc",
+        "%p",  "%lp",  "%q",    "%w",  "%I64d", "%'d",  "%",    "%-",  "%5",
+        "%5.", "%5.3", "%5.3l", "%h",  "100%",  "% ",   "%\n",  "%あ", "%\xFF"}) {
     EXPECT_EQ(printed(format, 77), format);
   }
 }
@@ -166,9 +166,8 @@ TEST_F(LogFormat, prints_every_conversion_as_the_c_library_does) {
   for (const char* flags : {"", "-", "+", " ", "#", "0", "-+", "+0", "#0", "- #"}) {
     for (const char* width : {"", "1", "9"}) {
       for (const char* precision : {"", ".", ".0", ".4"}) {
-        for (const char* conversion :
-             {"d",  "i",   "o",  "u",  "x",   "X",   "c",  "p",  "hd", "hhx",
-              "hu", "hhi", "ld", "lu", "lld", "llX", "jd", "jo", "zu", "td"}) {
+        for (const char* conversion : {"d", "i", "o", "u", "x", "X", "c", "hd", "hhx", "hu", "hhi",
+                                       "ld", "lu", "lld", "llX", "jd", "jo", "zu", "td"}) {
           const std::string format =
               std::string("%").append(flags).append(width).append(precision).append(conversion);
           for (const int32_t argument : kArguments) {
