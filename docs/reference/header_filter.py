@@ -17,7 +17,7 @@ from pathlib import Path
 
 EXPORT = "KSV_API "
 END_OF_DECLARATIONS = "KSV_EXTERN_C_END"
-PARAMETER = re.compile(r" {2}(\w+) {2,}(\S.*)")
+PARAMETER = re.compile(r" {2}([A-Za-z_]\w*) {2,}(\S.*)")
 SECTION = re.compile(r"---- (.*?)\.? ----")
 FUNCTION = re.compile(r"(\w+)\(")
 TRAILING = re.compile(r"(.*\S)\s+/\* (.*) \*/")
