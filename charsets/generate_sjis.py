@@ -119,9 +119,11 @@ def main() -> None:
     """Writes the header named on the command line."""
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("output", type=Path)
+    parser.add_argument("--descriptions", type=Path, default=HERE,
+                        help="the directory that holds rules/ and facts/")
     arguments = parser.parse_args()
     try:
-        pairs = list(mapping(Descriptions(HERE)))
+        pairs = list(mapping(Descriptions(arguments.descriptions)))
         back = [(character, code) for code, character in pairs]
         one_way = [(character, code) for code, character in ONE_WAY]
         text = header_text(as_table(pairs), as_table(back + one_way))

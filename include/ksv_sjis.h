@@ -5,7 +5,8 @@
  * the vendor's extensions and user-defined characters. It needs no charset directory
  * and no startProcess, and any thread may call it. The functions for strings are
  * conversions with a converter of their own: they need startProcess and cconvLoadRule,
- * and charsets "WINDOWS31J" and "ISO-10646-UCS-2" in the charset directory.
+ * and charsets "WINDOWS31J" and "ISO-10646-UCS-2" in the charset directory. After that
+ * any thread may call them.
  */
 #ifndef KSV_SJIS_H
 #define KSV_SJIS_H
