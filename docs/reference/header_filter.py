@@ -24,8 +24,9 @@ TRAILING = re.compile(r"(.*\S)\s+/\* (.*) \*/")
 
 
 def escaped(text: str) -> str:
-    """Text in which Doxygen finds no commands."""
-    return re.sub(r"([\\@%#<>&$~])", r"\\\1", text)
+    """Text in which Doxygen finds no commands; between quotation marks it looks for none."""
+    return re.sub(r'("[^"]*")|([\\@%#<>&$~])',
+                  lambda match: match[1] or f"\\{match[2]}", text)
 
 
 def body_of(comment: list[str]) -> list[str]:
