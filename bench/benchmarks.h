@@ -12,5 +12,6 @@ const std::vector<Pair>& throughputPairs();
 void registerThroughput();
 void registerShortStrings();
 void registerStart();
+void registerLookups();
 
 }  // namespace ksv_bench

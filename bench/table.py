@@ -13,7 +13,7 @@ import argparse
 import json
 import sys
 
-PEERS = ("iconv", "icu")
+PEERS = ("iconv", "icu", "direct")
 COLUMNS = ("library", "engine") + PEERS
 PARTS = ("start_us", "rules_us", "converter_us", "conversion_us", "end_us")
 TITLES = {
@@ -21,6 +21,8 @@ TITLES = {
     "string_whole": "One string of 40 bytes, set up and released, ns",
     "string_kept": "One string of 40 bytes, handle kept, ns",
     "start": "From startProcess to the first conversion, µs",
+    "lookup": "One look into the Shift_JIS mapping, ns",
+    "lookup_waiting": "One look, waiting for the one before, ns",
 }
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
@@ -61,6 +63,10 @@ def nanoseconds(run):
     return run["real_time"] * NANOSECONDS[run["time_unit"]]
 
 
+def shown(figure):
+    return f"{figure:.1f}" if figure < 10 else f"{figure:.0f}"
+
+
 def spread_of(row):
     spreads = [spread for _, spread in row.values() if spread is not None]
     return f"{100 * max(spreads):.0f} %" if spreads else ""
@@ -88,7 +94,7 @@ def compared(rows, figure_of, more_is_faster):
         if peers and "library" in figures:
             own = figures["library"]
             ratio = f"{own / max(peers) if more_is_faster else min(peers) / own:.2f}"
-        cells = [f"{figures[name]:.0f}" if name in figures else "-" for name in columns]
+        cells = [shown(figures[name]) if name in figures else "-" for name in columns]
         lines.append([pair.replace("_to_", " → "), text] + cells + [ratio, spread_of(row)])
     print_table(["pair", "text"] + columns + ["ratio", "spread"], lines)
 

@@ -61,9 +61,9 @@ typedef struct ConvertOptions {
   uint16_t narrowReplacement;          /* Unicode code, for group codes below 256; 0: the default */
   uint16_t wideReplacement;            /* Unicode code, for all others; 0: the default */
   char defaultLanguage[KSV_NAME_SIZE]; /* empty: no language tags */
-  uint8_t unused[2];
-  uint32_t convertNewlines;   /* non-zero: every line end becomes newlineForm */
-  uint32_t newlineForm;       /* KSV_NEWLINE_... */
+  uint8_t unused[2];                   /* fills the place up */
+  uint32_t convertNewlines;            /* non-zero: every line end becomes newlineForm */
+  uint32_t newlineForm;                /* KSV_NEWLINE_... */
   uint16_t supplementaryMode; /* UCS-2 targets: 0 refuse, 1 "&#x1F600;", else "&#128512;" */
 } ConvertOptions;
 #pragma pack(pop)
@@ -72,38 +72,38 @@ typedef struct ConvertOptions {
  * no pointer to it and frees nothing in it. Set the fields marked "set" before
  * cconvConvert; the others are the library's to write and the caller's to read. */
 typedef struct ConverterRecord {
-  const uint8_t* input;   /* set: the source text */
-  int32_t inputPosition;  /* set: bytes consumed so far, normally 0 to begin with */
-  int32_t inputLength;    /* set: bytes in the input */
-  int32_t charactersRead; /* characters decoded so far */
-  uint8_t* output;        /* set: the target buffer */
-  int32_t outputPosition; /* set: bytes written so far */
-  int32_t outputCapacity; /* set: bytes in the output buffer */
-  int32_t unitsWritten;   /* code units written so far */
-  uint32_t status;        /* KSV_STATUS_... of the last call */
-  uint32_t sourceCharsetId;
-  const void* sourceCharset;
-  const void* sourceDecoder;
+  const uint8_t* input;      /* set: the source text */
+  int32_t inputPosition;     /* set: bytes consumed so far, normally 0 to begin with */
+  int32_t inputLength;       /* set: bytes in the input */
+  int32_t charactersRead;    /* characters decoded so far */
+  uint8_t* output;           /* set: the target buffer */
+  int32_t outputPosition;    /* set: bytes written so far */
+  int32_t outputCapacity;    /* set: bytes in the output buffer */
+  int32_t unitsWritten;      /* code units written so far */
+  uint32_t status;           /* KSV_STATUS_... of the last call */
+  uint32_t sourceCharsetId;  /* number of the source charset's name */
+  const void* sourceCharset; /* the library's; null: none is set */
+  const void* sourceDecoder; /* the library's; null: the charset names none */
   uint32_t decodedGroup;     /* group (sub-charset) in which the last character was found */
   uint32_t decodedGroupType; /* that group's type: 1 base, 2 difference, 3 user-defined */
   uint32_t decoderState;     /* designated group of a stateful decoder; 2001 to begin with */
   uint32_t preConversion;    /* 0 none, 1 UTF-7, 2 HZ-GB-2312 */
-  uint32_t targetCharsetId;
-  const void* targetCharset;
-  const void* targetEncoder;
-  uint32_t targetGroup; /* group chosen for the last character written */
-  uint32_t targetGroupType;
-  uint32_t designatedGroup; /* group that a stateful encoder last switched to */
-  uint32_t designatedPlane; /* JIS X 0213 plane that a stateful encoder last switched to */
-  uint32_t rawCode;         /* input bytes of the current character as one number */
-  uint32_t groupCode;       /* the character's code inside its source group */
-  uint32_t unicodeCode;     /* the character as a Unicode scalar value */
-  uint32_t outputCode;      /* the code to write in the target group */
-  uint16_t outputWidth;     /* bytes per output unit */
-  uint16_t sequenceLength;  /* non-zero: outputCode is a sequence of this many bytes */
-  uint32_t previousRawCode; /* rawCode of the character before */
-  uint32_t secondCode;      /* a combining mark written behind outputCode, 0 for none */
-  char defaultLanguage[KSV_NAME_SIZE];
+  uint32_t targetCharsetId;  /* number of the target charset's name */
+  const void* targetCharset; /* the library's; null: none is set */
+  const void* targetEncoder; /* the library's; null: the charset names none */
+  uint32_t targetGroup;      /* group chosen for the last character written */
+  uint32_t targetGroupType;  /* that group's type, as decodedGroupType */
+  uint32_t designatedGroup;  /* group that a stateful encoder last switched to */
+  uint32_t designatedPlane;  /* JIS X 0213 plane that a stateful encoder last switched to */
+  uint32_t rawCode;          /* input bytes of the current character as one number */
+  uint32_t groupCode;        /* the character's code inside its source group */
+  uint32_t unicodeCode;      /* the character as a Unicode scalar value */
+  uint32_t outputCode;       /* the code to write in the target group */
+  uint16_t outputWidth;      /* bytes per output unit */
+  uint16_t sequenceLength;   /* non-zero: outputCode is a sequence of this many bytes */
+  uint32_t previousRawCode;  /* rawCode of the character before */
+  uint32_t secondCode;       /* a combining mark written behind outputCode, 0 for none */
+  char defaultLanguage[KSV_NAME_SIZE]; /* that of the options */
   char emittedLanguage[KSV_NAME_SIZE]; /* the language last announced in the output */
   char currentLanguage[KSV_NAME_SIZE]; /* set by cconvChgLang and by tags in the input */
   uint32_t inputBigEndian;             /* non-zero: units are read most significant byte first */
@@ -111,7 +111,7 @@ typedef struct ConverterRecord {
   uint32_t skipInvalid;                /* non-zero: invalid input is skipped */
   ConvertOptions options;              /* copied by cconvInitConvert */
   uint32_t narrowReplacement[4];       /* group, type, code and width of the replacement */
-  uint32_t wideReplacement[4];
+  uint32_t wideReplacement[4];         /* the same of the wide replacement */
 } ConverterRecord;
 
 /* Starts the use of the conversion functions. Calls nest; only the first creates

@@ -140,8 +140,10 @@ KSV_API int KSV_FilePathTransUTF8ToAnsi(char* dest, const char* src, int32_t cap
 KSV_API int KSV_FilePathTransUTF16ToUTF8(char* dest, const uint16_t* src, int32_t capacity);
 KSV_API int KSV_FilePathTransUTF8ToUTF16(uint16_t* dest, const char* src, int32_t capacity);
 
-/* ---- The system: each returns 1. ---- */
+/* ---- The system. ---- */
 
+/* Each returns 1: the system is one of the NT family or like it, and has 64 bits, as
+ * have its files. */
 KSV_API int KSV_Is_NT(void);
 KSV_API int KSV_Is64bitOS(void);
 KSV_API int KSV_Is64bitFS(void);

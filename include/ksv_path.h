@@ -32,36 +32,36 @@ enum {
  * seconds since 1970; timeCreate is the time of the last change of status where
  * the file system knows no time of creation. */
 typedef struct KsvDirectoryListing {
-  intptr_t handle; /* the library's; -1 when nothing is open */
-  uint32_t attrib; /* KSV_ATTRIBUTE_... */
-  int64_t timeCreate;
-  int64_t timeAccess;
-  int64_t timeWrite;
-  uint32_t size; /* bytes, the low 32 bits */
-  char name[KSV_FILE_NAME_SIZE];
-  uint32_t firstEntry; /* non-zero until the first KSV_ASC_readdir */
+  intptr_t handle;               /* the library's; -1 when nothing is open */
+  uint32_t attrib;               /* KSV_ATTRIBUTE_... */
+  int64_t timeCreate;            /* of creation */
+  int64_t timeAccess;            /* of the last access */
+  int64_t timeWrite;             /* of the last write */
+  uint32_t size;                 /* bytes, the low 32 bits */
+  char name[KSV_FILE_NAME_SIZE]; /* ANSI, without the directory */
+  uint32_t firstEntry;           /* non-zero until the first KSV_ASC_readdir */
 } KsvDirectoryListing;
 
 /* An entry of a listing, 272 bytes. */
 typedef struct KsvDirectoryEntry {
-  uint32_t reserved[3]; /* left alone */
-  char name[KSV_FILE_NAME_SIZE];
+  uint32_t reserved[3];          /* left alone */
+  char name[KSV_FILE_NAME_SIZE]; /* ANSI, without the directory */
 } KsvDirectoryEntry;
 
 /* The status of a file, 48 bytes. A value that does not fit keeps its low bits.
  * Times are seconds since 1970. */
 typedef struct KsvStat {
-  uint32_t dev;
-  uint16_t ino;
+  uint32_t dev;  /* the device; on Windows the drive, 0 for A: */
+  uint16_t ino;  /* the number on the device; 0 on Windows */
   uint16_t mode; /* 0x8000 a file, 0x4000 a directory, and the permissions */
-  int16_t nlink;
-  int16_t uid;
-  int16_t gid;
-  uint32_t rdev;
-  int32_t size; /* bytes */
-  int64_t atime;
-  int64_t mtime;
-  int64_t ctime;
+  int16_t nlink; /* names that lead to it */
+  int16_t uid;   /* its user; 0 on Windows */
+  int16_t gid;   /* its group; 0 on Windows */
+  uint32_t rdev; /* the device that it stands for; on Windows as dev */
+  int32_t size;  /* bytes */
+  int64_t atime; /* of the last access */
+  int64_t mtime; /* of the last write */
+  int64_t ctime; /* of the last change of status; on Windows of creation */
 } KsvStat;
 
 /* ---- Listing and finding. ----

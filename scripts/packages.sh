@@ -6,6 +6,7 @@ readonly packages=(
   libcli11-dev nlohmann-json3-dev
   libgtest-dev libbenchmark-dev libicu-dev
   clang libclang-rt-14-dev locales
+  doxygen
 )
 # For the Windows build and its tests; not every machine can have them.
 readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)

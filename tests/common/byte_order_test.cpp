@@ -123,3 +123,27 @@ TEST(ByteOrderStream, fails_without_a_record_or_a_stream) {
   EXPECT_EQ(KSV_X_FileSeek(s, 0, SEEK_SET), -1);
   EXPECT_EQ(KSV_X_FileClose(s), EOF);
 }
+
+TEST(ByteOrderStream, fails_on_streams_of_the_other_direction) {
+  TempDirectory directory;
+  writeFile("a", "\x12\x34\x56\x78");
+  KsvByteOrderStream* s = openStream("a", "rb", 0);
+  EXPECT_EQ(KSV_X_FilePutByte(s, 1), 0);
+  EXPECT_EQ(KSV_X_FilePutWord(s, 1), 0);
+  EXPECT_EQ(KSV_X_FilePutDWord(s, 1), 0);
+  EXPECT_EQ(KSV_X_FileWrite("a", 1, 1, s), 0);
+  KSV_X_FileClose(s);  // C runtimes differ about a write that failed before
+  EXPECT_EQ(readFile("a"), "\x12\x34\x56\x78");
+  s = openStream("a", "ab", 0);
+  uint8_t byte = 7;
+  uint16_t word = 7;
+  uint32_t doubleWord = 7;
+  char line[4] = "abc";
+  EXPECT_EQ(KSV_X_FileGetByte(s, &byte), 0);
+  EXPECT_EQ(KSV_X_FileGetWord(s, &word), 0);
+  EXPECT_EQ(KSV_X_FileGetDWord(s, &doubleWord), 0);
+  EXPECT_EQ(KSV_X_FileRead(line, 1, 3, s), 0);
+  EXPECT_EQ(KSV_X_FileReadLine(line, 4, s), nullptr);
+  KSV_X_FileClose(s);
+  EXPECT_EQ(byte, 7);
+}

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "ksv_file.h"
+#include "ksv_log.h"
 #include "tests/common/support.h"
 
 using ksv::test::exists;
@@ -39,6 +40,27 @@ TEST(FileGetAndPut, fail_when_the_descriptor_below_is_closed) {
   EXPECT_EQ(KSV_FileTell(stream), -1);
   EXPECT_EQ(KSV_FileTellSize(stream), -1);
   EXPECT_EQ(KSV_FileClose(stream), EOF);
+}
+
+TEST(FileGetAndPut, fail_to_write_when_the_descriptor_below_is_closed) {
+  TempDirectory directory;
+  const auto before = ksv::test::openDescriptors();
+  FILE* stream = KSV_FileOpen("f", "wb");
+  EXPECT_EQ(KSV_FilePutByte(stream, 1), 1) << "the buffer takes it";
+  close(fileno(stream));
+  EXPECT_NE(KSV_FileSeek(stream, 0, SEEK_SET), 0);
+  EXPECT_EQ(ksv_logfprintf(KSV_LOG_ENABLED, stream, "%d", 1), 0);
+  EXPECT_EQ(ksv_logfclose(KSV_LOG_ENABLED, stream), EOF);
+  stream = KSV_FileOpen("f", "wb");
+  setvbuf(stream, nullptr, _IONBF, 0);
+  close(fileno(stream));
+  EXPECT_EQ(KSV_FilePutByte(stream, 1), 0);
+  EXPECT_EQ(KSV_FilePutWord(stream, 1), 0);
+  EXPECT_EQ(KSV_FilePutDWord(stream, 1), 0);
+  EXPECT_EQ(KSV_FileWrite("abc", 1, 3, stream), 0);
+  EXPECT_EQ(KSV_FileClose(stream), EOF);
+  EXPECT_EQ(ksv::test::readFile("f"), "");
+  EXPECT_EQ(ksv::test::openDescriptors(), before);
 }
 
 TEST(FileRemoveIfSizeIsZero, returns_1_when_the_empty_thing_cannot_be_removed) {

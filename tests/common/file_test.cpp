@@ -1,10 +1,11 @@
-#include <cstdarg>
 #include <cstring>
 
 #include "ksv_file.h"
+#include "tests/common/print_to.h"
 #include "tests/common/support.h"
 
 using ksv::test::exists;
+using ksv::test::printTo;
 using ksv::test::readFile;
 using ksv::test::TempDirectory;
 using ksv::test::writeFile;
@@ -17,14 +18,6 @@ std::string pathOfUnits(size_t units) {
   path.front() = '.';
   path.back() = 'f';
   return path;
-}
-
-int printTo(FILE* stream, const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  const int result = KSV_VfPrintf(stream, format, arguments);
-  va_end(arguments);
-  return result;
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What charsets/generate.py makes of descriptions, and what it refuses."""
+"""What the generators of charsets/ make of descriptions, and what they refuse."""
 
 from __future__ import annotations
 
@@ -178,6 +178,60 @@ class GenerateTest(unittest.TestCase):
         self.describe("facts/some.txt", f"# sha256: {digest}\n\n41 0042\n")
         result = self.run_generator()
         self.assertIn("do not have the sha256", result.stderr)
+
+
+class GenerateSjisTest(unittest.TestCase):
+    """The library's own mapping, from sets of a few codes."""
+
+    def setUp(self) -> None:
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.root = Path(temporary.name)
+        self.output = self.root / "sjis_tables.h"
+        for name, width, pairs in (("jis_x0201latin", 1, ["41 0041"]),
+                                   ("jis_x0201kana", 1, ["B1 FF71", "31 FF71"]),
+                                   ("jis_x0208-1990", 2, ["2422 3042"])):
+            self.describe(name, width, pairs)
+
+    def describe(self, name: str, width: int, pairs: list[str]) -> None:
+        """Describes one of the three sets that the mapping is made of."""
+        file = self.root / "rules/subsets" / f"{name}.toml"
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(f'name = "{name}"\nwidth = {width}\nlanguage = ""\n'
+                        f"table = [{{ pairs = {pairs} }}]\n", encoding="utf-8")
+
+    def run_generator(self) -> subprocess.CompletedProcess[str]:
+        """Runs the generator over the three sets."""
+        return subprocess.run(
+            [sys.executable, "-B", GENERATOR.with_name("generate_sjis.py"), self.output,
+             "--descriptions", self.root],
+            capture_output=True, text=True, check=False)
+
+    def assert_refused(self, reason: str) -> None:
+        """Nothing is written, and the message tells why."""
+        result = self.run_generator()
+        self.assertNotEqual(result.returncode, 0)
+        self.assertIn(reason, result.stderr)
+        self.assertFalse(self.output.exists())
+
+    def test_writes_codes_and_characters(self) -> None:
+        self.assertEqual(self.run_generator().stderr, "")
+        text = self.output.read_text(encoding="ascii")
+        for number in ("0x3042,", "0x82A0,", "0xFF71,", "0xB1,", "0x8145,"):
+            self.assertIn(number, text)
+        self.assertNotIn("0x31,", text, "a katakana code below A1")
+
+    def test_refuses_a_character_of_two_codes(self) -> None:
+        self.describe("jis_x0208-1990", 2, ["2422 3042", "2423 3042"])
+        self.assert_refused("3042 cannot stand for 82A1")
+
+    def test_refuses_a_character_that_is_only_to_be_written(self) -> None:
+        self.describe("jis_x0208-1990", 2, ["2422 00B7"])
+        self.assert_refused("00B7 cannot stand for 8145")
+
+    def test_refuses_a_character_of_more_than_16_bits(self) -> None:
+        self.describe("jis_x0208-1990", 2, ["2422 20BB7"])
+        self.assert_refused("82A0 cannot stand for 20BB7")
 
 
 class ReadmeTest(unittest.TestCase):
