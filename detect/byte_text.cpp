@@ -98,13 +98,11 @@ constexpr ByteRange kEucJpRanges[] = {
 };
 constexpr ByteClasses kEucJp = classesOf(kEucJpRanges);
 
-// Of a character of three bytes, the first two.
 constexpr PairRange kEucJpPairRanges[] = {
-    {0x8E, 0x8F, 0xA1, 0xDF},
+    {0x8E, 0x8E, 0xA1, 0xDF},
     {0xA1, 0xF4, 0xA1, 0xFF},
 };
 constexpr CodeSet kEucJpPairs{kEucJpPairRanges};
-constexpr uint8_t kLeastThirdByte = 0xA1;
 
 // ---- Simplified Chinese: GBK
 
@@ -173,16 +171,15 @@ void count(Tally& tally, bool isGood) {
   tally.bad += !isGood;
 }
 
-template <const CodeSet& kPairs>
 Step readThree(Reader& reader, Tally& tally) {
   if (reader.left() < 2) return Step::kCut;
-  if (!kPairs.contains(uint32_t{reader.at[0]} << 8 | reader.at[1])) {
+  if (!isBetween(reader.at[1], 0xA1, 0xDF)) {
     ++tally.bad;
     reader.at += 2;  // the third byte is read as a character of its own
     return Step::kRead;
   }
   if (reader.left() < 3) return Step::kCut;
-  count(tally, reader.at[2] >= kLeastThirdByte);
+  count(tally, reader.at[2] >= 0xA1);
   reader.at += 3;
   return Step::kRead;
 }
@@ -213,10 +210,39 @@ Step readCharacter(Reader& reader, Candidate& candidate, Tally& tally) {
       readLineFeed(reader, candidate, tally);
       return Step::kRead;
     case ByteClass::kLeadOfThree:
-      return readThree<kPairs>(reader, tally);
+      return readThree(reader, tally);
     default:
       return readPair<kPairs>(reader, tally, what);
   }
+}
+
+// Reads on while there are pairs and plain bytes, which most of a text is made of. Good
+// pairs and good bytes come in runs, which are counted by their length.
+template <const ByteClasses& kClasses, const CodeSet& kPairs>
+void readPlainText(Reader& reader, Tally& tally, uint32_t mostBad) {
+  const uint8_t* at = reader.at;
+  const uint8_t* const last = reader.end - 1;
+  uint32_t good = tally.good;
+  uint32_t bad = tally.bad;
+  while (bad <= mostBad) {
+    const uint8_t* const start = at;
+    while (at < last && kPairs.contains(uint32_t{at[0]} << 8 | at[1])) at += 2;
+    good += static_cast<uint32_t>(at - start) / 2;
+    if (at >= last) break;
+    const ByteClass what = kClasses[*at];
+    if (what == ByteClass::kGood) {
+      const uint8_t* const singles = at;
+      while (at < last && kClasses[*at] == ByteClass::kGood) ++at;
+      good += static_cast<uint32_t>(at - singles);
+    } else if (what == ByteClass::kBad || what == ByteClass::kLead) {
+      ++bad;
+      at += what == ByteClass::kBad ? 1 : 2;
+    } else {
+      break;
+    }
+  }
+  reader.at = at;
+  tally = {good, bad};
 }
 
 template <const ByteClasses& kClasses, const CodeSet& kPairs>
@@ -229,8 +255,9 @@ int32_t scoreByteText(Candidate& candidate, const Chunk& chunk, size_t start) {
   Step step = candidate.carry.count == 0 ? Step::kRead : resume(candidate.carry, reader, read);
   const uint8_t* const endOfLeads = reader.endOfLeads(2);
   while (step == Step::kRead && reader.at < endOfLeads) {
-    step = read(reader);
+    readPlainText<kClasses, kPairs>(reader, tally, candidate.mostBad);
     if (tally.bad > candidate.mostBad) return 0;
+    if (reader.at < endOfLeads) step = read(reader);
   }
   if (step == Step::kStopped) return candidate.score();
   const bool isLeftOver = reader.at < reader.end && isCarried(kClasses[*reader.at]);

@@ -46,32 +46,45 @@ Step readPair(Reader& reader, Tally& tally) {
   return Step::kRead;
 }
 
-Step readSingle(Reader& reader, Mode mode, Candidate& candidate, Tally& tally) {
+bool isGoodSingle(uint8_t byte, Mode mode) {
+  const bool isLetter = mode == Mode::kKatakana ? isBetween(byte, 0xA1, 0xDF) : isPrintable(byte);
+  return isLetter || byte == ' ' || byte == '\t';
+}
+
+// Reads on, in the modes of one byte, to what is more than a byte.
+void readSingles(Reader& reader, Mode mode, Tally& tally, const uint8_t* endOfLeads) {
+  const uint8_t* at = reader.at;
+  uint32_t good = 0;
+  for (; at < endOfLeads; ++at) {
+    const uint8_t byte = *at;
+    if (byte == kEscape || byte == kCarriageReturn || byte == kLineFeed) break;
+    good += isGoodSingle(byte, mode);
+  }
+  tally.good += good;
+  tally.bad += static_cast<uint32_t>(at - reader.at) - good;
+  reader.at = at;
+}
+
+// Behind an unknown escape sequence everything is bad, later ones included.
+Step readInvalid(Reader& reader, Tally& tally) {
+  ++tally.bad;
+  ++reader.at;
+  return Step::kRead;
+}
+
+Step readCharacter(Reader& reader, Mode& mode, Candidate& candidate, Tally& tally) {
   const uint8_t byte = *reader.at;
+  if (mode == Mode::kInvalid) return readInvalid(reader, tally);
+  if (byte == kEscape) return readEscape(reader, mode, tally);
+  if (mode == Mode::kPairs) return readPair(reader, tally);
   if (byte == kCarriageReturn) {
     readCarriageReturn(reader, candidate, tally);
   } else if (byte == kLineFeed) {
     readLineFeed(reader, candidate, tally);
   } else {
-    const bool isLetter = mode == Mode::kKatakana ? isBetween(byte, 0xA1, 0xDF) : isPrintable(byte);
-    const bool isGood = isLetter || byte == ' ' || byte == '\t';
-    tally.good += isGood;
-    tally.bad += !isGood;
-    ++reader.at;
+    readSingles(reader, mode, tally, reader.at + 1);
   }
   return Step::kRead;
-}
-
-// Behind an unknown escape sequence everything is bad, later ones included.
-Step readCharacter(Reader& reader, Mode& mode, Candidate& candidate, Tally& tally) {
-  if (mode == Mode::kInvalid) {
-    ++tally.bad;
-    ++reader.at;
-    return Step::kRead;
-  }
-  if (*reader.at == kEscape) return readEscape(reader, mode, tally);
-  if (mode == Mode::kPairs) return readPair(reader, tally);
-  return readSingle(reader, mode, candidate, tally);
 }
 
 // What is carried of the one or two bytes that are left over in front of more text.
@@ -105,7 +118,12 @@ int32_t scoreIso2022Jp(Candidate& candidate, const Chunk& chunk, size_t start) {
     mode = Mode::kSingle;
   }
   const uint8_t* const endOfLeads = reader.endOfLeads(3);
-  while (step == Step::kRead && reader.at < endOfLeads) step = read(reader);
+  while (step == Step::kRead && reader.at < endOfLeads) {
+    if (mode == Mode::kSingle || mode == Mode::kKatakana)
+      readSingles(reader, mode, tally, endOfLeads);
+    if (tally.bad > candidate.mostBad) return 0;
+    if (reader.at < endOfLeads) step = read(reader);
+  }
   if (step == Step::kCut) {
     keepCut(reader, candidate.carry, tally);
   } else {

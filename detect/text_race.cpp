@@ -26,14 +26,6 @@ bool beginsWith(const Chunk& chunk, const uint8_t (&mark)[kLength]) {
   return chunk.length >= kLength && std::memcmp(chunk.data, mark, kLength) == 0;
 }
 
-// So many bad characters leave no score of 90, whatever the others are. Only a chunk
-// that nothing has been counted before can be given up: one that is dropped in the
-// middle leaves the score of what came before.
-uint32_t mostBad(const Candidate& candidate, const Chunk& chunk, bool isFirstChunk) {
-  if (!isFirstChunk || candidate.good + candidate.bad != 0) return UINT32_MAX;
-  return static_cast<uint32_t>(chunk.length) * (100 - kLeastScore) / 100;
-}
-
 }  // namespace
 
 struct TextRace::EncodingRow {
@@ -83,6 +75,18 @@ bool TextRace::decideByMark(const Chunk& chunk) {
          fitsBehindMark(kUtf16, false, chunk, sizeof kUtf16BigMark);
 }
 
+// Only in a chunk that nothing has been counted before a scorer may give up: one that
+// drops a later chunk leaves the score of what came before.
+bool TextRace::mayGiveUp(const Candidate& candidate) const {
+  return isFirstChunk_ && candidate.good + candidate.bad == 0;
+}
+
+// So many bad characters leave no score of 90, whatever the others are.
+uint32_t TextRace::mostBad(const Candidate& candidate) const {
+  if (!mayGiveUp(candidate)) return UINT32_MAX;
+  return static_cast<uint32_t>(chunk_.length) * (kFlawless - kLeastScore) / kFlawless;
+}
+
 int32_t TextRace::score(size_t encoding) {
   if ((enabled_ & kRows[encoding].bit) == 0) return 0;
   Runner& runner = runners_[encoding];
@@ -94,26 +98,52 @@ int32_t TextRace::scoreNow(size_t encoding) {
   Runner& runner = runners_[encoding];
   const EncodingRow& row = kRows[encoding];
   Candidate& candidate = runner.candidate;
-  candidate.mostBad = mostBad(candidate, chunk_, isFirstChunk_);
+  // What ISO-2022-JP sees of line ends is told even when it loses.
+  if (encoding != kIso2022Jp) candidate.mostBad = mostBad(candidate);
   const Carry carried = candidate.carry;
   const int32_t own = row.scorer(candidate, chunk_, 0);
   if (row.littleEndian != nullptr) {
-    runner.littleEndian.mostBad = mostBad(runner.littleEndian, chunk_, isFirstChunk_);
+    runner.littleEndian.mostBad = mostBad(runner.littleEndian);
     const int32_t little = row.littleEndian(runner.littleEndian, chunk_, 0);
     runner.isLittleEndian = little >= own;
     return std::max(own, little);
   }
-  if (encoding != kShiftJis || own != kFlawless || score(kUtf8) != kFlawless) return own;
-  // Pairs of UTF-8 look like Shift_JIS, so its codes have to bear it out. They are
-  // counted beside what has been counted.
+  return encoding == kShiftJis && own == kFlawless ? shiftJisScore(carried) : own;
+}
+
+// Pairs of UTF-8 look like Shift_JIS, so where a text is flawless in both its codes
+// have to bear it out. They are counted beside what has been counted.
+int32_t TextRace::shiftJisScore(const Carry& carried) {
+  if (!isFlawless(kUtf8)) return kFlawless;
+  Candidate& candidate = runners_[kShiftJis].candidate;
   candidate.carry = carried;
+  candidate.mostBad = UINT32_MAX;
   return scoreShiftJisCodes(candidate, chunk_, 0);
+}
+
+// A text that is flawed shows it early: a copy of the candidate is given up at the
+// first bad character, and the candidate is left to be scored, should it come to that.
+bool TextRace::isFlawless(size_t encoding, bool isLittleEndian) {
+  Runner& runner = runners_[encoding];
+  Candidate& candidate = isLittleEndian ? runner.littleEndian : runner.candidate;
+  if (runner.score != kUnknownScore || !mayGiveUp(candidate))
+    return score(encoding) == kFlawless && runner.isLittleEndian == isLittleEndian;
+  Candidate trial = candidate;
+  trial.mostBad = 0;
+  const EncodingRow& row = kRows[encoding];
+  const Scorer scorer = isLittleEndian ? row.littleEndian : row.scorer;
+  if (scorer(trial, chunk_, 0) != kFlawless) return false;
+  const Carry carried = candidate.carry;
+  candidate = trial;
+  runner.isLittleEndian = isLittleEndian;
+  runner.score = encoding == kShiftJis ? shiftJisScore(carried) : kFlawless;
+  return runner.score == kFlawless;
 }
 
 TextRace::Encoding TextRace::findPreferred() {
   const auto firstFlawless = [this](std::initializer_list<Encoding> encodings) {
     for (const Encoding encoding : encodings) {
-      if (score(encoding) == kFlawless) return encoding;
+      if (isFlawless(encoding)) return encoding;
     }
     return kNone;
   };
@@ -129,10 +159,6 @@ TextRace::Encoding TextRace::findPreferred() {
     default:
       return kNone;
   }
-}
-
-bool TextRace::isFlawlessLittleEndian(Encoding encoding) {
-  return score(encoding) == kFlawless && runners_[encoding].isLittleEndian;
 }
 
 // The one whose score is above all others, if there is one.
@@ -154,9 +180,9 @@ TextRace::Encoding TextRace::findBest() {
 TextRace::Encoding TextRace::findWinner() {
   const Encoding preferred = findPreferred();
   if (preferred != kNone) return preferred;
-  if (score(kUtf8) == kFlawless) return kUtf8;
-  if (isFlawlessLittleEndian(kUtf16)) return kUtf16;
-  if (isFlawlessLittleEndian(kUcs4)) return kUcs4;
+  if (isFlawless(kUtf8)) return kUtf8;
+  if (isFlawless(kUtf16, true)) return kUtf16;
+  if (isFlawless(kUcs4, true)) return kUcs4;
   return findBest();
 }
 

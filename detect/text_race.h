@@ -57,13 +57,16 @@ class TextRace {
   static const EncodingRow kRows[kEncodings];
 
   bool fitsBehindMark(Encoding encoding, bool isLittleEndian, const Chunk& chunk, size_t length);
+  bool mayGiveUp(const Candidate& candidate) const;
+  uint32_t mostBad(const Candidate& candidate) const;
   int32_t score(size_t encoding);
   int32_t scoreNow(size_t encoding);
+  int32_t shiftJisScore(const Carry& carried);
+  bool isFlawless(size_t encoding, bool isLittleEndian = false);
   Encoding findPreferred();
   Encoding findWinner();
   Encoding findBest();
   bool narrowToTies();
-  bool isFlawlessLittleEndian(Encoding encoding);
   void take(size_t encoding, bool isLittleEndian);
 
   const Preference preference_;
