@@ -41,7 +41,8 @@ template <size_t kCount>
 constexpr ByteClasses classesOf(const ByteRange (&ranges)[kCount]) {
   ByteClasses classes{};
   set(classes, {0x21, 0x7E, ByteClass::kGood});
-  for (const uint8_t byte : {'\t', ' '}) classes[byte] = ByteClass::kGood;
+  classes['\t'] = ByteClass::kGood;
+  classes[' '] = ByteClass::kGood;
   classes[kCarriageReturn] = ByteClass::kCarriageReturn;
   classes[kLineFeed] = ByteClass::kLineFeed;
   for (const ByteRange& range : ranges) set(classes, range);

@@ -101,7 +101,7 @@ bool isDeclaredAt(const EncodingCheckRecord& record, size_t position, size_t off
 
 // Returns the width of the text's units.
 size_t readDeclaration(EncodingCheckRecord& record, size_t position) {
-  for (const size_t width : {1, 2, 4}) {
+  for (const size_t width : {size_t{1}, size_t{2}, size_t{4}}) {
     const bool isLittle = isDeclaredAt(record, position, 0, width);
     if (!isLittle && (width == 1 || !isDeclaredAt(record, position, width - 1, width))) continue;
     record.declared = 1;

@@ -325,7 +325,7 @@ uint32_t lineEndOf(const Bytes& t, const std::string& name, size_t width, bool b
   }
   const uint32_t otherwise = n[1] > 0 ? 1 : 0;
   if (name == "ISO-2022-JP") return n[2] > n[3] ? 2 : n[3] > n[2] ? 3 : otherwise;
-  for (const size_t kind : {4, 5, 2, 3}) {
+  for (const size_t kind : {size_t{4}, size_t{5}, size_t{2}, size_t{3}}) {
     bool isMost = true;
     for (size_t other = 1; other <= 5; ++other)
       if (other != kind && n[other] >= n[kind]) isMost = false;
@@ -350,7 +350,7 @@ SlowCheck slowCheck(const Bytes& input, size_t position, size_t end) {
     at += mark.bytes.size();
   }
   size_t width = 1;
-  for (const size_t candidate : {1, 2, 4}) {
+  for (const size_t candidate : {size_t{1}, size_t{2}, size_t{4}}) {
     if (check.declared != 0 || !declaredWith(text, at, check.mark != 0, candidate)) continue;
     check.declared = 1;
     width = candidate;
