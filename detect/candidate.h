@@ -16,6 +16,12 @@ constexpr bool isBetween(uint32_t value, uint32_t first, uint32_t last) {
   return value >= first && value <= last;
 }
 
+constexpr bool isPrintable(uint8_t byte) { return isBetween(byte, 0x21, 0x7E); }
+
+constexpr uint32_t unit16(const uint8_t* at, bool bigEndian) {
+  return bigEndian ? uint32_t{at[0]} << 8 | at[1] : uint32_t{at[1]} << 8 | at[0];
+}
+
 // A piece of a file. It is read in place.
 struct Chunk {
   const uint8_t* data = nullptr;

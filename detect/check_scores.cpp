@@ -6,8 +6,6 @@
 namespace ksv::detect {
 namespace {
 
-constexpr bool isPrintable(uint8_t byte) { return isBetween(byte, 0x21, 0x7E); }
-
 constexpr bool isBlank(uint8_t byte) {
   return byte == ' ' || byte == '\t' || byte == kCarriageReturn || byte == kLineFeed;
 }
@@ -79,10 +77,6 @@ uint32_t utf8Value(const uint8_t* at, const Utf8Form& form) {
 }
 
 // ---- UTF-16 and UCS-4
-
-uint32_t unit16(const uint8_t* at, bool bigEndian) {
-  return bigEndian ? uint32_t{at[0]} << 8 | at[1] : uint32_t{at[1]} << 8 | at[0];
-}
 
 int32_t checkUtf16InOrder(const CheckedText& text, bool bigEndian) {
   Count count;

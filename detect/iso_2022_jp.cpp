@@ -7,8 +7,6 @@ namespace {
 // Roman and ASCII are one mode: their bytes are counted alike.
 enum class Mode : uint8_t { kSingle, kKatakana, kPairs, kInvalid };
 
-constexpr bool isPrintable(uint8_t byte) { return isBetween(byte, 0x21, 0x7E); }
-
 // Two bytes behind an ESC, and a third for one of the sequences. They are not
 // counted.
 Step readEscape(Reader& reader, Mode& mode, Tally& tally) {

@@ -41,25 +41,18 @@ void readBehindCarriageReturn(bool isLineFeed, bool isAccepted, Candidate& candi
   if (isAccepted) candidate.noteLineEnd(isLineFeed ? KSV_TEXT_CRLF : KSV_TEXT_CR);
 }
 
-enum class Order { kBig, kLittle };
-
-template <Order kOrder>
-uint32_t unit16(const uint8_t* at) {
-  return kOrder == Order::kBig ? uint32_t{at[0]} << 8 | at[1] : uint32_t{at[1]} << 8 | at[0];
-}
-
 // ---- UTF-16
 
-template <Order kOrder>
+template <bool kBigEndian>
 void readUtf16(Reader& reader, Candidate& candidate, Tally& tally) {
-  const uint32_t unit = unit16<kOrder>(reader.at);
+  const uint32_t unit = unit16(reader.at, kBigEndian);
   reader.at += 2;
   if (isPlain(unit)) {
     ++tally.good;
   } else if (unit == kCarriageReturn) {
     ++tally.good;
     if (reader.left() >= 2) {
-      const uint32_t next = unit16<kOrder>(reader.at);
+      const uint32_t next = unit16(reader.at, kBigEndian);
       reader.at += 2;
       readBehindCarriageReturn(next == kLineFeed, kAssignedCharacters.contains(next), candidate,
                                tally);
@@ -71,19 +64,19 @@ void readUtf16(Reader& reader, Candidate& candidate, Tally& tally) {
   } else if (!isBetween(unit, 0xD800, 0xDBFF)) {
     ++tally.bad;
   } else if (reader.left() >= 2) {  // a surrogate that the chunk cuts off counts nothing
-    const bool isPair = isBetween(unit16<kOrder>(reader.at), 0xDC00, 0xDFFF);
+    const bool isPair = isBetween(unit16(reader.at, kBigEndian), 0xDC00, 0xDFFF);
     tally.good += isPair;
     tally.bad += !isPair;
     reader.at += 2;
   }
 }
 
-template <Order kOrder>
+template <bool kBigEndian>
 int32_t scoreUtf16(Candidate& candidate, const Chunk& chunk, size_t start) {
   Reader reader(chunk, start);
   Tally tally;
   while (reader.left() >= 2) {
-    readUtf16<kOrder>(reader, candidate, tally);
+    readUtf16<kBigEndian>(reader, candidate, tally);
     if (tally.bad > candidate.mostBad) return 0;
   }
   // An odd last byte is read as well. It takes the good characters of its chunk with
@@ -97,14 +90,14 @@ int32_t scoreUtf16(Candidate& candidate, const Chunk& chunk, size_t start) {
 constexpr uint32_t kLowestStopPlane = 17;
 constexpr uint32_t kHighestStopPlane = 127;
 
-template <Order kOrder>
+template <bool kBigEndian>
 uint32_t plane(const uint8_t* at) {
-  return unit16<kOrder>(kOrder == Order::kBig ? at : at + 2);
+  return unit16(kBigEndian ? at : at + 2, kBigEndian);
 }
 
-template <Order kOrder>
+template <bool kBigEndian>
 uint32_t codeInPlane(const uint8_t* at) {
-  return unit16<kOrder>(kOrder == Order::kBig ? at + 2 : at);
+  return unit16(kBigEndian ? at + 2 : at, kBigEndian);
 }
 
 // Of the planes that no stop is known for, those with characters are good throughout.
@@ -112,10 +105,10 @@ constexpr bool isFullPlane(uint32_t plane) {
   return isBetween(plane, 1, 3) || isBetween(plane, 14, 16);
 }
 
-template <Order kOrder>
+template <bool kBigEndian>
 Step readUcs4(Reader& reader, Candidate& candidate, Tally& tally) {
-  const uint32_t ownPlane = plane<kOrder>(reader.at);
-  const uint32_t code = codeInPlane<kOrder>(reader.at);
+  const uint32_t ownPlane = plane<kBigEndian>(reader.at);
+  const uint32_t code = codeInPlane<kBigEndian>(reader.at);
   if (isBetween(ownPlane, kLowestStopPlane, kHighestStopPlane)) return Step::kStopped;
   reader.at += 4;
   if (ownPlane != 0) {
@@ -128,8 +121,8 @@ Step readUcs4(Reader& reader, Candidate& candidate, Tally& tally) {
   } else {
     ++tally.good;
     if (reader.left() >= 4) {
-      const uint32_t nextPlane = plane<kOrder>(reader.at);
-      const uint32_t next = codeInPlane<kOrder>(reader.at);
+      const uint32_t nextPlane = plane<kBigEndian>(reader.at);
+      const uint32_t next = codeInPlane<kBigEndian>(reader.at);
       reader.at += 4;
       const bool isAccepted =
           nextPlane == 0 ? kAssignedCharacters.contains(next) : isFullPlane(nextPlane);
@@ -141,12 +134,12 @@ Step readUcs4(Reader& reader, Candidate& candidate, Tally& tally) {
   return Step::kRead;
 }
 
-template <Order kOrder>
+template <bool kBigEndian>
 int32_t scoreUcs4(Candidate& candidate, const Chunk& chunk, size_t start) {
   Reader reader(chunk, start);
   Tally tally;
   while (reader.left() >= 4) {
-    if (readUcs4<kOrder>(reader, candidate, tally) == Step::kStopped) return candidate.score();
+    if (readUcs4<kBigEndian>(reader, candidate, tally) == Step::kStopped) return candidate.score();
     if (tally.bad > candidate.mostBad) return 0;
   }
   return candidate.addIfGood(tally);
@@ -236,19 +229,19 @@ Step readEucJpFix(Reader& reader, Candidate& candidate, Tally& tally) {
 }  // namespace
 
 int32_t scoreUtf16BigEndian(Candidate& candidate, const Chunk& chunk, size_t start) {
-  return scoreUtf16<Order::kBig>(candidate, chunk, start);
+  return scoreUtf16<true>(candidate, chunk, start);
 }
 
 int32_t scoreUtf16LittleEndian(Candidate& candidate, const Chunk& chunk, size_t start) {
-  return scoreUtf16<Order::kLittle>(candidate, chunk, start);
+  return scoreUtf16<false>(candidate, chunk, start);
 }
 
 int32_t scoreUcs4BigEndian(Candidate& candidate, const Chunk& chunk, size_t start) {
-  return scoreUcs4<Order::kBig>(candidate, chunk, start);
+  return scoreUcs4<true>(candidate, chunk, start);
 }
 
 int32_t scoreUcs4LittleEndian(Candidate& candidate, const Chunk& chunk, size_t start) {
-  return scoreUcs4<Order::kLittle>(candidate, chunk, start);
+  return scoreUcs4<false>(candidate, chunk, start);
 }
 
 int32_t scoreUtf8(Candidate& candidate, const Chunk& chunk, size_t start) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ksv_cconv.h"
+#include "tests/detect/support.h"
 
 namespace ksv_detect_tests {
 namespace {
@@ -42,15 +43,6 @@ Answer check(const std::string& text, uint32_t position = 0) {
 }
 
 std::string nameOf(const std::string& text) { return check(text).name; }
-
-std::string widened(const std::string& text, size_t width, bool bigEndian) {
-  std::string result;
-  for (const char c : text) {
-    const std::string zeroes(width - 1, '\0');
-    result += bigEndian ? zeroes + c : c + zeroes;
-  }
-  return result;
-}
 
 const Answer kUnknown = {0, "unknown", 0, 0, 1, 0, 0};
 

@@ -139,16 +139,6 @@ TEST(RandomBuffers, of_every_alphabet_are_checked_as_slowly) {
   }
 }
 
-// Each letter as a unit.
-std::string widened(const std::string& text, size_t width, bool bigEndian) {
-  std::string result;
-  for (const char c : text) {
-    const std::string zeroes(width - 1, '\0');
-    result += bigEndian ? zeroes + c : c + zeroes;
-  }
-  return result;
-}
-
 TEST(RandomBuffers, with_declarations_are_checked_as_slowly) {
   std::mt19937 random(testSeed() + 3);
   const Alphabet pieces = {"<?xml",

@@ -9,6 +9,15 @@ namespace ksv_detect_tests {
 
 using namespace std::string_literals;
 
+std::string widened(const std::string& text, size_t width, bool bigEndian) {
+  std::string result;
+  for (const char c : text) {
+    const std::string zeroes(width - 1, '\0');
+    result += bigEndian ? zeroes + c : c + zeroes;
+  }
+  return result;
+}
+
 uint32_t testSeed() {
   const char* seed = std::getenv("KSV_TEST_SEED");
   return seed == nullptr ? 20260121u : static_cast<uint32_t>(std::strtoul(seed, nullptr, 10));

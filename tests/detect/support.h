@@ -20,6 +20,9 @@ inline std::string repeated(const std::string& text, size_t length) {
   return result;
 }
 
+// Each letter as a unit of so many bytes.
+std::string widened(const std::string& text, size_t width, bool bigEndian);
+
 // The seed of the random tests: KSV_TEST_SEED, else a fixed number.
 uint32_t testSeed();
 
