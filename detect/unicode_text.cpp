@@ -1,6 +1,5 @@
 // The scorers of the Unicode forms, and of EUC-JP-FIX, whose characters all have two
 // bytes as well.
-#include <array>
 #include <bit>
 
 #include "detect/character_sets.h"

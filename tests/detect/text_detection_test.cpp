@@ -116,6 +116,13 @@ TEST_F(TextDetection, checks_the_codes_of_ShiftJis_where_utf8_fits_as_well) {
   EXPECT_EQ(detect("\xC2\xB1", "Japanese"), KSV_TEXT_SHIFT_JIS | kWon);
 }
 
+TEST_F(TextDetection, checks_the_codes_of_ShiftJis_from_where_the_chunk_began) {
+  // Both fit the first chunk, which ends with a lead byte that the first check carries.
+  // There is no code 8221, but 82A0.
+  const std::string text = "!" + std::string(kChunk - 2, 'a') + "\x82\xA0" + "b";
+  EXPECT_EQ(detect(text, "Japanese"), KSV_TEXT_SHIFT_JIS | kWon);
+}
+
 TEST_F(TextDetection, of_text_with_a_mark_is_settled_by_it) {
   EXPECT_EQ(detect("\xEF\xBB\xBFtext\n"), KSV_TEXT_UTF8 | KSV_TEXT_MARK | kWon | KSV_TEXT_LF);
   const std::string text16 = utf16le(u"日本\r\n語\u2028");
