@@ -200,6 +200,15 @@ TEST_F(TextDetection, of_a_tie_of_utf16_and_EucJpFix_tells_the_line_end_of_utf16
       << "6100 and 6200 are little-endian characters";
 }
 
+TEST_F(TextDetection, of_a_tie_of_utf16_and_EucJpFix_with_a_separator_tells_no_line_end) {
+  std::string text = "\0\n"s;
+  for (int i = 0; i < 300; ++i) text += "\0."s;
+  // U+2028 is two bad bytes in EUC-JP-FIX, and E021 is bad in UTF-16: 99 for both.
+  EXPECT_EQ(detect(text + "\x20\x28\xE0\x21"), 0x84u);
+  EXPECT_EQ(detect(text + "\x20\x29\xE0\x21"), 0x84u);
+  EXPECT_EQ(detect(text + "\x20\x2A\xE0\x21"), 0x84u | KSV_TEXT_LF);
+}
+
 // A tie of Chinese, Korean and EUC-JP, until a pair that only one of them has.
 const std::string kTie = "\xB0\xA1\xC4\xE3\xD0\xD0 ";
 constexpr uint32_t kTied = KSV_TEXT_SIMPLIFIED_CHINESE | KSV_TEXT_TRADITIONAL_CHINESE |
