@@ -90,6 +90,7 @@ int checkAll(const Arguments& arguments) {
   const std::vector<std::string> inputs = inputsNamedBy(arguments.operands);
   WorkList list(inputs);
   return list.run(arguments.jobs, [&](size_t index) {
+    list.countWhole(index);
     const EncodingCheckRecord record = check(inputs[index]);
     const std::string path = inputs.size() > 1 ? inputs[index] + "\t" : "";
     list.standardOutput().write(

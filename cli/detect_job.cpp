@@ -71,6 +71,7 @@ int detect(const Arguments& arguments) {
   const char* language = arguments.language.empty() ? nullptr : arguments.language.c_str();
   WorkList list(inputs);
   return list.run(arguments.jobs, [&](size_t index) {
+    list.countWhole(index);
     const Detection detection = detectInput(inputs[index], language);
     list.standardOutput().write(index, arguments.json ? asJson(inputs[index], detection)
                                                       : asText(inputs[index], detection));

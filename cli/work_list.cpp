@@ -5,7 +5,6 @@
 #include <thread>
 
 #include "failure.h"
-#include "inputs.h"
 #include "platform.h"
 
 namespace ksv_cli {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "console.h"
+#include "inputs.h"
 #include "streams.h"
 
 namespace ksv_cli {
@@ -43,6 +44,9 @@ class WorkList {
 
   Console& console() { return console_; }
   OrderedOutput& standardOutput() { return standardOutput_; }
+
+  // Tells the console of an input as a whole, for work that does not count its bytes.
+  void countWhole(size_t index) { console_.addBytes(inputFacts(inputs_[index]).size); }
 
   // Does the work on each input, at most so many at once. What it throws is reported
   // under the input's name, and the others are still done. Returns the exit status.
