@@ -13,5 +13,6 @@ void registerThroughput();
 void registerShortStrings();
 void registerStart();
 void registerLookups();
+void registerDetection();
 
 }  // namespace ksv_bench

@@ -11,6 +11,7 @@ int main(int argumentCount, char** arguments) {
   ksv_bench::registerShortStrings();
   ksv_bench::registerStart();
   ksv_bench::registerLookups();
+  ksv_bench::registerDetection();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;
