@@ -188,11 +188,12 @@ class Descriptions:
         """A member is the name of a subset, or that and further one-way tables."""
         if isinstance(member, str):
             member = {"subset": member}
-        subset = self._subset(member["subset"])
+        subset = self.subset(member["subset"])
         further = [self._one_way_table(name) for name in member.get("one_way", [])]
         return Member(subset, subset.one_way + further)
 
-    def _subset(self, base: str) -> Subset:
+    def subset(self, base: str) -> Subset:
+        """A character set by its name in lower case."""
         if base not in self._subsets:
             path = self._root / "rules/subsets" / f"{base}.toml"
             description = _load(path, {"name", "width", "language"},
@@ -250,7 +251,7 @@ class Descriptions:
     def _characters_from_code(self, source: dict[str, Any]) -> Iterator[Pair]:
         """Codes that no other set has, each for the character so far above it."""
         taken = {code for base in source.get("unless_in", [])
-                 if (table := self._subset(base).table) for code, _ in table.pairs}
+                 if (table := self.subset(base).table) for code, _ in table.pairs}
         above = int(source["characters_from_code"], 16)
         return ((code, code + above) for code in codes_of(source) if code not in taken)
 

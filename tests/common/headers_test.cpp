@@ -1,7 +1,11 @@
 #include <cstddef>
 
+#include "ksv_cut.h"
 #include "ksv_file.h"
+#include "ksv_log.h"
 #include "ksv_path.h"
+#include "ksv_sjis.h"
+#include "ksv_ucs2.h"
 #include "tests/common/support.h"
 
 static_assert(sizeof(KsvByteOrderStream) == 16 && offsetof(KsvByteOrderStream, stream) == 0 &&
@@ -28,6 +32,11 @@ extern "C" {
 extern void* (*const ksvMemoryHeaderIsC)(int32_t size);
 extern int (*const ksvFileHeaderIsC)(KsvByteOrderStream* s);
 extern int (*const ksvPathHeaderIsC)(const char* path, KsvStat* out);
+extern int32_t (*const ksvUcs2HeaderIsC)(const uint16_t* s);
+extern int (*const ksvSjisHeaderIsC)(char* dest, const uint16_t* src);
+extern int (*const ksvLogHeaderIsC)(uint32_t flags, FILE* stream, const char* path);
+extern uint32_t (*const ksvCutHeaderIsC)(const void* buffer, int32_t length, int32_t limit,
+                                         const char* charsetName);
 int KSV_setCharsetPath(const char* ignored);
 }
 
@@ -35,6 +44,10 @@ TEST(Headers, name_the_same_functions_in_c_and_in_cpp) {
   EXPECT_NE(ksvMemoryHeaderIsC, nullptr);
   EXPECT_EQ(ksvFileHeaderIsC, KSV_X_FileClose);
   EXPECT_EQ(ksvPathHeaderIsC, KSV_STAT);
+  EXPECT_EQ(ksvUcs2HeaderIsC, KSV_ucs2strlen);
+  EXPECT_EQ(ksvSjisHeaderIsC, KSV_ucs2sjisstr);
+  EXPECT_EQ(ksvLogHeaderIsC, ksv_logfprint_path);
+  EXPECT_EQ(ksvCutHeaderIsC, CutStr);
 }
 
 TEST(SystemQueries, return_1_and_ignore_what_they_are_given) {

@@ -1,7 +1,6 @@
 #include "tests/rules/support.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 #include "ksv_cconv.h"
 
@@ -117,11 +116,6 @@ bool mapsAll(const CodeTable& table, const Pairs& pairs) {
     if (!tableLookup(table, first, value) || value != second) return false;
   }
   return true;
-}
-
-uint32_t testSeed() {
-  const char* seed = getenv("KSV_TEST_SEED");
-  return seed != nullptr ? static_cast<uint32_t>(std::strtoul(seed, nullptr, 0)) : 20240229;
 }
 
 }  // namespace ksv::test

@@ -121,7 +121,4 @@ Pairs manyPairs(uint32_t count);
 // Whether a loaded table maps every first number to its second.
 bool mapsAll(const CodeTable& table, const Pairs& pairs);
 
-// The seed of the random tests: KSV_TEST_SEED, else a fixed number.
-uint32_t testSeed();
-
 }  // namespace ksv::test

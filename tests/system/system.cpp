@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <thread>
 
 namespace ksv::test {
@@ -38,6 +39,11 @@ bool waitUntil(const std::function<bool()>& condition) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return true;
+}
+
+uint32_t testSeed() {
+  const std::optional<std::string> seed = variable("KSV_TEST_SEED");
+  return seed ? static_cast<uint32_t>(std::strtoul(seed->c_str(), nullptr, 0)) : 20240229;
 }
 
 }  // namespace ksv::test

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <new>
@@ -45,6 +46,9 @@ std::vector<std::string> commandLine(int argc, char** argv);
 
 // Waits until condition holds; false after ten seconds.
 bool waitUntil(const std::function<bool()>& condition);
+
+// The seed of the random tests: KSV_TEST_SEED, else a fixed number.
+uint32_t testSeed();
 
 using Arguments = std::vector<std::string>;
 
