@@ -77,13 +77,13 @@ void CompoundFile::loadMiniStream() {
   LoopDetector loop;
   uint32_t sector = directory_.miniStreamStart();
   while (sector != kEndOfChain && sector != kFreeSector) {
+    miniStream_.push_back(sector);
     if (loop.comesBackTo(sector)) {
       size_t first = 0;
       while (miniStream_[first] != miniStream_[first + loop.length()]) ++first;
       miniStream_.resize(first + loop.length());
       return;
     }
-    miniStream_.push_back(sector);
     sector = sectors_->next(sector);
   }
 }

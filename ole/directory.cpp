@@ -126,8 +126,8 @@ bool Directory::load(PagedFile& file, const CompoundHeader& header, const Sector
 
 // A chain that ends is never longer than the table, which is the limit of all chains; one
 // that comes back to a sector would pass it.
-bool Directory::loadChain(PagedFile& file, const CompoundHeader& header,
-                          const SectorTable& sectors, CompoundFault& fault) {
+bool Directory::loadChain(PagedFile& file, const CompoundHeader& header, const SectorTable& sectors,
+                          CompoundFault& fault) {
   constexpr int64_t kFirstDirectorySector = 48;
   if (header.sectorSize < kDirectoryEntrySize) {
     return refuse(fault, "has sectors that hold no directory entry", kFirstDirectorySector);
@@ -139,8 +139,8 @@ bool Directory::loadChain(PagedFile& file, const CompoundHeader& header,
     const bool isSector = static_cast<int32_t>(sector) >= 0;
     const auto offset = isSector ? sectors.offsetOfWhole(sector) : std::nullopt;
     // Sectors that overlap each other could make more of a file than is in it.
-    const bool fits = file.holds(0, (static_cast<int64_t>(sectorOffsets_.size()) + 1) *
-                                        int64_t{header.sectorSize});
+    const bool fits = file.holds(
+        0, (static_cast<int64_t>(sectorOffsets_.size()) + 1) * int64_t{header.sectorSize});
     if (!offset || !fits || loop.comesBackTo(sector)) {
       return refuse(fault, "has a damaged directory chain behind this sector", lastOffset);
     }

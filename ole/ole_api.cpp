@@ -37,9 +37,7 @@ bool isUsable(const Ksv2Ole* handle) {
   return true;
 }
 
-bool isUsable(const Ksv2OleStream* stream) {
-  return stream != nullptr && isUsable(stream->owner);
-}
+bool isUsable(const Ksv2OleStream* stream) { return stream != nullptr && isUsable(stream->owner); }
 
 void release(Ksv2Ole* handle) {
   while (handle != nullptr && --handle->holders == 0) delete std::exchange(handle, handle->parent);

@@ -23,9 +23,7 @@ class PagedFile {
   int64_t size() const { return size_; }
 
   // Whether count bytes lie at offset.
-  bool holds(int64_t offset, int64_t count) const {
-    return offset >= 0 && offset <= size_ - count;
-  }
+  bool holds(int64_t offset, int64_t count) const { return offset >= 0 && offset <= size_ - count; }
 
   // Copies count bytes at offset; fewer, 0 included, where the file ends.
   size_t read(int64_t offset, void* dest, size_t count);

@@ -36,11 +36,10 @@ struct PropertySetStream {
   uint32_t missing;  // the result when it cannot be opened
 };
 
-constexpr PropertySetStream kSummaryStream = {
-    "\5SummaryInformation",
-    {0xE0, 0x85, 0x9F, 0xF2, 0xF9, 0x4F, 0x68, 0x10, 0xAB, 0x91, 0x08, 0x00, 0x2B, 0x27, 0xB3,
-     0xD9},
-    KSV_SUMMARY_NO_SUMMARY};
+constexpr PropertySetStream kSummaryStream = {"\5SummaryInformation",
+                                              {0xE0, 0x85, 0x9F, 0xF2, 0xF9, 0x4F, 0x68, 0x10, 0xAB,
+                                               0x91, 0x08, 0x00, 0x2B, 0x27, 0xB3, 0xD9},
+                                              KSV_SUMMARY_NO_SUMMARY};
 constexpr PropertySetStream kDocumentSummaryStream = {
     "\5DocumentSummaryInformation",
     {0x02, 0xD5, 0xCD, 0xD5, 0x9C, 0x2E, 0x1B, 0x10, 0x93, 0x97, 0x08, 0x00, 0x2B, 0x2C, 0xF9,
@@ -169,7 +168,8 @@ class PropertyReader {
     uint64_t length = std::min<uint64_t>({declared - 1, section_.size() - begin, field.limit});
     if (reading_.kind.endsTextsAtZero()) length = section_.lengthAt(begin);
     char bytes[kLongestText] = {};
-    const std::string_view text(bytes, static_cast<size_t>(std::min<uint64_t>(length, sizeof bytes)));
+    const std::string_view text(bytes,
+                                static_cast<size_t>(std::min<uint64_t>(length, sizeof bytes)));
     section_.copy(begin, bytes, text.size());
     store(field, text.substr(0, trimmedLength(text, reading_.codePage)));
   }
