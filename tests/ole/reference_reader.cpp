@@ -106,11 +106,12 @@ bool ReferenceFile::loadMiniFat() {
   if (miniFatCount_ * sectorSize_ > 0x7FFFFFFF) return false;
   // Only as much as a chain can fill is made; what is behind it reads as zero.
   uint32_t done = 0;
+  std::set<uint32_t> visited;
   for (uint32_t at = number32(bytes_, 60); at != kStop; at = next(at), ++done) {
+    if (!visited.insert(at).second) return false;
     const auto read = sector(at);
     if (at == kFree || !read || done == miniFatCount_) return false;
     for (size_t i = 0; i < sectorSize_; i += 4) miniFat_.push_back(number32(*read, i));
-    if (done > fatCount_ * 128) return false;
   }
   miniFatCount_ = static_cast<uint32_t>(miniFatCount_ * sectorSize_ / 4);
   return true;
@@ -193,6 +194,7 @@ std::optional<uint32_t> ReferenceFile::findStorage(uint32_t parent, const std::s
 ReferenceFile::Search ReferenceFile::search(uint32_t id, uint32_t level, const std::string& name,
                                             uint32_t& found) const {
   if (id == kFree) return Search::kAbsent;
+  if (++steps_ > kMostSteps) throw TooManySteps();
   if (level > 256 || id >= slots_.size()) return Search::kFailed;
   if (lowered(slots_[id].name) == lowered(name)) {
     found = id;

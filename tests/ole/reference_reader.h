@@ -20,6 +20,9 @@ class ReferenceFile {
     std::string classId = std::string(16, '\0');
   };
 
+  // Thrown by a search that goes through a tree whose branches meet again and again.
+  struct TooManySteps {};
+
   static std::unique_ptr<ReferenceFile> open(const std::string& bytes);
 
   uint32_t root() const { return root_; }
@@ -40,7 +43,10 @@ class ReferenceFile {
   enum class Search { kFound, kAbsent, kFailed };
   Search search(uint32_t id, uint32_t level, const std::string& name, uint32_t& found) const;
 
+  static constexpr uint64_t kMostSteps = 1'000'000;
+
   std::string bytes_;
+  mutable uint64_t steps_ = 0;
   uint64_t sectorSize_ = 0, miniSectorSize_ = 0;
   uint32_t fatCount_ = 0, miniFatCount_ = 0, cutoff_ = 0;
   std::vector<std::string> fat_;

@@ -114,7 +114,7 @@ class SharedMemory {
   std::string name_;
   size_t size_;
   bool owned_;
-  intptr_t mapping_;  // where the system has a handle for it
+  [[maybe_unused]] intptr_t mapping_;  // where the system has a handle for it
   void* address_;
 };
 
