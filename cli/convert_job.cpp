@@ -14,7 +14,7 @@
 #include "file_converter.h"
 #include "jobs.h"
 #include "ksv_cconv.h"
-#include "platform.h"
+#include "operands.h"
 #include "rule_base.h"
 #include "unicode_check.h"
 
@@ -203,19 +203,9 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
-std::vector<std::string> inputsNamedBy(const std::vector<std::string>& operands) {
-  std::vector<std::string> inputs;
-  for (const std::string& operand : operands)
-    for (std::string& file : platform::filesNamedBy(operand)) inputs.push_back(std::move(file));
-  return inputs;
-}
-
 int convert(Arguments arguments, const GivenOptions& given) {
   arguments.inputs = inputsNamedBy(arguments.inputs);
-  if (arguments.inputs.empty()) arguments.inputs.emplace_back(kStandardStream);
   const OutputPlan plan = outputPlan(arguments, given);
-  if (std::count(arguments.inputs.begin(), arguments.inputs.end(), kStandardStream) > 1)
-    throw UsageError("standard input is named twice");
   const RuleBase ruleBase;
   const ConversionSettings settings =
       conversionSettings(arguments, given, CharsetNames(ruleBase.charsets()));

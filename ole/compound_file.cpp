@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "ole/little_endian.h"
+
 namespace ksv {
 
 std::unique_ptr<CompoundFile> CompoundFile::open(const char* path, CompoundFault& fault) {
@@ -50,6 +52,17 @@ bool CompoundFile::loadMiniFat(CompoundFault& fault) {
     lastOffset = *offset;
   }
   return true;
+}
+
+std::u16string CompoundFile::nameOf(uint32_t entry) {
+  constexpr size_t kNameUnits = 32;
+  std::array<uint8_t, 2 * kNameUnits> bytes = {};
+  file_->read(directory_.offsetOf(entry), bytes.data(), bytes.size());
+  std::u16string name;
+  for (size_t at = 0; at < bytes.size() && wordAt(bytes.data() + at) != 0; at += 2) {
+    name.push_back(static_cast<char16_t>(wordAt(bytes.data() + at)));
+  }
+  return name;
 }
 
 uint32_t CompoundFile::nextMiniSector(uint32_t miniSector) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "ole/directory.h"
@@ -25,6 +26,9 @@ class CompoundFile {
   const CompoundHeader& header() const { return header_; }
   const SectorTable& sectors() const { return *sectors_; }
   const Directory& directory() const { return directory_; }
+
+  // The name of an entry in UTF-16, as it stands in the file.
+  std::u16string nameOf(uint32_t entry);
 
   // How many entries the mini-FAT has, and the mini sector behind this one, which is
   // one of them.
@@ -67,6 +71,9 @@ class CompoundStream {
 
   // Reads up to count bytes: how many there were.
   uint32_t read(void* dest, uint32_t count);
+
+  // How many of so many bytes could be read from a position on, without reading them.
+  uint32_t readableFrom(uint32_t position, uint32_t count) const;
 
   // The new position, within the stream, or kFailed: the position has moved all the
   // same.

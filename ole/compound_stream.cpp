@@ -92,6 +92,21 @@ uint32_t CompoundStream::readPieces(uint8_t* dest, uint32_t count) {
   return done;
 }
 
+uint32_t CompoundStream::readableFrom(uint32_t position, uint32_t count) const {
+  if (position >= size_) return 0;
+  const uint32_t wanted = std::min(count, size_ - position);
+  uint32_t done = 0;
+  while (done < wanted) {
+    const std::optional<int64_t> offset = offsetOf(position + done);
+    if (!offset) break;
+    const uint32_t piece = pieceAt(position + done, *offset, wanted - done);
+    const int64_t left = std::max<int64_t>(file_.file().size() - *offset, 0);
+    if (left < piece) return done + static_cast<uint32_t>(left);
+    done += piece;
+  }
+  return done;
+}
+
 // All but the last fill of the buffer goes straight to the caller.
 uint32_t CompoundStream::read(void* dest, uint32_t count) {
   uint8_t* out = static_cast<uint8_t*>(dest);

@@ -46,62 +46,51 @@ constexpr PropertySetStream kDocumentSummaryStream = {
      0xAE},
     KSV_SUMMARY_NOT_OPENED};
 
-// A section as its size says; what the stream does not have of it reads as zero.
+// A section as its size says; what the stream does not have of it reads as zero. Its
+// beginning is read at once, the rest where it is asked for: a picture may be in it.
 class Section {
  public:
-  // Reads the section at the stream's position. At most budget bytes are read.
-  Section(CompoundStream& stream, size_t budget) {
-    bytes_.resize(sizeof(uint32_t));
-    append(stream, 0, sizeof(uint32_t));
-    size_ = dword(0);
-    if (size_ > bytes_.size()) readRest(stream, std::min<size_t>(size_, budget));
+  // The section at a position of the stream, which stands there.
+  Section(CompoundStream& stream, uint32_t start) : stream_(stream), start_(start) {
+    const uint32_t headLength = stream.read(head_.data(), kHeadSize);
+    size_ = dwordAt(head_.data());
+    available_ =
+        headLength < kHeadSize ? std::min(headLength, size_) : stream.readableFrom(start, size_);
   }
 
   uint32_t size() const { return size_; }
   // How much of it the stream has.
-  size_t bytesRead() const { return bytes_.size(); }
+  uint32_t available() const { return available_; }
 
   bool holds(uint64_t offset, uint64_t count) const { return offset + count <= size_; }
 
-  uint32_t dword(uint64_t offset) const {
+  uint32_t dword(uint64_t offset) {
     std::array<uint8_t, 4> bytes = {};
     copy(offset, bytes.data(), bytes.size());
     return dwordAt(bytes.data());
   }
 
-  void copy(uint64_t offset, void* dest, size_t count) const {
-    if (offset >= bytes_.size()) return;
-    const size_t at = static_cast<size_t>(offset);
-    std::memcpy(dest, bytes_.data() + at, std::min(count, bytes_.size() - at));
-  }
-
-  // How many bytes there are at offset before the first zero, within the section.
-  size_t lengthAt(uint64_t offset) const {
-    if (offset >= bytes_.size()) return 0;
-    const auto begin = bytes_.begin() + static_cast<ptrdiff_t>(offset);
-    return static_cast<size_t>(std::find(begin, bytes_.end(), 0) - begin);
-  }
-
- private:
-  // Piece by piece: a section may claim far more than is there.
-  void readRest(CompoundStream& stream, size_t wanted) {
-    constexpr size_t kFirstPiece = 64 * 1024;
-    for (size_t piece = kFirstPiece; bytes_.size() < wanted; piece *= 2) {
-      const size_t at = bytes_.size();
-      const size_t count = std::min(piece, wanted - at);
-      bytes_.resize(at + count);
-      if (append(stream, at, count) < count) return;
+  // Leaves what the stream does not have as it is.
+  void copy(uint64_t offset, void* dest, uint32_t count) {
+    if (offset >= available_) return;
+    const uint32_t at = static_cast<uint32_t>(offset);
+    const uint32_t length = std::min(count, available_ - at);
+    if (at + length <= kHeadSize) {
+      std::memcpy(dest, head_.data() + at, length);
+    } else {
+      stream_.seek(start_ + at, CompoundStream::kStart);
+      stream_.read(dest, length);
     }
   }
 
-  size_t append(CompoundStream& stream, size_t at, size_t count) {
-    const size_t got = stream.read(bytes_.data() + at, static_cast<uint32_t>(count));
-    bytes_.resize(at + got);
-    return got;
-  }
+ private:
+  static constexpr uint32_t kHeadSize = 4096;
 
-  std::vector<uint8_t> bytes_;
-  uint32_t size_ = 0;
+  CompoundStream& stream_;
+  const uint32_t start_;
+  uint32_t size_;
+  uint32_t available_;
+  std::array<uint8_t, kHeadSize> head_ = {};
 };
 
 // A value of the stream that its end may cut.
@@ -121,14 +110,14 @@ bool isSectionOf(CompoundStream& stream, uint64_t offset, const FormatId& format
 
 class PropertyReader {
  public:
-  PropertyReader(const Section& section, PropertySet set, SummaryReading& reading)
+  PropertyReader(Section& section, PropertySet set, SummaryReading& reading)
       : section_(section), set_(set), reading_(reading) {}
 
   // Properties whose rows the stream does not have are zeroes, which are skipped.
   void readAll(uint32_t count) {
     for (uint64_t i = 0; i < count; ++i) {
       const uint64_t row = kSectionHeaderSize + i * kPropertyRowSize;
-      if (row >= section_.bytesRead()) return;
+      if (row >= section_.available()) return;
       readOne(section_.dword(row), section_.dword(row + 4));
     }
   }
@@ -165,12 +154,14 @@ class PropertyReader {
     const uint32_t declared = section_.dword(value);
     if (declared == 0) return;
     const uint64_t begin = value + 4;
-    uint64_t length = std::min<uint64_t>({declared - 1, section_.size() - begin, field.limit});
-    if (reading_.kind.endsTextsAtZero()) length = section_.lengthAt(begin);
+    const uint64_t left = section_.size() - begin;
+    const bool endsAtZero = reading_.kind.endsTextsAtZero();
+    const uint64_t length =
+        endsAtZero ? left : std::min<uint64_t>({declared - 1, left, field.limit});
     char bytes[kLongestText] = {};
-    const std::string_view text(bytes,
-                                static_cast<size_t>(std::min<uint64_t>(length, sizeof bytes)));
-    section_.copy(begin, bytes, text.size());
+    std::string_view text(bytes, std::min<uint64_t>(length, sizeof bytes));
+    section_.copy(begin, bytes, static_cast<uint32_t>(text.size()));
+    if (endsAtZero) text = text.substr(0, text.find('\0'));
     store(field, text.substr(0, trimmedLength(text, reading_.codePage)));
   }
 
@@ -180,12 +171,12 @@ class PropertyReader {
                 reading_.text.outputLength());
   }
 
-  const Section& section_;
+  Section& section_;
   const PropertySet set_;
   SummaryReading& reading_;
 };
 
-uint32_t readSection(const Section& section, PropertySet set, SummaryReading& reading) {
+uint32_t readSection(Section& section, PropertySet set, SummaryReading& reading) {
   if (section.size() < kSectionHeaderSize) return KSV_SUMMARY_MALFORMED;
   // A terminator of two bytes would have been put behind it, in one block.
   if (section.size() > uint32_t{std::numeric_limits<int32_t>::max()} - 2) {
@@ -201,8 +192,8 @@ uint32_t readSection(const Section& section, PropertySet set, SummaryReading& re
 
 }  // namespace
 
-// Sections that lie upon each other could make work without end of a small stream: what is
-// read of them all together is bounded, far above what sections side by side have.
+// Sections that lie upon each other could make work without end of a small stream: what
+// they have all together is bounded, far above what sections side by side have.
 uint32_t readPropertySet(CompoundFile& file, PropertySet set, SummaryReading& reading) {
   const PropertySetStream& names =
       set == PropertySet::kSummary ? kSummaryStream : kDocumentSummaryStream;
@@ -215,14 +206,14 @@ uint32_t readPropertySet(CompoundFile& file, PropertySet set, SummaryReading& re
   const uint64_t count = readDword(*stream, kSectionCount);
   const uint64_t leastSize = kSectionRowSize * count;
   if (count >= 2 && leastSize > uint64_t{stream->size()} + 12) return KSV_SUMMARY_MALFORMED;
-  size_t budget = 256 * 1024 + 2 * static_cast<size_t>(file.file().size());
+  int64_t budget = 256 * 1024 + 2 * file.file().size();
   for (uint64_t i = 0; i < count; ++i) {
     const uint64_t row = kFirstSection + kSectionRowSize * i;
     if (!isSectionOf(*stream, row, names.formatId)) continue;
-    stream->seek(readDword(*stream, row + kFormatIdSize), CompoundStream::kStart);
-    const Section section(*stream, budget);
-    if (section.bytesRead() >= budget) return KSV_SUMMARY_MALFORMED;
-    budget -= section.bytesRead();
+    const uint32_t offset = readDword(*stream, row + kFormatIdSize);
+    Section section(*stream, stream->seek(offset, CompoundStream::kStart));
+    if (section.available() > budget) return KSV_SUMMARY_MALFORMED;
+    budget -= section.available();
     const uint32_t result = readSection(section, set, reading);
     if (result != KSV_SUMMARY_DONE) return result;
   }

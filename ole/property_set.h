@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "ole/compound_file.h"
 #include "ole/summary_fields.h"
