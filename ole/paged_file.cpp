@@ -68,9 +68,12 @@ const PagedFile::Page& PagedFile::page(int64_t number) {
 }
 
 size_t PagedFile::readDirectly(int64_t offset, void* dest, size_t count) {
+  // What is behind the end need not be asked for.
+  if (offset >= size_) return 0;
   if (offset != position_ && KSV_FileSeek(stream_, offset, SEEK_SET) != 0) return 0;
-  constexpr size_t kMost = std::numeric_limits<int32_t>::max();
-  const int32_t wanted = static_cast<int32_t>(std::min(count, kMost));
+  const int64_t most = std::min<int64_t>(std::numeric_limits<int32_t>::max(), size_ - offset);
+  const int32_t wanted =
+      static_cast<int32_t>(std::min<uint64_t>(count, static_cast<uint64_t>(most)));
   const int32_t got = KSV_FileRead(dest, 1, wanted, stream_);
   // Whatever was read: where the stream stands after less is not relied upon.
   position_ = got == wanted ? offset + got : -1;

@@ -53,6 +53,7 @@ class Section {
   // The section at a position of the stream, which stands there.
   Section(CompoundStream& stream, uint32_t start) : stream_(stream), start_(start) {
     const uint32_t headLength = stream.read(head_.data(), kHeadSize);
+    if (headLength < sizeof(uint32_t)) std::memset(head_.data() + headLength, 0, sizeof(uint32_t));
     size_ = dwordAt(head_.data());
     available_ =
         headLength < kHeadSize ? std::min(headLength, size_) : stream.readableFrom(start, size_);
@@ -90,7 +91,7 @@ class Section {
   const uint32_t start_;
   uint32_t size_;
   uint32_t available_;
-  std::array<uint8_t, kHeadSize> head_ = {};
+  std::array<uint8_t, kHeadSize> head_;  // as far as it is available
 };
 
 // A value of the stream that its end may cut.

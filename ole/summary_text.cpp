@@ -98,32 +98,38 @@ SummaryText::SummaryText(const KsvSummarySettings& settings) {
   options_.newlineForm = newlineForm(settings.lineEndFlags);
 }
 
-bool SummaryText::prepare(uint16_t codePage) {
-  if (cconvInitConvert(&converter_, &options_, targetCharset_) != KSV_STATUS_DONE) return false;
+bool SummaryText::setUp(uint16_t codePage) {
+  if (cconvInitConvert(&prepared_, &options_, targetCharset_) != KSV_STATUS_DONE) return false;
   const Source source = sourceOf(codePage, language_);
   uint32_t parameters[3] = {source.isDoubleByte ? 1u : 0u, 0, 1};  // invalid input is skipped
-  if (cconvChgCharset(&converter_, parameters, source.charset) == KSV_STATUS_DONE) return true;
-  cconvTermConvert(&converter_);
+  if (cconvChgCharset(&prepared_, parameters, source.charset) == KSV_STATUS_DONE) return true;
+  cconvTermConvert(&prepared_);
   return false;
 }
 
-// The closing sequence of a stateful target is not asked for: texts of the record have
-// never had one.
+void SummaryText::prepare(uint16_t codePage) {
+  if (preparedCodePage_ == codePage) return;
+  prepared_ = {};
+  isUsable_ = setUp(codePage);
+  preparedCodePage_ = codePage;
+}
+
+// Every text begins with a converter that is as new. The closing sequence of a stateful
+// target is not asked for: texts of the record have never had one.
 void SummaryText::convert(std::string_view text, uint16_t codePage) {
   if (text.empty() || (text.size() == 1 && text[0] == '\0')) {
     outputLength_ = 0;
     return;
   }
-  if (!prepare(codePage)) return;
-  output_.fill(0);
-  converter_.input = reinterpret_cast<const uint8_t*>(text.data());
-  converter_.inputPosition = 0;
-  converter_.inputLength = static_cast<int32_t>(text.size());
-  converter_.output = output_.data();
-  converter_.outputPosition = 0;
-  converter_.outputCapacity = static_cast<int32_t>(output_.size());
-  cconvConvert(&converter_);
-  outputLength_ = static_cast<size_t>(converter_.outputPosition);
+  prepare(codePage);
+  if (!isUsable_) return;
+  ConverterRecord converter = prepared_;
+  converter.input = reinterpret_cast<const uint8_t*>(text.data());
+  converter.inputLength = static_cast<int32_t>(text.size());
+  converter.output = output_.data();
+  converter.outputCapacity = static_cast<int32_t>(output_.size());
+  cconvConvert(&converter);
+  outputLength_ = static_cast<size_t>(converter.outputPosition);
 }
 
 }  // namespace ksv

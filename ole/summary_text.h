@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "ksv_cconv.h"
@@ -31,14 +32,18 @@ class SummaryText {
   size_t outputLength() const { return outputLength_; }
 
  private:
-  bool prepare(uint16_t codePage);
+  void prepare(uint16_t codePage);
+  bool setUp(uint16_t codePage);
 
   // Names as the converter takes them: those of the settings may lack a terminator.
   char targetCharset_[KSV_NAME_SIZE] = {};
   char language_[KSV_NAME_SIZE] = {};
   ConvertOptions options_ = {};
-  ConverterRecord converter_ = {};
-  std::array<uint8_t, KSV_SUMMARY_TEXT_SIZE> output_ = {};
+  // As it is set up for texts of a code page, if there is such a converter.
+  ConverterRecord prepared_ = {};
+  std::optional<uint16_t> preparedCodePage_;
+  bool isUsable_ = false;
+  std::array<uint8_t, KSV_SUMMARY_TEXT_SIZE> output_;
   size_t outputLength_ = 0;
 };
 

@@ -72,7 +72,8 @@ TEST_F(Summary, writes_in_the_charset_that_is_asked_for) {
   const std::string label = "  Title                ";
   EXPECT_EQ(ksv({"summary", "-t", "sjis", "a"}).out, "a\n" + label + "\x95\x5C\n");
   EXPECT_EQ(ksv({"summary", "-t", "EUC-JP", "a"}).out, "a\n" + label + "\xC9\xBD\n");
-  EXPECT_EQ(ksv({"summary", "-t", "iso-2022-jp", "a"}).out, "a\n" + label + "\x1B$BI=\x1B(B\n");
+  EXPECT_EQ(ksv({"summary", "-t", "iso-2022-jp", "a"}).out,
+            "\x1B(Ba\n" + label + "\x1B$BI=\x1B(B\n");
   EXPECT_EQ(ksv({"summary", "-t", "utf-16be", "a"}).out.substr(0, 6),
             bytes({0, 'a', 0, '\n', 0, ' '}));
   EXPECT_EQ(ksv({"summary", "--to", "latin1", "a"}).out.substr(0, 2), "a\n");
