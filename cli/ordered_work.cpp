@@ -9,6 +9,7 @@
 #include "batch.h"
 #include "console.h"
 #include "failure.h"
+#include "platform.h"
 
 namespace ksv_cli {
 namespace {
@@ -68,6 +69,7 @@ class OrderedWork {
       }
       results_[turn_].reset();
       console_.addFile();
+      console_.addBytes(platform::fileFacts(inputs_[turn_]).size);
     }
   }
 

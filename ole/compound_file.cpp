@@ -34,8 +34,7 @@ bool CompoundFile::loadMiniFat(CompoundFault& fault) {
   if (header_.miniFatSectors == 0) return true;
   const uint64_t bytes = uint64_t{header_.miniFatSectors} * header_.sectorSize;
   if (bytes > uint64_t{std::numeric_limits<int32_t>::max()}) {
-    fault = {"claims a table of mini sectors that is too large", kMiniFatSectors};
-    return false;
+    return refuse(fault, "claims a table of mini sectors that is too large", kMiniFatSectors);
   }
   miniFatEntries_ = static_cast<uint32_t>(bytes / 4);
   LoopDetector loop;
@@ -45,8 +44,7 @@ bool CompoundFile::loadMiniFat(CompoundFault& fault) {
     const std::optional<uint32_t> offset = sectors_->offsetOfWhole(sector);
     const bool isTooMuch = miniFatOffsets_.size() == header_.miniFatSectors;
     if (sector == kFreeSector || !offset || isTooMuch || loop.comesBackTo(sector)) {
-      fault = {"has a damaged table of mini sectors behind this sector", lastOffset};
-      return false;
+      return refuse(fault, "has a damaged table of mini sectors behind this sector", lastOffset);
     }
     miniFatOffsets_.push_back(*offset);
     lastOffset = *offset;

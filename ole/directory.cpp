@@ -22,11 +22,6 @@ constexpr size_t kStreamSize = 120;
 
 constexpr char kRootName[] = "Root Entry";
 
-bool refuse(CompoundFault& fault, const char* reason, int64_t offset) {
-  fault = {reason, offset};
-  return false;
-}
-
 // A search through a tree of siblings that may be anything but a tree. Each entry is
 // searched once; where it comes up again, how deep it went is remembered.
 class StreamSearch {

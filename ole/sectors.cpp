@@ -30,11 +30,6 @@ constexpr uint32_t kEntriesPerTableSector = 128;
 // these are counted, and have to lie in the file, but are never asked for.
 constexpr size_t kReachableTableSectors = 32768;
 
-bool refuse(CompoundFault& fault, const char* reason, int64_t offset) {
-  fault = {reason, offset};
-  return false;
-}
-
 // A shift that no signed 32-bit size can have exceeds every file.
 std::optional<uint32_t> sizeOfShift(uint16_t shift, int64_t fileSize) {
   if (shift >= 31) return std::nullopt;

@@ -47,6 +47,12 @@ struct CompoundFault {
   int64_t offset = 0;
 };
 
+// Tells the fault; false, which is what whoever finds one returns.
+inline bool refuse(CompoundFault& fault, const char* reason, int64_t offset) {
+  fault = {reason, offset};
+  return false;
+}
+
 // The header, or none when it is not one, or when it claims more than the file holds.
 std::optional<CompoundHeader> readCompoundHeader(PagedFile& file, CompoundFault& fault);
 

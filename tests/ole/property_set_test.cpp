@@ -346,6 +346,41 @@ TEST_F(PropertySets, stand_in_streams_of_every_size) {
   }
 }
 
+Property picture(size_t size) {
+  return {17, dwords({71, static_cast<uint32_t>(size)}) + pattern(size)};
+}
+
+TEST_F(PropertySets, are_read_behind_a_picture_of_any_size) {
+  for (const size_t size : {3000, 3960, 3996, 4000, 4004, 4096, 5000, 70000, 300000}) {
+    const Reading reading = readSummary({codePage(932), text(3, "Subject"), picture(size),
+                                         text(2, "Title"), integer(9, 123456789)});
+    EXPECT_EQ(reading[KSV_SUMMARY_SUBJECT], "Subject") << size;
+    EXPECT_EQ(reading[KSV_SUMMARY_TITLE], "Title") << size;
+    EXPECT_EQ(reading[KSV_SUMMARY_REVISION], "123456789") << size;
+    EXPECT_EQ(readSummary({picture(size), text(2, "Title")}, kAllOfSlides)[0], "Title") << size;
+  }
+}
+
+TEST_F(PropertySets, are_read_behind_many_others) {
+  std::vector<Property> properties(2000, integer(99, 1));
+  properties.push_back(text(2, "Title"));
+  EXPECT_EQ(readSummary(properties)[0], "Title");
+}
+
+// The stream ends with its chain, whatever size it claims.
+TEST_F(PropertySets, behind_the_end_of_a_chain_read_as_zero) {
+  CompoundWriter writer;
+  writer.addStream(0, u"\u0005SummaryInformation",
+                   summary({text(3, "Subject"), picture(20000), text(2, "Title")}));
+  std::string bytes = writer.write();
+  EXPECT_EQ(readDocument(bytes, kTexts)[KSV_SUMMARY_TITLE], "Title");
+  putDword(bytes, writer.fatOffset(20), kEnd);
+  const Reading reading = readDocument(bytes, kTexts);
+  EXPECT_EQ(reading.result, 0u);
+  EXPECT_EQ(reading[KSV_SUMMARY_SUBJECT], "Subject");
+  EXPECT_EQ(reading[KSV_SUMMARY_TITLE], "");
+}
+
 TEST_F(PropertySets, are_found_whatever_the_case_of_their_stream) {
   CompoundWriter writer;
   writer.addStream(0, u"\u0005SUMMARYinformation", summary({text(2, "Title")}));
