@@ -12,5 +12,6 @@ const std::vector<Pair>& throughputPairs();
 void registerThroughput();
 void registerShortStrings();
 void registerStart();
+void registerDetection();
 
 }  // namespace ksv_bench

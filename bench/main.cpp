@@ -10,6 +10,7 @@ int main(int argumentCount, char** arguments) {
   ksv_bench::registerThroughput();
   ksv_bench::registerShortStrings();
   ksv_bench::registerStart();
+  ksv_bench::registerDetection();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

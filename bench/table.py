@@ -13,13 +13,15 @@ import argparse
 import json
 import sys
 
-PEERS = ("iconv", "icu")
+PEERS = ("iconv", "icu", "uchardet")
 COLUMNS = ("library", "engine") + PEERS
 PARTS = ("start_us", "rules_us", "converter_us", "conversion_us", "end_us")
 TITLES = {
     "convert": "Conversion, MB of input a second",
     "string_whole": "One string of 40 bytes, set up and released, ns",
     "string_kept": "One string of 40 bytes, handle kept, ns",
+    "detect": "Detection with the texts' language, files a second",
+    "detect_without_language": "Detection without a language, files a second",
     "start": "From startProcess to the first conversion, µs",
 }
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -112,6 +114,8 @@ def main():
         print(f"\n### {TITLES.get(group, group)}\n")
         if group == "start":
             start_table(rows)
+        elif group.startswith("detect"):
+            compared(rows, lambda run: run["items_per_second"], True)
         elif group == "convert":
             compared(rows, megabytes, True)
         else:

@@ -1,20 +1,16 @@
 #include "batch.h"
 
-#include <algorithm>
-#include <atomic>
-#include <condition_variable>
-#include <exception>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
-#include <thread>
 #include <utility>
 
-#include "console.h"
 #include "failure.h"
+#include "inputs.h"
 #include "platform.h"
 #include "text_conversion.h"
+#include "text_detection.h"
+#include "work_list.h"
 
 namespace ksv_cli {
 namespace {
@@ -22,19 +18,11 @@ namespace {
 using platform::FileFacts;
 using platform::FileKind;
 
-bool isStandardStream(const std::string& path) { return path == kStandardStream; }
-
-FileFacts inputFacts(const std::string& input) {
-  return isStandardStream(input) ? platform::standardInputFacts() : platform::fileFacts(input);
-}
-
 // Tells the console how far the reading has come.
 class MeteredSource : public ByteSource {
  public:
-  MeteredSource(const std::string& input, Console& console)
-      : source_(isStandardStream(input) ? platform::openStandardInput()
-                                        : platform::openInput(input)),
-        console_(console) {}
+  MeteredSource(std::unique_ptr<ByteSource> source, Console& console)
+      : source_(std::move(source)), console_(console) {}
 
   size_t read(uint8_t* buffer, size_t size) override {
     const size_t count = source_->read(buffer, size);
@@ -45,41 +33,6 @@ class MeteredSource : public ByteSource {
  private:
   std::unique_ptr<ByteSource> source_;
   Console& console_;
-};
-
-// Standard output, on which the results of threads come in the order of the
-// inputs: whoever is not at turn waits with its first bytes.
-class OrderedOutput {
- public:
-  explicit OrderedOutput(size_t count)
-      : sink_(platform::openStandardOutput()), isDone_(count, false) {}
-
-  void write(size_t index, const uint8_t* bytes, size_t size) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    turnChanged_.wait(lock, [&] { return turn_ == index; });
-    if (isBroken_) throw Failure("standard output is closed", true);
-    try {
-      sink_->write(bytes, size);
-    } catch (const Failure&) {
-      isBroken_ = true;
-      throw;
-    }
-  }
-
-  void finish(size_t index) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    isDone_[index] = true;
-    while (turn_ < isDone_.size() && isDone_[turn_]) ++turn_;
-    turnChanged_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable turnChanged_;
-  std::unique_ptr<ByteSink> sink_;
-  std::vector<bool> isDone_;
-  size_t turn_ = 0;
-  bool isBroken_ = false;
 };
 
 // The place of one result. A write that fails is told with the name of that
@@ -154,14 +107,14 @@ class FileResult : public Result {
 
 class Batch {
  public:
-  Batch(const ConversionSettings& settings, const OutputPlan& plan,
+  Batch(const ConversionSettings& settings, const CharsetNames& names, const OutputPlan& plan,
         const std::vector<std::string>& inputs)
       : first_(settings),
         others_(settings),
+        names_(names),
         plan_(plan),
         inputs_(inputs),
-        console_(inputs.size(), totalSize(inputs)),
-        standardOutput_(inputs.size()) {
+        list_(inputs) {
     // One stream of several texts has one mark, in front.
     if (plan_.kind == OutputPlan::Kind::kStandardOutput) others_.options.writeByteOrderMark = 0;
     checkThatNothingIsOverwritten();
@@ -169,22 +122,11 @@ class Batch {
 
   int run(size_t jobs) {
     if (plan_.kind == OutputPlan::Kind::kDirectory && !makeDirectory()) return kExitFailed;
-    std::vector<std::thread> helpers;
-    for (size_t i = 1; i < std::min(jobs, inputs_.size()); ++i)
-      helpers.emplace_back([this] { work(); });
-    work();
-    for (std::thread& helper : helpers) helper.join();
-    return anyFailed_ ? kExitFailed : kExitDone;
+    return list_.run(jobs, [this](size_t index) { convertOne(index); });
   }
 
  private:
   using FileId = std::pair<uint64_t, uint64_t>;
-
-  static uint64_t totalSize(const std::vector<std::string>& inputs) {
-    uint64_t total = 0;
-    for (const std::string& input : inputs) total += inputFacts(input).size;
-    return total;
-  }
 
   std::string outputPath(const std::string& input) const {
     switch (plan_.kind) {
@@ -223,39 +165,30 @@ class Batch {
       platform::createDirectories(plan_.path);
       return true;
     } catch (const Failure& failure) {
-      console_.report(plan_.path, failure.what());
+      list_.console().report(plan_.path, failure.what());
       return false;
     }
-  }
-
-  void work() {
-    for (size_t index = next_++; index < inputs_.size(); index = next_++) {
-      convertAndReport(index);
-      standardOutput_.finish(index);
-      console_.addFile();
-    }
-  }
-
-  void convertAndReport(size_t index) {
-    try {
-      convertOne(index);
-      return;
-    } catch (const Failure& failure) {
-      if (!failure.quiet()) console_.report(nameForMessages(inputs_[index]), failure.what());
-    } catch (const std::exception& error) {
-      console_.report(nameForMessages(inputs_[index]), error.what());
-    }
-    anyFailed_ = true;
   }
 
   void convertOne(size_t index) {
     const std::string& input = inputs_[index];
     refuseUnfitInput(input);
-    auto source = std::make_unique<MeteredSource>(input, console_);
+    ConversionSettings settings = index == 0 ? first_ : others_;
+    auto source = std::make_unique<MeteredSource>(openText(input, settings), list_.console());
     const std::unique_ptr<Result> result = openResult(index);
-    convertText(index == 0 ? first_ : others_, *source, *result);
+    convertText(settings, *source, *result);
     source.reset();  // not every system replaces a file that is open
     result->complete();
+  }
+
+  // Opens the text, and finds out its charset when none is given.
+  std::unique_ptr<ByteSource> openText(const std::string& input, ConversionSettings& settings) {
+    if (!settings.source.name.empty()) return openInput(input);
+    DetectedText text = openAndDetect(input, nullptr);
+    ChosenSource chosen = chooseSource(text, names_);
+    list_.console().report(nameForMessages(input), chosen.reason);
+    settings.source = std::move(chosen.charset);
+    return std::move(text.source);
   }
 
   void refuseUnfitInput(const std::string& input) const {
@@ -269,7 +202,7 @@ class Batch {
 
   std::unique_ptr<Result> openResult(size_t index) {
     if (plan_.kind == OutputPlan::Kind::kStandardOutput)
-      return std::make_unique<StandardOutputResult>(standardOutput_, index);
+      return std::make_unique<StandardOutputResult>(list_.standardOutput(), index);
     const std::string& input = inputs_[index];
     const std::string backup = plan_.backupSuffix.empty() ? "" : input + plan_.backupSuffix;
     return std::make_unique<FileResult>(outputPath(input), backup);
@@ -277,23 +210,17 @@ class Batch {
 
   ConversionSettings first_;
   ConversionSettings others_;
+  const CharsetNames& names_;
   const OutputPlan& plan_;
   const std::vector<std::string>& inputs_;
-  Console console_;
-  OrderedOutput standardOutput_;
-  std::atomic<size_t> next_{0};
-  std::atomic<bool> anyFailed_{false};
+  WorkList list_;
 };
 
 }  // namespace
 
-std::string nameForMessages(const std::string& input) {
-  return isStandardStream(input) ? "standard input" : input;
-}
-
-int convertBatch(const ConversionSettings& settings, const OutputPlan& plan,
-                 const std::vector<std::string>& inputs, size_t jobs) {
-  return Batch(settings, plan, inputs).run(jobs);
+int convertBatch(const ConversionSettings& settings, const CharsetNames& names,
+                 const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs) {
+  return Batch(settings, names, plan, inputs).run(jobs);
 }
 
 }  // namespace ksv_cli

@@ -17,15 +17,11 @@ struct OutputPlan {
   std::string backupSuffix;  // for kInPlace; empty: the original is not kept
 };
 
-// Throws UsageError when results would overwrite inputs or each other. Returns
-// the exit status; failures have been reported.
-int convertBatch(const ConversionSettings& settings, const OutputPlan& plan,
-                 const std::vector<std::string>& inputs, size_t jobs);
-
-// The operand that stands for standard input and output.
-inline constexpr char kStandardStream[] = "-";
-
-std::string nameForMessages(const std::string& input);
+// names: where a text is to be detected, that is, where settings name no source, the
+// charsets to choose from. Throws UsageError when results would overwrite inputs or each other.
+// Returns the exit status; failures have been reported.
+int convertBatch(const ConversionSettings& settings, const CharsetNames& names,
+                 const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs);
 
 }  // namespace ksv_cli
 

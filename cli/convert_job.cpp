@@ -12,9 +12,9 @@
 #include "charset_names.h"
 #include "failure.h"
 #include "file_converter.h"
+#include "inputs.h"
 #include "jobs.h"
 #include "ksv_cconv.h"
-#include "operands.h"
 #include "rule_base.h"
 #include "unicode_check.h"
 
@@ -32,6 +32,10 @@ constexpr char kFooter[] =
     "FILE is a text file; none, or -, is standard input. Without -o, --output-dir or\n"
     "--in-place the results go to standard output, in the order of the files.\n"
     "CHARSET is a name or an alias that 'ksv charsets' lists, without regard to case.\n"
+    "\n"
+    "Without -f the charset of each text is detected, as by 'ksv detect', and told on\n"
+    "standard error with the reason. A text that none fits, or more than one, fails. Text\n"
+    "that is detected as Shift_JIS is read as WINDOWS31J, which has its extensions.\n"
     "\n"
     "Byte order: a byte-order mark at the beginning of Unicode input decides and is left\n"
     "out. Input without one is read in the order that the name gives (UTF-16BE, UCS-4LE),\n"
@@ -70,6 +74,7 @@ struct Arguments {
 // What a group of options is about, so that their presence can be told from an
 // empty value.
 struct GivenOptions {
+  bool source;
   bool outputFile;
   bool outputDirectory;
   bool inPlace;
@@ -163,7 +168,7 @@ ConversionSettings conversionSettings(const Arguments& arguments, const GivenOpt
                                       const CharsetNames& names) {
   ConversionSettings settings;
   settings.target = findTarget(names, arguments.target);
-  settings.source = findSource(names, arguments.source);
+  if (given.source) settings.source = findSource(names, arguments.source);
   settings.skipInvalid = arguments.invalid == "skip";
   settings.blockSize = arguments.blockSize;
 
@@ -207,10 +212,10 @@ int convert(Arguments arguments, const GivenOptions& given) {
   arguments.inputs = inputsNamedBy(arguments.inputs);
   const OutputPlan plan = outputPlan(arguments, given);
   const RuleBase ruleBase;
-  const ConversionSettings settings =
-      conversionSettings(arguments, given, CharsetNames(ruleBase.charsets()));
+  const CharsetNames names(ruleBase.charsets());
+  const ConversionSettings settings = conversionSettings(arguments, given, names);
   if (given.replacement) checkReplacement(settings, arguments.replacement);
-  return convertBatch(settings, plan, arguments.inputs, arguments.jobs);
+  return convertBatch(settings, names, plan, arguments.inputs, arguments.jobs);
 }
 
 void addCharacterOptions(CLI::App& job, Arguments& arguments) {
@@ -261,8 +266,8 @@ void addConvertJob(CLI::App& app, int& exitStatus) {
   job->add_option("-t,--to", arguments->target, "The charset to write")
       ->required()
       ->type_name("CHARSET");
-  job->add_option("-f,--from", arguments->source, "The charset of the input")
-      ->required()
+  job->add_option("-f,--from", arguments->source,
+                  "The charset of the input; default: each text is detected")
       ->type_name("CHARSET");
   addPlaceOptions(*job, *arguments);
   addCharacterOptions(*job, *arguments);
@@ -274,8 +279,11 @@ void addConvertJob(CLI::App& app, int& exitStatus) {
       ->group("");
   job->footer(kFooter);
   job->callback([job, arguments, &exitStatus] {
-    const GivenOptions given = {job->count("-o") != 0, job->count("--output-dir") != 0,
-                                job->count("--in-place") != 0, job->count("--replacement") != 0,
+    const GivenOptions given = {job->count("-f") != 0,
+                                job->count("-o") != 0,
+                                job->count("--output-dir") != 0,
+                                job->count("--in-place") != 0,
+                                job->count("--replacement") != 0,
                                 job->count("--language") != 0};
     exitStatus = convert(*arguments, given);
   });

@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "batch.h"
 #include "charset_names.h"
 #include "console.h"
 #include "failure.h"
+#include "inputs.h"
 #include "jobs.h"
 #include "ksv_cut.h"
 #include "platform.h"
@@ -75,26 +75,10 @@ std::string ruleFor(const std::string& name) {
   throw UsageError(unknownCharset(name));
 }
 
-std::string readAtMost(const std::string& input, size_t size) {
-  const bool isStandardInput = input == kStandardStream;
-  const std::unique_ptr<ByteSource> source =
-      isStandardInput ? platform::openStandardInput() : platform::openInput(input);
-  constexpr size_t kBlock = 64 * 1024;
-  std::string text;
-  while (text.size() < size) {
-    const size_t held = text.size();
-    const size_t wanted = std::min(kBlock, size - held);
-    text.resize(held + wanted);
-    const size_t count = source->read(reinterpret_cast<uint8_t*>(text.data()) + held, wanted);
-    text.resize(held + count);
-    if (count == 0) break;
-  }
-  return text;
-}
-
 std::string leadingPiece(const CutArguments& arguments, const std::string& rule) {
   const size_t limit = static_cast<size_t>(std::min(arguments.bytes, kMostBytes));
-  std::string text = readAtMost(arguments.input, limit + kWidestUnit);
+  const std::vector<uint8_t> read = readAtMost(*openInput(arguments.input), limit + kWidestUnit);
+  std::string text(read.begin(), read.end());
   if (text.size() <= limit) return text;
   if (arguments.bytes > kMostBytes) throw Failure("is too long to be cut behind 2 GiB");
   const int32_t length = static_cast<int32_t>(text.size());

@@ -22,7 +22,7 @@
 namespace ksv_cli {
 
 struct ConversionSettings {
-  CharsetChoice source;
+  CharsetChoice source;  // without a name: not known yet
   CharsetChoice target;
   ConvertOptions options{};
   bool skipInvalid = false;

@@ -10,6 +10,8 @@ class App;
 namespace ksv_cli {
 
 void addConvertJob(CLI::App& app, int& exitStatus);
+void addDetectJob(CLI::App& app, int& exitStatus);
+void addCheckJob(CLI::App& app, int& exitStatus);
 void addCharsetsJob(CLI::App& app, int& exitStatus);
 void addTablesJob(CLI::App& app, int& exitStatus);
 void addCutJob(CLI::App& app, int& exitStatus);

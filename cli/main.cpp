@@ -46,6 +46,8 @@ int run(std::vector<std::string> arguments) {
 
   int exitStatus = kExitDone;
   addConvertJob(app, exitStatus);
+  addDetectJob(app, exitStatus);
+  addCheckJob(app, exitStatus);
   addCharsetsJob(app, exitStatus);
   addTablesJob(app, exitStatus);
   addCutJob(app, exitStatus);

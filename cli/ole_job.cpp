@@ -4,17 +4,17 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "batch.h"
 #include "console.h"
 #include "failure.h"
+#include "inputs.h"
 #include "jobs.h"
+#include "named_input.h"
 #include "ole_tree.h"
-#include "operands.h"
 #include "platform.h"
+#include "result_line.h"
 
 namespace ksv_cli {
 namespace {
@@ -56,7 +56,7 @@ std::string asJson(const OleTree& tree) {
     line["path"] = full + entry.name;
     line["type"] = entry.isStorage ? "storage" : "stream";
     if (!entry.isStorage) line["size"] = entry.size;
-    text += line.dump() + "\n";
+    text += jsonLine(line);
     path.push_back(entry.name);
   }
   return text;

@@ -4,24 +4,24 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "batch.h"
 #include "charset_names.h"
 #include "failure.h"
+#include "inputs.h"
 #include "jobs.h"
 #include "ksv_ole.h"
+#include "named_input.h"
 #include "ole_tree.h"
-#include "operands.h"
-#include "ordered_work.h"
 #include "platform.h"
+#include "result_line.h"
 #include "rule_base.h"
 #include "text_conversion.h"
+#include "work_list.h"
 
 namespace ksv_cli {
 namespace {
@@ -141,9 +141,9 @@ std::string asText(const std::string& name, const std::vector<FoundProperty>& fo
 
 std::string asJson(const std::string& name, const std::vector<FoundProperty>& found) {
   nlohmann::ordered_json line;
-  line["file"] = name;
+  line["path"] = name;
   for (const FoundProperty& property : found) line[property.name->key] = property.value;
-  return line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+  return jsonLine(line);
 }
 
 class TextSource : public ByteSource {
@@ -196,12 +196,14 @@ int summarise(const SummaryArguments& arguments) {
   const ConversionSettings settings =
       outputSettings(CharsetNames(ruleBase.charsets()), arguments.charset);
   const bool isUtf8 = settings.target.form == UnicodeForm::kUtf8;
-  return workInOrder(inputs, arguments.jobs, [&](const std::string& input) {
-    const NamedInput named(input);
+  WorkList list(inputs);
+  return list.run(arguments.jobs, [&](size_t index) {
+    const NamedInput named(inputs[index]);
     const std::vector<FoundProperty> found = readProperties(named.path());
-    const std::string text = arguments.json ? asJson(nameForMessages(input), found)
-                                            : asText(nameForMessages(input), found);
-    return isUtf8 ? text : inCharset(settings, text);
+    const std::string text = arguments.json ? asJson(inputs[index], found)
+                                            : asText(nameForMessages(inputs[index]), found);
+    list.standardOutput().write(index, isUtf8 ? text : inCharset(settings, text));
+    list.console().addBytes(inputFacts(inputs[index]).size);
   });
 }
 
@@ -215,8 +217,8 @@ void addSummaryJob(CLI::App& app, int& exitStatus) {
   job->add_option("-t,--to", arguments->charset, "Charset of the output; default: UTF-8")
       ->type_name("CHARSET");
   job->add_flag("--json", arguments->json, "One JSON object a line, with the properties it has");
-  job->add_option("-j,--jobs", arguments->jobs, "Read so many documents at once")
-      ->check(CLI::Range(1, 1024))
+  job->add_option("-j,--jobs", arguments->jobs, "Work on N documents at once")
+      ->check(CLI::Range(1, 256))
       ->type_name("N");
   job->footer(
       "Each document is a line with its name and a line for each property that it has: title,\n"

@@ -316,6 +316,53 @@ def conversion_seeds():
     return seeds
 
 
+# --- Texts to be detected. ---
+
+DETECTED = "\u65e5\u672c\u8a9e\u306e\u30c6\u30ad\u30b9\u30c8\r\nABC \uff71\u3002\r\n"
+
+
+def texts():
+    fixed = b"".join(bytes([0, c]) for c in b"ABC\r\n") + b"\xc6\xfc\xb0\x21"
+    return {
+        "ascii": b"plain text\nof two lines\n",
+        "shift_jis": DETECTED.encode("cp932"),
+        "euc_jp": DETECTED.encode("euc_jp") + b"\x8f\xb0\xa1",
+        "euc_jp_fix": fixed,
+        "iso_2022_jp": DETECTED.encode("iso2022_jp_ext") + b"\x1b(I1\x1b$(D\x22\x2f\x1b(B\r",
+        "gbk": "\u4e2d\u6587\u6587\u672c\n\u4e02".encode("gbk"),
+        "big5": "\u4e2d\u6587\u6587\u672c\n".encode("big5"),
+        "korean": "\ud55c\uad6d\uc5b4 \ub620\u3131\n".encode("cp949"),
+        "tie": b"\xb0\xa1\xc4\xe3\xd0\xd0 ",
+        "utf8": DETECTED.encode() + "\U0001f600\u2028".encode(),
+        "utf8_marked": b"\xef\xbb\xbf" + DETECTED.encode(),
+        "utf16le": (DETECTED + "\u2028\U0001f600").encode("utf-16-le"),
+        "utf16be_marked": b"\xfe\xff" + (DETECTED + "\u2029").encode("utf-16-be"),
+        "ucs4le_marked": b"\xff\xfe\0\0" + DETECTED.encode("utf-32-le"),
+        "ucs4be": (DETECTED + "\U00020000").encode("utf-32-be"),
+        "controls": bytes(range(256)),
+        "empty": b"",
+    }
+
+
+def detection_seeds():
+    seeds = {}
+    for number, (name, text) in enumerate(texts().items()):
+        seeds[name] = bytes([number % 5, 0]) + text
+        seeds[name + "_long"] = bytes([4, 150]) + text
+    return seeds
+
+
+def check_seeds():
+    seeds = {name: b"\0" + text for name, text in texts().items()}
+    declaration = "<?xml version='1.0' encoding='Shift_JIS'?>\r\n<a/>\n"
+    for name in ("ascii", "utf-16-le", "utf-16-be", "utf-32-le", "utf-32-be"):
+        seeds["declared_" + name] = b"\0" + declaration.encode(name)
+    seeds["declared_behind_a_mark"] = b"\0\xef\xbb\xbf" + declaration.encode()
+    seeds["declared_at_a_position"] = b"\x0d<a encoding=''" + declaration.encode()
+    seeds["declared_too_long"] = b"\0<?xml encoding=\"" + b"x" * 258 + b"\"?>"
+    return seeds
+
+
 # --- Compound files: the number that reads are drawn from, then the file. ---
 
 FREE, END, FAT = 0xFFFFFFFF, 0xFFFFFFFE, 0xFFFFFFFD
@@ -454,6 +501,8 @@ def main():
     write("converter_fuzzer", conversion_seeds())
     write("compound_file_fuzzer", compound_file_seeds())
     write("summary_fuzzer", summary_seeds())
+    write("text_detection_fuzzer", detection_seeds())
+    write("encoding_check_fuzzer", check_seeds())
 
 
 if __name__ == "__main__":

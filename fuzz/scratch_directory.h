@@ -25,6 +25,7 @@ class ScratchDirectory {
   // Copies every file of another directory into this one.
   void copyFilesOf(const std::string& directory) const;
   void remove(const std::string& name) const;
+  std::string pathOf(const std::string& name) const { return path_ + name; }
   // The bytes of a file that has to be there.
   std::string read(const std::string& name) const;
 

@@ -114,6 +114,37 @@ typedef struct ConverterRecord {
   uint32_t wideReplacement[4];
 } ConverterRecord;
 
+/* What kind of line end a text has, in EncodingCheckRecord.lineEnd. */
+enum {
+  KSV_LINE_END_NONE = 0,
+  KSV_LINE_END_CRLF = 1,
+  KSV_LINE_END_CR = 2,
+  KSV_LINE_END_LF = 3,
+  KSV_LINE_END_LINE_SEPARATOR = 4,     /* U+2028 */
+  KSV_LINE_END_PARAGRAPH_SEPARATOR = 5 /* U+2029 */
+};
+
+/* Results of the encoding check, in EncodingCheckRecord.resultClass. */
+enum {
+  KSV_CHECK_NOTHING = 0,
+  KSV_CHECK_NAMED = 1,
+  KSV_CHECK_NAMED_WITH_ORDER = 4098 /* the name is that of a charset whose byte order matters */
+};
+
+/* What cconvChkEncode is asked about and answers, 296 bytes, the caller's own. Set
+ * the first three fields; all others are the library's to write. */
+typedef struct EncodingCheckRecord {
+  const uint8_t* input; /* set: the bytes */
+  uint32_t position;    /* set: the offset of the first byte to be looked at */
+  uint32_t end;         /* set: the offset behind the last byte */
+  char name[KSV_NAME_SIZE]; /* the charset, or "unknown" */
+  uint32_t declared;        /* 1: an XML declaration was found */
+  uint32_t mark;            /* 1: a byte-order mark was found */
+  uint32_t bigEndian;       /* 1: most significant byte first, as in charsets made of bytes */
+  uint32_t lineEnd;         /* KSV_LINE_END_... that is the most frequent */
+  uint32_t resultClass;     /* KSV_CHECK_... */
+} EncodingCheckRecord;
+
 /* Starts the use of the conversion functions. Calls nest; only the first creates
  * the rule base, its named lock "CtableMutex" and its default block size. Every
  * call reads the setting "Charsetpath" anew. Call it, like endProcess,
@@ -185,6 +216,22 @@ KSV_API uint32_t cconvEnumGroup(int32_t index, char* nameOut);
 /* Returns 1 for exactly "UTF-16", "ISO-10646-UCS-2" and "ISO-10646-UCS-4", whose
  * byte order matters; else 0. */
 KSV_API uint32_t cconvIsEndianAware(const char* charsetName);
+
+/* Names the charset of a text in memory, as the charset directory names it: after
+ * its byte-order mark, after the encoding of its XML declaration, or, when it has
+ * neither, after its first 2,048 bytes, which are scored as ISO-2022-JP, UTF-8,
+ * EUC-JP, EUC-JP-FIX, UTF-16, UCS-4 and Windows-31J. A declared name is passed on as
+ * it stands, known or not. Needs no startProcess and keeps no state; may be called
+ * from any thread.
+ *
+ *   record  the text, from position to end, at most 2^32-1 bytes; position and end
+ *           are left as they are. A null input, or a position above the end, is an
+ *           empty text. The declaration's encoding is looked for from the first byte
+ *           of input, so that is where a text with a declaration should begin.
+ *
+ * Returns 1 when a name was found; else 0, with the name "unknown". A null record
+ * gives 0. */
+KSV_API uint32_t cconvChkEncode(EncodingCheckRecord* record);
 
 KSV_EXTERN_C_END
 

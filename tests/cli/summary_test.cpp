@@ -58,13 +58,13 @@ TEST_F(Summary, gives_a_json_object_for_each_document) {
   EXPECT_EQ(outcome.status, 0);
   const size_t end = outcome.out.find('\n');
   const auto first = nlohmann::json::parse(outcome.out.substr(0, end));
-  EXPECT_EQ(first["file"], "a");
+  EXPECT_EQ(first["path"], "a");
   EXPECT_EQ(first["title"], "題名");
   EXPECT_EQ(first["comments"], "一行目\n二行目");
   EXPECT_EQ(first["lastSavedBy"], "保存者");
   EXPECT_EQ(first["presentationFormat"], "A4");
   EXPECT_EQ(first.size(), 19u);
-  EXPECT_EQ(outcome.out.substr(end + 1), "{\"file\":\"b\",\"title\":\"表\"}\n");
+  EXPECT_EQ(outcome.out.substr(end + 1), "{\"path\":\"b\",\"title\":\"表\"}\n");
 }
 
 TEST_F(Summary, writes_in_the_charset_that_is_asked_for) {

@@ -29,6 +29,8 @@ TEST_F(Usage, version_prints_name_and_version) {
 TEST_F(Usage, help_is_everywhere) {
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
                                                     {"convert", "--help"},
+                                                    {"detect", "--help"},
+                                                    {"check", "--help"},
                                                     {"charsets", "--help"},
                                                     {"tables", "--help"},
                                                     {"cut", "--help"},
@@ -50,13 +52,12 @@ TEST_F(Usage, help_of_convert_tells_every_option) {
 }
 
 TEST_F(Usage, needs_a_job_that_exists) {
-  expectWrong({}, "a job is needed: convert, charsets, tables, cut");
+  expectWrong({}, "a job is needed: convert, detect, check, charsets, tables, cut");
   expectWrong({"translate"}, "translate");
   expectWrong({"--frobnicate"}, "--frobnicate");
 }
 
-TEST_F(Usage, convert_needs_both_charsets) {
-  expectWrong({"convert", "-t", "utf8"}, "--from is required");
+TEST_F(Usage, convert_needs_a_target) {
   expectWrong({"convert", "-f", "utf8"}, "--to is required");
 }
 
@@ -136,6 +137,17 @@ TEST_F(Usage, byte_order_agrees_with_the_name_of_the_target) {
 TEST_F(Usage, language_is_a_name_in_ascii) {
   for (const std::string& name : {std::string(), std::string("日本"), std::string(260, 'a')})
     expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--language", name}, "--language takes");
+}
+
+TEST_F(Usage, detect_and_check_name_their_inputs_once) {
+  write("list", "-\n");
+  expectWrong({"detect", "-", "-"}, "named twice");
+  expectWrong({"check", "-", "-"}, "named twice");
+  expectWrong({"detect", "-", "--files-from", "-"}, "named twice");
+  expectWrong({"detect", "-", "--files-from", "list"}, "named twice");
+  expectWrong({"detect", "--files-from", "missing"}, "missing");
+  expectWrong({"detect", "-j", "0"}, "");
+  expectWrong({"check", "--language", "Japanese"}, "--language");
 }
 
 TEST_F(Usage, the_other_jobs_take_no_operands) {

@@ -70,3 +70,15 @@ KSV_FIELD(ConverterRecord, 944, 4, skipInvalid);
 KSV_FIELD(ConverterRecord, 948, 288, options);
 KSV_FIELD(ConverterRecord, 1236, 16, narrowReplacement);
 KSV_FIELD(ConverterRecord, 1252, 16, wideReplacement);
+
+static_assert(sizeof(EncodingCheckRecord) == 296, "EncodingCheckRecord size");
+static_assert(KSV_ALIGNMENT(EncodingCheckRecord) == 8, "EncodingCheckRecord alignment");
+KSV_FIELD(EncodingCheckRecord, 0, 8, input);
+KSV_FIELD(EncodingCheckRecord, 8, 4, position);
+KSV_FIELD(EncodingCheckRecord, 12, 4, end);
+KSV_FIELD(EncodingCheckRecord, 16, 260, name);
+KSV_FIELD(EncodingCheckRecord, 276, 4, declared);
+KSV_FIELD(EncodingCheckRecord, 280, 4, mark);
+KSV_FIELD(EncodingCheckRecord, 284, 4, bigEndian);
+KSV_FIELD(EncodingCheckRecord, 288, 4, lineEnd);
+KSV_FIELD(EncodingCheckRecord, 292, 4, resultClass);

@@ -18,3 +18,4 @@ uint32_t (*const ksvConvert)(ConverterRecord*) = cconvConvert;
 uint32_t (*const ksvTerm)(ConverterRecord*) = cconvTermConvert;
 uint32_t (*const ksvEnum)(int32_t, char*) = cconvEnumGroup;
 uint32_t (*const ksvEndian)(const char*) = cconvIsEndianAware;
+uint32_t (*const ksvCheck)(EncodingCheckRecord*) = cconvChkEncode;

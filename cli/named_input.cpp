@@ -1,12 +1,10 @@
-#include "operands.h"
+#include "named_input.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <utility>
 
-#include "batch.h"
 #include "failure.h"
+#include "inputs.h"
 #include "ksv_file.h"
 #include "ksv_path.h"
 #include "platform.h"
@@ -26,19 +24,9 @@ bool copyTo(ByteSource& source, std::FILE* file) {
 
 }  // namespace
 
-std::vector<std::string> inputsNamedBy(const std::vector<std::string>& operands) {
-  std::vector<std::string> inputs;
-  for (const std::string& operand : operands)
-    for (std::string& file : platform::filesNamedBy(operand)) inputs.push_back(std::move(file));
-  if (inputs.empty()) inputs.emplace_back(kStandardStream);
-  if (std::count(inputs.begin(), inputs.end(), kStandardStream) > 1)
-    throw UsageError("standard input is named twice");
-  return inputs;
-}
-
 NamedInput::NamedInput(const std::string& input) : path_(input) {
-  if (input != kStandardStream) {
-    platform::openInput(input);
+  if (!isStandardStream(input)) {
+    openInput(input);
     return;
   }
   char name[KSV_PATH_SIZE];
@@ -48,7 +36,7 @@ NamedInput::NamedInput(const std::string& input) : path_(input) {
   std::FILE* file = KSV_FileOpen(name, "wb");
   bool isCopied = false;
   try {
-    isCopied = file != nullptr && copyTo(*platform::openStandardInput(), file);
+    isCopied = file != nullptr && copyTo(*openInput(input), file);
   } catch (const Failure&) {
     KSV_FileClose(file);
     KSV_FileRemove(name);

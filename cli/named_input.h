@@ -1,15 +1,10 @@
-// The files that operands name.
-#ifndef KSV_CLI_OPERANDS_H
-#define KSV_CLI_OPERANDS_H
+// Inputs that are opened by their names.
+#ifndef KSV_CLI_NAMED_INPUT_H
+#define KSV_CLI_NAMED_INPUT_H
 
 #include <string>
-#include <vector>
 
 namespace ksv_cli {
-
-// The inputs, in order; standard input when there is no operand. Throws UsageError
-// when standard input is named twice.
-std::vector<std::string> inputsNamedBy(const std::vector<std::string>& operands);
 
 // An input under a name that can be opened: standard input is copied to a temporary
 // file, which is removed afterwards.

@@ -1,0 +1,114 @@
+// ksv check: the charset of a text, by its mark, its XML declaration or its bytes.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "failure.h"
+#include "inputs.h"
+#include "jobs.h"
+#include "ksv_cconv.h"
+#include "result_line.h"
+#include "work_list.h"
+
+namespace ksv_cli {
+namespace {
+
+// So much of a text is checked; a declaration stands at its beginning.
+constexpr size_t kMostChecked = 1024 * 1024;
+
+constexpr char kFooter[] =
+    "FILE is a text; none, or -, is standard input. A line a text, in the order of the\n"
+    "texts: the charset that its byte-order mark, the encoding of its XML declaration or,\n"
+    "without either, its first 2,048 bytes tell (or 'unknown'); declared, where it has an\n"
+    "XML declaration; bom, where it has a byte-order mark; its byte order (big, little);\n"
+    "its most frequent line end (crlf, lf, cr, U+2028, U+2029). They are separated by\n"
+    "tabs, - where there is nothing to tell. Of more than one FILE the path comes first.\n"
+    "\n"
+    "The first MiB of a text is looked at.\n"
+    "\n"
+    "Exit status: 0 all well, 1 at least one input failed, 2 wrong usage.";
+
+struct Arguments {
+  std::vector<std::string> operands;
+  bool json = false;
+  size_t jobs = 1;
+};
+
+EncodingCheckRecord check(const std::string& input) {
+  const std::unique_ptr<ByteSource> source = openInput(input);
+  const std::vector<uint8_t> text = readAtMost(*source, kMostChecked);
+  EncodingCheckRecord record{};
+  record.input = text.data();
+  record.end = static_cast<uint32_t>(text.size());
+  cconvChkEncode(&record);
+  record.input = nullptr;
+  return record;
+}
+
+// Of charsets made of bytes every text is big-endian, which says nothing.
+const char* byteOrder(const EncodingCheckRecord& record) {
+  if (record.bigEndian == 0) return "little";
+  return record.resultClass == KSV_CHECK_NAMED_WITH_ORDER ? "big" : nullptr;
+}
+
+const char* lineEnd(const EncodingCheckRecord& record) {
+  constexpr const char* kNames[] = {nullptr, "crlf", "cr", "lf", "U+2028", "U+2029"};
+  return kNames[record.lineEnd];
+}
+
+std::string asJson(const std::string& path, const EncodingCheckRecord& record) {
+  nlohmann::ordered_json line;
+  line["path"] = path;
+  line["charset"] = orNull(record.resultClass == KSV_CHECK_NOTHING ? nullptr : record.name);
+  line["declared"] = record.declared != 0;
+  line["byteOrderMark"] = record.mark != 0;
+  line["byteOrder"] = orNull(byteOrder(record));
+  line["lineEnd"] = orNull(lineEnd(record));
+  return jsonLine(line);
+}
+
+// A declared name may hold anything; on a line of text it takes no part in the layout.
+std::string shownName(const EncodingCheckRecord& record) {
+  std::string name = record.name;
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return (c >= '\0' && c < ' ') || c == '\x7F'; }, '?');
+  return name;
+}
+
+std::string asText(const EncodingCheckRecord& record) {
+  return textLine({shownName(record), record.declared != 0 ? "declared" : "-",
+                   record.mark != 0 ? "bom" : "-", orHyphen(byteOrder(record)),
+                   orHyphen(lineEnd(record))});
+}
+
+int checkAll(const Arguments& arguments) {
+  const std::vector<std::string> inputs = inputsNamedBy(arguments.operands);
+  WorkList list(inputs);
+  return list.run(arguments.jobs, [&](size_t index) {
+    const EncodingCheckRecord record = check(inputs[index]);
+    const std::string path = inputs.size() > 1 ? inputs[index] + "\t" : "";
+    list.standardOutput().write(
+        index, arguments.json ? asJson(inputs[index], record) : path + asText(record));
+  });
+}
+
+}  // namespace
+
+void addCheckJob(CLI::App& app, int& exitStatus) {
+  CLI::App* job = app.add_subcommand("check", "Name the charset of a text as it declares it");
+  auto arguments = std::make_shared<Arguments>();
+  job->add_option("FILE", arguments->operands, "The texts")->type_name("");
+  job->add_flag("--json", arguments->json, "One JSON object a line");
+  job->add_option("-j,--jobs", arguments->jobs, "Work on N files at once")
+      ->check(CLI::Range(1, 256))
+      ->type_name("N");
+  job->footer(kFooter);
+  job->callback([arguments, &exitStatus] { exitStatus = checkAll(*arguments); });
+}
+
+}  // namespace ksv_cli

@@ -1,0 +1,64 @@
+// Works through a list of inputs, on several at once when asked to.
+#ifndef KSV_CLI_WORK_LIST_H
+#define KSV_CLI_WORK_LIST_H
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "console.h"
+#include "streams.h"
+
+namespace ksv_cli {
+
+// Standard output, on which the results of threads come in the order of the
+// inputs: whoever is not at turn waits with its first bytes.
+class OrderedOutput {
+ public:
+  explicit OrderedOutput(size_t count);
+
+  // index: of the input. Throws Failure.
+  void write(size_t index, const uint8_t* bytes, size_t size);
+  void write(size_t index, const std::string& text);
+  void finish(size_t index);
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable turnChanged_;
+  std::unique_ptr<ByteSink> sink_;
+  std::vector<bool> isDone_;
+  size_t turn_ = 0;
+  bool isBroken_ = false;
+};
+
+class WorkList {
+ public:
+  // inputs stays the caller's.
+  explicit WorkList(const std::vector<std::string>& inputs);
+
+  Console& console() { return console_; }
+  OrderedOutput& standardOutput() { return standardOutput_; }
+
+  // Does the work on each input, at most so many at once. What it throws is reported
+  // under the input's name, and the others are still done. Returns the exit status.
+  int run(size_t jobs, const std::function<void(size_t index)>& workOn);
+
+ private:
+  void work(const std::function<void(size_t index)>& workOn);
+  void workAndReport(size_t index, const std::function<void(size_t index)>& workOn);
+
+  const std::vector<std::string>& inputs_;
+  Console console_;
+  OrderedOutput standardOutput_;
+  std::atomic<size_t> next_{0};
+  std::atomic<bool> anyFailed_{false};
+};
+
+}  // namespace ksv_cli
+
+#endif

@@ -1,0 +1,311 @@
+// The scorers of text made of single bytes, pairs and, in EUC-JP, threes.
+//
+// An encoding is two tables: what each byte is where a character begins, and which
+// pairs are good. One function reads them all.
+#include <array>
+#include <cstdint>
+
+#include "detect/character_sets.h"
+#include "detect/code_set.h"
+#include "detect/scorers.h"
+
+namespace ksv::detect {
+namespace {
+
+enum class ByteClass : uint8_t {
+  kBad,
+  kGood,
+  kStop,  // no text of the encoding holds it
+  kCarriageReturn,
+  kLineFeed,
+  kLead,
+  kLeadBeforeLead,  // a trail that is wrong for it begins a character of its own
+  kLeadOfThree
+};
+
+using ByteClasses = std::array<ByteClass, 256>;
+
+struct ByteRange {
+  uint8_t first;
+  uint8_t last;
+  ByteClass what;
+};
+
+constexpr void set(ByteClasses& classes, const ByteRange& range) {
+  for (uint32_t byte = range.first; byte <= range.last; ++byte) classes[byte] = range.what;
+}
+
+// Printable ASCII, white space and line ends, which all have in common, and what the
+// encoding adds.
+template <size_t kCount>
+constexpr ByteClasses classesOf(const ByteRange (&ranges)[kCount]) {
+  ByteClasses classes{};
+  set(classes, {0x21, 0x7E, ByteClass::kGood});
+  classes['\t'] = ByteClass::kGood;
+  classes[' '] = ByteClass::kGood;
+  classes[kCarriageReturn] = ByteClass::kCarriageReturn;
+  classes[kLineFeed] = ByteClass::kLineFeed;
+  for (const ByteRange& range : ranges) set(classes, range);
+  return classes;
+}
+
+constexpr bool isCarried(ByteClass what) {
+  return what == ByteClass::kCarriageReturn || what >= ByteClass::kLead;
+}
+
+// ---- ASCII
+
+constexpr ByteRange kAsciiRanges[] = {
+    {0x00, 0x00, ByteClass::kStop},
+    {0x1B, 0x1B, ByteClass::kStop},
+    {0x7F, 0xFF, ByteClass::kStop},
+};
+constexpr ByteClasses kAscii = classesOf(kAsciiRanges);
+
+// ---- Shift_JIS
+
+constexpr ByteRange kShiftJisRanges[] = {
+    {0x00, 0x00, ByteClass::kStop},           {0x1B, 0x1B, ByteClass::kStop},
+    {0x7F, 0x7F, ByteClass::kStop},           {0x81, 0x9F, ByteClass::kLead},
+    {0xA1, 0xDF, ByteClass::kGood},           {0xE0, 0xEF, ByteClass::kLead},
+    {0xFA, 0xFC, ByteClass::kLeadBeforeLead},
+};
+constexpr ByteClasses kShiftJis = classesOf(kShiftJisRanges);
+
+// The rows of extensions take 7F, and row 87 even 3F: files that hold such codes have
+// always been detected.
+constexpr PairRange kShiftJisPairRanges[] = {
+    {0x81, 0x86, 0x40, 0x7E}, {0x81, 0x86, 0x80, 0xFC}, {0x87, 0x87, 0x3F, 0xFC},
+    {0x88, 0x9F, 0x40, 0x7E}, {0x88, 0x9F, 0x80, 0xFC}, {0xE0, 0xEC, 0x40, 0x7E},
+    {0xE0, 0xEC, 0x80, 0xFC}, {0xED, 0xEE, 0x40, 0xFC}, {0xEF, 0xEF, 0x40, 0x7E},
+    {0xEF, 0xEF, 0x80, 0xFC}, {0xFA, 0xFB, 0x40, 0xFC}, {0xFC, 0xFC, 0x40, 0x4B},
+};
+constexpr CodeSet kShiftJisPairs{kShiftJisPairRanges};
+
+// By code, every other byte above ASCII is a lead, and no byte stops the scan.
+constexpr ByteRange kShiftJisCodeRanges[] = {
+    {0x80, 0xA0, ByteClass::kLead},
+    {0xA1, 0xDF, ByteClass::kGood},
+    {0xE0, 0xFF, ByteClass::kLead},
+};
+constexpr ByteClasses kShiftJisByCode = classesOf(kShiftJisCodeRanges);
+
+// ---- EUC-JP
+
+constexpr ByteRange kEucJpRanges[] = {
+    {0x00, 0x00, ByteClass::kStop}, {0x1B, 0x1B, ByteClass::kStop},
+    {0x8E, 0x8E, ByteClass::kLead}, {0x8F, 0x8F, ByteClass::kLeadOfThree},
+    {0xA1, 0xF4, ByteClass::kLead},
+};
+constexpr ByteClasses kEucJp = classesOf(kEucJpRanges);
+
+constexpr PairRange kEucJpPairRanges[] = {
+    {0x8E, 0x8E, 0xA1, 0xDF},
+    {0xA1, 0xF4, 0xA1, 0xFF},
+};
+constexpr CodeSet kEucJpPairs{kEucJpPairRanges};
+
+// ---- Simplified Chinese: GBK
+
+constexpr ByteRange kGbkRanges[] = {
+    {0x00, 0x00, ByteClass::kStop},
+    {0x1B, 0x1B, ByteClass::kStop},
+    {0x81, 0xFE, ByteClass::kLead},
+};
+constexpr ByteClasses kGbk = classesOf(kGbkRanges);
+
+constexpr PairRange kGbkPairRanges[] = {
+    {0x81, 0xA0, 0x40, 0x7E}, {0x81, 0xA0, 0x80, 0xFE}, {0xB0, 0xD6, 0x40, 0x7E},
+    {0xB0, 0xD6, 0x80, 0xFE}, {0xD8, 0xF7, 0x40, 0x7E}, {0xD8, 0xF7, 0x80, 0xFE},
+    {0xA1, 0xA1, 0xA1, 0xFE}, {0xA3, 0xA3, 0xA1, 0xFE}, {0xA2, 0xA2, 0xA1, 0xAA},
+    {0xA2, 0xA2, 0xB1, 0xE2}, {0xA2, 0xA2, 0xE5, 0xEE}, {0xA2, 0xA2, 0xF1, 0xFC},
+    {0xA4, 0xA4, 0xA1, 0xF3}, {0xA5, 0xA5, 0xA1, 0xF6}, {0xA6, 0xA6, 0xA1, 0xB8},
+    {0xA6, 0xA6, 0xC1, 0xD8}, {0xA6, 0xA6, 0xE0, 0xEB}, {0xA6, 0xA6, 0xEE, 0xF2},
+    {0xA6, 0xA6, 0xF4, 0xF5}, {0xA7, 0xA7, 0xA1, 0xC1}, {0xA7, 0xA7, 0xD1, 0xF1},
+    {0xA8, 0xA8, 0x40, 0x7E}, {0xA8, 0xA8, 0x80, 0x95}, {0xA8, 0xA8, 0xA1, 0xBE},
+    {0xA8, 0xA8, 0xC0, 0xC0}, {0xA8, 0xA8, 0xC5, 0xE9}, {0xA9, 0xA9, 0x40, 0x57},
+    {0xA9, 0xA9, 0x59, 0x5A}, {0xA9, 0xA9, 0x5C, 0x5C}, {0xA9, 0xA9, 0x60, 0x88},
+    {0xA9, 0xA9, 0x96, 0x96}, {0xA9, 0xA9, 0xA4, 0xEF}, {0xAA, 0xAF, 0x40, 0x7E},
+    {0xAA, 0xAF, 0x80, 0xA0}, {0xF8, 0xFE, 0x40, 0x7E}, {0xF8, 0xFE, 0x80, 0xA0},
+    {0xD7, 0xD7, 0x40, 0x7E}, {0xD7, 0xD7, 0x80, 0xF9},
+};
+constexpr CodeSet kGbkPairs{kGbkPairRanges};
+
+// ---- Traditional Chinese: Big5
+
+constexpr ByteRange kBig5Ranges[] = {
+    {0x00, 0x00, ByteClass::kStop},
+    {0x1B, 0x1B, ByteClass::kStop},
+    {0xA1, 0xF9, ByteClass::kLead},
+};
+constexpr ByteClasses kBig5 = classesOf(kBig5Ranges);
+
+constexpr PairRange kBig5PairRanges[] = {
+    {0xA1, 0xC7, 0x40, 0x7E}, {0xA1, 0xC7, 0xA1, 0xFE}, {0xC9, 0xF9, 0x40, 0x7E},
+    {0xC9, 0xF9, 0xA1, 0xFE}, {0xC8, 0xC8, 0x40, 0x79}, {0xC8, 0xC8, 0x7B, 0x7B},
+    {0xC8, 0xC8, 0x7D, 0x7D}, {0xC8, 0xC8, 0xA2, 0xA2}, {0xC8, 0xC8, 0xCD, 0xD3},
+};
+constexpr CodeSet kBig5Pairs{kBig5PairRanges};
+
+// ---- Korean: EUC-KR with the trail bytes of UHC
+
+constexpr ByteRange kKoreanRanges[] = {
+    {0x00, 0x00, ByteClass::kStop},
+    {0x1B, 0x1B, ByteClass::kStop},
+    {0xA1, 0xFE, ByteClass::kLead},
+};
+constexpr ByteClasses kKorean = classesOf(kKoreanRanges);
+
+constexpr PairRange kKoreanPairRanges[] = {
+    {0xA1, 0xFE, 0x41, 0xA0}, {0xA1, 0xA4, 0xA1, 0xFE}, {0xA8, 0xA9, 0xA1, 0xFE},
+    {0xAD, 0xFE, 0xA1, 0xFE}, {0xA5, 0xA5, 0xA1, 0xAA}, {0xA5, 0xA5, 0xB0, 0xB9},
+    {0xA5, 0xA5, 0xC1, 0xD8}, {0xA5, 0xA5, 0xE1, 0xF8}, {0xA6, 0xA6, 0xA1, 0xE4},
+    {0xA7, 0xA7, 0xA1, 0xEF}, {0xAA, 0xAA, 0xA1, 0xF3}, {0xAB, 0xAB, 0xA1, 0xF6},
+    {0xAC, 0xAC, 0xA1, 0xC1}, {0xAC, 0xAC, 0xD1, 0xF1},
+};
+constexpr CodeSet kKoreanPairs{kKoreanPairRanges};
+
+// ---- Reading
+
+void count(Tally& tally, bool isGood) {
+  tally.good += isGood;
+  tally.bad += !isGood;
+}
+
+Step readThree(Reader& reader, Tally& tally) {
+  if (reader.left() < 2) return Step::kCut;
+  if (!isBetween(reader.at[1], 0xA1, 0xDF)) {
+    ++tally.bad;
+    reader.at += 2;  // the third byte is read as a character of its own
+    return Step::kRead;
+  }
+  if (reader.left() < 3) return Step::kCut;
+  count(tally, reader.at[2] >= 0xA1);
+  reader.at += 3;
+  return Step::kRead;
+}
+
+template <const CodeSet& kPairs>
+Step readPair(Reader& reader, Tally& tally, ByteClass lead) {
+  if (reader.left() < 2) return Step::kCut;
+  const bool isGood = kPairs.contains(uint32_t{reader.at[0]} << 8 | reader.at[1]);
+  count(tally, isGood);
+  reader.at += !isGood && lead == ByteClass::kLeadBeforeLead ? 1 : 2;
+  return Step::kRead;
+}
+
+template <const ByteClasses& kClasses, const CodeSet& kPairs>
+Step readCharacter(Reader& reader, Candidate& candidate, Tally& tally) {
+  switch (const ByteClass what = kClasses[*reader.at]) {
+    case ByteClass::kGood:
+    case ByteClass::kBad:
+      count(tally, what == ByteClass::kGood);
+      ++reader.at;
+      return Step::kRead;
+    case ByteClass::kStop:
+      return Step::kStopped;
+    case ByteClass::kCarriageReturn:
+      readCarriageReturn(reader, candidate, tally);
+      return Step::kRead;
+    case ByteClass::kLineFeed:
+      readLineFeed(reader, candidate, tally);
+      return Step::kRead;
+    case ByteClass::kLeadOfThree:
+      return readThree(reader, tally);
+    default:
+      return readPair<kPairs>(reader, tally, what);
+  }
+}
+
+// Reads on while there are pairs and plain bytes, which most of a text is made of. Good
+// pairs and good bytes come in runs, which are counted by their length.
+template <const ByteClasses& kClasses, const CodeSet& kPairs>
+void readPlainText(Reader& reader, Tally& tally, uint32_t mostBad) {
+  const uint8_t* at = reader.at;
+  const uint8_t* const last = reader.end - 1;
+  uint32_t good = tally.good;
+  uint32_t bad = tally.bad;
+  while (bad <= mostBad) {
+    const uint8_t* const start = at;
+    while (at < last && kPairs.contains(uint32_t{at[0]} << 8 | at[1])) at += 2;
+    good += static_cast<uint32_t>(at - start) / 2;
+    if (at >= last) break;
+    const ByteClass what = kClasses[*at];
+    if (what == ByteClass::kGood) {
+      const uint8_t* const singles = at;
+      while (at < last && kClasses[*at] == ByteClass::kGood) ++at;
+      good += static_cast<uint32_t>(at - singles);
+    } else if (what == ByteClass::kBad || what == ByteClass::kLead) {
+      ++bad;
+      at += what == ByteClass::kBad ? 1 : 2;
+    } else {
+      break;
+    }
+  }
+  reader.at = at;
+  tally = {good, bad};
+}
+
+template <const ByteClasses& kClasses, const CodeSet& kPairs>
+int32_t scoreByteText(Candidate& candidate, const Chunk& chunk, size_t start) {
+  Reader reader(chunk, start);
+  Tally tally;
+  const auto read = [&](Reader& from) {
+    return readCharacter<kClasses, kPairs>(from, candidate, tally);
+  };
+  Step step = candidate.carry.count == 0 ? Step::kRead : resume(candidate.carry, reader, read);
+  const uint8_t* const endOfLeads = reader.endOfLeads(2);
+  while (step == Step::kRead && reader.at < endOfLeads) {
+    readPlainText<kClasses, kPairs>(reader, tally, candidate.mostBad);
+    if (tally.bad > candidate.mostBad) return 0;
+    if (reader.at < endOfLeads) step = read(reader);
+  }
+  if (step == Step::kStopped) return candidate.score();
+  const bool isLeftOver = reader.at < reader.end && isCarried(kClasses[*reader.at]);
+  if (step == Step::kCut || isLeftOver) keepCut(reader, candidate.carry, tally);
+  return candidate.addIfGood(tally);
+}
+
+}  // namespace
+
+int32_t scoreAscii(Candidate& candidate, const Chunk& chunk, size_t start) {
+  Reader reader(chunk, start);
+  Tally tally;
+  Step step = Step::kRead;
+  while (step == Step::kRead && reader.at < reader.end) {
+    step = readCharacter<kAscii, kShiftJisPairs>(reader, candidate, tally);
+  }
+  // Such a chunk takes what earlier ones counted with it.
+  if (step == Step::kStopped || tally.good == 0) {
+    candidate.good = 0;
+    candidate.bad = 0;
+    return 0;
+  }
+  return candidate.add(tally);
+}
+
+int32_t scoreShiftJis(Candidate& candidate, const Chunk& chunk, size_t start) {
+  return scoreByteText<kShiftJis, kShiftJisPairs>(candidate, chunk, start);
+}
+
+int32_t scoreShiftJisCodes(Candidate& candidate, const Chunk& chunk, size_t start) {
+  return scoreByteText<kShiftJisByCode, kShiftJisCodes>(candidate, chunk, start);
+}
+
+int32_t scoreEucJp(Candidate& candidate, const Chunk& chunk, size_t start) {
+  return scoreByteText<kEucJp, kEucJpPairs>(candidate, chunk, start);
+}
+
+int32_t scoreSimplifiedChinese(Candidate& candidate, const Chunk& chunk, size_t start) {
+  return scoreByteText<kGbk, kGbkPairs>(candidate, chunk, start);
+}
+
+int32_t scoreTraditionalChinese(Candidate& candidate, const Chunk& chunk, size_t start) {
+  return scoreByteText<kBig5, kBig5Pairs>(candidate, chunk, start);
+}
+
+int32_t scoreKorean(Candidate& candidate, const Chunk& chunk, size_t start) {
+  return scoreByteText<kKorean, kKoreanPairs>(candidate, chunk, start);
+}
+
+}  // namespace ksv::detect

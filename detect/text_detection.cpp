@@ -1,0 +1,89 @@
+// dtctText: reads a file piece by piece until its encoding is settled.
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+#include "common/guard.h"
+#include "detect/language.h"
+#include "detect/text_race.h"
+#include "ksv_detect.h"
+#include "ksv_file.h"
+
+namespace ksv::detect {
+namespace {
+
+constexpr uint32_t kChunkSize = 2048;
+constexpr uint32_t kMostRead = 4 * 1024 * 1024;  // behind it no further chunk is read
+
+// Most texts are settled by their first chunk, which is all that is read of them. Of
+// the others many chunks are read at once.
+constexpr uint32_t kBlockSize = 16 * kChunkSize;
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { KSV_FileClose(file); }
+};
+
+// A file as chunks, read one behind the other. Its size is taken once.
+class ChunkReader {
+ public:
+  ChunkReader(std::FILE* file, int64_t size)
+      : file_(file),
+        size_(
+            static_cast<uint32_t>(std::min<int64_t>(size, std::numeric_limits<uint32_t>::max()))) {}
+
+  bool hasMore() const { return offset_ < size_; }
+  bool hasReadMost() const { return offset_ > kMostRead; }
+
+  Chunk read() {
+    if (next_ == held_) fill();
+    const uint32_t length = std::min(held_ - next_, kChunkSize);
+    const uint8_t* const data = buffer_ + next_;
+    next_ += length;
+    offset_ += length;
+    return {data, length, hasMore()};
+  }
+
+ private:
+  // A file that has become shorter meanwhile counts as zeroes for what is missing.
+  void fill() {
+    held_ = std::min(size_ - offset_, offset_ == 0 ? kChunkSize : kBlockSize);
+    next_ = 0;
+    const int32_t count = KSV_FileRead(buffer_, 1, static_cast<int32_t>(held_), file_);
+    std::memset(buffer_ + count, 0, held_ - static_cast<uint32_t>(count));
+  }
+
+  std::FILE* file_;
+  const uint32_t size_;
+  uint32_t offset_ = 0;
+  uint32_t next_ = 0;
+  uint32_t held_ = 0;
+  uint8_t buffer_[kBlockSize];
+};
+
+uint32_t detectText(ChunkReader& reader, Preference preference) {
+  TextRace race(preference);
+  Chunk chunk = reader.read();
+  if (race.decideByMark(chunk)) return race.result();
+  while (!race.decide(chunk) && reader.hasMore() && !reader.hasReadMost()) chunk = reader.read();
+  return race.result();
+}
+
+uint32_t detectFile(const char* path, const char* language) {
+  const std::unique_ptr<std::FILE, CloseFile> file(KSV_FileOpen(path, "rb"));
+  // What is read goes where it is scored; a buffer between costs as much as the scoring.
+  if (file) std::setvbuf(file.get(), nullptr, _IONBF, 0);
+  const int64_t size = file ? KSV_FileTellSize(file.get()) : 0;
+  if (size <= 0) return KSV_TEXT_FAILURE;
+  ChunkReader reader(file.get(), size);
+  return detectText(reader, preferenceFor(language));
+}
+
+}  // namespace
+}  // namespace ksv::detect
+
+uint32_t dtctText(const char* path, const char* language) {
+  return ksv::guarded(KSV_TEXT_FAILURE, [&] { return ksv::detect::detectFile(path, language); });
+}

@@ -1,0 +1,142 @@
+// The scorers against slow ones, on texts of every encoding with more or less noise,
+// cut into chunks of every size.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+#include "detect/scorers.h"
+#include "tests/detect/ranges.h"
+#include "tests/detect/support.h"
+
+namespace ksv_detect_tests {
+namespace {
+
+using ksv::detect::Candidate;
+using ksv::detect::Chunk;
+using ksv::detect::Scorer;
+
+const std::map<std::string, Scorer> kScorers = {
+    {"ASCII", ksv::detect::scoreAscii},
+    {"Shift_JIS", ksv::detect::scoreShiftJis},
+    {"Shift_JIS by code", ksv::detect::scoreShiftJisCodes},
+    {"EUC-JP", ksv::detect::scoreEucJp},
+    {"EUC-JP-FIX", ksv::detect::scoreEucJpFix},
+    {"GBK", ksv::detect::scoreSimplifiedChinese},
+    {"Big5", ksv::detect::scoreTraditionalChinese},
+    {"Korean", ksv::detect::scoreKorean},
+    {"ISO-2022-JP", ksv::detect::scoreIso2022Jp},
+    {"UTF-8", ksv::detect::scoreUtf8},
+    {"UTF-16BE", ksv::detect::scoreUtf16BigEndian},
+    {"UTF-16LE", ksv::detect::scoreUtf16LittleEndian},
+    {"UCS-4BE", ksv::detect::scoreUcs4BigEndian},
+    {"UCS-4LE", ksv::detect::scoreUcs4LittleEndian},
+};
+
+// A chunk that is not the last has at least so many bytes: one holds all that a
+// carried escape sequence lacks.
+constexpr size_t kLeastChunk = 4;
+
+// The ends of the chunks.
+std::vector<size_t> cuts(std::mt19937& random, size_t length) {
+  std::vector<size_t> ends;
+  const size_t most = kLeastChunk + random() % 60;
+  for (size_t end = 0; length - end > most;) {
+    end += kLeastChunk + random() % (most - kLeastChunk + 1);
+    ends.push_back(end);
+  }
+  ends.push_back(length);
+  return ends;
+}
+
+std::string shown(const std::string& text) {
+  static const char kDigits[] = "0123456789ABCDEF";
+  std::string hex;
+  for (const char c : text) {
+    hex += kDigits[static_cast<uint8_t>(c) / 16];
+    hex += kDigits[static_cast<uint8_t>(c) % 16];
+    hex += ' ';
+  }
+  return hex;
+}
+
+// Every chunk, exactly as large as it is, so that a read behind it is noticed.
+void compare(const std::string& name, const std::string& text, const std::vector<size_t>& ends,
+             size_t start) {
+  Candidate fast;
+  SlowRecord slow;
+  size_t begin = 0;
+  for (const size_t end : ends) {
+    const Bytes bytes(text.begin() + static_cast<std::ptrdiff_t>(begin),
+                      text.begin() + static_cast<std::ptrdiff_t>(end));
+    slow.data = bytes;
+    slow.position = begin == 0 ? std::min(start, bytes.size()) : 0;
+    slow.more = end != text.size();
+    const Chunk chunk = {bytes.data(), bytes.size(), slow.more};
+    const int32_t score = kScorers.at(name)(fast, chunk, slow.position);
+    ASSERT_EQ(score, slowScore(name, slow)) << name << " to " << end << ": " << shown(text);
+    ASSERT_EQ(fast.good, slow.goodTotal) << name << " to " << end << ": " << shown(text);
+    ASSERT_EQ(fast.bad, slow.badTotal) << name << " to " << end << ": " << shown(text);
+    ASSERT_EQ(fast.lineEnd, slow.lineFlags()) << name << " to " << end << ": " << shown(text);
+    ASSERT_EQ(fast.separators, slow.separatorFlags()) << name << ": " << shown(text);
+    begin = end;
+  }
+}
+
+class Scorers : public testing::TestWithParam<std::string> {};
+
+TEST_P(Scorers, count_what_slow_ones_count) {
+  std::mt19937 random(testSeed());
+  for (const NamedAlphabet& named : alphabets()) {
+    const int rounds = named.name == GetParam() ? 4000 : 500;
+    for (int round = 0; round < rounds; ++round) {
+      const uint32_t noises[] = {0, 5, 50, 400};
+      const std::string text =
+          randomText(random, named.characters, random() % 150, noises[random() % 4]);
+      const size_t start = random() % 8 == 0 ? 2 + random() % 3 : 0;
+      compare(GetParam(), text, cuts(random, text.size()), start);
+      if (HasFatalFailure()) FAIL() << "KSV_TEST_SEED=" << testSeed();
+    }
+  }
+}
+
+// Every text of up to three bytes from those that scorers tell apart, as a whole file
+// and as the end of a chunk.
+TEST_P(Scorers, agree_on_all_short_texts) {
+  std::string bytes;
+  for (const uint32_t code : codesOf("00-01 09-0A 0D 1B 20 24 28 30 40-42 44 49-4A 7E-81 87 8E-8F "
+                                     "A0-A2 A4 C0 C8 DF-E0 ED F0 F4 F9-FA FC FE-FF"))
+    bytes += static_cast<char>(code);
+  std::string text;
+  for (const char a : bytes) {
+    for (const char b : bytes) {
+      for (const char c : bytes) {
+        text = {a, b, c};
+        compare(GetParam(), text, {3}, 0);
+        if (c == '\n' || c == '\x81') compare(GetParam(), "xy" + text + "A\nzz", {5, 9}, 0);
+        ASSERT_FALSE(HasFatalFailure());
+      }
+      text = {a, b};
+      compare(GetParam(), text, {2}, 0);
+      compare(GetParam(), "xyz" + text + "\n1234", {5, 10}, 0);
+    }
+    compare(GetParam(), std::string(1, a), {1}, 0);
+    compare(GetParam(), "wxyz" + std::string(1, a) + "\n", {5, 6}, 0);
+    ASSERT_FALSE(HasFatalFailure());
+  }
+}
+
+std::vector<std::string> names() {
+  std::vector<std::string> result;
+  for (const auto& [name, scorer] : kScorers) result.push_back(name);
+  return result;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Scorers, testing::ValuesIn(names()), [](const auto& info) {
+  std::string name = info.param;
+  std::erase_if(name, [](char c) { return c == '-' || c == ' '; });
+  return name;
+});
+
+}  // namespace
+}  // namespace ksv_detect_tests
