@@ -154,9 +154,9 @@ void measure(benchmark::State& state, const Document* documents, size_t count, R
   for (auto _ : state) {
     for (size_t i = 0; i < count; ++i) benchmark::DoNotOptimize(reader(documents[i]));
   }
-  state.counters["us_per_file"] =
-      benchmark::Counter(static_cast<double>(state.iterations()) * static_cast<double>(count) / 1e6,
-                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  const double files = static_cast<double>(state.iterations()) * static_cast<double>(count);
+  state.counters["per_file"] =
+      benchmark::Counter(files, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
 bool agree(const std::vector<Document>& documents) {
