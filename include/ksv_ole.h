@@ -77,15 +77,17 @@ KSV_API int KSV_2OLEGetClassID(Ksv2Ole* handle, uint8_t classId[KSV_2OLE_CLASS_I
 
 /* ---- Properties. ---- */
 
-/* What the texts of SummaryInfo are converted to and from, 520 bytes. */
+/* What the texts of SummaryInfo are converted to and from, 520 bytes.
+ *
+ * The language is "Japanese", "Simplified Chinese", "Traditional Chinese", "Korean" or
+ * "English"; it gives the charset of documents whose code page is not told or not known.
+ * Line ends become, for the first bit of the flags that is set, 0x08 CR LF, 0x10 CR, 0x20 LF,
+ * 0x40 U+2028; CR LF when none is. */
 typedef struct KsvSummarySettings {
   char targetCharset[256];  /* a name of the charset directory */
-  char language[256];       /* "Japanese", "Simplified Chinese", "Traditional Chinese", "Korean" or
-                               "English": the charset of a document that does not say, and of
-                               code pages that are not known */
+  char language[256];       /* see above */
   uint32_t outputBigEndian; /* non-zero: units are written most significant byte first */
-  uint32_t lineEndFlags;    /* line ends become, for the first bit set of 0x08 CR LF, 0x10 CR,
-                               0x20 LF, 0x40 U+2028; CR LF when none is set */
+  uint32_t lineEndFlags;    /* see above */
 } KsvSummarySettings;
 
 /* Results of SummaryInfo. */
