@@ -4,9 +4,11 @@
 namespace ksv::test {
 namespace {
 
+const std::string kDocuments = textOf(std::filesystem::absolute(KSV_TEST_DOCUMENTS));
+
 class Documents : public SummaryTest {
  protected:
-  static std::string path(const std::string& name) { return KSV_TEST_DOCUMENTS + name; }
+  static std::string path(const std::string& name) { return kDocuments + name; }
 };
 
 TEST_F(Documents, have_japanese_properties) {

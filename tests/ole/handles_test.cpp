@@ -128,12 +128,15 @@ TEST_F(OleHandles, that_are_null_give_the_value_of_a_failure) {
 }
 
 TEST_F(OleHandles, give_their_file_back) {
-  const ptrdiff_t before = openDescriptors();
-  Ksv2OleStream* stream = KSV_2OLEopenStream(file_, "top");
-  EXPECT_EQ(KSV_2OLEclose(file_), 4096);
-  EXPECT_LT(openDescriptors(), before);
-  EXPECT_EQ(KSV_2OLEcloseStream(stream), 1);
+  EXPECT_EQ(KSV_2OLEclose(file_), 1);
+  writeFile("sound", writer_.write());
   const ptrdiff_t closed = openDescriptors();
+  Ksv2Ole* file = KSV_2OLEopen("sound");
+  Ksv2OleStream* stream = KSV_2OLEopenStream(file, "top");
+  EXPECT_EQ(KSV_2OLEclose(file), 4096);
+  // The stream is open, the file is not.
+  EXPECT_EQ(openDescriptors(), closed);
+  EXPECT_EQ(KSV_2OLEcloseStream(stream), 1);
   for (int i = 0; i < 3; ++i) {
     EXPECT_FALSE(opens("not a compound document"));
     EXPECT_TRUE(opens(writer_.write()));

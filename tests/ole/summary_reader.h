@@ -11,6 +11,10 @@
 
 namespace ksv::test {
 
+// Found before a test moves to another drive.
+inline const std::string kCharsetDirectory =
+    textOf(std::filesystem::absolute(KSV_TEST_CHARSET_DIRECTORY));
+
 struct Reading {
   uint32_t result = 0;
   std::string record;
@@ -29,7 +33,7 @@ constexpr uint16_t kShort = 10002;
 
 class SummaryTest : public OleTest {
  protected:
-  SummaryTest() : setting_("Charsetpath", KSV_TEST_CHARSET_DIRECTORY) {
+  SummaryTest() : setting_("Charsetpath", kCharsetDirectory) {
     EXPECT_EQ(startProcess(), 1);
     EXPECT_EQ(cconvLoadRule(), 1);
     setTarget("UTF-8");

@@ -182,7 +182,7 @@ TEST(SummaryTextsWithoutCharsets, repeat_the_text_before_them_where_a_source_is_
   const TempDirectory directory;
   const ScopedVariable setting("Charsetpath", directory.path() + "/");
   // What is shipped, but for one charset; no table is needed.
-  for (const auto& entry : std::filesystem::directory_iterator(KSV_TEST_CHARSET_DIRECTORY)) {
+  for (const auto& entry : std::filesystem::directory_iterator(kCharsetDirectory)) {
     const std::string name = entry.path().filename().string();
     if (!name.starts_with("koreanksc") && !name.ends_with(".txt") && !name.ends_with(".cmp")) {
       std::filesystem::copy(entry.path(), std::filesystem::current_path() / name);
