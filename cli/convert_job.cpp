@@ -15,7 +15,6 @@
 #include "inputs.h"
 #include "jobs.h"
 #include "ksv_cconv.h"
-#include "platform.h"
 #include "rule_base.h"
 #include "unicode_check.h"
 

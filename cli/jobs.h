@@ -15,6 +15,8 @@ void addCheckJob(CLI::App& app, int& exitStatus);
 void addCharsetsJob(CLI::App& app, int& exitStatus);
 void addTablesJob(CLI::App& app, int& exitStatus);
 void addCutJob(CLI::App& app, int& exitStatus);
+void addSummaryJob(CLI::App& app, int& exitStatus);
+void addOleJob(CLI::App& app, int& exitStatus);
 
 }  // namespace ksv_cli
 

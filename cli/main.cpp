@@ -51,6 +51,8 @@ int run(std::vector<std::string> arguments) {
   addCharsetsJob(app, exitStatus);
   addTablesJob(app, exitStatus);
   addCutJob(app, exitStatus);
+  addSummaryJob(app, exitStatus);
+  addOleJob(app, exitStatus);
   try {
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     app.parse(std::move(arguments));

@@ -4,7 +4,7 @@ include(cmake/exports.cmake)
 
 find_package(Threads REQUIRED)
 set(KSV_OBJECTS $<TARGET_OBJECTS:ksv_common> $<TARGET_OBJECTS:ksv_cconv>
-    $<TARGET_OBJECTS:ksv_detect>)
+    $<TARGET_OBJECTS:ksv_detect> $<TARGET_OBJECTS:ksv_ole_reader> $<TARGET_OBJECTS:ksv_ole>)
 
 add_library(ksv_comm SHARED ${KSV_OBJECTS})
 target_include_directories(ksv_comm PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

@@ -318,27 +318,27 @@ def conversion_seeds():
 
 # --- Texts to be detected. ---
 
-JAPANESE = "\u65e5\u672c\u8a9e\u306e\u30c6\u30ad\u30b9\u30c8\r\nABC \uff71\u3002\r\n"
+DETECTED = "\u65e5\u672c\u8a9e\u306e\u30c6\u30ad\u30b9\u30c8\r\nABC \uff71\u3002\r\n"
 
 
 def texts():
     fixed = b"".join(bytes([0, c]) for c in b"ABC\r\n") + b"\xc6\xfc\xb0\x21"
     return {
         "ascii": b"plain text\nof two lines\n",
-        "shift_jis": JAPANESE.encode("cp932"),
-        "euc_jp": JAPANESE.encode("euc_jp") + b"\x8f\xb0\xa1",
+        "shift_jis": DETECTED.encode("cp932"),
+        "euc_jp": DETECTED.encode("euc_jp") + b"\x8f\xb0\xa1",
         "euc_jp_fix": fixed,
-        "iso_2022_jp": JAPANESE.encode("iso2022_jp_ext") + b"\x1b(I1\x1b$(D\x22\x2f\x1b(B\r",
+        "iso_2022_jp": DETECTED.encode("iso2022_jp_ext") + b"\x1b(I1\x1b$(D\x22\x2f\x1b(B\r",
         "gbk": "\u4e2d\u6587\u6587\u672c\n\u4e02".encode("gbk"),
         "big5": "\u4e2d\u6587\u6587\u672c\n".encode("big5"),
         "korean": "\ud55c\uad6d\uc5b4 \ub620\u3131\n".encode("cp949"),
         "tie": b"\xb0\xa1\xc4\xe3\xd0\xd0 ",
-        "utf8": JAPANESE.encode() + "\U0001f600\u2028".encode(),
-        "utf8_marked": b"\xef\xbb\xbf" + JAPANESE.encode(),
-        "utf16le": (JAPANESE + "\u2028\U0001f600").encode("utf-16-le"),
-        "utf16be_marked": b"\xfe\xff" + (JAPANESE + "\u2029").encode("utf-16-be"),
-        "ucs4le_marked": b"\xff\xfe\0\0" + JAPANESE.encode("utf-32-le"),
-        "ucs4be": (JAPANESE + "\U00020000").encode("utf-32-be"),
+        "utf8": DETECTED.encode() + "\U0001f600\u2028".encode(),
+        "utf8_marked": b"\xef\xbb\xbf" + DETECTED.encode(),
+        "utf16le": (DETECTED + "\u2028\U0001f600").encode("utf-16-le"),
+        "utf16be_marked": b"\xfe\xff" + (DETECTED + "\u2029").encode("utf-16-be"),
+        "ucs4le_marked": b"\xff\xfe\0\0" + DETECTED.encode("utf-32-le"),
+        "ucs4be": (DETECTED + "\U00020000").encode("utf-32-be"),
         "controls": bytes(range(256)),
         "empty": b"",
     }
@@ -363,11 +363,144 @@ def check_seeds():
     return seeds
 
 
+# --- Compound files: the number that reads are drawn from, then the file. ---
+
+FREE, END, FAT = 0xFFFFFFFF, 0xFFFFFFFE, 0xFFFFFFFD
+
+
+def dwords(*values):
+    return struct.pack(f"<{len(values)}I", *values)
+
+
+def padded(data, size):
+    return data + bytes(-len(data) % size)
+
+
+def entry(name, kind, left=FREE, right=FREE, child=FREE, start=END, size=0):
+    encoded = name.encode("utf-16-le")
+    return (padded(encoded + b"\0\0", 64)[:64] + struct.pack("<HBB", len(encoded) + 2, kind, 1)
+            + dwords(left, right, child) + bytes(36) + dwords(start, size, 0))
+
+
+def compound(large=b"", small=b"", shift=9, entries=None, difat=FREE):
+    """A file with one table sector: the large stream, the mini stream, its table, the directory."""
+    size = 1 << shift
+    sectors, table = [], []
+
+    def chain(data):
+        first = len(sectors)
+        pieces = [padded(data, size)[i:i + size] for i in range(0, len(data), size)]
+        sectors.extend(pieces)
+        table.extend([first + i + 1 for i in range(len(pieces) - 1)] + [END] * bool(pieces))
+        return first if pieces else END
+
+    large_start = chain(large)
+    mini = chain(padded(small, 64))
+    count = (len(small) + 63) // 64
+    mini_table = chain(padded(dwords(*range(1, count), END) if count else b"", size))
+    directory = entries or [
+        entry("Root Entry", 5, child=1, start=mini, size=len(small)),
+        entry("large", 2, left=2, right=3, start=large_start, size=len(large)),
+        entry("small", 2, start=0 if small else END, size=len(small)),
+        entry("storage", 1, child=4),
+        entry("inner", 2, right=5, start=large_start, size=len(large)),
+        entry("empty", 2)]
+    directory_start = chain(b"".join(directory))
+    fat_start = chain(padded(b"\xff" * size, size))
+    table[-1] = FAT
+    sectors[fat_start] = dwords(*(table + [FREE] * 128)[:128]).ljust(size, b"\xff")
+    header = bytearray(512)
+    header[:8] = b"\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1"
+    struct.pack_into("<HHHHH", header, 24, 0x3E, 3, 0xFFFE, shift, 6)
+    struct.pack_into("<IIIIIIIII", header, 44, 1, directory_start, 0, 4096, mini_table,
+                     1 if count else 0, difat, 0, fat_start)
+    header[80:] = b"\xff" * 432
+    return b"\1" + bytes(header) + b"".join(padded(sector, size) for sector in sectors)
+
+
+def compound_file_seeds():
+    large = bytes(i % 251 for i in range(4200))
+    small = bytes(i % 241 for i in range(700))
+    chain = [entry("Root Entry", 5, child=1)] + [
+        entry(f"n{i}", 2, left=i + 1 if i < 11 else FREE) for i in range(1, 12)]
+    cycle = [entry("Root Entry", 5, child=1), entry("a", 2, left=2, right=3),
+             entry("b", 2, left=1), entry("small", 2)]
+    shared = [entry("Root Entry", 5, child=1)] + [
+        entry(f"n{i}", 1, left=i + 1 if i < 11 else FREE, right=i + 1 if i < 11 else FREE)
+        for i in range(1, 12)]
+    return {
+        "both_streams": compound(large, small),
+        "large_sectors": compound(large, small, shift=10),
+        "mini_stream_only": compound(b"", small),
+        "nothing": compound(),
+        "chain_of_siblings": compound(entries=chain),
+        "cycle_of_siblings": compound(small=small, entries=cycle),
+        "siblings_that_meet_again": compound(entries=shared),
+        "empty": b"",
+    }
+
+
+# --- Property sets: kind, code page, target, language, line ends, length of the first set. ---
+
+SUMMARY = bytes.fromhex("E0859FF2F94F6810AB9108002B27B3D9")
+DOCUMENT_SUMMARY = bytes.fromhex("02D5CDD59C2E1B10939708002B2CF9AE")
+
+
+def section(*properties):
+    offsets, values = [], b""
+    for _, value in properties:
+        offsets.append(8 + 8 * len(properties) + len(values))
+        values += padded(value, 4)
+    rows = b"".join(dwords(number, offset) for (number, _), offset in zip(properties, offsets))
+    return dwords(8 + len(rows) + len(values), len(properties)) + rows + values
+
+
+def property_set(*sections):
+    head = bytes.fromhex("FEFF000005000200") + bytes(16) + dwords(len(sections))
+    offset = len(head) + 20 * len(sections)
+    for format_id, data in sections:
+        head += format_id + dwords(offset)
+        offset += len(data)
+    return head + b"".join(data for _, data in sections)
+
+
+def string(number, text):
+    return number, dwords(30, len(text) + 1) + text + b"\0"
+
+
+def summary(kind, page, target, first, second, language=0, line_ends=8):
+    return bytes([kind, page, target, language, line_ends]) + struct.pack(
+        ">H", len(first)) + first + second
+
+
+def summary_seeds():
+    page = (1, dwords(2, 65001))
+    time = dwords(64, 0x0B6E1800, 0x01DA6B0B)
+    texts = [string(i, f"文{i}".encode()) for i in (2, 3, 4, 5, 6, 8, 9, 18)]
+    first = property_set((SUMMARY, section(page, *texts, (12, time), (13, time))))
+    second = property_set((DOCUMENT_SUMMARY, section(
+        page, string(2, b"category"), string(14, b"manager"), string(15, b"company"),
+        *((i, dwords(3, i)) for i in (4, 6, 7, 8)))))
+    long = property_set((SUMMARY, section((1, dwords(2, 932)), string(2, b"\x82\xa0" * 200),
+                                          string(3, b"\n" * 300))))
+    twice = property_set((SUMMARY, section(*texts)), (DOCUMENT_SUMMARY, section(*texts)),
+                         (SUMMARY, section(*texts[:2], (1, dwords(2, 949)))))
+    seeds = {f"kind_{kind}": summary(kind, 0, 0, first, second) for kind in range(6)}
+    seeds.update({f"target_{target}": summary(0, target, target | 0x80, first, second, target % 4)
+                  for target in range(7)})
+    seeds["long"] = summary(1, 0, 4, long, b"")
+    seeds["sections"] = summary(0, 1, 0, twice, twice)
+    seeds["empty"] = b""
+    return seeds
+
+
 def main():
     write("rule_file_fuzzer", rule_file_seeds())
     write("table_text_fuzzer", table_text_seeds())
     write("compiled_table_fuzzer", compiled_table_seeds())
     write("converter_fuzzer", conversion_seeds())
+    write("compound_file_fuzzer", compound_file_seeds())
+    write("summary_fuzzer", summary_seeds())
     write("text_detection_fuzzer", detection_seeds())
     write("encoding_check_fuzzer", check_seeds())
 

@@ -16,6 +16,9 @@ class ScratchDirectory {
   ScratchDirectory(const ScratchDirectory&) = delete;
   ScratchDirectory& operator=(const ScratchDirectory&) = delete;
 
+  // With its last separator.
+  const std::string& path() const { return path_; }
+
   // Removes every file.
   void clear() const;
   void write(const std::string& name, std::string_view bytes) const;
@@ -27,7 +30,7 @@ class ScratchDirectory {
   std::string read(const std::string& name) const;
 
  private:
-  const std::string path_;  // with its last separator
+  const std::string path_;
 };
 
 }  // namespace ksv_fuzz

@@ -4,7 +4,7 @@
 readonly packages=(
   g++ cmake ninja-build git python3
   libcli11-dev nlohmann-json3-dev
-  libgtest-dev libbenchmark-dev libicu-dev libuchardet-dev
+  libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
   clang libclang-rt-14-dev locales
   doxygen
 )

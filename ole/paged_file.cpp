@@ -1,0 +1,83 @@
+#include "ole/paged_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "ksv_file.h"
+#include "ole/little_endian.h"
+
+namespace ksv {
+
+std::unique_ptr<PagedFile> PagedFile::open(const char* path) {
+  std::FILE* stream = KSV_FileOpen(path, "rb");
+  if (stream == nullptr) return nullptr;
+  // The pages are the buffer.
+  std::setvbuf(stream, nullptr, _IONBF, 0);
+  std::unique_ptr<PagedFile> file;
+  try {
+    file.reset(new PagedFile(stream, KSV_FileTellSize(stream)));
+  } catch (...) {
+    KSV_FileClose(stream);
+    throw;
+  }
+  if (file->size_ < 0) return nullptr;
+  return file;
+}
+
+PagedFile::~PagedFile() { close(); }
+
+void PagedFile::close() {
+  if (stream_ != nullptr) KSV_FileClose(stream_);
+  stream_ = nullptr;
+  for (auto& page : pages_) page.reset();
+}
+
+size_t PagedFile::read(int64_t offset, void* dest, size_t count) {
+  if (offset < 0) return 0;
+  if (count >= kPageSize) return readDirectly(offset, dest, count);
+  uint8_t* out = static_cast<uint8_t*>(dest);
+  size_t done = 0;
+  while (done < count) {
+    const int64_t at = offset + static_cast<int64_t>(done);
+    const Page& source = page(at / static_cast<int64_t>(kPageSize));
+    const size_t inPage = static_cast<size_t>(at) % kPageSize;
+    if (inPage >= source.length) break;
+    const size_t piece = std::min(count - done, source.length - inPage);
+    std::memcpy(out + done, source.bytes.data() + inPage, piece);
+    done += piece;
+  }
+  return done;
+}
+
+uint32_t PagedFile::dword(int64_t offset) {
+  const Page& source = page(offset / static_cast<int64_t>(kPageSize));
+  const size_t inPage = static_cast<size_t>(offset) % kPageSize;
+  return inPage + 4 <= source.length ? dwordAt(source.bytes.data() + inPage) : 0;
+}
+
+const PagedFile::Page& PagedFile::page(int64_t number) {
+  std::unique_ptr<Page>& slot = pages_[static_cast<size_t>(number) % kPages];
+  if (!slot) slot.reset(new Page);
+  if (slot->number != number) {
+    slot->number = number;
+    slot->length =
+        readDirectly(number * static_cast<int64_t>(kPageSize), slot->bytes.data(), kPageSize);
+  }
+  return *slot;
+}
+
+size_t PagedFile::readDirectly(int64_t offset, void* dest, size_t count) {
+  // What is behind the end need not be asked for.
+  if (offset >= size_) return 0;
+  if (offset != position_ && KSV_FileSeek(stream_, offset, SEEK_SET) != 0) return 0;
+  const int64_t most = std::min<int64_t>(std::numeric_limits<int32_t>::max(), size_ - offset);
+  const int32_t wanted =
+      static_cast<int32_t>(std::min<uint64_t>(count, static_cast<uint64_t>(most)));
+  const int32_t got = KSV_FileRead(dest, 1, wanted, stream_);
+  // Whatever was read: where the stream stands after less is not relied upon.
+  position_ = got == wanted ? offset + got : -1;
+  return static_cast<size_t>(got);
+}
+
+}  // namespace ksv
