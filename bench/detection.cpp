@@ -22,9 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const Charset kEucJp = {"EUC-JP", "EUC-JP", nullptr, false};
-const Charset kIso2022Jp = {"ISO-2022-JP", "ISO-2022-JP", nullptr, false};
-
 struct Encoding {
   const char* name;
   const Charset* charset;
