@@ -88,7 +88,11 @@ class FormConverter : public BulkConverter {
       batchBefore = batchStart;
       batchStart = at;
       const uint32_t wanted = at.characters + batch;
-      advance(form, at, wanted);
+      if (batch == kBatch) {
+        advance(form, at, wanted);
+      } else {
+        advanceExactly(form, at, wanted);
+      }
       if (at.characters != wanted) break;
     }
     const uint32_t beforeTail = at.characters;
@@ -97,7 +101,8 @@ class FormConverter : public BulkConverter {
     const uint32_t kept = at.characters - kRedone;
     if (kept < beforeTail) {
       end = kept >= batchStart.characters ? batchStart : batchBefore;
-      advance(form, end, kept);
+      Scratch scratch;
+      advanceIn(scratch, form, end, kept);
     }
     takeOver(record, end);
   }
@@ -152,6 +157,26 @@ class FormConverter : public BulkConverter {
     }
   }
 
+  // Room for two batches.
+  using Scratch = std::array<uint8_t, 2 * (kBatch + 1) * kEntryBytes>;
+
+  // Goes on without writing into the output, where everything may stand already.
+  void advanceIn(Scratch& scratch, const Form& form, BulkPosition& at, uint32_t wanted) {
+    uint8_t* const output = at.output;
+    at.output = scratch.data();
+    advance(form, at, wanted);
+    at.output = output + (at.output - scratch.data());
+  }
+
+  // Stores of several bytes at once touch some behind the last character. Where the text
+  // or its buffer comes to an end that must not be seen.
+  void advanceExactly(const Form& form, BulkPosition& at, uint32_t wanted) {
+    Scratch scratch;
+    uint8_t* const output = at.output;
+    advanceIn(scratch, form, at, wanted);
+    std::memcpy(output, scratch.data(), static_cast<size_t>(at.output - output));
+  }
+
   // Goes on character by character, as far as short entries answer, where the buffers
   // have no more room than that. Returns where it was kRedone characters before its end.
   BulkPosition runTail(const Form& form, BulkPosition& at, const uint8_t* inputEnd,
@@ -161,15 +186,21 @@ class FormConverter : public BulkConverter {
     if (lane == nullptr || !lane->table.isThere()) return at;
     const ShortRun run = {lane->table.slots(), lane->stops};
     for (;;) {
-      if (outputEnd - at.output < kShortEntryBytes) break;
-      const BulkPosition start = at;
       const ptrdiff_t left = inputEnd - at.input;
-      if (!Form::takeLast(run, at, left) &&
-          !(learnShort(form, at, left, *lane) && Form::takeLast(run, at, left))) {
+      uint8_t bytes[kShortEntryBytes];
+      BulkPosition next = at;
+      next.output = bytes;
+      if (!Form::takeLast(run, next, left) &&
+          !(learnShort(form, at, left, *lane) && Form::takeLast(run, next, left))) {
         break;
       }
+      const ptrdiff_t length = next.output - bytes;
+      if (length > outputEnd - at.output) break;
+      std::memcpy(at.output, bytes, static_cast<size_t>(length));
+      next.output = at.output + length;
       before[0] = before[1];
-      before[1] = start;
+      before[1] = at;
+      at = next;
     }
     return before[0];
   }

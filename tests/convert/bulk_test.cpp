@@ -147,7 +147,11 @@ std::vector<int32_t> randomCapacities(Random& random) {
   return capacities;
 }
 
-using Bulk = ConversionTest;
+class Bulk : public ConversionTest {
+ protected:
+  void SetUp() override { ksv::setBulkPath(ksv::BulkPath::kAlways); }
+  void TearDown() override { ksv::setBulkPath(ksv::BulkPath::kWhereItPays); }
+};
 
 TEST_F(Bulk, RandomTextConvertsAsTheEngineConvertsIt) {
   Random random(20261121);
@@ -187,6 +191,37 @@ TEST_F(Bulk, TheShortestTextsConvertAsTheEngineConvertsThem) {
       for (int32_t capacity = 1; capacity < 90; ++capacity)
         expectSame(randomSetup(random, source, target), text.substr(0, 40), {capacity, 400});
       if (HasFatalFailure()) return;
+    }
+  }
+}
+
+// The whole buffer behind one call, what lies behind the output included.
+Bytes bufferAfter(const Conversion& setup, const Bytes& input, size_t capacity) {
+  Converter converter(setup);
+  Bytes buffer(capacity, '\xEE');
+  ConverterRecord& record = converter.record;
+  record.input = reinterpret_cast<const uint8_t*>(input.data());
+  record.inputLength = static_cast<int32_t>(input.size());
+  record.output = reinterpret_cast<uint8_t*>(buffer.data());
+  record.outputCapacity = static_cast<int32_t>(capacity);
+  cconvConvert(&record);
+  return buffer;
+}
+
+TEST_F(Bulk, TouchesNothingBehindTheOutputOfAShortText) {
+  Random random(10);
+  for (const char* source : kCharsets) {
+    for (const char* target : kCharsets) {
+      const Bytes text = randomText(random, source).substr(0, 60 + below(random, 900));
+      Conversion setup = randomSetup(random, source, target);
+      setup.options.replaceUnmappable = 0;
+      for (const size_t capacity : {text.size() / 2, text.size() + 7, 8 * text.size()}) {
+        ksv::setBulkPath(ksv::BulkPath::kAlways);
+        const Bytes bulk = bufferAfter(setup, text, capacity);
+        const EngineOnly engineOnly;
+        ASSERT_EQ(hex(bulk), hex(bufferAfter(setup, text, capacity)))
+            << source << " to " << target << ", " << capacity << " bytes";
+      }
     }
   }
 }
