@@ -36,7 +36,6 @@ struct TableKey {
   bool outputBigEndian;
   bool convertNewlines;
   uint32_t newlineForm;  // 0 where line ends are not converted
-  bool designates;       // writes escape sequences
 
   bool operator==(const TableKey&) const = default;
 };
@@ -48,8 +47,7 @@ TableKey keyOf(const ConverterRecord& record) {
           record.inputBigEndian != 0,
           record.options.outputBigEndian != 0,
           convertNewlines,
-          convertNewlines ? record.options.newlineForm : 0,
-          targetEncoder(record)->keepsState};
+          convertNewlines ? record.options.newlineForm : 0};
 }
 
 // Without looking further than needed: the engine decides.
@@ -349,7 +347,7 @@ bool widthsAscend(const CharsetDef& charset) {
 
 template <typename Form>
 std::unique_ptr<BulkConverter> makeConverterFor(const TableKey& key) {
-  return std::make_unique<FormConverter<Form>>(key.designates);
+  return std::make_unique<FormConverter<Form>>(encoderOf(*key.target)->keepsState);
 }
 
 std::unique_ptr<BulkConverter> makeConverter(const TableKey& key, SourceForm form) {
@@ -405,9 +403,9 @@ class BulkConverters : public DerivedTables {
   }
 
  private:
-  // A quarter of the places stay free. With 35 KB of page pointers each, 14 MB; all
-  // charsets of the directory with one set of options, and more than any process has
-  // been seen to use.
+  // A quarter of the places stay free. With up to 54 KB of page pointers each,
+  // 21 MB; all charsets of the directory with one set of options, and more than any
+  // process has been seen to use.
   static constexpr size_t kPlaces = 512;
   static constexpr size_t kMostConverters = 384;
 

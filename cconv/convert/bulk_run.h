@@ -51,7 +51,6 @@ struct AsciiStops {
   bool del = false;
 
   bool any() const { return lineEnds || escape || del; }
-  bool operator==(const AsciiStops&) const = default;
 };
 
 // What the runs of one call have in common.
@@ -64,6 +63,32 @@ struct ShortRun {
     return byte >= 0x80 && at(ShortTable::kSingles + byte) != kNoShortEntry;
   }
 };
+
+// Takes the character of a short entry, read from so many bytes.
+KSV_IN_LOOP bool takeOne(const ShortRun& run, BulkPosition& at, uint32_t index, uint32_t bytes) {
+  const ShortEntry entry = run.at(index);
+  if (entry == kNoShortEntry) return false;
+  at.take(entry);
+  at.advance(bytes, 1);
+  return true;
+}
+
+// Takes four characters in a row, read from so many bytes together, if all have short
+// entries.
+KSV_IN_LOOP bool takeFour(const ShortRun& run, BulkPosition& at, const uint32_t (&indexes)[4],
+                          uint32_t bytes) {
+  const ShortEntry first = run.at(indexes[0]);
+  const ShortEntry second = run.at(indexes[1]);
+  const ShortEntry third = run.at(indexes[2]);
+  const ShortEntry fourth = run.at(indexes[3]);
+  if ((first & second & third & fourth & kIsShortEntry) == 0) return false;
+  at.take(first);
+  at.take(second);
+  at.take(third);
+  at.take(fourth);
+  at.advance(bytes, 4);
+  return true;
+}
 
 inline uint64_t loadEight(const uint8_t* bytes) {
   uint64_t eight;
@@ -130,7 +155,7 @@ template <AsciiOutput kAscii>
 constexpr uint32_t kAsciiWidth = kAscii == AsciiOutput::kBytes ? 1 : 2;
 
 // Takes leading ASCII bytes, 1 to 8, and whole blocks of them where there are; the
-// number taken of the first eight. None before a line end that matters.
+// number taken of the first eight. None before what it has to stop at.
 template <AsciiOutput kAscii>
 KSV_IN_LOOP uint32_t takeAscii(const ShortRun& run, BulkPosition& at, uint32_t wanted,
                                uint32_t leading) {

@@ -3,8 +3,9 @@
 // next() finds the entry of the character at input, or kNoEntry, how many bytes it
 // is read from, and its place in the table of short entries. At least kLongestInput
 // bytes of input follow. runShort() goes ahead over characters that have short
-// entries, several at a time where they come in a row. Lengths come from the input
-// alone, not from the entry: so the processor begins with the next character before
+// entries, several at a time where they come in a row; takeLast() takes one of them
+// out of no more bytes than are left. Lengths come from the input alone, not from the
+// entry: so the processor begins with the next character before
 // the tables have answered for this one.
 #pragma once
 
@@ -95,19 +96,10 @@ class ByteCodes : public Unshifted {
   static constexpr uint32_t kSingleBytes = 256;  // the page of single bytes
   static constexpr uint8_t kSingleShift3 = 0x8F;
 
-  // Four pairs in a row.
   KSV_IN_LOOP static bool runPairs(const ShortRun& run, BulkPosition& at) {
-    const ShortEntry first = run.at(pairAt(at.input));
-    const ShortEntry second = run.at(pairAt(at.input + 2));
-    const ShortEntry third = run.at(pairAt(at.input + 4));
-    const ShortEntry fourth = run.at(pairAt(at.input + 6));
-    if ((first & second & third & fourth & kIsShortEntry) == 0) return false;
-    at.take(first);
-    at.take(second);
-    at.take(third);
-    at.take(fourth);
-    at.advance(8, 4);
-    return true;
+    const uint32_t pairs[4] = {pairAt(at.input), pairAt(at.input + 2), pairAt(at.input + 4),
+                               pairAt(at.input + 6)};
+    return takeFour(run, at, pairs, 8);
   }
 
   // Eight single bytes in a row.
@@ -125,20 +117,11 @@ class ByteCodes : public Unshifted {
   }
 
   KSV_IN_LOOP static bool runSingle(const ShortRun& run, BulkPosition& at) {
-    const ShortEntry single = run.at(ShortTable::kSingles + at.input[0]);
-    if (single == kNoShortEntry) return false;
-    at.take(single);
-    at.advance(1, 1);
-    return true;
+    return takeOne(run, at, ShortTable::kSingles + at.input[0], 1);
   }
 
   KSV_IN_LOOP static bool runOne(const ShortRun& run, BulkPosition& at) {
-    if (runSingle(run, at)) return true;
-    const ShortEntry pair = run.at(pairAt(at.input));
-    if (pair == kNoShortEntry) return false;
-    at.take(pair);
-    at.advance(2, 1);
-    return true;
+    return runSingle(run, at) || takeOne(run, at, pairAt(at.input), 2);
   }
 
   static uint32_t pairAt(const uint8_t* input) {
@@ -210,31 +193,6 @@ class UnicodeSource : public Unshifted {
     if (page == nullptr) return kNothing;
     return {(*page)[value & 0xFF], length,
             value < ShortTable::kSingles ? value : ShortTable::kNoIndex};
-  }
-
-  // Four characters in a row that have short entries.
-  KSV_IN_LOOP static bool takeFour(const ShortRun& run, BulkPosition& at,
-                                   const uint32_t (&values)[4], uint32_t bytes) {
-    const ShortEntry first = run.at(values[0]);
-    const ShortEntry second = run.at(values[1]);
-    const ShortEntry third = run.at(values[2]);
-    const ShortEntry fourth = run.at(values[3]);
-    if ((first & second & third & fourth & kIsShortEntry) == 0) return false;
-    at.take(first);
-    at.take(second);
-    at.take(third);
-    at.take(fourth);
-    at.advance(bytes, 4);
-    return true;
-  }
-
-  KSV_IN_LOOP static bool takeOne(const ShortRun& run, BulkPosition& at, uint32_t value,
-                                  uint32_t bytes) {
-    const ShortEntry entry = run.at(value);
-    if (entry == kNoShortEntry) return false;
-    at.take(entry);
-    at.advance(bytes, 1);
-    return true;
   }
 
  private:
