@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "command.h"
+#include "tests/system/start_windows.h"
 #include "tests/system/system.h"
 #include "tests/system/wide_windows.h"
 
@@ -123,13 +124,14 @@ class WindowsConsole : public CommandTest {
     ::InitializeProcThreadAttributeList(startup.lpAttributeList, 1, 0, &size);
     ::UpdateProcThreadAttribute(startup.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_PSEUDOCONSOLE,
                                 console, sizeof console, nullptr, nullptr);
-    PROCESS_INFORMATION process{};
-    EXPECT_TRUE(::CreateProcessW(wide(ksv::test::ownExecutable()).c_str(), line.data(), nullptr,
-                                 nullptr, FALSE, EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
-                                 &startup.StartupInfo, &process));
+    const HANDLE process =
+        ksv::test::started({.executable = wide(ksv::test::ownExecutable()),
+                            .line = line,
+                            .inherits = FALSE,
+                            .flags = EXTENDED_STARTUPINFO_PRESENT},
+                           startup.StartupInfo);
     ::DeleteProcThreadAttributeList(startup.lpAttributeList);
-    ::CloseHandle(process.hThread);
-    return process.hProcess;
+    return process;
   }
 };
 

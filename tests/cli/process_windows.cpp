@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "process.h"
+#include "tests/system/start_windows.h"
 #include "tests/system/wide_windows.h"
 
 namespace ksv_cli_tests {
@@ -66,14 +67,11 @@ Process startCommand(const std::string& directory, const std::vector<std::string
   startup.hStdInput = handle(streams.in);
   startup.hStdOutput = handle(streams.out);
   startup.hStdError = handle(streams.err);
-  PROCESS_INFORMATION process{};
   letInherit(streams, true);
-  EXPECT_TRUE(::CreateProcessW(wide(KSV_COMMAND).c_str(), line.data(), nullptr, nullptr, TRUE, 0,
-                               nullptr, wide(directory).c_str(), &startup, &process))
-      << "cannot start " << KSV_COMMAND;
+  const HANDLE process = ksv::test::started(
+      {.executable = wide(KSV_COMMAND), .line = line, .directory = wide(directory)}, startup);
   letInherit(streams, false);
-  ::CloseHandle(process.hThread);
-  return reinterpret_cast<Process>(process.hProcess);
+  return reinterpret_cast<Process>(process);
 }
 
 // Not every system tells the peak of a process that has ended, so it is looked at

@@ -71,6 +71,7 @@ int runChildBody(const std::string& name, const Arguments& arguments);
 // directory. What a started program inherits of open files, it inherits.
 class ChildProcess {
  public:
+  // Throws when the process cannot be started.
   static ChildProcess start(const char* name, const Arguments& arguments = {});
   // Starts a body and gives its result.
   static int run(const char* name, const Arguments& arguments = {}) {
@@ -83,7 +84,7 @@ class ChildProcess {
   // Kills it when nobody asked for its result.
   ~ChildProcess();
 
-  // Waits for its end: its exit status, -1 when it was killed or could not start.
+  // Waits for its end: its exit status, -1 when it was killed.
   int result();
   // Ends it at once, as killOwnProcess does.
   void kill();

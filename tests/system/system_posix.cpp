@@ -88,9 +88,8 @@ ChildProcess ChildProcess::start(const char* name, const Arguments& arguments) {
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   pid_t child = 0;
-  if (posix_spawn(&child, pointers[0], nullptr, nullptr, pointers.data(), environ) != 0) {
-    return ChildProcess(kNone);
-  }
+  if (posix_spawn(&child, pointers[0], nullptr, nullptr, pointers.data(), environ) != 0)
+    fail("a process cannot be started");
   return ChildProcess(child);
 }
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "tests/system/start_windows.h"
 #include "tests/system/system.h"
 #include "tests/system/wide_windows.h"
 
@@ -133,13 +134,8 @@ ChildProcess ChildProcess::start(const char* name, const Arguments& arguments) {
   for (const std::string& argument : arguments) line += L" " + quoted(wide(argument));
   STARTUPINFOW startup = {};
   startup.cb = sizeof startup;
-  PROCESS_INFORMATION process = {};
-  if (!CreateProcessW(executable.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                      &startup, &process)) {
-    return ChildProcess(kNone);
-  }
-  CloseHandle(process.hThread);
-  return ChildProcess(reinterpret_cast<intptr_t>(process.hProcess));
+  return ChildProcess(reinterpret_cast<intptr_t>(
+      started({.executable = executable, .line = line}, startup)));
 }
 
 int ChildProcess::result() {
