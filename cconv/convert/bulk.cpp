@@ -56,8 +56,10 @@ bool languageMayBeDue(const ConverterRecord& record) {
          std::strncmp(record.currentLanguage, record.emittedLanguage, KSV_NAME_SIZE) != 0;
 }
 
-// What is checked once for so many characters: that they have room.
-constexpr uint32_t kBatch = 256;
+// What is checked once for so many characters: that they have room. Where there is room
+// for fewer, so many at most are converted beside the output.
+constexpr uint32_t kBatch = 4096;
+constexpr uint32_t kPiece = 1024;
 constexpr uint32_t kLeastBatch = 16;
 
 template <typename Form>
@@ -99,8 +101,7 @@ class FormConverter : public BulkConverter {
     const uint32_t kept = at.characters - kRedone;
     if (kept < beforeTail) {
       end = kept >= batchStart.characters ? batchStart : batchBefore;
-      Scratch scratch;
-      advanceIn(scratch, form, end, kept);
+      goBackTo(form, end, kept);
     }
     takeOver(record, end);
   }
@@ -111,13 +112,17 @@ class FormConverter : public BulkConverter {
   // By what is designated in the output: nothing, or a group of the codec.
   static constexpr uint32_t kDesignations = 1 + kMostDesignatedGroup;
 
-  using RunShort = void (*)(const ShortRun& run, BulkPosition& position, uint32_t wanted);
-
   // The short entries that hold while the same groups are designated.
   struct Lane {
     ShortTable table;
+    AsciiOutput ascii;
     AsciiStops stops;
     RunShort runShort;
+    RunShort runByVectors;  // null where the processor has none
+    SingleCodes singles;
+    PlainPages pages;
+
+    ShortRun run() const { return {table.slots(), stops, &singles, &pages}; }
   };
 
   static BulkPosition positionOf(const ConverterRecord& record) {
@@ -133,14 +138,16 @@ class FormConverter : public BulkConverter {
 
   static uint32_t charactersWithRoom(ptrdiff_t input, ptrdiff_t output) {
     const ptrdiff_t room = std::min(input / Form::kLongestInput, output / kEntryBytes) - 1;
-    return static_cast<uint32_t>(std::clamp<ptrdiff_t>(room, 0, kBatch));
+    return room >= kBatch ? kBatch : static_cast<uint32_t>(std::clamp<ptrdiff_t>(room, 0, kPiece));
   }
 
   // Goes on until wanted characters have been converted, or one cannot be decided.
   void advance(const Form& form, BulkPosition& at, uint32_t wanted) {
     for (;;) {
-      if (const Lane* lane = laneAt(form, at); lane != nullptr && lane->table.isThere())
-        lane->runShort({lane->table.slots(), lane->stops}, at, wanted);
+      if (const Lane* lane = laneAt(form, at); lane != nullptr && lane->table.isThere()) {
+        if (lane->runByVectors != nullptr) lane->runByVectors(lane->run(), at, wanted);
+        lane->runShort(lane->run(), at, wanted);
+      }
       if (at.characters >= wanted) return;
       if constexpr (Form::kShifts) {
         const bool isBehindReturn = at.behindReturn == at.input;
@@ -150,13 +157,14 @@ class FormConverter : public BulkConverter {
       const source_forms::Found found = form.next(at);
       if (found.entry == kNoEntry) return;
       takeEntry(at, found);
-      if (Lane* lane = laneAt(form, at); lane != nullptr)
-        lane->table.remember(found.shortIndex, shortEntryOf(withoutDesignation(found.entry)));
+      if (Lane* lane = laneAt(form, at); lane != nullptr) {
+        learn(form, found.shortIndex, shortEntryOf(withoutDesignation(found.entry)), *lane);
+      }
     }
   }
 
-  // Room for two batches.
-  using Scratch = std::array<uint8_t, 2 * (kBatch + 1) * kEntryBytes>;
+  // Room for a piece.
+  using Scratch = std::array<uint8_t, (kPiece + 1) * kEntryBytes>;
 
   // Goes on without writing into the output, where everything may stand already.
   void advanceIn(Scratch& scratch, const Form& form, BulkPosition& at, uint32_t wanted) {
@@ -164,6 +172,13 @@ class FormConverter : public BulkConverter {
     at.output = scratch.data();
     advance(form, at, wanted);
     at.output = output + (at.output - scratch.data());
+  }
+
+  // From the start of a batch forward again to a place in it or in the next one.
+  void goBackTo(const Form& form, BulkPosition& at, uint32_t wanted) {
+    Scratch scratch;
+    while (at.characters < wanted)
+      advanceIn(scratch, form, at, std::min(wanted, at.characters + kPiece));
   }
 
   // Stores of several bytes at once touch some behind the last character. Where the text
@@ -182,7 +197,7 @@ class FormConverter : public BulkConverter {
     BulkPosition before[kRedone] = {at, at};
     Lane* const lane = laneAt(form, at);
     if (lane == nullptr || !lane->table.isThere()) return at;
-    const ShortRun run = {lane->table.slots(), lane->stops};
+    const ShortRun run = lane->run();
     for (;;) {
       const ptrdiff_t left = inputEnd - at.input;
       uint8_t bytes[kShortEntryBytes];
@@ -214,7 +229,7 @@ class FormConverter : public BulkConverter {
     if (found.entry == kNoEntry || found.length > left) return false;
     if (designates_ && designatedGroupOf(found.entry) != at.designatedGroup) return false;
     const ShortEntry entry = shortEntryOf(withoutDesignation(found.entry));
-    lane.table.remember(found.shortIndex, entry);
+    learn(form, found.shortIndex, entry, lane);
     return entry != kNoShortEntry && found.shortIndex != ShortTable::kNoIndex;
   }
 
@@ -259,19 +274,71 @@ class FormConverter : public BulkConverter {
   Lane* makeLane(const Form& form, const BulkPosition& at, std::atomic<Lane*>& slot) const {
     std::unique_ptr<Lane> made(new (std::nothrow) Lane{});
     if (made == nullptr) return nullptr;
-    AsciiOutput ascii = AsciiOutput::kOther;
+    made->ascii = AsciiOutput::kOther;
     for (const AsciiOutput output :
          {AsciiOutput::kBytes, AsciiOutput::kLittleUnits, AsciiOutput::kBigUnits}) {
       AsciiStops stops;
       if (!writesAsciiAs(form, at, output, stops)) continue;
-      ascii = output;
+      made->ascii = output;
       made->stops = stops;
     }
-    made->runShort = runnerFor(ascii);
+    made->runShort = runnerFor(made->ascii);
+    made->runByVectors = Form::runByVectors(made->ascii);
+    learnSingles(form, at, *made);
     Lane* published = nullptr;
     if (!slot.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
       return published;
     return made.release();
+  }
+
+  // What single codes are while the same groups stay designated. The runs by vectors
+  // ask the table for ASCII, too.
+  void learnSingles(const Form& form, BulkPosition at, Lane& lane) const {
+    for (uint32_t code = 0; code < 0x100; ++code) {
+      uint8_t input[Form::kLongestInput] = {};
+      const uint32_t length = Form::putSingle(code, input);
+      at.input = input;
+      const source_forms::Found found = form.next(at);
+      lane.singles.classes[code] = SingleCodes::kNone;
+      if (found.entry == kNoEntry || found.length != length) continue;
+      const bool same = !designates_ || designatedGroupOf(found.entry) == at.designatedGroup;
+      const ShortEntry entry = same ? shortEntryOf(withoutDesignation(found.entry)) : kNoShortEntry;
+      learn(form, found.shortIndex, entry, lane);
+      describe(code, entry, lane.singles);
+    }
+  }
+
+  static void describe(uint32_t code, ShortEntry entry, SingleCodes& singles) {
+    const uint32_t length = shortLength(entry);
+    singles.classes[code] = length == 1   ? 0
+                            : length == 2 ? SingleCodes::kHasTwoBytes
+                                          : SingleCodes::kIsWide;
+    if (code < 0x80) return;
+    singles.first[code - 0x80] = static_cast<uint8_t>(entry);
+    singles.second[code - 0x80] = static_cast<uint8_t>(entry >> 8);
+  }
+
+  static void learn(const Form& form, uint32_t shortIndex, ShortEntry entry, Lane& lane) {
+    lane.table.remember(shortIndex, entry);
+    learnPage(form, shortIndex, lane);
+  }
+
+  // Looks whether a page is plain, when one of its values is met without a short entry:
+  // so once for nearly every page.
+  static void learnPage(const Form& form, uint32_t shortIndex, Lane& lane) {
+    if constexpr (Form::kIsUnicode) {
+      if (lane.ascii != AsciiOutput::kLittleUnits && lane.ascii != AsciiOutput::kBigUnits) return;
+      if (shortIndex >= ShortTable::kSingles) return;
+      std::atomic<uint8_t>& page = lane.pages.classes[shortIndex >> 8];
+      if (page.load(std::memory_order_relaxed) != 0) return;
+      bool isPlain = true;
+      for (uint32_t value = shortIndex & 0xFF00; value <= (shortIndex | 0xFF); ++value) {
+        uint8_t unit[2];
+        source_forms::putUnit(unit, value, 2, lane.ascii == AsciiOutput::kBigUnits);
+        isPlain &= form.entryOf(value) == makeEntry(unit, 2, 1) || Form::isMark(value);
+      }
+      page.store(isPlain ? PlainPages::kIsPlain : PlainPages::kIsNot, std::memory_order_relaxed);
+    }
   }
 
   static RunShort runnerFor(AsciiOutput ascii) {

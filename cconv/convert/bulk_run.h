@@ -1,6 +1,7 @@
 // What runs of the bulk path over many characters are made of.
 #pragma once
 
+#include <atomic>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -53,16 +54,44 @@ struct AsciiStops {
   bool any() const { return lineEnds || escape || del; }
 };
 
+// What codes below 0x100 are by themselves, for runs that take many at once: single
+// bytes, or the first values of Unicode.
+struct SingleCodes {
+  static constexpr uint8_t kNone = 1;         // no code, or the first byte of a longer one
+  static constexpr uint8_t kIsWide = 2;       // not written as below
+  static constexpr uint8_t kHasTwoBytes = 4;  // written as two bytes, not one
+
+  alignas(64) uint8_t classes[256];
+  // What the upper half is written as.
+  alignas(64) uint8_t first[128];
+  alignas(64) uint8_t second[128];
+};
+
+// The pages of 256 values, of which those are plain that are written as they are, in
+// units of two bytes, but for the marks that may compose.
+struct PlainPages {
+  static constexpr uint8_t kIsPlain = 1;
+  static constexpr uint8_t kIsNot = 2;
+
+  alignas(64) std::atomic<uint8_t> classes[256];  // 0 where nobody has looked yet
+};
+
 // What the runs of one call have in common.
 struct ShortRun {
   const ShortTable::Slot* slots;
   AsciiStops stops;
+  const SingleCodes* singles;
+  const PlainPages* pages;
 
   ShortEntry at(uint32_t index) const { return slots[index].load(std::memory_order_relaxed); }
   bool hasSingles(uint8_t byte) const {
     return byte >= 0x80 && at(ShortTable::kSingles + byte) != kNoShortEntry;
   }
 };
+
+// Takes characters that have short entries while there are any, until so many have been
+// taken since the call began.
+using RunShort = void (*)(const ShortRun& run, BulkPosition& position, uint32_t wanted);
 
 // Takes the character of a short entry, read from so many bytes.
 KSV_IN_LOOP bool takeOne(const ShortRun& run, BulkPosition& at, uint32_t index, uint32_t bytes) {

@@ -36,23 +36,23 @@ constexpr bool mayBeCompositionBase(uint32_t unicode) {
          unicode == 0x02E5 || unicode == 0x02E9;
 }
 
+struct StandaloneMark {
+  uint32_t unicode;
+  uint32_t jisCode;
+};
+constexpr StandaloneMark kStandaloneMarks[] = {{0x309A, 0x212C},
+                                               {0x0300, 0x212E},
+                                               {0x0301, 0x212D},
+                                               {0x02E5, 0x2824},
+                                               {0x02E9, 0x2825}};
+
 // The JIS X 0208/0213 code of a mark on its own, for targets that cannot compose;
 // 0 for any other character.
-constexpr uint32_t standaloneMark(uint32_t mark) {
-  switch (mark) {
-    case 0x309A:
-      return 0x212C;
-    case 0x0300:
-      return 0x212E;
-    case 0x0301:
-      return 0x212D;
-    case 0x02E5:
-      return 0x2824;
-    case 0x02E9:
-      return 0x2825;
-    default:
-      return 0;
+constexpr uint32_t standaloneMark(uint32_t unicode) {
+  for (const StandaloneMark& mark : kStandaloneMarks) {
+    if (mark.unicode == unicode) return mark.jisCode;
   }
+  return 0;
 }
 
 }  // namespace ksv

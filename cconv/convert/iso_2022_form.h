@@ -15,6 +15,7 @@ class Iso2022Jp {
   // An escape sequence and a pair; another sequence behind the first is the engine's.
   static constexpr ptrdiff_t kLongestInput = 8;
   static constexpr bool kShifts = true;
+  static constexpr bool kIsUnicode = false;
   static constexpr uint32_t kShiftStates = 6;
   static constexpr uint32_t kPagesOfState = 257;
   static constexpr size_t kPages = kShiftStates * kPagesOfState;
@@ -60,6 +61,11 @@ class Iso2022Jp {
   static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
     ByteCodes::runShort<kAscii>(run, position, wanted);
   }
+
+  static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
+    return ByteCodes::putSingle(code, bytes);
+  }
+  static RunShort runByVectors(AsciiOutput ascii) { return vector_runs::byteCodes(ascii); }
 
   static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
     return ByteCodes::takeLast(run, at, left);

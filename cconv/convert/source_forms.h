@@ -4,9 +4,9 @@
 // is read from, and its place in the table of short entries. At least kLongestInput
 // bytes of input follow. runShort() goes ahead over characters that have short
 // entries, several at a time where they come in a row; takeLast() takes one of them
-// out of no more bytes than are left. Lengths come from the input alone, not from the
-// entry: so the processor begins with the next character before
-// the tables have answered for this one.
+// out of no more bytes than are left; runByVectors() tells what goes ahead faster still.
+// Lengths come from the input alone, not from the entry: so the processor begins with
+// the next character before the tables have answered for this one.
 #pragma once
 
 #include <cstddef>
@@ -15,6 +15,7 @@
 #include "cconv/convert/bulk_run.h"
 #include "cconv/convert/composition.h"
 #include "cconv/convert/direct_table.h"
+#include "cconv/convert/vector_runs.h"
 #include "cconv/rules/text_units.h"
 
 namespace ksv::source_forms {
@@ -36,6 +37,7 @@ inline void putUnit(uint8_t* bytes, uint32_t value, uint32_t width, bool bigEndi
 struct Unshifted {
   static constexpr ptrdiff_t kLongestInput = 4;  // bytes that a character is read from
   static constexpr bool kShifts = false;
+  static constexpr bool kIsUnicode = false;
   static constexpr uint32_t kShiftStates = 1;
   static uint32_t shiftOf(const BulkPosition&) { return 0; }
 };
@@ -84,7 +86,14 @@ class ByteCodes : public Unshifted {
       if (runPairs(run, at)) continue;
       if (!runOne(run, at)) break;
     }
+    while (at.characters < wanted && runOne(run, at)) {
+    }
     position = at;
+  }
+
+  static RunShort runByVectors(AsciiOutput ascii) { return vector_runs::byteCodes(ascii); }
+  static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
+    return static_cast<uint32_t>(makeSingle(code, bytes));
   }
 
   KSV_IN_LOOP static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
@@ -178,13 +187,14 @@ class ByteCodes : public Unshifted {
 class UnicodeSource : public Unshifted {
  public:
   static constexpr size_t kPages = 0x110000 >> 8;
-
- protected:
-  explicit UnicodeSource(const TableCursor& cursor) : cursor_(cursor) {}
+  static constexpr bool kIsUnicode = true;
 
   // A mark may compose with the character before it. The bulk path stops at it and
   // goes back over that character, so nothing else has to look ahead.
   static bool isMark(uint32_t value) { return standaloneMark(value) != 0; }
+
+ protected:
+  explicit UnicodeSource(const TableCursor& cursor) : cursor_(cursor) {}
 
   template <typename MakeBytes>
   Found find(uint32_t value, uint32_t length, MakeBytes makeBytes) const {
@@ -236,8 +246,16 @@ class Utf8 : public UnicodeSource {
       }
       if (!runOne(run, at)) break;
     }
+    while (at.characters < wanted && runOne(run, at)) {
+    }
     position = at;
   }
+
+  static RunShort runByVectors(AsciiOutput ascii) { return vector_runs::utf8(ascii); }
+  static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
+    return static_cast<uint32_t>(makeBytes(code, bytes));
+  }
+  Entry entryOf(uint32_t value) const { return find(value, 0, makeBytes).entry; }
 
   KSV_IN_LOOP static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
     if (left <= 0) return false;
@@ -302,6 +320,8 @@ class TwoByteSource : public UnicodeSource {
       if (takeFour(run, at, values, 8)) continue;
       if (!takeOne(run, at, values[0], 2)) break;
     }
+    while (at.characters < wanted && takeOne(run, at, readUnit(at.input, 2, kBigEndian), 2)) {
+    }
     position = at;
   }
 };
@@ -327,6 +347,14 @@ class Utf16 : public TwoByteSource {
   static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
     runUnits<kAscii, kBigEndian>(run, position, wanted);
   }
+
+  static RunShort runByVectors(AsciiOutput ascii) {
+    return vector_runs::twoByteUnits(ascii, kBigEndian);
+  }
+  static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
+    return static_cast<uint32_t>(makeBytes(code, bytes));
+  }
+  Entry entryOf(uint32_t value) const { return find(value, 0, makeBytes).entry; }
 
   static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
     return takeLastUnit<kBigEndian>(run, at, left);
@@ -363,6 +391,14 @@ class FixedUnits : public TwoByteSource {
   static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
     if constexpr (kWidth == 2) runUnits<kAscii, kBigEndian>(run, position, wanted);
   }
+
+  static RunShort runByVectors(AsciiOutput ascii) {
+    return kWidth == 2 ? vector_runs::twoByteUnits(ascii, kBigEndian) : nullptr;
+  }
+  static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
+    return static_cast<uint32_t>(makeBytes(code, bytes));
+  }
+  Entry entryOf(uint32_t value) const { return find(value, 0, makeBytes).entry; }
 
   static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
     if (left < ptrdiff_t{kWidth}) return false;

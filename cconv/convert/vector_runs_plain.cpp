@@ -1,0 +1,10 @@
+// Processors whose vector instructions are not made use of.
+#include "cconv/convert/vector_runs.h"
+
+namespace ksv::vector_runs {
+
+RunShort byteCodes(AsciiOutput) { return nullptr; }
+RunShort utf8(AsciiOutput) { return nullptr; }
+RunShort twoByteUnits(AsciiOutput, bool) { return nullptr; }
+
+}  // namespace ksv::vector_runs
