@@ -68,6 +68,7 @@ class FormConverter : public BulkConverter {
   explicit FormConverter(bool designates) : pages_(Form::kPages), designates_(designates) {}
   ~FormConverter() override {
     for (auto& lane : lanes_) delete lane.load(std::memory_order_relaxed);
+    delete designating_.load(std::memory_order_relaxed);
   }
   FormConverter(const FormConverter&) = delete;
   FormConverter& operator=(const FormConverter&) = delete;
@@ -111,6 +112,7 @@ class FormConverter : public BulkConverter {
   static constexpr uint32_t kRedone = 2;
   // By what is designated in the output: nothing, or a group of the codec.
   static constexpr uint32_t kDesignations = 1 + kMostDesignatedGroup;
+  static constexpr uint32_t kNoGroup = 0xFFFFFFFF;
 
   // The short entries that hold while the same groups are designated.
   struct Lane {
@@ -119,10 +121,22 @@ class FormConverter : public BulkConverter {
     AsciiStops stops;
     RunShort runShort;
     RunShort runByVectors;  // null where the processor has none
+    vector_runs::RunShifted runShifted;
     SingleCodes singles;
     PlainPages pages;
 
     ShortRun run() const { return {table.slots(), stops, &singles, &pages}; }
+  };
+
+  // The short entries of all groups, for an output with escape sequences.
+  struct Designating {
+    ShortTable table;
+    AsciiStops stops;
+    RunShort runByVectors;  // null where the processor has none
+    SingleCodes singles;
+    Designations designations;
+
+    ShortRun run() const { return {table.slots(), stops, &singles, nullptr, &designations}; }
   };
 
   static BulkPosition positionOf(const ConverterRecord& record) {
@@ -144,6 +158,9 @@ class FormConverter : public BulkConverter {
   // Goes on until wanted characters have been converted, or one cannot be decided.
   void advance(const Form& form, BulkPosition& at, uint32_t wanted) {
     for (;;) {
+      Designating* const designating = designates_ ? designatingFor(form, at) : nullptr;
+      if (designating != nullptr) designating->runByVectors(designating->run(), at, wanted);
+      if constexpr (Form::kShifts) runShifted(form, at, wanted);
       if (const Lane* lane = laneAt(form, at); lane != nullptr && lane->table.isThere()) {
         if (lane->runByVectors != nullptr) lane->runByVectors(lane->run(), at, wanted);
         lane->runShort(lane->run(), at, wanted);
@@ -160,7 +177,75 @@ class FormConverter : public BulkConverter {
       if (Lane* lane = laneAt(form, at); lane != nullptr) {
         learn(form, found.shortIndex, shortEntryOf(withoutDesignation(found.entry)), *lane);
       }
+      if (designating != nullptr) learnDesignation(found, *designating);
     }
+  }
+
+  // Goes ahead across escape sequences between ASCII and the codes of JIS X 0208.
+  void runShifted(const Form& form, BulkPosition& at, uint32_t wanted) {
+    if (designates_) return;
+    if (at.decoderState != Form::kAsciiGroup && at.decoderState != Form::kPairGroup) return;
+    const Lane* ascii = laneOf(form, at, Form::kAsciiGroup);
+    const Lane* pairs = laneOf(form, at, Form::kPairGroup);
+    if (ascii == nullptr || pairs == nullptr || ascii->runShifted == nullptr) return;
+    if (!pairs->table.isThere() || !ascii->stops.escape) return;
+    ascii->runShifted({ascii->run(), pairs->run(), Form::kAsciiGroup, Form::kPairGroup}, at, wanted);
+  }
+
+  const Lane* laneOf(const Form& form, BulkPosition at, uint32_t decoderState) {
+    at.decoderState = decoderState;
+    return laneAt(form, at);
+  }
+
+  // Null where there are no vectors for it.
+  Designating* designatingFor(const Form& form, const BulkPosition& at) {
+    Designating* known = designating_.load(std::memory_order_acquire);
+    if (known == nullptr) known = makeDesignating(form, at);
+    const bool works =
+        known != nullptr && known->runByVectors != nullptr && known->table.isThere();
+    return works ? known : nullptr;
+  }
+
+  Designating* makeDesignating(const Form& form, BulkPosition at) {
+    std::unique_ptr<Designating> made(new (std::nothrow) Designating{});
+    if (made == nullptr) return nullptr;
+    made->runByVectors = Form::runDesignating();
+    made->designations.asciiGroup = kNoGroup;
+    for (uint32_t code = 0; code < 0x100; ++code) {
+      uint8_t input[Form::kLongestInput] = {};
+      const uint32_t length = Form::putSingle(code, input);
+      at.input = input;
+      const source_forms::Found found = form.next(at);
+      const bool isOne = found.entry != kNoEntry && found.length == length;
+      made->singles.classes[code] = isOne ? SingleCodes::kIsWide : SingleCodes::kNone;
+      if (isOne) learnDesignation(found, *made);
+      if (isOne && code == 'A') learnAscii(form, at, designatedGroupOf(found.entry), *made);
+    }
+    Designating* published = nullptr;
+    if (!designating_.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
+      return published;
+    return made.release();
+  }
+
+  void learnAscii(const Form& form, BulkPosition at, uint32_t group, Designating& all) {
+    at.designatedGroup = group;
+    const Lane* lane = laneAt(form, at);
+    if (lane == nullptr || lane->ascii != AsciiOutput::kBytes) return;
+    all.designations.asciiGroup = group;
+    all.stops = lane->stops;
+  }
+
+  // The escape sequence is there before any entry that needs it.
+  static void learnDesignation(const source_forms::Found& found, Designating& all) {
+    const uint32_t length = escapeLengthOf(found.entry);
+    const ShortEntry entry = shortEntryWithGroup(found.entry);
+    if (entry == kNoShortEntry || length > Designations::kLongestEscape) return;
+    const uint32_t index = designationIndex(designatedGroupOf(found.entry));
+    all.designations.escapes[index].store(static_cast<uint32_t>(found.entry),
+                                          std::memory_order_relaxed);
+    all.designations.lengths[index].store(length, std::memory_order_relaxed);
+    std::atomic_thread_fence(std::memory_order_release);
+    all.table.remember(found.shortIndex, entry);
   }
 
   // Room for a piece.
@@ -284,6 +369,7 @@ class FormConverter : public BulkConverter {
     }
     made->runShort = runnerFor(made->ascii);
     made->runByVectors = Form::runByVectors(made->ascii);
+    if constexpr (Form::kShifts) made->runShifted = vector_runs::iso2022Jp(made->ascii);
     learnSingles(form, at, *made);
     Lane* published = nullptr;
     if (!slot.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
@@ -391,6 +477,7 @@ class FormConverter : public BulkConverter {
 
   DirectTable pages_;
   std::array<std::atomic<Lane*>, Form::kShiftStates* kDesignations> lanes_ = {};
+  std::atomic<Designating*> designating_ = nullptr;
   const bool designates_;
 };
 

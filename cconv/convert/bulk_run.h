@@ -76,12 +76,25 @@ struct PlainPages {
   alignas(64) std::atomic<uint8_t> classes[256];  // 0 where nobody has looked yet
 };
 
+// The escape sequences of the groups that an output designates, for runs over
+// characters of several groups.
+struct Designations {
+  static constexpr size_t kGroups = 16;
+  static constexpr uint32_t kLongestEscape = 4;
+
+  // By the index of the group.
+  alignas(64) std::atomic<uint32_t> escapes[kGroups];
+  alignas(64) std::atomic<uint32_t> lengths[kGroups];
+  uint32_t asciiGroup;  // while which is designated, ASCII is written as it is
+};
+
 // What the runs of one call have in common.
 struct ShortRun {
   const ShortTable::Slot* slots;
   AsciiStops stops;
   const SingleCodes* singles;
   const PlainPages* pages;
+  const Designations* designations = nullptr;
 
   ShortEntry at(uint32_t index) const { return slots[index].load(std::memory_order_relaxed); }
   bool hasSingles(uint8_t byte) const {

@@ -49,11 +49,13 @@ constexpr Entry designatingEntry(Entry entry, uint32_t escapeLength, uint32_t gr
   return (entry & ~(Entry{0x3FF} << 52)) | Entry{escapeLength} << 52 |
          Entry{designationIndex(group)} << 58;
 }
+constexpr uint32_t designatedGroupAt(uint32_t index) { return kBeforeDesignatedGroups + index; }
 constexpr uint32_t designatedGroupOf(Entry entry) {
-  return kBeforeDesignatedGroups + (entry >> 58 & 0xF);
+  return designatedGroupAt(entry >> 58 & 0xF);
 }
+constexpr uint32_t escapeLengthOf(Entry entry) { return entry >> 52 & 0x3F; }
 constexpr Entry withoutDesignation(Entry entry) {
-  const uint32_t escapeLength = entry >> 52 & 0x3F;
+  const uint32_t escapeLength = escapeLengthOf(entry);
   const Entry bytes = (entry & 0xFFFFFFFFFFFF) >> (8 * escapeLength);
   return (entry & kLineEnd) | Entry{1} << 52 |
          static_cast<Entry>(outputLength(entry) - escapeLength) << 48 | bytes;
@@ -67,7 +69,8 @@ inline void storeBytes(uint8_t* output, Entry entry) {
 }
 
 // Short entries hold up to three bytes of output that count for one unit, in their
-// lower 24 bits; the length stands above them.
+// lower 24 bits; the length stands above them, and above that the group that they need
+// designated, where a table holds entries of several groups.
 
 using ShortEntry = uint32_t;
 constexpr ShortEntry kNoShortEntry = 0;
@@ -79,6 +82,16 @@ constexpr ShortEntry shortEntryOf(Entry entry) {
   if (!isShort || (entry & kLineEnd) != 0) return kNoShortEntry;
   return kIsShortEntry | length << 24 | static_cast<uint32_t>(entry & 0xFFFFFF);
 }
+constexpr int kShortGroupShift = 26;
+constexpr int kMostShortGroup = 0xF;
+
+// The short entry of an entry with an escape sequence.
+constexpr ShortEntry shortEntryWithGroup(Entry entry) {
+  const ShortEntry bare = shortEntryOf(withoutDesignation(entry));
+  if (bare == kNoShortEntry) return kNoShortEntry;
+  return bare | designationIndex(designatedGroupOf(entry)) << kShortGroupShift;
+}
+
 constexpr uint32_t shortLength(ShortEntry entry) { return entry >> 24 & 0x3; }
 
 // Puts out four bytes, of which those behind the length mean nothing.

@@ -18,6 +18,8 @@ class Iso2022Jp {
   static constexpr bool kIsUnicode = false;
   static constexpr uint32_t kShiftStates = 6;
   static constexpr uint32_t kPagesOfState = 257;
+  static constexpr CharsetId kAsciiGroup = charset_id::kIso646Irv;
+  static constexpr CharsetId kPairGroup = charset_id::kJisX0208;
   static constexpr size_t kPages = kShiftStates * kPagesOfState;
   static constexpr size_t kAsciiByte = 0;
   static constexpr uint32_t kAsciiLength = 1;
@@ -65,7 +67,9 @@ class Iso2022Jp {
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return ByteCodes::putSingle(code, bytes);
   }
-  static RunShort runByVectors(AsciiOutput ascii) { return vector_runs::byteCodes(ascii); }
+  // Of one group by itself there is too little in a row.
+  static RunShort runByVectors(AsciiOutput) { return nullptr; }
+  static RunShort runDesignating() { return nullptr; }
 
   static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
     return ByteCodes::takeLast(run, at, left);

@@ -92,6 +92,7 @@ class ByteCodes : public Unshifted {
   }
 
   static RunShort runByVectors(AsciiOutput ascii) { return vector_runs::byteCodes(ascii); }
+  static RunShort runDesignating() { return vector_runs::byteCodesDesignating(); }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return static_cast<uint32_t>(makeSingle(code, bytes));
   }
@@ -252,6 +253,7 @@ class Utf8 : public UnicodeSource {
   }
 
   static RunShort runByVectors(AsciiOutput ascii) { return vector_runs::utf8(ascii); }
+  static RunShort runDesignating() { return vector_runs::utf8Designating(); }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return static_cast<uint32_t>(makeBytes(code, bytes));
   }
@@ -351,6 +353,7 @@ class Utf16 : public TwoByteSource {
   static RunShort runByVectors(AsciiOutput ascii) {
     return vector_runs::twoByteUnits(ascii, kBigEndian);
   }
+  static RunShort runDesignating() { return vector_runs::twoByteUnitsDesignating(kBigEndian); }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return static_cast<uint32_t>(makeBytes(code, bytes));
   }
@@ -394,6 +397,9 @@ class FixedUnits : public TwoByteSource {
 
   static RunShort runByVectors(AsciiOutput ascii) {
     return kWidth == 2 ? vector_runs::twoByteUnits(ascii, kBigEndian) : nullptr;
+  }
+  static RunShort runDesignating() {
+    return kWidth == 2 ? vector_runs::twoByteUnitsDesignating(kBigEndian) : nullptr;
   }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return static_cast<uint32_t>(makeBytes(code, bytes));

@@ -13,4 +13,20 @@ RunShort byteCodes(AsciiOutput ascii);
 RunShort utf8(AsciiOutput ascii);
 RunShort twoByteUnits(AsciiOutput ascii, bool bigEndian);
 
+// The same for an output with escape sequences. The entries tell their groups.
+RunShort byteCodesDesignating();
+RunShort utf8Designating();
+RunShort twoByteUnitsDesignating(bool bigEndian);
+
+// Characters of ISO-2022-JP in ASCII and one group of two-byte codes, across the escape
+// sequences between them.
+struct ShiftedRun {
+  ShortRun ascii;
+  ShortRun pairs;
+  uint32_t asciiGroup;
+  uint32_t pairGroup;
+};
+using RunShifted = void (*)(const ShiftedRun& run, BulkPosition& position, uint32_t wanted);
+RunShifted iso2022Jp(AsciiOutput ascii);
+
 }  // namespace ksv::vector_runs

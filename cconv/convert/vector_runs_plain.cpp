@@ -6,5 +6,9 @@ namespace ksv::vector_runs {
 RunShort byteCodes(AsciiOutput) { return nullptr; }
 RunShort utf8(AsciiOutput) { return nullptr; }
 RunShort twoByteUnits(AsciiOutput, bool) { return nullptr; }
+RunShort byteCodesDesignating() { return nullptr; }
+RunShort utf8Designating() { return nullptr; }
+RunShort twoByteUnitsDesignating(bool) { return nullptr; }
+RunShifted iso2022Jp(AsciiOutput) { return nullptr; }
 
 }  // namespace ksv::vector_runs
