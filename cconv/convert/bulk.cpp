@@ -19,6 +19,10 @@ namespace {
 
 constinit std::atomic<BulkPath> bulkPath = BulkPath::kWhereItPays;
 
+bool usesVectors() {
+  return bulkPath.load(std::memory_order_relaxed) != BulkPath::kAlwaysWithoutVectors;
+}
+
 // Fewer bytes of input than this are not worth handing over.
 constexpr int32_t kLeastText = 16;
 // Fewer are not worth a table, unless that many have come in short inputs before.
@@ -58,8 +62,8 @@ bool languageMayBeDue(const ConverterRecord& record) {
 
 // What is checked once for so many characters: that they have room. Where there is room
 // for fewer, so many at most are converted beside the output.
-constexpr uint32_t kBatch = 4096;
-constexpr uint32_t kPiece = 1024;
+constexpr uint32_t kBatch = 16384;
+constexpr uint32_t kPiece = 2048;
 constexpr uint32_t kLeastBatch = 16;
 
 template <typename Form>
@@ -157,12 +161,17 @@ class FormConverter : public BulkConverter {
 
   // Goes on until wanted characters have been converted, or one cannot be decided.
   void advance(const Form& form, BulkPosition& at, uint32_t wanted) {
+    const bool byVectors = usesVectors();
     for (;;) {
-      Designating* const designating = designates_ ? designatingFor(form, at) : nullptr;
+      Designating* const designating =
+          byVectors && designates_ ? designatingFor(form, at) : nullptr;
       if (designating != nullptr) designating->runByVectors(designating->run(), at, wanted);
-      if constexpr (Form::kShifts) runShifted(form, at, wanted);
+      if constexpr (Form::kShifts) {
+        if (byVectors) runShifted(form, at, wanted);
+      }
       if (const Lane* lane = laneAt(form, at); lane != nullptr && lane->table.isThere()) {
-        if (lane->runByVectors != nullptr) lane->runByVectors(lane->run(), at, wanted);
+        if (byVectors && lane->runByVectors != nullptr)
+          lane->runByVectors(lane->run(), at, wanted);
         lane->runShort(lane->run(), at, wanted);
       }
       if (at.characters >= wanted) return;
@@ -626,7 +635,8 @@ bool isMarkPending(const ConverterRecord& record) {
 
 BulkConverter* findBulkConverter(const ConverterRecord& record) try {
   const BulkPath path = bulkPath.load(std::memory_order_relaxed);
-  const int64_t bytes = path == BulkPath::kAlways ? kLeastInput : bytesLeft(record);
+  const bool always = path == BulkPath::kAlways || path == BulkPath::kAlwaysWithoutVectors;
+  const int64_t bytes = always ? kLeastInput : bytesLeft(record);
   if (bytes < kLeastText || path == BulkPath::kNever) return nullptr;
   const SourceForm form = sourceDecoder(record)->sourceForm;
   // With a supplementary mode a character's output depends on the replacements too.

@@ -33,8 +33,9 @@ bool isMarkPending(const ConverterRecord& record);
 BulkConverter* findBulkConverter(const ConverterRecord& record);
 
 // For tests: with kNever every character takes the step-by-step engine, and with
-// kAlways even the shortest input the bulk path.
-enum class BulkPath { kNever, kWhereItPays, kAlways };
+// kAlways even the shortest input the bulk path, as on a processor without vector
+// instructions with kAlwaysWithoutVectors.
+enum class BulkPath { kNever, kWhereItPays, kAlways, kAlwaysWithoutVectors };
 void setBulkPath(BulkPath path);
 
 }  // namespace ksv

@@ -146,7 +146,6 @@ KSV_IN_LOOP bool takeLatin(const ShortRun& run, BulkPosition& at, __m512i bytes,
   if (stopsIn(bytes, run.stops) != 0) return false;
   const __m512i values = _mm512_mask_add_epi8(bytes, upperLeads << 1, bytes,
                                               _mm512_set1_epi8(0x40));
-  const uint64_t lastLead = leads & uint64_t{1} << 63;
   const auto classOf = _mm512_permutex2var_epi8(load(singles.classes + 2 * kBlock), values,
                                                 load(singles.classes + 3 * kBlock));
   if (_mm512_mask_test_epi8_mask(continuations, classOf, classOf) != 0) return false;
@@ -157,7 +156,8 @@ KSV_IN_LOOP bool takeLatin(const ShortRun& run, BulkPosition& at, __m512i bytes,
   _mm512_storeu_si512(at.output, _mm512_maskz_compress_epi8(kept, looked));
   const auto characters = static_cast<uint32_t>(std::popcount(kept));
   at.output += characters;
-  at.advance(kBlock - static_cast<uint32_t>(lastLead >> 63), characters);
+  // A lead at the end is left for the next block. Its byte is at hand sooner than the bits.
+  at.advance(at.input[kBlock - 1] >= 0xC0 ? kBlock - 1 : kBlock, characters);
   return true;
 }
 

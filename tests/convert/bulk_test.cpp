@@ -20,10 +20,20 @@ constexpr const char* kCharsets[] = {
     "ChineseGBK",      "GB18030",    "KoreanKSC",        "ISO-8859-1",   "windows-1252",
     "ISO-2022-JP-KANA"};
 
-class EngineOnly {
+class While {
  public:
-  EngineOnly() { ksv::setBulkPath(ksv::BulkPath::kNever); }
-  ~EngineOnly() { ksv::setBulkPath(ksv::BulkPath::kAlways); }
+  explicit While(ksv::BulkPath path) { ksv::setBulkPath(path); }
+  ~While() { ksv::setBulkPath(ksv::BulkPath::kAlways); }
+};
+
+class EngineOnly : public While {
+ public:
+  EngineOnly() : While(ksv::BulkPath::kNever) {}
+};
+
+class WithoutVectors : public While {
+ public:
+  WithoutVectors() : While(ksv::BulkPath::kAlwaysWithoutVectors) {}
 };
 
 // One call after another until the end, with what each leaves in the record.
@@ -49,24 +59,33 @@ Trace trace(const Conversion& setup, const Bytes& input, const std::vector<int32
   return result;
 }
 
-void expectSame(const Conversion& setup, const Bytes& input,
-                const std::vector<int32_t>& capacities) {
-  const Trace bulk = trace(setup, input, capacities);
-  const EngineOnly engineOnly;
-  const Trace steps = trace(setup, input, capacities);
-  ASSERT_EQ(bulk.records.size(), steps.records.size()) << setup.source << " to " << setup.target;
+void expectSame(const Trace& bulk, const Trace& steps, const std::string& what) {
+  ASSERT_EQ(bulk.records.size(), steps.records.size()) << what;
   for (size_t call = 0; call < bulk.records.size(); ++call) {
     ASSERT_EQ(std::memcmp(&bulk.records[call], &steps.records[call], sizeof(ConverterRecord)), 0)
-        << setup.source << " to " << setup.target << ", call " << call << ", status "
-        << bulk.records[call].status << " and " << steps.records[call].status << ", position "
-        << bulk.records[call].inputPosition << " and " << steps.records[call].inputPosition;
+        << what << ", call " << call << ", status " << bulk.records[call].status << " and "
+        << steps.records[call].status << ", position " << bulk.records[call].inputPosition
+        << " and " << steps.records[call].inputPosition;
   }
   for (size_t i = 0; i < bulk.output.size(); ++i) {
     ASSERT_EQ(hex(bulk.output.substr(i, 1)), hex(steps.output.substr(i, 1)))
-        << setup.source << " to " << setup.target << ", byte " << i << " of "
-        << hex(bulk.output.substr(i & ~size_t{15}, 32)) << " and "
-        << hex(steps.output.substr(i & ~size_t{15}, 32));
+        << what << ", byte " << i << " of " << hex(bulk.output.substr(i & ~size_t{15}, 32))
+        << " and " << hex(steps.output.substr(i & ~size_t{15}, 32));
   }
+}
+
+void expectSame(const Conversion& setup, const Bytes& input,
+                const std::vector<int32_t>& capacities) {
+  const std::string what = std::string(setup.source) + " to " + setup.target;
+  const Trace bulk = trace(setup, input, capacities);
+  Trace steps;
+  {
+    const EngineOnly engineOnly;
+    steps = trace(setup, input, capacities);
+  }
+  ASSERT_NO_FATAL_FAILURE(expectSame(bulk, steps, what));
+  const WithoutVectors withoutVectors;
+  expectSame(trace(setup, input, capacities), steps, what + " without vectors");
 }
 
 using Random = std::mt19937;
@@ -191,6 +210,92 @@ TEST_F(Bulk, TheShortestTextsConvertAsTheEngineConvertsThem) {
       for (int32_t capacity = 1; capacity < 90; ++capacity)
         expectSame(randomSetup(random, source, target), text.substr(0, 40), {capacity, 400});
       if (HasFatalFailure()) return;
+    }
+  }
+}
+
+// What texts mostly are: runs of the same script, line ends, words of another.
+std::vector<uint32_t> ordinaryValues(Random& random, size_t count) {
+  std::vector<uint32_t> values;
+  const auto add = [&](uint32_t most, auto value) {
+    for (uint32_t left = 1 + below(random, most); left > 0; --left) values.push_back(value());
+  };
+  while (values.size() < count) {
+    switch (below(random, 8)) {
+      case 0:
+        add(150, [&] { return 0x20 + below(random, 95); });
+        break;
+      case 1:
+        add(9, [&] { return 0xC0 + below(random, 64); });
+        break;
+      case 2:
+        add(20, [&] { return 0xAC00 + below(random, 300); });
+        break;
+      case 3:
+        add(2, [] { return '\n'; });
+        break;
+      case 4:
+        add(8, [&] { return 0x391 + below(random, 17); });
+        break;
+      default:
+        add(70, [&] { return below(random, 3) == 0 ? 0x4E00 + below(random, 300)
+                                                   : 0x3041 + below(random, 80); });
+    }
+  }
+  values.resize(count);
+  return values;
+}
+
+Bytes ordinaryText(Random& random, const char* charset, size_t count) {
+  const EngineOnly engineOnly;
+  Conversion setup{"ISO-10646-UCS-4", charset};
+  setup.options.replaceUnmappable = 1;
+  return convertWhole(setup, ucs4(ordinaryValues(random, count))).output;
+}
+
+constexpr const char* kUsualSources[] = {"Shift_JIS", "EUC-JP",    "ISO-2022-JP", "UTF-8",
+                                         "UTF-16",    "GB18030",   "KoreanKSC",   "ISO-8859-1",
+                                         "windows-1252", "ISO-10646-UCS-2"};
+constexpr const char* kUsualTargets[] = {"UTF-8",       "UTF-16",     "EUC-JP",
+                                         "ISO-2022-JP", "ISO-8859-1", "windows-1252"};
+
+TEST_F(Bulk, LongOrdinaryTextsConvertAsTheEngineConvertsThem) {
+  Random random(11);
+  for (const char* source : kUsualSources) {
+    const Bytes text = ordinaryText(random, source, 40000);
+    for (const char* target : kUsualTargets) {
+      Conversion setup = randomSetup(random, source, target);
+      setup.options.replaceUnmappable = 1;
+      setup.parameters[2] = 1;
+      expectSame(setup, text, {1000000});
+      setup.options.outputBigEndian ^= 1;
+      expectSame(setup, text, {90000, 33333});
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+// Inside a run of what goes well anything may stand that has to be left to the engine.
+TEST_F(Bulk, AStrangerAtEveryPlaceOfAnOrdinaryText) {
+  const Bytes strangers[] = {bytes("1B"),       bytes("1B 24 42"), bytes("1B 28 42"), bytes("1B 28 4A"),
+                             bytes("0A"),       bytes("0D"),       bytes("7F"),       bytes("80"),
+                             bytes("FF"),       bytes("8F A2 AF"), bytes("B1"),       bytes("E3 82"),
+                             bytes("F0 9F 98 80"), bytes("E3 82 9A"), bytes("CC 80"),  bytes("9A 30"),
+                             bytes("00 D8"),    bytes("81 30 81 30"), bytes("C0 80"), bytes("00")};
+  Random random(12);
+  for (const char* source : kUsualSources) {
+    for (const char* target : kUsualTargets) {
+      const Bytes text = ordinaryText(random, source, 260);
+      Conversion setup = randomSetup(random, source, target);
+      setup.parameters[2] = 1;
+      setup.options.replaceUnmappable = 1;
+      for (size_t at = 0; at < 150; ++at) {
+        Bytes disturbed = text;
+        const Bytes& stranger = strangers[below(random, std::size(strangers))];
+        disturbed.replace(std::min(at, text.size()), below(random, 2) * stranger.size(), stranger);
+        expectSame(setup, disturbed, {4000});
+        if (HasFatalFailure()) return;
+      }
     }
   }
 }
