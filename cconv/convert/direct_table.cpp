@@ -14,9 +14,9 @@ namespace {
 constexpr uint32_t kMostPages = 8192;
 constinit std::atomic<uint32_t> pagesInUse = 0;
 
-// The short tables of a process together: 16 MB, of which only what is used takes
+// The short tables of a process together: 33 MB, of which only what is used takes
 // memory.
-constexpr uint32_t kMostShortTables = 64;
+constexpr uint32_t kMostShortTables = 128;
 constinit std::atomic<uint32_t> shortTablesInUse = 0;
 
 Entry lineEndFlag(uint32_t rawCode) {

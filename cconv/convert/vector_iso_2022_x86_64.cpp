@@ -32,7 +32,8 @@ struct ShiftedBlock {
     const uint64_t toDouble = endsWithB & equals(second, '$');
     const uint64_t toAscii = endsWithB & equals(second, '(');
     const uint64_t shifts = toDouble | toAscii;
-    // Between each toDouble and the toAscii behind it, the difference sets all bits.
+    // Between each toDouble and the toAscii behind it, the difference sets all bits. It is
+    // right up to the first sequence that designates what is designated already.
     inDouble = toAscii - toDouble - (beginsInDouble ? kFirst : 0);
     const uint64_t doubleBefore = inDouble << 1 | (beginsInDouble ? kFirst : 0);
     const uint64_t idle = (toDouble & doubleBefore) | (toAscii & ~doubleBefore);
@@ -46,8 +47,7 @@ struct ShiftedBlock {
     const uint64_t stops = idle | halves | (inDouble & ~escapes & ~graphic) |
                            (single & notAscii(ascii, bytes)) |
                            kFirst << kSeen;
-    // A sequence in doubt spoils everything in the block: so it has to be the engine's.
-    const uint64_t seen = idle != 0 ? 0 : lowBits(static_cast<uint64_t>(std::countr_zero(stops)));
+    const uint64_t seen = lowBits(static_cast<uint64_t>(std::countr_zero(stops)));
     starts = (pairs | single) & seen;
     characters = static_cast<uint32_t>(std::popcount(starts));
   }
