@@ -238,8 +238,9 @@ constexpr bool kWritesUnits =
 
 // Takes so many values, up to 32, if they are all written as they are.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP bool takePlain(const ClassLookup& pages, BulkPosition& at, __m512i values,
+KSV_IN_LOOP bool takePlain(const ShortRun& run, BulkPosition& at, __m512i values,
                            uint32_t count) {
+  const ClassLookup pages(reinterpret_cast<const uint8_t*>(run.pages->classes));
   if (leadingPlain(pages, values, count) < count) return false;
   _mm512_storeu_si512(at.output, swapped<kAscii == AsciiOutput::kBigUnits>(values));
   at.output += 2 * count;
@@ -248,7 +249,6 @@ KSV_IN_LOOP bool takePlain(const ClassLookup& pages, BulkPosition& at, __m512i v
 
 template <AsciiOutput kAscii, bool kDesignates = false>
 void runUtf8(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
-  const ClassLookup pages(reinterpret_cast<const uint8_t*>(run.pages->classes));
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted) {
     const uint32_t room = wanted - at.characters - kReserve;
@@ -265,7 +265,7 @@ void runUtf8(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
     const Utf8Block block(at.input, bytes, continuations, twoOrMore);
     if constexpr (kWritesUnits<kAscii>) {
       const uint32_t count = least(least(block.characters, room), 2 * kLanes);
-      if (count > 0 && takePlain<kAscii>(pages, at, block.units(), count)) {
+      if (count > 0 && takePlain<kAscii>(run, at, block.units(), count)) {
         at.advance(placeOfBit(block.ends, count), count);
         continue;
       }
@@ -298,7 +298,6 @@ KSV_IN_LOOP bool takeAsciiUnitBlock(const ShortRun& run, BulkPosition& at, __m51
 
 template <AsciiOutput kAscii, bool kBigEndian, bool kDesignates = false>
 void runUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
-  const ClassLookup pages(reinterpret_cast<const uint8_t*>(run.pages->classes));
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted + kLanes) {
     const __m512i units = swapped<kBigEndian>(load(at.input));
@@ -307,7 +306,7 @@ void runUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
       continue;
     }
     if constexpr (kWritesUnits<kAscii>) {
-      if (takePlain<kAscii>(pages, at, units, 2 * kLanes)) {
+      if (takePlain<kAscii>(run, at, units, 2 * kLanes)) {
         at.advance(kBlock, 2 * kLanes);
         continue;
       }
