@@ -16,7 +16,12 @@ constexpr bool isBetween(uint32_t value, uint32_t first, uint32_t last) {
   return value >= first && value <= last;
 }
 
-constexpr bool isPrintable(uint8_t byte) { return isBetween(byte, 0x21, 0x7E); }
+constexpr uint8_t kFirstPrintable = 0x21;
+constexpr uint8_t kLastPrintable = 0x7E;
+
+constexpr bool isPrintable(uint8_t byte) {
+  return isBetween(byte, kFirstPrintable, kLastPrintable);
+}
 
 constexpr uint32_t unit16(const uint8_t* at, bool bigEndian) {
   return bigEndian ? uint32_t{at[0]} << 8 | at[1] : uint32_t{at[1]} << 8 | at[0];

@@ -1,4 +1,5 @@
 // The scorer of ISO-2022-JP.
+#include "detect/byte_blocks.h"
 #include "detect/scorers.h"
 
 namespace ksv::detect {
@@ -49,10 +50,21 @@ bool isGoodSingle(uint8_t byte, Mode mode) {
   return isLetter || byte == ' ' || byte == '\t';
 }
 
+// Reads on over good pairs, which come in runs.
+void readGoodPairs(Reader& reader, Tally& tally, const uint8_t* endOfLeads) {
+  const uint8_t* at = reader.at;
+  while (endOfLeads - at >= static_cast<ptrdiff_t>(kBlock) &&
+         areBetween<kFirstPrintable, kLastPrintable>(blockAt(at))) {
+    at += kBlock;
+  }
+  tally.good += static_cast<uint32_t>(at - reader.at) / 2;
+  reader.at = at;
+}
+
 // Reads on, in the modes of one byte, to what is more than a byte.
 void readSingles(Reader& reader, Mode mode, Tally& tally, const uint8_t* endOfLeads) {
-  const uint8_t* at = reader.at;
-  uint32_t good = 0;
+  const uint8_t* at = mode == Mode::kSingle ? passText(reader.at, endOfLeads) : reader.at;
+  uint32_t good = static_cast<uint32_t>(at - reader.at);
   for (; at < endOfLeads; ++at) {
     const uint8_t byte = *at;
     if (byte == kEscape || byte == kCarriageReturn || byte == kLineFeed) break;
@@ -117,6 +129,7 @@ int32_t scoreIso2022Jp(Candidate& candidate, const Chunk& chunk, size_t start) {
   }
   const uint8_t* const endOfLeads = reader.endOfLeads(3);
   while (step == Step::kRead && reader.at < endOfLeads) {
+    if (mode == Mode::kPairs) readGoodPairs(reader, tally, endOfLeads);
     if (mode == Mode::kSingle || mode == Mode::kKatakana)
       readSingles(reader, mode, tally, endOfLeads);
     if (tally.bad > candidate.mostBad) return 0;

@@ -2,6 +2,7 @@
 // bytes as well.
 #include <bit>
 
+#include "detect/byte_blocks.h"
 #include "detect/character_sets.h"
 #include "detect/scorers.h"
 
@@ -167,6 +168,22 @@ void readUtf8Sequence(Reader& reader, Tally& tally) {
   reader.at += length;
 }
 
+// Three characters of three bytes each, all of them but the last byte.
+constexpr uint64_t kThreeThreesMask = blockOf({0xF0, 0xC0, 0xC0, 0xF0, 0xC0, 0xC0, 0xF0, 0xC0});
+constexpr uint64_t kThreeThrees = blockOf({0xE0, 0x80, 0x80, 0xE0, 0x80, 0x80, 0xE0, 0x80});
+
+// Reads on over good characters, which most texts are made of.
+void readGoodUtf8(Reader& reader, Tally& tally, const uint8_t* endOfLeads) {
+  const uint8_t* at = passText(reader.at, endOfLeads);
+  tally.good += static_cast<uint32_t>(at - reader.at);
+  while (reader.end - at > static_cast<ptrdiff_t>(kBlock) &&
+         (blockAt(at) & kThreeThreesMask) == kThreeThrees && isContinuation(at[kBlock])) {
+    at += kBlock + 1;
+    tally.good += 3;
+  }
+  reader.at = at;
+}
+
 Step readUtf8(Reader& reader, Candidate& candidate, Tally& tally) {
   const uint8_t byte = *reader.at;
   if (isUtf8Lead(byte)) {
@@ -248,6 +265,8 @@ int32_t scoreUtf8(Candidate& candidate, const Chunk& chunk, size_t start) {
   Tally tally;
   const uint8_t* const endOfLeads = reader.endOfLeads(3);
   while (reader.at < endOfLeads) {
+    readGoodUtf8(reader, tally, endOfLeads);
+    if (reader.at >= endOfLeads) break;  // a character may reach behind it
     if (readUtf8(reader, candidate, tally) == Step::kStopped) return candidate.score();
     if (tally.bad > candidate.mostBad) return 0;
   }

@@ -1,7 +1,6 @@
 #include "cconv/rules/rule_text.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 
@@ -9,7 +8,6 @@
 #include "cconv/rules/rule_path.h"
 #include "cconv/rules/text_units.h"
 #include "common/platform.h"
-#include "ksv_file.h"
 
 namespace ksv {
 namespace {
@@ -27,15 +25,11 @@ static_assert(sizeof kUcs2Name == kUcs2NameSize + 1);
 
 std::vector<uint8_t> readWholeFile(const std::string& path) {
   std::vector<uint8_t> bytes;
-  FILE* file = platform::openFile(path.c_str(), "rb");
-  if (file == nullptr) return bytes;
-  const int64_t size = KSV_FileTellSize(file);
-  if (size > 0 && size <= std::numeric_limits<int32_t>::max()) {
-    bytes.resize(static_cast<size_t>(size));
-    const int32_t count = static_cast<int32_t>(size);
-    if (KSV_FileRead(bytes.data(), 1, count, file) != count) bytes.clear();
+  platform::InputFile file(path.c_str());
+  if (file.size() > 0 && file.size() <= std::numeric_limits<int32_t>::max()) {
+    bytes.resize(static_cast<size_t>(file.size()));
+    if (file.read(bytes.data(), bytes.size()) != bytes.size()) bytes.clear();
   }
-  KSV_FileClose(file);
   return bytes;
 }
 
