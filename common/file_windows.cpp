@@ -117,7 +117,8 @@ InputFile::InputFile(const char* path) : handle_(0) {
   Handle file(CreateFileW(wide.get(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   LARGE_INTEGER size;
-  if (!file || GetFileType(file.get()) != FILE_TYPE_DISK || !GetFileSizeEx(file.get(), &size)) return;
+  if (!file || GetFileType(file.get()) != FILE_TYPE_DISK || !GetFileSizeEx(file.get(), &size))
+    return;
   size_ = size.QuadPart;
   handle_ = reinterpret_cast<intptr_t>(file.release());
 }
