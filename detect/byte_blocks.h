@@ -23,15 +23,28 @@ constexpr uint64_t blockOf(const std::array<uint8_t, kBlock>& bytes) {
 
 constexpr uint64_t blockOf(uint8_t byte) { return uint64_t{byte} * 0x0101010101010101; }
 
-// Whether all bytes of a block lie between two ASCII characters. Bytes that are not
-// ASCII carry into their neighbours, and fail on their own.
+// The high bit of every byte that does not lie between two ASCII characters.
 template <uint8_t kFirst, uint8_t kLast>
-bool areBetween(uint64_t block) {
+uint64_t bytesOutside(uint64_t block) {
   static_assert(kFirst <= kLast && kLast < 0x80);
   constexpr uint64_t kHigh = blockOf(0x80);
-  const uint64_t tooHigh = block | (block + blockOf(0x7F - kLast));
-  const uint64_t highEnough = block + blockOf(0x80 - kFirst);
-  return ((tooHigh | ~highEnough) & kHigh) == 0;
+  const uint64_t low = block & ~kHigh;  // so that no sum carries into the next byte
+  const uint64_t tooHigh = block | (low + blockOf(0x7F - kLast));
+  const uint64_t highEnough = low + blockOf(0x80 - kFirst);
+  return (tooHigh | ~highEnough) & kHigh;
+}
+
+template <uint8_t kFirst, uint8_t kLast>
+bool areBetween(uint64_t block) {
+  return bytesOutside<kFirst, kLast>(block) == 0;
+}
+
+// How many bytes of a block, from its first on, are printable characters and blanks.
+inline size_t textBytes(uint64_t block) {
+  const uint64_t outside = bytesOutside<' ', '~'>(block);
+  const int zeroes = std::endian::native == std::endian::little ? std::countr_zero(outside)
+                                                                : std::countl_zero(outside);
+  return static_cast<size_t>(zeroes) / 8;
 }
 
 // The end of the blocks, from at on, of printable characters and blanks.

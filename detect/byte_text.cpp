@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "detect/byte_blocks.h"
 #include "detect/character_sets.h"
 #include "detect/code_set.h"
 #include "detect/scorers.h"
@@ -162,12 +163,21 @@ constexpr PairRange kKoreanPairRanges[] = {
 
 // ---- Pairs
 
+// The bits of text detection, shifted down into a byte.
+constexpr uint32_t kPairBitsShift = 6;
+constexpr uint32_t kPairEncodingsMask = KSV_TEXT_EUC_JP | KSV_TEXT_SHIFT_JIS |
+                                        KSV_TEXT_SIMPLIFIED_CHINESE | KSV_TEXT_TRADITIONAL_CHINESE |
+                                        KSV_TEXT_KOREAN;
+constexpr uint8_t pairBits(uint32_t encodings) {
+  return static_cast<uint8_t>((encodings & kPairEncodingsMask) >> kPairBitsShift);
+}
+
 enum PairEncoding : uint8_t {
-  kShiftJisPairs = 1 << 0,
-  kEucJpPairs = 1 << 1,
-  kGbkPairs = 1 << 2,
-  kBig5Pairs = 1 << 3,
-  kKoreanPairs = 1 << 4,
+  kEucJpPairs = pairBits(KSV_TEXT_EUC_JP),
+  kShiftJisPairs = pairBits(KSV_TEXT_SHIFT_JIS),
+  kGbkPairs = pairBits(KSV_TEXT_SIMPLIFIED_CHINESE),
+  kBig5Pairs = pairBits(KSV_TEXT_TRADITIONAL_CHINESE),
+  kKoreanPairs = pairBits(KSV_TEXT_KOREAN),
 };
 
 using PairEncodings = std::array<uint8_t, 0x10000>;
@@ -200,6 +210,7 @@ constinit const PairEncodings kPairEncodings = makePairEncodings();
 // What readers ask of pairs: in one of the encodings of the table, or by code.
 template <PairEncoding kEncoding>
 struct PairsOf {
+  static constexpr bool isIn(uint32_t encodings) { return (pairBits(encodings) & kEncoding) != 0; }
   static bool areGood(uint32_t code) { return (kPairEncodings[code] & kEncoding) != 0; }
   static bool areGood(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
     return (kPairEncodings[a] & kPairEncodings[b] & kPairEncodings[c] & kPairEncodings[d] &
@@ -208,6 +219,7 @@ struct PairsOf {
 };
 
 struct PairsByCode {
+  static constexpr bool isIn(uint32_t) { return false; }
   static bool areGood(uint32_t code) { return kShiftJisCodes.contains(code); }
   static bool areGood(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
     return areGood(a) & areGood(b) & areGood(c) & areGood(d);
@@ -295,6 +307,7 @@ void readPlainText(Reader& reader, Tally& tally, uint32_t mostBad) {
     const ByteClass what = kClasses[*at];
     if (what == ByteClass::kGood) {
       const uint8_t* const singles = at;
+      at = passText(at, last);
       while (at < last && kClasses[*at] == ByteClass::kGood) ++at;
       good += static_cast<uint32_t>(at - singles);
     } else if (what == ByteClass::kBad || what == ByteClass::kLead) {
@@ -308,6 +321,70 @@ void readPlainText(Reader& reader, Tally& tally, uint32_t mostBad) {
   tally = {good, bad};
 }
 
+// ---- What encodings share
+
+// Whether four pairs are good in all these encodings; if not, how many are, from the
+// first on.
+bool areFourGood(const uint8_t* at, uint8_t encodings) {
+  const uint32_t all = kPairEncodings[pairAt(at)] & kPairEncodings[pairAt(at + 2)] &
+                       kPairEncodings[pairAt(at + 4)] & kPairEncodings[pairAt(at + 6)];
+  return (all & encodings) == encodings;
+}
+
+size_t goodOfThree(const uint8_t* at, uint8_t encodings) {
+  const auto isGood = [&](size_t i) -> size_t {
+    return (kPairEncodings[pairAt(at + 2 * i)] & encodings) == encodings;
+  };
+  const size_t two = isGood(0) & isGood(1);
+  return isGood(0) + two + (two & isGood(2));
+}
+
+// A CR, with the LF that may follow it, or an LF.
+const uint8_t* readLineEnd(const uint8_t* at, SharedRun& run) {
+  const bool isPair = at[0] == kCarriageReturn && at[1] == kLineFeed;
+  if (run.lineEnd == 0)
+    run.lineEnd = isPair ? KSV_TEXT_CRLF : *at == kLineFeed ? KSV_TEXT_LF : KSV_TEXT_CR;
+  run.good += isPair ? 2 : 1;
+  return at + (isPair ? 2 : 1);
+}
+
+// Text of many pairs and some ASCII changes between them unforeseeably, so what is read
+// is counted rather than branched on. Whatever is not as usual ends the run, the
+// last bytes of the chunk as well.
+void readShared(SharedRun& run, const uint8_t* from, const uint8_t* end) {
+  constexpr ptrdiff_t kMostInTurn = 2 * kBlock;
+  const uint8_t encodings = pairBits(run.encodings);
+  run.from = from;
+  const uint8_t* at = from;
+  uint32_t good = 0;
+  while (end - at > kMostInTurn) {
+    if (areFourGood(at, encodings)) {
+      at += kBlock;
+      good += 4;
+      continue;
+    }
+    const uint8_t* const before = at;
+    const size_t pairs = goodOfThree(at, encodings);
+    at += 2 * pairs;
+    const size_t singles = textBytes(blockAt(at));
+    at += singles;
+    good += static_cast<uint32_t>(pairs + singles);
+    if (*at == kLineFeed || *at == kCarriageReturn) at = readLineEnd(at, run);
+    if (at == before) break;
+  }
+  run.good += good;
+  run.to = at;
+}
+
+// Passes over what has been read for other encodings, or is read for them now.
+void passShared(SharedRun& run, Reader& reader, Candidate& candidate, Tally& tally) {
+  if (run.from == nullptr) readShared(run, reader.at, reader.end);
+  if (run.from != reader.at) return;
+  reader.at = run.to;
+  tally.good += run.good;
+  if (run.lineEnd != 0) candidate.noteLineEnd(run.lineEnd);
+}
+
 template <const ByteClasses& kClasses, class Pairs>
 int32_t scoreByteText(Candidate& candidate, const Chunk& chunk, size_t start) {
   Reader reader(chunk, start);
@@ -316,6 +393,8 @@ int32_t scoreByteText(Candidate& candidate, const Chunk& chunk, size_t start) {
     return readCharacter<kClasses, Pairs>(from, candidate, tally);
   };
   Step step = candidate.carry.count == 0 ? Step::kRead : resume(candidate.carry, reader, read);
+  if (step == Step::kRead && chunk.shared != nullptr && Pairs::isIn(chunk.shared->encodings))
+    passShared(*chunk.shared, reader, candidate, tally);
   const uint8_t* const endOfLeads = reader.endOfLeads(2);
   while (step == Step::kRead && reader.at < endOfLeads) {
     readPlainText<kClasses, Pairs>(reader, tally, candidate.mostBad);
