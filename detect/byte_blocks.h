@@ -23,15 +23,26 @@ constexpr uint64_t blockOf(const std::array<uint8_t, kBlock>& bytes) {
 
 constexpr uint64_t blockOf(uint8_t byte) { return uint64_t{byte} * 0x0101010101010101; }
 
+constexpr uint64_t kHighBits = blockOf(0x80);
+
+// How many high bits of a block are set that has no other bits.
+constexpr uint32_t highBits(uint64_t block) {
+  return static_cast<uint32_t>((block >> 7) * blockOf(1) >> 56);
+}
+
+// The high bit of every byte whose other bits, the high one left aside, come to at
+// least so much. No sum carries into the next byte.
+template <uint8_t kLeast>
+constexpr uint64_t bytesFrom(uint64_t block) {
+  static_assert(kLeast < 0x80);
+  return ((block & ~kHighBits) + blockOf(0x80 - kLeast)) & kHighBits;
+}
+
 // The high bit of every byte that does not lie between two ASCII characters.
 template <uint8_t kFirst, uint8_t kLast>
 uint64_t bytesOutside(uint64_t block) {
-  static_assert(kFirst <= kLast && kLast < 0x80);
-  constexpr uint64_t kHigh = blockOf(0x80);
-  const uint64_t low = block & ~kHigh;  // so that no sum carries into the next byte
-  const uint64_t tooHigh = block | (low + blockOf(0x7F - kLast));
-  const uint64_t highEnough = low + blockOf(0x80 - kFirst);
-  return (tooHigh | ~highEnough) & kHigh;
+  static_assert(kFirst <= kLast);
+  return (block | bytesFrom<kLast + 1>(block) | ~bytesFrom<kFirst>(block)) & kHighBits;
 }
 
 template <uint8_t kFirst, uint8_t kLast>

@@ -224,6 +224,22 @@ void readFixedCarriageReturn(Reader& reader, Candidate& candidate, Tally& tally)
   }
 }
 
+constexpr uint64_t kLeadsOfFour = blockOf({0x80, 0, 0x80, 0, 0x80, 0, 0x80, 0});
+
+// Reads on over pairs of a lead and a byte from A1 on: those of EUC-JP, which is what
+// looks most like this form.
+void readWidePairs(Reader& reader, Tally& tally) {
+  const uint8_t* at = reader.at;
+  while (reader.left() >= kBlock) {
+    const uint64_t block = blockAt(at);
+    const bool areHigh = (block & bytesFrom<0x21>(block) & kHighBits) == kHighBits;
+    if (!areHigh || (bytesFrom<0x75>(block) & kLeadsOfFour) != 0) break;
+    at += kBlock;
+    tally.good += 4;
+    reader.at = at;
+  }
+}
+
 Step readEucJpFix(Reader& reader, Candidate& candidate, Tally& tally) {
   const uint8_t first = reader.at[0];
   const uint8_t second = reader.at[1];
@@ -276,7 +292,7 @@ int32_t scoreUtf8(Candidate& candidate, const Chunk& chunk, size_t start) {
 int32_t scoreEucJpFix(Candidate& candidate, const Chunk& chunk, size_t start) {
   Reader reader(chunk, start);
   Tally tally;
-  while (reader.left() >= 2) {
+  for (readWidePairs(reader, tally); reader.left() >= 2; readWidePairs(reader, tally)) {
     if (readEucJpFix(reader, candidate, tally) == Step::kStopped) return candidate.score();
     if (tally.bad > candidate.mostBad) return 0;
   }
