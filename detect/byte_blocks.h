@@ -65,4 +65,18 @@ inline const uint8_t* passText(const uint8_t* at, const uint8_t* end) {
   return at;
 }
 
+// Whether three characters of three bytes each, in UTF-8, begin here, where more than a
+// block is left.
+inline bool areThreeThrees(const uint8_t* at) {
+  constexpr uint64_t kMask = blockOf({0xF0, 0xC0, 0xC0, 0xF0, 0xC0, 0xC0, 0xF0, 0xC0});
+  constexpr uint64_t kThrees = blockOf({0xE0, 0x80, 0x80, 0xE0, 0x80, 0x80, 0xE0, 0x80});
+  return (blockAt(at) & kMask) == kThrees && (at[kBlock] & 0xC0) == 0x80;
+}
+
+// Whether a block holds this byte.
+inline bool hasByte(uint64_t block, uint8_t byte) {
+  const uint64_t difference = block ^ blockOf(byte);
+  return ((difference | bytesFrom<1>(difference)) & kHighBits) != kHighBits;
+}
+
 }  // namespace ksv::detect

@@ -168,16 +168,11 @@ void readUtf8Sequence(Reader& reader, Tally& tally) {
   reader.at += length;
 }
 
-// Three characters of three bytes each, all of them but the last byte.
-constexpr uint64_t kThreeThreesMask = blockOf({0xF0, 0xC0, 0xC0, 0xF0, 0xC0, 0xC0, 0xF0, 0xC0});
-constexpr uint64_t kThreeThrees = blockOf({0xE0, 0x80, 0x80, 0xE0, 0x80, 0x80, 0xE0, 0x80});
-
 // Reads on over good characters, which most texts are made of.
 void readGoodUtf8(Reader& reader, Tally& tally, const uint8_t* endOfLeads) {
   const uint8_t* at = passText(reader.at, endOfLeads);
   tally.good += static_cast<uint32_t>(at - reader.at);
-  while (reader.end - at > static_cast<ptrdiff_t>(kBlock) &&
-         (blockAt(at) & kThreeThreesMask) == kThreeThrees && isContinuation(at[kBlock])) {
+  while (reader.end - at > static_cast<ptrdiff_t>(kBlock) && areThreeThrees(at)) {
     at += kBlock + 1;
     tally.good += 3;
   }
