@@ -207,28 +207,41 @@ constexpr PairEncodings makePairEncodings() {
 // smaller and takes twice the time, since the bit has to be shifted down.
 constinit const PairEncodings kPairEncodings = makePairEncodings();
 
-// What readers ask of pairs: in one of the encodings of the table, or by code.
+uint32_t pairAt(const uint8_t* at) { return unit16(at, true); }
+
+// Whether four pairs are good in all these encodings: no branch for each.
+bool areFourGood(const uint8_t* at, uint8_t encodings) {
+  const uint32_t all = kPairEncodings[pairAt(at)] & kPairEncodings[pairAt(at + 2)] &
+                       kPairEncodings[pairAt(at + 4)] & kPairEncodings[pairAt(at + 6)];
+  return (all & encodings) == encodings;
+}
+
+// How many of three pairs are good in them, from the first on.
+size_t goodOfThree(const uint8_t* at, uint8_t encodings) {
+  const auto isGood = [&](size_t i) -> size_t {
+    return (kPairEncodings[pairAt(at + 2 * i)] & encodings) == encodings;
+  };
+  const size_t two = isGood(0) & isGood(1);
+  return isGood(0) + two + (two & isGood(2));
+}
+
+// What a scorer asks of pairs: in one of the encodings of the table, or by code.
 template <PairEncoding kEncoding>
 struct PairsOf {
-  static constexpr bool isIn(uint32_t encodings) { return (pairBits(encodings) & kEncoding) != 0; }
-  static bool areGood(uint32_t code) { return (kPairEncodings[code] & kEncoding) != 0; }
-  static bool areGood(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
-    return (kPairEncodings[a] & kPairEncodings[b] & kPairEncodings[c] & kPairEncodings[d] &
-            kEncoding) != 0;
-  }
+  static bool areIn(uint32_t encodings) { return (pairBits(encodings) & kEncoding) != 0; }
+  static bool isGood(const uint8_t* at) { return (kPairEncodings[pairAt(at)] & kEncoding) != 0; }
+  static bool areFourGood(const uint8_t* at) { return detect::areFourGood(at, kEncoding); }
 };
 
 struct PairsByCode {
-  static constexpr bool isIn(uint32_t) { return false; }
-  static bool areGood(uint32_t code) { return kShiftJisCodes.contains(code); }
-  static bool areGood(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
-    return areGood(a) & areGood(b) & areGood(c) & areGood(d);
+  static bool areIn(uint32_t) { return false; }
+  static bool isGood(const uint8_t* at) { return kShiftJisCodes.contains(pairAt(at)); }
+  static bool areFourGood(const uint8_t* at) {
+    return isGood(at) & isGood(at + 2) & isGood(at + 4) & isGood(at + 6);
   }
 };
 
 // ---- Reading
-
-uint32_t pairAt(const uint8_t* at) { return unit16(at, true); }
 
 void count(Tally& tally, bool isGood) {
   tally.good += isGood;
@@ -251,7 +264,7 @@ Step readThree(Reader& reader, Tally& tally) {
 template <class Pairs>
 Step readPair(Reader& reader, Tally& tally, ByteClass lead) {
   if (reader.left() < 2) return Step::kCut;
-  const bool isGood = Pairs::areGood(pairAt(reader.at));
+  const bool isGood = Pairs::isGood(reader.at);
   count(tally, isGood);
   reader.at += !isGood && lead == ByteClass::kLeadBeforeLead ? 1 : 2;
   return Step::kRead;
@@ -283,11 +296,8 @@ Step readCharacter(Reader& reader, Candidate& candidate, Tally& tally) {
 // The end of the good pairs from at on; last is where none can begin any more.
 template <class Pairs>
 const uint8_t* passGoodPairs(const uint8_t* at, const uint8_t* last) {
-  while (last - at > 6 &&
-         Pairs::areGood(pairAt(at), pairAt(at + 2), pairAt(at + 4), pairAt(at + 6))) {
-    at += 8;
-  }
-  while (at < last && Pairs::areGood(pairAt(at))) at += 2;
+  while (last - at >= static_cast<ptrdiff_t>(kBlock) && Pairs::areFourGood(at)) at += kBlock;
+  while (at < last && Pairs::isGood(at)) at += 2;
   return at;
 }
 
@@ -323,24 +333,12 @@ void readPlainText(Reader& reader, Tally& tally, uint32_t mostBad) {
 
 // ---- What encodings share
 
-// Whether four pairs are good in all these encodings; if not, how many are, from the
-// first on.
-bool areFourGood(const uint8_t* at, uint8_t encodings) {
-  const uint32_t all = kPairEncodings[pairAt(at)] & kPairEncodings[pairAt(at + 2)] &
-                       kPairEncodings[pairAt(at + 4)] & kPairEncodings[pairAt(at + 6)];
-  return (all & encodings) == encodings;
-}
-
-size_t goodOfThree(const uint8_t* at, uint8_t encodings) {
-  const auto isGood = [&](size_t i) -> size_t {
-    return (kPairEncodings[pairAt(at + 2 * i)] & encodings) == encodings;
-  };
-  const size_t two = isGood(0) & isGood(1);
-  return isGood(0) + two + (two & isGood(2));
-}
-
-// A CR, with the LF that may follow it, or an LF.
-const uint8_t* readLineEnd(const uint8_t* at, SharedRun& run) {
+// A tab, an LF, or a CR with the LF that may follow it.
+const uint8_t* readControl(const uint8_t* at, SharedRun& run) {
+  if (*at == '\t') {
+    ++run.good;
+    return at + 1;
+  }
   const bool isPair = at[0] == kCarriageReturn && at[1] == kLineFeed;
   if (run.lineEnd == 0)
     run.lineEnd = isPair ? KSV_TEXT_CRLF : *at == kLineFeed ? KSV_TEXT_LF : KSV_TEXT_CR;
@@ -369,7 +367,7 @@ void readShared(SharedRun& run, const uint8_t* from, const uint8_t* end) {
     const size_t singles = textBytes(blockAt(at));
     at += singles;
     good += static_cast<uint32_t>(pairs + singles);
-    if (*at == kLineFeed || *at == kCarriageReturn) at = readLineEnd(at, run);
+    if (*at == kLineFeed || *at == kCarriageReturn || *at == '\t') at = readControl(at, run);
     if (at == before) break;
   }
   run.good += good;
@@ -393,7 +391,7 @@ int32_t scoreByteText(Candidate& candidate, const Chunk& chunk, size_t start) {
     return readCharacter<kClasses, Pairs>(from, candidate, tally);
   };
   Step step = candidate.carry.count == 0 ? Step::kRead : resume(candidate.carry, reader, read);
-  if (step == Step::kRead && chunk.shared != nullptr && Pairs::isIn(chunk.shared->encodings))
+  if (step == Step::kRead && chunk.shared != nullptr && Pairs::areIn(chunk.shared->encodings))
     passShared(*chunk.shared, reader, candidate, tally);
   const uint8_t* const endOfLeads = reader.endOfLeads(2);
   while (step == Step::kRead && reader.at < endOfLeads) {

@@ -12,18 +12,6 @@ namespace {
 constexpr uint32_t kLineSeparator = 0x2028;
 constexpr uint32_t kParagraphSeparator = 0x2029;
 
-// What a line end does is looked at behind the characters that need no look.
-constexpr CodeRange kRowEndRanges[] = {
-    {kLineFeed, kLineFeed},
-    {kCarriageReturn, kCarriageReturn},
-    {kLineSeparator, kParagraphSeparator},
-};
-constexpr CodeSet kRowEnds{kRowEndRanges};
-
-bool isPlain(uint32_t unit) {
-  return kAssignedCharacters.contains(unit) && !kRowEnds.contains(unit);
-}
-
 // An accepted unit other than CR that is no plain one.
 void readRowEnd(uint32_t unit, Candidate& candidate, Tally& tally) {
   ++tally.good;
@@ -43,13 +31,20 @@ void readBehindCarriageReturn(bool isLineFeed, bool isAccepted, Candidate& candi
 
 // ---- UTF-16
 
+// Reads on over characters that need no second look.
+template <bool kBigEndian>
+void readPlainUtf16(Reader& reader, Tally& tally) {
+  const uint8_t* at = reader.at;
+  while (reader.end - at >= 2 && kPlainCharacters.contains(unit16(at, kBigEndian))) at += 2;
+  tally.good += static_cast<uint32_t>(at - reader.at) / 2;
+  reader.at = at;
+}
+
 template <bool kBigEndian>
 void readUtf16(Reader& reader, Candidate& candidate, Tally& tally) {
   const uint32_t unit = unit16(reader.at, kBigEndian);
   reader.at += 2;
-  if (isPlain(unit)) {
-    ++tally.good;
-  } else if (unit == kCarriageReturn) {
+  if (unit == kCarriageReturn) {
     ++tally.good;
     if (reader.left() >= 2) {
       const uint32_t next = unit16(reader.at, kBigEndian);
@@ -78,6 +73,7 @@ int32_t scoreUtf16(Candidate& candidate, const Chunk& chunk, size_t start) {
   while (reader.left() >= 2) {
     readUtf16<kBigEndian>(reader, candidate, tally);
     if (tally.bad > candidate.mostBad) return 0;
+    readPlainUtf16<kBigEndian>(reader, tally);
   }
   // An odd last byte is read as well. It takes the good characters of its chunk with
   // it and leaves the bad ones.
