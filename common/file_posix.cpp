@@ -1,5 +1,6 @@
 // Files and directories of a POSIX system.
 #include <dirent.h>
+#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -17,6 +18,14 @@ static_assert(S_IFMT == kFileTypeMask && S_IFREG == kRegularFile && S_IFDIR == k
 namespace {
 
 constexpr char kUniqueSuffix[] = ".tmp";
+constexpr int kNotOpen = -1;
+
+// What is no regular file may have an end all the same: a disk has.
+int64_t sizeOf(int file, const struct stat& status) {
+  if (S_ISREG(status.st_mode)) return status.st_size;
+  const off_t size = lseek(file, 0, SEEK_END);
+  return lseek(file, 0, SEEK_SET) == 0 ? size : -1;
+}
 
 void copyStatus(const struct stat& from, FileStatus& to) {
   to.device = from.st_dev;
@@ -46,6 +55,31 @@ std::FILE* openFile(const char* path, const char* mode) {
   if (fstat(fileno(stream), &status) == 0 && !S_ISDIR(status.st_mode)) return stream;
   fclose(stream);
   return nullptr;
+}
+
+InputFile::InputFile(const char* path) : handle_(open(path, O_RDONLY | O_CLOEXEC)) {
+  const int file = static_cast<int>(handle_);
+  struct stat status;
+  if (file != kNotOpen && fstat(file, &status) == 0 && !S_ISDIR(status.st_mode))
+    size_ = sizeOf(file, status);
+}
+
+InputFile::~InputFile() {
+  if (handle_ != kNotOpen) close(static_cast<int>(handle_));
+}
+
+size_t InputFile::read(void* buffer, size_t count) {
+  size_t total = 0;
+  while (total < count) {
+    const ssize_t came =
+        ::read(static_cast<int>(handle_), static_cast<char*>(buffer) + total, count - total);
+    if (came > 0) {
+      total += static_cast<size_t>(came);
+    } else if (came == 0 || errno != EINTR) {
+      break;
+    }
+  }
+  return total;
 }
 
 int seekFile(std::FILE* stream, int64_t offset, int origin) {

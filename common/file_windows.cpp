@@ -1,6 +1,7 @@
 // Files and directories of Windows.
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
@@ -107,6 +108,37 @@ std::FILE* openFile(const char* path, const char* mode) {
   const WideText widePath(path);
   const WideText wideMode(mode);
   return widePath && wideMode ? _wfopen(widePath.get(), wideMode.get()) : nullptr;
+}
+
+// Shared with writers, as the C runtime's streams are.
+InputFile::InputFile(const char* path) : handle_(0) {
+  const WideText wide(path);
+  if (!wide) return;
+  Handle file(CreateFileW(wide.get(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  LARGE_INTEGER size;
+  if (!file || GetFileType(file.get()) != FILE_TYPE_DISK || !GetFileSizeEx(file.get(), &size))
+    return;
+  size_ = size.QuadPart;
+  handle_ = reinterpret_cast<intptr_t>(file.release());
+}
+
+InputFile::~InputFile() { const Handle file(reinterpret_cast<HANDLE>(handle_)); }
+
+size_t InputFile::read(void* buffer, size_t count) {
+  constexpr size_t kMostAtOnce = size_t{1} << 30;
+  size_t total = 0;
+  while (total < count) {
+    const auto wanted = static_cast<DWORD>(std::min(count - total, kMostAtOnce));
+    DWORD came = 0;
+    if (!ReadFile(reinterpret_cast<HANDLE>(handle_), static_cast<char*>(buffer) + total, wanted,
+                  &came, nullptr) ||
+        came == 0) {
+      break;
+    }
+    total += came;
+  }
+  return total;
 }
 
 int seekFile(std::FILE* stream, int64_t offset, int origin) {

@@ -23,6 +23,8 @@ class Handle {
 
   explicit operator bool() const { return handle_ != nullptr; }
   HANDLE get() const { return handle_; }
+  // Leaves closing it to the caller.
+  HANDLE release() { return std::exchange(handle_, nullptr); }
 
  private:
   HANDLE handle_;

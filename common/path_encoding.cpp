@@ -84,6 +84,12 @@ char32_t decodeUtf8(std::string_view& text) {
 std::optional<size_t> utf16Length(std::string_view text) {
   size_t units = 0;
   while (!text.empty()) {
+    const auto first = static_cast<unsigned char>(text[0]);
+    if (first < 0x80) {  // as most of most paths are
+      text.remove_prefix(1);
+      ++units;
+      continue;
+    }
     const char32_t character = decodeUtf8(text);
     if (character == kIllFormed) return std::nullopt;
     units += character < 0x10000 ? 1 : 2;

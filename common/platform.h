@@ -54,6 +54,29 @@ class ReplacementFile {
   virtual bool commit() = 0;
 };
 
+// A file that is read from its beginning, without the buffer and the lock of a
+// stream: for those who read large pieces, or very many files.
+class InputFile {
+ public:
+  // Not open afterwards when there is nothing to be read at path, or a directory.
+  explicit InputFile(const char* path);
+  ~InputFile();
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+
+  // In bytes, when the file was opened; -1 of one that is not open, and of what has
+  // no end that could be looked for, such as a pipe.
+  int64_t size() const { return size_; }
+
+  // Reads on and returns how many bytes came: fewer than count only where the file
+  // ends or the system refuses.
+  size_t read(void* buffer, size_t count);
+
+ private:
+  intptr_t handle_;
+  int64_t size_ = -1;
+};
+
 // Looks the setting up where this system keeps settings and copies its value,
 // terminator included, into buffer. False when it is not set or does not fit:
 // buffer is the empty string then. A directory ends in a separator.

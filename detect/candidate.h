@@ -16,17 +16,33 @@ constexpr bool isBetween(uint32_t value, uint32_t first, uint32_t last) {
   return value >= first && value <= last;
 }
 
-constexpr bool isPrintable(uint8_t byte) { return isBetween(byte, 0x21, 0x7E); }
+constexpr uint8_t kFirstPrintable = 0x21;
+constexpr uint8_t kLastPrintable = 0x7E;
+
+constexpr bool isPrintable(uint8_t byte) {
+  return isBetween(byte, kFirstPrintable, kLastPrintable);
+}
 
 constexpr uint32_t unit16(const uint8_t* at, bool bigEndian) {
   return bigEndian ? uint32_t{at[0]} << 8 | at[1] : uint32_t{at[1]} << 8 | at[0];
 }
 
+// What several encodings read alike in a chunk, from the place where the first of them
+// came by: so it is read once.
+struct SharedRun {
+  uint32_t encodings = 0;  // KSV_TEXT_ bits of those that share it
+  const uint8_t* from = nullptr;
+  const uint8_t* to = nullptr;
+  uint32_t good = 0;  // all characters are
+  uint32_t lineEnd = 0;
+};
+
 // A piece of a file. It is read in place.
 struct Chunk {
   const uint8_t* data = nullptr;
   size_t length = 0;
-  bool moreFollows = false;  // the file goes on behind it
+  bool moreFollows = false;     // the file goes on behind it
+  SharedRun* shared = nullptr;  // where scorers of pairs may look and leave what they read
 };
 
 // The bytes of a character that the end of a chunk has cut, for the next one.

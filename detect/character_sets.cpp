@@ -43,6 +43,8 @@ constexpr CodeRange kAssignedRanges[] = {
     {0xFFFD, 0xFFFF},
 };
 
+constexpr CodeRange kLineEndRanges[] = {{0x000A, 0x000A}, {0x000D, 0x000D}, {0x2028, 0x2029}};
+
 constexpr CodeRange kShiftJisRanges[] = {
     {0x8140, 0x81AC}, {0x81B8, 0x81BF}, {0x81C8, 0x81CE}, {0x81DA, 0x81E8}, {0x81F0, 0x81F7},
     {0x81FC, 0x81FC}, {0x824F, 0x8258}, {0x8260, 0x8279}, {0x8281, 0x829A}, {0x829F, 0x82F1},
@@ -70,6 +72,8 @@ constexpr CodeRange kCheckedRanges[] = {
 }  // namespace
 
 constinit const CodeSet kAssignedCharacters{kAssignedRanges};
+constinit const CodeSet kPlainCharacters =
+    CodeSet(kAssignedRanges).without(CodeSet(kLineEndRanges));
 constinit const CodeSet kShiftJisCodes{kShiftJisRanges};
 constinit const CodeSet kCheckedCharacters{kCheckedRanges};
 

@@ -10,6 +10,9 @@ namespace ksv::detect {
 // a larger one would let more of other encodings pass.
 extern const CodeSet kAssignedCharacters;
 
+// Those of the first set that no line end and no separator begins with.
+extern const CodeSet kPlainCharacters;
+
 // The codes, lead * 256 + trail, that Shift_JIS fills. Bounds on the whole code: a
 // trail byte that no code has is accepted inside them.
 extern const CodeSet kShiftJisCodes;

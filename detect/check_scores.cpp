@@ -1,5 +1,6 @@
 #include "detect/check_scores.h"
 
+#include "detect/byte_blocks.h"
 #include "detect/candidate.h"
 #include "detect/character_sets.h"
 
@@ -19,6 +20,8 @@ class Count {
     good_ += isGood;
     bad_ += !isGood;
   }
+  void addGood(size_t units) { good_ += static_cast<uint32_t>(units); }
+  bool isMoreThan(uint32_t mostBad) const { return bad_ > mostBad; }
   int32_t score() const {
     if (good_ == 0) return 0;
     return static_cast<int32_t>(good_ * kFullScore / (good_ + bad_));
@@ -43,6 +46,20 @@ Mode modeBehind(uint8_t second, uint8_t third) {
 bool isGoodSingle(uint8_t byte, Mode mode) {
   if (mode == Mode::kUnknown) return false;
   return isBlank(byte) || (mode == Mode::kKatakana ? isKatakana(byte) : isPrintable(byte));
+}
+
+// Passes over blocks of good pairs, or of good single bytes.
+const uint8_t* passGood7Bit(const uint8_t* at, const uint8_t* end, Mode mode, Count& count) {
+  if (mode == Mode::kSingle) {
+    const uint8_t* const behind = passText(at, end);
+    count.addGood(static_cast<size_t>(behind - at));
+    return behind;
+  }
+  for (; end - at >= static_cast<ptrdiff_t>(kBlock); at += kBlock) {
+    if (!areBetween<kFirstPrintable, kLastPrintable>(blockAt(at))) break;
+    count.addGood(kBlock / 2);
+  }
+  return at;
 }
 
 // ---- UTF-8
@@ -74,6 +91,18 @@ uint32_t utf8Value(const uint8_t* at, const Utf8Form& form) {
   uint32_t value = at[0] & form.leadBits;
   for (size_t i = 1; i <= form.more; ++i) value = value << 6 | (at[i] & 0x3Fu);
   return value;
+}
+
+// Characters of three bytes come in runs. What E0 begins may be too small a value.
+const uint8_t* passThrees(const uint8_t* at, const uint8_t* end, Count& count, Utf8Score& result) {
+  constexpr uint32_t kCharacters = 3;
+  while (end - at > static_cast<ptrdiff_t>(kBlock) && areThreeThrees(at) && at[0] != 0xE0 &&
+         at[3] != 0xE0 && at[6] != 0xE0) {
+    at += kBlock + 1;
+    count.addGood(kCharacters);
+    result.multibyte += kCharacters;
+  }
+  return at;
 }
 
 // ---- UTF-16 and UCS-4
@@ -114,6 +143,8 @@ int32_t checkIso2022Jp(const CheckedText& text) {
   const uint8_t* at = text.data;
   const uint8_t* const end = text.data + text.length;
   while (at < end) {
+    if (mode == Mode::kSingle || mode == Mode::kPairs) at = passGood7Bit(at, end, mode, count);
+    if (at == end) break;
     if (*at == kEscape) {
       if (end - at < 3) break;
       const bool hasFour = at[1] == '$' && at[2] == '(';
@@ -140,7 +171,7 @@ int32_t checkEucJp(const CheckedText& text) {
   const uint8_t* const end = text.data + text.length;
   while (at < end) {
     const uint8_t lead = *at;
-    if (lead == 0 || lead == kEscape) return 0;
+    if (lead == 0 || lead == kEscape || count.isMoreThan(text.mostBad)) return 0;
     if (lead != 0x8E && lead != 0x8F && !isKatakana(lead)) {
       count.add(isPlain(lead));
       ++at;
@@ -178,9 +209,13 @@ Utf8Score checkUtf8(const CheckedText& text) {
   Count count;
   const uint8_t* at = text.data;
   const uint8_t* const end = text.data + text.length;
-  while (at < end) {
+  for (;;) {
+    const uint8_t* const behindText = passText(at, end);
+    count.addGood(static_cast<size_t>(behindText - at));
+    at = passThrees(behindText, end, count, result);
+    if (at == end) break;
     const uint8_t lead = *at;
-    if (lead == 0 || lead == kEscape) return {};
+    if (lead == 0 || lead == kEscape || count.isMoreThan(text.mostBad)) return {};
     if (lead < 0xC0 || lead >= 0xFE) {
       if (lead < 0xFE) count.add(isPlain(lead));
       ++at;
@@ -211,7 +246,7 @@ Windows31jScore checkWindows31j(const CheckedText& text) {
       continue;
     }
     const uint8_t byte = *at++;
-    if (byte == 0 || byte == kEscape || byte == 0x7F) return {};
+    if (byte == 0 || byte == kEscape || byte == 0x7F || count.isMoreThan(text.mostBad)) return {};
     count.add(isPlain(byte) || isKatakana(byte));
     result.high += byte > 0x9F;
   }

@@ -14,6 +14,8 @@ constexpr int32_t kFullScore = 10000;
 struct CheckedText {
   const uint8_t* data;
   size_t length;
+  // A score of bytes may be given up, as 0, where more units than that are bad.
+  uint32_t mostBad = UINT32_MAX;
 };
 
 struct Utf8Score {

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <optional>
 
+#include "detect/byte_blocks.h"
 #include "detect/candidate.h"
 #include "detect/check_scores.h"
 #include "ksv_cconv.h"
@@ -17,6 +18,7 @@ constexpr char kUtf8[] = "UTF-8";
 constexpr char kUtf16[] = "UTF-16";
 constexpr char kUcs2[] = "ISO-10646-UCS-2";
 constexpr char kUcs4[] = "ISO-10646-UCS-4";
+constexpr char kEucJp[] = "EUC-JP";
 constexpr char kEucJpFix[] = "EUC-JP-FIX";
 constexpr char kIso2022Jp[] = "ISO-2022-JP";
 constexpr char kAscii[] = "ISO-646IRV";
@@ -191,6 +193,24 @@ struct Scores {
   OrderedScore ucs4;
 };
 
+void nameWindows31j(EncodingCheckRecord& record, const Windows31jScore& score) {
+  if (score.doubleByte >= 1) {
+    setName(record, "WINDOWS31J");
+  } else if (score.high >= 1) {
+    setName(record, "ISO-8859-1");
+  } else {
+    setName(record, kAscii);
+  }
+}
+
+void nameUtf8(EncodingCheckRecord& record, const Utf8Score& score) {
+  if (score.multibyte >= 1) {
+    setName(record, kUtf8);
+  } else {
+    setName(record, kAscii);
+  }
+}
+
 // Whether a name is settled by the scores above a threshold. The rules are asked in
 // this order; they are not symmetrical.
 bool nameAbove(EncodingCheckRecord& record, const Scores& scores, int32_t threshold) {
@@ -204,7 +224,7 @@ bool nameAbove(EncodingCheckRecord& record, const Scores& scores, int32_t thresh
   if (fix > threshold && fix > std::max({utf8, euc, utf16, ucs4, sjis})) {
     setName(record, kEucJpFix);
   } else if (euc > threshold && euc >= fix && euc > std::max({utf8, utf16, ucs4, sjis})) {
-    setName(record, "EUC-JP");
+    setName(record, kEucJp);
   } else if (utf16 > threshold && utf16 >= fix && utf16 > std::max({utf8, euc, ucs4, sjis})) {
     setName(record, kUtf16);
     record.bigEndian = scores.utf16.isBigEndian;
@@ -213,21 +233,32 @@ bool nameAbove(EncodingCheckRecord& record, const Scores& scores, int32_t thresh
     record.bigEndian = scores.ucs4.isBigEndian;
   } else if (sjis > threshold && sjis >= std::max({fix, euc, utf16}) &&
              sjis > std::max(utf8, ucs4)) {
-    if (scores.windows31j.doubleByte >= 1) {
-      setName(record, "WINDOWS31J");
-    } else if (scores.windows31j.high >= 1) {
-      setName(record, "ISO-8859-1");
-    } else {
-      setName(record, kAscii);
-    }
+    nameWindows31j(record, scores.windows31j);
   } else if (utf8 <= threshold ||
              utf8 < std::max({fix, euc, utf16, ucs4, sjis, scores.iso2022Jp})) {
     if (scores.iso2022Jp <= threshold) return false;
     setName(record, kIso2022Jp);
-  } else if (scores.utf8.multibyte >= 1) {
-    setName(record, kUtf8);
   } else {
-    setName(record, kAscii);
+    nameUtf8(record, scores.utf8);
+  }
+  return true;
+}
+
+// A full score settles the name by the rules above: UTF-8 before all others, since they
+// have to be above it; then Windows-31J, which need not be above EUC-JP. UTF-16 and UCS-4
+// would have to be full as well to come before these two, and then hold zero bytes, which
+// are good in neither. So most texts take one score, and those before it are given up at
+// their first bad unit. False: all scores are needed.
+bool nameFlawless(EncodingCheckRecord& record, const CheckedText& text) {
+  const CheckedText trial = {text.data, text.length, 0};
+  if (const Utf8Score utf8 = checkUtf8(trial); utf8.score == kFullScore) {
+    nameUtf8(record, utf8);
+  } else if (const Windows31jScore score = checkWindows31j(trial); score.score == kFullScore) {
+    nameWindows31j(record, score);
+  } else if (checkEucJp(trial) == kFullScore) {
+    setName(record, kEucJp);
+  } else {
+    return false;
   }
   return true;
 }
@@ -235,6 +266,7 @@ bool nameAbove(EncodingCheckRecord& record, const Scores& scores, int32_t thresh
 void nameAfterScores(EncodingCheckRecord& record, const CheckedText& text) {
   constexpr int32_t kLowestThreshold = 7000;
   constexpr int32_t kThresholdStep = 100;
+  if (nameFlawless(record, text)) return;
   const Scores scores(text);
   for (int32_t threshold = kFullScore; threshold >= kLowestThreshold; threshold -= kThresholdStep) {
     if (nameAbove(record, scores, threshold)) return;
@@ -271,12 +303,26 @@ Units unitsOf(const EncodingCheckRecord& record, size_t width) {
   return {width, bigEndian};
 }
 
+// Passes over blocks of bytes that are nothing to line ends, and with them over the one
+// before. A byte is left where there was one.
+size_t passPlainBytes(const CheckedText& text, size_t from, uint32_t& previous) {
+  if (previous == kCarriageReturn || previous == kLineFeed || previous == 0xE2) return from;
+  size_t i = from;
+  for (; i + kBlock < text.length; i += kBlock) {
+    const uint64_t block = blockAt(text.data + i);
+    if (hasByte(block, kLineFeed) || hasByte(block, kCarriageReturn) || hasByte(block, 0xE2)) break;
+    previous = 0;
+  }
+  return i;
+}
+
 // A line end is told when the unit behind it is read: one that ends the text is not
 // counted, the unit behind a lone CR or LF is used up, and LF CR is a pair, too.
 LineEndCounts countLineEnds(const CheckedText& text, const Units& units) {
   LineEndCounts counts;
   uint32_t previous = 0;
   for (size_t i = 0; i + units.width <= text.length;) {
+    if (units.width == 1) i = passPlainBytes(text, i, previous);
     const uint32_t unit = unitAt(text.data + i, units.width, units.bigEndian);
     i += units.width;
     if (previous == kCarriageReturn || previous == kLineFeed) {

@@ -1,4 +1,5 @@
 // The scorer of ISO-2022-JP.
+#include "detect/byte_blocks.h"
 #include "detect/scorers.h"
 
 namespace ksv::detect {
@@ -49,10 +50,33 @@ bool isGoodSingle(uint8_t byte, Mode mode) {
   return isLetter || byte == ' ' || byte == '\t';
 }
 
+// Reads on over good pairs, which come in runs.
+void readGoodPairs(Reader& reader, Tally& tally, const uint8_t* endOfLeads) {
+  const uint8_t* at = reader.at;
+  while (endOfLeads - at >= static_cast<ptrdiff_t>(kBlock) &&
+         areBetween<kFirstPrintable, kLastPrintable>(blockAt(at))) {
+    at += kBlock;
+  }
+  tally.good += static_cast<uint32_t>(at - reader.at) / 2;
+  reader.at = at;
+}
+
+// Passes over blocks without control characters and counts what is good in Roman. Text
+// of other encodings is read to its end, too, for its line ends.
+const uint8_t* countBlocks(const uint8_t* at, const uint8_t* endOfLeads, uint32_t& good) {
+  for (; endOfLeads - at >= static_cast<ptrdiff_t>(kBlock); at += kBlock) {
+    const uint64_t block = blockAt(at);
+    if (((block | bytesFrom<' '>(block)) & kHighBits) != kHighBits) break;
+    good += highBits(bytesOutside<' ', '~'>(block) ^ kHighBits);
+  }
+  return at;
+}
+
 // Reads on, in the modes of one byte, to what is more than a byte.
 void readSingles(Reader& reader, Mode mode, Tally& tally, const uint8_t* endOfLeads) {
-  const uint8_t* at = reader.at;
   uint32_t good = 0;
+  const uint8_t* at = reader.at;
+  if (mode == Mode::kSingle) at = countBlocks(at, endOfLeads, good);
   for (; at < endOfLeads; ++at) {
     const uint8_t byte = *at;
     if (byte == kEscape || byte == kCarriageReturn || byte == kLineFeed) break;
@@ -117,6 +141,7 @@ int32_t scoreIso2022Jp(Candidate& candidate, const Chunk& chunk, size_t start) {
   }
   const uint8_t* const endOfLeads = reader.endOfLeads(3);
   while (step == Step::kRead && reader.at < endOfLeads) {
+    if (mode == Mode::kPairs) readGoodPairs(reader, tally, endOfLeads);
     if (mode == Mode::kSingle || mode == Mode::kKatakana)
       readSingles(reader, mode, tally, endOfLeads);
     if (tally.bad > candidate.mostBad) return 0;

@@ -1,16 +1,15 @@
 // dtctText: reads a file piece by piece until its encoding is settled.
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <limits>
-#include <memory>
 
 #include "common/guard.h"
+#include "common/path_encoding.h"
+#include "common/platform.h"
 #include "detect/language.h"
 #include "detect/text_race.h"
 #include "ksv_detect.h"
-#include "ksv_file.h"
 
 namespace ksv::detect {
 namespace {
@@ -22,17 +21,13 @@ constexpr uint32_t kMostRead = 4 * 1024 * 1024;  // behind it no further chunk i
 // the others many chunks are read at once.
 constexpr uint32_t kBlockSize = 16 * kChunkSize;
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { KSV_FileClose(file); }
-};
-
 // A file as chunks, read one behind the other. Its size is taken once.
 class ChunkReader {
  public:
-  ChunkReader(std::FILE* file, int64_t size)
+  explicit ChunkReader(platform::InputFile& file)
       : file_(file),
-        size_(
-            static_cast<uint32_t>(std::min<int64_t>(size, std::numeric_limits<uint32_t>::max()))) {}
+        size_(static_cast<uint32_t>(
+            std::min<int64_t>(file.size(), std::numeric_limits<uint32_t>::max()))) {}
 
   bool hasMore() const { return offset_ < size_; }
   bool hasReadMost() const { return offset_ > kMostRead; }
@@ -51,11 +46,11 @@ class ChunkReader {
   void fill() {
     held_ = std::min(size_ - offset_, offset_ == 0 ? kChunkSize : kBlockSize);
     next_ = 0;
-    const int32_t count = KSV_FileRead(buffer_, 1, static_cast<int32_t>(held_), file_);
-    std::memset(buffer_ + count, 0, held_ - static_cast<uint32_t>(count));
+    const size_t count = file_.read(buffer_, held_);
+    std::memset(buffer_ + count, 0, held_ - count);
   }
 
-  std::FILE* file_;
+  platform::InputFile& file_;
   const uint32_t size_;
   uint32_t offset_ = 0;
   uint32_t next_ = 0;
@@ -72,12 +67,10 @@ uint32_t detectText(ChunkReader& reader, Preference preference) {
 }
 
 uint32_t detectFile(const char* path, const char* language) {
-  const std::unique_ptr<std::FILE, CloseFile> file(KSV_FileOpen(path, "rb"));
-  // What is read goes where it is scored; a buffer between costs as much as the scoring.
-  if (file) std::setvbuf(file.get(), nullptr, _IONBF, 0);
-  const int64_t size = file ? KSV_FileTellSize(file.get()) : 0;
-  if (size <= 0) return KSV_TEXT_FAILURE;
-  ChunkReader reader(file.get(), size);
+  if (path == nullptr || !isUsablePath(path)) return KSV_TEXT_FAILURE;
+  platform::InputFile file(path);
+  if (file.size() <= 0) return KSV_TEXT_FAILURE;
+  ChunkReader reader(file);
   return detectText(reader, preferenceFor(language));
 }
 

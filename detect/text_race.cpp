@@ -210,6 +210,9 @@ bool TextRace::narrowToTies() {
 
 bool TextRace::decide(const Chunk& chunk) {
   chunk_ = chunk;
+  // Those of a tie mostly read a chunk alike; in the first one they do not.
+  shared_ = {.encodings = enabled_};
+  if (!isFirstChunk_) chunk_.shared = &shared_;
   for (Runner& runner : runners_) runner.score = kUnknownScore;
   const Encoding winner = findWinner();
   bool isSettled = true;

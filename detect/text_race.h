@@ -72,6 +72,7 @@ class TextRace {
   const Preference preference_;
   std::array<Runner, kEncodings> runners_;
   Chunk chunk_;
+  SharedRun shared_;
   bool isFirstChunk_ = true;
   uint32_t enabled_ = KSV_TEXT_ENCODINGS;
   uint32_t detected_ = 0;

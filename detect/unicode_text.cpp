@@ -2,6 +2,7 @@
 // bytes as well.
 #include <bit>
 
+#include "detect/byte_blocks.h"
 #include "detect/character_sets.h"
 #include "detect/scorers.h"
 
@@ -10,18 +11,6 @@ namespace {
 
 constexpr uint32_t kLineSeparator = 0x2028;
 constexpr uint32_t kParagraphSeparator = 0x2029;
-
-// What a line end does is looked at behind the characters that need no look.
-constexpr CodeRange kRowEndRanges[] = {
-    {kLineFeed, kLineFeed},
-    {kCarriageReturn, kCarriageReturn},
-    {kLineSeparator, kParagraphSeparator},
-};
-constexpr CodeSet kRowEnds{kRowEndRanges};
-
-bool isPlain(uint32_t unit) {
-  return kAssignedCharacters.contains(unit) && !kRowEnds.contains(unit);
-}
 
 // An accepted unit other than CR that is no plain one.
 void readRowEnd(uint32_t unit, Candidate& candidate, Tally& tally) {
@@ -42,13 +31,20 @@ void readBehindCarriageReturn(bool isLineFeed, bool isAccepted, Candidate& candi
 
 // ---- UTF-16
 
+// Reads on over characters that need no second look.
+template <bool kBigEndian>
+void readPlainUtf16(Reader& reader, Tally& tally) {
+  const uint8_t* at = reader.at;
+  while (reader.end - at >= 2 && kPlainCharacters.contains(unit16(at, kBigEndian))) at += 2;
+  tally.good += static_cast<uint32_t>(at - reader.at) / 2;
+  reader.at = at;
+}
+
 template <bool kBigEndian>
 void readUtf16(Reader& reader, Candidate& candidate, Tally& tally) {
   const uint32_t unit = unit16(reader.at, kBigEndian);
   reader.at += 2;
-  if (isPlain(unit)) {
-    ++tally.good;
-  } else if (unit == kCarriageReturn) {
+  if (unit == kCarriageReturn) {
     ++tally.good;
     if (reader.left() >= 2) {
       const uint32_t next = unit16(reader.at, kBigEndian);
@@ -77,6 +73,7 @@ int32_t scoreUtf16(Candidate& candidate, const Chunk& chunk, size_t start) {
   while (reader.left() >= 2) {
     readUtf16<kBigEndian>(reader, candidate, tally);
     if (tally.bad > candidate.mostBad) return 0;
+    readPlainUtf16<kBigEndian>(reader, tally);
   }
   // An odd last byte is read as well. It takes the good characters of its chunk with
   // it and leaves the bad ones.
@@ -167,6 +164,17 @@ void readUtf8Sequence(Reader& reader, Tally& tally) {
   reader.at += length;
 }
 
+// Reads on over good characters, which most texts are made of.
+void readGoodUtf8(Reader& reader, Tally& tally, const uint8_t* endOfLeads) {
+  const uint8_t* at = passText(reader.at, endOfLeads);
+  tally.good += static_cast<uint32_t>(at - reader.at);
+  while (reader.end - at > static_cast<ptrdiff_t>(kBlock) && areThreeThrees(at)) {
+    at += kBlock + 1;
+    tally.good += 3;
+  }
+  reader.at = at;
+}
+
 Step readUtf8(Reader& reader, Candidate& candidate, Tally& tally) {
   const uint8_t byte = *reader.at;
   if (isUtf8Lead(byte)) {
@@ -204,6 +212,22 @@ void readFixedCarriageReturn(Reader& reader, Candidate& candidate, Tally& tally)
     candidate.noteLineEnd(isLineEnd ? KSV_TEXT_CRLF : KSV_TEXT_CR);
   } else if (reader.left() == 0 && !reader.moreFollows) {
     candidate.noteLineEnd(KSV_TEXT_CR);
+  }
+}
+
+constexpr uint64_t kLeadsOfFour = blockOf({0x80, 0, 0x80, 0, 0x80, 0, 0x80, 0});
+
+// Reads on over pairs of a lead and a byte from A1 on: those of EUC-JP, which is what
+// looks most like this form.
+void readWidePairs(Reader& reader, Tally& tally) {
+  const uint8_t* at = reader.at;
+  while (reader.left() >= kBlock) {
+    const uint64_t block = blockAt(at);
+    const bool areHigh = (block & bytesFrom<0x21>(block) & kHighBits) == kHighBits;
+    if (!areHigh || (bytesFrom<0x75>(block) & kLeadsOfFour) != 0) break;
+    at += kBlock;
+    tally.good += 4;
+    reader.at = at;
   }
 }
 
@@ -248,6 +272,8 @@ int32_t scoreUtf8(Candidate& candidate, const Chunk& chunk, size_t start) {
   Tally tally;
   const uint8_t* const endOfLeads = reader.endOfLeads(3);
   while (reader.at < endOfLeads) {
+    readGoodUtf8(reader, tally, endOfLeads);
+    if (reader.at >= endOfLeads) break;  // a character may reach behind it
     if (readUtf8(reader, candidate, tally) == Step::kStopped) return candidate.score();
     if (tally.bad > candidate.mostBad) return 0;
   }
@@ -257,7 +283,7 @@ int32_t scoreUtf8(Candidate& candidate, const Chunk& chunk, size_t start) {
 int32_t scoreEucJpFix(Candidate& candidate, const Chunk& chunk, size_t start) {
   Reader reader(chunk, start);
   Tally tally;
-  while (reader.left() >= 2) {
+  for (readWidePairs(reader, tally); reader.left() >= 2; readWidePairs(reader, tally)) {
     if (readEucJpFix(reader, candidate, tally) == Step::kStopped) return candidate.score();
     if (tally.bad > candidate.mostBad) return 0;
   }

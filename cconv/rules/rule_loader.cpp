@@ -23,12 +23,12 @@ uint16_t decimalBytes(const RuleText& text, Span span) {
 
 bool fitsName(const std::string& name) { return name.size() < kNameSize; }
 
-// Reads the file that the entity reference in the span names.
-bool readReferencedFile(const RuleText& charsetText, Span span, RuleText& text) {
+// Reads the file that the entity reference in the span names. Null when it cannot.
+const RuleText* readReferencedFile(const RuleText& charsetText, Span span, RuleFiles& files) {
   const auto entity = entityReference(charsetText, span);
-  if (!entity) return false;
+  if (!entity) return nullptr;
   const auto file = entityFile(charsetText, *entity);
-  return file && readRuleText(*file, charsetText.encoding, charsetText.bigEndian, text);
+  return file ? files.read(*file, charsetText.encoding, charsetText.bigEndian) : nullptr;
 }
 
 // The position behind every "range" element at or after from.
@@ -58,9 +58,10 @@ constexpr SubsetForm kBaseForm = {"subseta", "code", SubsetKind::kBase};
 constexpr SubsetForm kDifferenceForm = {"subsetb", "codeb", SubsetKind::kDifference};
 
 std::unique_ptr<SubsetDef> buildSubset(const RuleText& charsetText, Span span,
-                                       const SubsetForm& form) {
-  RuleText text;
-  if (!readReferencedFile(charsetText, span, text)) return nullptr;
+                                       const SubsetForm& form, RuleFiles& files) {
+  const RuleText* const referenced = readReferencedFile(charsetText, span, files);
+  if (referenced == nullptr) return nullptr;
+  const RuleText& text = *referenced;
   const auto root = findElement(text, 0, form.rootTag);
   if (!root) return nullptr;
   const auto name = findElement(text, root->start, "name");
@@ -148,11 +149,11 @@ std::optional<MemberElement> nextMember(const RuleText& text, size_t from) {
   return std::nullopt;
 }
 
-bool readMembers(const RuleText& text, CharsetDef& charset) {
+bool readMembers(const RuleText& text, CharsetDef& charset, RuleFiles& files) {
   size_t from = 0;
   while (const auto member = nextMember(text, from)) {
-    auto subset = member->isDifference ? buildDiffSubset(text, member->content)
-                                       : buildBaseSubset(text, member->content);
+    auto subset = member->isDifference ? buildDiffSubset(text, member->content, files)
+                                       : buildBaseSubset(text, member->content, files);
     if (!subset) return false;
     auto tables = readDestTables(text, member->content);
     if (!tables || charset.destTables.append(std::move(tables)) == 0) return false;
@@ -161,28 +162,18 @@ bool readMembers(const RuleText& text, CharsetDef& charset) {
   }
   const auto user = findElement(text, from, "eudcset");
   if (!user) return true;
-  auto subset = buildEudcSubset(text, *user);
+  auto subset = buildEudcSubset(text, *user, files);
   return subset && addMember(charset, std::move(subset));
 }
 
-size_t loadAllRuleFiles() {
-  const PathParts pattern = splitPath(std::string(ruleBase.charsetPath) + "*.xml");
-  size_t accepted = 0;
-  for (const std::string& name : matchingNames(joinPath(pattern).c_str())) {
-    try {
-      if (loadRuleFile(ruleBase.charsetPath + name)) ++accepted;
-    } catch (const std::bad_alloc&) {
-      // As any other failure: this file is skipped and the next one is tried.
-    }
-  }
-  return accepted;
-}
-
-}  // namespace
-
-bool loadRuleFile(const std::string& path) {
-  RuleText text;
-  if (!readRuleText(path, TextEncodingKind::kUtf16, false, text)) return false;
+// The subset files stand in the charset directory beside the charset files, so this
+// is asked to load them, too.
+bool loadCharset(const std::string& path, RuleFiles& files) {
+  constexpr TextEncodingKind kDefault = TextEncodingKind::kUtf16;
+  const RuleText* const known = files.find(path, kDefault, false);
+  RuleText own;
+  if (known == nullptr && !readRuleText(path, kDefault, false, own)) return false;
+  const RuleText& text = known == nullptr ? own : *known;
   const auto root = findElement(text, 0, "charset");
   if (!root) return false;
   const auto name = findElement(text, root->start, "name");
@@ -193,22 +184,48 @@ bool loadRuleFile(const std::string& path) {
   if (!fitsName(charset->name)) return false;
   charset->id = nameToId(charset->name.data());
   if (findCharsetById(charset->id) != nullptr) return true;
-  if (!readRuleNames(text, name->start, *charset) || !readMembers(text, *charset)) return false;
+  if (!readRuleNames(text, name->start, *charset) || !readMembers(text, *charset, files))
+    return false;
   charset->buildIndexes();
   return ruleBase.lists->addCharset(std::move(charset));
 }
 
-std::unique_ptr<SubsetDef> buildBaseSubset(const RuleText& charsetText, Span span) {
-  return buildSubset(charsetText, span, kBaseForm);
+size_t loadAllRuleFiles() {
+  const PathParts pattern = splitPath(std::string(ruleBase.charsetPath) + "*.xml");
+  RuleFiles files;
+  size_t accepted = 0;
+  for (const std::string& name : matchingNames(joinPath(pattern).c_str())) {
+    try {
+      if (loadCharset(ruleBase.charsetPath + name, files)) ++accepted;
+    } catch (const std::bad_alloc&) {
+      // As any other failure: this file is skipped and the next one is tried.
+    }
+  }
+  return accepted;
 }
 
-std::unique_ptr<SubsetDef> buildDiffSubset(const RuleText& charsetText, Span span) {
-  return buildSubset(charsetText, span, kDifferenceForm);
+}  // namespace
+
+bool loadRuleFile(const std::string& path) {
+  RuleFiles files;
+  return loadCharset(path, files);
 }
 
-std::unique_ptr<SubsetDef> buildEudcSubset(const RuleText& charsetText, Span span) {
-  RuleText text;
-  if (!readReferencedFile(charsetText, span, text)) return nullptr;
+std::unique_ptr<SubsetDef> buildBaseSubset(const RuleText& charsetText, Span span,
+                                           RuleFiles& files) {
+  return buildSubset(charsetText, span, kBaseForm, files);
+}
+
+std::unique_ptr<SubsetDef> buildDiffSubset(const RuleText& charsetText, Span span,
+                                           RuleFiles& files) {
+  return buildSubset(charsetText, span, kDifferenceForm, files);
+}
+
+std::unique_ptr<SubsetDef> buildEudcSubset(const RuleText& charsetText, Span span,
+                                           RuleFiles& files) {
+  const RuleText* const referenced = readReferencedFile(charsetText, span, files);
+  if (referenced == nullptr) return nullptr;
+  const RuleText& text = *referenced;
   const auto name = findElement(text, 0, "name");
   if (!name) return nullptr;
   const auto code = findElement(text, name->end, "codec");

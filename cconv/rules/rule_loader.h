@@ -25,9 +25,12 @@ bool loadRuleFile(const std::string& path);
 
 // The builders that loadRuleFile is made of. Each takes the charset file and the
 // content span of the element that it reads, and returns null on failure.
-std::unique_ptr<SubsetDef> buildBaseSubset(const RuleText& charsetText, Span span);
-std::unique_ptr<SubsetDef> buildDiffSubset(const RuleText& charsetText, Span span);
-std::unique_ptr<SubsetDef> buildEudcSubset(const RuleText& charsetText, Span span);
+std::unique_ptr<SubsetDef> buildBaseSubset(const RuleText& charsetText, Span span,
+                                           RuleFiles& files);
+std::unique_ptr<SubsetDef> buildDiffSubset(const RuleText& charsetText, Span span,
+                                           RuleFiles& files);
+std::unique_ptr<SubsetDef> buildEudcSubset(const RuleText& charsetText, Span span,
+                                           RuleFiles& files);
 std::unique_ptr<CodeTable> buildDestTable(const RuleText& charsetText, Span span);
 
 // Reads the content of a "defined" element. False when the list of ranges is full.

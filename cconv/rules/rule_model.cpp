@@ -8,6 +8,18 @@ namespace {
 
 CharsetId idOf(std::string name) { return nameToId(name.data()); }
 
+// What is at the place, made and zeroed by whoever comes first. Null without memory.
+template <typename Item>
+Item* madeAt(std::atomic<Item*>& place) {
+  Item* present = place.load(std::memory_order_acquire);
+  if (present != nullptr) return present;
+  auto fresh = std::unique_ptr<Item>(new (std::nothrow) Item());
+  if (fresh == nullptr) return nullptr;
+  if (place.compare_exchange_strong(present, fresh.get(), std::memory_order_acq_rel))
+    return fresh.release();
+  return present;
+}
+
 }  // namespace
 
 SubsetDef::SubsetDef(std::string subsetName, SubsetKind subsetKind, uint16_t bytes)
@@ -20,21 +32,20 @@ SubsetDef::SubsetDef(std::string subsetName, SubsetKind subsetKind, uint16_t byt
 
 EncodedCodeCache::~EncodedCodeCache() {
   for (auto& page : pages_) delete page.load(std::memory_order_relaxed);
+  const std::unique_ptr<PagesBeyond> beyond(pagesBeyond_.load(std::memory_order_relaxed));
+  if (beyond == nullptr) return;
+  for (auto& page : *beyond) delete page.load(std::memory_order_relaxed);
 }
 
 void EncodedCodeCache::remember(uint32_t unicode, const EncodedCode& found) {
   if (unicode >= kCodes || found.member > 0x7FFF) return;
-  std::atomic<Page*>& place = pages_[unicode >> 8];
-  Page* page = place.load(std::memory_order_acquire);
-  if (page == nullptr) {
-    Page* fresh = new (std::nothrow) Page();
-    if (fresh == nullptr) return;
-    if (place.compare_exchange_strong(page, fresh, std::memory_order_acq_rel)) {
-      page = fresh;
-    } else {
-      delete fresh;
-    }
+  Page* page = nullptr;
+  if (unicode < kFirstBeyond) {
+    page = madeAt(pages_[unicode >> 8]);
+  } else if (PagesBeyond* beyond = madeAt(pagesBeyond_)) {
+    page = madeAt((*beyond)[(unicode - kFirstBeyond) >> 8]);
   }
+  if (page == nullptr) return;
   const uint64_t entry =
       kKnown | uint64_t{found.member} << 48 | uint64_t{found.sequenceLength} << 32 | found.code;
   (*page)[unicode & 0xFF].store(entry, std::memory_order_relaxed);

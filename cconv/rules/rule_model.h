@@ -84,8 +84,7 @@ class EncodedCodeCache {
   EncodedCodeCache& operator=(const EncodedCodeCache&) = delete;
 
   bool find(uint32_t unicode, EncodedCode& found) const {
-    if (unicode >= kCodes) return false;
-    const Page* page = pages_[unicode >> 8].load(std::memory_order_acquire);
+    const Page* page = pageOf(unicode);
     if (page == nullptr) return false;
     const uint64_t entry = (*page)[unicode & 0xFF].load(std::memory_order_relaxed);
     found.code = static_cast<uint32_t>(entry);
@@ -100,9 +99,21 @@ class EncodedCodeCache {
  private:
   static constexpr uint32_t kCodes = 0x110000;
   static constexpr uint64_t kKnown = uint64_t{1} << 63;
+  static constexpr uint32_t kFirstBeyond = 0x10000;
   using Page = std::array<std::atomic<uint64_t>, 256>;
+  // Every charset has a cache, and few have characters beyond plane 0: of those pages
+  // there is nothing until one is needed.
+  using PagesBeyond = std::array<std::atomic<Page*>, (kCodes - kFirstBeyond) / 256>;
 
-  std::array<std::atomic<Page*>, (kCodes >> 8)> pages_ = {};
+  const Page* pageOf(uint32_t unicode) const {
+    if (unicode < kFirstBeyond) return pages_[unicode >> 8].load(std::memory_order_acquire);
+    const PagesBeyond* beyond = pagesBeyond_.load(std::memory_order_acquire);
+    if (beyond == nullptr || unicode >= kCodes) return nullptr;
+    return (*beyond)[(unicode - kFirstBeyond) >> 8].load(std::memory_order_acquire);
+  }
+
+  std::array<std::atomic<Page*>, kFirstBeyond / 256> pages_ = {};
+  std::atomic<PagesBeyond*> pagesBeyond_ = nullptr;
 };
 
 struct CodecEntry;

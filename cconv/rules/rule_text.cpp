@@ -1,7 +1,6 @@
 #include "cconv/rules/rule_text.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 
@@ -9,12 +8,13 @@
 #include "cconv/rules/rule_path.h"
 #include "cconv/rules/text_units.h"
 #include "common/platform.h"
-#include "ksv_file.h"
 
 namespace ksv {
 namespace {
 
 constexpr size_t kLongestPattern = 511;
+// Searches that look at no more places are cheaper to repeat than to remember.
+constexpr size_t kNearPlaces = 256;
 
 // "UTF-16" and "ISO-10646-UCS-2" in 16-bit little-endian units, without the zero
 // byte behind the last letter: in a big-endian file they match one byte later.
@@ -27,15 +27,11 @@ static_assert(sizeof kUcs2Name == kUcs2NameSize + 1);
 
 std::vector<uint8_t> readWholeFile(const std::string& path) {
   std::vector<uint8_t> bytes;
-  FILE* file = platform::openFile(path.c_str(), "rb");
-  if (file == nullptr) return bytes;
-  const int64_t size = KSV_FileTellSize(file);
-  if (size > 0 && size <= std::numeric_limits<int32_t>::max()) {
-    bytes.resize(static_cast<size_t>(size));
-    const int32_t count = static_cast<int32_t>(size);
-    if (KSV_FileRead(bytes.data(), 1, count, file) != count) bytes.clear();
+  platform::InputFile file(path.c_str());
+  if (file.size() > 0 && file.size() <= std::numeric_limits<int32_t>::max()) {
+    bytes.resize(static_cast<size_t>(file.size()));
+    if (file.read(bytes.data(), bytes.size()) != bytes.size()) bytes.clear();
   }
-  KSV_FileClose(file);
   return bytes;
 }
 
@@ -63,27 +59,31 @@ TextEncodingKind narrowEncodingNamed(const std::vector<uint8_t>& bytes) {
   return TextEncodingKind::kUnknown;
 }
 
-std::vector<uint32_t> unitsOf(const RuleText& text, uint32_t width) {
-  std::vector<uint32_t> units(text.bytes.size() / width);
-  for (size_t i = 0; i < units.size(); ++i) {
-    units[i] = readUnit(&text.bytes[i * width], width, text.bigEndian);
-  }
+template <uint32_t kWidth, bool kBigEndian>
+std::vector<uint32_t> unitsIn(const std::vector<uint8_t>& bytes) {
+  std::vector<uint32_t> units(bytes.size() / kWidth);
+  for (size_t i = 0; i < units.size(); ++i)
+    units[i] = readUnit(&bytes[i * kWidth], kWidth, kBigEndian);
   return units;
 }
 
+template <uint32_t kWidth>
+std::vector<uint32_t> unitsOf(const RuleText& text) {
+  return text.bigEndian ? unitsIn<kWidth, true>(text.bytes) : unitsIn<kWidth, false>(text.bytes);
+}
+
 // A surrogate takes the next unit whatever it is; as the last unit it is dropped.
-std::vector<uint32_t> joinSurrogatePairs(const std::vector<uint32_t>& units) {
-  std::vector<uint32_t> chars;
-  chars.reserve(units.size());
-  for (size_t i = 0; i < units.size(); ++i) {
-    const uint32_t unit = units[i];
+void joinSurrogatePairs(std::vector<uint32_t>& chars) {
+  size_t count = 0;
+  for (size_t i = 0; i < chars.size(); ++i) {
+    const uint32_t unit = chars[i];
     if (!isSurrogate(unit)) {
-      chars.push_back(unit);
-    } else if (++i < units.size()) {
-      chars.push_back(joinRuleFileSurrogates(unit, units[i]));
+      chars[count++] = unit;
+    } else if (++i < chars.size()) {
+      chars[count++] = joinRuleFileSurrogates(unit, chars[i]);
     }
   }
-  return chars;
+  chars.resize(count);
 }
 
 bool pairAt(const std::vector<uint32_t>& chars, size_t index, char first, char second) {
@@ -113,7 +113,7 @@ class PairFinder {
   bool exhausted_ = false;
 };
 
-bool matchesAt(const RuleText& text, size_t index, const std::string& pattern) {
+bool matchesAt(const RuleText& text, size_t index, std::string_view pattern) {
   if (pattern.size() > text.chars.size() - index) return false;
   for (size_t i = 0; i < pattern.size(); ++i) {
     if (text.chars[index + i] != static_cast<uint8_t>(pattern[i])) return false;
@@ -121,21 +121,28 @@ bool matchesAt(const RuleText& text, size_t index, const std::string& pattern) {
   return true;
 }
 
-// The position of the first occurrence of pattern at or after from.
-std::optional<size_t> searchFor(const RuleText& text, size_t from, const std::string& pattern) {
+// Where the first occurrence of a pattern at or after a position begins, and how many
+// places were looked at.
+struct Search {
+  std::optional<size_t> start;
+  size_t places;
+};
+
+Search searchFor(const RuleText& text, size_t from, std::string_view pattern) {
+  size_t places = 0;
   if (pattern[0] == '<' || pattern[0] == '/') {
-    auto marker = std::lower_bound(text.markers.begin(), text.markers.end(), from);
-    for (; marker != text.markers.end(); ++marker) {
-      if (matchesAt(text, *marker, pattern)) return *marker;
+    const auto first = std::lower_bound(text.markers.begin(), text.markers.end(), from);
+    for (auto marker = first; marker != text.markers.end(); ++marker, ++places) {
+      if (matchesAt(text, *marker, pattern)) return {*marker, places};
     }
     // Every '<' is a marker, so there is nothing left to find.
-    if (pattern[0] == '<') return std::nullopt;
+    if (pattern[0] == '<') return {std::nullopt, places};
   }
   // A pattern that ends exactly at the end of the text is not found here.
-  for (size_t i = from; i + pattern.size() < text.chars.size(); ++i) {
-    if (matchesAt(text, i, pattern)) return i;
+  for (size_t i = from; i + pattern.size() < text.chars.size(); ++i, ++places) {
+    if (matchesAt(text, i, pattern)) return {i, places};
   }
-  return std::nullopt;
+  return {std::nullopt, places};
 }
 
 std::string narrow(const RuleText& text, size_t start, size_t end) {
@@ -155,14 +162,17 @@ std::optional<size_t> findChar(const RuleText& text, size_t from, char wanted) {
   return std::nullopt;
 }
 
-}  // namespace
-
-bool readRuleText(const std::string& path, TextEncodingKind defaultEncoding, bool defaultBigEndian,
-                  RuleText& text) {
-  text = RuleText();
+// The name that a path's file has in the charset directory.
+std::string ruleFileName(const std::string& path) {
   PathParts parts = splitPath(path);
   lowerFileName(parts);
-  text.bytes = readWholeFile(ruleBase.charsetPath + parts.fileName + parts.extension);
+  return std::move(parts.fileName) + parts.extension;
+}
+
+bool readNamedText(const std::string& fileName, TextEncodingKind defaultEncoding,
+                   bool defaultBigEndian, RuleText& text) {
+  text = RuleText();
+  text.bytes = readWholeFile(ruleBase.charsetPath + fileName);
   if (text.bytes.empty()) return false;
   if (!detectEncoding(text)) {
     text.encoding = defaultEncoding;
@@ -174,6 +184,29 @@ bool readRuleText(const std::string& path, TextEncodingKind defaultEncoding, boo
   }
   cleanText(text);
   return true;
+}
+
+}  // namespace
+
+bool readRuleText(const std::string& path, TextEncodingKind defaultEncoding, bool defaultBigEndian,
+                  RuleText& text) {
+  return readNamedText(ruleFileName(path), defaultEncoding, defaultBigEndian, text);
+}
+
+const RuleText* RuleFiles::find(const std::string& path, TextEncodingKind defaultEncoding,
+                                bool defaultBigEndian) const {
+  const auto found = texts_.find({ruleFileName(path), defaultEncoding, defaultBigEndian});
+  return found == texts_.end() ? nullptr : &found->second;
+}
+
+const RuleText* RuleFiles::read(const std::string& path, TextEncodingKind defaultEncoding,
+                                bool defaultBigEndian) {
+  Key key = {ruleFileName(path), defaultEncoding, defaultBigEndian};
+  const auto found = texts_.find(key);
+  if (found != texts_.end()) return &found->second;
+  RuleText text;
+  if (!readNamedText(std::get<0>(key), defaultEncoding, defaultBigEndian, text)) return nullptr;
+  return &texts_.emplace(std::move(key), std::move(text)).first->second;
 }
 
 bool detectEncoding(RuleText& text) {
@@ -198,13 +231,14 @@ bool detectEncoding(RuleText& text) {
 bool decodeToUcs4(RuleText& text) {
   switch (text.encoding) {
     case TextEncodingKind::kUtf16:
-      text.chars = joinSurrogatePairs(unitsOf(text, 2));
+      text.chars = unitsOf<2>(text);
+      joinSurrogatePairs(text.chars);
       break;
     case TextEncodingKind::kUcs2:
-      text.chars = unitsOf(text, 2);
+      text.chars = unitsOf<2>(text);
       break;
     case TextEncodingKind::kUcs4:
-      text.chars = unitsOf(text, 4);
+      text.chars = unitsOf<4>(text);
       break;
     default:
       return false;
@@ -213,59 +247,71 @@ bool decodeToUcs4(RuleText& text) {
   return true;
 }
 
+// In place: what is written never overtakes what is read.
 void cleanText(RuleText& text) {
-  const std::vector<uint32_t> source = std::move(text.chars);
-  PairFinder instructionEnds(source, '?', '>');
-  PairFinder commentEnds(source, '-', '-');
-  text.chars.clear();
-  text.chars.reserve(source.size());
+  std::vector<uint32_t>& chars = text.chars;
+  PairFinder instructionEnds(chars, '?', '>');
+  PairFinder commentEnds(chars, '-', '-');
   text.markers.clear();
   text.lastSearches.clear();
-  for (size_t i = 0; i < source.size(); ++i) {
-    const uint32_t c = source[i];
-    if (pairAt(source, i, '<', '?')) {
+  size_t count = 0;
+  for (size_t i = 0; i < chars.size(); ++i) {
+    const uint32_t c = chars[i];
+    if (pairAt(chars, i, '<', '?')) {
       // Without its end only the '<' goes.
       if (const auto end = instructionEnds.find(i + 2)) i = *end + 1;
       continue;
     }
-    if (pairAt(source, i, '-', '-')) {
+    if (pairAt(chars, i, '-', '-')) {
       // The angle brackets and the '!' around a comment stay. Of one without its
       // end only the first hyphen goes.
       if (const auto end = commentEnds.find(i + 2)) i = *end + 1;
       continue;
     }
     if (c == '\r' || c == '\n' || c == '\t') {
-      if (pairAt(source, i, '\r', '\n')) ++i;
-      text.chars.push_back(' ');
+      if (pairAt(chars, i, '\r', '\n')) ++i;
+      chars[count++] = ' ';
       continue;
     }
-    if (c == '<' || pairAt(source, i, '/', '>')) {
-      text.markers.push_back(static_cast<uint32_t>(text.chars.size()));
-    }
-    text.chars.push_back(c);
+    if (c == '<' || pairAt(chars, i, '/', '>'))
+      text.markers.push_back(static_cast<uint32_t>(count));
+    chars[count++] = c;
   }
+  chars.resize(count);
 }
 
-std::optional<size_t> findString(const RuleText& text, size_t from, const std::string& pattern) {
+std::optional<size_t> findString(const RuleText& text, size_t from, std::string_view pattern) {
   if (pattern.empty() || pattern.size() > kLongestPattern) return std::nullopt;
-  const auto [entry, isNew] = text.lastSearches.try_emplace(pattern);
-  LastSearch& last = entry->second;
-  if (isNew || from < last.from || (last.start && from > *last.start)) {
-    last = {from, searchFor(text, from, pattern)};
+  const auto behind = [&](std::optional<size_t> start) {
+    return start ? std::optional(*start + pattern.size()) : std::nullopt;
+  };
+  const auto known = text.lastSearches.find(pattern);
+  if (known != text.lastSearches.end()) {
+    const LastSearch& last = known->second;
+    if (from >= last.from && (!last.start || from <= *last.start)) return behind(last.start);
   }
-  if (!last.start) return std::nullopt;
-  return *last.start + pattern.size();
+  const Search search = searchFor(text, from, pattern);
+  if (known != text.lastSearches.end()) {
+    known->second = {from, search.start};
+  } else if (search.places > kNearPlaces) {
+    text.lastSearches.emplace(pattern, LastSearch{from, search.start});
+  }
+  return behind(search.start);
 }
 
-std::optional<Span> findElement(const RuleText& text, size_t from, const std::string& tag) {
-  const auto plain = findString(text, from, "<" + tag + ">");
-  const auto withAttributes = findString(text, from, "<" + tag + " ");
+std::optional<Span> findElement(const RuleText& text, size_t from, std::string_view tag) {
+  std::string pattern = "<";
+  pattern.append(tag).push_back('>');
+  const auto plain = findString(text, from, pattern);
+  pattern.back() = ' ';
+  const auto withAttributes = findString(text, from, pattern);
   if (!plain && !withAttributes) return std::nullopt;
   Span span;
   span.start = std::min(plain.value_or(SIZE_MAX), withAttributes.value_or(SIZE_MAX));
-  const std::string endTag = "</" + tag + ">";
-  if (const auto end = findString(text, span.start, endTag)) {
-    span.end = *end - endTag.size();
+  pattern.back() = '>';
+  pattern.insert(1, 1, '/');
+  if (const auto end = findString(text, span.start, pattern)) {
+    span.end = *end - pattern.size();
   } else if (const auto emptyEnd = findString(text, span.start, "/>")) {
     span.end = *emptyEnd - 2;
   } else {
@@ -286,20 +332,19 @@ std::optional<std::string> quotedAfter(const RuleText& text, size_t from) {
   return narrow(text, *open + 1, *close);
 }
 
-std::optional<size_t> findInSpan(const RuleText& text, Span span, const std::string& word) {
+std::optional<size_t> findInSpan(const RuleText& text, Span span, std::string_view word) {
   for (size_t i = span.start; i + word.size() <= span.end; ++i) {
     if (matchesAt(text, i, word)) return i + word.size();
   }
   return std::nullopt;
 }
 
-std::optional<std::string> attributeInSpan(const RuleText& text, Span span,
-                                           const std::string& word) {
+std::optional<std::string> attributeInSpan(const RuleText& text, Span span, std::string_view word) {
   const auto found = findInSpan(text, span, word);
   return found ? quotedAfter(text, *found) : std::nullopt;
 }
 
-uint32_t parseHex(const std::string& digits) {
+uint32_t parseHex(std::string_view digits) {
   size_t i = digits.find_first_not_of(" \t");
   uint32_t value = 0;
   for (; i < digits.size(); ++i) {
@@ -334,7 +379,7 @@ std::optional<std::string> entityReference(const RuleText& text, Span span) {
   return narrow(text, start, *semicolon);
 }
 
-std::optional<std::string> entityFile(const RuleText& text, const std::string& name) {
+std::optional<std::string> entityFile(const RuleText& text, std::string_view name) {
   size_t from = 0;
   while (const auto found = findString(text, from, name)) {
     from = *found;

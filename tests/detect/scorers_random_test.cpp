@@ -126,6 +126,78 @@ TEST_P(Scorers, agree_on_all_short_texts) {
   }
 }
 
+// ---- What scorers of pairs share
+
+struct PairScorer {
+  uint32_t encoding;
+  const char* name;
+};
+constexpr PairScorer kPairScorers[] = {{KSV_TEXT_SHIFT_JIS, "Shift_JIS"},
+                                       {KSV_TEXT_EUC_JP, "EUC-JP"},
+                                       {KSV_TEXT_SIMPLIFIED_CHINESE, "GBK"},
+                                       {KSV_TEXT_TRADITIONAL_CHINESE, "Big5"},
+                                       {KSV_TEXT_KOREAN, "Korean"}};
+
+// Those of the encodings side by side, chunk by chunk, each with a run in common with
+// the others and without.
+void compareShared(const std::string& text, size_t chunkSize, uint32_t encodings) {
+  const Bytes bytes = bytesOf(text);
+  Candidate alone[std::size(kPairScorers)];
+  Candidate together[std::size(kPairScorers)];
+  for (size_t begin = 0; begin < bytes.size(); begin += chunkSize) {
+    const size_t length = std::min(chunkSize, bytes.size() - begin);
+    const Bytes part(bytes.begin() + static_cast<std::ptrdiff_t>(begin),
+                     bytes.begin() + static_cast<std::ptrdiff_t>(begin + length));
+    ksv::detect::SharedRun run;
+    run.encodings = encodings;
+    Chunk chunk = {part.data(), length, begin + length < bytes.size()};
+    Chunk sharing = chunk;
+    sharing.shared = &run;
+    for (size_t i = 0; i < std::size(kPairScorers); ++i) {
+      if ((encodings & kPairScorers[i].encoding) == 0) continue;
+      const Scorer scorer = kScorers.at(kPairScorers[i].name);
+      ASSERT_EQ(scorer(together[i], sharing, 0), scorer(alone[i], chunk, 0));
+      ASSERT_EQ(together[i].good, alone[i].good);
+      ASSERT_EQ(together[i].bad, alone[i].bad);
+      ASSERT_EQ(together[i].lineEnd, alone[i].lineEnd);
+      ASSERT_EQ(together[i].carry.count, alone[i].carry.count);
+    }
+  }
+}
+
+TEST(SharedRuns, leave_every_count_as_it_is) {
+  constexpr uint32_t kOthers = KSV_TEXT_UTF8 | KSV_TEXT_EUC_JP_FIX | KSV_TEXT_ASCII;
+  std::mt19937 random(testSeed());
+  for (const NamedAlphabet& named : alphabets()) {
+    for (int round = 0; round < 300; ++round) {
+      const uint32_t noises[] = {0, 0, 2, 20};
+      const std::string text =
+          randomText(random, named.characters, random() % 400, noises[random() % 4]);
+      uint32_t encodings = random() % 2 == 0 ? kOthers : 0;
+      for (const PairScorer& scorer : kPairScorers)
+        if (random() % 2 == 0) encodings |= scorer.encoding;
+      compareShared(text, kLeastChunk + random() % 100, encodings);
+      if (testing::Test::HasFatalFailure())
+        FAIL() << named.name << ": " << shown(text) << "KSV_TEST_SEED=" << testSeed();
+    }
+  }
+}
+
+TEST(SharedRuns, hold_what_all_read_alike) {
+  const std::string text =
+      "abc\t\xA4\xCF\r\n0123456789\xB0\xA1\xB0\xA2\xB0\xA3\xB0\xA4\n\x8F and what stands behind it";
+  const Bytes bytes = bytesOf(text);
+  ksv::detect::SharedRun run;
+  run.encodings = KSV_TEXT_EUC_JP | KSV_TEXT_SIMPLIFIED_CHINESE | KSV_TEXT_UTF8;
+  const Chunk chunk = {bytes.data(), bytes.size(), false, &run};
+  Candidate candidate;
+  ksv::detect::scoreEucJp(candidate, chunk, 0);
+  EXPECT_EQ(run.from, bytes.data());
+  EXPECT_EQ(run.to - run.from, 27) << "up to what is no pair of EUC-JP";
+  EXPECT_EQ(run.good, 22u);
+  EXPECT_EQ(run.lineEnd, KSV_TEXT_CRLF);
+}
+
 std::vector<std::string> names() {
   std::vector<std::string> result;
   for (const auto& [name, scorer] : kScorers) result.push_back(name);

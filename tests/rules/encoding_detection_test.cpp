@@ -329,5 +329,52 @@ TEST_F(ReadingRuleFiles, reads_a_file_of_one_unit) {
   EXPECT_EQ(read("x.xml"), "") << "a file with no whole unit is an empty text";
 }
 
+class SharedRuleFiles : public RuleBaseTest {
+ protected:
+  const RuleText* read(const std::string& path, Kind kind = Kind::kUtf16, bool bigEndian = false) {
+    return files_.read(path, kind, bigEndian);
+  }
+  const RuleText* find(const std::string& path, Kind kind = Kind::kUtf16, bool bigEndian = false) {
+    return files_.find(path, kind, bigEndian);
+  }
+
+  RuleFiles files_;
+};
+
+TEST_F(SharedRuleFiles, are_read_once_whatever_the_path_to_them) {
+  directory_.writeRule("x.xml", "<a>");
+  EXPECT_EQ(find("x.xml"), nullptr) << "not read yet";
+  const RuleText* text = read("/another/place/X.xml");
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(asciiOf(*text).substr(1), " <a>");
+  directory_.writeRule("x.xml", "<b>");
+  for (int i = 0; i < 20; ++i) {
+    directory_.writeRule(std::to_string(i), "<c>");
+    EXPECT_NE(read(std::to_string(i)), nullptr);
+  }
+  EXPECT_EQ(read("x.xml"), text);
+  EXPECT_EQ(find("x.XML"), text);
+  EXPECT_EQ(asciiOf(*text).substr(1), " <a>");
+}
+
+TEST_F(SharedRuleFiles, are_read_for_each_of_the_defaults) {
+  directory_.write("x.xml", little("<charset> of a length that is scanned </charset>"));
+  const RuleText* text = read("x.xml");
+  const RuleText* swapped = read("x.xml", Kind::kUtf16, true);
+  ASSERT_NE(text, nullptr);
+  ASSERT_NE(swapped, nullptr);
+  EXPECT_EQ(text->chars[0], '<');
+  EXPECT_EQ(swapped->chars[0], '<' * 0x100u);
+  EXPECT_EQ(find("x.xml", Kind::kUcs2), nullptr);
+  EXPECT_EQ(find("x.xml"), text);
+}
+
+TEST_F(SharedRuleFiles, that_cannot_be_read_are_tried_again) {
+  EXPECT_EQ(read("x.xml"), nullptr);
+  EXPECT_EQ(find("x.xml"), nullptr);
+  directory_.writeRule("x.xml", "<a>");
+  EXPECT_NE(read("x.xml"), nullptr);
+}
+
 }  // namespace
 }  // namespace ksv::test

@@ -662,5 +662,37 @@ TEST_F(LoadingAll, fills_no_table) {
   EXPECT_FALSE(directory_.has("t.cmp"));
 }
 
+TEST_F(LoadingAll, takes_a_subset_file_that_is_also_met_by_itself) {
+  const std::string body =
+      charset(entity("one", "b.xml"), "<name>x</name><baseset>&one;</baseset>");
+  for (const char* name : {"a.xml", "c.xml"}) {
+    std::string own = body;
+    own.replace(own.find("<name>x") + 6, 1, name, 1);
+    directory_.writeRule(name, own);
+  }
+  directory_.writeRule("b.xml", baseSubset("s"));
+  EXPECT_EQ(cconvLoadRule(), 1);
+  ASSERT_EQ(ruleBase.lists->charsets().count(), 2);
+  EXPECT_EQ(ruleBase.lists->subsets().count(), 1);
+  EXPECT_EQ(ruleBase.lists->charsets()[1]->members[0], ruleBase.lists->subsets()[0].get());
+}
+
+TEST_F(LoadingAll, reads_a_shared_file_without_a_name_as_each_charset_is_encoded) {
+  directory_.write("sub.set", encode(kUtf16Little, baseSubset("s")));
+  int number = 0;
+  for (const TextForm& form : {kUtf16Big, kUtf16Little, kUcs2Little, kUcs4Little}) {
+    const std::string name = std::to_string(number++);
+    directory_.writeRule(
+        name + ".xml",
+        charset(entity("one", "sub.set"), "<name>c" + name + "</name><baseset>&one;</baseset>"),
+        form);
+  }
+  EXPECT_EQ(cconvLoadRule(), 1);
+  EXPECT_EQ(findCharsetByName("c0"), nullptr);
+  EXPECT_NE(findCharsetByName("c1"), nullptr);
+  EXPECT_NE(findCharsetByName("c2"), nullptr);
+  EXPECT_EQ(findCharsetByName("c3"), nullptr);
+}
+
 }  // namespace
 }  // namespace ksv::test
