@@ -9,8 +9,10 @@
 #include <new>
 #include <vector>
 
+#include "cconv/convert/character_traces.h"
 #include "cconv/convert/converter.h"
 #include "cconv/convert/direct_table.h"
+#include "cconv/convert/driver.h"
 #include "cconv/convert/iso_2022_form.h"
 #include "cconv/convert/source_forms.h"
 
@@ -52,13 +54,24 @@ TableKey keyOf(const ConverterRecord& record) {
 
 // Without looking further than needed: the engine decides.
 bool languageMayBeDue(const ConverterRecord& record) {
-  return record.defaultLanguage[0] != '\0' &&
+  if (record.defaultLanguage[0] == '\0') return false;
+  return record.currentLanguage[0] == '\0' ||
          std::strncmp(record.currentLanguage, record.emittedLanguage, KSV_NAME_SIZE) != 0;
 }
 
 // What is checked once for so many characters: that they have room.
 constexpr uint32_t kBatch = 256;
 constexpr uint32_t kLeastBatch = 16;
+
+// The most bytes that a character with a short entry is read from.
+template <typename Form>
+constexpr ptrdiff_t kLongestShortInput = Form::kLongestInput;
+template <>
+constexpr ptrdiff_t kLongestShortInput<source_forms::ByteCodes> = 2;
+template <>
+constexpr ptrdiff_t kLongestShortInput<source_forms::Utf8> = 3;
+template <bool kBigEndian>
+constexpr ptrdiff_t kLongestShortInput<source_forms::Utf16<kBigEndian>> = 2;
 
 template <typename Form>
 class FormConverter : public BulkConverter {
@@ -73,6 +86,7 @@ class FormConverter : public BulkConverter {
   void runAhead(ConverterRecord& record) override {
     if (languageMayBeDue(record)) return;
     const Form form{TableCursor(pages_, record)};
+    if (!Form::kShifts && !designates_ && convertShortText(form, record)) return;
     const uint8_t* const inputEnd = record.input + record.inputLength;
     const uint8_t* const outputEnd = record.output + record.outputCapacity;
 
@@ -173,6 +187,79 @@ class FormConverter : public BulkConverter {
     uint8_t* const output = at.output;
     advanceIn(scratch, form, at, wanted);
     std::memcpy(output, scratch.data(), static_cast<size_t>(at.output - output));
+  }
+
+  // Where a character begins in input and output.
+  struct Place {
+    const uint8_t* input;
+    uint8_t* output;
+  };
+
+  // Converts a text of one batch that consists of short entries, and leaves any other
+  // text as it is. Its bytes are collected, since nothing behind the output may be touched.
+  bool convertShortText(const Form& form, ConverterRecord& record) {
+    BulkPosition at = positionOf(record);
+    const uint8_t* const inputEnd = record.input + record.inputLength;
+    uint8_t* const output = at.output;
+    Lane* const lane = laneAt(form, at);
+    if (inputEnd - at.input > ptrdiff_t{kBatch} || lane == nullptr || !lane->table.isThere())
+      return false;
+    const ShortRun run = {lane->table.slots(), lane->stops};
+    Scratch scratch;
+    at.output = scratch.data();
+    lane->runShort(run, at,
+                   static_cast<uint32_t>((inputEnd - at.input) / kLongestShortInput<Form>));
+    Place beforeLast = {};
+    Place last = {};
+    while (at.input != inputEnd) {
+      const ptrdiff_t left = inputEnd - at.input;
+      beforeLast = last;
+      last = {at.input, at.output};
+      if (!Form::takeLast(run, at, left) &&
+          !(learnShort(form, at, left, *lane) && Form::takeLast(run, at, left))) {
+        return false;
+      }
+    }
+    const ptrdiff_t length = at.output - scratch.data();
+    if (beforeLast.input == nullptr || length > record.output + record.outputCapacity - output)
+      return false;
+    std::memcpy(output, scratch.data(), static_cast<size_t>(length));
+    at.output = output + length;
+    beforeLast.output = output + (beforeLast.output - scratch.data());
+    endText(record, at, beforeLast, last);
+    return true;
+  }
+
+  // Leaves the record as the engine does behind the last characters of a text.
+  void endText(ConverterRecord& record, const BulkPosition& end, const Place& beforeLast,
+               const Place& last) {
+    const CharacterTrace* const before =
+        traces_.find(beforeLast.input, last.input - beforeLast.input);
+    const CharacterTrace* const trace = traces_.find(last.input, end.input - last.input);
+    if (before != nullptr && trace != nullptr) {
+      takeOver(record, end);
+      trace->leaveIn(record);
+      record.previousRawCode = before->rawCode;
+      return;
+    }
+    BulkPosition start = end;
+    start.input = beforeLast.input;
+    start.output = beforeLast.output;
+    start.characters -= kRedone;
+    start.units -= kRedone;
+    takeOver(record, start);
+    convertAndRemember(record, last.input);
+    convertAndRemember(record, end.input);
+  }
+
+  // Lets the engine convert the character that ends there.
+  void convertAndRemember(ConverterRecord& record, const uint8_t* end) {
+    const uint8_t* const begin = record.input + record.inputPosition;
+    convertByCharacters(record, 1);
+    if (record.status == KSV_STATUS_WRITTEN && record.input + record.inputPosition == end &&
+        record.secondCode == 0) {
+      traces_.remember(begin, end - begin, record);
+    }
   }
 
   // Goes on character by character, as far as short entries answer, where the buffers
@@ -323,6 +410,7 @@ class FormConverter : public BulkConverter {
   }
 
   DirectTable pages_;
+  CharacterTraces traces_;
   std::array<std::atomic<Lane*>, Form::kShiftStates* kDesignations> lanes_ = {};
   const bool designates_;
 };
