@@ -34,22 +34,24 @@ constexpr ptrdiff_t kShortEntryBytes = sizeof(ShortEntry);
 struct TableKey {
   const CharsetDef* source;
   const CharsetDef* target;
-  bool inputBigEndian;
-  bool outputBigEndian;
-  bool convertNewlines;
-  uint32_t newlineForm;  // 0 where line ends are not converted
+  // The newline form, 0 where line ends are not converted, above three flags.
+  uint64_t settings;
 
+  static constexpr uint64_t kInputBigEndian = 1;
+  static constexpr uint64_t kOutputBigEndian = 2;
+  static constexpr uint64_t kConvertNewlines = 4;
+
+  bool inputIsBigEndian() const { return (settings & kInputBigEndian) != 0; }
   bool operator==(const TableKey&) const = default;
 };
 
 TableKey keyOf(const ConverterRecord& record) {
-  const bool convertNewlines = record.options.convertNewlines != 0;
-  return {sourceCharset(record),
-          targetCharset(record),
-          record.inputBigEndian != 0,
-          record.options.outputBigEndian != 0,
-          convertNewlines,
-          convertNewlines ? record.options.newlineForm : 0};
+  uint64_t settings = 0;
+  if (record.inputBigEndian != 0) settings |= TableKey::kInputBigEndian;
+  if (record.options.outputBigEndian != 0) settings |= TableKey::kOutputBigEndian;
+  if (record.options.convertNewlines != 0)
+    settings |= TableKey::kConvertNewlines | uint64_t{record.options.newlineForm} << 3;
+  return {sourceCharset(record), targetCharset(record), settings};
 }
 
 // Without looking further than needed: the engine decides.
@@ -256,10 +258,7 @@ class FormConverter : public BulkConverter {
   void convertAndRemember(ConverterRecord& record, const uint8_t* end) {
     const uint8_t* const begin = record.input + record.inputPosition;
     convertByCharacters(record, 1);
-    if (record.status == KSV_STATUS_WRITTEN && record.input + record.inputPosition == end &&
-        record.secondCode == 0) {
-      traces_.remember(begin, end - begin, record);
-    }
+    if (record.status == KSV_STATUS_WRITTEN) traces_.remember(begin, end - begin, record);
   }
 
   // Goes on character by character, as far as short entries answer, where the buffers
@@ -439,7 +438,7 @@ std::unique_ptr<BulkConverter> makeConverterFor(const TableKey& key) {
 }
 
 std::unique_ptr<BulkConverter> makeConverter(const TableKey& key, SourceForm form) {
-  const bool bigEndian = key.inputBigEndian;
+  const bool bigEndian = key.inputIsBigEndian();
   switch (form) {
     case SourceForm::kByRules:
       if (!widthsAscend(*key.source)) return nullptr;
@@ -486,7 +485,7 @@ class BulkConverters : public DerivedTables {
       known->bytes.fetch_add(bytes, std::memory_order_relaxed);
       return nullptr;
     }
-    std::call_once(known->once, [&] { known->converter = makeConverter(key, form); });
+    if (!known->isMade.load(std::memory_order_acquire)) make(*known, form);
     return known->converter.get();
   }
 
@@ -501,9 +500,16 @@ class BulkConverters : public DerivedTables {
     explicit Known(const TableKey& knownKey) : key(knownKey) {}
     const TableKey key;
     std::atomic<int64_t> bytes = 0;  // of short inputs so far
-    std::once_flag once;
     std::unique_ptr<BulkConverter> converter;
+    std::atomic<bool> isMade = false;  // the converter, or that there is none
   };
+
+  void make(Known& known, SourceForm form) {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    if (known.isMade.load(std::memory_order_relaxed)) return;
+    known.converter = makeConverter(known.key, form);
+    known.isMade.store(true, std::memory_order_release);
+  }
 
   Known* knownFor(const TableKey& key) {
     for (size_t place = hashOf(key);; ++place) {
@@ -531,8 +537,7 @@ class BulkConverters : public DerivedTables {
   static size_t hashOf(const TableKey& key) {
     const auto mixed = (reinterpret_cast<uintptr_t>(key.source) >> 4) * 0x9E3779B97F4A7C15 +
                        (reinterpret_cast<uintptr_t>(key.target) >> 4) * 0xC2B2AE3D27D4EB4F +
-                       key.newlineForm * 8 + (key.convertNewlines ? 4 : 0) +
-                       (key.inputBigEndian ? 2 : 0) + (key.outputBigEndian ? 1 : 0);
+                       key.settings;
     return static_cast<size_t>(mixed >> 40 ^ mixed) % kPlaces;
   }
 

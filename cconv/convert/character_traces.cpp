@@ -15,7 +15,7 @@ CharacterTrace CharacterTrace::of(const ConverterRecord& record) {
   return {record.decodedGroup, record.decodedGroupType, record.targetGroup,
           record.targetGroupType, record.rawCode, record.groupCode,
           record.unicodeCode, record.outputCode, record.outputWidth,
-          record.sequenceLength};
+          record.sequenceLength, record.secondCode};
 }
 
 void CharacterTrace::leaveIn(ConverterRecord& record) const {
@@ -29,7 +29,7 @@ void CharacterTrace::leaveIn(ConverterRecord& record) const {
   record.outputCode = outputCode;
   record.outputWidth = outputWidth;
   record.sequenceLength = sequenceLength;
-  record.secondCode = 0;
+  record.secondCode = secondCode;
 }
 
 CharacterTraces::~CharacterTraces() {

@@ -28,8 +28,8 @@ struct CharacterTrace {
   uint32_t outputCode;
   uint16_t outputWidth;
   uint16_t sequenceLength;
+  uint32_t secondCode;
 
-  // Of a record whose last character has no second code.
   static CharacterTrace of(const ConverterRecord& record);
   void leaveIn(ConverterRecord& record) const;
 };

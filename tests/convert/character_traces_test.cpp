@@ -23,7 +23,7 @@ ConverterRecord recordOf(uint32_t number) {
   uint32_t next = number * 16;
   for (uint32_t* field : {&record.decodedGroup, &record.decodedGroupType, &record.targetGroup,
                           &record.targetGroupType, &record.rawCode, &record.groupCode,
-                          &record.unicodeCode, &record.outputCode}) {
+                          &record.unicodeCode, &record.outputCode, &record.secondCode}) {
     *field = ++next;
   }
   record.outputWidth = static_cast<uint16_t>(++next);
