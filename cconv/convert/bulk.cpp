@@ -200,17 +200,17 @@ class FormConverter : public BulkConverter {
   // Converts a text of one batch that consists of short entries, and leaves any other
   // text as it is. Its bytes are collected, since nothing behind the output may be touched.
   bool convertShortText(const Form& form, ConverterRecord& record) {
-    BulkPosition at = positionOf(record);
+    BulkPosition start = positionOf(record);
     const uint8_t* const inputEnd = record.input + record.inputLength;
-    uint8_t* const output = at.output;
-    Lane* const lane = laneAt(form, at);
-    if (inputEnd - at.input > ptrdiff_t{kBatch} || lane == nullptr || !lane->table.isThere())
-      return false;
+    uint8_t* const output = start.output;
+    const ptrdiff_t bytes = inputEnd - start.input;
+    Lane* const lane = laneAt(form, start);
+    if (bytes > ptrdiff_t{kBatch} || lane == nullptr || !lane->table.isThere()) return false;
     const ShortRun run = {lane->table.slots(), lane->stops};
     Scratch scratch;
-    at.output = scratch.data();
-    lane->runShort(run, at,
-                   static_cast<uint32_t>((inputEnd - at.input) / kLongestShortInput<Form>));
+    start.output = scratch.data();
+    lane->runShort(run, start, static_cast<uint32_t>(bytes / kLongestShortInput<Form>));
+    BulkPosition at = start;  // of which no call that is not inlined knows
     Place beforeLast = {};
     Place last = {};
     while (at.input != inputEnd) {
