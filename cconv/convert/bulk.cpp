@@ -217,10 +217,8 @@ class FormConverter : public BulkConverter {
       const ptrdiff_t left = inputEnd - at.input;
       beforeLast = last;
       last = {at.input, at.output};
-      if (!Form::takeLast(run, at, left) &&
-          !(learnShort(form, at, left, *lane) && Form::takeLast(run, at, left))) {
-        return false;
-      }
+      if (Form::takeLast(run, at, left)) [[likely]] continue;
+      if (!learnShort(form, at, left, *lane) || !Form::takeLast(run, at, left)) return false;
     }
     const ptrdiff_t length = at.output - scratch.data();
     if (beforeLast.input == nullptr || length > record.output + record.outputCapacity - output)
