@@ -41,7 +41,7 @@ class CharsetNames {
   };
 
   static Key keyOf(std::string_view name);
-  static size_t hashOf(const Key& key);
+  static size_t hashOf(std::string_view name);
 
   std::array<Slot, kSlots> slots_;
   size_t count_ = 0;
