@@ -22,7 +22,7 @@ namespace {
 constinit std::atomic<BulkPath> bulkPath = BulkPath::kWhereItPays;
 
 // Fewer bytes of input than this are not worth handing over.
-constexpr int32_t kLeastText = 16;
+constexpr int32_t kLeastText = 4;
 // Fewer are not worth a table, unless that many have come in short inputs before.
 constexpr int64_t kLeastInput = 1024;
 constexpr int64_t kLeastInputs = 4096;
