@@ -289,7 +289,7 @@ class FormConverter : public BulkConverter {
 
   // Looks the character up that has no short entry yet, within the bytes that are left.
   // False when it has none.
-  bool learnShort(const Form& form, BulkPosition at, ptrdiff_t left, Lane& lane) const {
+  [[gnu::cold]] bool learnShort(const Form& form, BulkPosition at, ptrdiff_t left, Lane& lane) const {
     uint8_t padded[Form::kLongestInput] = {};
     if (left <= 0) return false;
     std::memcpy(padded, at.input, static_cast<size_t>(std::min(left, Form::kLongestInput)));
@@ -340,7 +340,7 @@ class FormConverter : public BulkConverter {
     return lane != nullptr ? lane : makeLane(form, at, slot);
   }
 
-  Lane* makeLane(const Form& form, const BulkPosition& at, std::atomic<Lane*>& slot) const {
+  [[gnu::cold]] Lane* makeLane(const Form& form, const BulkPosition& at, std::atomic<Lane*>& slot) const {
     std::unique_ptr<Lane> made(new (std::nothrow) Lane{});
     if (made == nullptr) return nullptr;
     AsciiOutput ascii = AsciiOutput::kOther;
@@ -502,7 +502,7 @@ class BulkConverters : public DerivedTables {
     std::atomic<bool> isMade = false;  // the converter, or that there is none
   };
 
-  void make(Known& known, SourceForm form) {
+  [[gnu::cold]] void make(Known& known, SourceForm form) {
     const std::lock_guard<std::mutex> guard(mutex_);
     if (known.isMade.load(std::memory_order_relaxed)) return;
     known.converter = makeConverter(known.key, form);
@@ -517,7 +517,7 @@ class BulkConverters : public DerivedTables {
     }
   }
 
-  Known* addKnown(const TableKey& key) {
+  [[gnu::cold]] Known* addKnown(const TableKey& key) {
     const std::lock_guard<std::mutex> guard(mutex_);
     for (size_t place = hashOf(key);; ++place) {
       std::atomic<Known*>& slot = places_[place % kPlaces];
@@ -552,14 +552,6 @@ BulkConverters& convertersOfProcess() {
 }
 
 }  // namespace
-
-bool isMarkPending(const ConverterRecord& record) {
-  const SourceForm form = sourceDecoder(record)->sourceForm;
-  const bool readsMark = form == SourceForm::kUtf8 || form == SourceForm::kUtf16 ||
-                         form == SourceForm::kUcs2 || form == SourceForm::kUcs4;
-  return (readsMark && record.detectByteOrderMark != 0) ||
-         (targetEncoder(record)->writesMark && record.options.writeByteOrderMark != 0);
-}
 
 BulkConverter* findBulkConverter(const ConverterRecord& record) try {
   const BulkPath path = bulkPath.load(std::memory_order_relaxed);

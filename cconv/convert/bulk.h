@@ -12,6 +12,7 @@
 // before the last one included.
 #pragma once
 
+#include "cconv/convert/converter.h"
 #include "ksv_cconv.h"
 
 namespace ksv {
@@ -25,7 +26,13 @@ class BulkConverter {
 
 // Whether a byte-order mark has to be read or written first: it may change the byte
 // order that the direct tables are made for.
-bool isMarkPending(const ConverterRecord& record);
+inline bool isMarkPending(const ConverterRecord& record) {
+  const SourceForm form = sourceDecoder(record)->sourceForm;
+  const bool readsMark = form == SourceForm::kUtf8 || form == SourceForm::kUtf16 ||
+                         form == SourceForm::kUcs2 || form == SourceForm::kUcs4;
+  return (readsMark && record.detectByteOrderMark != 0) ||
+         (targetEncoder(record)->writesMark && record.options.writeByteOrderMark != 0);
+}
 
 // The bulk converter for the record's charsets and options, shared by all
 // converters of the process; null when there is none, or too little input for
