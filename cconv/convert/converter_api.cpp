@@ -95,13 +95,14 @@ uint32_t cconvInitConvert(ConverterRecord* record, const ConvertOptions* options
                           const char* targetCharset) {
   if (record == nullptr) return KSV_STATUS_FAILURE;
   CharsetDef* charset = ksv::findCharsetByName(targetCharset);
+  // Options first: what is read behind the stores of the clearing may have to wait for them.
+  if (charset != nullptr) setOptions(record->options, options);
   clearState(*record);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
   makeTablesReady(*charset, &SubsetDef::fromUcs, charset->encodingTablesAreReady);
   record->targetCharset = charset;
   record->targetCharsetId = charset->id;
   record->targetEncoder = ksv::encoderOf(*charset);
-  setOptions(record->options, options);
   if (record->options.replaceUnmappable != 0) ksv::prepareReplacements(*record);
   if (record->options.defaultLanguage[0] != '\0') setLanguages(*record);
   return finish(*record, KSV_STATUS_DONE);
