@@ -74,6 +74,8 @@ template <>
 constexpr ptrdiff_t kLongestShortInput<source_forms::Utf8> = 3;
 template <bool kBigEndian>
 constexpr ptrdiff_t kLongestShortInput<source_forms::Utf16<kBigEndian>> = 2;
+template <bool kBigEndian>
+constexpr ptrdiff_t kLongestShortInput<source_forms::FixedUnits<2, kBigEndian>> = 2;
 
 template <typename Form>
 class FormConverter : public BulkConverter {
@@ -217,7 +219,8 @@ class FormConverter : public BulkConverter {
       const ptrdiff_t left = inputEnd - at.input;
       beforeLast = last;
       last = {at.input, at.output};
-      if (Form::takeLast(run, at, left)) [[likely]] continue;
+      if (Form::takeLast(run, at, left)) [[likely]]
+        continue;
       if (!learnShort(form, at, left, *lane) || !Form::takeLast(run, at, left)) return false;
     }
     const ptrdiff_t length = at.output - scratch.data();
@@ -289,7 +292,8 @@ class FormConverter : public BulkConverter {
 
   // Looks the character up that has no short entry yet, within the bytes that are left.
   // False when it has none.
-  [[gnu::cold]] bool learnShort(const Form& form, BulkPosition at, ptrdiff_t left, Lane& lane) const {
+  [[gnu::cold]] bool learnShort(const Form& form, BulkPosition at, ptrdiff_t left,
+                                Lane& lane) const {
     uint8_t padded[Form::kLongestInput] = {};
     if (left <= 0) return false;
     std::memcpy(padded, at.input, static_cast<size_t>(std::min(left, Form::kLongestInput)));
@@ -340,7 +344,8 @@ class FormConverter : public BulkConverter {
     return lane != nullptr ? lane : makeLane(form, at, slot);
   }
 
-  [[gnu::cold]] Lane* makeLane(const Form& form, const BulkPosition& at, std::atomic<Lane*>& slot) const {
+  [[gnu::cold]] Lane* makeLane(const Form& form, const BulkPosition& at,
+                               std::atomic<Lane*>& slot) const {
     std::unique_ptr<Lane> made(new (std::nothrow) Lane{});
     if (made == nullptr) return nullptr;
     AsciiOutput ascii = AsciiOutput::kOther;

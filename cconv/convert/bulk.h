@@ -9,7 +9,8 @@
 // tag that is due) the bulk path stops and the engine goes on. Before that it goes
 // back over its last two characters, which the engine then converts again: so
 // every field of the record comes from the engine, the raw code of the character
-// before the last one included.
+// before the last one included. Only at the end of a short text it takes the fields
+// that the engine has left behind the same two characters before.
 #pragma once
 
 #include "cconv/convert/converter.h"

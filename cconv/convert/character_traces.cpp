@@ -12,10 +12,9 @@ constinit std::atomic<uint32_t> tablesInUse = 0;
 }  // namespace
 
 CharacterTrace CharacterTrace::of(const ConverterRecord& record) {
-  return {record.decodedGroup, record.decodedGroupType, record.targetGroup,
-          record.targetGroupType, record.rawCode, record.groupCode,
-          record.unicodeCode, record.outputCode, record.outputWidth,
-          record.sequenceLength, record.secondCode};
+  return {record.decodedGroup, record.decodedGroupType, record.targetGroup, record.targetGroupType,
+          record.rawCode,      record.groupCode,        record.unicodeCode, record.outputCode,
+          record.outputWidth,  record.sequenceLength,   record.secondCode};
 }
 
 void CharacterTrace::leaveIn(ConverterRecord& record) const {

@@ -43,7 +43,7 @@ void setOptions(ConvertOptions& own, const ConvertOptions* given) {
 
 // Loads what the members of the charset convert by, and remembers when there is nothing
 // left to load. A table that turns out empty asks for a second attempt.
-void makeTablesReady(const CharsetDef& charset, ksv::CodeTable SubsetDef::* table,
+void makeTablesReady(const CharsetDef& charset, ksv::CodeTable SubsetDef::*table,
                      std::atomic<bool>& areReady) {
   if (areReady.load(std::memory_order_acquire)) return;
   bool all = true;

@@ -5,7 +5,7 @@
 namespace ksv {
 namespace {
 
-constexpr uint64_t everyByte(uint8_t byte) { return 0x0101010101010101 * byte; }
+constexpr uint64_t everyByte(uint8_t byte) { return uint64_t{0x0101010101010101} * byte; }
 
 // Lowers A to Z in each of eight bytes.
 constexpr uint64_t lowered(uint64_t bytes) {
@@ -39,8 +39,8 @@ inline CharsetNames::Key CharsetNames::keyOf(std::string_view name) {
   } else if (length >= 4) {
     key.first = lowered(uint64_t{load<uint32_t>(bytes)} << 32 | load<uint32_t>(bytes + length - 4));
   } else if (length > 0) {
-    key.first = lowered(byteAt(name, 0) << 16 | byteAt(name, length / 2) << 8 |
-                        byteAt(name, length - 1));
+    key.first =
+        lowered(byteAt(name, 0) << 16 | byteAt(name, length / 2) << 8 | byteAt(name, length - 1));
   }
   return key;
 }

@@ -7,8 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "cconv/convert/bulk.h"
-#include "tests/convert/converter.h"
+#include "tests/convert/bulk_path.h"
 #include "tests/convert/own_directory.h"
 
 namespace ksv_test {
@@ -120,12 +119,6 @@ TEST(CharacterTracesOf, ManyThreadsAreNeverHalfThere) {
   EXPECT_EQ(wrong, 0u);
 }
 
-class EngineOnly {
- public:
-  EngineOnly() { ksv::setBulkPath(ksv::BulkPath::kNever); }
-  ~EngineOnly() { ksv::setBulkPath(ksv::BulkPath::kAlways); }
-};
-
 // The record behind a text, and its output, of a record in whose fields something stands.
 struct Behind {
   ConverterRecord record;
@@ -160,26 +153,16 @@ void expectSameBehind(const Conversion& setup, const Bytes& text, uint32_t seed)
       << fast.record.previousRawCode << " and " << steps.record.previousRawCode;
 }
 
-constexpr const char* kCharsets[] = {
-    "Shift_JIS",       "WINDOWS31J", "Shift_JIS-2004",   "UTF-8",        "UTF-16",
-    "EUC-JP",          "EUC-JP-MS",  "EUC-JIS-2004",     "EUC-JP-FIX",   "ISO-10646-UCS-2",
-    "ISO-2022-JP",     "OASYS_WIN",  "ISO-2022-JP-2004", "OASYS_ONLINE", "ISO-10646-UCS-4",
-    "ChineseGBK",      "GB18030",    "KoreanKSC",        "ISO-8859-1",   "windows-1252",
-    "ISO-2022-JP-KANA"};
-
-class ShortTexts : public ConversionTest {
+class ShortTexts : public BulkTest {
  protected:
-  void SetUp() override { ksv::setBulkPath(ksv::BulkPath::kAlways); }
-  void TearDown() override { ksv::setBulkPath(ksv::BulkPath::kWhereItPays); }
-
   // Twenty-odd characters in the charset: so few that each soon has been at an end.
   static std::vector<Bytes> alphabet(const char* charset) {
     const EngineOnly engineOnly;
     std::vector<Bytes> characters;
-    for (const uint32_t value : {0x41u,   0x7Eu,   0x5Cu,   0x0Au,   0x0Du,   0x00u,   0x7Fu,
-                                 0x1Bu,   0xE9u,   0xE6u,   0x300u,  0x3042u, 0x304Bu, 0x309Au,
-                                 0xFF71u, 0x4E00u, 0x2460u, 0x9ED1u, 0xE000u, 0x2028u, 0x20089u,
-                                 0x80u,   0xAC00u, 0x301Cu, 0xFF5Eu, 0xFEFFu}) {
+    for (const uint32_t value :
+         {0x41u,   0x7Eu,   0x5Cu,    0x0Au,   0x0Du,   0x00u,   0x7Fu,   0x1Bu,   0xE9u,
+          0xE6u,   0x300u,  0x3042u,  0x304Bu, 0x309Au, 0xFF71u, 0x4E00u, 0x2460u, 0x9ED1u,
+          0xE000u, 0x2028u, 0x20089u, 0x80u,   0xAC00u, 0x301Cu, 0xFF5Eu, 0xFEFFu}) {
       const Bytes ucs4 = {static_cast<char>(value >> 24), static_cast<char>(value >> 16),
                           static_cast<char>(value >> 8), static_cast<char>(value)};
       const Result result = convertWhole({"ISO-10646-UCS-4", charset}, ucs4);
@@ -217,10 +200,14 @@ TEST_F(ShortTexts, LeaveTheRecordOfTheEngineWhateverTheyEndWith) {
 }
 
 TEST_F(ShortTexts, EndWithEveryPairOfCharacters) {
-  for (const auto& [source, target] :
-       {std::pair{"Shift_JIS", "UTF-8"}, {"UTF-8", "WINDOWS31J"}, {"EUC-JP", "UTF-16"},
-        {"UTF-16", "EUC-JIS-2004"}, {"UTF-8", "Shift_JIS-2004"}, {"GB18030", "ISO-10646-UCS-4"},
-        {"windows-1252", "UTF-8"}, {"ISO-10646-UCS-4", "UTF-8"}}) {
+  for (const auto& [source, target] : {std::pair{"Shift_JIS", "UTF-8"},
+                                       {"UTF-8", "WINDOWS31J"},
+                                       {"EUC-JP", "UTF-16"},
+                                       {"UTF-16", "EUC-JIS-2004"},
+                                       {"UTF-8", "Shift_JIS-2004"},
+                                       {"GB18030", "ISO-10646-UCS-4"},
+                                       {"windows-1252", "UTF-8"},
+                                       {"ISO-10646-UCS-4", "UTF-8"}}) {
     const std::vector<Bytes> characters = alphabet(source);
     for (int round = 0; round < 2; ++round) {
       for (const Bytes& before : characters) {
@@ -304,7 +291,7 @@ Bytes convertLetters() {
 }
 
 TEST(RememberedCharacters, EndWithTheirRuleBase) {
-  ksv::setBulkPath(ksv::BulkPath::kAlways);
+  const BulkAlways bulkAlways;
   for (const uint32_t movedBy : {0u, 0x20u, 1u, 0x20u}) {
     class Directory : public OwnDirectory {
      public:
@@ -321,13 +308,12 @@ TEST(RememberedCharacters, EndWithTheirRuleBase) {
     EXPECT_EQ(converter.record.unicodeCode, 'X' + movedBy);
     EXPECT_EQ(converter.record.outputCode, 'X' + movedBy);
   }
-  ksv::setBulkPath(ksv::BulkPath::kWhereItPays);
 }
 
 using LaterRules = OwnDirectory;
 
 TEST_F(LaterRules, AreFoundBesideThoseThatAreThere) {
-  ksv::setBulkPath(ksv::BulkPath::kAlways);
+  const BulkAlways bulkAlways;
   load({letters(0x20), kAnyUtf8});
   EXPECT_EQ(convertLetters(), movedLetters(0x20));
   ConverterRecord record = {};
@@ -338,7 +324,6 @@ TEST_F(LaterRules, AreFoundBesideThoseThatAreThere) {
   EXPECT_EQ(cconvInitConvert(&record, nullptr, "Later"), 0u);
   EXPECT_EQ(convertLetters(), movedLetters(0x20));
   EXPECT_EQ(convertWhole({"later", "UTF-8"}, movedLetters(0)).output, movedLetters(0x20));
-  ksv::setBulkPath(ksv::BulkPath::kWhereItPays);
 }
 
 using EmptyTables = OwnDirectory;

@@ -68,7 +68,8 @@ TEST_F(ConverterApi, InitCopiesEveryByteOfTheOptionsAndClearsTheStateBesideThem)
   EXPECT_EQ(std::memcmp(&record.options, &options, sizeof options), 0);
   ConverterRecord expected = filledRecord();
   char* const first = reinterpret_cast<char*>(&expected.status);
-  std::memset(first, 0, static_cast<size_t>(reinterpret_cast<char*>(&expected.inputBigEndian) - first));
+  std::memset(first, 0,
+              static_cast<size_t>(reinterpret_cast<char*>(&expected.inputBigEndian) - first));
   std::memset(expected.narrowReplacement, 0, sizeof expected.narrowReplacement);
   std::memset(expected.wideReplacement, 0, sizeof expected.wideReplacement);
   expected.options = options;
