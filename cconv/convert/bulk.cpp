@@ -206,8 +206,9 @@ class FormConverter : public BulkConverter {
     const uint8_t* const inputEnd = record.input + record.inputLength;
     uint8_t* const output = start.output;
     const ptrdiff_t bytes = inputEnd - start.input;
+    if (bytes <= 0 || bytes > ptrdiff_t{kBatch}) return false;
     Lane* const lane = laneAt(form, start);
-    if (bytes > ptrdiff_t{kBatch} || lane == nullptr || !lane->table.isThere()) return false;
+    if (lane == nullptr || !lane->table.isThere()) return false;
     const ShortRun run = {lane->table.slots(), lane->stops};
     Scratch scratch;
     start.output = scratch.data();

@@ -222,6 +222,27 @@ TEST_F(ShortTexts, EndWithEveryPairOfCharacters) {
   }
 }
 
+TEST_F(ShortTexts, MayBeginAnywhereBehindTheirEndToo) {
+  for (int32_t position = 0; position < 60; ++position) {
+    for (const int32_t outputPosition : {0, 5, 399, 400, 401}) {
+      const auto recordBehind = [&] {
+        Converter converter({"UTF-8", "EUC-JP"});
+        converter.give("thirty bytes of the best ASCII", 400);
+        converter.record.inputPosition = position;
+        converter.record.outputPosition = outputPosition;
+        converter.convert();
+        ConverterRecord record = converter.record;
+        record.input = record.output = nullptr;
+        return record;
+      };
+      const ConverterRecord fast = recordBehind();
+      const EngineOnly engineOnly;
+      const ConverterRecord steps = recordBehind();
+      ASSERT_EQ(std::memcmp(&fast, &steps, sizeof fast), 0) << position << ", " << outputPosition;
+    }
+  }
+}
+
 TEST_F(ShortTexts, AreTheSameInEveryThread) {
   const std::vector<Bytes> characters = alphabet("UTF-8");
   std::mt19937 random(3);
