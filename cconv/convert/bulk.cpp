@@ -199,13 +199,15 @@ class FormConverter : public BulkConverter {
     uint8_t* output;
   };
 
-  // Converts a text of one batch that consists of short entries, and leaves any other
-  // text as it is. Its bytes are collected, since nothing behind the output may be touched.
+  // Converts a text of one batch as far as short entries answer, and leaves it as it is
+  // where another way is better. Its bytes are collected, since nothing behind the output
+  // may be touched.
   bool convertShortText(const Form& form, ConverterRecord& record) {
     BulkPosition start = positionOf(record);
     const uint8_t* const inputEnd = record.input + record.inputLength;
     uint8_t* const output = start.output;
     const ptrdiff_t bytes = inputEnd - start.input;
+    const ptrdiff_t room = record.output + record.outputCapacity - output;
     if (bytes <= 0 || bytes > ptrdiff_t{kBatch}) return false;
     Lane* const lane = laneAt(form, start);
     if (lane == nullptr || !lane->table.isThere()) return false;
@@ -218,19 +220,25 @@ class FormConverter : public BulkConverter {
     Place last = {};
     while (at.input != inputEnd) {
       const ptrdiff_t left = inputEnd - at.input;
+      const Place place = {at.input, at.output};
+      if (!Form::takeLast(run, at, left)) [[unlikely]] {
+        if (!learnShort(form, at, left, *lane) || !Form::takeLast(run, at, left)) break;
+      }
       beforeLast = last;
-      last = {at.input, at.output};
-      if (Form::takeLast(run, at, left)) [[likely]]
-        continue;
-      if (!learnShort(form, at, left, *lane) || !Form::takeLast(run, at, left)) return false;
+      last = place;
     }
     const ptrdiff_t length = at.output - scratch.data();
-    if (beforeLast.input == nullptr || length > record.output + record.outputCapacity - output)
-      return false;
+    if (beforeLast.input == nullptr || length > room) return false;
+    // Batches take longer entries too.
+    if (at.input != inputEnd && charactersWithRoom(bytes, room) >= kLeastBatch) return false;
     std::memcpy(output, scratch.data(), static_cast<size_t>(length));
     at.output = output + length;
     beforeLast.output = output + (beforeLast.output - scratch.data());
-    endText(record, at, beforeLast, last);
+    if (at.input == inputEnd) {
+      endText(record, at, beforeLast, last);
+    } else {
+      goBack(record, at, beforeLast);
+    }
     return true;
   }
 
@@ -246,14 +254,18 @@ class FormConverter : public BulkConverter {
       record.previousRawCode = before->rawCode;
       return;
     }
-    BulkPosition start = end;
-    start.input = beforeLast.input;
-    start.output = beforeLast.output;
-    start.characters -= kRedone;
-    start.units -= kRedone;
-    takeOver(record, start);
+    goBack(record, end, beforeLast);
     convertAndRemember(record, last.input);
     convertAndRemember(record, end.input);
+  }
+
+  // Leaves the record at the place where the last two characters begin.
+  void goBack(ConverterRecord& record, BulkPosition at, const Place& beforeLast) const {
+    at.input = beforeLast.input;
+    at.output = beforeLast.output;
+    at.characters -= kRedone;
+    at.units -= kRedone;
+    takeOver(record, at);
   }
 
   // Lets the engine convert the character that ends there.
