@@ -9,8 +9,10 @@
 #include <new>
 #include <vector>
 
+#include "cconv/convert/character_traces.h"
 #include "cconv/convert/converter.h"
 #include "cconv/convert/direct_table.h"
+#include "cconv/convert/driver.h"
 #include "cconv/convert/iso_2022_form.h"
 #include "cconv/convert/source_forms.h"
 
@@ -24,7 +26,7 @@ bool usesVectors() {
 }
 
 // Fewer bytes of input than this are not worth handing over.
-constexpr int32_t kLeastText = 16;
+constexpr int32_t kLeastText = 4;
 // Fewer are not worth a table, unless that many have come in short inputs before.
 constexpr int64_t kLeastInput = 1024;
 constexpr int64_t kLeastInputs = 4096;
@@ -36,27 +38,30 @@ constexpr ptrdiff_t kShortEntryBytes = sizeof(ShortEntry);
 struct TableKey {
   const CharsetDef* source;
   const CharsetDef* target;
-  bool inputBigEndian;
-  bool outputBigEndian;
-  bool convertNewlines;
-  uint32_t newlineForm;  // 0 where line ends are not converted
+  // The newline form, 0 where line ends are not converted, above three flags.
+  uint64_t settings;
 
+  static constexpr uint64_t kInputBigEndian = 1;
+  static constexpr uint64_t kOutputBigEndian = 2;
+  static constexpr uint64_t kConvertNewlines = 4;
+
+  bool inputIsBigEndian() const { return (settings & kInputBigEndian) != 0; }
   bool operator==(const TableKey&) const = default;
 };
 
 TableKey keyOf(const ConverterRecord& record) {
-  const bool convertNewlines = record.options.convertNewlines != 0;
-  return {sourceCharset(record),
-          targetCharset(record),
-          record.inputBigEndian != 0,
-          record.options.outputBigEndian != 0,
-          convertNewlines,
-          convertNewlines ? record.options.newlineForm : 0};
+  uint64_t settings = 0;
+  if (record.inputBigEndian != 0) settings |= TableKey::kInputBigEndian;
+  if (record.options.outputBigEndian != 0) settings |= TableKey::kOutputBigEndian;
+  if (record.options.convertNewlines != 0)
+    settings |= TableKey::kConvertNewlines | uint64_t{record.options.newlineForm} << 3;
+  return {sourceCharset(record), targetCharset(record), settings};
 }
 
 // Without looking further than needed: the engine decides.
 bool languageMayBeDue(const ConverterRecord& record) {
-  return record.defaultLanguage[0] != '\0' &&
+  if (record.defaultLanguage[0] == '\0') return false;
+  return record.currentLanguage[0] == '\0' ||
          std::strncmp(record.currentLanguage, record.emittedLanguage, KSV_NAME_SIZE) != 0;
 }
 
@@ -65,6 +70,20 @@ bool languageMayBeDue(const ConverterRecord& record) {
 constexpr uint32_t kBatch = 16384;
 constexpr uint32_t kPiece = 2048;
 constexpr uint32_t kLeastBatch = 16;
+// Texts of so many bytes are converted in one go.
+constexpr ptrdiff_t kLongestShortText = 256;
+
+// The most bytes that a character with a short entry is read from.
+template <typename Form>
+constexpr ptrdiff_t kLongestShortInput = Form::kLongestInput;
+template <>
+constexpr ptrdiff_t kLongestShortInput<source_forms::ByteCodes> = 2;
+template <>
+constexpr ptrdiff_t kLongestShortInput<source_forms::Utf8> = 3;
+template <bool kBigEndian>
+constexpr ptrdiff_t kLongestShortInput<source_forms::Utf16<kBigEndian>> = 2;
+template <bool kBigEndian>
+constexpr ptrdiff_t kLongestShortInput<source_forms::FixedUnits<2, kBigEndian>> = 2;
 
 template <typename Form>
 class FormConverter : public BulkConverter {
@@ -80,6 +99,7 @@ class FormConverter : public BulkConverter {
   void runAhead(ConverterRecord& record) override {
     if (languageMayBeDue(record)) return;
     const Form form{TableCursor(pages_, record)};
+    if (!Form::kShifts && !designates_ && convertShortText(form, record)) return;
     const uint8_t* const inputEnd = record.input + record.inputLength;
     const uint8_t* const outputEnd = record.output + record.outputCapacity;
 
@@ -106,7 +126,7 @@ class FormConverter : public BulkConverter {
     const uint32_t kept = at.characters - kRedone;
     if (kept < beforeTail) {
       end = kept >= batchStart.characters ? batchStart : batchBefore;
-      goBackTo(form, end, kept);
+      advanceAgain(form, end, kept);
     }
     takeOver(record, end);
   }
@@ -114,6 +134,7 @@ class FormConverter : public BulkConverter {
  private:
   // The characters that the engine converts again behind a run.
   static constexpr uint32_t kRedone = 2;
+  static constexpr uint32_t kLeastRun = 8;
   // By what is designated in the output: nothing, or a group of the codec.
   static constexpr uint32_t kDesignations = 1 + kMostDesignatedGroup;
   static constexpr uint32_t kNoGroup = 0xFFFFFFFF;
@@ -269,7 +290,7 @@ class FormConverter : public BulkConverter {
   }
 
   // From the start of a batch forward again to a place in it or in the next one.
-  void goBackTo(const Form& form, BulkPosition& at, uint32_t wanted) {
+  void advanceAgain(const Form& form, BulkPosition& at, uint32_t wanted) {
     Scratch scratch;
     while (at.characters < wanted)
       advanceIn(scratch, form, at, std::min(wanted, at.characters + kPiece));
@@ -282,6 +303,102 @@ class FormConverter : public BulkConverter {
     uint8_t* const output = at.output;
     advanceIn(scratch, form, at, wanted);
     std::memcpy(output, scratch.data(), static_cast<size_t>(at.output - output));
+  }
+
+  // Where a character begins in input and output.
+  struct Place {
+    const uint8_t* input;
+    uint8_t* output;
+  };
+
+  // Room for a short text, and for what is stored behind it.
+  using ShortScratch = std::array<uint8_t, kLongestShortText * kShortEntryBytes + 128>;
+
+  // Goes ahead in a short text, but for its last characters.
+  static void runShortText(const Lane& lane, BulkPosition& at, const uint8_t* inputEnd) {
+    for (;;) {
+      const auto least = static_cast<uint32_t>((inputEnd - at.input) / kLongestShortInput<Form>);
+      if (least < kLeastRun) return;
+      const uint32_t wanted = at.characters + least - kRedone;
+      lane.runShort(lane.run(), at, wanted);
+      if (at.characters < wanted) return;
+    }
+  }
+
+  // Converts a short text as far as short entries answer, and leaves it as it is
+  // where another way is better. Its bytes are collected, since nothing behind the output
+  // may be touched.
+  bool convertShortText(const Form& form, ConverterRecord& record) {
+    BulkPosition start = positionOf(record);
+    const uint8_t* const inputEnd = record.input + record.inputLength;
+    uint8_t* const output = start.output;
+    const ptrdiff_t bytes = inputEnd - start.input;
+    const ptrdiff_t room = record.output + record.outputCapacity - output;
+    if (bytes <= 0 || bytes > kLongestShortText) return false;
+    Lane* const lane = laneAt(form, start);
+    if (lane == nullptr || !lane->table.isThere()) return false;
+    const ShortRun run = lane->run();
+    ShortScratch scratch;
+    start.output = scratch.data();
+    runShortText(*lane, start, inputEnd);
+    BulkPosition at = start;  // of which no call that is not inlined knows
+    Place beforeLast = {};
+    Place last = {};
+    while (at.input != inputEnd) {
+      const ptrdiff_t left = inputEnd - at.input;
+      const Place place = {at.input, at.output};
+      if (!Form::takeLast(run, at, left)) [[unlikely]] {
+        if (!learnShort(form, at, left, *lane) || !Form::takeLast(run, at, left)) break;
+      }
+      beforeLast = last;
+      last = place;
+    }
+    const ptrdiff_t length = at.output - scratch.data();
+    if (beforeLast.input == nullptr || length > room) return false;
+    // Batches take longer entries too.
+    if (at.input != inputEnd && charactersWithRoom(bytes, room) >= kLeastBatch) return false;
+    std::memcpy(output, scratch.data(), static_cast<size_t>(length));
+    at.output = output + length;
+    beforeLast.output = output + (beforeLast.output - scratch.data());
+    if (at.input == inputEnd) {
+      endText(record, at, beforeLast, last);
+    } else {
+      goBack(record, at, beforeLast);
+    }
+    return true;
+  }
+
+  // Leaves the record as the engine does behind the last characters of a text.
+  void endText(ConverterRecord& record, const BulkPosition& end, const Place& beforeLast,
+               const Place& last) {
+    const CharacterTrace* const before =
+        traces_.find(beforeLast.input, last.input - beforeLast.input);
+    const CharacterTrace* const trace = traces_.find(last.input, end.input - last.input);
+    if (before != nullptr && trace != nullptr) {
+      takeOver(record, end);
+      trace->leaveIn(record);
+      record.previousRawCode = before->rawCode;
+      return;
+    }
+    goBack(record, end, beforeLast);
+    convertAndRemember(record, last.input);
+    convertAndRemember(record, end.input);
+  }
+
+  // Leaves the record at the place where the last two characters begin.
+  void goBack(ConverterRecord& record, BulkPosition at, const Place& beforeLast) const {
+    at.input = beforeLast.input;
+    at.output = beforeLast.output;
+    at.characters -= kRedone;
+    at.units -= kRedone;
+    takeOver(record, at);
+  }
+
+  // Lets the engine convert the character that ends there.
+  void convertAndRemember(ConverterRecord& record, const uint8_t* end) {
+    const uint8_t* const begin = record.input + record.inputPosition;
+    convertByCharacters(record, 1);
+    if (record.status == KSV_STATUS_WRITTEN) traces_.remember(begin, end - begin, record);
   }
 
   // Goes on character by character, as far as short entries answer, where the buffers
@@ -314,7 +431,8 @@ class FormConverter : public BulkConverter {
 
   // Looks the character up that has no short entry yet, within the bytes that are left.
   // False when it has none.
-  bool learnShort(const Form& form, BulkPosition at, ptrdiff_t left, Lane& lane) const {
+  [[gnu::cold]] bool learnShort(const Form& form, BulkPosition at, ptrdiff_t left,
+                                Lane& lane) const {
     uint8_t padded[Form::kLongestInput] = {};
     if (left <= 0) return false;
     std::memcpy(padded, at.input, static_cast<size_t>(std::min(left, Form::kLongestInput)));
@@ -365,7 +483,8 @@ class FormConverter : public BulkConverter {
     return lane != nullptr ? lane : makeLane(form, at, slot);
   }
 
-  Lane* makeLane(const Form& form, const BulkPosition& at, std::atomic<Lane*>& slot) const {
+  [[gnu::cold]] Lane* makeLane(const Form& form, const BulkPosition& at,
+                               std::atomic<Lane*>& slot) const {
     std::unique_ptr<Lane> made(new (std::nothrow) Lane{});
     if (made == nullptr) return nullptr;
     made->ascii = AsciiOutput::kOther;
@@ -485,6 +604,7 @@ class FormConverter : public BulkConverter {
   }
 
   DirectTable pages_;
+  CharacterTraces traces_;
   std::array<std::atomic<Lane*>, Form::kShiftStates* kDesignations> lanes_ = {};
   std::atomic<Designating*> designating_ = nullptr;
   const bool designates_;
@@ -514,7 +634,7 @@ std::unique_ptr<BulkConverter> makeConverterFor(const TableKey& key) {
 }
 
 std::unique_ptr<BulkConverter> makeConverter(const TableKey& key, SourceForm form) {
-  const bool bigEndian = key.inputBigEndian;
+  const bool bigEndian = key.inputIsBigEndian();
   switch (form) {
     case SourceForm::kByRules:
       if (!widthsAscend(*key.source)) return nullptr;
@@ -561,7 +681,7 @@ class BulkConverters : public DerivedTables {
       known->bytes.fetch_add(bytes, std::memory_order_relaxed);
       return nullptr;
     }
-    std::call_once(known->once, [&] { known->converter = makeConverter(key, form); });
+    if (!known->isMade.load(std::memory_order_acquire)) make(*known, form);
     return known->converter.get();
   }
 
@@ -576,9 +696,16 @@ class BulkConverters : public DerivedTables {
     explicit Known(const TableKey& knownKey) : key(knownKey) {}
     const TableKey key;
     std::atomic<int64_t> bytes = 0;  // of short inputs so far
-    std::once_flag once;
     std::unique_ptr<BulkConverter> converter;
+    std::atomic<bool> isMade = false;  // the converter, or that there is none
   };
+
+  [[gnu::cold]] void make(Known& known, SourceForm form) {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    if (known.isMade.load(std::memory_order_relaxed)) return;
+    known.converter = makeConverter(known.key, form);
+    known.isMade.store(true, std::memory_order_release);
+  }
 
   Known* knownFor(const TableKey& key) {
     for (size_t place = hashOf(key);; ++place) {
@@ -588,7 +715,7 @@ class BulkConverters : public DerivedTables {
     }
   }
 
-  Known* addKnown(const TableKey& key) {
+  [[gnu::cold]] Known* addKnown(const TableKey& key) {
     const std::lock_guard<std::mutex> guard(mutex_);
     for (size_t place = hashOf(key);; ++place) {
       std::atomic<Known*>& slot = places_[place % kPlaces];
@@ -606,8 +733,7 @@ class BulkConverters : public DerivedTables {
   static size_t hashOf(const TableKey& key) {
     const auto mixed = (reinterpret_cast<uintptr_t>(key.source) >> 4) * 0x9E3779B97F4A7C15 +
                        (reinterpret_cast<uintptr_t>(key.target) >> 4) * 0xC2B2AE3D27D4EB4F +
-                       key.newlineForm * 8 + (key.convertNewlines ? 4 : 0) +
-                       (key.inputBigEndian ? 2 : 0) + (key.outputBigEndian ? 1 : 0);
+                       key.settings;
     return static_cast<size_t>(mixed >> 40 ^ mixed) % kPlaces;
   }
 
@@ -624,14 +750,6 @@ BulkConverters& convertersOfProcess() {
 }
 
 }  // namespace
-
-bool isMarkPending(const ConverterRecord& record) {
-  const SourceForm form = sourceDecoder(record)->sourceForm;
-  const bool readsMark = form == SourceForm::kUtf8 || form == SourceForm::kUtf16 ||
-                         form == SourceForm::kUcs2 || form == SourceForm::kUcs4;
-  return (readsMark && record.detectByteOrderMark != 0) ||
-         (targetEncoder(record)->writesMark && record.options.writeByteOrderMark != 0);
-}
 
 BulkConverter* findBulkConverter(const ConverterRecord& record) try {
   const BulkPath path = bulkPath.load(std::memory_order_relaxed);

@@ -9,9 +9,11 @@
 // tag that is due) the bulk path stops and the engine goes on. Before that it goes
 // back over its last two characters, which the engine then converts again: so
 // every field of the record comes from the engine, the raw code of the character
-// before the last one included.
+// before the last one included. Only at the end of a short text it takes the fields
+// that the engine has left behind the same two characters before.
 #pragma once
 
+#include "cconv/convert/converter.h"
 #include "ksv_cconv.h"
 
 namespace ksv {
@@ -25,7 +27,13 @@ class BulkConverter {
 
 // Whether a byte-order mark has to be read or written first: it may change the byte
 // order that the direct tables are made for.
-bool isMarkPending(const ConverterRecord& record);
+inline bool isMarkPending(const ConverterRecord& record) {
+  const SourceForm form = sourceDecoder(record)->sourceForm;
+  const bool readsMark = form == SourceForm::kUtf8 || form == SourceForm::kUtf16 ||
+                         form == SourceForm::kUcs2 || form == SourceForm::kUcs4;
+  return (readsMark && record.detectByteOrderMark != 0) ||
+         (targetEncoder(record)->writesMark && record.options.writeByteOrderMark != 0);
+}
 
 // The bulk converter for the record's charsets and options, shared by all
 // converters of the process; null when there is none, or too little input for

@@ -1,4 +1,5 @@
 // The exported converter functions: check, look up, hand over to the driver.
+#include <atomic>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -26,16 +27,39 @@ void clearState(ConverterRecord& record) {
   std::memset(record.wideReplacement, 0, sizeof record.wideReplacement);
 }
 
-void loadEncodingTables(CharsetDef& charset) {
-  for (SubsetDef* group : charset.members) {
-    if (!group->isUser()) ksv::ensureTableLoaded(&group->fromUcs);
+// Copies in halves, for each of which compilers put a few wide moves; for the whole they
+// put a string instruction, which takes longer to get going.
+void setOptions(ConvertOptions& own, const ConvertOptions* given) {
+  if (given == nullptr) {
+    std::memset(&own, 0, sizeof own);
+  } else if (given != &own) {
+    constexpr size_t kHalf = sizeof own / 2;
+    char* const to = reinterpret_cast<char*>(&own);
+    const char* const from = reinterpret_cast<const char*>(given);
+    std::memcpy(to, from, kHalf);
+    std::memcpy(to + kHalf, from + kHalf, sizeof own - kHalf);
   }
 }
 
-void loadDecodingTables(CharsetDef& charset) {
+// Loads what the members of the charset convert by, and remembers when there is nothing
+// left to load. A table that turns out empty asks for a second attempt.
+void makeTablesReady(const CharsetDef& charset, ksv::CodeTable SubsetDef::*table,
+                     std::atomic<bool>& areReady) {
+  if (areReady.load(std::memory_order_acquire)) return;
+  bool all = true;
   for (SubsetDef* group : charset.members) {
-    if (!group->isUser()) ksv::ensureTableLoaded(&group->toUcs);
+    ksv::CodeTable& own = group->*table;
+    if (group->isUser() || ksv::ensureTableLoaded(&own)) continue;
+    all = all && own.fileName.empty();
   }
+  if (all) areReady.store(true, std::memory_order_release);
+}
+
+// The languages are empty before.
+void setLanguages(ConverterRecord& record) {
+  ksv::copyLanguage(record.defaultLanguage, record.options.defaultLanguage);
+  ksv::copyLanguage(record.emittedLanguage, record.defaultLanguage);
+  ksv::copyLanguage(record.currentLanguage, record.defaultLanguage);
 }
 
 uint32_t finish(ConverterRecord& record, uint32_t status) {
@@ -48,11 +72,20 @@ struct PreConvertedName {
   const char* charset;
 };
 
+// Ends at the first byte that differs, for most names the first of all.
+template <size_t kSize>
+bool isExactly(const char* name, const char (&expected)[kSize]) {
+  for (size_t i = 0; i < kSize; ++i) {
+    if (name[i] != expected[i]) return false;
+  }
+  return true;
+}
+
 // The names are compared exactly; in any other case they are ordinary charset
 // names.
 PreConvertedName preConvertedName(const char* name) {
-  if (name != nullptr && std::strcmp(name, kUtf7Name) == 0) return {ksv::kUtf7, "ISO-10646-UCS-4"};
-  if (name != nullptr && std::strcmp(name, kHzName) == 0) return {ksv::kHz, "ChineseGBK"};
+  if (name != nullptr && isExactly(name, kUtf7Name)) return {ksv::kUtf7, "ISO-10646-UCS-4"};
+  if (name != nullptr && isExactly(name, kHzName)) return {ksv::kHz, "ChineseGBK"};
   return {ksv::kNoPreConversion, name};
 }
 
@@ -62,21 +95,16 @@ uint32_t cconvInitConvert(ConverterRecord* record, const ConvertOptions* options
                           const char* targetCharset) {
   if (record == nullptr) return KSV_STATUS_FAILURE;
   CharsetDef* charset = ksv::findCharsetByName(targetCharset);
+  // Options first: what is read behind the stores of the clearing may have to wait for them.
+  if (charset != nullptr) setOptions(record->options, options);
   clearState(*record);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
-  loadEncodingTables(*charset);
+  makeTablesReady(*charset, &SubsetDef::fromUcs, charset->encodingTablesAreReady);
   record->targetCharset = charset;
   record->targetCharsetId = charset->id;
   record->targetEncoder = ksv::encoderOf(*charset);
-  if (options != nullptr) {
-    record->options = *options;
-  } else {
-    record->options = {};
-  }
   if (record->options.replaceUnmappable != 0) ksv::prepareReplacements(*record);
-  ksv::copyLanguage(record->defaultLanguage, record->options.defaultLanguage);
-  ksv::copyLanguage(record->emittedLanguage, record->defaultLanguage);
-  ksv::copyLanguage(record->currentLanguage, record->defaultLanguage);
+  if (record->options.defaultLanguage[0] != '\0') setLanguages(*record);
   return finish(*record, KSV_STATUS_DONE);
 }
 
@@ -88,7 +116,7 @@ uint32_t cconvChgCharset(ConverterRecord* record, uint32_t sourceParameters[3],
   if (name.preConversion == ksv::kUtf7 && sourceParameters != nullptr) sourceParameters[0] = 0;
   CharsetDef* charset = ksv::findCharsetByName(name.charset);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
-  loadDecodingTables(*charset);
+  makeTablesReady(*charset, &SubsetDef::toUcs, charset->decodingTablesAreReady);
   record->sourceCharset = charset;
   record->sourceCharsetId = charset->id;
   record->sourceDecoder = ksv::decoderOf(*charset);

@@ -16,14 +16,13 @@ const char* inputDumpPath = nullptr;
 
 namespace {
 
-// Puts a pre-converted text in the place of the record's input for one call. Each
-// call converts its whole input anew from the first byte; the input position
-// counts in the converted text.
+// Puts a pre-converted text in the place of the input, for one call of a record that asks
+// for a pre-conversion. Each call converts its whole input anew from the first byte; the
+// input position counts in the converted text.
 class PreConvertedInput {
  public:
   explicit PreConvertedInput(ConverterRecord& record)
       : record_(record), input_(record.input), inputLength_(record.inputLength) {
-    if (record.preConversion != kUtf7 && record.preConversion != kHz) return;
     if (record.input == nullptr || record.inputLength <= 0) return;
     const int32_t capacity = std::max(record.outputCapacity, 0);
     buffer_ = static_cast<uint8_t*>(KSV_calloc(capacity, 1));
@@ -87,18 +86,24 @@ bool gotAhead(const ConverterRecord& record, int32_t inputBefore, int32_t output
   return record.inputPosition != inputBefore || record.outputPosition != outputBefore;
 }
 
+// Whether nothing is left, or no room, which the status then says.
+bool isAtEnd(ConverterRecord& record) {
+  if (record.inputPosition >= record.inputLength) {
+    record.status = KSV_STATUS_DONE;
+    return true;
+  }
+  if (record.outputPosition >= record.outputCapacity) {
+    record.status = KSV_STATUS_FULL;
+    return true;
+  }
+  return false;
+}
+
 // Decodes one character. The raw code moves to the previous raw code, except when
 // the end of the input cuts the character: then both stay, so that a LF that comes
 // in two calls is still dropped behind its CR.
 Step decodeStep(ConverterRecord& record, CodecFunction decode, CharacterStart& start) {
-  if (record.inputPosition >= record.inputLength) {
-    record.status = KSV_STATUS_DONE;
-    return Step::kStop;
-  }
-  if (record.outputPosition >= record.outputCapacity) {
-    record.status = KSV_STATUS_FULL;
-    return Step::kStop;
-  }
+  if (isAtEnd(record)) return Step::kStop;
   const uint32_t rawCode = record.rawCode;
   const uint32_t previousRawCode = record.previousRawCode;
   record.previousRawCode = rawCode;
@@ -193,6 +198,7 @@ namespace {
 constexpr int32_t kCharactersBetweenBulks = 8;
 
 void convertInput(ConverterRecord& record) {
+  dumpInput(record);
   record.status = KSV_STATUS_WRITTEN;
   while (record.status == KSV_STATUS_WRITTEN && isMarkPending(record)) {
     convertByCharacters(record, 1);
@@ -200,9 +206,21 @@ void convertInput(ConverterRecord& record) {
   BulkConverter* const bulk = findBulkConverter(record);
   while (record.status == KSV_STATUS_WRITTEN) {
     if (bulk != nullptr) bulk->runAhead(record);
+    if (record.status != KSV_STATUS_WRITTEN || isAtEnd(record)) return;
     convertByCharacters(
         record, bulk != nullptr ? kCharactersBetweenBulks : std::numeric_limits<int32_t>::max());
   }
+}
+
+void convertPreConverted(ConverterRecord& record) {
+  const PreConvertedInput preConverted(record);
+  if (preConverted.nothingFits()) {
+    dumpInput(record);
+    record.status = KSV_STATUS_FULL;
+    return;
+  }
+  convertInput(record);
+  record.status = preConverted.endStatus(record.status);
 }
 
 }  // namespace
@@ -217,16 +235,10 @@ uint32_t convert(ConverterRecord& record) {
   if (!buffersAreUsable(record) || sourceDecoder(record) == nullptr ||
       targetEncoder(record) == nullptr) {
     record.status = KSV_STATUS_FAILURE;
-    return record.status;
-  }
-  const PreConvertedInput preConverted(record);
-  record.status = KSV_STATUS_DONE;
-  dumpInput(record);
-  if (preConverted.nothingFits()) {
-    record.status = KSV_STATUS_FULL;
+  } else if (record.preConversion == kUtf7 || record.preConversion == kHz) {
+    convertPreConverted(record);
   } else {
     convertInput(record);
-    record.status = preConverted.endStatus(record.status);
   }
   return record.status;
 }

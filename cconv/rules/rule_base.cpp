@@ -29,7 +29,11 @@ bool enter(RuleList<std::unique_ptr<Item>>& list, std::unordered_map<CharsetId, 
 }  // namespace
 
 bool RuleLists::addCharset(std::unique_ptr<CharsetDef> charset) {
-  return enter(charsets_, charsetsById_, std::move(charset));
+  CharsetDef* added = charset.get();
+  if (!enter(charsets_, charsetsById_, std::move(charset))) return false;
+  // Another charset may have its number, and is then found under its name.
+  if (findCharset(added->id) == added) charsetsByName_.enter(added->name, added);
+  return true;
 }
 
 bool RuleLists::addSubset(std::unique_ptr<SubsetDef> subset) {
@@ -47,13 +51,17 @@ CharsetDef* RuleLists::findCharset(CharsetId id) const {
   return found == charsetsById_.end() ? nullptr : found->second;
 }
 
-CharsetDef* findCharsetByName(const char* name) {
-  if (name == nullptr) return nullptr;
-  const size_t length = strnlen(name, kNameSize);
-  if (length >= kNameSize) return nullptr;
+CharsetDef* RuleLists::findCharset(std::string_view name) const {
+  if (CharsetDef* charset = charsetsByName_.find(name)) return charset;
   char lowered[kNameSize];
-  std::memcpy(lowered, name, length + 1);
-  return findCharsetById(nameToId(lowered));
+  if (name.size() >= sizeof lowered) return nullptr;
+  lowered[name.copy(lowered, name.size())] = '\0';
+  return findCharset(nameToId(lowered));
+}
+
+CharsetDef* findCharsetByName(const char* name) {
+  if (name == nullptr || ruleBase.lists == nullptr) return nullptr;
+  return ruleBase.lists->findCharset(std::string_view(name, strnlen(name, kNameSize)));
 }
 
 namespace {

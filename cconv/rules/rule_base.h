@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
+#include "cconv/rules/charset_names.h"
 #include "cconv/rules/rule_model.h"
 #include "common/platform.h"
 
@@ -51,6 +53,8 @@ class RuleLists {
   bool addSubset(std::unique_ptr<SubsetDef> subset);
 
   CharsetDef* findCharset(CharsetId id) const;
+  // The charset whose number is that of the name.
+  CharsetDef* findCharset(std::string_view name) const;
   SubsetDef* findSubset(CharsetId id) const {
     const CharsetId wellKnown = id - kFirstWellKnown;
     if (wellKnown < kWellKnownCount) return wellKnown_[wellKnown];
@@ -71,6 +75,7 @@ class RuleLists {
   RuleList<std::unique_ptr<CharsetDef>> charsets_;
   RuleList<std::unique_ptr<SubsetDef>> subsets_;
   std::unordered_map<CharsetId, CharsetDef*> charsetsById_;
+  CharsetNames charsetsByName_;
   std::unordered_map<CharsetId, SubsetDef*> subsetsById_;
   SubsetDef* wellKnown_[kWellKnownCount] = {};
 };

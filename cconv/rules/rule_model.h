@@ -152,6 +152,10 @@ struct CharsetDef {
   // thread may fill them.
   mutable std::atomic<const CodecEntry*> encoder = nullptr;
   mutable std::atomic<const CodecEntry*> decoder = nullptr;
+  // Whether the tables from and to Unicode of all members are as they will stay: those
+  // that have a file are loaded. Set by whoever finds it so.
+  mutable std::atomic<bool> encodingTablesAreReady = false;
+  mutable std::atomic<bool> decodingTablesAreReady = false;
 
  private:
   std::vector<int32_t> idSlots_;  // open addressing by id, -1: free

@@ -1,40 +1,15 @@
 // The bulk path against the step-by-step engine: whatever the charsets, options
 // and cuts, every byte and every field is the same.
-#include "cconv/convert/bulk.h"
-
 #include <atomic>
 #include <cstring>
 #include <random>
 #include <thread>
 #include <vector>
 
-#include "tests/convert/converter.h"
+#include "tests/convert/bulk_path.h"
 
 namespace ksv_test {
 namespace {
-
-constexpr const char* kCharsets[] = {
-    "Shift_JIS",       "WINDOWS31J", "Shift_JIS-2004",   "UTF-8",        "UTF-16",
-    "EUC-JP",          "EUC-JP-MS",  "EUC-JIS-2004",     "EUC-JP-FIX",   "ISO-10646-UCS-2",
-    "ISO-2022-JP",     "OASYS_WIN",  "ISO-2022-JP-2004", "OASYS_ONLINE", "ISO-10646-UCS-4",
-    "ChineseGBK",      "GB18030",    "KoreanKSC",        "ISO-8859-1",   "windows-1252",
-    "ISO-2022-JP-KANA"};
-
-class While {
- public:
-  explicit While(ksv::BulkPath path) { ksv::setBulkPath(path); }
-  ~While() { ksv::setBulkPath(ksv::BulkPath::kAlways); }
-};
-
-class EngineOnly : public While {
- public:
-  EngineOnly() : While(ksv::BulkPath::kNever) {}
-};
-
-class WithoutVectors : public While {
- public:
-  WithoutVectors() : While(ksv::BulkPath::kAlwaysWithoutVectors) {}
-};
 
 // One call after another until the end, with what each leaves in the record.
 struct Trace {
@@ -166,19 +141,7 @@ std::vector<int32_t> randomCapacities(Random& random) {
   return capacities;
 }
 
-class Bulk : public ConversionTest {
- protected:
-  // Without the tables derived so far: there are only so many in a process, and those
-  // who come later go without.
-  static void startAnew() {
-    endProcess();
-    startProcess();
-    ASSERT_EQ(cconvLoadRule(), 1);
-  }
-
-  void SetUp() override { ksv::setBulkPath(ksv::BulkPath::kAlways); }
-  void TearDown() override { ksv::setBulkPath(ksv::BulkPath::kWhereItPays); }
-};
+using Bulk = BulkTest;
 
 TEST_F(Bulk, RandomTextConvertsAsTheEngineConvertsIt) {
   Random random(20261121);

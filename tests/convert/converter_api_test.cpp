@@ -48,6 +48,37 @@ TEST_F(ConverterApi, InitWithoutOptionsZeroesThem) {
   EXPECT_NE(record.targetCharset, nullptr);
 }
 
+TEST_F(ConverterApi, InitTakesTheOptionsThatStandInTheRecord) {
+  ConverterRecord record = filledRecord();
+  record.options.replaceUnmappable = 0;
+  const ConvertOptions before = record.options;
+  EXPECT_EQ(cconvInitConvert(&record, &record.options, "UTF-8"), 0u);
+  EXPECT_EQ(std::memcmp(&record.options, &before, sizeof before), 0);
+  EXPECT_EQ(record.defaultLanguage[258], 0x5A);
+  EXPECT_EQ(record.defaultLanguage[259], '\0');
+}
+
+TEST_F(ConverterApi, InitCopiesEveryByteOfTheOptionsAndClearsTheStateBesideThem) {
+  ConvertOptions options = {};
+  std::memset(&options, 0xA5, sizeof options);
+  options.replaceUnmappable = 0;
+  options.defaultLanguage[0] = '\0';
+  ConverterRecord record = filledRecord();
+  EXPECT_EQ(cconvInitConvert(&record, &options, "UTF-8"), 0u);
+  EXPECT_EQ(std::memcmp(&record.options, &options, sizeof options), 0);
+  ConverterRecord expected = filledRecord();
+  char* const first = reinterpret_cast<char*>(&expected.status);
+  std::memset(first, 0,
+              static_cast<size_t>(reinterpret_cast<char*>(&expected.inputBigEndian) - first));
+  std::memset(expected.narrowReplacement, 0, sizeof expected.narrowReplacement);
+  std::memset(expected.wideReplacement, 0, sizeof expected.wideReplacement);
+  expected.options = options;
+  expected.targetCharsetId = record.targetCharsetId;
+  expected.targetCharset = record.targetCharset;
+  expected.targetEncoder = record.targetEncoder;
+  EXPECT_EQ(std::memcmp(&record, &expected, sizeof record), 0);
+}
+
 TEST_F(ConverterApi, CharsetNamesAreFoundWithoutRegardToCase) {
   ConverterRecord record = {};
   char name[] = "sHiFt_jIs";
