@@ -541,15 +541,16 @@ class FormConverter : public BulkConverter {
   // so once for nearly every page.
   static void learnPage(const Form& form, uint32_t shortIndex, Lane& lane) {
     if constexpr (Form::kIsUnicode) {
-      if (lane.ascii != AsciiOutput::kLittleUnits && lane.ascii != AsciiOutput::kBigUnits) return;
+      const bool bigEndian = lane.ascii == AsciiOutput::kBigUnits;
+      if (!bigEndian && lane.ascii != AsciiOutput::kLittleUnits) return;
       if (shortIndex >= ShortTable::kSingles) return;
       std::atomic<uint8_t>& page = lane.pages.classes[shortIndex >> 8];
       if (page.load(std::memory_order_relaxed) != 0) return;
       bool isPlain = true;
-      for (uint32_t value = shortIndex & 0xFF00; value <= (shortIndex | 0xFF); ++value) {
+      for (uint32_t value = shortIndex & 0xFF00; isPlain && value <= (shortIndex | 0xFF); ++value) {
         uint8_t unit[2];
-        source_forms::putUnit(unit, value, 2, lane.ascii == AsciiOutput::kBigUnits);
-        isPlain &= form.entryOf(value) == makeEntry(unit, 2, 1) || Form::isMark(value);
+        source_forms::putUnit(unit, value, 2, bigEndian);
+        isPlain = form.entryOf(value) == makeEntry(unit, 2, 1) || Form::isMark(value);
       }
       page.store(isPlain ? PlainPages::kIsPlain : PlainPages::kIsNot, std::memory_order_relaxed);
     }

@@ -252,6 +252,13 @@ class Utf8 : public UnicodeSource {
     position = at;
   }
 
+  KSV_IN_LOOP static bool runOne(const ShortRun& run, BulkPosition& at) {
+    const uint32_t lead = at.input[0];
+    if (lead < 0xC0) return takeOne(run, at, lead, 1);
+    if (lead < 0xE0) return takeOne(run, at, twoBytes(at.input), 2);
+    return lead < 0xF0 && takeOne(run, at, threeBytes(at.input), 3);
+  }
+
   static RunShort runByVectors(AsciiOutput ascii) { return vector_runs::utf8(ascii); }
   static RunShort runDesignating() { return vector_runs::utf8Designating(); }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
@@ -266,13 +273,6 @@ class Utf8 : public UnicodeSource {
   }
 
  private:
-  KSV_IN_LOOP static bool runOne(const ShortRun& run, BulkPosition& at) {
-    const uint32_t lead = at.input[0];
-    if (lead < 0xC0) return takeOne(run, at, lead, 1);
-    if (lead < 0xE0) return takeOne(run, at, twoBytes(at.input), 2);
-    return lead < 0xF0 && takeOne(run, at, threeBytes(at.input), 3);
-  }
-
   // Whether four characters of three bytes follow each other.
   KSV_IN_LOOP static bool areThreeBytesEach(const uint8_t* input, uint64_t firstEight) {
     return (firstEight & 0xC0F0C0C0F0C0C0F0) == 0x80E08080E08080E0 &&

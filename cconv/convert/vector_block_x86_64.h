@@ -6,22 +6,15 @@
 #include <bit>
 
 #include "cconv/convert/bulk_run.h"
+#include "cconv/convert/vector_level.h"
 
 namespace ksv::vector_runs {
-
-inline bool hasAvx512() {
-  return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
-         __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2") &&
-         __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
-         __builtin_cpu_supports("popcnt");
-}
 
 // Of the runs for each way to write ASCII, the one for this; null on other processors.
 template <typename RunFor>
 auto chosen(AsciiOutput ascii, RunFor runFor)
     -> decltype(runFor.template operator()<AsciiOutput::kOther>()) {
-  if (!hasAvx512()) return nullptr;
+  if (vectorLevel() < VectorLevel::kAvx512) return nullptr;
   switch (ascii) {
     case AsciiOutput::kBytes:
       return runFor.template operator()<AsciiOutput::kBytes>();

@@ -13,7 +13,11 @@ RunShort byteCodes(AsciiOutput ascii);
 RunShort utf8(AsciiOutput ascii);
 RunShort twoByteUnits(AsciiOutput ascii, bool bigEndian);
 
-// The same for an output with escape sequences. The entries tell their groups.
+// From UTF-8 to units of two bytes, on processors with less.
+RunShort utf8ToUnitsSse41(AsciiOutput ascii);
+RunShort utf8ToUnitsAvx2(AsciiOutput ascii);
+
+// The runs for an output with escape sequences. The entries tell their groups.
 RunShort byteCodesDesignating();
 RunShort utf8Designating();
 RunShort twoByteUnitsDesignating(bool bigEndian);

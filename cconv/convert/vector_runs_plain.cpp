@@ -1,7 +1,11 @@
 // Processors whose vector instructions are not made use of.
+#include "cconv/convert/vector_level.h"
 #include "cconv/convert/vector_runs.h"
 
 namespace ksv::vector_runs {
+
+VectorLevel vectorLevel() { return VectorLevel::kNone; }
+void limitVectors(VectorLevel) {}
 
 RunShort byteCodes(AsciiOutput) { return nullptr; }
 RunShort utf8(AsciiOutput) { return nullptr; }

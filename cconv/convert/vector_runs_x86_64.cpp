@@ -335,7 +335,17 @@ RunShort byteCodes(AsciiOutput ascii) {
 }
 
 RunShort utf8(AsciiOutput ascii) {
-  return chosen(ascii, []<AsciiOutput kAscii>() -> RunShort { return runUtf8<kAscii>; });
+  switch (vectorLevel()) {
+    case VectorLevel::kAvx512:
+      return chosen(ascii, []<AsciiOutput kAscii>() -> RunShort { return runUtf8<kAscii>; });
+    case VectorLevel::kAvx2:
+      return utf8ToUnitsAvx2(ascii);
+    case VectorLevel::kSse41:
+      return utf8ToUnitsSse41(ascii);
+    case VectorLevel::kNone:
+      break;
+  }
+  return nullptr;
 }
 
 RunShort twoByteUnits(AsciiOutput ascii, bool bigEndian) {
@@ -345,15 +355,15 @@ RunShort twoByteUnits(AsciiOutput ascii, bool bigEndian) {
 }
 
 RunShort byteCodesDesignating() {
-  return hasAvx512() ? runByteCodes<AsciiOutput::kBytes, true> : nullptr;
+  return vectorLevel() == VectorLevel::kAvx512 ? runByteCodes<AsciiOutput::kBytes, true> : nullptr;
 }
 
 RunShort utf8Designating() {
-  return hasAvx512() ? runUtf8<AsciiOutput::kBytes, true> : nullptr;
+  return vectorLevel() == VectorLevel::kAvx512 ? runUtf8<AsciiOutput::kBytes, true> : nullptr;
 }
 
 RunShort twoByteUnitsDesignating(bool bigEndian) {
-  if (!hasAvx512()) return nullptr;
+  if (vectorLevel() < VectorLevel::kAvx512) return nullptr;
   return bigEndian ? runUnits<AsciiOutput::kBytes, true, true>
                    : runUnits<AsciiOutput::kBytes, false, true>;
 }

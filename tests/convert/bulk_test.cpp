@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "cconv/convert/vector_level.h"
 #include "tests/convert/bulk_path.h"
 
 namespace ksv_test {
@@ -258,41 +259,73 @@ Bytes mappableText(Random& random, const char* source, const char* target, size_
   return convertWhole(back, ordinaryText(random, target, count, 1)).output;
 }
 
+void expectSameOfLongTexts(Random& random, const char* source, const char* target) {
+  for (const uint32_t bigEndian : {0u, 1u}) {
+    expectSame(usualSetup(random, source, target, bigEndian),
+               ordinaryText(random, source, 10000, bigEndian), {90000, 33333});
+    expectSame(usualSetup(random, source, target, bigEndian),
+               mappableText(random, source, target, 40000, bigEndian), {1000000});
+  }
+}
+
+// Inside a run of what goes well anything may stand that has to be left to the engine.
+void expectSameWithStrangers(Random& random, const char* source, const char* target) {
+  const Bytes strangers[] = {
+      bytes("1B"),          bytes("1B 24 42"), bytes("1B 28 42"),    bytes("1B 28 4A"),
+      bytes("0A"),          bytes("0D"),       bytes("7F"),          bytes("80"),
+      bytes("FF"),          bytes("8F A2 AF"), bytes("B1"),          bytes("E3 82"),
+      bytes("F0 9F 98 80"), bytes("E3 82 9A"), bytes("CC 80"),       bytes("9A 30"),
+      bytes("00 D8"),       bytes("C0 80"),    bytes("81 30 81 30"), bytes("00"),
+      bytes("E0 80 8D"),    bytes("ED A0 80"), bytes("E2 82 AC"),    bytes("EF BF BF")};
+  const uint32_t bigEndian = below(random, 2);
+  const Bytes text = mappableText(random, source, target, 260, bigEndian);
+  for (size_t at = 0; at < 150; ++at) {
+    Bytes disturbed = text;
+    const Bytes& stranger = strangers[below(random, std::size(strangers))];
+    disturbed.replace(std::min(at, text.size()), below(random, 2) * stranger.size(), stranger);
+    expectSame(usualSetup(random, source, target, bigEndian), disturbed, {4000});
+  }
+}
+
 TEST_F(Bulk, LongOrdinaryTextsConvertAsTheEngineConvertsThem) {
   Random random(11);
   for (const char* source : kUsualSources) {
     for (const char* target : kUsualTargets) {
       startAnew();
-      for (const uint32_t bigEndian : {0u, 1u}) {
-        expectSame(usualSetup(random, source, target, bigEndian),
-                   ordinaryText(random, source, 10000, bigEndian), {90000, 33333});
-        expectSame(usualSetup(random, source, target, bigEndian),
-                   mappableText(random, source, target, 40000, bigEndian), {1000000});
-        if (HasFatalFailure()) return;
-      }
+      ASSERT_NO_FATAL_FAILURE(expectSameOfLongTexts(random, source, target));
     }
   }
 }
 
-// Inside a run of what goes well anything may stand that has to be left to the engine.
 TEST_F(Bulk, AStrangerAtEveryPlaceOfAnOrdinaryText) {
-  const Bytes strangers[] = {bytes("1B"),       bytes("1B 24 42"), bytes("1B 28 42"), bytes("1B 28 4A"),
-                             bytes("0A"),       bytes("0D"),       bytes("7F"),       bytes("80"),
-                             bytes("FF"),       bytes("8F A2 AF"), bytes("B1"),       bytes("E3 82"),
-                             bytes("F0 9F 98 80"), bytes("E3 82 9A"), bytes("CC 80"),  bytes("9A 30"),
-                             bytes("00 D8"),    bytes("81 30 81 30"), bytes("C0 80"), bytes("00")};
   Random random(12);
   for (const char* source : kUsualSources) {
     for (const char* target : kUsualTargets) {
       startAnew();
-      const uint32_t bigEndian = below(random, 2);
-      const Bytes text = mappableText(random, source, target, 260, bigEndian);
-      for (size_t at = 0; at < 150; ++at) {
-        Bytes disturbed = text;
-        const Bytes& stranger = strangers[below(random, std::size(strangers))];
-        disturbed.replace(std::min(at, text.size()), below(random, 2) * stranger.size(), stranger);
-        expectSame(usualSetup(random, source, target, bigEndian), disturbed, {4000});
-        if (HasFatalFailure()) return;
+      ASSERT_NO_FATAL_FAILURE(expectSameWithStrangers(random, source, target));
+    }
+  }
+}
+
+class WithVectorsUpTo {
+ public:
+  explicit WithVectorsUpTo(ksv::vector_runs::VectorLevel level) {
+    ksv::vector_runs::limitVectors(level);
+  }
+  ~WithVectorsUpTo() { ksv::vector_runs::limitVectors(ksv::vector_runs::VectorLevel::kAvx512); }
+};
+
+TEST_F(Bulk, UnicodeFormsConvertAsTheEngineConvertsThemWithLesserVectors) {
+  using enum ksv::vector_runs::VectorLevel;
+  constexpr const char* kForms[] = {"UTF-8", "UTF-16", "ISO-10646-UCS-2", "ISO-8859-1"};
+  Random random(13);
+  for (const auto level : {kSse41, kAvx2}) {
+    const WithVectorsUpTo limited(level);
+    for (const char* source : kForms) {
+      for (const char* target : kForms) {
+        startAnew();
+        ASSERT_NO_FATAL_FAILURE(expectSameOfLongTexts(random, source, target));
+        ASSERT_NO_FATAL_FAILURE(expectSameWithStrangers(random, source, target));
       }
     }
   }

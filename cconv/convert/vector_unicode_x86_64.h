@@ -1,0 +1,157 @@
+// Runs from UTF-8 to units of two bytes in windows of 128 bits, of which a vector has one
+// or more. To be included where the instructions for it are allowed, behind a type Vector
+// that wraps them. The other way the tables are faster than these.
+
+namespace ksv::vector_runs {
+namespace {
+
+// The pages of a run that are plain, a bit each: a row for each upper half of a byte.
+struct PlainBits {
+  uint8_t low[16];
+  uint8_t high[16];
+
+  explicit PlainBits(const PlainPages& pages) {
+    for (uint32_t row = 0; row < 16; ++row) {
+      uint32_t bits = 0;
+      for (uint32_t page = 0; page < 16; ++page) {
+        const uint8_t state = pages.classes[16 * row + page].load(std::memory_order_relaxed);
+        bits |= static_cast<uint32_t>(state & PlainPages::kIsPlain) << page;
+      }
+      low[row] = static_cast<uint8_t>(bits);
+      high[row] = static_cast<uint8_t>(bits >> 8);
+    }
+  }
+};
+
+class PlainCheck {
+ public:
+  KSV_IN_LOOP explicit PlainCheck(const PlainBits& bits)
+      : low_(Vector::repeat(bits.low)), high_(Vector::repeat(bits.high)) {}
+
+  // The bytes of the values, below U+0800 or not, that are written otherwise than they are.
+  template <bool kBelow0800>
+  KSV_IN_LOOP uint32_t others(Vector values) const {
+    static constexpr uint8_t kBits[16] = {1, 2, 4, 8, 16, 32, 64, 128,
+                                          1, 2, 4, 8, 16, 32, 64, 128};
+    const Vector row = values.shiftedRight<12>();
+    const Vector page = values.shiftedRight<8>() & Vector::of16(0xF);
+    const Vector isUpper = page.greater16(Vector::of16(7));
+    const Vector bits = (isUpper & high_.shuffled(row)) | isUpper.andNot(low_.shuffled(row));
+    const Vector plain = bits & Vector::repeat(kBits).shuffled(page) & Vector::of16(0xFF);
+    Vector bad = plain.equals16(Vector::of16(0));
+    for (const StandaloneMark& mark : kStandaloneMarks) {
+      if ((mark.unicode < 0x800) == kBelow0800)
+        bad = bad | values.equals16(Vector::of16(static_cast<uint16_t>(mark.unicode)));
+    }
+    return bad.signs();
+  }
+
+ private:
+  const Vector low_;
+  const Vector high_;
+};
+
+constexpr uint32_t kWindow = 16;  // bytes
+constexpr uint32_t kThrees = 4;   // characters of three bytes in a window
+constexpr uint32_t kTwos = 8;     // characters of two bytes in a window
+
+// How many of the characters that the windows can hold stand before the first that is
+// marked, by the signs of their bytes.
+template <uint32_t kCharacters, uint32_t kBytes>
+KSV_IN_LOOP uint32_t leadingGood(uint32_t marked) {
+  constexpr uint32_t kBehind = 1u << kCharacters * kBytes;
+  const uint32_t first =
+      static_cast<uint32_t>(std::countr_zero((marked & 0xFFFF) | kBehind)) / kBytes;
+  if (Vector::kWindows == 1 || first < kCharacters) return first;
+  return first + static_cast<uint32_t>(std::countr_zero(marked >> 16 | kBehind)) / kBytes;
+}
+
+// Goes behind the characters that were put out: all that the windows can hold, or so many.
+// By a branch, since the next ones must not wait for the answer.
+template <uint32_t kAll, uint32_t kBytes>
+KSV_IN_LOOP bool goBehind(BulkPosition& at, uint32_t count) {
+  if (count == kAll) [[likely]] {
+    at.output += 2 * kAll;
+    at.advance(kBytes * kAll, kAll);
+    return true;
+  }
+  at.output += 2 * count;
+  at.advance(kBytes * count, count);
+  return count > 0;
+}
+
+// With so many characters wanted, windows can be loaded and stored.
+constexpr uint32_t kLeastWanted = 2 * kTwos * Vector::kWindows;
+
+template <bool kBigEndian>
+KSV_IN_LOOP Vector inOrder(Vector units) {
+  static constexpr uint8_t kSwap[16] = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
+  return kBigEndian ? units.shuffled(Vector::repeat(kSwap)) : units;
+}
+
+// Takes characters of three bytes each, as many as the windows begin with.
+template <bool kBigEndian>
+KSV_IN_LOOP bool takeThrees(const PlainCheck& plain, BulkPosition& at) {
+  static constexpr uint8_t kMarkers[16] = {0xF0, 0xC0, 0xC0, 0xF0, 0xC0, 0xC0, 0xF0, 0xC0,
+                                           0xC0, 0xF0, 0xC0, 0xC0, 0,    0,    0,    0};
+  static constexpr uint8_t kThreeBytes[16] = {0xE0, 0x80, 0x80, 0xE0, 0x80, 0x80, 0xE0, 0x80,
+                                              0x80, 0xE0, 0x80, 0x80, 0,    0,    0,    0};
+  static constexpr uint8_t kNo = 0x80;  // of a shuffle: zero
+  static constexpr uint8_t kLeads[16] = {kNo, 0,   kNo, 3,   kNo, 6,   kNo, 9,
+                                         kNo, kNo, kNo, kNo, kNo, kNo, kNo, kNo};
+  static constexpr uint8_t kRests[16] = {2,   1,   5,   4,   8,   7,   11,  10,
+                                         kNo, kNo, kNo, kNo, kNo, kNo, kNo, kNo};
+  const Vector bytes = Vector::load(at.input, 3 * kThrees);
+  const uint32_t good = leadingGood<kThrees, 3>(
+      ~(bytes & Vector::repeat(kMarkers)).equals8(Vector::repeat(kThreeBytes)).signs() &
+      Vector::kSigns);
+  if (good == 0) return false;
+  const Vector rests = bytes.shuffled(Vector::repeat(kRests));
+  const Vector values = bytes.shuffled(Vector::repeat(kLeads)).shiftedLeft<4>() |
+                        (rests & Vector::of16(0x3F00)).shiftedRight<2>() |
+                        (rests & Vector::of16(0x003F));
+  const uint32_t count =
+      std::min(good, leadingGood<kThrees, 2>(plain.others<false>(values)));
+  inOrder<kBigEndian>(values).store(at.output, 2 * kThrees);
+  return goBehind<kThrees * Vector::kWindows, 3>(at, count);
+}
+
+// The same for characters of two bytes.
+template <bool kBigEndian>
+KSV_IN_LOOP bool takeTwos(const PlainCheck& plain, BulkPosition& at) {
+  const Vector bytes = Vector::load(at.input, kWindow);
+  const Vector markers = bytes & Vector::of16(0xC0E0);
+  const uint32_t others = ~markers.equals16(Vector::of16(0x80C0)).signs() & Vector::kSigns;
+  if ((others & 3) != 0) return false;
+  const Vector values = (bytes & Vector::of16(0x1F)).shiftedLeft<6>() |
+                        (bytes.shiftedRight<8>() & Vector::of16(0x3F));
+  const uint32_t count = leadingGood<kTwos, 2>(others | plain.others<true>(values));
+  inOrder<kBigEndian>(values).store(at.output, kWindow);
+  return goBehind<kTwos * Vector::kWindows, 2>(at, count);
+}
+
+template <AsciiOutput kAscii>
+void runUtf8ToUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+  constexpr bool kBigEndian = kAscii == AsciiOutput::kBigUnits;
+  const PlainCheck plain{PlainBits(*run.pages)};
+  BulkPosition at = position;
+  while (wanted - at.characters >= kLeastWanted) {
+    if (const uint32_t leading = leadingAscii(loadEight(at.input)); leading > 0) {
+      if (takeAscii<kAscii>(run, at, wanted, leading) > 0) continue;
+    }
+    const bool isLonger = at.input[0] >= 0xE0;
+    const bool areTwos = !isLonger && (at.input[2] & 0xE0) == 0xC0;
+    if (isLonger && takeThrees<kBigEndian>(plain, at)) continue;
+    if (areTwos && takeTwos<kBigEndian>(plain, at)) continue;
+    if (!source_forms::Utf8::runOne(run, at)) break;
+  }
+  position = at;
+}
+
+RunShort utf8ToUnits(AsciiOutput ascii) {
+  if (ascii == AsciiOutput::kLittleUnits) return runUtf8ToUnits<AsciiOutput::kLittleUnits>;
+  return ascii == AsciiOutput::kBigUnits ? runUtf8ToUnits<AsciiOutput::kBigUnits> : nullptr;
+}
+
+}  // namespace
+}  // namespace ksv::vector_runs
