@@ -191,8 +191,7 @@ class FormConverter : public BulkConverter {
         if (byVectors) runShifted(form, at, wanted);
       }
       if (const Lane* lane = laneAt(form, at); lane != nullptr && lane->table.isThere()) {
-        if (byVectors && lane->runByVectors != nullptr)
-          lane->runByVectors(lane->run(), at, wanted);
+        if (byVectors && lane->runByVectors != nullptr) lane->runByVectors(lane->run(), at, wanted);
         lane->runShort(lane->run(), at, wanted);
       }
       if (at.characters >= wanted) return;
@@ -219,7 +218,8 @@ class FormConverter : public BulkConverter {
     const Lane* pairs = laneOf(form, at, Form::kPairGroup);
     if (ascii == nullptr || pairs == nullptr || ascii->runShifted == nullptr) return;
     if (!pairs->table.isThere() || !ascii->stops.escape) return;
-    ascii->runShifted({ascii->run(), pairs->run(), Form::kAsciiGroup, Form::kPairGroup}, at, wanted);
+    ascii->runShifted({ascii->run(), pairs->run(), Form::kAsciiGroup, Form::kPairGroup}, at,
+                      wanted);
   }
 
   const Lane* laneOf(const Form& form, BulkPosition at, uint32_t decoderState) {
@@ -231,8 +231,7 @@ class FormConverter : public BulkConverter {
   Designating* designatingFor(const Form& form, const BulkPosition& at) {
     Designating* known = designating_.load(std::memory_order_acquire);
     if (known == nullptr) known = makeDesignating(form, at);
-    const bool works =
-        known != nullptr && known->runByVectors != nullptr && known->table.isThere();
+    const bool works = known != nullptr && known->runByVectors != nullptr && known->table.isThere();
     return works ? known : nullptr;
   }
 

@@ -40,11 +40,8 @@ struct StandaloneMark {
   uint32_t unicode;
   uint32_t jisCode;
 };
-constexpr StandaloneMark kStandaloneMarks[] = {{0x309A, 0x212C},
-                                               {0x0300, 0x212E},
-                                               {0x0301, 0x212D},
-                                               {0x02E5, 0x2824},
-                                               {0x02E9, 0x2825}};
+constexpr StandaloneMark kStandaloneMarks[] = {
+    {0x309A, 0x212C}, {0x0300, 0x212E}, {0x0301, 0x212D}, {0x02E5, 0x2824}, {0x02E9, 0x2825}};
 
 // The JIS X 0208/0213 code of a mark on its own, for targets that cannot compose;
 // 0 for any other character.

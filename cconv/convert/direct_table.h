@@ -50,9 +50,7 @@ constexpr Entry designatingEntry(Entry entry, uint32_t escapeLength, uint32_t gr
          Entry{designationIndex(group)} << 58;
 }
 constexpr uint32_t designatedGroupAt(uint32_t index) { return kBeforeDesignatedGroups + index; }
-constexpr uint32_t designatedGroupOf(Entry entry) {
-  return designatedGroupAt(entry >> 58 & 0xF);
-}
+constexpr uint32_t designatedGroupOf(Entry entry) { return designatedGroupAt(entry >> 58 & 0xF); }
 constexpr uint32_t escapeLengthOf(Entry entry) { return entry >> 52 & 0x3F; }
 constexpr Entry withoutDesignation(Entry entry) {
   const uint32_t escapeLength = escapeLengthOf(entry);

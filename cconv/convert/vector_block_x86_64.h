@@ -95,8 +95,7 @@ KSV_IN_LOOP void putDesignating(const ShortRun& run, BulkPosition& at, __m512i e
                                 uint32_t count) {
   const __m512i groups = _mm512_and_si512(_mm512_srli_epi32(entries, kShortGroupShift),
                                           _mm512_set1_epi32(kMostShortGroup));
-  const __m512i current =
-      _mm512_set1_epi32(static_cast<int>(designationIndex(at.designatedGroup)));
+  const __m512i current = _mm512_set1_epi32(static_cast<int>(designationIndex(at.designatedGroup)));
   const __mmask16 changes =
       _mm512_cmpneq_epi32_mask(groups, _mm512_alignr_epi32(groups, current, kLanes - 1));
   const __m512i escapes =
@@ -113,9 +112,8 @@ KSV_IN_LOOP void putDesignating(const ShortRun& run, BulkPosition& at, __m512i e
   putPairs(at, pairs[1], lengths[1], count - least(count, kLanes / 2));
   if (count == 0) return;
   const auto last = static_cast<__mmask16>(1u << (count - 1));
-  at.designatedGroup =
-      designatedGroupAt(static_cast<uint32_t>(_mm_cvtsi128_si32(_mm512_castsi512_si128(
-          _mm512_maskz_compress_epi32(last, groups)))));
+  at.designatedGroup = designatedGroupAt(static_cast<uint32_t>(
+      _mm_cvtsi128_si32(_mm512_castsi512_si128(_mm512_maskz_compress_epi32(last, groups)))));
 }
 
 // Puts out up to sixteen entries; how many, up to the first that is none.
@@ -137,8 +135,8 @@ KSV_IN_LOOP uint32_t putEntries(const ShortRun& run, BulkPosition& at, __m512i e
 // load: each is read whole, and says all by itself.
 KSV_IN_LOOP __m512i entriesAt(const ShortRun& run, __m512i indexes, uint32_t lanes,
                               __m512i otherwise) {
-  return _mm512_mask_i32gather_epi32(otherwise, static_cast<__mmask16>(lanes), indexes,
-                                     run.slots, sizeof(ShortEntry));
+  return _mm512_mask_i32gather_epi32(otherwise, static_cast<__mmask16>(lanes), indexes, run.slots,
+                                     sizeof(ShortEntry));
 }
 
 // Sixteen of the first 32 bytes.
@@ -158,8 +156,7 @@ KSV_IN_LOOP uint32_t putHalves(const ShortRun& run, BulkPosition& at, uint32_t c
   if (taken < kLanes) return taken;
   if (count == kLanes) return taken;
   const uint32_t second = count - kLanes;
-  return kLanes + putEntries<kDesignates>(
-                      run, at, entriesOf(1, _bzhi_u32(0xFFFF, second)), second);
+  return kLanes + putEntries<kDesignates>(run, at, entriesOf(1, _bzhi_u32(0xFFFF, second)), second);
 }
 
 // Of so many characters as are at hand, those to take: vectors full of them as long as

@@ -27,8 +27,7 @@ struct ShiftedBlock {
   KSV_IN_LOOP ShiftedBlock(const ShortRun& ascii, const uint8_t* input, __m512i bytes,
                            bool beginsInDouble) {
     const __m512i second = load(input + 1);
-    const uint64_t endsWithB =
-        equals(bytes, 0x1B) & equals(load(input + 2), 'B');
+    const uint64_t endsWithB = equals(bytes, 0x1B) & equals(load(input + 2), 'B');
     const uint64_t toDouble = endsWithB & equals(second, '$');
     const uint64_t toAscii = endsWithB & equals(second, '(');
     const uint64_t shifts = toDouble | toAscii;
@@ -45,8 +44,7 @@ struct ShiftedBlock {
     const uint64_t halves = pairs & ~(codes >> 1);
     const uint64_t single = ~inDouble & ~escapes;
     const uint64_t stops = idle | halves | (inDouble & ~escapes & ~graphic) |
-                           (single & notAscii(ascii, bytes)) |
-                           kFirst << kSeen;
+                           (single & notAscii(ascii, bytes)) | kFirst << kSeen;
     const uint64_t seen = lowBits(static_cast<uint64_t>(std::countr_zero(stops)));
     starts = (pairs | single) & seen;
     characters = static_cast<uint32_t>(std::popcount(starts));
@@ -63,8 +61,7 @@ template <AsciiOutput kAscii>
 KSV_IN_LOOP __m512i asciiEntries(__m512i codes) {
   constexpr uint32_t kLength = kAscii == AsciiOutput::kBytes ? 1 : 2;
   const __m512i code = kAscii == AsciiOutput::kBigUnits ? _mm512_slli_epi32(codes, 8) : codes;
-  return _mm512_or_si512(code,
-                         _mm512_set1_epi32(static_cast<int>(kIsShortEntry | kLength << 24)));
+  return _mm512_or_si512(code, _mm512_set1_epi32(static_cast<int>(kIsShortEntry | kLength << 24)));
 }
 
 // Goes on behind so many characters; what is designated there stays so.

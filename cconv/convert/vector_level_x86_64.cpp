@@ -1,7 +1,7 @@
-#include "cconv/convert/vector_level.h"
-
 #include <algorithm>
 #include <atomic>
+
+#include "cconv/convert/vector_level.h"
 
 namespace ksv::vector_runs {
 namespace {

@@ -1,9 +1,8 @@
 // Runs with the AVX-512 instructions of x86-64: entries are gathered for sixteen
 // characters at a time, and their output bytes pushed together.
-#include "cconv/convert/vector_runs.h"
-
 #include "cconv/convert/composition.h"
 #include "cconv/convert/vector_block_x86_64.h"
+#include "cconv/convert/vector_runs.h"
 
 namespace ksv::vector_runs {
 namespace {
@@ -34,8 +33,7 @@ struct NarrowLookup {
         second{load(singles.second), load(singles.second + kBlock)} {}
 
   template <AsciiOutput kAscii>
-  KSV_IN_LOOP void put(uint8_t*& output, __m512i bytes, uint64_t high,
-                              uint64_t twoBytes) const {
+  KSV_IN_LOOP void put(uint8_t*& output, __m512i bytes, uint64_t high, uint64_t twoBytes) const {
     constexpr bool kLittle = kAscii == AsciiOutput::kLittleUnits;
     constexpr bool kBig = kAscii == AsciiOutput::kBigUnits;
     const __m512i zero = _mm512_setzero_si512();
@@ -66,8 +64,7 @@ void runByteCodes(const ShortRun& run, BulkPosition& position, uint32_t wanted) 
   const ClassLookup lookup(run.singles->classes);
   const NarrowLookup narrow(*run.singles);
   const __m512i pairBit = _mm512_set1_epi8(SingleCodes::kNone);
-  const __m512i pairOrWideBit =
-      _mm512_set1_epi8(SingleCodes::kNone | SingleCodes::kIsWide);
+  const __m512i pairOrWideBit = _mm512_set1_epi8(SingleCodes::kNone | SingleCodes::kIsWide);
   const __m512i twoBit = _mm512_set1_epi8(SingleCodes::kHasTwoBytes);
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted) {
@@ -98,9 +95,8 @@ void runByteCodes(const ShortRun& run, BulkPosition& position, uint32_t wanted) 
     const auto entriesOf = [&](uint32_t half, uint32_t lanes) [[gnu::always_inline]] {
       const __m512i first = widen(firsts, half);
       const __m512i pair = _mm512_or_si512(_mm512_slli_epi32(first, 8), widen(seconds, half));
-      const __m512i indexes =
-          _mm512_mask_mov_epi32(_mm512_or_si512(first, singles),
-                                static_cast<__mmask16>(isPair >> (kLanes * half)), pair);
+      const __m512i indexes = _mm512_mask_mov_epi32(
+          _mm512_or_si512(first, singles), static_cast<__mmask16>(isPair >> (kLanes * half)), pair);
       return entriesAt(run, indexes, lanes, _mm512_setzero_si512());
     };
     const uint32_t taken = putHalves<kDesignates>(run, at, count, entriesOf);
@@ -131,8 +127,7 @@ KSV_IN_LOOP __m512i valuesOf(__m512i first, __m512i second, __m512i third, __mma
       _mm512_or_si512(_mm512_slli_epi32(_mm512_and_si512(first, _mm512_set1_epi32(0x1F)), 6),
                       _mm512_and_si512(second, six));
   // Of the marker of a longer lead no bit is left.
-  const __m512i three =
-      _mm512_or_si512(_mm512_slli_epi32(two, 6), _mm512_and_si512(third, six));
+  const __m512i three = _mm512_or_si512(_mm512_slli_epi32(two, 6), _mm512_and_si512(third, six));
   return _mm512_mask_mov_epi32(_mm512_mask_mov_epi32(first, isTwo, two), isThree, three);
 }
 
@@ -144,8 +139,8 @@ KSV_IN_LOOP bool takeLatin(const ShortRun& run, BulkPosition& at, __m512i bytes,
   const uint64_t lowerLeads = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\xC2'));
   if ((upperLeads | lowerLeads) != leads || leads << 1 != continuations) return false;
   if (stopsIn(bytes, run.stops) != 0) return false;
-  const __m512i values = _mm512_mask_add_epi8(bytes, upperLeads << 1, bytes,
-                                              _mm512_set1_epi8(0x40));
+  const __m512i values =
+      _mm512_mask_add_epi8(bytes, upperLeads << 1, bytes, _mm512_set1_epi8(0x40));
   const auto classOf = _mm512_permutex2var_epi8(load(singles.classes + 2 * kBlock), values,
                                                 load(singles.classes + 3 * kBlock));
   if (_mm512_mask_test_epi8_mask(continuations, classOf, classOf) != 0) return false;
@@ -165,12 +160,11 @@ KSV_IN_LOOP bool takeLatin(const ShortRun& run, BulkPosition& at, __m512i bytes,
 KSV_IN_LOOP uint32_t leadingPlain(const ClassLookup& pages, __m512i values, uint32_t count) {
   constexpr uint64_t kHighBytes = 0xAAAAAAAAAAAAAAAA;
   const __m512i classes = pages.of(values, _mm512_movepi8_mask(values));
-  const uint64_t plain =
-      _mm512_test_epi8_mask(classes, _mm512_set1_epi8(PlainPages::kIsPlain));
+  const uint64_t plain = _mm512_test_epi8_mask(classes, _mm512_set1_epi8(PlainPages::kIsPlain));
   uint32_t others = static_cast<uint32_t>(~_pext_u64(plain, kHighBytes));
   for (const StandaloneMark& mark : kStandaloneMarks) {
-    others |= _mm512_cmpeq_epi16_mask(values,
-                                      _mm512_set1_epi16(static_cast<int16_t>(mark.unicode)));
+    others |=
+        _mm512_cmpeq_epi16_mask(values, _mm512_set1_epi16(static_cast<int16_t>(mark.unicode)));
   }
   const auto leading = static_cast<uint32_t>(std::countr_zero(others));
   return least(leading, count);
@@ -216,9 +210,9 @@ struct Utf8Block {
     const __m512i two = _mm512_or_si512(
         _mm512_slli_epi16(_mm512_and_si512(lead, _mm512_set1_epi16(0x1F)), 6),
         _mm512_and_si512(_mm512_cvtepu8_epi16(_mm512_castsi512_si256(second)), six));
-    const __m512i three = _mm512_or_si512(
-        _mm512_slli_epi16(two, 6),
-        _mm512_and_si512(_mm512_cvtepu8_epi16(_mm512_castsi512_si256(third)), six));
+    const __m512i three =
+        _mm512_or_si512(_mm512_slli_epi16(two, 6),
+                        _mm512_and_si512(_mm512_cvtepu8_epi16(_mm512_castsi512_si256(third)), six));
     return _mm512_mask_mov_epi16(_mm512_mask_mov_epi16(lead, static_cast<__mmask32>(isTwo), two),
                                  static_cast<__mmask32>(isThree), three);
   }
@@ -227,8 +221,8 @@ struct Utf8Block {
 template <bool kBigEndian>
 KSV_IN_LOOP __m512i swapped(__m512i units) {
   if constexpr (!kBigEndian) return units;
-  const __m512i other = _mm512_broadcast_i32x4(
-      _mm_set_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1));
+  const __m512i other =
+      _mm512_broadcast_i32x4(_mm_set_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1));
   return _mm512_shuffle_epi8(units, other);
 }
 
@@ -238,8 +232,7 @@ constexpr bool kWritesUnits =
 
 // Takes so many values, up to 32, if they are all written as they are.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP bool takePlain(const ShortRun& run, BulkPosition& at, __m512i values,
-                           uint32_t count) {
+KSV_IN_LOOP bool takePlain(const ShortRun& run, BulkPosition& at, __m512i values, uint32_t count) {
   const ClassLookup pages(reinterpret_cast<const uint8_t*>(run.pages->classes));
   if (leadingPlain(pages, values, count) < count) return false;
   _mm512_storeu_si512(at.output, swapped<kAscii == AsciiOutput::kBigUnits>(values));

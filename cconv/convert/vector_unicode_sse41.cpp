@@ -14,57 +14,38 @@
 namespace ksv::vector_runs {
 namespace {
 
-struct Vector {
-  static constexpr uint32_t kWindows = 1;
-  static constexpr uint32_t kSigns = 0xFFFF;
+constexpr uint32_t kWindows = 1;
+using Bytes = uint8_t __attribute__((vector_size(16 * kWindows)));
 
-  __m128i bits;
+// The same vector of another kind. The library's own cast is compiled for every processor.
+template <typename To, typename From>
+KSV_IN_LOOP To as(From vector) {
+  return (To)vector;
+}
 
-  KSV_IN_LOOP static __m128i window(const uint8_t* bytes) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-  }
-  KSV_IN_LOOP static Vector load(const uint8_t* bytes, uint32_t) { return {window(bytes)}; }
-  KSV_IN_LOOP void store(uint8_t* output, uint32_t) const {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(output), bits);
-  }
-  KSV_IN_LOOP static Vector repeat(const uint8_t (&bytes)[16]) { return {window(bytes)}; }
-  KSV_IN_LOOP static Vector of16(uint16_t value) {
-    return {_mm_set1_epi16(static_cast<int16_t>(value))};
-  }
+KSV_IN_LOOP __m128i window(const uint8_t* bytes) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+}
 
-  KSV_IN_LOOP friend Vector operator&(Vector a, Vector b) {
-    return {_mm_and_si128(a.bits, b.bits)};
-  }
-  KSV_IN_LOOP friend Vector operator|(Vector a, Vector b) {
-    return {_mm_or_si128(a.bits, b.bits)};
-  }
-  KSV_IN_LOOP Vector andNot(Vector other) const {
-    return {_mm_andnot_si128(bits, other.bits)};
-  }
-  template <int kBits>
-  KSV_IN_LOOP Vector shiftedLeft() const {
-    return {_mm_slli_epi16(bits, kBits)};
-  }
-  template <int kBits>
-  KSV_IN_LOOP Vector shiftedRight() const {
-    return {_mm_srli_epi16(bits, kBits)};
-  }
-  KSV_IN_LOOP Vector shuffled(Vector places) const {
-    return {_mm_shuffle_epi8(bits, places.bits)};
-  }
-  KSV_IN_LOOP Vector equals8(Vector other) const {
-    return {_mm_cmpeq_epi8(bits, other.bits)};
-  }
-  KSV_IN_LOOP Vector equals16(Vector other) const {
-    return {_mm_cmpeq_epi16(bits, other.bits)};
-  }
-  KSV_IN_LOOP Vector greater16(Vector other) const {
-    return {_mm_cmpgt_epi16(bits, other.bits)};
-  }
-  KSV_IN_LOOP uint32_t signs() const {
-    return static_cast<uint32_t>(_mm_movemask_epi8(bits));
-  }
-};
+KSV_IN_LOOP void storeWindow(uint8_t* output, __m128i bytes) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(output), bytes);
+}
+
+KSV_IN_LOOP Bytes loaded(const uint8_t* bytes, uint32_t) { return as<Bytes>(window(bytes)); }
+
+KSV_IN_LOOP void store(Bytes bytes, uint8_t* output, uint32_t) {
+  storeWindow(output, as<__m128i>(bytes));
+}
+
+KSV_IN_LOOP Bytes repeated(const uint8_t (&bytes)[16]) { return as<Bytes>(window(bytes)); }
+
+KSV_IN_LOOP Bytes shuffled(Bytes bytes, Bytes places) {
+  return as<Bytes>(_mm_shuffle_epi8(as<__m128i>(bytes), as<__m128i>(places)));
+}
+
+KSV_IN_LOOP uint32_t signs(Bytes bytes) {
+  return static_cast<uint32_t>(_mm_movemask_epi8(as<__m128i>(bytes)));
+}
 
 }  // namespace
 }  // namespace ksv::vector_runs

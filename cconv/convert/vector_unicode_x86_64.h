@@ -1,9 +1,28 @@
 // Runs from UTF-8 to units of two bytes in windows of 128 bits, of which a vector has one
-// or more. To be included where the instructions for it are allowed, behind a type Vector
-// that wraps them. The other way the tables are faster than these.
+// or more. To be included where the instructions for it are allowed, behind the few that
+// compilers have no operators for. The other way the tables are faster than these.
 
 namespace ksv::vector_runs {
 namespace {
+
+constexpr uint32_t kWindow = 16;  // bytes
+constexpr uint32_t kThrees = 4;   // characters of three bytes in a window
+constexpr uint32_t kTwos = 8;     // characters of two bytes in a window
+// With so many characters wanted, windows can be loaded and stored.
+constexpr uint32_t kLeastWanted = 2 * kTwos * kWindows;
+
+// The same vector, as units.
+using Units = uint16_t __attribute__((vector_size(kWindow * kWindows)));
+
+KSV_IN_LOOP Units unitsOf(Bytes bytes) { return as<Units>(bytes); }
+KSV_IN_LOOP Bytes bytesOf(Units units) { return as<Bytes>(units); }
+KSV_IN_LOOP uint32_t signs(Units comparison) { return signs(bytesOf(comparison)); }
+
+// What a comparison says, as all the bits of those for which it holds.
+template <typename Comparison>
+KSV_IN_LOOP Units holds(Comparison comparison) {
+  return as<Units>(comparison);
+}
 
 // The pages of a run that are plain, a bit each: a row for each upper half of a byte.
 struct PlainBits {
@@ -26,34 +45,30 @@ struct PlainBits {
 class PlainCheck {
  public:
   KSV_IN_LOOP explicit PlainCheck(const PlainBits& bits)
-      : low_(Vector::repeat(bits.low)), high_(Vector::repeat(bits.high)) {}
+      : low_(repeated(bits.low)), high_(repeated(bits.high)) {}
 
   // The bytes of the values, below U+0800 or not, that are written otherwise than they are.
   template <bool kBelow0800>
-  KSV_IN_LOOP uint32_t others(Vector values) const {
-    static constexpr uint8_t kBits[16] = {1, 2, 4, 8, 16, 32, 64, 128,
-                                          1, 2, 4, 8, 16, 32, 64, 128};
-    const Vector row = values.shiftedRight<12>();
-    const Vector page = values.shiftedRight<8>() & Vector::of16(0xF);
-    const Vector isUpper = page.greater16(Vector::of16(7));
-    const Vector bits = (isUpper & high_.shuffled(row)) | isUpper.andNot(low_.shuffled(row));
-    const Vector plain = bits & Vector::repeat(kBits).shuffled(page) & Vector::of16(0xFF);
-    Vector bad = plain.equals16(Vector::of16(0));
+  KSV_IN_LOOP uint32_t others(Units values) const {
+    static constexpr uint8_t kBits[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+    const Bytes row = bytesOf(values >> 12);
+    const Units page = values >> 8 & 0xF;
+    const Units isUpper = holds(page > 7);
+    const Units bits =
+        (isUpper & unitsOf(shuffled(high_, row))) | (~isUpper & unitsOf(shuffled(low_, row)));
+    const Units bit = unitsOf(shuffled(repeated(kBits), bytesOf(page)));
+    Units bad = holds((bits & bit & 0xFF) == 0);
     for (const StandaloneMark& mark : kStandaloneMarks) {
       if ((mark.unicode < 0x800) == kBelow0800)
-        bad = bad | values.equals16(Vector::of16(static_cast<uint16_t>(mark.unicode)));
+        bad |= holds(values == static_cast<uint16_t>(mark.unicode));
     }
-    return bad.signs();
+    return signs(bad);
   }
 
  private:
-  const Vector low_;
-  const Vector high_;
+  const Bytes low_;
+  const Bytes high_;
 };
-
-constexpr uint32_t kWindow = 16;  // bytes
-constexpr uint32_t kThrees = 4;   // characters of three bytes in a window
-constexpr uint32_t kTwos = 8;     // characters of two bytes in a window
 
 // How many of the characters that the windows can hold stand before the first that is
 // marked, by the signs of their bytes.
@@ -62,7 +77,7 @@ KSV_IN_LOOP uint32_t leadingGood(uint32_t marked) {
   constexpr uint32_t kBehind = 1u << kCharacters * kBytes;
   const uint32_t first =
       static_cast<uint32_t>(std::countr_zero((marked & 0xFFFF) | kBehind)) / kBytes;
-  if (Vector::kWindows == 1 || first < kCharacters) return first;
+  if (kWindows == 1 || first < kCharacters) return first;
   return first + static_cast<uint32_t>(std::countr_zero(marked >> 16 | kBehind)) / kBytes;
 }
 
@@ -80,13 +95,9 @@ KSV_IN_LOOP bool goBehind(BulkPosition& at, uint32_t count) {
   return count > 0;
 }
 
-// With so many characters wanted, windows can be loaded and stored.
-constexpr uint32_t kLeastWanted = 2 * kTwos * Vector::kWindows;
-
 template <bool kBigEndian>
-KSV_IN_LOOP Vector inOrder(Vector units) {
-  static constexpr uint8_t kSwap[16] = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
-  return kBigEndian ? units.shuffled(Vector::repeat(kSwap)) : units;
+KSV_IN_LOOP Bytes inOrder(Units units) {
+  return bytesOf(kBigEndian ? units << 8 | units >> 8 : units);
 }
 
 // Takes characters of three bytes each, as many as the windows begin with.
@@ -101,33 +112,28 @@ KSV_IN_LOOP bool takeThrees(const PlainCheck& plain, BulkPosition& at) {
                                          kNo, kNo, kNo, kNo, kNo, kNo, kNo, kNo};
   static constexpr uint8_t kRests[16] = {2,   1,   5,   4,   8,   7,   11,  10,
                                          kNo, kNo, kNo, kNo, kNo, kNo, kNo, kNo};
-  const Vector bytes = Vector::load(at.input, 3 * kThrees);
-  const uint32_t good = leadingGood<kThrees, 3>(
-      ~(bytes & Vector::repeat(kMarkers)).equals8(Vector::repeat(kThreeBytes)).signs() &
-      Vector::kSigns);
+  const Bytes bytes = loaded(at.input, 3 * kThrees);
+  const auto areThrees = (bytes & repeated(kMarkers)) == repeated(kThreeBytes);
+  const uint32_t good = leadingGood<kThrees, 3>(~signs(as<Bytes>(areThrees)));
   if (good == 0) return false;
-  const Vector rests = bytes.shuffled(Vector::repeat(kRests));
-  const Vector values = bytes.shuffled(Vector::repeat(kLeads)).shiftedLeft<4>() |
-                        (rests & Vector::of16(0x3F00)).shiftedRight<2>() |
-                        (rests & Vector::of16(0x003F));
-  const uint32_t count =
-      std::min(good, leadingGood<kThrees, 2>(plain.others<false>(values)));
-  inOrder<kBigEndian>(values).store(at.output, 2 * kThrees);
-  return goBehind<kThrees * Vector::kWindows, 3>(at, count);
+  const Units rests = unitsOf(shuffled(bytes, repeated(kRests)));
+  const Units leads = unitsOf(shuffled(bytes, repeated(kLeads)));
+  const Units values = leads << 4 | (rests & 0x3F00) >> 2 | (rests & 0x003F);
+  const uint32_t count = std::min(good, leadingGood<kThrees, 2>(plain.others<false>(values)));
+  store(inOrder<kBigEndian>(values), at.output, 2 * kThrees);
+  return goBehind<kThrees * kWindows, 3>(at, count);
 }
 
 // The same for characters of two bytes.
 template <bool kBigEndian>
 KSV_IN_LOOP bool takeTwos(const PlainCheck& plain, BulkPosition& at) {
-  const Vector bytes = Vector::load(at.input, kWindow);
-  const Vector markers = bytes & Vector::of16(0xC0E0);
-  const uint32_t others = ~markers.equals16(Vector::of16(0x80C0)).signs() & Vector::kSigns;
+  const Units bytes = unitsOf(loaded(at.input, kWindow));
+  const uint32_t others = ~signs(holds((bytes & 0xC0E0) == 0x80C0));
   if ((others & 3) != 0) return false;
-  const Vector values = (bytes & Vector::of16(0x1F)).shiftedLeft<6>() |
-                        (bytes.shiftedRight<8>() & Vector::of16(0x3F));
+  const Units values = (bytes & 0x1F) << 6 | (bytes >> 8 & 0x3F);
   const uint32_t count = leadingGood<kTwos, 2>(others | plain.others<true>(values));
-  inOrder<kBigEndian>(values).store(at.output, kWindow);
-  return goBehind<kTwos * Vector::kWindows, 2>(at, count);
+  store(inOrder<kBigEndian>(values), at.output, kWindow);
+  return goBehind<kTwos * kWindows, 2>(at, count);
 }
 
 template <AsciiOutput kAscii>

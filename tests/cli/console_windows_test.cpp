@@ -124,12 +124,11 @@ class WindowsConsole : public CommandTest {
     ::InitializeProcThreadAttributeList(startup.lpAttributeList, 1, 0, &size);
     ::UpdateProcThreadAttribute(startup.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_PSEUDOCONSOLE,
                                 console, sizeof console, nullptr, nullptr);
-    const HANDLE process =
-        ksv::test::started({.executable = wide(ksv::test::ownExecutable()),
-                            .line = line,
-                            .inherits = FALSE,
-                            .flags = EXTENDED_STARTUPINFO_PRESENT},
-                           startup.StartupInfo);
+    const HANDLE process = ksv::test::started({.executable = wide(ksv::test::ownExecutable()),
+                                               .line = line,
+                                               .inherits = FALSE,
+                                               .flags = EXTENDED_STARTUPINFO_PRESENT},
+                                              startup.StartupInfo);
     ::DeleteProcThreadAttributeList(startup.lpAttributeList);
     return process;
   }

@@ -16,8 +16,7 @@ inline constexpr const char* kCharsets[] = {
 // While it lives, texts are converted so; behind it as they are in these tests.
 class While {
  public:
-  explicit While(ksv::BulkPath path, ksv::BulkPath after = ksv::BulkPath::kAlways)
-      : after_(after) {
+  explicit While(ksv::BulkPath path, ksv::BulkPath after = ksv::BulkPath::kAlways) : after_(after) {
     ksv::setBulkPath(path);
   }
   ~While() { ksv::setBulkPath(after_); }

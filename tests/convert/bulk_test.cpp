@@ -213,8 +213,9 @@ std::vector<uint32_t> ordinaryValues(Random& random, size_t count) {
         add(8, [&] { return 0x391 + below(random, 17); });
         break;
       default:
-        add(70, [&] { return below(random, 3) == 0 ? 0x4E00 + below(random, 300)
-                                                   : 0x3041 + below(random, 80); });
+        add(70, [&] {
+          return below(random, 3) == 0 ? 0x4E00 + below(random, 300) : 0x3041 + below(random, 80);
+        });
     }
   }
   values.resize(count);
@@ -230,15 +231,14 @@ Bytes ordinaryText(Random& random, const char* charset, size_t count, uint32_t b
   return convertWhole(setup, ucs4(ordinaryValues(random, count))).output;
 }
 
-constexpr const char* kUsualSources[] = {"Shift_JIS", "EUC-JP",    "ISO-2022-JP", "UTF-8",
-                                         "UTF-16",    "GB18030",   "KoreanKSC",   "ISO-8859-1",
-                                         "windows-1252", "ISO-10646-UCS-2"};
+constexpr const char* kUsualSources[] = {
+    "Shift_JIS", "EUC-JP",    "ISO-2022-JP", "UTF-8",        "UTF-16",
+    "GB18030",   "KoreanKSC", "ISO-8859-1",  "windows-1252", "ISO-10646-UCS-2"};
 constexpr const char* kUsualTargets[] = {"UTF-8",       "UTF-16",     "EUC-JP",
                                          "ISO-2022-JP", "ISO-8859-1", "windows-1252"};
 
 // With options that leave the bulk path in charge.
-Conversion usualSetup(Random& random, const char* source, const char* target,
-                      uint32_t bigEndian) {
+Conversion usualSetup(Random& random, const char* source, const char* target, uint32_t bigEndian) {
   Conversion setup{source, target};
   setup.options.outputBigEndian = below(random, 2);
   setup.options.replaceUnmappable = 1;

@@ -134,8 +134,8 @@ ChildProcess ChildProcess::start(const char* name, const Arguments& arguments) {
   for (const std::string& argument : arguments) line += L" " + quoted(wide(argument));
   STARTUPINFOW startup = {};
   startup.cb = sizeof startup;
-  return ChildProcess(reinterpret_cast<intptr_t>(
-      started({.executable = executable, .line = line}, startup)));
+  return ChildProcess(
+      reinterpret_cast<intptr_t>(started({.executable = executable, .line = line}, startup)));
 }
 
 int ChildProcess::result() {
