@@ -210,16 +210,19 @@ class FormConverter : public BulkConverter {
     }
   }
 
-  // Goes ahead across escape sequences between ASCII and the codes of JIS X 0208.
+  // Goes ahead across escape sequences, between the groups that texts are mostly made of.
   void runShifted(const Form& form, BulkPosition& at, uint32_t wanted) {
     if (designates_) return;
-    if (at.decoderState != Form::kAsciiGroup && at.decoderState != Form::kPairGroup) return;
-    const Lane* ascii = laneOf(form, at, Form::kAsciiGroup);
-    const Lane* pairs = laneOf(form, at, Form::kPairGroup);
-    if (ascii == nullptr || pairs == nullptr || ascii->runShifted == nullptr) return;
-    if (!pairs->table.isThere() || !ascii->stops.escape) return;
-    ascii->runShifted({ascii->run(), pairs->run(), Form::kAsciiGroup, Form::kPairGroup}, at,
-                      wanted);
+    for (const CharsetId single : Form::kSingleGroups) {
+      if (at.decoderState != single && at.decoderState != Form::kPairGroup) continue;
+      const Lane* singles = laneOf(form, at, single);
+      const Lane* pairs = laneOf(form, at, Form::kPairGroup);
+      if (singles == nullptr || singles->runShifted == nullptr) return;
+      if (pairs == nullptr || !pairs->table.isThere() || !singles->table.isThere()) return;
+      singles->runShifted({singles->run(), pairs->run(), single, Form::kPairGroup,
+                           Form::finalOf(single), Form::finalOf(Form::kPairGroup)},
+                          at, wanted);
+    }
   }
 
   const Lane* laneOf(const Form& form, BulkPosition at, uint32_t decoderState) {

@@ -18,13 +18,18 @@ class Iso2022Jp {
   static constexpr bool kIsUnicode = false;
   static constexpr uint32_t kShiftStates = 6;
   static constexpr uint32_t kPagesOfState = 257;
-  static constexpr CharsetId kAsciiGroup = charset_id::kIso646Irv;
+  // The groups that texts are mostly made of: one of two-byte codes, and either of these.
   static constexpr CharsetId kPairGroup = charset_id::kJisX0208;
+  static constexpr CharsetId kSingleGroups[] = {charset_id::kIso646Irv,
+                                                charset_id::kJisX0201Latin};
   static constexpr size_t kPages = kShiftStates * kPagesOfState;
   static constexpr size_t kAsciiByte = 0;
   static constexpr uint32_t kAsciiLength = 1;
 
   explicit Iso2022Jp(const TableCursor& cursor) : cursor_(cursor) {}
+
+  // The last byte of what designates a group.
+  static char finalOf(CharsetId group) { return codecs::designationBytes(group).back(); }
 
   // The place of the designated group among those that can be read; kShiftStates for
   // any other.

@@ -24,18 +24,19 @@ struct ShiftedBlock {
   uint64_t inDouble;  // bytes behind the designation of two-byte codes
   uint32_t characters;
 
-  KSV_IN_LOOP ShiftedBlock(const ShortRun& ascii, const uint8_t* input, __m512i bytes,
+  KSV_IN_LOOP ShiftedBlock(const ShiftedRun& run, const uint8_t* input, __m512i bytes,
                            bool beginsInDouble) {
     const __m512i second = load(input + 1);
-    const uint64_t endsWithB = equals(bytes, 0x1B) & equals(load(input + 2), 'B');
-    const uint64_t toDouble = endsWithB & equals(second, '$');
-    const uint64_t toAscii = endsWithB & equals(second, '(');
-    const uint64_t shifts = toDouble | toAscii;
-    // Between each toDouble and the toAscii behind it, the difference sets all bits. It is
+    const __m512i third = load(input + 2);
+    const uint64_t escape = equals(bytes, 0x1B);
+    const uint64_t toDouble = escape & equals(second, '$') & equals(third, run.pairFinal);
+    const uint64_t toSingle = escape & equals(second, '(') & equals(third, run.singleFinal);
+    const uint64_t shifts = toDouble | toSingle;
+    // Between each toDouble and the toSingle behind it, the difference sets all bits. It is
     // right up to the first sequence that designates what is designated already.
-    inDouble = toAscii - toDouble - (beginsInDouble ? kFirst : 0);
+    inDouble = toSingle - toDouble - (beginsInDouble ? kFirst : 0);
     const uint64_t doubleBefore = inDouble << 1 | (beginsInDouble ? kFirst : 0);
-    const uint64_t idle = (toDouble & doubleBefore) | (toAscii & ~doubleBefore);
+    const uint64_t idle = (toDouble & doubleBefore) | (toSingle & ~doubleBefore);
     const uint64_t escapes = shifts | shifts << 1 | shifts << 2;
     const uint64_t graphic =
         _mm512_cmpgt_epi8_mask(bytes, _mm512_set1_epi8(0x20)) & ~equals(bytes, 0x7F);
@@ -44,7 +45,7 @@ struct ShiftedBlock {
     const uint64_t halves = pairs & ~(codes >> 1);
     const uint64_t single = ~inDouble & ~escapes;
     const uint64_t stops = idle | halves | (inDouble & ~escapes & ~graphic) |
-                           (single & notAscii(ascii, bytes)) | kFirst << kSeen;
+                           (single & notAscii(run.singles, bytes)) | kFirst << kSeen;
     const uint64_t seen = lowBits(static_cast<uint64_t>(std::countr_zero(stops)));
     starts = (pairs | single) & seen;
     characters = static_cast<uint32_t>(std::popcount(starts));
@@ -57,18 +58,24 @@ struct ShiftedBlock {
   }
 };
 
+// The entries of codes of one byte, up to sixteen.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP __m512i asciiEntries(__m512i codes) {
+KSV_IN_LOOP __m512i singleEntries(const ShortRun& singles, __m512i codes, uint32_t lanes) {
+  if constexpr (kAscii == AsciiOutput::kOther) {
+    const __m512i indexes = _mm512_add_epi32(codes, _mm512_set1_epi32(ShortTable::kSingles));
+    return entriesAt(singles, indexes, lanes, _mm512_setzero_si512());
+  }
   constexpr uint32_t kLength = kAscii == AsciiOutput::kBytes ? 1 : 2;
   const __m512i code = kAscii == AsciiOutput::kBigUnits ? _mm512_slli_epi32(codes, 8) : codes;
-  return _mm512_or_si512(code, _mm512_set1_epi32(static_cast<int>(kIsShortEntry | kLength << 24)));
+  return _mm512_maskz_or_epi32(static_cast<__mmask16>(lanes), code,
+                               _mm512_set1_epi32(static_cast<int>(kIsShortEntry | kLength << 24)));
 }
 
 // Goes on behind so many characters; what is designated there stays so.
 KSV_IN_LOOP void goBehind(const ShiftedRun& run, BulkPosition& at, const ShiftedBlock& block,
                           uint32_t count) {
   const uint32_t behind = block.behind(count);
-  at.decoderState = (block.inDouble >> (behind - 1) & 1) != 0 ? run.pairGroup : run.asciiGroup;
+  at.decoderState = (block.inDouble >> (behind - 1) & 1) != 0 ? run.pairGroup : run.singleGroup;
   at.advance(behind, count);
 }
 
@@ -79,8 +86,10 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
     const uint32_t room = wanted - at.characters - kReserve;
     const __m512i bytes = load(at.input);
     const bool inDouble = at.decoderState == run.pairGroup;
-    if (!inDouble && takeAsciiBlocks<kAscii>(run.ascii, at, wanted, bytes)) continue;
-    const ShiftedBlock block(run.ascii, at.input, bytes, inDouble);
+    if constexpr (kAscii != AsciiOutput::kOther) {
+      if (!inDouble && takeAsciiBlocks<kAscii>(run.singles, at, wanted, bytes)) continue;
+    }
+    const ShiftedBlock block(run, at.input, bytes, inDouble);
     if (block.characters == 0) break;
     const uint64_t isPair = _pext_u64(block.pairs, block.starts);
     const __m512i firsts = _mm512_maskz_compress_epi8(block.starts, bytes);
@@ -89,9 +98,8 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
       const __m512i first = widen(firsts, half);
       const __m512i pair = _mm512_or_si512(_mm512_slli_epi32(first, 8), widen(seconds, half));
       const uint32_t pairLanes = lanes & static_cast<uint32_t>(isPair >> (kLanes * half));
-      const __m512i others =
-          _mm512_maskz_mov_epi32(static_cast<__mmask16>(lanes), asciiEntries<kAscii>(first));
-      return entriesAt(run.pairs, pair, pairLanes, others);
+      const __m512i singles = singleEntries<kAscii>(run.singles, first, lanes & ~pairLanes);
+      return entriesAt(run.pairs, pair, pairLanes, singles);
     };
     const uint32_t count = least(least(block.characters, room), 2 * kLanes);
     const uint32_t taken = putHalves<false>(run.pairs, at, count, entriesOf);
@@ -109,7 +117,6 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
 }  // namespace
 
 RunShifted iso2022Jp(AsciiOutput ascii) {
-  if (ascii == AsciiOutput::kOther) return nullptr;
   return chosen(ascii, []<AsciiOutput kAscii>() -> RunShifted { return runIso2022Jp<kAscii>; });
 }
 

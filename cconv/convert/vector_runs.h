@@ -22,13 +22,16 @@ RunShort byteCodesDesignating();
 RunShort utf8Designating();
 RunShort twoByteUnitsDesignating(bool bigEndian);
 
-// Characters of ISO-2022-JP in ASCII and one group of two-byte codes, across the escape
-// sequences between them.
+// Characters of ISO-2022-JP in a group of one-byte codes and one of two-byte codes, across
+// the escape sequences between them.
 struct ShiftedRun {
-  ShortRun ascii;
+  ShortRun singles;
   ShortRun pairs;
-  uint32_t asciiGroup;
+  uint32_t singleGroup;
   uint32_t pairGroup;
+  // The last bytes of their sequences.
+  char singleFinal;
+  char pairFinal;
 };
 using RunShifted = void (*)(const ShiftedRun& run, BulkPosition& position, uint32_t wanted);
 RunShifted iso2022Jp(AsciiOutput ascii);
