@@ -235,8 +235,8 @@ constexpr const char* kUsualSources[] = {
     "Shift_JIS", "EUC-JP",    "ISO-2022-JP", "UTF-8",        "UTF-16",
     "GB18030",   "KoreanKSC", "ISO-8859-1",  "windows-1252", "ISO-10646-UCS-2"};
 // From the last one JIS X 0201 is designated, not ASCII.
-constexpr const char* kUsualTargets[] = {"UTF-8",      "UTF-16",       "EUC-JP",    "ISO-2022-JP",
-                                         "ISO-8859-1", "windows-1252", "WINDOWS31J"};
+constexpr const char* kUsualTargets[] = {"UTF-8",      "UTF-16",       "EUC-JP",     "ISO-2022-JP",
+                                         "ISO-8859-1", "windows-1252", "EUC-JP-FIX", "WINDOWS31J"};
 
 // With options that leave the bulk path in charge.
 Conversion usualSetup(Random& random, const char* source, const char* target, uint32_t bigEndian) {
