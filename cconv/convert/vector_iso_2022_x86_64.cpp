@@ -58,13 +58,9 @@ struct ShiftedBlock {
   }
 };
 
-// The entries of codes of one byte, up to sixteen.
+// The entries of ASCII, up to sixteen.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP __m512i singleEntries(const ShortRun& singles, __m512i codes, uint32_t lanes) {
-  if constexpr (kAscii == AsciiOutput::kOther) {
-    const __m512i indexes = _mm512_add_epi32(codes, _mm512_set1_epi32(ShortTable::kSingles));
-    return entriesAt(singles, indexes, lanes, _mm512_setzero_si512());
-  }
+KSV_IN_LOOP __m512i asciiEntries(__m512i codes, uint32_t lanes) {
   constexpr uint32_t kLength = kAscii == AsciiOutput::kBytes ? 1 : 2;
   const __m512i code = kAscii == AsciiOutput::kBigUnits ? _mm512_slli_epi32(codes, 8) : codes;
   return _mm512_maskz_or_epi32(static_cast<__mmask16>(lanes), code,
@@ -86,9 +82,7 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
     const uint32_t room = wanted - at.characters - kReserve;
     const __m512i bytes = load(at.input);
     const bool inDouble = at.decoderState == run.pairGroup;
-    if constexpr (kAscii != AsciiOutput::kOther) {
-      if (!inDouble && takeAsciiBlocks<kAscii>(run.singles, at, wanted, bytes)) continue;
-    }
+    if (!inDouble && takeAsciiBlocks<kAscii>(run.singles, at, wanted, bytes)) continue;
     const ShiftedBlock block(run, at.input, bytes, inDouble);
     if (block.characters == 0) break;
     const uint64_t isPair = _pext_u64(block.pairs, block.starts);
@@ -98,7 +92,7 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
       const __m512i first = widen(firsts, half);
       const __m512i pair = _mm512_or_si512(_mm512_slli_epi32(first, 8), widen(seconds, half));
       const uint32_t pairLanes = lanes & static_cast<uint32_t>(isPair >> (kLanes * half));
-      const __m512i singles = singleEntries<kAscii>(run.singles, first, lanes & ~pairLanes);
+      const __m512i singles = asciiEntries<kAscii>(first, lanes & ~pairLanes);
       return entriesAt(run.pairs, pair, pairLanes, singles);
     };
     const uint32_t count = least(least(block.characters, room), 2 * kLanes);
@@ -117,6 +111,7 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
 }  // namespace
 
 RunShifted iso2022Jp(AsciiOutput ascii) {
+  if (ascii == AsciiOutput::kOther) return nullptr;
   return chosen(ascii, []<AsciiOutput kAscii>() -> RunShifted { return runIso2022Jp<kAscii>; });
 }
 

@@ -22,8 +22,8 @@ RunShort byteCodesDesignating();
 RunShort utf8Designating();
 RunShort twoByteUnitsDesignating(bool bigEndian);
 
-// Characters of ISO-2022-JP in a group of one-byte codes and one of two-byte codes, across
-// the escape sequences between them.
+// Characters of ISO-2022-JP in a group of one-byte codes, which are written as ASCII is,
+// and in one of two-byte codes, across the escape sequences between them.
 struct ShiftedRun {
   ShortRun singles;
   ShortRun pairs;
