@@ -88,7 +88,7 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
     const uint64_t isPair = _pext_u64(block.pairs, block.starts);
     const __m512i firsts = _mm512_maskz_compress_epi8(block.starts, bytes);
     const __m512i seconds = _mm512_maskz_compress_epi8(block.starts, load(at.input + 1));
-    const auto entriesOf = [&](uint32_t half, uint32_t lanes) [[gnu::always_inline]] {
+    const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
       const __m512i first = widen(firsts, half);
       const __m512i pair = _mm512_or_si512(_mm512_slli_epi32(first, 8), widen(seconds, half));
       const uint32_t pairLanes = lanes & static_cast<uint32_t>(isPair >> (kLanes * half));

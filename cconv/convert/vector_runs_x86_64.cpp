@@ -92,7 +92,7 @@ void runByteCodes(const ShortRun& run, BulkPosition& position, uint32_t wanted) 
     const __m512i seconds = _mm512_maskz_compress_epi8(starts, load(at.input + 1));
     const __m512i singles = _mm512_set1_epi32(ShortTable::kSingles);
     const uint32_t count = fullVectors(least(characters, room));
-    const auto entriesOf = [&](uint32_t half, uint32_t lanes) [[gnu::always_inline]] {
+    const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
       const __m512i first = widen(firsts, half);
       const __m512i pair = _mm512_or_si512(_mm512_slli_epi32(first, 8), widen(seconds, half));
       const __m512i indexes = _mm512_mask_mov_epi32(
@@ -264,7 +264,7 @@ void runUtf8(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
       }
     }
     const uint32_t count = fullVectors(least(block.characters, room));
-    const auto entriesOf = [&](uint32_t half, uint32_t lanes) [[gnu::always_inline]] {
+    const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
       return entriesAt(run, block.values(half), lanes, _mm512_setzero_si512());
     };
     const uint32_t taken = putHalves<kDesignates>(run, at, count, entriesOf);
@@ -304,7 +304,7 @@ void runUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
         continue;
       }
     }
-    const auto entriesOf = [&](uint32_t half, uint32_t lanes) [[gnu::always_inline]] {
+    const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
       const __m512i indexes = _mm512_cvtepu16_epi32(
           half == 0 ? _mm512_castsi512_si256(units) : _mm512_extracti64x4_epi64(units, 1));
       return entriesAt(run, indexes, lanes, _mm512_setzero_si512());
