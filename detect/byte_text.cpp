@@ -237,7 +237,7 @@ struct PairsByCode {
   static bool areIn(uint32_t) { return false; }
   static bool isGood(const uint8_t* at) { return kShiftJisCodes.contains(pairAt(at)); }
   static bool areFourGood(const uint8_t* at) {
-    return isGood(at) & isGood(at + 2) & isGood(at + 4) & isGood(at + 6);
+    return (int{isGood(at)} & int{isGood(at + 2)} & int{isGood(at + 4)} & int{isGood(at + 6)}) != 0;
   }
 };
 
