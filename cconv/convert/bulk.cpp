@@ -148,9 +148,12 @@ class FormConverter : public BulkConverter {
     RunShort runByVectors;  // null where the processor has none
     vector_runs::RunShifted runShifted;
     SingleCodes singles;
-    PlainPages pages;
+    SharedPages pages;
 
-    ShortRun run() const { return {table.slots(), stops, &singles, &pages}; }
+    ShortRun run() const { return {table.slots(), stops, &singles}; }
+    bool writesUnits() const {
+      return ascii == AsciiOutput::kLittleUnits || ascii == AsciiOutput::kBigUnits;
+    }
   };
 
   // The short entries of all groups, for an output with escape sequences.
@@ -159,9 +162,9 @@ class FormConverter : public BulkConverter {
     AsciiStops stops;
     RunShort runByVectors;  // null where the processor has none
     SingleCodes singles;
-    Designations designations;
+    SharedDesignations designations{kNoGroup};
 
-    ShortRun run() const { return {table.slots(), stops, &singles, nullptr, &designations}; }
+    ShortRun run() const { return {table.slots(), stops, &singles}; }
   };
 
   static BulkPosition positionOf(const ConverterRecord& record) {
@@ -186,12 +189,12 @@ class FormConverter : public BulkConverter {
     for (;;) {
       Designating* const designating =
           byVectors && designates_ ? designatingFor(form, at) : nullptr;
-      if (designating != nullptr) designating->runByVectors(designating->run(), at, wanted);
+      if (designating != nullptr) runDesignating(*designating, at, wanted);
       if constexpr (Form::kShifts) {
         if (byVectors) runShifted(form, at, wanted);
       }
       if (const Lane* lane = laneAt(form, at); lane != nullptr && lane->table.isThere()) {
-        if (byVectors && lane->runByVectors != nullptr) lane->runByVectors(lane->run(), at, wanted);
+        if (byVectors) runLaneByVectors(*lane, at, wanted);
         lane->runShort(lane->run(), at, wanted);
       }
       if (at.characters >= wanted) return;
@@ -208,6 +211,25 @@ class FormConverter : public BulkConverter {
       }
       if (designating != nullptr) learnDesignation(found, *designating);
     }
+  }
+
+  static void runLaneByVectors(const Lane& lane, BulkPosition& at, uint32_t wanted) {
+    if (lane.runByVectors == nullptr) return;
+    ShortRun run = lane.run();
+    PlainPages pages;
+    if (lane.writesUnits()) {
+      lane.pages.copyTo(pages);
+      run.pages = &pages;
+    }
+    lane.runByVectors(run, at, wanted);
+  }
+
+  static void runDesignating(const Designating& all, BulkPosition& at, uint32_t wanted) {
+    ShortRun run = all.run();
+    Designations designations;
+    all.designations.copyTo(designations);
+    run.designations = &designations;
+    all.runByVectors(run, at, wanted);
   }
 
   // Goes ahead across escape sequences, between the groups that texts are mostly made of.
@@ -242,7 +264,6 @@ class FormConverter : public BulkConverter {
     std::unique_ptr<Designating> made(new (std::nothrow) Designating{});
     if (made == nullptr) return nullptr;
     made->runByVectors = Form::runDesignating();
-    made->designations.asciiGroup = kNoGroup;
     for (uint32_t code = 0; code < 0x100; ++code) {
       uint8_t input[Form::kLongestInput] = {};
       const uint32_t length = Form::putSingle(code, input);
@@ -263,7 +284,7 @@ class FormConverter : public BulkConverter {
     at.designatedGroup = group;
     const Lane* lane = laneAt(form, at);
     if (lane == nullptr || lane->ascii != AsciiOutput::kBytes) return;
-    all.designations.asciiGroup = group;
+    all.designations.setAsciiGroup(group);
     all.stops = lane->stops;
   }
 
@@ -272,12 +293,9 @@ class FormConverter : public BulkConverter {
     const uint32_t length = escapeLengthOf(found.entry);
     const ShortEntry entry = shortEntryWithGroup(found.entry);
     if (entry == kNoShortEntry || length > Designations::kLongestEscape) return;
-    const uint32_t index = designationIndex(designatedGroupOf(found.entry));
-    all.designations.escapes[index].store(static_cast<uint32_t>(found.entry),
-                                          std::memory_order_relaxed);
-    all.designations.lengths[index].store(length, std::memory_order_relaxed);
-    std::atomic_thread_fence(std::memory_order_release);
-    all.table.remember(found.shortIndex, entry);
+    all.designations.add(designationIndex(designatedGroupOf(found.entry)),
+                         static_cast<uint32_t>(found.entry), length);
+    all.table.remember(found.shortIndex, entry, std::memory_order_release);
   }
 
   // Room for a piece.
@@ -543,18 +561,17 @@ class FormConverter : public BulkConverter {
   // so once for nearly every page.
   static void learnPage(const Form& form, uint32_t shortIndex, Lane& lane) {
     if constexpr (Form::kIsUnicode) {
+      if (!lane.writesUnits() || shortIndex >= ShortTable::kSingles) return;
+      const uint32_t page = shortIndex >> 8;
+      if (lane.pages.at(page) != 0) return;
       const bool bigEndian = lane.ascii == AsciiOutput::kBigUnits;
-      if (!bigEndian && lane.ascii != AsciiOutput::kLittleUnits) return;
-      if (shortIndex >= ShortTable::kSingles) return;
-      std::atomic<uint8_t>& page = lane.pages.classes[shortIndex >> 8];
-      if (page.load(std::memory_order_relaxed) != 0) return;
       bool isPlain = true;
       for (uint32_t value = shortIndex & 0xFF00; isPlain && value <= (shortIndex | 0xFF); ++value) {
         uint8_t unit[2];
         source_forms::putUnit(unit, value, 2, bigEndian);
         isPlain = form.entryOf(value) == makeEntry(unit, 2, 1) || Form::isMark(value);
       }
-      page.store(isPlain ? PlainPages::kIsPlain : PlainPages::kIsNot, std::memory_order_relaxed);
+      lane.pages.add(page, isPlain ? PlainPages::kIsPlain : PlainPages::kIsNot);
     }
   }
 

@@ -73,7 +73,28 @@ struct PlainPages {
   static constexpr uint8_t kIsPlain = 1;
   static constexpr uint8_t kIsNot = 2;
 
-  alignas(64) std::atomic<uint8_t> classes[256];  // 0 where nobody has looked yet
+  alignas(64) uint8_t classes[256];  // 0 where nobody has looked yet
+};
+
+// The same, while threads look at more and more pages.
+class SharedPages {
+ public:
+  uint8_t at(uint32_t page) const {
+    return static_cast<uint8_t>(words_[page / 8].load(std::memory_order_relaxed) >> page % 8 * 8);
+  }
+  void add(uint32_t page, uint8_t pageClass) {
+    words_[page / 8].fetch_or(uint64_t{pageClass} << page % 8 * 8, std::memory_order_relaxed);
+  }
+  void copyTo(PlainPages& pages) const {
+    for (uint32_t page = 0; page < 256; page += 8) {
+      const uint64_t eight = words_[page / 8].load(std::memory_order_relaxed);
+      for (uint32_t i = 0; i < 8; ++i)
+        pages.classes[page + i] = static_cast<uint8_t>(eight >> 8 * i);
+    }
+  }
+
+ private:
+  std::atomic<uint64_t> words_[256 / 8];
 };
 
 // The escape sequences of the groups that an output designates, for runs over
@@ -83,9 +104,33 @@ struct Designations {
   static constexpr uint32_t kLongestEscape = 4;
 
   // By the index of the group.
-  alignas(64) std::atomic<uint32_t> escapes[kGroups];
-  alignas(64) std::atomic<uint32_t> lengths[kGroups];
+  alignas(64) uint32_t escapes[kGroups];
+  alignas(64) uint32_t lengths[kGroups];
   uint32_t asciiGroup;  // while which is designated, ASCII is written as it is
+};
+
+// The same, while threads find more and more groups.
+class SharedDesignations {
+ public:
+  explicit SharedDesignations(uint32_t asciiGroup) : asciiGroup_(asciiGroup) {}
+
+  void add(uint32_t index, uint32_t escape, uint32_t length) {
+    sequences_[index].store(uint64_t{length} << 32 | escape, std::memory_order_relaxed);
+  }
+  void copyTo(Designations& designations) const {
+    for (size_t index = 0; index < Designations::kGroups; ++index) {
+      const uint64_t sequence = sequences_[index].load(std::memory_order_relaxed);
+      designations.escapes[index] = static_cast<uint32_t>(sequence);
+      designations.lengths[index] = static_cast<uint32_t>(sequence >> 32);
+    }
+    designations.asciiGroup = asciiGroup_;
+  }
+  // Before other threads know of it.
+  void setAsciiGroup(uint32_t group) { asciiGroup_ = group; }
+
+ private:
+  std::atomic<uint64_t> sequences_[Designations::kGroups] = {};
+  uint32_t asciiGroup_;
 };
 
 // What the runs of one call have in common.
@@ -93,8 +138,8 @@ struct ShortRun {
   const ShortTable::Slot* slots;
   AsciiStops stops;
   const SingleCodes* singles;
-  const PlainPages* pages;
-  const Designations* designations = nullptr;
+  const PlainPages* pages = nullptr;           // where units are written
+  const Designations* designations = nullptr;  // where escape sequences are
 
   ShortEntry at(uint32_t index) const { return slots[index].load(std::memory_order_relaxed); }
   bool hasSingles(uint8_t byte) const {

@@ -169,8 +169,9 @@ class ShortTable {
 
   using Slot = std::atomic<ShortEntry>;
   const Slot* slots() const { return entries_; }
-  void remember(uint32_t index, ShortEntry entry) {
-    if (index < kSize && isThere()) entries_[index].store(entry, std::memory_order_relaxed);
+  void remember(uint32_t index, ShortEntry entry,
+                std::memory_order order = std::memory_order_relaxed) {
+    if (index < kSize && isThere()) entries_[index].store(entry, order);
   }
 
  private:

@@ -233,7 +233,7 @@ constexpr bool kWritesUnits =
 // Takes so many values, up to 32, if they are all written as they are.
 template <AsciiOutput kAscii>
 KSV_IN_LOOP bool takePlain(const ShortRun& run, BulkPosition& at, __m512i values, uint32_t count) {
-  const ClassLookup pages(reinterpret_cast<const uint8_t*>(run.pages->classes));
+  const ClassLookup pages(run.pages->classes);
   if (leadingPlain(pages, values, count) < count) return false;
   _mm512_storeu_si512(at.output, swapped<kAscii == AsciiOutput::kBigUnits>(values));
   at.output += 2 * count;

@@ -33,7 +33,7 @@ struct PlainBits {
     for (uint32_t row = 0; row < 16; ++row) {
       uint32_t bits = 0;
       for (uint32_t page = 0; page < 16; ++page) {
-        const uint8_t state = pages.classes[16 * row + page].load(std::memory_order_relaxed);
+        const uint8_t state = pages.classes[16 * row + page];
         bits |= static_cast<uint32_t>(state & PlainPages::kIsPlain) << page;
       }
       low[row] = static_cast<uint8_t>(bits);
