@@ -73,18 +73,6 @@ constexpr uint32_t kLeastBatch = 16;
 // Texts of so many bytes are converted in one go.
 constexpr ptrdiff_t kLongestShortText = 256;
 
-// The most bytes that a character with a short entry is read from.
-template <typename Form>
-constexpr ptrdiff_t kLongestShortInput = Form::kLongestInput;
-template <>
-constexpr ptrdiff_t kLongestShortInput<source_forms::ByteCodes> = 2;
-template <>
-constexpr ptrdiff_t kLongestShortInput<source_forms::Utf8> = 3;
-template <bool kBigEndian>
-constexpr ptrdiff_t kLongestShortInput<source_forms::Utf16<kBigEndian>> = 2;
-template <bool kBigEndian>
-constexpr ptrdiff_t kLongestShortInput<source_forms::FixedUnits<2, kBigEndian>> = 2;
-
 template <typename Form>
 class FormConverter : public BulkConverter {
  public:
@@ -139,33 +127,41 @@ class FormConverter : public BulkConverter {
   static constexpr uint32_t kDesignations = 1 + kMostDesignatedGroup;
   static constexpr uint32_t kNoGroup = 0xFFFFFFFF;
 
-  // The short entries that hold while the same groups are designated.
-  struct Lane {
+  // Short entries, and what goes ahead over them.
+  struct ShortEntries {
     ShortTable table;
-    AsciiOutput ascii;
     AsciiStops stops;
-    RunShort runShort;
     RunShort runByVectors;  // null where the processor has none
-    vector_runs::RunShifted runShifted;
     SingleCodes singles;
-    SharedPages pages;
 
     ShortRun run() const { return {table.slots(), stops, &singles}; }
+  };
+
+  // Those that hold while the same groups are designated.
+  struct Lane : ShortEntries {
+    AsciiOutput ascii;
+    RunShort runShort;
+    vector_runs::RunShifted runShifted;
+    SharedPages pages;
+
     bool writesUnits() const {
       return ascii == AsciiOutput::kLittleUnits || ascii == AsciiOutput::kBigUnits;
     }
   };
 
-  // The short entries of all groups, for an output with escape sequences.
-  struct Designating {
-    ShortTable table;
-    AsciiStops stops;
-    RunShort runByVectors;  // null where the processor has none
-    SingleCodes singles;
+  // Those of all groups, for an output with escape sequences.
+  struct Designating : ShortEntries {
     SharedDesignations designations{kNoGroup};
-
-    ShortRun run() const { return {table.slots(), stops, &singles}; }
   };
+
+  // Enters what was made, unless another thread was first; gives what is there.
+  template <typename Made>
+  static Made* publish(std::atomic<Made*>& slot, std::unique_ptr<Made> made) {
+    Made* published = nullptr;
+    if (!slot.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
+      return published;
+    return made.release();
+  }
 
   static BulkPosition positionOf(const ConverterRecord& record) {
     const uint8_t* const input = record.input + record.inputPosition;
@@ -260,24 +256,18 @@ class FormConverter : public BulkConverter {
     return works ? known : nullptr;
   }
 
-  Designating* makeDesignating(const Form& form, BulkPosition at) {
+  Designating* makeDesignating(const Form& form, const BulkPosition& at) {
     std::unique_ptr<Designating> made(new (std::nothrow) Designating{});
     if (made == nullptr) return nullptr;
     made->runByVectors = Form::runDesignating();
     for (uint32_t code = 0; code < 0x100; ++code) {
-      uint8_t input[Form::kLongestInput] = {};
-      const uint32_t length = Form::putSingle(code, input);
-      at.input = input;
-      const source_forms::Found found = form.next(at);
-      const bool isOne = found.entry != kNoEntry && found.length == length;
+      const source_forms::Found found = findSingle(form, at, code);
+      const bool isOne = found.entry != kNoEntry;
       made->singles.classes[code] = isOne ? SingleCodes::kIsWide : SingleCodes::kNone;
       if (isOne) learnDesignation(found, *made);
       if (isOne && code == 'A') learnAscii(form, at, designatedGroupOf(found.entry), *made);
     }
-    Designating* published = nullptr;
-    if (!designating_.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
-      return published;
-    return made.release();
+    return publish(designating_, std::move(made));
   }
 
   void learnAscii(const Form& form, BulkPosition at, uint32_t group, Designating& all) {
@@ -337,7 +327,7 @@ class FormConverter : public BulkConverter {
   // Goes ahead in a short text, but for its last characters.
   static void runShortText(const Lane& lane, BulkPosition& at, const uint8_t* inputEnd) {
     for (;;) {
-      const auto least = static_cast<uint32_t>((inputEnd - at.input) / kLongestShortInput<Form>);
+      const auto least = static_cast<uint32_t>((inputEnd - at.input) / Form::kLongestShortInput);
       if (least < kLeastRun) return;
       const uint32_t wanted = at.characters + least - kRedone;
       lane.runShort(lane.run(), at, wanted);
@@ -519,22 +509,25 @@ class FormConverter : public BulkConverter {
     made->runByVectors = Form::runByVectors(made->ascii);
     if constexpr (Form::kShifts) made->runShifted = vector_runs::iso2022Jp(made->ascii);
     learnSingles(form, at, *made);
-    Lane* published = nullptr;
-    if (!slot.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
-      return published;
-    return made.release();
+    return publish(slot, std::move(made));
+  }
+
+  // A code below 0x100, where it is one by itself.
+  static source_forms::Found findSingle(const Form& form, BulkPosition at, uint32_t code) {
+    uint8_t input[Form::kLongestInput] = {};
+    const uint32_t length = Form::putSingle(code, input);
+    at.input = input;
+    const source_forms::Found found = form.next(at);
+    return found.length == length ? found : source_forms::kNothing;
   }
 
   // What single codes are while the same groups stay designated. The runs by vectors
   // ask the table for ASCII, too.
-  void learnSingles(const Form& form, BulkPosition at, Lane& lane) const {
+  void learnSingles(const Form& form, const BulkPosition& at, Lane& lane) const {
     for (uint32_t code = 0; code < 0x100; ++code) {
-      uint8_t input[Form::kLongestInput] = {};
-      const uint32_t length = Form::putSingle(code, input);
-      at.input = input;
-      const source_forms::Found found = form.next(at);
+      const source_forms::Found found = findSingle(form, at, code);
       lane.singles.classes[code] = SingleCodes::kNone;
-      if (found.entry == kNoEntry || found.length != length) continue;
+      if (found.entry == kNoEntry) continue;
       const bool same = !designates_ || designatedGroupOf(found.entry) == at.designatedGroup;
       const ShortEntry entry = same ? shortEntryOf(withoutDesignation(found.entry)) : kNoShortEntry;
       learn(form, found.shortIndex, entry, lane);
@@ -591,15 +584,10 @@ class FormConverter : public BulkConverter {
 
   // Whether ASCII is written so while the same groups stay designated, but for the
   // characters that are stops.
-  bool writesAsciiAs(const Form& form, BulkPosition at, AsciiOutput output,
+  bool writesAsciiAs(const Form& form, const BulkPosition& at, AsciiOutput output,
                      AsciiStops& stops) const {
     for (uint8_t c = 0; c < 0x80; ++c) {
-      uint8_t input[Form::kLongestInput] = {};
-      input[Form::kAsciiByte] = c;
-      at.input = input;
-      const source_forms::Found found = form.next(at);
-      if (found.entry != kNoEntry && found.length != Form::kAsciiLength) return false;
-      const Entry entry = found.entry;
+      const Entry entry = findSingle(form, at, c).entry;
       const uint8_t written[3] = {0, c, 0};
       const int32_t width = output == AsciiOutput::kBytes ? 1 : 2;
       const Entry itself =

@@ -14,17 +14,15 @@ class Iso2022Jp {
  public:
   // An escape sequence and a pair; another sequence behind the first is the engine's.
   static constexpr ptrdiff_t kLongestInput = 8;
+  static constexpr ptrdiff_t kLongestShortInput = 2;
   static constexpr bool kShifts = true;
   static constexpr bool kIsUnicode = false;
   static constexpr uint32_t kShiftStates = 6;
   static constexpr uint32_t kPagesOfState = 257;
   // The groups that texts are mostly made of: one of two-byte codes, and either of these.
   static constexpr CharsetId kPairGroup = charset_id::kJisX0208;
-  static constexpr CharsetId kSingleGroups[] = {charset_id::kIso646Irv,
-                                                charset_id::kJisX0201Latin};
+  static constexpr CharsetId kSingleGroups[] = {charset_id::kIso646Irv, charset_id::kJisX0201Latin};
   static constexpr size_t kPages = kShiftStates * kPagesOfState;
-  static constexpr size_t kAsciiByte = 0;
-  static constexpr uint32_t kAsciiLength = 1;
 
   explicit Iso2022Jp(const TableCursor& cursor) : cursor_(cursor) {}
 

@@ -3,7 +3,8 @@
 // next() finds the entry of the character at input, or kNoEntry, how many bytes it
 // is read from, and its place in the table of short entries. At least kLongestInput
 // bytes of input follow. runShort() goes ahead over characters that have short
-// entries, several at a time where they come in a row; takeLast() takes one of them
+// entries (of up to kLongestShortInput bytes), several at a time where they come in a
+// row; takeLast() takes one of them
 // out of no more bytes than are left; runByVectors() tells what goes ahead faster still.
 // Lengths come from the input alone, not from the entry: so the processor begins with
 // the next character before the tables have answered for this one.
@@ -51,9 +52,7 @@ class ByteCodes : public Unshifted {
   static constexpr uint32_t kFirstQuadPage = kFirstTriplePage + 256;
   static constexpr uint32_t kQuads = 126 * 10 * 126 * 10;
   static constexpr size_t kPages = kFirstQuadPage + kQuads / 256 + 1;
-  // Of the bytes of an ASCII character, the one that says which.
-  static constexpr size_t kAsciiByte = 0;
-  static constexpr uint32_t kAsciiLength = 1;
+  static constexpr ptrdiff_t kLongestShortInput = 2;
 
   explicit ByteCodes(const TableCursor& cursor)
       : cursor_(cursor), singles_(cursor.page(kSingleBytes, makeSingle)) {}
@@ -212,9 +211,7 @@ class UnicodeSource : public Unshifted {
 
 class Utf8 : public UnicodeSource {
  public:
-  // Of the bytes of an ASCII character, the one that says which.
-  static constexpr size_t kAsciiByte = 0;
-  static constexpr uint32_t kAsciiLength = 1;
+  static constexpr ptrdiff_t kLongestShortInput = 3;
 
   explicit Utf8(const TableCursor& cursor) : UnicodeSource(cursor) {}
 
@@ -331,8 +328,7 @@ class TwoByteSource : public UnicodeSource {
 template <bool kBigEndian>
 class Utf16 : public TwoByteSource {
  public:
-  static constexpr size_t kAsciiByte = kBigEndian ? 1 : 0;
-  static constexpr uint32_t kAsciiLength = 2;
+  static constexpr ptrdiff_t kLongestShortInput = 2;
 
   explicit Utf16(const TableCursor& cursor) : TwoByteSource(cursor) {}
 
@@ -380,8 +376,7 @@ class Utf16 : public TwoByteSource {
 template <uint32_t kWidth, bool kBigEndian>
 class FixedUnits : public TwoByteSource {
  public:
-  static constexpr size_t kAsciiByte = kBigEndian ? kWidth - 1 : 0;
-  static constexpr uint32_t kAsciiLength = kWidth;
+  static constexpr ptrdiff_t kLongestShortInput = kWidth;
 
   explicit FixedUnits(const TableCursor& cursor) : TwoByteSource(cursor) {}
 

@@ -70,11 +70,15 @@ KSV_IN_LOOP void putPlainly(BulkPosition& at, __m512i entries, uint32_t count) {
   at.output += std::popcount(bytes);
 }
 
+// Has what instructions that unpack 128 bits at a time leave in order.
+KSV_IN_LOOP __m512i spread(__m512i row) {
+  return _mm512_permutexvar_epi64(_mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0), row);
+}
+
 // Two rows of sixteen, as eight pairs and eight more.
 KSV_IN_LOOP void pairUp(__m512i first, __m512i second, __m512i& low, __m512i& high) {
-  const __m512i quarters = _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0);
-  const __m512i one = _mm512_permutexvar_epi64(quarters, first);
-  const __m512i other = _mm512_permutexvar_epi64(quarters, second);
+  const __m512i one = spread(first);
+  const __m512i other = spread(second);
   low = _mm512_unpacklo_epi32(one, other);
   high = _mm512_unpackhi_epi32(one, other);
 }
@@ -139,6 +143,12 @@ KSV_IN_LOOP __m512i entriesAt(const ShortRun& run, __m512i indexes, uint32_t lan
                                      sizeof(ShortEntry));
 }
 
+// Sixteen of 32 units.
+KSV_IN_LOOP __m512i widenUnits(__m512i units, uint32_t half) {
+  return _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(units)
+                                         : _mm512_extracti64x4_epi64(units, 1));
+}
+
 // Sixteen of the first 32 bytes.
 KSV_IN_LOOP __m512i widen(__m512i bytes, uint32_t half) {
   return _mm512_cvtepu8_epi32(half == 0 ? _mm512_castsi512_si128(bytes)
@@ -188,9 +198,8 @@ KSV_IN_LOOP uint64_t stopsIn(__m512i bytes, const AsciiStops& stops) {
 
 // Interleaves 64 bytes each, in order: those of the first stand in front.
 KSV_IN_LOOP void interleave(__m512i first, __m512i second, __m512i& low, __m512i& high) {
-  const __m512i quarters = _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0);
-  const __m512i one = _mm512_permutexvar_epi64(quarters, first);
-  const __m512i other = _mm512_permutexvar_epi64(quarters, second);
+  const __m512i one = spread(first);
+  const __m512i other = spread(second);
   low = _mm512_unpacklo_epi8(one, other);
   high = _mm512_unpackhi_epi8(one, other);
 }
@@ -261,6 +270,27 @@ KSV_IN_LOOP uint64_t pairLeads(uint64_t leads) {
   const uint64_t fromEven = leads & ~(leads + evenStarts);
   return (fromEven & kEven) | (leads & ~fromEven & ~kEven);
 }
+
+// Characters of one or two bytes, sorted by their bytes.
+struct PairBlock {
+  uint64_t isPair;
+  __m512i firsts;
+  __m512i seconds;
+
+  KSV_IN_LOOP PairBlock(const uint8_t* input, __m512i bytes, uint64_t starts, uint64_t pairs)
+      : isPair(_pext_u64(pairs, starts)),
+        firsts(_mm512_maskz_compress_epi8(starts, bytes)),
+        seconds(_mm512_maskz_compress_epi8(starts, load(input + 1))) {}
+
+  // Of sixteen of the first 32: which are pairs, the first bytes, and both as one code.
+  KSV_IN_LOOP uint32_t pairLanes(uint32_t half) const {
+    return static_cast<uint32_t>(isPair >> (kLanes * half));
+  }
+  KSV_IN_LOOP __m512i first(uint32_t half) const { return widen(firsts, half); }
+  KSV_IN_LOOP __m512i code(uint32_t half) const {
+    return _mm512_or_si512(_mm512_slli_epi32(first(half), 8), widen(seconds, half));
+  }
+};
 
 #pragma GCC pop_options
 

@@ -85,15 +85,11 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
     if (!inDouble && takeAsciiBlocks<kAscii>(run.singles, at, wanted, bytes)) continue;
     const ShiftedBlock block(run, at.input, bytes, inDouble);
     if (block.characters == 0) break;
-    const uint64_t isPair = _pext_u64(block.pairs, block.starts);
-    const __m512i firsts = _mm512_maskz_compress_epi8(block.starts, bytes);
-    const __m512i seconds = _mm512_maskz_compress_epi8(block.starts, load(at.input + 1));
+    const PairBlock codes(at.input, bytes, block.starts, block.pairs);
     const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
-      const __m512i first = widen(firsts, half);
-      const __m512i pair = _mm512_or_si512(_mm512_slli_epi32(first, 8), widen(seconds, half));
-      const uint32_t pairLanes = lanes & static_cast<uint32_t>(isPair >> (kLanes * half));
-      const __m512i singles = asciiEntries<kAscii>(first, lanes & ~pairLanes);
-      return entriesAt(run.pairs, pair, pairLanes, singles);
+      const uint32_t pairLanes = lanes & codes.pairLanes(half);
+      const __m512i singles = asciiEntries<kAscii>(codes.first(half), lanes & ~pairLanes);
+      return entriesAt(run.pairs, codes.code(half), pairLanes, singles);
     };
     const uint32_t count = least(least(block.characters, room), 2 * kLanes);
     const uint32_t taken = putHalves<false>(run.pairs, at, count, entriesOf);

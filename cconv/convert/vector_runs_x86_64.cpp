@@ -87,16 +87,13 @@ void runByteCodes(const ShortRun& run, BulkPosition& position, uint32_t wanted) 
     // 32 or more; 32 only where the last one ends with the block.
     const uint64_t starts = ~(pairs << 1);
     const auto characters = static_cast<uint32_t>(std::popcount(starts));
-    const uint64_t isPair = _pext_u64(pairs, starts);
-    const __m512i firsts = _mm512_maskz_compress_epi8(starts, bytes);
-    const __m512i seconds = _mm512_maskz_compress_epi8(starts, load(at.input + 1));
-    const __m512i singles = _mm512_set1_epi32(ShortTable::kSingles);
+    const PairBlock codes(at.input, bytes, starts, pairs);
     const uint32_t count = fullVectors(least(characters, room));
     const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
-      const __m512i first = widen(firsts, half);
-      const __m512i pair = _mm512_or_si512(_mm512_slli_epi32(first, 8), widen(seconds, half));
+      const __m512i singles =
+          _mm512_or_si512(codes.first(half), _mm512_set1_epi32(ShortTable::kSingles));
       const __m512i indexes = _mm512_mask_mov_epi32(
-          _mm512_or_si512(first, singles), static_cast<__mmask16>(isPair >> (kLanes * half)), pair);
+          singles, static_cast<__mmask16>(codes.pairLanes(half)), codes.code(half));
       return entriesAt(run, indexes, lanes, _mm512_setzero_si512());
     };
     const uint32_t taken = putHalves<kDesignates>(run, at, count, entriesOf);
@@ -117,18 +114,6 @@ KSV_IN_LOOP uint64_t wholeCharacters(uint64_t continuations, uint64_t twoOrMore,
       (twoOrMore & ~(continuations >> 1)) | (threeOrMore & ~(continuations >> 2));
   const uint64_t stray = continuations & ~(twoOrMore << 1 | threeOrMore << 2);
   return static_cast<uint64_t>(std::countr_zero(missing | stray | four));
-}
-
-// The values of sixteen characters of up to three bytes, from each of their bytes.
-KSV_IN_LOOP __m512i valuesOf(__m512i first, __m512i second, __m512i third, __mmask16 isTwo,
-                             __mmask16 isThree) {
-  const __m512i six = _mm512_set1_epi32(0x3F);
-  const __m512i two =
-      _mm512_or_si512(_mm512_slli_epi32(_mm512_and_si512(first, _mm512_set1_epi32(0x1F)), 6),
-                      _mm512_and_si512(second, six));
-  // Of the marker of a longer lead no bit is left.
-  const __m512i three = _mm512_or_si512(_mm512_slli_epi32(two, 6), _mm512_and_si512(third, six));
-  return _mm512_mask_mov_epi32(_mm512_mask_mov_epi32(first, isTwo, two), isThree, three);
 }
 
 // Takes a block of characters below U+0100 that are all written as one byte.
@@ -196,14 +181,7 @@ struct Utf8Block {
     third = _mm512_maskz_compress_epi8(starts, load(input + 2));
   }
 
-  // The values of sixteen of the first 32 characters.
-  KSV_IN_LOOP __m512i values(uint32_t half) const {
-    return valuesOf(widen(first, half), widen(second, half), widen(third, half),
-                    static_cast<__mmask16>(isTwo >> (kLanes * half)),
-                    static_cast<__mmask16>(isThree >> (kLanes * half)));
-  }
-
-  // The values of the first 32 characters, as units.
+  // The values of the first 32 characters. Of the marker of a longer lead no bit is left.
   KSV_IN_LOOP __m512i units() const {
     const __m512i six = _mm512_set1_epi16(0x3F);
     const __m512i lead = _mm512_cvtepu8_epi16(_mm512_castsi512_si256(first));
@@ -256,16 +234,17 @@ void runUtf8(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
     }
     if (writesAscii && takeLeadingAscii<kAscii>(run, at, room, bytes)) continue;
     const Utf8Block block(at.input, bytes, continuations, twoOrMore);
+    const __m512i units = block.units();
     if constexpr (kWritesUnits<kAscii>) {
       const uint32_t count = least(least(block.characters, room), 2 * kLanes);
-      if (count > 0 && takePlain<kAscii>(run, at, block.units(), count)) {
+      if (count > 0 && takePlain<kAscii>(run, at, units, count)) {
         at.advance(placeOfBit(block.ends, count), count);
         continue;
       }
     }
     const uint32_t count = fullVectors(least(block.characters, room));
     const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
-      return entriesAt(run, block.values(half), lanes, _mm512_setzero_si512());
+      return entriesAt(run, widenUnits(units, half), lanes, _mm512_setzero_si512());
     };
     const uint32_t taken = putHalves<kDesignates>(run, at, count, entriesOf);
     if (taken < count || taken == 0) [[unlikely]] {
@@ -305,9 +284,7 @@ void runUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
       }
     }
     const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
-      const __m512i indexes = _mm512_cvtepu16_epi32(
-          half == 0 ? _mm512_castsi512_si256(units) : _mm512_extracti64x4_epi64(units, 1));
-      return entriesAt(run, indexes, lanes, _mm512_setzero_si512());
+      return entriesAt(run, widenUnits(units, half), lanes, _mm512_setzero_si512());
     };
     const uint32_t taken = putHalves<kDesignates>(run, at, 2 * kLanes, entriesOf);
     if (taken < 2 * kLanes) [[unlikely]] {

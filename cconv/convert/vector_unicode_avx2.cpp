@@ -15,23 +15,15 @@ namespace ksv::vector_runs {
 namespace {
 
 constexpr uint32_t kWindows = 2;
-using Bytes = uint8_t __attribute__((vector_size(16 * kWindows)));
 
-// The same vector of another kind. The library's own cast is compiled for every processor.
-template <typename To, typename From>
-KSV_IN_LOOP To as(From vector) {
-  return (To)vector;
-}
+}  // namespace
+}  // namespace ksv::vector_runs
 
-KSV_IN_LOOP __m128i window(const uint8_t* bytes) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-}
+#include "cconv/convert/vector_unicode_x86_64.h"
 
-KSV_IN_LOOP void storeWindow(uint8_t* output, __m128i bytes) {
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(output), bytes);
-}
+namespace ksv::vector_runs {
+namespace {
 
-// Two windows, so many bytes apart.
 KSV_IN_LOOP Bytes loaded(const uint8_t* bytes, uint32_t step) {
   return as<Bytes>(_mm256_set_m128i(window(bytes + step), window(bytes)));
 }
@@ -56,8 +48,6 @@ KSV_IN_LOOP uint32_t signs(Bytes bytes) {
 
 }  // namespace
 }  // namespace ksv::vector_runs
-
-#include "cconv/convert/vector_unicode_x86_64.h"
 
 #pragma GCC pop_options
 

@@ -6,13 +6,37 @@ namespace ksv::vector_runs {
 namespace {
 
 constexpr uint32_t kWindow = 16;  // bytes
-constexpr uint32_t kThrees = 4;   // characters of three bytes in a window
-constexpr uint32_t kTwos = 8;     // characters of two bytes in a window
-// With so many characters wanted, windows can be loaded and stored.
-constexpr uint32_t kLeastWanted = 2 * kTwos * kWindows;
 
+using Bytes = uint8_t __attribute__((vector_size(kWindow * kWindows)));
 // The same vector, as units.
 using Units = uint16_t __attribute__((vector_size(kWindow * kWindows)));
+
+// What there are no operators for: windows so many bytes apart, loaded and stored; sixteen
+// bytes for each window; bytes by their places; and the upper bit of each byte.
+Bytes loaded(const uint8_t* bytes, uint32_t step);
+void store(Bytes bytes, uint8_t* output, uint32_t step);
+Bytes repeated(const uint8_t (&bytes)[kWindow]);
+Bytes shuffled(Bytes bytes, Bytes places);
+uint32_t signs(Bytes bytes);
+
+// The same vector of another kind. The library's own cast is compiled for every processor.
+template <typename To, typename From>
+KSV_IN_LOOP To as(From vector) {
+  return (To)vector;
+}
+
+KSV_IN_LOOP __m128i window(const uint8_t* bytes) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+}
+
+KSV_IN_LOOP void storeWindow(uint8_t* output, __m128i bytes) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(output), bytes);
+}
+
+constexpr uint32_t kThrees = 4;  // characters of three bytes in a window
+constexpr uint32_t kTwos = 8;    // characters of two bytes in a window
+// With so many characters wanted, windows can be loaded and stored.
+constexpr uint32_t kLeastWanted = 2 * kTwos * kWindows;
 
 KSV_IN_LOOP Units unitsOf(Bytes bytes) { return as<Units>(bytes); }
 KSV_IN_LOOP Bytes bytesOf(Units units) { return as<Bytes>(units); }
