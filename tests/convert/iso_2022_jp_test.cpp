@@ -183,6 +183,20 @@ TEST_F(Iso2022Jp, KeepsTheDesignationsInTheRecord) {
   EXPECT_EQ(converter.record.unitsWritten, 3) << "escape sequences are no units";
 }
 
+// Of 1B 24 28 50 21 21 there is room for the sequence, and for its character there is not:
+// both go back, and with them what the sequence has left in the record.
+TEST_F(Iso2022Jp, ForgetsThePlaneWhoseCharacterDoesNotFit) {
+  Converter converter({"ISO-10646-UCS-4", "iso-2022-jp-2004"});
+  converter.give(bytes("00 02 00 89"), 5);
+  EXPECT_EQ(converter.convert(), 22u);
+  EXPECT_EQ(converter.record.outputPosition, 0);
+  EXPECT_EQ(converter.record.designatedPlane, 0u);
+  converter.give(bytes("00 00 30 44 00 02 00 89"), 11);
+  EXPECT_EQ(converter.convert(), 22u);
+  EXPECT_EQ(hex(converter.written()), "1B 24 28 51 24 24");
+  EXPECT_EQ(converter.record.designatedPlane, 11u) << "as before it";
+}
+
 TEST_F(Iso2022Jp, RefusesAGroupWithoutASequence) {
   EXPECT_EQ(write("00 00 4E 02", "with-0212"), (Result{23, 4, ""}));
 }

@@ -100,11 +100,68 @@ TEST_F(TagsOfTheInput, HoldAtMost259Characters) {
   EXPECT_STREQ(overflows.record.currentLanguage, "");
 }
 
-TEST_F(TagsOfTheInput, DoNotNest) {
-  Bytes text;
-  for (int i = 0; i < 100000; ++i) text += utf8(0xE0001);
-  EXPECT_EQ(convertWhole(conversion(), text + "A").status, 13u);
-  EXPECT_EQ(convertWhole(conversion(true), text + "A"), (Result{0, 400001, bytes("00 00 00 41")}));
+// F3 A0 80 81 F3 A0 81 A6 F3 A0 81 B2 F3 A0 80 81 F3 A0 81 A4 F3 A0 81 A5 42: the inner tag
+// stores "de", and then the outer one, for which B is the character behind it, too, "fr".
+TEST_F(TagsOfTheInput, InsideEachOtherLeaveTheOutermostLanguageBehindACharacter) {
+  for (const Bytes& text : {tag("fr") + tag("de"), tag("fr") + tag("de") + tag("it")}) {
+    Converter converter(conversion());
+    converter.give(text + "B", 100);
+    EXPECT_EQ(converter.convert(), 0u);
+    EXPECT_EQ(hex(converter.written()), "00 00 00 42");
+    EXPECT_STREQ(converter.record.currentLanguage, "fr");
+    EXPECT_EQ(converter.record.charactersRead, 1);
+  }
+}
+
+// The cancel is no character for the tags around the innermost, so that they wait as a whole.
+TEST_F(TagsOfTheInput, InsideEachOtherLeaveTheInnermostLanguageBehindACancel) {
+  Converter strict(conversion());
+  strict.give(tag("fr") + tag("it") + tag("de") + utf8(0xE007F) + "B", 100);
+  EXPECT_EQ(strict.convert(), 13u);
+  EXPECT_EQ(strict.record.inputPosition, 0);
+  EXPECT_STREQ(strict.record.currentLanguage, "de");
+  Converter lenient(conversion(true));
+  lenient.give(tag("fr") + tag("de") + utf8(0xE007F) + "B", 100);
+  EXPECT_EQ(lenient.convert(), 0u);
+  EXPECT_EQ(hex(lenient.written()), "00 00 00 42");
+  EXPECT_STREQ(lenient.record.currentLanguage, "de");
+}
+
+TEST_F(TagsOfTheInput, InsideEachOtherHold259CharactersEach) {
+  Converter fits(conversion());
+  fits.give(tag(std::string(259, 'a')) + tag(std::string(259, 'b')) + "A", 100);
+  EXPECT_EQ(fits.convert(), 0u);
+  EXPECT_STREQ(fits.record.currentLanguage, std::string(259, 'a').c_str());
+  Converter overflows(conversion());
+  overflows.give(tag("fr") + tag(std::string(260, 'b')) + "A", 100);
+  EXPECT_EQ(overflows.convert(), 13u);
+  EXPECT_EQ(overflows.record.inputPosition, 0) << "unlike one by itself";
+  EXPECT_STREQ(overflows.record.currentLanguage, "");
+}
+
+TEST_F(TagsOfTheInput, InsideEachOtherWaitAtTheOutermostForWhatCutsThem) {
+  for (const auto& [end, status] :
+       {std::pair<Bytes, uint32_t>{"", 0}, {"\xF3\xA0", 12}, {"\xE3\x81\x84", 13}}) {
+    Converter converter(conversion());
+    converter.give("A" + tag("fr") + tag("de") + end, 100);
+    EXPECT_EQ(converter.convert(), status);
+    EXPECT_EQ(converter.record.inputPosition, 1) << status;
+    EXPECT_STREQ(converter.record.currentLanguage, "") << status;
+  }
+}
+
+// In time and stack that do not grow with their number.
+TEST_F(TagsOfTheInput, AreReadHoweverManyStandInsideEachOther) {
+  Bytes text = tag("fr");
+  for (int i = 0; i < 200000; ++i) text += utf8(0xE0001);
+  Converter converter(conversion());
+  converter.give(text + "A", 100);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(hex(converter.written()), "00 00 00 41");
+  EXPECT_STREQ(converter.record.currentLanguage, "fr");
+  EXPECT_EQ(convertWhole(conversion(true), text + utf8(0xE007F) + "A"),
+            (Result{0, 800017, bytes("00 00 00 41")}));
+  EXPECT_EQ(convertWhole(conversion(), text), (Result{0, 0, ""}));
 }
 
 TEST_F(TagsOfTheInput, FullOutputBehindATagReadsItAgain) {

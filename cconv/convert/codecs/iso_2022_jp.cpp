@@ -180,10 +180,13 @@ void encodeIso2022Jp(ConverterRecord& record) {
     return;
   }
   const OutputMark start(record);
+  const uint32_t planeBefore = record.designatedPlane;
   if (!designatePlane(record)) return;
   writeCharacter(record, plainUnit);
+  if (record.status == KSV_STATUS_WRITTEN) return;
   // Not remembered, so it is not left without its character either.
-  if (record.status != KSV_STATUS_WRITTEN) start.goBack(record);
+  start.goBack(record);
+  record.designatedPlane = planeBefore;
 }
 
 }  // namespace ksv::codecs

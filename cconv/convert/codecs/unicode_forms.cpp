@@ -131,10 +131,7 @@ void deliverTagCharacter(ConverterRecord& record, uint32_t value) {
 
 // --- Decoding. ---
 
-enum class TagPlace { kOutside, kInside };
-
-template <typename Form>
-void readLanguageTag(ConverterRecord& record, int32_t tagStart);
+enum class Decoded { kAnswer, kTagStart };
 
 // The mark of a composed pair, if it follows its base.
 template <typename Form>
@@ -148,15 +145,17 @@ void readCompositionMark(ConverterRecord& record, uint32_t base) {
   record.inputPosition = position;
 }
 
+// Decodes one value, which begins at start. kTagStart: it is a U+E0001 that no group
+// holds, and the status is open.
 template <typename Form>
-void decodeValue(ConverterRecord& record, TagPlace place) {
+Decoded decodeValue(ConverterRecord& record, int32_t& start) {
   Form::passOver(record, record.inputPosition);
-  const int32_t start = record.inputPosition;
+  start = record.inputPosition;
   uint32_t value = 0;
   const ReadResult result = Form::read(record, record.inputPosition, value);
   if (result != ReadResult::kRead) {
     record.status = result == ReadResult::kEnd ? KSV_STATUS_DONE : KSV_STATUS_INCOMPLETE;
-    return;
+    return Decoded::kAnswer;
   }
   if (Form::kComposes && mayBeCompositionBase(value)) readCompositionMark<Form>(record, value);
   uint32_t unicode = 0;
@@ -164,45 +163,77 @@ void decodeValue(ConverterRecord& record, TagPlace place) {
     deliverCharacter(record, *group, value, value, unicode);
   } else if (value >= kFirstTagCharacter && value <= kCancelTag) {
     deliverTagCharacter(record, value);
-  } else if (value == kLanguageTag && place == TagPlace::kOutside) {
-    readLanguageTag<Form>(record, start);
+  } else if (value == kLanguageTag) {
+    return Decoded::kTagStart;
   } else {
     record.status = KSV_STATUS_INVALID;
     if (record.skipInvalid == 0) record.inputPosition = start;
   }
+  return Decoded::kAnswer;
+}
+
+// The text of a language tag.
+struct TagText {
+  char text[KSV_NAME_SIZE];
+  size_t length = 0;
+
+  bool isFull() const { return length == KSV_NAME_SIZE - 1; }
+  void add(uint32_t tagCharacter) {
+    text[length++] = static_cast<char>(tagCharacter - kTagCharacterBase);
+  }
+  void storeAsLanguage(ConverterRecord& record) {
+    text[length] = '\0';
+    copyLanguage(record.currentLanguage, text);
+  }
+};
+
+// Goes back to where a tag began that yielded no character, unless that is skipped with
+// what cut it.
+void leaveTag(ConverterRecord& record, int32_t tagStart) {
+  const bool isSkipped = record.status == KSV_STATUS_INVALID && record.skipInvalid != 0;
+  if (!isSkipped) record.inputPosition = tagStart;
 }
 
 // Collects tag characters up to the character that ends the tag: U+E007F, which
 // makes the tag a 13 of its own, or the first other character, which is delivered.
+//
+// A U+E0001 inside a tag begins another one, and what ends that one ends all around it.
+// Each would store its text on the way out: behind a character the outermost text stands,
+// since it is stored last. U+E007F reaches only the innermost as a character; for those
+// around it it is a 13. So these two texts are kept, however many tags there are.
 template <typename Form>
 void readLanguageTag(ConverterRecord& record, int32_t tagStart) {
-  char language[KSV_NAME_SIZE];
-  size_t length = 0;
+  TagText outermost;
+  TagText inner;
+  TagText* innermost = &outermost;
   for (;;) {
-    decodeValue<Form>(record, TagPlace::kInside);
-    if (record.status != KSV_STATUS_DECODED) {
-      // Skipped with what cut it; otherwise it waits to be read again as a whole.
-      const bool skipped = record.status == KSV_STATUS_INVALID && record.skipInvalid != 0;
-      if (!skipped) record.inputPosition = tagStart;
-      return;
+    int32_t start;
+    if (decodeValue<Form>(record, start) == Decoded::kTagStart) {
+      innermost = &inner;
+      inner.length = 0;
+      continue;
     }
+    if (record.status != KSV_STATUS_DECODED) return leaveTag(record, tagStart);
     const uint32_t c = record.unicodeCode;
-    if (c < kFirstTagCharacter || c > kLastTagCharacter) break;
-    if (length == KSV_NAME_SIZE - 1) {
-      record.status = KSV_STATUS_INVALID;
-      return;
+    const bool isTagCharacter = c >= kFirstTagCharacter && c <= kLastTagCharacter;
+    if (!isTagCharacter && c != kCancelTag) return outermost.storeAsLanguage(record);
+    if (isTagCharacter && !innermost->isFull()) {
+      innermost->add(c);
+      continue;
     }
-    language[length++] = static_cast<char>(c - kTagCharacterBase);
+    if (!isTagCharacter) innermost->storeAsLanguage(record);
+    record.status = KSV_STATUS_INVALID;
+    // By itself it has been read to its end.
+    if (innermost == &inner) leaveTag(record, tagStart);
+    return;
   }
-  language[length] = '\0';
-  copyLanguage(record.currentLanguage, language);
-  if (record.unicodeCode == kCancelTag) record.status = KSV_STATUS_INVALID;
 }
 
 template <typename Form>
 void decodeForm(ConverterRecord& record) {
   if (Form::skipMark(record) != MarkResult::kNone) return;
-  decodeValue<Form>(record, TagPlace::kOutside);
+  int32_t start;
+  if (decodeValue<Form>(record, start) == Decoded::kTagStart) readLanguageTag<Form>(record, start);
 }
 
 // --- Writing one value. ---

@@ -79,10 +79,8 @@ struct Converter {
   Replacement narrowReplacement;
   Replacement wideReplacement;
 
-  // Not part of the record: where a character that does not fit begins again, and
-  // whether the decoder stands inside a language tag.
+  // Not part of the record: where a character that does not fit begins again.
   int32_t characterStart = 0;
-  bool insideTag = false;
 };
 
 uint32_t initConvert(Converter& converter, const ConvertOptions* options, const char* charset);

@@ -105,9 +105,7 @@ bool isPlainTagCharacter(uint32_t value) { return value >= 0xE0020 && value < kT
 void readLanguageTag(Converter& c, int32_t tagStart) {
   std::string text;
   for (;;) {
-    c.insideTag = true;
     decode(c);
-    c.insideTag = false;
     if (c.status != KSV_STATUS_DECODED) {
       const bool steppedOver = c.status == KSV_STATUS_INVALID && c.skipInvalid != 0;
       if (!steppedOver) c.inputPosition = tagStart;
@@ -150,7 +148,7 @@ void searchGroups(Converter& c, const Value& value) {
   const Subset* group = findHoldingGroup(c, value.code, unicode);
   if (group != nullptr) {
     takeCharacter(c, *group, value.code, value.code, unicode);
-  } else if (value.code == kTagStart && !c.insideTag) {
+  } else if (value.code == kTagStart) {
     readLanguageTag(c, value.start);
   } else if (isPlainTagCharacter(value.code) || value.code == kTagEnd) {
     c.decodedGroup = 0;

@@ -70,13 +70,17 @@ std::string escapeOf(uint32_t group, uint32_t charset) {
 
 void encodeJisX0213(Converter& c) {
   const int32_t start = c.outputPosition;
+  const uint32_t planeBefore = c.designatedPlane;
   const uint32_t plane = (c.outputCode & kPlane2) != 0 ? 12 : 11;
   if (c.designatedGroup != 2011 || c.designatedPlane != plane) {
     if (!writeEscape(c, plane == 12 ? "$(P" : "$(Q")) return;
   }
   c.designatedPlane = plane;
   writeCharacter(c);
-  if (c.status != KSV_STATUS_WRITTEN) c.outputPosition = start;
+  if (c.status != KSV_STATUS_WRITTEN) {
+    c.outputPosition = start;
+    c.designatedPlane = planeBefore;
+  }
 }
 
 }  // namespace
