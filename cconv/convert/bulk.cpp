@@ -158,6 +158,7 @@ class FormConverter : public BulkConverter {
   template <typename Made>
   static Made* publish(std::atomic<Made*>& slot, std::unique_ptr<Made> made) {
     Made* published = nullptr;
+    pauseForTests(PublicationStep::kMade);
     if (!slot.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
       return published;
     return made.release();
@@ -216,6 +217,7 @@ class FormConverter : public BulkConverter {
     if (lane.writesUnits()) {
       lane.pages.copyTo(pages);
       run.pages = &pages;
+      pauseForTests(PublicationStep::kCopied);
     }
     lane.runByVectors(run, at, wanted);
   }
@@ -225,6 +227,7 @@ class FormConverter : public BulkConverter {
     Designations designations;
     all.designations.copyTo(designations);
     run.designations = &designations;
+    pauseForTests(PublicationStep::kCopied);
     all.runByVectors(run, at, wanted);
   }
 
@@ -278,14 +281,14 @@ class FormConverter : public BulkConverter {
     all.stops = lane->stops;
   }
 
-  // The escape sequence is there before any entry that needs it.
   static void learnDesignation(const source_forms::Found& found, Designating& all) {
     const uint32_t length = escapeLengthOf(found.entry);
     const ShortEntry entry = shortEntryWithGroup(found.entry);
     if (entry == kNoShortEntry || length > Designations::kLongestEscape) return;
     all.designations.add(designationIndex(designatedGroupOf(found.entry)),
                          static_cast<uint32_t>(found.entry), length);
-    all.table.remember(found.shortIndex, entry, std::memory_order_release);
+    pauseForTests(PublicationStep::kWord);
+    all.table.remember(found.shortIndex, entry);
   }
 
   // Room for a piece.
@@ -547,6 +550,7 @@ class FormConverter : public BulkConverter {
 
   static void learn(const Form& form, uint32_t shortIndex, ShortEntry entry, Lane& lane) {
     lane.table.remember(shortIndex, entry);
+    pauseForTests(PublicationStep::kWord);
     learnPage(form, shortIndex, lane);
   }
 
@@ -672,6 +676,16 @@ std::unique_ptr<BulkConverter> makeConverter(const TableKey& key, SourceForm for
   return nullptr;
 }
 
+// Tables are made of answers to questions that no text has asked. That must not show: each
+// question may be one of the attempts after which a table of the target answers.
+bool answersAreFinal(const CharsetDef& target) {
+  bool all = true;
+  for (const auto& tables : target.destTables) {
+    for (const auto& table : *tables) all = ksv::answersAreFinal(*table) && all;
+  }
+  return all;
+}
+
 // Every bulk converter that has been asked for, those that do not exist included.
 // They are found without a lock; only making one takes it.
 class BulkConverters : public DerivedTables {
@@ -689,7 +703,10 @@ class BulkConverters : public DerivedTables {
       known->bytes.fetch_add(bytes, std::memory_order_relaxed);
       return nullptr;
     }
-    if (!known->isMade.load(std::memory_order_acquire)) make(*known, form);
+    if (!known->isMade.load(std::memory_order_acquire)) {
+      make(*known, form);
+      if (!known->isMade.load(std::memory_order_acquire)) return nullptr;
+    }
     return known->converter.get();
   }
 
@@ -708,10 +725,13 @@ class BulkConverters : public DerivedTables {
     std::atomic<bool> isMade = false;  // the converter, or that there is none
   };
 
+  // Does nothing while questions to the engine would change later answers.
   [[gnu::cold]] void make(Known& known, SourceForm form) {
+    if (!answersAreFinal(*known.key.target)) return;
     const std::lock_guard<std::mutex> guard(mutex_);
     if (known.isMade.load(std::memory_order_relaxed)) return;
     known.converter = makeConverter(known.key, form);
+    pauseForTests(PublicationStep::kMade);
     known.isMade.store(true, std::memory_order_release);
   }
 
@@ -733,6 +753,7 @@ class BulkConverters : public DerivedTables {
       if (count_ >= kMostConverters) return nullptr;
       known = new Known(key);
       ++count_;
+      pauseForTests(PublicationStep::kMade);
       slot.store(known, std::memory_order_release);
       return known;
     }

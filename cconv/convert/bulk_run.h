@@ -76,7 +76,8 @@ struct PlainPages {
   alignas(64) uint8_t classes[256];  // 0 where nobody has looked yet
 };
 
-// The same, while threads look at more and more pages.
+// The same, while threads look at more and more pages. Each class says all by itself: a
+// copy that lacks one takes its page for one that nobody has looked at.
 class SharedPages {
  public:
   uint8_t at(uint32_t page) const {
@@ -103,17 +104,20 @@ struct Designations {
   static constexpr size_t kGroups = 16;
   static constexpr uint32_t kLongestEscape = 4;
 
-  // By the index of the group.
+  // By the index of the group. The length is 0 where the sequence is not known.
   alignas(64) uint32_t escapes[kGroups];
   alignas(64) uint32_t lengths[kGroups];
   uint32_t asciiGroup;  // while which is designated, ASCII is written as it is
 };
 
-// The same, while threads find more and more groups.
+// The same, while threads find more and more groups. Each sequence says all by itself. A
+// copy may lack those of groups that short entries name which the run reads later: such an
+// entry is unknown to the run, which leaves it to those who read the sequence with it.
 class SharedDesignations {
  public:
   explicit SharedDesignations(uint32_t asciiGroup) : asciiGroup_(asciiGroup) {}
 
+  // At least one byte.
   void add(uint32_t index, uint32_t escape, uint32_t length) {
     sequences_[index].store(uint64_t{length} << 32 | escape, std::memory_order_relaxed);
   }

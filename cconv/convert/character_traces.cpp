@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "cconv/rules/publication.h"
+
 namespace ksv {
 namespace {
 
@@ -68,7 +70,9 @@ void CharacterTraces::remember(const uint8_t* bytes, ptrdiff_t length,
     Slot& slot = (*slots)[(slotOf(key) + probe) % kSlots];
     Key present = kFree;
     if (slot.key.compare_exchange_strong(present, kBeingFilled, std::memory_order_acquire)) {
+      pauseForTests(PublicationStep::kWord);
       slot.trace = CharacterTrace::of(record);
+      pauseForTests(PublicationStep::kWord);
       slot.key.store(key, std::memory_order_release);
       return;
     }
@@ -82,6 +86,7 @@ CharacterTraces::Slots* CharacterTraces::slotsToFill() {
   Slots* made = nullptr;
   if (tablesInUse.fetch_add(1, std::memory_order_relaxed) < kMostTables) {
     made = new (std::nothrow) Slots;
+    pauseForTests(PublicationStep::kMade);
     if (made != nullptr && slots_.compare_exchange_strong(present, made, std::memory_order_acq_rel))
       return made;
     delete made;

@@ -35,7 +35,8 @@ struct CharacterTrace {
 };
 
 // The traces of one converter, entered character by character by whoever converts it
-// first; safe from any thread. Later characters that find no place are not remembered.
+// first; safe from any thread: the key is the flag that publishes its trace, and no key
+// is ever replaced. Later characters that find no place are not remembered.
 class CharacterTraces {
  public:
   CharacterTraces() = default;

@@ -52,7 +52,9 @@ void makeTablesReady(const CharsetDef& charset, ksv::CodeTable SubsetDef::*table
     if (group->isUser() || ksv::ensureTableLoaded(&own)) continue;
     all = all && own.fileName.empty();
   }
-  if (all) areReady.store(true, std::memory_order_release);
+  if (!all) return;
+  ksv::pauseForTests(ksv::PublicationStep::kMade);
+  areReady.store(true, std::memory_order_release);
 }
 
 // The languages are empty before.

@@ -6,6 +6,7 @@
 #include "cconv/convert/converter.h"
 #include "cconv/convert/driver.h"
 #include "cconv/rules/code_table.h"
+#include "cconv/rules/publication.h"
 
 namespace ksv {
 namespace {
@@ -109,6 +110,7 @@ void DirectTable::deletePage(const Page* page) {
 
 const DirectTable::Page* DirectTable::publish(uint32_t index, const Page* made) {
   const Page* published = nullptr;
+  pauseForTests(PublicationStep::kMade);
   if (pages_[index].compare_exchange_strong(published, made, std::memory_order_acq_rel)) {
     return made;
   }

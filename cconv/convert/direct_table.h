@@ -128,7 +128,8 @@ class DirectTable {
   // A page that counts against the bound; null when there is none to be had.
   static Page* newPage();
   static void deletePage(const Page* page);
-  // Enters the page, unless another thread was first; gives the one that is there.
+  // Enters the page, which nobody changes any more, unless another thread was first; gives
+  // the one that is there.
   const Page* publish(uint32_t index, const Page* made);
 
   std::vector<Slot> pages_;
@@ -149,7 +150,8 @@ const DirectTable::Page* DirectTable::makePage(const ConverterRecord& record, ui
 
 // A table of short entries, filled as characters are found, in front of the pages:
 // the whole answer for what most text consists of is then one load away. Each entry
-// says all by itself, so threads need no order among them.
+// says all by itself, so threads need no order among them (publication.h): where an entry
+// needs a group designated, it is up to its reader to know the group's escape sequence.
 class ShortTable {
  public:
   // Indexes are the values of the Basic Multilingual Plane or byte pairs, and from
@@ -169,9 +171,8 @@ class ShortTable {
 
   using Slot = std::atomic<ShortEntry>;
   const Slot* slots() const { return entries_; }
-  void remember(uint32_t index, ShortEntry entry,
-                std::memory_order order = std::memory_order_relaxed) {
-    if (index < kSize && isThere()) entries_[index].store(entry, order);
+  void remember(uint32_t index, ShortEntry entry) {
+    if (index < kSize && isThere()) entries_[index].store(entry, std::memory_order_relaxed);
   }
 
  private:

@@ -94,11 +94,22 @@ KSV_IN_LOOP void putPairs(BulkPosition& at, __m512i pairs, __m512i lengths, uint
   at.output += std::popcount(bytes);
 }
 
+KSV_IN_LOOP __m512i groupsOf(__m512i entries) {
+  return _mm512_and_si512(_mm512_srli_epi32(entries, kShortGroupShift),
+                          _mm512_set1_epi32(kMostShortGroup));
+}
+
+// Of which entries the run has the escape sequence.
+KSV_IN_LOOP uint32_t designable(const ShortRun& run, __m512i entries) {
+  const __m512i lengths = _mm512_permutexvar_epi32(groupsOf(entries),
+                                                   _mm512_loadu_si512(run.designations->lengths));
+  return _mm512_test_epi32_mask(lengths, lengths);
+}
+
 // The same with an escape sequence wherever the group changes.
 KSV_IN_LOOP void putDesignating(const ShortRun& run, BulkPosition& at, __m512i entries,
                                 uint32_t count) {
-  const __m512i groups = _mm512_and_si512(_mm512_srli_epi32(entries, kShortGroupShift),
-                                          _mm512_set1_epi32(kMostShortGroup));
+  const __m512i groups = groupsOf(entries);
   const __m512i current = _mm512_set1_epi32(static_cast<int>(designationIndex(at.designatedGroup)));
   const __mmask16 changes =
       _mm512_cmpneq_epi32_mask(groups, _mm512_alignr_epi32(groups, current, kLanes - 1));
@@ -120,11 +131,13 @@ KSV_IN_LOOP void putDesignating(const ShortRun& run, BulkPosition& at, __m512i e
       _mm_cvtsi128_si32(_mm512_castsi512_si128(_mm512_maskz_compress_epi32(last, groups)))));
 }
 
-// Puts out up to sixteen entries; how many, up to the first that is none.
+// Puts out up to sixteen entries; how many, up to the first that is none. One whose group
+// has come with another thread, since the run copied the sequences, is none.
 template <bool kDesignates>
 KSV_IN_LOOP uint32_t putEntries(const ShortRun& run, BulkPosition& at, __m512i entries,
                                 uint32_t count) {
-  const uint32_t known = _mm512_movepi32_mask(entries);
+  uint32_t known = _mm512_movepi32_mask(entries);
+  if constexpr (kDesignates) known &= designable(run, entries);
   if (known != _bzhi_u32(0xFFFF, count)) [[unlikely]]
     count = static_cast<uint32_t>(std::countr_one(known));
   if constexpr (kDesignates) {

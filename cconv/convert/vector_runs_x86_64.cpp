@@ -10,6 +10,10 @@ namespace {
 #pragma GCC push_options
 #pragma GCC target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")
 
+template <AsciiOutput kAscii>
+constexpr bool kWritesUnits =
+    kAscii == AsciiOutput::kLittleUnits || kAscii == AsciiOutput::kBigUnits;
+
 struct ClassLookup {
   __m512i quarters[4];
 
@@ -76,8 +80,11 @@ void runByteCodes(const ShortRun& run, BulkPosition& position, uint32_t wanted) 
     const __m512i classes = lookup.of(bytes, high);
     const uint64_t leads = _mm512_test_epi8_mask(classes, pairBit);
     if constexpr (kAscii != AsciiOutput::kOther && !kDesignates) {
-      if (room >= kBlock && _mm512_test_epi8_mask(classes, pairOrWideBit) == 0) {
-        narrow.put<kAscii>(at.output, bytes, high, _mm512_test_epi8_mask(classes, twoBit));
+      const uint64_t two = _mm512_test_epi8_mask(classes, twoBit);
+      // In units all codes are written as two bytes, which not all need be.
+      const bool areUnits = !kWritesUnits<kAscii> || ~two == 0;
+      if (room >= kBlock && areUnits && _mm512_test_epi8_mask(classes, pairOrWideBit) == 0) {
+        narrow.put<kAscii>(at.output, bytes, high, two);
         at.advance(kBlock, kBlock);
         continue;
       }
@@ -203,10 +210,6 @@ KSV_IN_LOOP __m512i swapped(__m512i units) {
       _mm512_broadcast_i32x4(_mm_set_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1));
   return _mm512_shuffle_epi8(units, other);
 }
-
-template <AsciiOutput kAscii>
-constexpr bool kWritesUnits =
-    kAscii == AsciiOutput::kLittleUnits || kAscii == AsciiOutput::kBigUnits;
 
 // Takes so many values, up to 32, if they are all written as they are.
 template <AsciiOutput kAscii>

@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "cconv/rules/publication.h"
+
 namespace ksv {
 namespace {
 
@@ -23,6 +25,7 @@ void widenBounds(CodeTable& table, uint32_t key) {
 }  // namespace
 
 constinit thread_local bool ProvisionalAnswers::noted_ = false;
+constinit std::atomic<PublicationPause> publicationPauseForTests = nullptr;
 
 bool BlockCoverage::covers(uint32_t key) {
   if (key >= lastFirst_ && key < lastEnd_) return true;

@@ -76,6 +76,7 @@ struct CodeTable {
   TextEncodingKind sourceEncoding = TextEncodingKind::kUnknown;
   bool sourceBigEndian = false;
   int32_t loadAttempts = -1;
+  bool isRead = false;  // from its file, whatever that held
   // Set last when a table is filled: whoever sees it set sees the values too.
   std::atomic<bool> loaded = false;
   BlockCoverage coverage;
@@ -112,5 +113,11 @@ bool tableListLookup(const TableList& tables, uint32_t key, uint32_t& value, uin
 // Fills the table from its compiled file or its text on first use, under the
 // named lock. Returns whether it is loaded; never, when it has no file.
 bool ensureTableLoaded(CodeTable* table);
+
+// Whether look-ups in the table, one of a list, will always answer as they do now. Not so
+// while it holds nothing but one key that makes a table ask for a second attempt: from then
+// on it has an answer. Fills a table that nobody has asked for, which changes nothing that
+// anyone could see, and is no attempt.
+bool answersAreFinal(CodeTable& table);
 
 }  // namespace ksv

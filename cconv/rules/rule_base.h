@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "cconv/rules/charset_names.h"
+#include "cconv/rules/publication.h"
 #include "cconv/rules/rule_model.h"
 #include "common/platform.h"
 
@@ -34,6 +35,7 @@ class DerivedPlace {
   // What is there afterwards: these, or what another thread put there before.
   DerivedTables* fill(std::unique_ptr<DerivedTables> made) {
     DerivedTables* present = nullptr;
+    pauseForTests(PublicationStep::kMade);
     if (tables_.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel))
       return made.release();
     return present;

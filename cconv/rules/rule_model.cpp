@@ -3,6 +3,8 @@
 #include <new>
 #include <utility>
 
+#include "cconv/rules/publication.h"
+
 namespace ksv {
 namespace {
 
@@ -15,6 +17,7 @@ Item* madeAt(std::atomic<Item*>& place) {
   if (present != nullptr) return present;
   auto fresh = std::unique_ptr<Item>(new (std::nothrow) Item());
   if (fresh == nullptr) return nullptr;
+  pauseForTests(PublicationStep::kMade);
   if (place.compare_exchange_strong(present, fresh.get(), std::memory_order_acq_rel))
     return fresh.release();
   return present;
@@ -48,6 +51,7 @@ void EncodedCodeCache::remember(uint32_t unicode, const EncodedCode& found) {
   if (page == nullptr) return;
   const uint64_t entry =
       kKnown | uint64_t{found.member} << 48 | uint64_t{found.sequenceLength} << 32 | found.code;
+  pauseForTests(PublicationStep::kWord);
   (*page)[unicode & 0xFF].store(entry, std::memory_order_relaxed);
 }
 

@@ -74,7 +74,8 @@ struct EncodedCode {
 };
 
 // Remembers, for one charset, what the walk along its members found for a
-// Unicode code. Filled code by code by whoever asks first; safe from any thread.
+// Unicode code. Filled code by code by whoever asks first; safe from any thread: pages are
+// published zeroed, and an entry is a word that says all by itself (publication.h).
 // At most 8.9 MB a charset, when all of Unicode is asked for.
 class EncodedCodeCache {
  public:
@@ -149,11 +150,12 @@ struct CharsetDef {
 
   mutable std::unique_ptr<EncodedCodeCache> encodedCodes;
   // Where the conversion engine keeps what it found for the two names above; any
-  // thread may fill them.
+  // thread may fill them, with the same constants of the codec table.
   mutable std::atomic<const CodecEntry*> encoder = nullptr;
   mutable std::atomic<const CodecEntry*> decoder = nullptr;
   // Whether the tables from and to Unicode of all members are as they will stay: those
-  // that have a file are loaded. Set by whoever finds it so.
+  // that have a file are loaded. Set by whoever finds it so, behind what makes it so: the
+  // tables' own flags, which he has seen.
   mutable std::atomic<bool> encodingTablesAreReady = false;
   mutable std::atomic<bool> decodingTablesAreReady = false;
 

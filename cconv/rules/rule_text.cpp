@@ -27,6 +27,7 @@ static_assert(sizeof kUcs2Name == kUcs2NameSize + 1);
 
 std::vector<uint8_t> readWholeFile(const std::string& path) {
   std::vector<uint8_t> bytes;
+  if (!isRegularFile(path)) return bytes;
   platform::InputFile file(path.c_str());
   if (file.size() > 0 && file.size() <= std::numeric_limits<int32_t>::max()) {
     bytes.resize(static_cast<size_t>(file.size()));

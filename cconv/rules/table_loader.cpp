@@ -13,6 +13,7 @@
 #include <optional>
 
 #include "cconv/rules/code_table.h"
+#include "cconv/rules/publication.h"
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_path.h"
 #include "cconv/rules/table_reader.h"
@@ -75,7 +76,7 @@ void insertRecords(CodeTable& table, FILE* file, int64_t size) {
 // False when there is no compiled file that can be opened. An empty or unreadable
 // one gives an empty table all the same.
 bool loadCompiled(CodeTable& table, const std::string& path) {
-  FILE* file = platform::openFile(path.c_str(), "rb");
+  FILE* file = isRegularFile(path) ? platform::openFile(path.c_str(), "rb") : nullptr;
   if (file == nullptr) return false;
   const auto size = sizeFromEnd(file);
   if (size) insertRecords(table, file, *size);
@@ -97,6 +98,7 @@ bool writeRecord(platform::ReplacementFile& file, uint32_t first, uint32_t secon
 // copy is there and empty.
 void compile(CodeTable& table, const TablePaths& paths) {
   auto compiled = platform::ReplacementFile::create(paths.compiled.c_str());
+  pauseForTests(PublicationStep::kFilling);
   if (auto reader = TableReader::open(paths.text, table.sourceEncoding, table.sourceBigEndian)) {
     for (;;) {
       const auto first = reader->nextNumber();
@@ -113,17 +115,36 @@ bool isFilled(const CodeTable& table) {
   return table.low != table.high || (table.low != 0 && table.low <= kHighestLoneKey);
 }
 
-void load(CodeTable& table) {
-  if (table.isLoaded()) return;
-  if (++table.loadAttempts != 0) {
-    // Parsed once already: from now on an empty table answers nothing, instead
-    // of passing every code through.
-    table.loaded.store(true, std::memory_order_release);
-    return;
-  }
+// Reads the table, once.
+void fill(CodeTable& table) {
+  if (table.isRead) return;
+  table.isRead = true;
   const TablePaths paths = pathsOf(table);
   if (!loadCompiled(table, paths.compiled)) compile(table, paths);
-  if (isFilled(table)) table.loaded.store(true, std::memory_order_release);
+}
+
+void setLoaded(CodeTable& table) {
+  pauseForTests(PublicationStep::kMade);
+  table.loaded.store(true, std::memory_order_release);
+}
+
+void load(CodeTable& table) {
+  if (table.isLoaded()) return;
+  // At the second attempt an empty table answers nothing any more, instead of passing
+  // every code through.
+  const bool isFirst = ++table.loadAttempts == 0;
+  if (isFirst) fill(table);
+  if (!isFirst || isFilled(table)) setLoaded(table);
+}
+
+// What the first attempt does, if it is enough. A table that asks for a second one is read
+// and counts as not asked for yet.
+void loadAhead(CodeTable& table) {
+  if (table.isLoaded() || table.loadAttempts >= 0) return;
+  fill(table);
+  if (!isFilled(table)) return;
+  table.loadAttempts = 0;
+  setLoaded(table);
 }
 
 // Keeps the threads of this process apart where there is no named lock. Not taken
@@ -133,20 +154,20 @@ std::mutex& processMutex() {
   return mutex;
 }
 
-void loadLocked(CodeTable& table) {
+void locked(CodeTable& table, void (*change)(CodeTable&)) {
   platform::NamedMutex* mutex = ruleBase.tableMutex;
   // A lock whose last holder died is held as well: compiled files are never half
   // written, so there is nothing to mend.
-  const bool locked =
+  const bool isLocked =
       mutex != nullptr && mutex->lock() != platform::NamedMutex::LockResult::kFailed;
   try {
     std::unique_lock<std::mutex> guard(processMutex(), std::defer_lock);
-    if (!locked) guard.lock();
-    load(table);
+    if (!isLocked) guard.lock();
+    change(table);
   } catch (const std::bad_alloc&) {
     // The table stays as far as it got.
   }
-  if (locked) mutex->unlock();
+  if (isLocked) mutex->unlock();
 }
 
 }  // namespace
@@ -155,8 +176,15 @@ bool ensureTableLoaded(CodeTable* table) {
   if (table == nullptr) return false;
   if (table->isLoaded()) return true;
   if (table->fileName.empty()) return false;
-  loadLocked(*table);
+  locked(*table, load);
   return table->isLoaded();
+}
+
+bool answersAreFinal(CodeTable& table) {
+  if (table.fileName.empty() || table.isLoaded()) return true;
+  locked(table, loadAhead);
+  // An empty one is passed over now, and has nothing to answer with later.
+  return table.isLoaded() || !table.hasEntries;
 }
 
 }  // namespace ksv

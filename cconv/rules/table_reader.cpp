@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "cconv/rules/rule_path.h"
 #include "cconv/rules/text_units.h"
 #include "common/platform.h"
 #include "ksv_file.h"
@@ -16,7 +17,7 @@ constexpr int kLongestRun = 64;
 
 std::unique_ptr<TableReader> TableReader::open(const std::string& path, TextEncodingKind kind,
                                                bool bigEndian) {
-  FILE* file = platform::openFile(path.c_str(), "rb");
+  FILE* file = isRegularFile(path) ? platform::openFile(path.c_str(), "rb") : nullptr;
   if (file == nullptr) return nullptr;
   const int64_t size = KSV_FileTellSize(file);
   if (size < 0) {

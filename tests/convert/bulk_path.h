@@ -39,17 +39,16 @@ class WithoutVectors : public While {
   WithoutVectors() : While(ksv::BulkPath::kAlwaysWithoutVectors) {}
 };
 
+// Without the tables derived so far: there are only so many in a process, and those who
+// come later go without.
+inline void startAnew() {
+  endProcess();
+  startProcess();
+  ASSERT_EQ(cconvLoadRule(), 1);
+}
+
 // The shipped charsets, and the bulk path for every text.
 class BulkTest : public ConversionTest {
- protected:
-  // Without the tables derived so far: there are only so many in a process, and those
-  // who come later go without.
-  static void startAnew() {
-    endProcess();
-    startProcess();
-    ASSERT_EQ(cconvLoadRule(), 1);
-  }
-
  private:
   BulkAlways bulkAlways_;
 };

@@ -1,54 +1,14 @@
 // The bulk path against the step-by-step engine: whatever the charsets, options
 // and cuts, every byte and every field is the same.
-#include <atomic>
+#include <algorithm>
 #include <cstring>
-#include <random>
-#include <thread>
 #include <vector>
 
 #include "cconv/convert/vector_level.h"
-#include "tests/convert/bulk_path.h"
+#include "tests/convert/bulk_comparison.h"
 
 namespace ksv_test {
 namespace {
-
-// One call after another until the end, with what each leaves in the record.
-struct Trace {
-  std::vector<ConverterRecord> records;
-  Bytes output;
-};
-
-Trace trace(const Conversion& setup, const Bytes& input, const std::vector<int32_t>& capacities) {
-  Trace result;
-  Converter converter(setup);
-  converter.give(input, capacities[0]);
-  for (size_t call = 1; call < 400; ++call) {
-    const uint32_t status = converter.convert();
-    ConverterRecord record = converter.record;
-    record.input = record.output = nullptr;
-    result.records.push_back(record);
-    const bool goesOn = status == 22 || status == 23 || status == 13;
-    if (!goesOn) break;
-    converter.drain(capacities[call % capacities.size()]);
-  }
-  result.output = converter.written();
-  return result;
-}
-
-void expectSame(const Trace& bulk, const Trace& steps, const std::string& what) {
-  ASSERT_EQ(bulk.records.size(), steps.records.size()) << what;
-  for (size_t call = 0; call < bulk.records.size(); ++call) {
-    ASSERT_EQ(std::memcmp(&bulk.records[call], &steps.records[call], sizeof(ConverterRecord)), 0)
-        << what << ", call " << call << ", status " << bulk.records[call].status << " and "
-        << steps.records[call].status << ", position " << bulk.records[call].inputPosition
-        << " and " << steps.records[call].inputPosition;
-  }
-  for (size_t i = 0; i < bulk.output.size(); ++i) {
-    ASSERT_EQ(hex(bulk.output.substr(i, 1)), hex(steps.output.substr(i, 1)))
-        << what << ", byte " << i << " of " << hex(bulk.output.substr(i & ~size_t{15}, 32))
-        << " and " << hex(steps.output.substr(i & ~size_t{15}, 32));
-  }
-}
 
 void expectSame(const Conversion& setup, const Bytes& input,
                 const std::vector<int32_t>& capacities) {
@@ -59,64 +19,9 @@ void expectSame(const Conversion& setup, const Bytes& input,
     const EngineOnly engineOnly;
     steps = trace(setup, input, capacities);
   }
-  ASSERT_NO_FATAL_FAILURE(expectSame(bulk, steps, what));
+  ASSERT_EQ(difference(bulk, steps), "") << what;
   const WithoutVectors withoutVectors;
-  expectSame(trace(setup, input, capacities), steps, what + " without vectors");
-}
-
-using Random = std::mt19937;
-
-uint32_t below(Random& random, uint32_t limit) { return static_cast<uint32_t>(random() % limit); }
-
-// Values that matter to a converter more often than the others.
-uint32_t randomValue(Random& random) {
-  static constexpr uint32_t kInteresting[] = {0x0A,     0x0D,    0x2028,  0x2029,  0x304B,  0x309A,
-                                              0x0300,   0x02E9,  0x02E5,  0x301C,  0xFF5E,  0xFEFF,
-                                              0xE0001,  0xE0041, 0xE007F, 0x1F600, 0x20089, 0xD800,
-                                              0x10FFFF, 0,       0x7F,    0x80,    0xA5,    0x203E};
-  switch (below(random, 20)) {
-    case 0:
-      return kInteresting[below(random, std::size(kInteresting))];
-    case 1:
-      return below(random, 0x10000);
-    case 2:
-      return 0x2460 + below(random, 20);
-    case 3:
-      return 0xFF61 + below(random, 63);
-    case 4:
-    case 5:
-    case 6:
-    case 7:
-      return 0x20 + below(random, 95);
-    case 8:
-    case 9:
-      return 0x4E00 + below(random, 0x5000);
-    default:
-      return 0x3041 + below(random, 0xB0);
-  }
-}
-
-Bytes ucs4(const std::vector<uint32_t>& values) {
-  Bytes text;
-  for (const uint32_t value : values) {
-    for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift);
-  }
-  return text;
-}
-
-// Random text of some thousand characters in the charset, with some random bytes.
-Bytes randomText(Random& random, const char* charset) {
-  std::vector<uint32_t> values(700 + below(random, 1500));
-  for (uint32_t& value : values) value = randomValue(random);
-  if (below(random, 4) == 0) values.assign(values.size(), 0x41);
-  const EngineOnly engineOnly;
-  Conversion setup{"ISO-10646-UCS-4", charset};
-  setup.options.replaceUnmappable = 1;
-  Bytes text = convertWhole(setup, ucs4(values)).output;
-  for (uint32_t bad = below(random, 4); bad > 0 && !text.empty(); --bad) {
-    text[below(random, static_cast<uint32_t>(text.size()))] = static_cast<char>(random());
-  }
-  return text;
+  ASSERT_EQ(difference(trace(setup, input, capacities), steps), "") << what << " without vectors";
 }
 
 Conversion randomSetup(Random& random, const char* source, const char* target) {
@@ -187,48 +92,6 @@ TEST_F(Bulk, TheShortestTextsConvertAsTheEngineConvertsThem) {
       if (HasFatalFailure()) return;
     }
   }
-}
-
-// What texts mostly are: runs of the same script, line ends, words of another.
-std::vector<uint32_t> ordinaryValues(Random& random, size_t count) {
-  std::vector<uint32_t> values;
-  const auto add = [&](uint32_t most, auto value) {
-    for (uint32_t left = 1 + below(random, most); left > 0; --left) values.push_back(value());
-  };
-  while (values.size() < count) {
-    switch (below(random, 8)) {
-      case 0:
-        add(150, [&] { return 0x20 + below(random, 95); });
-        break;
-      case 1:
-        add(9, [&] { return 0xC0 + below(random, 64); });
-        break;
-      case 2:
-        add(20, [&] { return 0xAC00 + below(random, 300); });
-        break;
-      case 3:
-        add(2, [] { return '\n'; });
-        break;
-      case 4:
-        add(8, [&] { return 0x391 + below(random, 17); });
-        break;
-      default:
-        add(70, [&] {
-          return below(random, 3) == 0 ? 0x4E00 + below(random, 300) : 0x3041 + below(random, 80);
-        });
-    }
-  }
-  values.resize(count);
-  return values;
-}
-
-// In units of the byte order that is asked for, where there are units.
-Bytes ordinaryText(Random& random, const char* charset, size_t count, uint32_t bigEndian) {
-  const EngineOnly engineOnly;
-  Conversion setup{"ISO-10646-UCS-4", charset};
-  setup.options.replaceUnmappable = 1;
-  setup.options.outputBigEndian = bigEndian;
-  return convertWhole(setup, ucs4(ordinaryValues(random, count))).output;
 }
 
 constexpr const char* kUsualSources[] = {
@@ -398,43 +261,6 @@ TEST_F(Bulk, AMarkAtEveryPlaceComposesWithItsBase) {
     expectSame({"UTF-8", "Shift_JIS-2004"}, text, {10000});
     expectSame({"UTF-8", "Shift_JIS"}, text, {10000});
     if (HasFatalFailure()) return;
-  }
-}
-
-// Several threads make of the text what one makes of it, none having been there before.
-void expectSameOfThreads(const Conversion& setup, const Bytes& text) {
-  Bytes expected;
-  {
-    const EngineOnly engineOnly;
-    expected = convertWhole(setup, text).output;
-  }
-  std::atomic<int> ready = 0;
-  std::vector<Bytes> outputs(8);
-  std::vector<std::thread> threads;
-  for (Bytes& output : outputs) {
-    threads.emplace_back([&] {
-      ++ready;
-      while (ready < static_cast<int>(outputs.size())) std::this_thread::yield();
-      for (int i = 0; i < 20; ++i) output = convertWhole(setup, text).output;
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (const Bytes& output : outputs) EXPECT_EQ(output, expected);
-}
-
-TEST_F(Bulk, ManyThreadsThatStartAtOnceDeriveTheSameTables) {
-  constexpr const char* kPairs[][2] = {{"EUC-JP", "UTF-8"},
-                                       {"UTF-8", "ISO-2022-JP"},
-                                       {"ISO-2022-JP", "UTF-8"},
-                                       {"UTF-8", "ISO-10646-UCS-2"}};
-  Random random(9);
-  for (const auto& [source, target] : kPairs) {
-    const Bytes text = randomText(random, source) + ordinaryText(random, source, 2000, 1);
-    startAnew();
-    Conversion setup{source, target};
-    setup.options.replaceUnmappable = 1;
-    setup.parameters = {1, 0, 1};
-    expectSameOfThreads(setup, text);
   }
 }
 

@@ -1,24 +1,38 @@
-// Bound to POSIX, where a text can be a fifo that keeps its reader waiting at a known
-// instant, a thread can be cancelled there, and a process can be forked then.
+// Bound to POSIX, where a thread that waits at a known instant can be cancelled there, and a
+// process can be forked then.
 #include <pthread.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <thread>
 
+#include "cconv/rules/publication.h"
 #include "tests/rules/compiling.h"
 #include "tests/system/fork_posix.h"
 
 namespace ksv::test {
 namespace {
 
-// A text that nobody can finish opening: whoever compiles it stays at it, with the
-// lock held and the compiled file begun.
-class CompilingEndlessText : public Compiling {
+// Whoever compiles stays at it, with the lock held and the compiled file begun, until he is
+// let go on.
+class CompilingHeldUp : public Compiling {
  protected:
-  CompilingEndlessText() { EXPECT_EQ(mkfifo(directory_.path("t.txt").c_str(), 0600), 0); }
+  CompilingHeldUp() {
+    EXPECT_EQ(pipe(gate_), 0);
+    directory_.writeTable("t.txt", "1 2\r\n3 4");
+    publicationPauseForTests = waitAtTheGate;
+  }
+  ~CompilingHeldUp() override {
+    holdUpNoMore();
+    for (const int end : gate_) close(end);
+  }
+
+  // Those who come there from now on, in this process.
+  static void holdUpNoMore() { publicationPauseForTests = nullptr; }
+  static void letOneGoOn() { EXPECT_EQ(write(gate_[1], "", 1), 1); }
 
   bool waitUntilCompiling() {
     return waitUntil([&] { return directory_.has("t.cmp.tmp"); });
@@ -29,6 +43,15 @@ class CompilingEndlessText : public Compiling {
       return status.find(") S ") != std::string::npos;
     });
   }
+
+ private:
+  static void waitAtTheGate(PublicationStep step) {
+    char opened;
+    if (step != PublicationStep::kFilling) return;
+    EXPECT_EQ(read(gate_[0], &opened, 1), 1);
+  }
+
+  static inline int gate_[2];
 };
 
 TEST_F(Compiling, by_processes_forked_from_one_that_has_the_lock_open_is_exclusive) {
@@ -48,24 +71,24 @@ TEST_F(Compiling, by_processes_forked_from_one_that_has_the_lock_open_is_exclusi
   EXPECT_FALSE(directory_.has("t.cmp.tmp"));
 }
 
-TEST_F(CompilingEndlessText, by_a_process_killed_at_it_leaves_the_lock_and_the_table_usable) {
+TEST_F(CompilingHeldUp, by_a_process_killed_at_it_leaves_the_lock_and_the_table_usable) {
   const pid_t child = startForked([&] { return readTable({}); });
   ASSERT_TRUE(waitUntilCompiling());
   kill(child, SIGKILL);
   EXPECT_EQ(resultOf(child), -1);
   EXPECT_FALSE(directory_.has("t.cmp"));
+  holdUpNoMore();
   expectAbandonedLock();
   expectCompilable(manyPairs(100));
 }
 
-TEST_F(CompilingEndlessText, goes_on_at_once_when_the_process_at_it_is_killed) {
+TEST_F(CompilingHeldUp, goes_on_at_once_when_the_process_at_it_is_killed) {
   const pid_t victim = startForked([&] { return readTable({}); });
   ASSERT_TRUE(waitUntilCompiling());
   ASSERT_TRUE(waitUntilAsleep(victim));
-  // The one that waits for the lock opens another text: by now there is one.
   const Pairs pairs = manyPairs(100);
-  directory_.writeTable("new.txt", tableLines(pairs));
-  std::filesystem::rename(directory_.path("new.txt"), directory_.path("t.txt"));
+  directory_.writeTable("t.txt", tableLines(pairs));
+  holdUpNoMore();
   const pid_t heir = startForked([&] {
     if (readTable(pairs) != 0) return 1;
     return lockMutex() == 1 && unlockMutex() != 0 ? 0 : 2;  // the filling took the 0
@@ -83,7 +106,7 @@ TEST_F(CompilingEndlessText, goes_on_at_once_when_the_process_at_it_is_killed) {
   expectCompilable(pairs);
 }
 
-TEST_F(CompilingEndlessText, by_a_thread_cancelled_at_it_leaves_the_lock_and_other_tables_usable) {
+TEST_F(CompilingHeldUp, by_a_thread_cancelled_at_it_leaves_the_lock_and_other_tables_usable) {
   if (KSV_UNDER_SANITIZERS) GTEST_SKIP() << "they cannot unwind a cancelled thread";
   auto table = tableOf("t.txt");
   pthread_t thread;
@@ -102,25 +125,25 @@ TEST_F(CompilingEndlessText, by_a_thread_cancelled_at_it_leaves_the_lock_and_oth
   EXPECT_EQ(result, PTHREAD_CANCELED);
   EXPECT_FALSE(table->isLoaded());
   EXPECT_FALSE(directory_.has("t.cmp"));
+  holdUpNoMore();
   expectAbandonedLock();
   expectCompilable(manyPairs(100));
 }
 
-TEST_F(CompilingEndlessText, works_in_a_process_forked_while_a_thread_is_at_it) {
+TEST_F(CompilingHeldUp, works_in_a_process_forked_while_a_thread_is_at_it) {
   auto table = tableOf("t.txt");
   std::thread filling([&] { ensureTableLoaded(table.get()); });
   ASSERT_TRUE(waitUntilCompiling());
   directory_.writeTable("other.txt", "1 2\r\n3 4");
+  holdUpNoMore();
   const pid_t child = startForked([] {
     alarm(20);
     auto other = tableOf("other.txt");
     return ensureTableLoaded(other.get()) && mapsAll(*other, {{1, 2}, {3, 4}}) ? 0 : 1;
   });
-  // The thread goes on, and its lock becomes free, when its text is there.
+  // Its lock becomes free when the thread goes on.
   std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  FILE* const text = std::fopen(directory_.path("t.txt").c_str(), "wb");
-  ASSERT_NE(text, nullptr);
-  std::fclose(text);
+  letOneGoOn();
   filling.join();
   EXPECT_EQ(resultOf(child), 0);
 }

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
 
 #include "ksv_cconv.h"
@@ -28,6 +29,7 @@ int runWithoutWriteAccess(const std::string& directory, const std::function<int(
 
 using CompiledTableWithoutStart = CharsetDirectoryTest;
 using CompiledTableOfALimitedSize = RuleBaseTest;
+using CompiledTableBesideAPipe = RuleBaseTest;
 
 TEST_F(CompiledTableWithoutStart, is_not_written_where_nobody_may_write) {
   const Pairs pairs = manyPairs(1000);
@@ -56,6 +58,29 @@ TEST_F(CompiledTableWithoutStart, that_is_there_is_read_where_nobody_may_write) 
                                     return mapsAll(*table, {{1, 2}, {3, 4}}) ? 0 : 2;
                                   }),
             0);
+}
+
+// Whoever opened it would wait for a writer, with the lock held that everyone else waits for.
+TEST_F(CompiledTableBesideAPipe, that_is_the_pipe_is_passed_over_and_left_alone) {
+  const Pairs pairs = manyPairs(100);
+  directory_.writeTable("t.txt", tableLines(pairs));
+  ASSERT_EQ(mkfifo(directory_.path("t.cmp").c_str(), 0600), 0);
+  auto table = tableOf("t.txt");
+  EXPECT_TRUE(ensureTableLoaded(table.get()));
+  EXPECT_TRUE(mapsAll(*table, pairs));
+  EXPECT_TRUE(std::filesystem::is_fifo(directory_.path("t.cmp")));
+}
+
+TEST_F(CompiledTableBesideAPipe, has_no_text_where_that_is_a_pipe) {
+  ASSERT_EQ(mkfifo(directory_.path("t.txt").c_str(), 0600), 0);
+  auto table = tableOf("t.txt");
+  EXPECT_FALSE(ensureTableLoaded(table.get()));
+  EXPECT_EQ(directory_.read("t.cmp"), "") << "as without a text";
+}
+
+TEST_F(CompiledTableBesideAPipe, is_not_waited_for_where_the_pipe_is_a_rule_file) {
+  ASSERT_EQ(mkfifo(directory_.path("pipe.xml").c_str(), 0600), 0);
+  EXPECT_EQ(cconvLoadRule(), 0) << "nothing could be loaded";
 }
 
 TEST_F(CompiledTableOfALimitedSize, is_dropped_when_its_bytes_cannot_be_stored) {
