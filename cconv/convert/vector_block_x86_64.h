@@ -101,8 +101,8 @@ KSV_IN_LOOP __m512i groupsOf(__m512i entries) {
 
 // Of which entries the run has the escape sequence.
 KSV_IN_LOOP uint32_t designable(const ShortRun& run, __m512i entries) {
-  const __m512i lengths = _mm512_permutexvar_epi32(groupsOf(entries),
-                                                   _mm512_loadu_si512(run.designations->lengths));
+  const __m512i lengths =
+      _mm512_permutexvar_epi32(groupsOf(entries), _mm512_loadu_si512(run.designations->lengths));
   return _mm512_test_epi32_mask(lengths, lengths);
 }
 

@@ -19,8 +19,7 @@ class BulkOfOwnCharsets : public OwnDirectory {
   }
   static void expectSame(const Conversion& setup, const Bytes& input, const Trace& steps) {
     EXPECT_EQ(difference(traceAnew(ksv::BulkPath::kAlways, setup, input), steps), "");
-    EXPECT_EQ(difference(traceAnew(ksv::BulkPath::kAlwaysWithoutVectors, setup, input), steps),
-              "");
+    EXPECT_EQ(difference(traceAnew(ksv::BulkPath::kAlwaysWithoutVectors, setup, input), steps), "");
   }
 
   static std::string lines(uint32_t first, uint32_t last) {

@@ -16,10 +16,10 @@ namespace ksv_test {
 namespace {
 
 // Every way to find characters and to write them, and every kind of table.
-constexpr const char* kShared[] = {"Shift_JIS",  "EUC-JP",    "ISO-2022-JP", "UTF-8",
-                                   "UTF-16",     "ChineseGBK", "EUC-JP-FIX",  "ISO-10646-UCS-2",
-                                   "WINDOWS31J", "KoreanKSC", "ISO-8859-1",  "ISO-2022-JP-KANA",
-                                   "ISO-10646-UCS-4"};
+constexpr const char* kShared[] = {
+    "Shift_JIS",  "EUC-JP",           "ISO-2022-JP",     "UTF-8",      "UTF-16",
+    "ChineseGBK", "EUC-JP-FIX",       "ISO-10646-UCS-2", "WINDOWS31J", "KoreanKSC",
+    "ISO-8859-1", "ISO-2022-JP-KANA", "ISO-10646-UCS-4"};
 
 // --- Letting others in between the steps of a publication. ---
 
@@ -40,9 +40,8 @@ void pause(ksv::PublicationStep step) {
 
 // Some threads hurry on while others are held up, at one step or another.
 void holdUp(uint32_t draw) {
-  constexpr ksv::PublicationStep kSteps[] = {ksv::PublicationStep::kMade,
-                                             ksv::PublicationStep::kWord,
-                                             ksv::PublicationStep::kCopied};
+  constexpr ksv::PublicationStep kSteps[] = {
+      ksv::PublicationStep::kMade, ksv::PublicationStep::kWord, ksv::PublicationStep::kCopied};
   sleepsAt = kSteps[draw % 3];
   passes = sleepsAt == ksv::PublicationStep::kCopied ? draw / 3 % 4 : draw / 3 % 1500;
   sleeps = draw / 4500 % 4;
