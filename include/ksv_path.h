@@ -69,7 +69,11 @@ typedef struct KsvStat {
  * The last component of a pattern may hold '*' for any characters, none included,
  * and '?' for one character; every other character stands for itself. They match
  * every entry, "." and ".." and names that begin with a dot included. A pattern
- * without them finds the entry of that name. */
+ * without them finds the entry of that name.
+ *
+ * On Windows they mean what they mean to the system there: case is not regarded,
+ * "*.*" matches names without a dot as well, and a short name may match in place of
+ * the one that is told. */
 
 /* Looks for pattern (ANSI) and opens a listing of the matches in ascending byte
  * order: 1, or 0 when nothing matches. After 1, end it with KSV_ASC_closedir; after

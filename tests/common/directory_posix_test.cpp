@@ -9,6 +9,19 @@ using ksv::test::list;
 using ksv::test::Names;
 using ksv::test::writeFile;
 
+TEST_F(Directory, takes_one_character_for_a_question_mark) {
+  EXPECT_EQ(list("?"), (Names{".", "a", letter_}));
+  EXPECT_EQ(list("??.xml"), (Names{word_ + ".xml"}));
+  EXPECT_EQ(list("?.xml"), (Names{"a.xml", "b.xml"}));
+}
+
+TEST_F(Directory, takes_a_dot_between_stars_for_a_dot) {
+  EXPECT_EQ(list("*.*"), (Names{".", "..", ".hidden", "a.xml", "b.xml", word_ + ".xml"}));
+  EXPECT_EQ(list("a.*"), (Names{"a.xml"}));
+  EXPECT_EQ(list("a*."), Names());
+  EXPECT_EQ(KSV_FindFile("s*.*"), -1);
+}
+
 TEST_F(Directory, regards_the_case_of_names) {
   writeFile("B.XML", "");
   EXPECT_EQ(list("*.XML"), (Names{"B.XML"}));
