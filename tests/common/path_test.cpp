@@ -105,6 +105,25 @@ TEST(SplitPath, counts_the_terminator_in_the_768_bytes_of_a_part) {
   EXPECT_EQ(KSV_splitpath(japanese.c_str(), nullptr, directory, nullptr, extension), 0);
 }
 
+TEST(SplitPath, fills_the_other_parts_when_one_does_not_fit) {
+  char drive[3] = "x", directory[768] = "x", base[768] = "x", extension[768] = "x";
+  const std::string fits = "d/b." + std::string(766, 'e');
+  EXPECT_EQ(KSV_splitpath(fits.c_str(), drive, directory, base, extension), 0);
+  EXPECT_EQ(extension, "." + std::string(766, 'e'));
+  const std::string longExtension = "d/b." + std::string(767, 'e');
+  std::strcpy(drive, "x");
+  EXPECT_EQ(KSV_splitpath(longExtension.c_str(), drive, directory, base, extension), kRefused);
+  EXPECT_STREQ(drive, "");
+  EXPECT_STREQ(directory, "d/");
+  EXPECT_STREQ(base, "b");
+  EXPECT_STREQ(extension, "");
+  const std::string longDirectory = std::string(767, 'd') + "/b.e";
+  EXPECT_EQ(KSV_splitpath(longDirectory.c_str(), drive, directory, base, extension), kRefused);
+  EXPECT_STREQ(directory, "");
+  EXPECT_STREQ(base, "b");
+  EXPECT_STREQ(extension, ".e");
+}
+
 namespace {
 
 using SplitFunction = void (*)(const char*, char*, char*, char*, char*);
