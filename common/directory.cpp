@@ -36,7 +36,22 @@ struct Matches {
   size_t next = 0;
 };
 
-Matches findMatches(const char* pattern) {
+enum class WildCards { kOwn, kOfSystem };
+
+// In no order; none when the directory cannot be read.
+std::vector<std::string> namesFor(const std::string& directory, const std::string& component,
+                                  WildCards wildCards) {
+  if (wildCards == WildCards::kOfSystem) {
+    auto found = platform::namesFoundBySystem(directory, component);
+    if (found) return std::move(*found);
+  }
+  auto names = platform::directoryNames(directory.c_str());
+  if (!names) return {};
+  std::erase_if(*names, [&](const std::string& name) { return !matchesWildcard(component, name); });
+  return std::move(*names);
+}
+
+Matches findMatches(const char* pattern, WildCards wildCards) {
   const PathPieces parts = splitIntoPieces(pattern);
   const std::string component = std::string(parts.base).append(parts.extension);
   Matches matches;
@@ -52,11 +67,7 @@ Matches findMatches(const char* pattern) {
     if (name) matches.names.push_back(std::move(*name));
     return matches;
   }
-  auto names = platform::directoryNames(matches.directory.c_str());
-  if (!names) return matches;
-  for (std::string& name : *names) {
-    if (matchesWildcard(component, name)) matches.names.push_back(std::move(name));
-  }
+  matches.names = namesFor(matches.directory, component, wildCards);
   std::sort(matches.names.begin(), matches.names.end());
   return matches;
 }
@@ -96,7 +107,7 @@ Matches* matchesOf(const KsvDirectoryListing* listing) {
 bool openListing(const char* pattern, KsvDirectoryListing& listing) {
   const std::optional<std::string> utf8 = platform::ansiToUtf8(pattern);
   if (!utf8) return false;
-  auto matches = std::make_unique<Matches>(findMatches(utf8->c_str()));
+  auto matches = std::make_unique<Matches>(findMatches(utf8->c_str(), WildCards::kOfSystem));
   if (!advance(*matches, listing)) return false;
   listing.handle = reinterpret_cast<intptr_t>(matches.release());
   listing.firstEntry = 1;
@@ -105,7 +116,9 @@ bool openListing(const char* pattern, KsvDirectoryListing& listing) {
 
 }  // namespace
 
-std::vector<std::string> matchingNames(const char* pattern) { return findMatches(pattern).names; }
+std::vector<std::string> matchingNames(const char* pattern) {
+  return findMatches(pattern, WildCards::kOwn).names;
+}
 
 }  // namespace ksv
 
@@ -138,6 +151,7 @@ int KSV_ASC_closedir(KsvDirectoryListing* listing) {
 
 int KSV_FindFile(const char* pattern) {
   if (pattern == nullptr || !ksv::isUsablePath(pattern)) return -1;
-  const bool found = ksv::guarded(false, [&] { return !ksv::matchingNames(pattern).empty(); });
+  const bool found = ksv::guarded(
+      false, [&] { return !ksv::findMatches(pattern, ksv::WildCards::kOfSystem).names.empty(); });
   return found ? 0 : -1;
 }

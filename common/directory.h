@@ -7,7 +7,8 @@
 namespace ksv {
 
 // The names that the last component of pattern stands for, which may have wild
-// cards, in ascending byte order. May throw std::bad_alloc.
+// cards, in ascending byte order. The wild cards are those of wildcard.h on every system,
+// so that a charset directory holds the same rule files. May throw std::bad_alloc.
 std::vector<std::string> matchingNames(const char* pattern);
 
 }  // namespace ksv

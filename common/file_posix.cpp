@@ -126,6 +126,10 @@ std::optional<std::vector<std::string>> directoryNames(const char* path) {
   return names;
 }
 
+std::optional<std::vector<std::string>> namesFoundBySystem(const std::string&, const std::string&) {
+  return std::nullopt;
+}
+
 std::optional<std::string> createUniqueFile(const std::string& directory, const char* prefix) {
   std::string path = directory + prefix + "XXXXXX" + kUniqueSuffix;
   const int file = mkostemps(path.data(), sizeof kUniqueSuffix - 1, 0);

@@ -41,6 +41,14 @@ class Search {
   const HANDLE handle_;
 };
 
+// All names that a search goes through. One that is no UTF-16 cannot be told in UTF-8
+// and is left out.
+void appendNames(Search& search, std::vector<std::string>& names) {
+  do {
+    if (auto name = narrowText(search.name())) names.push_back(std::move(*name));
+  } while (search.next());
+}
+
 int64_t secondsSince1970(const FILETIME& time) {
   constexpr int64_t kTicksPerSecond = 10'000'000;
   constexpr int64_t kSecondsFrom1601To1970 = 11'644'473'600;
@@ -193,7 +201,6 @@ std::optional<std::string> entryName(const std::string& directory, const std::st
   return search ? narrowText(search.name()) : std::nullopt;
 }
 
-// A name that is no UTF-16 cannot be told in UTF-8 and is left out.
 std::optional<std::vector<std::string>> directoryNames(const char* path) {
   std::string pattern = path;
   if (!pattern.ends_with('/') && !pattern.ends_with('\\') && !pattern.ends_with(':')) {
@@ -206,9 +213,19 @@ std::optional<std::vector<std::string>> directoryNames(const char* path) {
   // The root of an empty drive has not even "." in it.
   if (!search && GetLastError() == ERROR_FILE_NOT_FOUND) return names;
   if (!search) return std::nullopt;
-  do {
-    if (auto name = narrowText(search.name())) names.push_back(std::move(*name));
-  } while (search.next());
+  appendNames(search, names);
+  return names;
+}
+
+// The system takes three more characters, which no name may have, for wild cards of its
+// own that nobody writes.
+std::optional<std::vector<std::string>> namesFoundBySystem(const std::string& directory,
+                                                           const std::string& component) {
+  std::vector<std::string> names;
+  const WideText wide((directory + component).c_str());
+  if (!wide || component.find_first_of("<>\"") != component.npos) return names;
+  Search search(wide.get());
+  if (search) appendNames(search, names);
   return names;
 }
 

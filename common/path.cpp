@@ -15,6 +15,9 @@ namespace {
 
 constexpr size_t kUnbounded = static_cast<size_t>(-1);
 
+// Of a usable path, its terminator included: a UTF-16 unit has three in UTF-8 at most.
+constexpr size_t kMostPathBytes = size_t{KSV_PATH_UNITS} * 3;
+
 std::string_view viewOf(const char* text) { return text == nullptr ? "" : text; }
 
 bool isDirectory(const char* path) {
@@ -100,7 +103,9 @@ int KSV_splitpath(const char* path, char* drive, char* directory, char* base, ch
     ksv::clearParts(drive, directory, base, extension);
     return KSV_PATH_NOT_CONVERTED;
   }
-  const ksv::PathPieces parts = ksv::splitIntoPieces(path);
+  char copy[ksv::kMostPathBytes];  // parts may be written over the path
+  ksv::copyText(ksv::viewOf(path), copy, sizeof copy);
+  const ksv::PathPieces parts = ksv::splitIntoPieces(copy);
   bool whole = ksv::copyPart(parts.drive, drive, KSV_DRIVE_SIZE);
   whole = ksv::copyPart(parts.directory, directory, KSV_PART_SIZE) && whole;
   whole = ksv::copyPart(parts.base, base, KSV_PART_SIZE) && whole;

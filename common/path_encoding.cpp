@@ -132,12 +132,10 @@ bool utf16ToUtf8(const uint16_t* source, char* dest, size_t capacity) {
 
 bool copyText(std::string_view text, char* dest, size_t capacity) {
   const bool fits = text.size() < capacity;
-  if (capacity > 0) dest[0] = '\0';
-  if (!fits) return false;
-  // Not memcpy: callers may copy within one buffer.
-  std::memmove(dest, text.data(), text.size());
-  dest[text.size()] = '\0';
-  return true;
+  // Not memcpy: callers may copy within one buffer, and end the text only then.
+  if (fits) std::memmove(dest, text.data(), text.size());
+  if (capacity > 0) dest[fits ? text.size() : 0] = '\0';
+  return fits;
 }
 
 bool isUsablePath(const char* path) {

@@ -157,6 +157,11 @@ std::optional<std::string> entryName(const std::string& directory, const std::st
 // cannot be read.
 std::optional<std::vector<std::string>> directoryNames(const char* path);
 
+// The names, in no order, that the system itself finds in a directory written with its
+// separator for a component with wild cards. None where the system has no wild cards.
+std::optional<std::vector<std::string>> namesFoundBySystem(const std::string& directory,
+                                                           const std::string& component);
+
 // The absolute path of an existing directory without dots in it.
 std::optional<std::string> canonicalDirectory(const char* path);
 

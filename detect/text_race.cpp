@@ -15,23 +15,19 @@ namespace {
 constexpr int32_t kFlawless = 100;
 constexpr int32_t kLeastScore = 90;
 
-constexpr uint8_t kUcs4LittleMark[] = {0xFF, 0xFE, 0x00, 0x00};
-constexpr uint8_t kUcs4BigMark[] = {0x00, 0x00, 0xFE, 0xFF};
-constexpr uint8_t kUtf8Mark[] = {0xEF, 0xBB, 0xBF};
-constexpr uint8_t kUtf16LittleMark[] = {0xFF, 0xFE};
-constexpr uint8_t kUtf16BigMark[] = {0xFE, 0xFF};
-
-template <size_t kLength>
-bool beginsWith(const Chunk& chunk, const uint8_t (&mark)[kLength]) {
-  return chunk.length >= kLength && std::memcmp(chunk.data, mark, kLength) == 0;
-}
-
 }  // namespace
 
 struct TextRace::EncodingRow {
   uint32_t bit;
   Scorer scorer;
   Scorer littleEndian;
+};
+
+struct TextRace::Mark {
+  Encoding encoding;
+  bool isLittleEndian;
+  size_t length;
+  uint8_t bytes[4];
 };
 
 const TextRace::EncodingRow TextRace::kRows[] = {
@@ -48,37 +44,42 @@ const TextRace::EncodingRow TextRace::kRows[] = {
     {KSV_TEXT_ASCII, scoreAscii, nullptr},
 };
 
-// A text that does not fit its mark keeps what was counted here.
-bool TextRace::fitsBehindMark(Encoding encoding, bool isLittleEndian, const Chunk& chunk,
-                              size_t length) {
-  Runner& runner = runners_[encoding];
-  const EncodingRow& row = kRows[encoding];
-  const int32_t score = isLittleEndian ? row.littleEndian(runner.littleEndian, chunk, length)
-                                       : row.scorer(runner.candidate, chunk, length);
-  if (score < kLeastScore) return false;
-  take(encoding, isLittleEndian);
-  attributes_ |= KSV_TEXT_MARK;
-  return true;
+// Marks of several forms may stand one behind the other: each is looked for behind the
+// last one that fitted, and the last one that fits holds. A text that does not fit its
+// mark keeps what was counted here.
+bool TextRace::decideByMark(const Chunk& chunk) {
+  constexpr Mark kMarks[] = {
+      {kUcs4, true, 4, {0xFF, 0xFE, 0x00, 0x00}}, {kUcs4, false, 4, {0x00, 0x00, 0xFE, 0xFF}},
+      {kUtf8, false, 3, {0xEF, 0xBB, 0xBF}},      {kUtf16, true, 2, {0xFF, 0xFE}},
+      {kUtf16, false, 2, {0xFE, 0xFF}},
+  };
+  Encoding last = kNone;
+  size_t position = 0;
+  for (const Mark& mark : kMarks) {
+    if (mark.encoding == last || !fitsBehindMark(mark, chunk, position)) continue;
+    last = mark.encoding;
+    position += mark.length;
+    take(mark.encoding, mark.isLittleEndian);
+    attributes_ |= KSV_TEXT_MARK;
+  }
+  return last != kNone;
 }
 
-bool TextRace::decideByMark(const Chunk& chunk) {
-  if (beginsWith(chunk, kUcs4LittleMark) &&
-      fitsBehindMark(kUcs4, true, chunk, sizeof kUcs4LittleMark))
-    return true;
-  if (beginsWith(chunk, kUcs4BigMark) && fitsBehindMark(kUcs4, false, chunk, sizeof kUcs4BigMark))
-    return true;
-  if (beginsWith(chunk, kUtf8Mark)) return fitsBehindMark(kUtf8, false, chunk, sizeof kUtf8Mark);
-  // The mark of little-endian UCS-4 begins with that of UTF-16.
-  if (beginsWith(chunk, kUtf16LittleMark))
-    return fitsBehindMark(kUtf16, true, chunk, sizeof kUtf16LittleMark);
-  return beginsWith(chunk, kUtf16BigMark) &&
-         fitsBehindMark(kUtf16, false, chunk, sizeof kUtf16BigMark);
+bool TextRace::fitsBehindMark(const Mark& mark, const Chunk& chunk, size_t position) {
+  const size_t start = position + mark.length;
+  if (start > chunk.length) return false;
+  if (std::memcmp(chunk.data + position, mark.bytes, mark.length) != 0) return false;
+  Runner& runner = runners_[mark.encoding];
+  const EncodingRow& row = kRows[mark.encoding];
+  const int32_t score = mark.isLittleEndian ? row.littleEndian(runner.littleEndian, chunk, start)
+                                            : row.scorer(runner.candidate, chunk, start);
+  return score >= kLeastScore;
 }
 
 // Only in a chunk that nothing has been counted before a scorer may give up: one that
 // drops a later chunk leaves the score of what came before.
 bool TextRace::mayGiveUp(const Candidate& candidate) const {
-  return isFirstChunk_ && candidate.good + candidate.bad == 0;
+  return givesUp_ && isFirstChunk_ && candidate.good + candidate.bad == 0;
 }
 
 // So many bad characters leave no score of 90, whatever the others are.
@@ -94,20 +95,36 @@ int32_t TextRace::score(size_t encoding) {
   return runner.score;
 }
 
-int32_t TextRace::scoreNow(size_t encoding) {
+// One order may be given up only when the other one is, and the encoding leaves the race:
+// in a tie both are asked for their counts and line ends later, however bad one is.
+int32_t TextRace::scoreOrders(size_t encoding) {
   Runner& runner = runners_[encoding];
   const EncodingRow& row = kRows[encoding];
-  Candidate& candidate = runner.candidate;
+  const auto scoreOrder = [&](Candidate& candidate, Scorer scorer, uint32_t mostBad) {
+    candidate.mostBad = mostBad;
+    return scorer(candidate, chunk_, 0);
+  };
+  const Candidate bigBefore = runner.candidate;
+  const Candidate littleBefore = runner.littleEndian;
+  const int32_t big = scoreOrder(runner.candidate, row.scorer, mostBad(bigBefore));
+  const int32_t little = scoreOrder(runner.littleEndian, row.littleEndian, mostBad(littleBefore));
+  runner.isLittleEndian = little >= big;
+  const int32_t score = std::max(big, little);
+  if (score < kLeastScore) return score;
+  Candidate& loser = runner.isLittleEndian ? runner.candidate : runner.littleEndian;
+  loser = runner.isLittleEndian ? bigBefore : littleBefore;
+  scoreOrder(loser, runner.isLittleEndian ? row.scorer : row.littleEndian, UINT32_MAX);
+  return score;
+}
+
+int32_t TextRace::scoreNow(size_t encoding) {
+  const EncodingRow& row = kRows[encoding];
+  if (row.littleEndian != nullptr) return scoreOrders(encoding);
+  Candidate& candidate = runners_[encoding].candidate;
   // What ISO-2022-JP sees of line ends is told even when it loses.
   if (encoding != kIso2022Jp) candidate.mostBad = mostBad(candidate);
   const Carry carried = candidate.carry;
   const int32_t own = row.scorer(candidate, chunk_, 0);
-  if (row.littleEndian != nullptr) {
-    runner.littleEndian.mostBad = mostBad(runner.littleEndian);
-    const int32_t little = row.littleEndian(runner.littleEndian, chunk_, 0);
-    runner.isLittleEndian = little >= own;
-    return std::max(own, little);
-  }
   return encoding == kShiftJis && own == kFlawless ? shiftJisScore(carried) : own;
 }
 

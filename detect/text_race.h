@@ -21,6 +21,9 @@ class TextRace {
   // break it.
   bool decide(const Chunk& chunk);
 
+  // Before the first chunk: every score is counted to its end. The answer is the same.
+  void giveNothingUpForTests() { givesUp_ = false; }
+
   // The answer of dtctText so far.
   uint32_t result() const;
 
@@ -53,14 +56,16 @@ class TextRace {
     int32_t score = kUnknownScore;  // in this chunk
   };
 
+  struct Mark;
   struct EncodingRow;
   static const EncodingRow kRows[kEncodings];
 
-  bool fitsBehindMark(Encoding encoding, bool isLittleEndian, const Chunk& chunk, size_t length);
+  bool fitsBehindMark(const Mark& mark, const Chunk& chunk, size_t position);
   bool mayGiveUp(const Candidate& candidate) const;
   uint32_t mostBad(const Candidate& candidate) const;
   int32_t score(size_t encoding);
   int32_t scoreNow(size_t encoding);
+  int32_t scoreOrders(size_t encoding);
   int32_t shiftJisScore(const Carry& carried);
   bool isFlawless(size_t encoding, bool isLittleEndian = false);
   Encoding findPreferred();
@@ -74,6 +79,7 @@ class TextRace {
   Chunk chunk_;
   SharedRun shared_;
   bool isFirstChunk_ = true;
+  bool givesUp_ = true;
   uint32_t enabled_ = KSV_TEXT_ENCODINGS;
   uint32_t detected_ = 0;
   uint32_t attributes_ = 0;

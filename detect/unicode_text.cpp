@@ -233,19 +233,24 @@ void readWidePairs(Reader& reader, Tally& tally) {
 
 Step readEucJpFix(Reader& reader, Candidate& candidate, Tally& tally) {
   const uint8_t first = reader.at[0];
-  const uint8_t second = reader.at[1];
+  const bool isLead = isBetween(first, 0xA1, 0xF4);
   if (first == kEscape) return Step::kStopped;
+  if (first != 0 && !isLead) {
+    ++tally.bad;
+    ++reader.at;
+    return Step::kRead;
+  }
+  if (reader.left() < 2) return Step::kCut;
+  const uint8_t second = reader.at[1];
   if (first == 0 && second == kCarriageReturn) {
     readFixedCarriageReturn(reader, candidate, tally);
     return Step::kRead;
   }
-  const bool isLead = isBetween(first, 0xA1, 0xF4);
-  const bool isGood = first == 0 ? isGoodBehindZero(second)
-                                 : isLead && (isBetween(second, 0x21, 0x7E) || second >= 0xA1);
+  const bool isGood = first == 0 ? isGoodBehindZero(second) : isPrintable(second) || second >= 0xA1;
   tally.good += isGood;
   tally.bad += !isGood;
   if (first == 0 && second == kLineFeed) candidate.noteLineEnd(KSV_TEXT_LF);
-  reader.at += first == 0 || isLead ? 2 : 1;
+  reader.at += 2;
   return Step::kRead;
 }
 
@@ -283,8 +288,9 @@ int32_t scoreUtf8(Candidate& candidate, const Chunk& chunk, size_t start) {
 int32_t scoreEucJpFix(Candidate& candidate, const Chunk& chunk, size_t start) {
   Reader reader(chunk, start);
   Tally tally;
-  for (readWidePairs(reader, tally); reader.left() >= 2; readWidePairs(reader, tally)) {
-    if (readEucJpFix(reader, candidate, tally) == Step::kStopped) return candidate.score();
+  const uint8_t* const endOfLeads = reader.endOfLeads(2);
+  for (readWidePairs(reader, tally); reader.at < endOfLeads; readWidePairs(reader, tally)) {
+    if (readEucJpFix(reader, candidate, tally) != Step::kRead) return candidate.score();
     if (tally.bad > candidate.mostBad) return 0;
   }
   // A byte left over, as an odd position does, drops what the chunk has.

@@ -62,7 +62,7 @@ KSV_API int ksv_logfprint_path(uint32_t flags, FILE* stream, const char* path);
  *
  *   inputPath   null counts as empty
  *   suffix      UTF-8; null counts as empty
- *   dest        KSV_LOG_PATH_SIZE bytes
+ *   dest        KSV_LOG_PATH_SIZE bytes, which may lie over the other two
  *
  * Returns 0. Returns -1, with an empty string in dest, when one of the two is not
  * well-formed, the path is longer than KSV_splitpath takes, base name and suffix have

@@ -69,7 +69,11 @@ typedef struct KsvStat {
  * The last component of a pattern may hold '*' for any characters, none included,
  * and '?' for one character; every other character stands for itself. They match
  * every entry, "." and ".." and names that begin with a dot included. A pattern
- * without them finds the entry of that name. */
+ * without them finds the entry of that name.
+ *
+ * On Windows they mean what they mean to the system there: case is not regarded,
+ * "*.*" matches names without a dot as well, and a short name may match in place of
+ * the one that is told. */
 
 /* Looks for pattern (ANSI) and opens a listing of the matches in ascending byte
  * order: 1, or 0 when nothing matches. After 1, end it with KSV_ASC_closedir; after
@@ -112,19 +116,20 @@ KSV_API int KSV_IsExist(const char* path);
 /* Splits a path into its drive (KSV_DRIVE_SIZE bytes; empty where the system has
  * no drive letters), its directory with the separator that ends it, its base name
  * and its extension, which begins at the last dot of the last component
- * (KSV_PART_SIZE bytes each). Destinations may be null. 0, or
- * KSV_PATH_NOT_CONVERTED when the path is refused, in which case all parts are
- * empty, or when a part does not fit, in which case that part is empty. */
+ * (KSV_PART_SIZE bytes each). Destinations may be null, and may lie over the path
+ * but not over each other. 0, or KSV_PATH_NOT_CONVERTED when the path is refused,
+ * in which case all parts are empty, or when a part does not fit, in which case
+ * that part is empty. */
 KSV_API int KSV_splitpath(const char* path, char* drive, char* directory, char* base,
                           char* extension);
 
 /* The same in ANSI. A part may be as long as the path: the caller's buffers have
- * to have room for it. */
+ * to have room for it. Without memory all parts are empty. */
 KSV_API void KSV_splitpathA(const char* path, char* drive, char* directory, char* base,
                             char* extension);
 
 /* Joins the parts, each null or empty when there is none, into dest (KSV_PATH_SIZE
- * bytes, which may be one of the parts): the first letter of the drive and a colon,
+ * bytes, which may lie over any of the parts): the first letter of the drive and a colon,
  * the directory and a separator if it has none at its end, the base name, and the
  * extension, with a dot before it if it begins with none. 0, or
  * KSV_PATH_NOT_CONVERTED when a part is ill-formed or the path does not fit: dest

@@ -1,5 +1,6 @@
 // Bound to POSIX: names are bytes, their case counts, '\\' may be part of one, and
 // links need no privilege.
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include "tests/common/directory_listing.h"
@@ -8,6 +9,19 @@ using ksv::test::Directory;
 using ksv::test::list;
 using ksv::test::Names;
 using ksv::test::writeFile;
+
+TEST_F(Directory, takes_one_character_for_a_question_mark) {
+  EXPECT_EQ(list("?"), (Names{".", "a", letter_}));
+  EXPECT_EQ(list("??.xml"), (Names{word_ + ".xml"}));
+  EXPECT_EQ(list("?.xml"), (Names{"a.xml", "b.xml"}));
+}
+
+TEST_F(Directory, takes_a_dot_between_stars_for_a_dot) {
+  EXPECT_EQ(list("*.*"), (Names{".", "..", ".hidden", "a.xml", "b.xml", word_ + ".xml"}));
+  EXPECT_EQ(list("a.*"), (Names{"a.xml"}));
+  EXPECT_EQ(list("a*."), Names());
+  EXPECT_EQ(KSV_FindFile("s*.*"), -1);
+}
 
 TEST_F(Directory, regards_the_case_of_names) {
   writeFile("B.XML", "");
@@ -63,5 +77,28 @@ TEST_F(Directory, gives_the_times_of_the_system) {
   EXPECT_EQ(listing.timeWrite, wanted.st_mtime);
   EXPECT_EQ(listing.timeAccess, wanted.st_atime);
   EXPECT_EQ(listing.timeCreate, wanted.st_ctime);
+  KSV_ASC_closedir(&listing);
+}
+
+TEST_F(Directory, tells_the_times_of_each_entry_apart) {
+  constexpr int64_t kTimes[][2] = {{1000000001, 1000000002}, {1100000003, 1100000004}};
+  const char* const names[] = {"a.xml", "b.xml"};
+  for (size_t i = 0; i < 2; ++i) {
+    const timespec times[2] = {{kTimes[i][0], 0}, {kTimes[i][1], 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, names[i], times, 0), 0);
+  }
+  KsvDirectoryListing listing;
+  KsvDirectoryEntry entry;
+  ASSERT_EQ(KSV_ASC_opendir("?.xml", &listing), 1);
+  for (size_t i = 0; i < 2; ++i) {
+    ASSERT_EQ(KSV_ASC_readdir(&listing, &entry), 1);
+    ASSERT_STREQ(entry.name, names[i]);
+    struct stat wanted;
+    ASSERT_EQ(stat(names[i], &wanted), 0);
+    EXPECT_EQ(listing.timeAccess, kTimes[i][0]);
+    EXPECT_EQ(listing.timeWrite, kTimes[i][1]);
+    EXPECT_EQ(listing.timeCreate, wanted.st_ctime);
+    EXPECT_GT(listing.timeCreate, kTimes[1][1]);
+  }
   KSV_ASC_closedir(&listing);
 }

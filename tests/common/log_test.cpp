@@ -200,6 +200,18 @@ TEST(LogFileName, may_be_written_over_the_path_it_is_made_from) {
   EXPECT_STREQ(path, "dir/input_x.log");
 }
 
+TEST(LogFileName, may_be_written_over_its_suffix_and_over_both) {
+  char text[780] = "_x";
+  EXPECT_EQ(GetLogFileName("dir/input.txt", text, text), 0);
+  EXPECT_STREQ(text, "dir/input_x.log");
+  char both[780] = "a";
+  EXPECT_EQ(GetLogFileName(both, both, both), 0);
+  EXPECT_STREQ(both, "aa.log");
+  char behind[780] = "dir/input.txt\0_x";
+  EXPECT_EQ(GetLogFileName(behind, behind + 14, behind), 0);
+  EXPECT_STREQ(behind, "dir/input_x.log");
+}
+
 // Slow: from the end, character by character.
 TEST(LogFileName, agrees_with_a_walk_from_the_end_for_all_short_paths) {
   std::vector<std::string> paths{""};

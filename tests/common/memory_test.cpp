@@ -89,6 +89,21 @@ TEST(Guard, stands_behind_every_block_whether_or_not_tracking_is_on) {
   KSV_free_dbg(nullptr);
 }
 
+TEST(Guard, has_an_eighth_byte_that_nobody_writes) {
+  for (int32_t size = 0; size < 64; ++size) {
+    auto* block = static_cast<char*>(KSV_malloc_dbg(size, "l", 1));
+    EXPECT_GE(ksv::test::usableSize(block), static_cast<size_t>(size) + 8) << size;
+    block[size + 7] = 'X';
+    block = static_cast<char*>(KSV_realloc_dbg(block, size, "l", 1));
+    EXPECT_EQ(block[size + 7], 'X') << size;
+    EXPECT_GE(ksv::test::usableSize(block), static_cast<size_t>(size) + 8) << size;
+    KSV_free_dbg(block);
+    block = static_cast<char*>(KSV_calloc_dbg(1, size, "l", 1));
+    EXPECT_GE(ksv::test::usableSize(block), static_cast<size_t>(size) + 8) << size;
+    KSV_free_dbg(block);
+  }
+}
+
 TEST(Guard, never_turns_a_negative_size_into_a_small_block) {
   for (int32_t size : {-1, -7, -8, INT32_MIN}) {
     EXPECT_EQ(KSV_malloc_dbg(size, "l", 1), nullptr);

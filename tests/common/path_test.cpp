@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <vector>
@@ -104,6 +105,98 @@ TEST(SplitPath, counts_the_terminator_in_the_768_bytes_of_a_part) {
   EXPECT_EQ(KSV_splitpath(japanese.c_str(), nullptr, directory, nullptr, extension), 0);
 }
 
+TEST(SplitPath, fills_the_other_parts_when_one_does_not_fit) {
+  char drive[3] = "x", directory[768] = "x", base[768] = "x", extension[768] = "x";
+  const std::string fits = "d/b." + std::string(766, 'e');
+  EXPECT_EQ(KSV_splitpath(fits.c_str(), drive, directory, base, extension), 0);
+  EXPECT_EQ(extension, "." + std::string(766, 'e'));
+  const std::string longExtension = "d/b." + std::string(767, 'e');
+  std::strcpy(drive, "x");
+  EXPECT_EQ(KSV_splitpath(longExtension.c_str(), drive, directory, base, extension), kRefused);
+  EXPECT_STREQ(drive, "");
+  EXPECT_STREQ(directory, "d/");
+  EXPECT_STREQ(base, "b");
+  EXPECT_STREQ(extension, "");
+  const std::string longDirectory = std::string(767, 'd') + "/b.e";
+  EXPECT_EQ(KSV_splitpath(longDirectory.c_str(), drive, directory, base, extension), kRefused);
+  EXPECT_STREQ(directory, "");
+  EXPECT_STREQ(base, "b");
+  EXPECT_STREQ(extension, ".e");
+}
+
+namespace {
+
+using SplitFunction = void (*)(const char*, char*, char*, char*, char*);
+
+void splitUtf8(const char* path, char* drive, char* directory, char* base, char* extension) {
+  EXPECT_EQ(KSV_splitpath(path, drive, directory, base, extension), 0);
+}
+
+// The parts, drive first, of a path that stands at the beginning of a buffer, each written
+// to its own offset in it. At kElsewhere a part has a buffer of its own.
+constexpr size_t kElsewhere = static_cast<size_t>(-1);
+constexpr size_t kParts = 4;
+
+std::vector<std::string> splitInPlace(SplitFunction splitPath, const std::string& path,
+                                      const size_t (&offsets)[kParts]) {
+  char buffer[3000] = {};
+  char own[kParts][KSV_PART_SIZE];
+  char* parts[kParts];
+  std::memcpy(buffer, path.c_str(), path.size() + 1);
+  for (size_t i = 0; i < kParts; ++i)
+    parts[i] = offsets[i] == kElsewhere ? own[i] : buffer + offsets[i];
+  splitPath(buffer, parts[0], parts[1], parts[2], parts[3]);
+  return {parts, parts + kParts};
+}
+
+}  // namespace
+
+TEST(SplitPath, may_write_its_parts_over_the_path_in_any_combination) {
+  const std::string path = "dir/sub/base.ext";
+  const std::vector<std::string> expected = {"", "dir/sub/", "base", ".ext"};
+  // No two of them lie over each other: 9 bytes for the directory, 5 for the others.
+  size_t places[kParts] = {0, 9, 18, 27};
+  do {
+    for (unsigned chosen = 0; chosen < 1u << kParts; ++chosen) {
+      size_t offsets[kParts];
+      for (size_t i = 0; i < kParts; ++i)
+        offsets[i] = (chosen >> i & 1) != 0 ? places[i] : kElsewhere;
+      EXPECT_EQ(splitInPlace(splitUtf8, path, offsets), expected) << chosen;
+      EXPECT_EQ(splitInPlace(KSV_splitpathA, path, offsets), expected) << chosen;
+    }
+  } while (std::next_permutation(places, places + kParts));
+}
+
+TEST(SplitPath, writes_the_directory_over_the_path_it_is_of) {
+  char path[780] = "/a/b/c.txt";
+  EXPECT_EQ(KSV_splitpath(path, nullptr, path, nullptr, nullptr), 0);
+  EXPECT_STREQ(path, "/a/b/");
+  std::strcpy(path, "/a/b/c.txt");
+  EXPECT_EQ(KSV_splitpath(path, nullptr, nullptr, path, nullptr), 0);
+  EXPECT_STREQ(path, "c");
+}
+
+TEST(SplitPath, splits_a_path_of_three_long_parts_over_itself) {
+  const auto repeated = [](const char* character) {
+    std::string text;
+    for (int i = 0; i < 255; ++i) text += character;
+    return text;
+  };
+  const std::vector<std::string> expected = {"", repeated("あ") + "/", repeated("い"),
+                                             "." + repeated("う")};
+  const std::string path = expected[1] + expected[2] + expected[3];
+  EXPECT_EQ(splitInPlace(splitUtf8, path, {kElsewhere, 768, 1536, 0}), expected);
+  EXPECT_EQ(splitInPlace(splitUtf8, path, {2304, 1536, 0, 768}), expected);
+}
+
+TEST(SplitPath, empties_all_parts_that_lie_over_a_path_it_refuses) {
+  char path[780] = "a/b\xFF";
+  char directory[768] = "x";
+  EXPECT_EQ(KSV_splitpath(path, nullptr, directory, path, nullptr), kRefused);
+  EXPECT_STREQ(path, "");
+  EXPECT_STREQ(directory, "");
+}
+
 TEST(MakePath, adds_what_is_missing) {
   EXPECT_EQ(join({}, "a", "b", "c"), "a" + kSeparator + "b.c");
   EXPECT_EQ(join("", "a/", "b", ".c"), "a/b.c");
@@ -151,6 +244,18 @@ TEST(MakePath, may_write_over_one_of_its_parts) {
   std::strcpy(path, "base");
   KSV_makepathA(path, nullptr, "d", path, "c");
   EXPECT_EQ(path, "d" + kSeparator + "base.c");
+}
+
+TEST(MakePath, may_write_over_all_of_its_parts_at_once) {
+  char path[780] = "x";
+  EXPECT_EQ(KSV_makepath(path, nullptr, path, path, path), 0);
+  EXPECT_EQ(path, "x" + kSeparator + "x.x");
+  char parts[780] = "d\0b\0e";
+  EXPECT_EQ(KSV_makepath(parts, nullptr, parts, parts + 2, parts + 4), 0);
+  EXPECT_EQ(parts, "d" + kSeparator + "b.e");
+  char partsA[780] = "d\0b\0e";
+  KSV_makepathA(partsA, nullptr, partsA, partsA + 2, partsA + 4);
+  EXPECT_EQ(partsA, "d" + kSeparator + "b.e");
 }
 
 TEST(MakePath, does_nothing_without_a_destination) {

@@ -1,5 +1,11 @@
-// Bound to POSIX: settings stand below the home directory unless told otherwise.
+// Bound to POSIX: settings stand below the home directory unless told otherwise, and
+// then in /etc. A child process of root has an /etc of its own.
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
 #include "tests/common/settings_fixture.h"
+#include "tests/system/fork_posix.h"
 
 using ksv::test::ScopedVariable;
 using ksv::test::Settings;
@@ -11,4 +17,45 @@ TEST_F(Settings, stand_below_the_home_directory_by_default) {
   ScopedVariable configuration("XDG_CONFIG_HOME", std::nullopt);
   ScopedVariable home("HOME", directory_.path());
   EXPECT_EQ(read(), "/from/home/");
+}
+
+TEST_F(Settings, stand_in_one_directory_of_the_user_and_then_in_etc) {
+  using Places = std::vector<std::string>;
+  ScopedVariable home("HOME", "/home/somebody");
+  {
+    ScopedVariable configuration("XDG_CONFIG_HOME", "/some/where");
+    EXPECT_EQ(ksv::platform::configurationDirectories(), (Places{"/some/where", "/etc"}));
+  }
+  for (const std::optional<std::string>& none : {std::optional<std::string>(), {""}}) {
+    ScopedVariable configuration("XDG_CONFIG_HOME", none);
+    EXPECT_EQ(ksv::platform::configurationDirectories(),
+              (Places{"/home/somebody/.config", "/etc"}));
+    ScopedVariable nowhere("HOME", none);
+    EXPECT_EQ(ksv::platform::configurationDirectories(), Places{"/etc"});
+  }
+}
+
+namespace {
+
+bool hasOwnEtc() {
+  return unshare(CLONE_NEWNS) == 0 &&
+         mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         mount("ksv_tests", "/etc", "tmpfs", 0, "mode=755") == 0;
+}
+
+}  // namespace
+
+TEST_F(Settings, of_the_user_come_before_those_of_etc) {
+  const int result = ksv::test::runInChild([] {
+    if (!hasOwnEtc()) return 77;
+    writeFile("/etc/ksv_conf.ini", "Charsetpath=/from/etc\nKsvTestKey=etc\n");
+    if (read() != "/from/etc/") return 1;
+    configure("Charsetpath=/from/user\n");
+    if (read() != "/from/user/") return 2;
+    if (read("KsvTestKey") != "etc") return 3;
+    configure("Charsetpath=" + std::string(259, 'd') + "\n");
+    return read() == "/from/etc/" ? 0 : 4;
+  });
+  if (result == 77) GTEST_SKIP() << "the system gives no /etc of its own to this user";
+  EXPECT_EQ(result, 0);
 }

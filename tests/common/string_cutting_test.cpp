@@ -129,6 +129,24 @@ TEST(CutStr, measures_Utf8_by_lead_bytes_of_up_to_six) {
   EXPECT_EQ(cut("\xFE\xFF\x80", 3, "UTF-8"), 3u) << "single bytes";
 }
 
+TEST(CutStr, measures_every_lead_byte_of_Utf8) {
+  struct Leads {
+    int first, last;
+    uint32_t length;
+  };
+  constexpr Leads kLeads[] = {{0x01, 0xBF, 1}, {0xC0, 0xDF, 2}, {0xE0, 0xEF, 3}, {0xF0, 0xF7, 4},
+                              {0xF8, 0xFB, 5}, {0xFC, 0xFD, 6}, {0xFE, 0xFF, 1}};
+  for (const Leads& leads : kLeads) {
+    for (int lead = leads.first; lead <= leads.last; ++lead) {
+      if (lead == '\r') continue;
+      const std::string text = static_cast<char>(lead) + std::string(5, 'x');
+      for (uint32_t limit = 1; limit < leads.length; ++limit)
+        EXPECT_EQ(cut(text, static_cast<int32_t>(limit), "UTF-8"), 0u) << lead;
+      EXPECT_EQ(cut(text, static_cast<int32_t>(leads.length), "UTF-8"), leads.length) << lead;
+    }
+  }
+}
+
 TEST(CutStr, rounds_down_to_whole_units) {
   EXPECT_EQ(cut("a\0b\0"s, 3, "UTF-16"), 2u);
   EXPECT_EQ(cut("a\0"s, 1, "UTF-16"), 0u);
@@ -181,6 +199,21 @@ TEST(CutStr, puts_an_escape_sequence_before_a_CR_to_the_next_piece) {
   EXPECT_EQ(cut(text, 9, "ISO-2022-JP"), 5u);
   EXPECT_EQ(cut(text, 10, "ISO-2022-JP"), 10u);
   EXPECT_EQ(cut("\x1B(B\r\r\n", 5, "ISO-2022-JP"), 4u) << "the second CR has none";
+}
+
+TEST(CutStr, cuts_before_the_escape_sequence_of_the_CR_only_where_it_stands_before_that_CR) {
+  // The first CR has an escape sequence before it, the last one has none.
+  const std::string text = "\x1B(B\r\x1B(Ba\x1B$B1\r\n";
+  EXPECT_EQ(cutBefore(text, 13, "ISO-2022-JP"), 9u)
+      << "the CR is the second byte of a pair, and leaves the mark of the first one";
+  const std::string text3 = "\x1B(B\r\x1B(Ba\x1B$(Q1\r\n";
+  EXPECT_EQ(cutBefore(text3, 14, "ISO-2022-JP-3"), 13u) << "ESC ( and a letter have cleared it";
+  EXPECT_EQ(cutBefore("\x1B(B\r\x1B$(Q1\r\n", 10, "ISO-2022-JP-3"), 6u) << "ESC $ leaves it";
+  EXPECT_EQ(cutBefore("\x1B(B\r\x1B$B1\r\n", 9, "ISO-2022-JP"), 5u);
+  EXPECT_EQ(cutBefore("\x1B(B\ra\r\n", 6, "ISO-2022-JP"), 5u) << "a CR clears it";
+  EXPECT_EQ(cutBefore("\x1B(B\ra\r\n", 6, "ISO-2022-JP-3"), 5u);
+  EXPECT_EQ(cutBefore("\x1B(B\r\n", 4, "ISO-2022-JP"), 0u);
+  EXPECT_EQ(cutBefore("\x1B(Ba\r\n", 5, "ISO-2022-JP"), 4u) << "a letter between them";
 }
 
 TEST(CutStr, of_Iso2022Jp3_begins_with_an_escape_sequence) {
@@ -344,29 +377,57 @@ int64_t cut(const std::string& name, const Text& text) {
 
 }  // namespace slow
 
+// Every length and limit of text. Returns how many cuts that were.
+int64_t compareCuts(const std::vector<uint8_t>& bytes, const char* name) {
+  const int32_t longest = static_cast<int32_t>(bytes.size()) - 4;
+  int64_t cuts = 0;
+  for (int32_t length = 0; length <= longest; ++length) {
+    for (int32_t limit = 0; limit <= length + 1; ++limit, ++cuts) {
+      const int64_t expected = slow::cut(name, {bytes, std::min(length, limit)});
+      const int64_t result = CutStr(bytes.data(), length, limit, name);
+      if (result == expected) continue;
+      ADD_FAILURE() << name << ", " << testing::PrintToString(bytes) << ", length " << length
+                    << ", limit " << limit << ": " << result << " for " << expected;
+      return cuts;
+    }
+  }
+  return cuts;
+}
+
 TEST(CutStr, is_what_the_rules_say_at_every_length_and_limit_of_random_text) {
   static constexpr uint8_t kTelling[] = {0x0A, 0x0D, 0x1B, '(',  '$',  'B',  '0',  '9',  0x40, 0x7E,
                                          0x7F, 0x80, 0x81, 0x8E, 0x8F, 0x9F, 0xA0, 0xA1, 0xDF, 0xE0,
                                          0xE3, 0xF0, 0xF8, 0xFC, 0xFE, 0xFF, 0x00, 'a'};
   std::mt19937 random(20261121);
   int64_t cuts = 0;
-  for (int round = 0; round < 400; ++round) {
+  for (int round = 0; round < 400 && !testing::Test::HasFailure(); ++round) {
     std::vector<uint8_t> bytes(24 + 4);
     for (uint8_t& byte : bytes) byte = kTelling[random() % std::size(kTelling)];
     for (const char* name :
          {"EUC-JISX0213", "ISO-2022-JP-3", "ISO-2022-JP", "GB18030", "UTF-8", "UTF-16",
-          "ISO-10646-UCS-4", "ISO-8859-1", "Shift_JIS", "EUC-JP", "ChineseGBK"}) {
-      for (int32_t length = 0; length <= 24; ++length) {
-        for (int32_t limit = 0; limit <= length + 1; ++limit) {
-          const int64_t expected = slow::cut(name, {bytes, std::min(length, limit)});
-          ASSERT_EQ(CutStr(bytes.data(), length, limit, name), expected)
-              << name << ", round " << round << ", length " << length << ", limit " << limit;
-          ++cuts;
-        }
-      }
-    }
+          "ISO-10646-UCS-4", "ISO-8859-1", "Shift_JIS", "EUC-JP", "ChineseGBK"})
+      cuts += compareCuts(bytes, name);
   }
   EXPECT_GT(cuts, 1000000);
+}
+
+// Text of nothing but random bytes begins with an escape sequence too seldom.
+TEST(CutStr, is_what_the_rules_say_of_random_text_with_escape_sequences) {
+  const std::string pieces[] = {"\x1B(B",    "\x1B(J",  "\x1B(B\r",  "\x1B(J\r\n", "\x1B$B",
+                                "\x1B$B1\r", "\x1B$(Q", "\x1B$(D1!", "\x1B$(Q1\r", "\r",
+                                "\n",        "\r\n",    "a",         "1!",         "1\r",
+                                "\x1B",      "\x1B(",   "\x1B$",     "\x1Bx"};
+  constexpr size_t kBeginnings = 9;
+  std::mt19937 random(20261122);
+  int64_t cuts = 0;
+  for (int round = 0; round < 4000 && !testing::Test::HasFailure(); ++round) {
+    std::string text = pieces[random() % kBeginnings];
+    for (size_t more = random() % 8; more > 0; --more) text += pieces[random() % std::size(pieces)];
+    std::vector<uint8_t> bytes(text.begin(), text.end());
+    bytes.resize(bytes.size() + 4);
+    cuts += compareCuts(bytes, "ISO-2022-JP") + compareCuts(bytes, "ISO-2022-JP-3");
+  }
+  EXPECT_GT(cuts, 500000);
 }
 
 }  // namespace

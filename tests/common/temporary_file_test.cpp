@@ -29,6 +29,14 @@ TEST(TemporaryFile, stands_in_the_directory_of_the_system_without_a_hint) {
   EXPECT_EQ(directoryOf(path), directory.path());
 }
 
+TEST(TemporaryFile, may_be_named_over_its_hint) {
+  TempDirectory directory;
+  char path[780] = "./hint";
+  EXPECT_EQ(KSV_ASC_tmpnam1(path, path), path);
+  EXPECT_EQ(directoryOf(path), ".");
+  EXPECT_TRUE(ksv::test::exists(path));
+}
+
 TEST(TemporaryFile, has_a_new_name_each_time) {
   TempDirectory directory;
   std::set<std::string> paths;

@@ -206,6 +206,29 @@ TEST(EncodingCheck, gives_up_three_encodings_at_a_NUL) {
   EXPECT_EQ(check("\xA4\xB3\xA4\xEC\xA4\xCF\0\0"s).name, "EUC-JP-FIX");
 }
 
+// Each text fits one of them only, and a byte in thirty would not change that.
+TEST(EncodingCheck, gives_up_each_of_the_three_at_a_byte_that_it_never_has) {
+  struct Fitting {
+    const char* name;
+    std::string text;
+    std::string stops;
+  };
+  const Fitting fittings[] = {
+      {"UTF-8", repeated("\xE3\x81\x82\xC3\xA9\xF0\x9F\x98\x80", 90), "\0\x1B"s},
+      {"EUC-JP", repeated("\x8F\xB0\xFE", 90), "\0\x1B"s},
+      {"WINDOWS31J", repeated("\x93\xFA\x96\x7B\x8C\xEA", 90), "\0\x1B\x7F"s},
+  };
+  for (const Fitting& fitting : fittings) {
+    EXPECT_EQ(nameOf(fitting.text), fitting.name);
+    EXPECT_EQ(nameOf(fitting.text + "\x01"), fitting.name) << "a bad byte";
+    for (const char stop : fitting.stops) {
+      EXPECT_EQ(check(fitting.text + stop), kUnknown) << fitting.name << " " << int{stop};
+      EXPECT_EQ(check(stop + fitting.text), kUnknown) << fitting.name << " " << int{stop};
+      EXPECT_EQ(check(fitting.text + stop + fitting.text), kUnknown) << fitting.name;
+    }
+  }
+}
+
 TEST(EncodingCheck, scores_two_kibibytes) {
   const std::string plain(2048, 'a');
   EXPECT_EQ(nameOf(plain + std::string(4000, '\x01')), "ISO-646IRV");

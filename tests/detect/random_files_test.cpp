@@ -44,7 +44,9 @@ class RandomFiles : public testing::Test {
 
 std::string markedText(std::mt19937& random, const Alphabet& characters, size_t length) {
   const uint32_t noises[] = {0, 0, 2, 10, 60, 300};
-  std::string text = random() % 3 == 0 ? kMarks[random() % 6] : "";
+  std::string text;
+  for (size_t marks = random() % 3 == 0 ? 1 + random() % 3 : 0; marks > 0; --marks)
+    text += kMarks[random() % 6];
   text += randomText(random, characters, length, noises[random() % 6]);
   text.resize(length);
   return text;

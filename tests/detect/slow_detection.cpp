@@ -53,24 +53,28 @@ class SlowDetection {
     return slowScore(name, r);
   }
 
-  bool begins(const Bytes& bytes) const {
-    return chunk_.size() >= bytes.size() && std::equal(bytes.begin(), bytes.end(), chunk_.begin());
-  }
-
+  // Whether a mark stands at the position and the text behind it fits: the position is
+  // behind the mark then.
   bool mark(const Bytes& bytes, const std::string& name, uint32_t bit, uint32_t order) {
-    if (!begins(bytes) || score(name, name, bytes.size()) < 90) return false;
+    const size_t behind = position_ + bytes.size();
+    if (chunk_.size() < behind) return false;
+    for (size_t i = 0; i < bytes.size(); ++i)
+      if (chunk_[position_ + i] != bytes[i]) return false;
+    if (score(name, name, behind) < 90) return false;
+    position_ = behind;
     const SlowRecord& r = records_[name];
     detected_ = bit;
     words_ = 0x80000000u | 0x40000000u | order | r.lineFlags() | r.separatorFlags();
     return true;
   }
 
+  // Marks of three forms may stand one behind the other, and the last one holds.
   bool marked() {
-    return mark({0xFF, 0xFE, 0, 0}, "UCS-4LE", 0x10, 0) ||
-           mark({0, 0, 0xFE, 0xFF}, "UCS-4BE", 0x10, 0x20000000u) ||
-           mark({0xEF, 0xBB, 0xBF}, "UTF-8", 0x2, 0x20000000u) ||
-           mark({0xFF, 0xFE}, "UTF-16LE", 0x4, 0) ||
-           mark({0xFE, 0xFF}, "UTF-16BE", 0x4, 0x20000000u);
+    if (!mark({0xFF, 0xFE, 0, 0}, "UCS-4LE", 0x10, 0))
+      mark({0, 0, 0xFE, 0xFF}, "UCS-4BE", 0x10, 0x20000000u);
+    mark({0xEF, 0xBB, 0xBF}, "UTF-8", 0x2, 0x20000000u);
+    if (!mark({0xFF, 0xFE}, "UTF-16LE", 0x4, 0)) mark({0xFE, 0xFF}, "UTF-16BE", 0x4, 0x20000000u);
+    return position_ != 0;
   }
 
   void scoreOrders(const std::string& name, uint32_t bit) {
@@ -169,6 +173,7 @@ class SlowDetection {
   const Bytes& file_;
   const std::string language_;
   size_t offset_ = 0;
+  size_t position_ = 0;
   Bytes chunk_;
   uint32_t enabled_ = 0x1FF7;
   uint32_t detected_ = 0;

@@ -371,32 +371,40 @@ void scoreUnits(SlowRecord& r, size_t width, bool bigEndian) {
   }
 }
 
+// Behind 00 0D, which has been counted.
+void behindFixedCr(SlowRecord& r) {
+  if (r.left() < 2) {
+    if (r.left() == 0 && !r.more) r.setCr();
+    return;
+  }
+  const int zero = r.read();
+  const int lineFeed = r.read();
+  if (zero == 0 && lineFeed == 10) {
+    ++r.good;
+    r.setCrlf();
+  } else {
+    r.unread(2);
+    r.setCr();
+  }
+}
+
 void scoreFixed(SlowRecord& r) {
-  while (r.left() >= 2) {
-    const int first = r.read();
+  for (;;) {
+    const int first = r.read(r.more ? 2 : 1);
+    if (first < 0) break;
     if (first == 0x1B) return;
     if (first != 0 && (first < 0xA1 || first > 0xF4)) {
       ++r.bad;
       continue;
     }
     const int second = r.read();
-    if (first != 0) {
+    if (second < 0) {
+      r.good = 0;
+    } else if (first != 0) {
       ++(printable(second) || second >= 0xA1 ? r.good : r.bad);
     } else if (second == 13) {
       ++r.good;
-      const bool isLast = r.left() == 0;
-      if (r.left() >= 2) {
-        const int next = r.read();
-        if (next == 0 && r.read() == 10) {
-          ++r.good;
-          r.setCrlf();
-        } else {
-          r.unread(next == 0 ? 2 : 1);
-          r.setCr();
-        }
-      } else if (isLast && !r.more) {
-        r.setCr();
-      }
+      behindFixedCr(r);
     } else if (second == 10 || second == 9 || second == 32 || printable(second) ||
                (second >= 0xA1 && second <= 0xDF)) {
       ++r.good;
@@ -405,7 +413,7 @@ void scoreFixed(SlowRecord& r) {
       ++r.bad;
     }
   }
-  if (r.left() == 0 && r.position % 2 == 0 && r.good != 0) r.add();
+  if (r.position == r.data.size() && r.position % 2 == 0 && r.good != 0) r.add();
 }
 
 }  // namespace

@@ -153,6 +153,30 @@ TEST_F(TextDetection, tries_the_mark_of_utf16_where_ucs4_does_not_fit) {
   EXPECT_EQ(detect("\xFF\xFE" + text), KSV_TEXT_UTF16 | KSV_TEXT_MARK | KSV_TEXT_SETTLED);
 }
 
+TEST_F(TextDetection, looks_for_a_mark_of_utf16_behind_that_of_ucs4_or_utf8) {
+  EXPECT_EQ(detect("\xEF\xBB\xBF\xFF\xFE\x61\x62\x63\x64\x65"), 0xC0000004u) << "6261 and 6463";
+  EXPECT_EQ(detect("\xFF\xFE\0\0\xFE\xFF\x03\0"s), 0xE0000004u)
+      << "3FFFE in UCS-4, and 0300 in UTF-16";
+  EXPECT_EQ(detect("\0\0\xFE\xFF\xFF\xFE\x02\x50"s + repeated("\0\x02\x4F\x50"s, 36)), 0xC0000004u)
+      << "one bad character of ten in UCS-4, none in UTF-16";
+}
+
+TEST_F(TextDetection, of_two_marks_whose_second_does_not_fit_is_settled_by_the_first) {
+  EXPECT_EQ(detect("\xEF\xBB\xBF\xFE\xFF text of ASCII!\n"), 0xE0000002u | KSV_TEXT_LF)
+      << "2074 is a character and 6578 too, but the last unit is cut";
+  EXPECT_EQ(detect("\xEF\xBB\xBF\xEF\xBB\xBF text\n"), 0xE0000002u | KSV_TEXT_LF);
+}
+
+TEST_F(TextDetection, of_several_marks_tells_the_line_end_and_separators_of_the_last) {
+  // U+2028 of UCS-4, and in UTF-16 behind its mark U+2028 and U+0000, nine good ones, LF.
+  const std::string text = utf16le(u"\u2028" + std::u16string(1, 0) + u"abcdefghijklmnopq\n\u2029");
+  EXPECT_EQ(detect("\xFF\xFE\0\0"s + "\xFF\xFE" + text) & ~KSV_TEXT_ENCODINGS,
+            KSV_TEXT_MARK | KSV_TEXT_SETTLED | KSV_TEXT_LF | KSV_TEXT_LINE_SEPARATOR |
+                KSV_TEXT_PARAGRAPH_SEPARATOR);
+  EXPECT_EQ(detect("\xEF\xBB\xBF\xFE\xFF\n0\n"), 0xE0000004u)
+      << "the line ends of UTF-8 are 0A30 in UTF-16";
+}
+
 TEST_F(TextDetection, with_a_mark_and_less_than_nine_good_characters_of_ten_goes_to_the_scores) {
   const std::string bad = "\xEF\xBB\xBF" + repeated("ab\x80", 300);
   EXPECT_EQ(detect(bad), slowDetect(bytesOf(bad), "english"));
@@ -207,6 +231,45 @@ TEST_F(TextDetection, of_a_tie_of_utf16_and_EucJpFix_with_a_separator_tells_no_l
   EXPECT_EQ(detect(text + "\x20\x28\xE0\x21"), 0x84u);
   EXPECT_EQ(detect(text + "\x20\x29\xE0\x21"), 0x84u);
   EXPECT_EQ(detect(text + "\x20\x2A\xE0\x21"), 0x84u | KSV_TEXT_LF);
+}
+
+// Kanji of EUC-JP in rows B0 to CE are Hangul in UTF-16, read as big-endian. As
+// little-endian many are nothing. Row C8 is left out, where Big5 has little.
+std::string kanjiFromRowB0(size_t count) {
+  std::string text;
+  for (size_t i = 0; i < count; ++i) {
+    const size_t row = 0xB0 + i % 30;
+    text += static_cast<char>(row < 0xC8 ? row : row + 1);
+    text += static_cast<char>(0xA1 + i % 94);
+  }
+  return text;
+}
+
+TEST_F(TextDetection, counts_the_second_order_of_utf16_in_a_tie_however_bad_it_is) {
+  const std::string kanji = kanjiFromRowB0(1024) + "\n" + kanjiFromRowB0(500) + "\n";
+  EXPECT_EQ(detect(kanji), 0x60001C40u) << "behind the LF the orders have changed places";
+}
+
+TEST_F(TextDetection, tells_the_line_end_of_big_endian_utf16_in_a_tie_however_bad_it_is) {
+  const std::string pairs = repeated("\xA1\x4F", 600);
+  EXPECT_EQ(detect(pairs + repeated("\xA1\x80", 20) + pairs + repeated("\0\n"s, 20)), 0x08000084u)
+      << "4FA1 is good, A14F nothing";
+}
+
+TEST_F(TextDetection, counts_the_second_order_of_ucs4_in_a_tie_however_bad_it_is) {
+  // 00028090 in big-endian UCS-4, and both units good in little-endian UTF-16. Some in
+  // the other order, bad in both, make them a tie. Then the orders change places.
+  const std::string little = repeated("\x80\x90\x02\0"s, 4 * 500);
+  const std::string big = repeated("\0\x02\x80\x90"s, 4 * 509) + little.substr(0, 4 * 3);
+  EXPECT_EQ(detect(big), 0x14u);
+  EXPECT_EQ(detect(big + little), 0x60000010u) << "99 to 49 of a hundred";
+}
+
+TEST_F(TextDetection, reads_the_last_byte_of_EucJpFix) {
+  const std::string text = repeated("\0\x61\xA4\xE0\0\n"s, 36);
+  EXPECT_EQ(detect("\x80" + text + "\x42"), 0x68000080u) << "two bad single bytes";
+  EXPECT_EQ(detect("\x80" + text + "\xA4"), 0x60000001u) << "a lead without its second";
+  EXPECT_EQ(detect("\x80" + text + "\x1B"), 0x60000001u);
 }
 
 // A tie of Chinese, Korean and EUC-JP, until a pair that only one of them has.

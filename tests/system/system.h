@@ -35,6 +35,9 @@ std::string fromAnsi(const std::string& ansi);
 // How many descriptors or handles this process has open.
 ptrdiff_t openDescriptors();
 
+// How many bytes of a block of the heap may be written, at least as many as were asked for.
+size_t usableSize(void* block);
+
 // The program that runs.
 std::string ownExecutable();
 

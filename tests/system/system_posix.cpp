@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <malloc.h>
 #include <signal.h>
 #include <spawn.h>
 #include <stdlib.h>
@@ -71,6 +72,8 @@ std::string fromAnsi(const std::string& ansi) { return ansi; }
 ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
+
+size_t usableSize(void* block) { return malloc_usable_size(block); }
 
 std::string ownExecutable() { return executable; }
 

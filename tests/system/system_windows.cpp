@@ -1,3 +1,4 @@
+#include <malloc.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -108,6 +109,8 @@ ptrdiff_t openDescriptors() {
   GetProcessHandleCount(GetCurrentProcess(), &count);
   return static_cast<ptrdiff_t>(count);
 }
+
+size_t usableSize(void* block) { return _msize(block); }
 
 std::string ownExecutable() {
   return withSlashes(narrow(written(

@@ -1,0 +1,5 @@
+#pragma once
+
+constexpr int kPriceOfOne = 3;
+
+int priceOf(int pieces);
