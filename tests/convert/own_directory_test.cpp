@@ -209,6 +209,12 @@ TEST_F(SmallUnicode, ATargetWithATableRefusesWhatItLacks) {
 TEST_F(SmallUnicode, ATableTakesNulOnlyWhenALineHasIt) {
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("00 00 00 00")),
             (Result{0, 4, Bytes(1, '\0')}));
+  load({{"with-nul", "SAME", {{"pairs-with-nul", 2, "0 0\r\n41 41"}, {"letter", 1, "42 42"}}},
+        {"without", "SAME", {{"pairs-without", 2, "1 1\r\n41 41"}, {"letter", 1, "42 42"}}}});
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "with-nul"}, bytes("00 00 00 00")).output,
+            bytes("00 00"));
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "without"}, bytes("00 00 00 00")).output, bytes("00"))
+      << "a control code, which goes to the narrowest group";
 }
 
 // One-byte and two-byte groups read and written as their own bytes.
@@ -266,6 +272,17 @@ TEST_F(Same, ControlCodesBelongToEveryGroup) {
 TEST_F(Same, ControlCodesThatATargetLacksGoToItsNarrowestGroup) {
   EXPECT_EQ(hex(convertWhole({"ISO-10646-UCS-4", "mixed"}, bytes("00 00 00 07")).output), "07");
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "mixed"}, bytes("00 00 00 09")).status, 23u);
+  load({{"wide-first", "SAME", {kWide, {"four", 4, "81408140 4E00"}, kNarrow}},
+        {"two-narrow", "SAME", {kWide, kNarrow, {"also-narrow", 1, "43 43"}}}});
+  EXPECT_EQ(hex(convertWhole({"ISO-10646-UCS-4", "wide-first"}, bytes("00 00 00 07")).output),
+            "07");
+  Converter converter({"ISO-10646-UCS-4", "two-narrow"});
+  converter.give(bytes("00 00 00 41 00 00 00 07"), 10);
+  EXPECT_EQ(converter.convert(), 0u);
+  const uint32_t first = converter.record.targetGroup;
+  converter.give(bytes("00 00 00 41"), 10);
+  EXPECT_EQ(converter.convert(), 0u);
+  EXPECT_EQ(converter.record.targetGroup, first) << "the first of two";
 }
 
 TEST_F(Same, AMarkIsDroppedByATargetThatIsNeitherJapaneseNorUnicode) {
@@ -405,6 +422,28 @@ TEST_F(OddCharsets, WithoutAnyReplacementTheLastPairIsStoredUntested) {
   EXPECT_EQ(record.options.wideReplacement, 0x3F);
   EXPECT_EQ(record.narrowReplacement[0], 0u);
   EXPECT_EQ(record.wideReplacement[0], 0u);
+}
+
+TEST_F(OddCharsets, AWideReplacementIsLookedUpWithoutANarrowOne) {
+  load({{"letters", "SAME", {kNarrow, {"pairs", 2, "2122 FF1D"}}}});
+  ConverterRecord record = {};
+  ConvertOptions options = {};
+  options.replaceUnmappable = 1;
+  EXPECT_EQ(cconvInitConvert(&record, &options, "letters"), 0u);
+  EXPECT_EQ(record.options.wideReplacement, 0x3F) << "the pair as such is not there";
+  EXPECT_EQ(record.narrowReplacement[3], 0u);
+  EXPECT_EQ(record.wideReplacement[2], 0x2122u) << "left from the pair 3F, FF1D";
+  EXPECT_EQ(record.wideReplacement[3], 2u);
+}
+
+TEST_F(OddCharsets, AReplacementWithoutACodeIsNone) {
+  load({{"letters", "SAME", {{"no-codes", 1, "0 3F\r\n41 41"}, {"pairs", 2, "2122 3013"}}}});
+  ConverterRecord record = {};
+  ConvertOptions options = {};
+  options.replaceUnmappable = 1;
+  EXPECT_EQ(cconvInitConvert(&record, &options, "letters"), 0u);
+  EXPECT_EQ(record.narrowReplacement[0], 0u) << "its code is 0";
+  EXPECT_EQ(record.wideReplacement[2], 0x2122u);
 }
 
 TEST_F(OddCharsets, AGroupOfTheSourceThatTheTargetHasTooPassesItsCode) {

@@ -48,6 +48,9 @@ TEST_F(UnicodeForms, Utf8PassesOverFeAndFf) {
   EXPECT_EQ(convertWhole({"UTF-8", "UTF-8"}, bytes("41 FE FF 42")), (Result{0, 4, "AB"}));
   EXPECT_EQ(convertWhole({"UTF-8", "UTF-8"}, bytes("41 FE FF")), (Result{0, 3, "A"}));
   EXPECT_EQ(convertWhole({"UTF-8", "UTF-8"}, bytes("FE E3 81")), (Result{12, 1, ""}));
+  // Between a base and its mark, too.
+  EXPECT_EQ(hex(convertWhole({"UTF-8", "Shift_JIS-2004"}, bytes("E3 81 8B FF E3 82 9A")).output),
+            "82 F5");
 }
 
 TEST_F(UnicodeForms, Utf8WritesValuesOfEveryLength) {
