@@ -99,12 +99,11 @@ Step readCharacter(Reader& reader, Mode& mode, Candidate& candidate, Tally& tall
   if (mode == Mode::kInvalid) return readInvalid(reader, tally);
   if (byte == kEscape) return readEscape(reader, mode, tally);
   if (mode == Mode::kPairs) return readPair(reader, tally);
+  // Single bytes have been read up to here.
   if (byte == kCarriageReturn) {
     readCarriageReturn(reader, candidate, tally);
-  } else if (byte == kLineFeed) {
-    readLineFeed(reader, candidate, tally);
   } else {
-    readSingles(reader, mode, tally, reader.at + 1);
+    readLineFeed(reader, candidate, tally);
   }
   return Step::kRead;
 }

@@ -76,15 +76,14 @@ bool TextRace::fitsBehindMark(const Mark& mark, const Chunk& chunk, size_t posit
   return score >= kLeastScore;
 }
 
-// Only in a chunk that nothing has been counted before a scorer may give up: one that
-// drops a later chunk leaves the score of what came before.
-bool TextRace::mayGiveUp(const Candidate& candidate) const {
-  return givesUp_ && isFirstChunk_ && candidate.good + candidate.bad == 0;
-}
+// Only in the first chunk a scorer may give up: one that drops a later chunk leaves the
+// score of what came before. What a mark has had counted does not matter, since a text
+// that did not fit its mark has no score of 90 there either.
+bool TextRace::mayGiveUp() const { return givesUp_ && isFirstChunk_; }
 
 // So many bad characters leave no score of 90, whatever the others are.
-uint32_t TextRace::mostBad(const Candidate& candidate) const {
-  if (!mayGiveUp(candidate)) return UINT32_MAX;
+uint32_t TextRace::mostBad() const {
+  if (!mayGiveUp()) return UINT32_MAX;
   return static_cast<uint32_t>(chunk_.length) * (kFlawless - kLeastScore) / kFlawless;
 }
 
@@ -106,8 +105,8 @@ int32_t TextRace::scoreOrders(size_t encoding) {
   };
   const Candidate bigBefore = runner.candidate;
   const Candidate littleBefore = runner.littleEndian;
-  const int32_t big = scoreOrder(runner.candidate, row.scorer, mostBad(bigBefore));
-  const int32_t little = scoreOrder(runner.littleEndian, row.littleEndian, mostBad(littleBefore));
+  const int32_t big = scoreOrder(runner.candidate, row.scorer, mostBad());
+  const int32_t little = scoreOrder(runner.littleEndian, row.littleEndian, mostBad());
   runner.isLittleEndian = little >= big;
   const int32_t score = std::max(big, little);
   if (score < kLeastScore) return score;
@@ -122,7 +121,7 @@ int32_t TextRace::scoreNow(size_t encoding) {
   if (row.littleEndian != nullptr) return scoreOrders(encoding);
   Candidate& candidate = runners_[encoding].candidate;
   // What ISO-2022-JP sees of line ends is told even when it loses.
-  if (encoding != kIso2022Jp) candidate.mostBad = mostBad(candidate);
+  if (encoding != kIso2022Jp) candidate.mostBad = mostBad();
   const Carry carried = candidate.carry;
   const int32_t own = row.scorer(candidate, chunk_, 0);
   return encoding == kShiftJis && own == kFlawless ? shiftJisScore(carried) : own;
@@ -143,7 +142,7 @@ int32_t TextRace::shiftJisScore(const Carry& carried) {
 bool TextRace::isFlawless(size_t encoding, bool isLittleEndian) {
   Runner& runner = runners_[encoding];
   Candidate& candidate = isLittleEndian ? runner.littleEndian : runner.candidate;
-  if (runner.score != kUnknownScore || !mayGiveUp(candidate))
+  if (runner.score != kUnknownScore || !mayGiveUp())
     return score(encoding) == kFlawless && runner.isLittleEndian == isLittleEndian;
   Candidate trial = candidate;
   trial.mostBad = 0;

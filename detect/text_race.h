@@ -61,8 +61,8 @@ class TextRace {
   static const EncodingRow kRows[kEncodings];
 
   bool fitsBehindMark(const Mark& mark, const Chunk& chunk, size_t position);
-  bool mayGiveUp(const Candidate& candidate) const;
-  uint32_t mostBad(const Candidate& candidate) const;
+  bool mayGiveUp() const;
+  uint32_t mostBad() const;
   int32_t score(size_t encoding);
   int32_t scoreNow(size_t encoding);
   int32_t scoreOrders(size_t encoding);

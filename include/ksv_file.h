@@ -33,7 +33,7 @@ typedef struct KsvByteOrderStream {
   int32_t nativeOrder; /* non-zero: values are in host order; 0: most significant byte first */
 } KsvByteOrderStream;
 
-/* ---- Byte order in memory: always reversed, at any alignment. ---- */
+/* ---- Byte order in memory: always reversed, at any alignment. p is not null. ---- */
 
 /* The 16-bit value at p with its two bytes exchanged. */
 KSV_API uint16_t KSV_GetW_x(const void* p);
@@ -49,8 +49,9 @@ KSV_API uint32_t KSV_PutDW_x(void* p, uint32_t value);
 
 /* ---- Streams. ---- */
 
-/* Opens a file; mode as for fopen, at most 31 units. Null when that fails and when
- * path is a directory. Close it with KSV_FileClose. */
+/* Open a file; mode as for fopen. Null when that fails and when path is a directory.
+ * Close it with KSV_FileClose. The mode of KSV_FileOpen has at most 31 UTF-16 units;
+ * that of KSV_FileOpenA goes to the system whatever its length. */
 KSV_API FILE* KSV_FileOpen(const char* path, const char* mode);
 KSV_API FILE* KSV_FileOpenA(const char* path, const char* mode);
 
@@ -64,7 +65,8 @@ KSV_API int32_t KSV_FileWrite(const void* buffer, int32_t size, int32_t count, F
 
 /* Reads up to and including the next newline, at most capacity - 1 bytes, and
  * terminates them. Returns buffer, or null at the end of the file, after an error
- * and when capacity is below 1. */
+ * and when capacity is below 1. At a capacity of 1 nothing is read: the result is
+ * buffer with the empty string, at the end of the file too. */
 KSV_API char* KSV_FileReadLine(char* buffer, int32_t capacity, FILE* stream);
 
 /* Moves to offset bytes from origin: 0 the start, 1 the position, 2 the end.
@@ -130,7 +132,8 @@ KSV_API int KSV_X_FilePutDWord(KsvByteOrderStream* s, uint32_t value);
  * success; KSV_PATH_NOT_CONVERTED when src is ill-formed (lone surrogates
  * included), has a character the destination lacks, or does not fit: dest is the
  * empty string then. A null dest gives 0 and nothing happens; a null or empty src
- * gives 0 and the empty string. Nothing is written when capacity is below 1. */
+ * gives 0 and the empty string. Nothing is written when capacity is below 1. dest and
+ * src do not overlap: dest is emptied before src is read. */
 
 /* A path of at most 779 UTF-16 units. */
 KSV_API int KSV_FilePathTransAnsiToUTF8(char* dest, const char* src, int32_t capacity);

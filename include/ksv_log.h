@@ -41,11 +41,12 @@ KSV_API int ksv_logfclose(uint32_t flags, FILE* stream);
 /* Writes format to the stream as fprintf does, with one argument.
  *
  * The first conversion d, i, o, u, x, X or c takes the argument, with any flags of
- * "-+ #0", width, precision (up to 4095 each) and length; "%%" is a per-cent sign. Any
- * other per-cent sign is written as it stands, with what follows it: one that begins a
- * second conversion, or a conversion that an integer cannot serve, such as %s, %p or %n,
- * or that takes a width or precision from an argument. So a format can do no more than
- * write text, whatever it holds.
+ * "-+ #0", width and precision (up to 4095 each); all but c take a length too, of which
+ * h and hh cut the argument and the longer ones change nothing. "%%" is a per-cent sign.
+ * Any other per-cent sign is written as it stands, with what follows it: one that begins
+ * a second conversion, or a conversion that an integer cannot serve, such as %s, %p, %n,
+ * %hc or %lc, or that takes a width or precision from an argument. So a format can do no
+ * more than write text, whatever it holds.
  *
  * A null format writes nothing. Returns 0, also when nothing could be written. */
 KSV_API int ksv_logfprintf(uint32_t flags, FILE* stream, const char* format, int32_t argument);

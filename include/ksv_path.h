@@ -77,7 +77,8 @@ typedef struct KsvStat {
 
 /* Looks for pattern (ANSI) and opens a listing of the matches in ascending byte
  * order: 1, or 0 when nothing matches. After 1, end it with KSV_ASC_closedir; after
- * 0 there is nothing to close. */
+ * 0 there is nothing to close. Names that have no ANSI form, or KSV_FILE_NAME_SIZE
+ * bytes and more, are left out, though KSV_FindFile finds them. */
 KSV_API int KSV_ASC_opendir(const char* pattern, KsvDirectoryListing* listing);
 
 /* Copies the next name (ANSI) to entry->name, the first name first: 1, or 0 when
@@ -95,7 +96,8 @@ KSV_API int KSV_FindFile(const char* pattern);
 /* KSV_FileRemove: removes a file (UTF-8), not a directory. 0, or -1. */
 KSV_API int KSV_ASC_remove(const char* path);
 
-/* Make a directory; remove an empty one. 0, or -1. */
+/* Make a directory, which everybody may enter, read and write as far as the umask of
+ * the process allows (on Windows as its parent says); remove an empty one. 0, or -1. */
 KSV_API int KSV_MkDir(const char* path);
 KSV_API int KSV_RmDir(const char* path);
 
@@ -151,9 +153,10 @@ KSV_API int32_t KSV_getPathBreak(const char* path);
 
 /* Creates an empty file with a new name that begins with "ksv" in the directory
  * of hint (UTF-8), or in the system's temporary directory when hint is null or
- * empty, and writes its path to dest (KSV_PATH_SIZE bytes). Returns dest, or null
- * when dest is null, hint has no directory, the path does not fit or the file
- * cannot be created. The caller removes the file. */
+ * empty, and writes its path to dest (KSV_PATH_SIZE bytes, which may lie over hint).
+ * Only the user may read and write the file (on Windows whom the directory lets).
+ * Returns dest, or null when dest is null, hint has no directory, the path does not
+ * fit or the file cannot be created. The caller removes the file. */
 KSV_API char* KSV_ASC_tmpnam1(const char* hint, char* dest);
 
 /* KSV_ASC_tmpnam1 without a hint. */

@@ -1,6 +1,7 @@
 """Builds the project once, and then tries mutants: only the objects that a mutant changes
 are compiled, and linked into the test programs in front of all others.
 """
+import fnmatch
 import hashlib
 import json
 import os
@@ -149,8 +150,8 @@ class Build:
         patterns = [p for room in self.rooms["rooms"].values() for p in room["sources"]]
         commands = []
         for source in self.headers.get(path, []):
-            relative = source.relative_to(self.root) if source.is_relative_to(self.root) else None
-            if relative is not None and any(relative.match(pattern) for pattern in patterns):
+            relative = os.path.relpath(source, self.root)
+            if any(fnmatch.fnmatch(relative, pattern) for pattern in patterns):
                 commands.append(self.command_of(source))
         return [command for command in commands if command is not None]
 
@@ -268,10 +269,13 @@ class Worker:
         return objects
 
     def plain_objects_of(self, path, text):
+        """The objects without a change: one that does not link with them is a fault of ours."""
         if path not in self.plain_objects:
             objects = self.objects_of(path, text)
             if not objects:
                 raise TrialError(f"{path} does not compile as it is, or nothing holds it")
+            for program in self.programs:
+                self.link(program, len(objects))
             self.plain_objects[path] = objects
         return self.plain_objects[path]
 
@@ -308,7 +312,10 @@ class Worker:
         if objects == plain or not self.seen.add(path, objects):
             return SAME_OBJECT
         for program in self.programs:
-            binary = self.link(program, len(objects))
+            try:
+                binary = self.link(program, len(objects))
+            except TrialError:
+                return NOT_COMPILED
             for arguments, usual_seconds in program.batches:
                 verdict = self.run(binary, arguments, usual_seconds)
                 if verdict != SURVIVED:

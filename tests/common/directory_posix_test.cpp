@@ -2,6 +2,7 @@
 // links need no privilege.
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/common/directory_listing.h"
 
@@ -101,4 +102,16 @@ TEST_F(Directory, tells_the_times_of_each_entry_apart) {
     EXPECT_GT(listing.timeCreate, kTimes[1][1]);
   }
   KSV_ASC_closedir(&listing);
+}
+
+TEST_F(Directory, is_made_with_the_permissions_that_the_umask_leaves) {
+  for (const mode_t mask : {mode_t{0}, mode_t{022}, mode_t{077}}) {
+    const mode_t before = umask(mask);
+    EXPECT_EQ(KSV_MkDir("made"), 0);
+    umask(before);
+    struct stat made;
+    ASSERT_EQ(stat("made", &made), 0);
+    EXPECT_EQ(made.st_mode & 07777, 0777 & ~mask);
+    EXPECT_EQ(KSV_RmDir("made"), 0);
+  }
 }

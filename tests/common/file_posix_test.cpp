@@ -74,3 +74,10 @@ TEST(FileRemove, removes_links_and_not_what_they_lead_to) {
   EXPECT_EQ(KSV_FileRemove("link"), 0);
   EXPECT_TRUE(exists("d"));
 }
+
+TEST(FileOpen, hands_a_mode_of_any_length_on_for_ansi_paths) {
+  TempDirectory directory;
+  FILE* stream = KSV_FileOpenA("f", ("wb" + std::string(100, 'b')).c_str());
+  ASSERT_NE(stream, nullptr);
+  EXPECT_EQ(KSV_FileClose(stream), 0);
+}

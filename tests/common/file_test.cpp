@@ -161,6 +161,8 @@ TEST(FileReadLine, keeps_the_newline_and_stops_at_the_capacity) {
   EXPECT_EQ(KSV_FileReadLine(line, 16, stream), line);
   EXPECT_STREQ(line, "last");
   EXPECT_EQ(KSV_FileReadLine(line, 16, stream), nullptr);
+  EXPECT_EQ(KSV_FileReadLine(line, 1, stream), line) << "nothing is read, so no end is seen";
+  EXPECT_STREQ(line, "");
   EXPECT_EQ(KSV_FileReadLine(line, 16, nullptr), nullptr);
   KSV_FileClose(stream);
 }

@@ -216,6 +216,21 @@ TEST(CutStr, cuts_before_the_escape_sequence_of_the_CR_only_where_it_stands_befo
   EXPECT_EQ(cutBefore("\x1B(Ba\r\n", 5, "ISO-2022-JP"), 4u) << "a letter between them";
 }
 
+TEST(CutStr, of_a_later_piece_of_Iso2022Jp_does_not_know_the_character_set_of_the_first) {
+  const std::string text = "\x1B$B\x24\x22\x24\x24\x24\x26";
+  EXPECT_EQ(cut(text, 6, "ISO-2022-JP"), 5u);
+  EXPECT_EQ(cut(text.substr(5), 3, "ISO-2022-JP"), 3u) << "taken for single bytes";
+  EXPECT_EQ(cut("\x1B$B" + text.substr(5), 6, "ISO-2022-JP"), 5u) << "with its escape sequence";
+  EXPECT_EQ(cut(text.substr(5), 3, "ISO-2022-JP-3"), 0u);
+}
+
+TEST(CutStr, of_EucJp_may_cut_what_it_does_not_see_as_a_character) {
+  EXPECT_EQ(cut("\xE0\xA1\xB0\xA1", 1, "EUC-JP"), 1u);
+  EXPECT_EQ(cut("\xE0\xA1\xB0\xA1\n", 3, "EUC-JP"), 3u) << "A1 B0 is taken for a pair";
+  EXPECT_EQ(cut("\x8F\xB0\xA1\xB0\xA1\n", 4, "EUC-JP"), 4u) << "8F B0, A1 B0";
+  EXPECT_EQ(cut("\x8E\xB1\xB0\xA1\n", 1, "EUC-JISX0213"), 1u);
+}
+
 TEST(CutStr, of_Iso2022Jp3_begins_with_an_escape_sequence) {
   EXPECT_EQ(cut("plain", 5, "ISO-2022-JP-3"), 0u);
   EXPECT_EQ(cut("\x1B(Babc", 6, "ISO-2022-JP-3"), 6u);

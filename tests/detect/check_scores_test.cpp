@@ -69,6 +69,23 @@ TEST(CheckIso2022Jp, reads_katakana_and_blanks_in_the_mode_of_katakana) {
   EXPECT_EQ(ksv::detect::checkIso2022Jp(Text("\x1B(I\xB1\x41")), 5000);
 }
 
+TEST(CheckUtf8, tells_values_that_are_too_small_among_characters_of_three_bytes) {
+  for (size_t place = 0; place < 9; ++place) {
+    std::string small, large;
+    for (size_t i = 0; i < 9; ++i) {
+      small += i == place ? "\xE0\x9F\xBF" : "\xE3\x81\x82";
+      large += i == place ? "\xE0\xA0\x80" : "\xE3\x81\x82";
+    }
+    const ksv::detect::Utf8Score score = ksv::detect::checkUtf8(Text(small + "aaa"));
+    EXPECT_EQ(score.score, 9166) << place << ": 11 of 12";
+    EXPECT_EQ(score.multibyte, 8u) << place;
+    EXPECT_EQ(ksv::detect::checkUtf8(Text(large + "aaa")).multibyte, 9u) << place;
+  }
+  std::string allSmall;
+  for (int i = 0; i < 9; ++i) allSmall += "\xE0\x80\x80";
+  EXPECT_EQ(ksv::detect::checkUtf8(Text(allSmall)).score, 0);
+}
+
 // Behind a good character and before one, so that what a byte uses up shows.
 TEST(CheckEucJp, takes_exactly_these_pairs) {
   for (uint32_t lead = 0x80; lead <= 0xFF; ++lead) {

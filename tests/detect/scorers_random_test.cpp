@@ -126,6 +126,23 @@ TEST_P(Scorers, agree_on_all_short_texts) {
   }
 }
 
+// The modes of ISO-2022-JP, which no short text reaches.
+TEST_P(Scorers, agree_on_every_byte_and_pair_behind_an_escape_sequence) {
+  const std::string telling = "\x0A\x0D\x1B\x20\x21\x7E\x7F\xA0\xA1\xDF\xE0\xFF";
+  for (const char* escape :
+       {"\x1B$B", "\x1B$@", "\x1B$(D", "\x1B(J", "\x1B(B", "\x1B(I", "\x1Bxy"}) {
+    for (int first = 0; first < 256; ++first) {
+      const std::string text = escape + std::string(1, static_cast<char>(first));
+      compare(GetParam(), text, {text.size()}, 0);
+      for (const char second : telling) {
+        compare(GetParam(), text + second + "!!", {text.size() + 3}, 0);
+        compare(GetParam(), second + text + second, {text.size() + 2}, 0);
+      }
+      ASSERT_FALSE(HasFatalFailure());
+    }
+  }
+}
+
 // ---- What scorers of pairs share
 
 struct PairScorer {

@@ -121,7 +121,7 @@ class Rooms(unittest.TestCase):
     def test_are_not_tried_while_their_tests_fail(self):
         with tempfile.TemporaryDirectory() as copy:
             shutil.copytree(MADE_UP, copy, dirs_exist_ok=True)
-            Path(copy, "price_test.cpp").write_text("int main() { return 1; }\n")
+            Path(copy, "tests/room/price_test.cpp").write_text("int main() { return 1; }\n")
             status, lines = self.run_script(root=Path(copy))
         self.assertEqual(status, 1)
         self.assertEqual(lines, ["mutate: room_tests fails without any mutant (status 1)"])
