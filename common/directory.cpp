@@ -34,18 +34,19 @@ struct Matches {
   std::string directory;  // with a separator
   std::vector<std::string> names;
   size_t next = 0;
+  platform::SystemError error = 0;  // why names may be missing
 };
 
 enum class WildCards { kOwn, kOfSystem };
 
 // In no order; none when the directory cannot be read.
 std::vector<std::string> namesFor(const std::string& directory, const std::string& component,
-                                  WildCards wildCards) {
+                                  WildCards wildCards, platform::SystemError& error) {
   if (wildCards == WildCards::kOfSystem) {
     auto found = platform::namesFoundBySystem(directory, component);
     if (found) return std::move(*found);
   }
-  auto names = platform::directoryNames(directory.c_str());
+  auto names = platform::directoryNames(directory.c_str(), &error);
   if (!names) return {};
   std::erase_if(*names, [&](const std::string& name) { return !matchesWildcard(component, name); });
   return std::move(*names);
@@ -67,7 +68,7 @@ Matches findMatches(const char* pattern, WildCards wildCards) {
     if (name) matches.names.push_back(std::move(*name));
     return matches;
   }
-  matches.names = namesFor(matches.directory, component, wildCards);
+  matches.names = namesFor(matches.directory, component, wildCards, matches.error);
   std::sort(matches.names.begin(), matches.names.end());
   return matches;
 }
@@ -116,8 +117,10 @@ bool openListing(const char* pattern, KsvDirectoryListing& listing) {
 
 }  // namespace
 
-std::vector<std::string> matchingNames(const char* pattern) {
-  return findMatches(pattern, WildCards::kOwn).names;
+std::vector<std::string> matchingNames(const char* pattern, platform::SystemError* error) {
+  Matches matches = findMatches(pattern, WildCards::kOwn);
+  if (error != nullptr) *error = matches.error;
+  return std::move(matches.names);
 }
 
 }  // namespace ksv

@@ -41,11 +41,26 @@ void copyStatus(const struct stat& from, FileStatus& to) {
   to.changeTime = from.st_ctime;
 }
 
+// A signal that is handled interrupts, and means nothing.
+int openAgain(const char* path, int flags) {
+  for (;;) {
+    const int file = open(path, flags);
+    if (file != kNotOpen || errno != EINTR) return file;
+  }
+}
+
+// Whether a failure to open says that there is no such file.
+bool isAbsence(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG || error == ENXIO;
+}
+
 struct CloseDirectory {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
 }  // namespace
+
+SystemError outOfMemory() { return ENOMEM; }
 
 // fopen reads a directory as an empty file; nobody who opens one means that.
 std::FILE* openFile(const char* path, const char* mode) {
@@ -57,11 +72,18 @@ std::FILE* openFile(const char* path, const char* mode) {
   return nullptr;
 }
 
-InputFile::InputFile(const char* path) : handle_(open(path, O_RDONLY | O_CLOEXEC)) {
-  const int file = static_cast<int>(handle_);
+InputFile::InputFile(const char* path, Takes takes) : handle_(kNotOpen) {
+  const bool onlyRegular = takes == Takes::kRegularFile;
+  // A pipe is then opened without waiting for its other end, and closed again.
+  const int file = openAgain(path, O_RDONLY | O_CLOEXEC | (onlyRegular ? O_NONBLOCK : 0));
+  handle_ = file;
   struct stat status;
-  if (file != kNotOpen && fstat(file, &status) == 0 && !S_ISDIR(status.st_mode))
-    size_ = sizeOf(file, status);
+  if (file == kNotOpen || fstat(file, &status) != 0) {
+    error_ = isAbsence(errno) ? 0 : errno;
+    return;
+  }
+  if (S_ISDIR(status.st_mode) || (onlyRegular && !S_ISREG(status.st_mode))) return;
+  size_ = sizeOf(file, status);
 }
 
 InputFile::~InputFile() {
@@ -75,7 +97,10 @@ size_t InputFile::read(void* buffer, size_t count) {
         ::read(static_cast<int>(handle_), static_cast<char*>(buffer) + total, count - total);
     if (came > 0) {
       total += static_cast<size_t>(came);
-    } else if (came == 0 || errno != EINTR) {
+    } else if (came == 0) {
+      break;
+    } else if (errno != EINTR) {
+      error_ = errno;
       break;
     }
   }
@@ -118,11 +143,19 @@ std::optional<std::string> entryName(const std::string& directory, const std::st
   return name;
 }
 
-std::optional<std::vector<std::string>> directoryNames(const char* path) {
+std::optional<std::vector<std::string>> directoryNames(const char* path, SystemError* error) {
+  if (error != nullptr) *error = 0;
   const std::unique_ptr<DIR, CloseDirectory> directory(opendir(path));
-  if (!directory) return std::nullopt;
   std::vector<std::string> names;
-  while (const dirent* entry = readdir(directory.get())) names.emplace_back(entry->d_name);
+  errno = directory ? 0 : errno;
+  while (directory) {
+    const dirent* entry = readdir(directory.get());
+    if (entry == nullptr) break;
+    names.emplace_back(entry->d_name);
+    errno = 0;
+  }
+  if (error != nullptr && !isAbsence(errno)) *error = errno;
+  if (!directory) return std::nullopt;
   return names;
 }
 

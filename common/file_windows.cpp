@@ -81,6 +81,18 @@ uint32_t driveNumber(const wchar_t* path) {
   return static_cast<uint32_t>((absolute[0] | 0x20) - L'a');
 }
 
+// Whether a failure to open says that there is no such file.
+bool isAbsence(DWORD error) {
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+         error == ERROR_INVALID_NAME || error == ERROR_BAD_PATHNAME || error == ERROR_BAD_NETPATH ||
+         error == ERROR_FILENAME_EXCED_RANGE || error == ERROR_INVALID_DRIVE;
+}
+
+bool isDirectoryName(const wchar_t* path) {
+  const DWORD attributes = GetFileAttributesW(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 // What stands at path, a device included: the system knows those by name.
 bool statusOf(const char* path, DWORD flags, FileStatus& status) {
   const WideText wide(path);
@@ -110,6 +122,8 @@ bool statusOf(const char* path, DWORD flags, FileStatus& status) {
 
 }  // namespace
 
+SystemError outOfMemory() { return ERROR_NOT_ENOUGH_MEMORY; }
+
 // The C runtime may end the process over a mode that begins otherwise.
 std::FILE* openFile(const char* path, const char* mode) {
   if (mode[0] == '\0' || std::strchr("rwa", mode[0]) == nullptr) return nullptr;
@@ -119,14 +133,22 @@ std::FILE* openFile(const char* path, const char* mode) {
 }
 
 // Shared with writers, as the C runtime's streams are.
-InputFile::InputFile(const char* path) : handle_(0) {
+InputFile::InputFile(const char* path, Takes) : handle_(0) {
   const WideText wide(path);
   if (!wide) return;
   Handle file(CreateFileW(wide.get(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   LARGE_INTEGER size;
-  if (!file || GetFileType(file.get()) != FILE_TYPE_DISK || !GetFileSizeEx(file.get(), &size))
+  if (!file) {
+    const DWORD error = GetLastError();
+    if (!isAbsence(error) && !isDirectoryName(wide.get())) error_ = static_cast<int>(error);
     return;
+  }
+  if (GetFileType(file.get()) != FILE_TYPE_DISK) return;
+  if (!GetFileSizeEx(file.get(), &size)) {
+    error_ = static_cast<int>(GetLastError());
+    return;
+  }
   size_ = size.QuadPart;
   handle_ = reinterpret_cast<intptr_t>(file.release());
 }
@@ -140,10 +162,11 @@ size_t InputFile::read(void* buffer, size_t count) {
     const auto wanted = static_cast<DWORD>(std::min(count - total, kMostAtOnce));
     DWORD came = 0;
     if (!ReadFile(reinterpret_cast<HANDLE>(handle_), static_cast<char*>(buffer) + total, wanted,
-                  &came, nullptr) ||
-        came == 0) {
+                  &came, nullptr)) {
+      error_ = static_cast<int>(GetLastError());
       break;
     }
+    if (came == 0) break;
     total += came;
   }
   return total;
@@ -201,7 +224,8 @@ std::optional<std::string> entryName(const std::string& directory, const std::st
   return search ? narrowText(search.name()) : std::nullopt;
 }
 
-std::optional<std::vector<std::string>> directoryNames(const char* path) {
+std::optional<std::vector<std::string>> directoryNames(const char* path, SystemError* error) {
+  if (error != nullptr) *error = 0;
   std::string pattern = path;
   if (!pattern.ends_with('/') && !pattern.ends_with('\\') && !pattern.ends_with(':')) {
     pattern.push_back(pathSeparator());
@@ -212,8 +236,13 @@ std::optional<std::vector<std::string>> directoryNames(const char* path) {
   Search search(wide.get());
   // The root of an empty drive has not even "." in it.
   if (!search && GetLastError() == ERROR_FILE_NOT_FOUND) return names;
-  if (!search) return std::nullopt;
+  if (!search) {
+    if (error != nullptr && !isAbsence(GetLastError())) *error = static_cast<int>(GetLastError());
+    return std::nullopt;
+  }
   appendNames(search, names);
+  if (error != nullptr && GetLastError() != ERROR_NO_MORE_FILES)
+    *error = static_cast<int>(GetLastError());
   return names;
 }
 

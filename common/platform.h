@@ -54,12 +54,20 @@ class ReplacementFile {
   virtual bool commit() = 0;
 };
 
+// The system's number of an error, and 0 for none.
+using SystemError = int;
+// That there is no memory.
+SystemError outOfMemory();
+
 // A file that is read from its beginning, without the buffer and the lock of a
 // stream: for those who read large pieces, or very many files.
 class InputFile {
  public:
+  // Of anything but regular files nobody can say how long opening and reading takes.
+  enum class Takes { kAnyFile, kRegularFile };
+
   // Not open afterwards when there is nothing to be read at path, or a directory.
-  explicit InputFile(const char* path);
+  explicit InputFile(const char* path, Takes takes = Takes::kAnyFile);
   ~InputFile();
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
@@ -72,9 +80,14 @@ class InputFile {
   // ends or the system refuses.
   size_t read(void* buffer, size_t count);
 
+  // What the system refused with, when it was opened or read. 0 where nothing stands at
+  // path: that is an answer.
+  SystemError error() const { return error_; }
+
  private:
   intptr_t handle_;
   int64_t size_ = -1;
+  SystemError error_ = 0;
 };
 
 // Looks the setting up where this system keeps settings and copies its value,
@@ -154,8 +167,10 @@ bool removeDirectory(const char* path);
 std::optional<std::string> entryName(const std::string& directory, const std::string& name);
 
 // All names in a directory, "." and ".." included, in no order. None when it
-// cannot be read.
-std::optional<std::vector<std::string>> directoryNames(const char* path);
+// cannot be opened. The error says whether names may be missing, and why; 0 where there is
+// no such directory.
+std::optional<std::vector<std::string>> directoryNames(const char* path,
+                                                       SystemError* error = nullptr);
 
 // The names, in no order, that the system itself finds in a directory written with its
 // separator for a component with wild cards. None where the system has no wild cards.

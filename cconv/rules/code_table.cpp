@@ -3,6 +3,7 @@
 #include <new>
 
 #include "cconv/rules/publication.h"
+#include "common/faults.h"
 
 namespace ksv {
 namespace {
@@ -65,6 +66,8 @@ bool tableInsert(CodeTable& table, uint32_t key, uint32_t value, uint32_t blockS
   widenBounds(table, key);
   return true;
 } catch (const std::bad_alloc&) {
+  table.isCutShort = true;
+  noteNoMemory(table.fileName);
   return false;
 }
 

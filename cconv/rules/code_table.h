@@ -44,7 +44,8 @@ class BlockCoverage {
 };
 
 // Tells whether answers came from tables that have a file but are not loaded, so
-// that the same question may be answered otherwise later. Scopes nest.
+// that the same question may be answered otherwise later, or from tables that are not as
+// their file would make them. Scopes nest.
 class ProvisionalAnswers {
  public:
   ProvisionalAnswers() : outer_(noted_) { noted_ = false; }
@@ -76,20 +77,23 @@ struct CodeTable {
   TextEncodingKind sourceEncoding = TextEncodingKind::kUnknown;
   bool sourceBigEndian = false;
   int32_t loadAttempts = -1;
-  bool isRead = false;  // from its file, whatever that held
+  bool isRead = false;      // from its file, whatever that held
+  bool isCutShort = false;  // by a system error, which has been noted
   // Set last when a table is filled: whoever sees it set sees the values too.
-  std::atomic<bool> loaded = false;
+  enum class State : uint8_t { kNotLoaded, kLoaded, kLoadedCutShort };
+  std::atomic<State> state = State::kNotLoaded;
   BlockCoverage coverage;
   CodeStore values;
 
-  bool isLoaded() const { return loaded.load(std::memory_order_acquire); }
+  bool isLoaded() const { return state.load(std::memory_order_acquire) != State::kNotLoaded; }
   // Whether the table maps every code to itself: one without a file always, any
   // other until it is loaded.
   bool isIdentity() const {
     if (fileName.empty()) return true;
-    if (isLoaded()) return false;
+    const State now = state.load(std::memory_order_acquire);
+    if (now == State::kLoaded) return false;
     ProvisionalAnswers::note();
-    return true;
+    return now == State::kNotLoaded;
   }
   // The stored value of a loaded table, 0 outside its bounds.
   uint32_t find(uint32_t key) const { return key < low || key > high ? 0 : values.find(key); }

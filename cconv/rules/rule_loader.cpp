@@ -4,10 +4,12 @@
 #include <new>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_path.h"
 #include "common/directory.h"
+#include "common/faults.h"
 #include "ksv_cconv.h"
 
 namespace ksv {
@@ -194,11 +196,15 @@ size_t loadAllRuleFiles() {
   const PathParts pattern = splitPath(std::string(ruleBase.charsetPath) + "*.xml");
   RuleFiles files;
   size_t accepted = 0;
-  for (const std::string& name : matchingNames(joinPath(pattern).c_str())) {
+  platform::SystemError error = 0;
+  const std::vector<std::string> names = matchingNames(joinPath(pattern).c_str(), &error);
+  noteFault(FaultSubject::kCharsetDirectory, ruleBase.charsetPath, error);
+  for (const std::string& name : names) {
     try {
       if (loadCharset(ruleBase.charsetPath + name, files)) ++accepted;
     } catch (const std::bad_alloc&) {
       // As any other failure: this file is skipped and the next one is tried.
+      noteNoMemory(ruleBase.charsetPath);
     }
   }
   return accepted;
@@ -292,5 +298,6 @@ int cconvLoadRule() try {
   ksv::ruleBase.lists->derived.reset();
   return ksv::loadAllRuleFiles() > 0 ? 1 : 0;
 } catch (const std::bad_alloc&) {
+  ksv::noteNoMemory(ksv::ruleBase.charsetPath);
   return 0;
 }

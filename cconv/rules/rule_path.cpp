@@ -1,7 +1,6 @@
 #include "cconv/rules/rule_path.h"
 
 #include "cconv/rules/names.h"
-#include "common/platform.h"
 #include "ksv_path.h"
 
 namespace ksv {
@@ -47,12 +46,6 @@ std::string joinPath(const PathParts& parts) {
 void lowerFileName(PathParts& parts) {
   lowerAscii(parts.fileName.data());
   lowerAscii(parts.extension.data());
-}
-
-bool isRegularFile(const std::string& path) {
-  platform::FileStatus status;
-  return platform::fileStatus(path.c_str(), status) &&
-         (status.mode & platform::kFileTypeMask) == platform::kRegularFile;
 }
 
 }  // namespace ksv

@@ -20,9 +20,4 @@ std::string joinPath(const PathParts& parts);
 // charset directory is named.
 void lowerFileName(PathParts& parts);
 
-// Whether a regular file stands there. Nothing else of a charset directory is opened: to
-// open a pipe is to wait for its other end, and tables are opened under the lock that
-// every other process waits for.
-bool isRegularFile(const std::string& path);
-
 }  // namespace ksv

@@ -7,6 +7,7 @@
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_path.h"
 #include "cconv/rules/text_units.h"
+#include "common/faults.h"
 #include "common/platform.h"
 
 namespace ksv {
@@ -27,12 +28,12 @@ static_assert(sizeof kUcs2Name == kUcs2NameSize + 1);
 
 std::vector<uint8_t> readWholeFile(const std::string& path) {
   std::vector<uint8_t> bytes;
-  if (!isRegularFile(path)) return bytes;
-  platform::InputFile file(path.c_str());
+  platform::InputFile file(path.c_str(), platform::InputFile::Takes::kRegularFile);
   if (file.size() > 0 && file.size() <= std::numeric_limits<int32_t>::max()) {
     bytes.resize(static_cast<size_t>(file.size()));
     if (file.read(bytes.data(), bytes.size()) != bytes.size()) bytes.clear();
   }
+  noteFault(FaultSubject::kRuleFile, path, file.error());
   return bytes;
 }
 

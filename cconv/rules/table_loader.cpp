@@ -5,7 +5,6 @@
 // little-endian 32-bit numbers for each pair, in the order of the text. Every
 // later process reads that copy. The copy appears complete or not at all, so
 // whoever is killed while writing it leaves nothing that could be read.
-#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <mutex>
@@ -18,9 +17,9 @@
 #include "cconv/rules/rule_path.h"
 #include "cconv/rules/table_reader.h"
 #include "cconv/rules/text_units.h"
+#include "common/faults.h"
 #include "common/platform.h"
 #include "ksv_cconv.h"
-#include "ksv_file.h"
 
 namespace ksv {
 namespace {
@@ -51,21 +50,17 @@ bool insertPair(CodeTable& table, uint32_t first, uint32_t second) {
                      ruleBase.entriesPerBlock());
 }
 
-// The size of an open file, with the position at its start again.
-std::optional<int64_t> sizeFromEnd(FILE* file) {
-  if (KSV_FileSeek(file, 0, SEEK_END) != 0) return std::nullopt;
-  const int64_t size = KSV_FileTell(file);
-  if (size < 0 || KSV_FileSeek(file, 0, SEEK_SET) != 0) return std::nullopt;
-  return size;
+// A fill that a system error has ended, which must not look like the end of the data.
+void cutShort(CodeTable& table, const std::string& path, platform::SystemError error) {
+  table.isCutShort = true;
+  noteFault(FaultSubject::kCodeTable, path, error);
 }
 
-void insertRecords(CodeTable& table, FILE* file, int64_t size) {
-  if (size <= 0 || size > std::numeric_limits<int32_t>::max()) return;
-  const size_t bytes = static_cast<size_t>(size);
-  const std::unique_ptr<uint8_t[]> records(new (std::nothrow) uint8_t[bytes]);
-  if (records == nullptr) return;
-  const int32_t count = static_cast<int32_t>(size);
-  if (KSV_FileRead(records.get(), 1, count, file) != count) return;
+void insertRecords(CodeTable& table, platform::InputFile& file) {
+  if (file.size() == 0 || file.size() > std::numeric_limits<int32_t>::max()) return;
+  const size_t bytes = static_cast<size_t>(file.size());
+  const auto records = std::make_unique_for_overwrite<uint8_t[]>(bytes);
+  if (file.read(records.get(), bytes) != bytes) return;
   // A last partial record is no record.
   for (size_t at = 0; at + kRecordSize <= bytes; at += kRecordSize) {
     const uint8_t* record = records.get() + at;
@@ -73,15 +68,16 @@ void insertRecords(CodeTable& table, FILE* file, int64_t size) {
   }
 }
 
-// False when there is no compiled file that can be opened. An empty or unreadable
-// one gives an empty table all the same.
-bool loadCompiled(CodeTable& table, const std::string& path) {
-  FILE* file = isRegularFile(path) ? platform::openFile(path.c_str(), "rb") : nullptr;
-  if (file == nullptr) return false;
-  const auto size = sizeFromEnd(file);
-  if (size) insertRecords(table, file, *size);
-  KSV_FileClose(file);
-  return size.has_value();
+// An empty or unreadable one gives an empty table. False when there is none, or it cannot
+// even be opened: it is made from its text then, and the error is of interest only where
+// there is no text either.
+bool loadCompiled(CodeTable& table, const std::string& path, platform::SystemError& error) {
+  platform::InputFile file(path.c_str(), platform::InputFile::Takes::kRegularFile);
+  error = file.error();
+  if (file.size() < 0) return false;
+  insertRecords(table, file);
+  if (file.error() != 0) cutShort(table, path, file.error());
+  return true;
 }
 
 bool writeRecord(platform::ReplacementFile& file, uint32_t first, uint32_t second) {
@@ -93,22 +89,35 @@ bool writeRecord(platform::ReplacementFile& file, uint32_t first, uint32_t secon
   return file.write(record, sizeof record);
 }
 
+// Inserts the pairs of a text, and writes them into the compiled copy as long as that goes.
+void insertText(CodeTable& table, TableReader& reader,
+                std::unique_ptr<platform::ReplacementFile>& compiled) {
+  for (;;) {
+    const auto first = reader.nextNumber();
+    const auto second = first ? reader.nextNumber() : std::nullopt;
+    if (!second) break;
+    if (!insertPair(table, *first, *second)) break;
+    if (compiled && !writeRecord(*compiled, *first, *second)) compiled.reset();
+  }
+}
+
 // Fills the table from its text and writes the compiled copy on the way. Where
 // that cannot be written, the table is filled all the same. Without a text the
 // copy is there and empty.
-void compile(CodeTable& table, const TablePaths& paths) {
+void compile(CodeTable& table, const TablePaths& paths, platform::SystemError refused) {
   auto compiled = platform::ReplacementFile::create(paths.compiled.c_str());
   pauseForTests(PublicationStep::kFilling);
-  if (auto reader = TableReader::open(paths.text, table.sourceEncoding, table.sourceBigEndian)) {
-    for (;;) {
-      const auto first = reader->nextNumber();
-      const auto second = first ? reader->nextNumber() : std::nullopt;
-      if (!second) break;
-      if (!insertPair(table, *first, *second)) break;
-      if (compiled && !writeRecord(*compiled, *first, *second)) compiled.reset();
-    }
+  platform::SystemError error = 0;
+  const auto reader =
+      TableReader::open(paths.text, table.sourceEncoding, table.sourceBigEndian, &error);
+  if (reader) {
+    insertText(table, *reader, compiled);
+    error = reader->error();
+  } else if (error == 0 && refused != 0) {
+    cutShort(table, paths.compiled, refused);
   }
-  if (compiled) compiled->commit();
+  if (error != 0) cutShort(table, paths.text, error);
+  if (compiled && !table.isCutShort) compiled->commit();
 }
 
 bool isFilled(const CodeTable& table) {
@@ -120,12 +129,15 @@ void fill(CodeTable& table) {
   if (table.isRead) return;
   table.isRead = true;
   const TablePaths paths = pathsOf(table);
-  if (!loadCompiled(table, paths.compiled)) compile(table, paths);
+  platform::SystemError refused = 0;
+  if (!loadCompiled(table, paths.compiled, refused)) compile(table, paths, refused);
 }
 
 void setLoaded(CodeTable& table) {
   pauseForTests(PublicationStep::kMade);
-  table.loaded.store(true, std::memory_order_release);
+  table.state.store(
+      table.isCutShort ? CodeTable::State::kLoadedCutShort : CodeTable::State::kLoaded,
+      std::memory_order_release);
 }
 
 void load(CodeTable& table) {
@@ -166,6 +178,8 @@ void locked(CodeTable& table, void (*change)(CodeTable&)) {
     change(table);
   } catch (const std::bad_alloc&) {
     // The table stays as far as it got.
+    table.isCutShort = true;
+    noteNoMemory(table.fileName);
   }
   if (isLocked) mutex->unlock();
 }

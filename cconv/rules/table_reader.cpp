@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
-#include "cconv/rules/rule_path.h"
 #include "cconv/rules/text_units.h"
-#include "common/platform.h"
-#include "ksv_file.h"
 
 namespace ksv {
 namespace {
@@ -16,18 +14,11 @@ constexpr int kLongestRun = 64;
 }  // namespace
 
 std::unique_ptr<TableReader> TableReader::open(const std::string& path, TextEncodingKind kind,
-                                               bool bigEndian) {
-  FILE* file = isRegularFile(path) ? platform::openFile(path.c_str(), "rb") : nullptr;
-  if (file == nullptr) return nullptr;
-  const int64_t size = KSV_FileTellSize(file);
-  if (size < 0) {
-    KSV_FileClose(file);
-    return nullptr;
-  }
-  return std::unique_ptr<TableReader>(new TableReader(file, size, kind, bigEndian));
+                                               bool bigEndian, platform::SystemError* error) {
+  std::unique_ptr<TableReader> reader(new TableReader(path, kind, bigEndian));
+  if (error != nullptr) *error = reader->error();
+  return reader->unread_ < 0 ? nullptr : std::move(reader);
 }
-
-TableReader::~TableReader() { KSV_FileClose(file_); }
 
 std::optional<uint32_t> TableReader::nextNumber() {
   auto c = skipToDigit();
@@ -90,8 +81,7 @@ bool TableReader::fillBuffer() {
     position_ = 0;
   }
   if (wanted > 0) {
-    const int32_t count = static_cast<int32_t>(wanted);
-    if (KSV_FileRead(buffer_ + held_, 1, count, file_) != count) return false;
+    if (file_.read(buffer_ + held_, wanted) != wanted) return false;
     held_ += wanted;
     unread_ -= wanted;
   }

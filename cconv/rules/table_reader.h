@@ -2,12 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "cconv/rules/code_table.h"
+#include "common/platform.h"
 
 namespace ksv {
 
@@ -17,10 +17,10 @@ namespace ksv {
 // two characters behind it.
 class TableReader {
  public:
-  // Null when the file cannot be opened or its size cannot be had.
+  // Null when the file cannot be opened or its size cannot be had. The error says why, 0
+  // where there is no such file.
   static std::unique_ptr<TableReader> open(const std::string& path, TextEncodingKind kind,
-                                           bool bigEndian);
-  ~TableReader();
+                                           bool bigEndian, platform::SystemError* error = nullptr);
   TableReader(const TableReader&) = delete;
   TableReader& operator=(const TableReader&) = delete;
 
@@ -28,12 +28,18 @@ class TableReader {
   // is dropped.
   std::optional<uint32_t> nextNumber();
 
+  // Why there are no more numbers; 0 where the text ended, or ended to make sense.
+  platform::SystemError error() const { return file_.error(); }
+
  private:
   static constexpr uint32_t kBufferSize = 16384;
   static constexpr uint32_t kRefillPosition = 8192;
 
-  TableReader(FILE* file, int64_t size, TextEncodingKind kind, bool bigEndian)
-      : file_(file), unread_(size), kind_(kind), bigEndian_(bigEndian) {}
+  TableReader(const std::string& path, TextEncodingKind kind, bool bigEndian)
+      : file_(path.c_str(), platform::InputFile::Takes::kRegularFile),
+        unread_(file_.size()),
+        kind_(kind),
+        bigEndian_(bigEndian) {}
 
   std::optional<uint32_t> nextChar();
   void stepBack();
@@ -42,7 +48,7 @@ class TableReader {
   std::optional<uint32_t> readUnitOfFile(uint32_t width);
   bool fillBuffer();
 
-  FILE* file_;
+  platform::InputFile file_;
   int64_t unread_;  // bytes of the file that are not in the buffer yet
   TextEncodingKind kind_;
   bool bigEndian_;

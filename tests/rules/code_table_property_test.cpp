@@ -73,7 +73,7 @@ class RandomTable {
   explicit RandomTable(uint32_t seed) : random_(seed) {
     valueBytes_ = static_cast<uint16_t>(pick(7));
     table_ = tableOf("table.txt", kUtf16Little, CodeTable::kFirstColumn, valueBytes_);
-    table_->loaded = true;
+    table_->state = CodeTable::State::kLoaded;
     reference_ = std::make_unique<ReferenceTable>(valueBytes_);
     const uint32_t sizes[] = {1, 2, 3, 16, 17, 256, 4096, 65535};
     blockSize_ = sizes[pick(std::size(sizes))];
@@ -150,7 +150,7 @@ TEST(CodeTableProperty, answers_as_a_list_of_blocks_would) {
 TEST(CodeTableProperty, finds_every_one_of_many_keys_on_all_planes) {
   std::mt19937 random(testSeed());
   auto table = tableOf("table.txt");
-  table->loaded = true;
+  table->state = CodeTable::State::kLoaded;
   std::map<uint32_t, uint32_t> expected;
   for (int i = 0; i < 200000; ++i) {
     // Four-byte codes as the Chinese encodings have them, and all of Unicode.

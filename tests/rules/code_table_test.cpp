@@ -10,7 +10,7 @@ constexpr uint32_t kBlock = 4096;
 
 std::unique_ptr<CodeTable> loadedTable(uint16_t valueBytes = 4) {
   auto table = tableOf("table.txt", kUtf16Little, CodeTable::kFirstColumn, valueBytes);
-  table->loaded = true;
+  table->state = CodeTable::State::kLoaded;
   return table;
 }
 
@@ -40,7 +40,7 @@ TEST(CodeTableLookup, in_an_unloaded_table_gives_the_key_itself) {
   }
   EXPECT_TRUE(tableInsert(*table, 5, 6, kBlock));
   EXPECT_EQ(lookUp(*table, 5), (Answer{true, 5})) << "until it is loaded";
-  table->loaded = true;
+  table->state = CodeTable::State::kLoaded;
   EXPECT_EQ(lookUp(*table, 5), (Answer{true, 6}));
 }
 
@@ -324,7 +324,7 @@ TEST_F(TableLoading, of_no_table_fails) { EXPECT_FALSE(ensureTableLoaded(nullptr
 
 TEST_F(TableLoading, of_a_loaded_table_does_nothing) {
   auto table = tableOf("missing.txt");
-  table->loaded = true;
+  table->state = CodeTable::State::kLoaded;
   EXPECT_TRUE(ensureTableLoaded(table.get()));
   EXPECT_EQ(table->loadAttempts, -1);
   EXPECT_FALSE(directory_.has("missing.cmp"));

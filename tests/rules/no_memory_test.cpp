@@ -3,6 +3,7 @@
 #include <new>
 
 #include "cconv/rules/rule_loader.h"
+#include "common/faults.h"
 #include "ksv_cconv.h"
 #include "tests/rules/support.h"
 
@@ -100,11 +101,13 @@ TEST_F(NoMemory, skips_a_rule_file_and_leaves_nothing_of_it_half_entered) {
   int failures = 0;
   for (int count = 0; count < 10000; ++count) {
     ASSERT_EQ(startProcess(), 1);
+    const uint64_t faults = faultCount();
     allocationsLeft = count;
     const int loaded = cconvLoadRule();
     allocationsLeft = -1;
     const int charsets = ruleBase.lists->charsets().count();
     EXPECT_EQ(loaded, charsets > 0 ? 1 : 0) << count;
+    EXPECT_EQ(faultCount() > faults, charsets < 3) << count << ": what is left out is noted";
     expectConsistent();
     // With memory the rest is loaded.
     EXPECT_EQ(cconvLoadRule(), 1);
@@ -124,9 +127,15 @@ TEST_F(NoMemory, ends_the_filling_of_a_table_and_gives_up_the_lock) {
   for (int count = 0; count < 1000; ++count) {
     for (const char* file : {"t.cmp", "t.cmp.tmp"}) std::filesystem::remove(directory_.path(file));
     auto table = tableOf("t.txt");
+    const uint64_t faults = faultCount();
     allocationsLeft = count;
     ensureTableLoaded(table.get());
     allocationsLeft = -1;
+    EXPECT_EQ(faultCount() > faults, table->isCutShort) << count;
+    EXPECT_TRUE(table->isCutShort || mapsAll(*table, pairs_)) << count;
+    if (directory_.has("t.cmp")) {
+      EXPECT_EQ(directory_.read("t.cmp"), compiledBytes(pairs_)) << count;
+    }
     EXPECT_EQ(lockMutex(), 1) << count;
     EXPECT_NE(unlockMutex(), 0);
     EXPECT_EQ(unlockMutex(), 0) << count;
@@ -149,7 +158,7 @@ TEST(NoMemoryForValues, leaves_a_table_as_it_was) {
   int failures = 0;
   for (int count = 0; count < 100; ++count) {
     auto table = tableOf("t.txt");
-    table->loaded = true;
+    table->state = CodeTable::State::kLoaded;
     ASSERT_TRUE(tableInsert(*table, 5, 6, 16));
     for (const uint32_t key : {0x10005u, 0x81308130u, 0xFFFFFFu}) {
       allocationsLeft = count;

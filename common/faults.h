@@ -1,0 +1,43 @@
+// System errors that calls must not speak of. Many exported calls take a file that cannot be
+// read for one that is not there, and memory that cannot be had for the end of a list. So that
+// nobody has to rest on such an answer, each error is noted here with its cause; whoever
+// converts a user's text looks here before the result takes the place of the original.
+//
+// Noting never fails, allocates nothing and waits for nobody. Any thread may call any of
+// these.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "common/platform.h"
+
+namespace ksv {
+
+enum class FaultSubject : uint8_t {
+  kCharsetDirectory,  // could not be listed
+  kRuleFile,          // could not be read
+  kCodeTable,         // could not be read
+  kMemory             // was not to be had, for what the path names or where it is empty for any
+};
+
+struct Fault {
+  FaultSubject subject;
+  std::string path;
+  platform::SystemError error;
+};
+
+// Notes an error other than 0. A path of 512 bytes or more is cut.
+void noteFault(FaultSubject subject, std::string_view path, platform::SystemError error) noexcept;
+// The same for memory.
+void noteNoMemory(std::string_view path) noexcept;
+
+// How many have been noted since the process began.
+uint64_t faultCount() noexcept;
+
+// The first that was noted behind so many. Only the latest 64 are kept: it may be a later one.
+// Call it when there are more.
+Fault faultBehind(uint64_t count);
+
+}  // namespace ksv
