@@ -50,6 +50,10 @@ constexpr char kFooter[] =
     "byte-order mark included. A file is written under a passing name and takes its place\n"
     "when it is complete; standard output keeps what was converted before.\n"
     "\n"
+    "--in-place keeps owner, permissions, times and extended attributes, and leaves a file\n"
+    "alone that stays the same. It replaces no backup that is there already, and no file\n"
+    "with several names (hard links). A symbolic link is followed to its file.\n"
+    "\n"
     "Exit status: 0 all well, 1 at least one input failed, 2 wrong usage.";
 
 struct Arguments {
@@ -59,6 +63,7 @@ struct Arguments {
   std::string outputFile;
   std::string outputDirectory;
   std::string inPlace;
+  bool touches = false;
   std::string newline = "keep";
   bool mark = false;
   std::string byteOrder;
@@ -85,6 +90,7 @@ struct GivenOptions {
 OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
   if (given.outputFile + given.outputDirectory + given.inPlace > 1)
     throw UsageError("of -o, --output-dir and --in-place only one can be given");
+  if (arguments.touches && !given.inPlace) throw UsageError("--touch is for --in-place only");
   if (given.outputFile && arguments.inputs.size() > 1)
     throw UsageError("-o takes one input; --output-dir takes several");
   const bool readsStandardInput = std::find(arguments.inputs.begin(), arguments.inputs.end(),
@@ -96,10 +102,11 @@ OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
   if (given.outputFile && arguments.outputFile != kStandardStream)
     return {OutputPlan::Kind::kFile, arguments.outputFile, ""};
   if (!given.inPlace) return {};
-  if (arguments.inPlace == kNoSuffix) return {OutputPlan::Kind::kInPlace, "", ""};
+  if (arguments.inPlace == kNoSuffix)
+    return {OutputPlan::Kind::kInPlace, "", "", !arguments.touches};
   if (arguments.inPlace.find_first_of("/\\") != std::string::npos)
     throw UsageError("the suffix of --in-place holds a path separator");
-  return {OutputPlan::Kind::kInPlace, "", arguments.inPlace};
+  return {OutputPlan::Kind::kInPlace, "", arguments.inPlace, !arguments.touches};
 }
 
 CharsetChoice findSource(const CharsetNames& names, const std::string& name) {
@@ -253,6 +260,8 @@ void addPlaceOptions(CLI::App& job, Arguments& arguments) {
       ->type_name("DIR");
   job.add_flag(std::string("--in-place{") + kNoSuffix + "}", arguments.inPlace,
                "Replace each input; with SUFFIX the original is kept under its name and SUFFIX");
+  job.add_flag("--touch", arguments.touches,
+               "With --in-place: the time of a converted file becomes the present one");
 }
 
 }  // namespace
