@@ -117,6 +117,10 @@ void createDirectories(const std::string& path);
 std::string joinPath(const std::string& directory, const std::string& name);
 std::string lastComponent(const std::string& path);
 
+// Whether a backslash parts the components of the paths of this system. Otherwise it is
+// a character of names.
+bool backslashSeparates();
+
 // Equal for two paths that can be seen to name one place, whether or not a file is
 // there.
 std::string placeKey(const std::string& path);

@@ -140,6 +140,8 @@ std::string lastComponent(const std::string& path) {
   return std::filesystem::path(path).filename().string();
 }
 
+bool backslashSeparates() { return false; }
+
 std::string placeKey(const std::string& path) { return path; }
 
 }  // namespace ksv_cli::platform

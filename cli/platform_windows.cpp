@@ -713,6 +713,8 @@ std::string lastComponent(const std::string& path) {
   return path.substr(directoryLength(path, "/\\"));
 }
 
+bool backslashSeparates() { return true; }
+
 // Without regard to case, to dots on the way, and to the separator.
 std::string placeKey(const std::string& path) {
   std::optional<std::wstring> units = utf16Of(path);

@@ -132,11 +132,11 @@ DetectedText openAndDetect(const std::string& input, const char* language) {
   return detectStream(std::move(source), language);
 }
 
-Detection detectInput(const std::string& input, const char* language) {
+std::optional<Detection> detectUnlessEmpty(const std::string& input, const char* language) {
   const std::optional<Detection> detection = detectInPlace(input, language);
-  if (detection) return *detection;
+  if (detection) return detection;
   const DetectedText text = detectStream(openInput(input), language);
-  if (text.isEmpty) throw Failure("is empty");
+  if (text.isEmpty) return std::nullopt;
   return text.detection;
 }
 
