@@ -4,6 +4,8 @@
 #include <iterator>
 #include <utility>
 
+#include "name_matching.h"
+
 namespace ksv_cli {
 namespace {
 
@@ -16,14 +18,6 @@ struct Alias {
 constexpr Alias kAliases[] = {
 #include "charset_aliases.inc"
 };
-
-// Only A to Z have a case, whatever the locale.
-std::string lowered(std::string_view name) {
-  std::string result(name);
-  for (char& c : result)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return result;
-}
 
 UnicodeForm formOf(std::string_view lowerName) {
   if (lowerName == "utf-8") return UnicodeForm::kUtf8;
@@ -63,12 +57,24 @@ constexpr ReadOnlyEncoding kReadOnly[] = {
 constexpr char kMailCharset[] = "iso-2022-jp";
 constexpr char kMailCharsetWithKana[] = "iso-2022-jp-kana";
 
-bool isNameOf(const std::string& wanted, const char* charset) {
-  if (lowered(charset) == wanted) return true;
+bool isNameOf(std::string_view name, const char* charset) {
+  const std::string wanted = foldedName(name);
+  if (foldedName(charset) == wanted) return true;
   return std::any_of(std::begin(kAliases), std::end(kAliases), [&](const Alias& row) {
-    return lowered(row.alias) == wanted && std::string_view(row.charset) == charset;
+    return foldedName(row.alias) == wanted && std::string_view(row.charset) == charset;
   });
 }
+
+// What other programs take behind the name of a charset.
+struct Suffix {
+  const char* text;
+  const char* instead;
+};
+constexpr Suffix kSuffixes[] = {
+    {"//translit",
+     "'ksv convert --unmappable replace' writes a replacement for what the charset lacks"},
+    {"//ignore", "'ksv convert --invalid skip' leaves out what is invalid"},
+};
 
 }  // namespace
 
@@ -82,29 +88,38 @@ bool CharsetNames::holds(std::string_view lowerName) const {
          directoryNames_.end();
 }
 
-std::optional<CharsetChoice> CharsetNames::find(std::string_view name) const {
-  const std::string wanted = lowered(name);
-  if (holds(wanted)) return makeChoice(wanted, ByteOrder::kOpen);
+std::optional<CharsetChoice> CharsetNames::findBy(std::string (*key)(std::string_view),
+                                                  std::string_view name) const {
+  const std::string wanted = key(name);
+  if (wanted.empty()) return std::nullopt;
+  for (const std::string& charset : directoryNames_)
+    if (key(charset) == wanted) return makeChoice(charset, ByteOrder::kOpen);
   for (const Alias& row : kAliases) {
     const std::string charset = lowered(row.charset);
-    if (lowered(row.alias) == wanted && holds(charset)) return makeChoice(charset, row.order);
+    if (key(row.alias) == wanted && holds(charset)) return makeChoice(charset, row.order);
   }
+  return std::nullopt;
+}
+
+std::optional<CharsetChoice> CharsetNames::find(std::string_view name) const {
+  std::optional<CharsetChoice> choice = findBy(lowered, name);
+  return choice ? choice : findBy(foldedName, name);
+}
+
+std::optional<CharsetChoice> CharsetNames::findReadOnly(std::string_view name) const {
+  for (const ReadOnlyEncoding& encoding : kReadOnly)
+    if (holds(encoding.through) && isNameOf(name, encoding.name))
+      return CharsetChoice{encoding.name, encoding.name, UnicodeForm::kNone, ByteOrder::kOpen,
+                           encoding.kind};
   return std::nullopt;
 }
 
 std::optional<CharsetChoice> CharsetNames::findSource(std::string_view name) const {
   std::optional<CharsetChoice> choice = find(name);
-  if (choice) {
-    if (choice->name == kMailCharset && holds(kMailCharsetWithKana))
-      choice->name = kMailCharsetWithKana;
-    return choice;
-  }
-  const std::string wanted = lowered(name);
-  for (const ReadOnlyEncoding& encoding : kReadOnly)
-    if (holds(encoding.through) && isNameOf(wanted, encoding.name))
-      return CharsetChoice{encoding.name, encoding.name, UnicodeForm::kNone, ByteOrder::kOpen,
-                           encoding.kind};
-  return std::nullopt;
+  if (!choice) return findReadOnly(name);
+  if (choice->name == kMailCharset && holds(kMailCharsetWithKana))
+    choice->name = kMailCharsetWithKana;
+  return choice;
 }
 
 std::vector<CharsetListing> CharsetNames::list() const {
@@ -117,8 +132,27 @@ std::vector<CharsetListing> CharsetNames::list() const {
   return listings;
 }
 
-std::string unknownCharset(const std::string& name) {
-  return "unknown charset " + name + "; 'ksv charsets' lists them";
+std::vector<std::string> CharsetNames::allNames() const {
+  std::vector<std::string> names;
+  for (const CharsetListing& charset : list()) {
+    names.push_back(charset.display);
+    names.insert(names.end(), charset.aliases.begin(), charset.aliases.end());
+  }
+  return names;
+}
+
+std::string CharsetNames::unknown(const std::string& name) const {
+  std::string instead;
+  for (const Suffix& suffix : kSuffixes)
+    if (lowered(name).find(suffix.text) != std::string::npos)
+      instead += (instead.empty() ? "" : "; ") + std::string(suffix.instead);
+  if (!instead.empty()) return name + " is more than the name of a charset: " + instead;
+
+  std::string meant;
+  for (const std::string& near : nearestNames(name, allNames()))
+    meant += (meant.empty() ? "; did you mean " : " or ") + near;
+  return "unknown charset " + name + meant + (meant.empty() ? "" : "?") +
+         (meant.empty() ? "; " : " ") + "'ksv charsets' lists them";
 }
 
 std::vector<std::string> CharsetNames::aliasesOf(std::string_view lowerName) const {

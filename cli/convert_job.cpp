@@ -15,6 +15,7 @@
 #include "inputs.h"
 #include "jobs.h"
 #include "ksv_cconv.h"
+#include "number_option.h"
 #include "rule_base.h"
 #include "unicode_check.h"
 
@@ -111,7 +112,7 @@ OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
 
 CharsetChoice findSource(const CharsetNames& names, const std::string& name) {
   const std::optional<CharsetChoice> choice = names.findSource(name);
-  if (!choice) throw UsageError(unknownCharset(name));
+  if (!choice) throw UsageError(names.unknown(name));
   return *choice;
 }
 
@@ -119,7 +120,7 @@ CharsetChoice findTarget(const CharsetNames& names, const std::string& name) {
   const std::optional<CharsetChoice> choice = names.find(name);
   if (choice) return *choice;
   if (names.findSource(name)) throw UsageError(name + " can be read, but not written");
-  throw UsageError(unknownCharset(name));
+  throw UsageError(names.unknown(name));
 }
 
 // A character of one to three bytes of UTF-8 is one of the first 65,536.
@@ -219,7 +220,7 @@ int convert(Arguments arguments, const GivenOptions& given) {
   arguments.inputs = inputsNamedBy(arguments.inputs);
   const OutputPlan plan = outputPlan(arguments, given);
   const RuleBase ruleBase;
-  const CharsetNames names(ruleBase.charsets());
+  const CharsetNames names = ruleBase.names();
   const ConversionSettings settings = conversionSettings(arguments, given, names);
   if (given.replacement) checkReplacement(settings, arguments.replacement);
   return convertBatch(settings, names, plan, arguments.inputs, arguments.jobs);
@@ -280,11 +281,9 @@ void addConvertJob(CLI::App& app, int& exitStatus) {
       ->type_name("CHARSET");
   addPlaceOptions(*job, *arguments);
   addCharacterOptions(*job, *arguments);
-  job->add_option("-j,--jobs", arguments->jobs, "Work on N files at once")
-      ->check(CLI::Range(1, 256))
-      ->type_name("N");
+  addJobsOption(*job, arguments->jobs, "Work on N files at once");
   job->add_option("--block-size", arguments->blockSize, "Bytes read at once")
-      ->check(CLI::Range(16, 64 * 1024 * 1024))
+      ->check(numberFrom(16, 64 * 1024 * 1024))
       ->group("");
   job->footer(kFooter);
   job->callback([job, arguments, &exitStatus] {

@@ -11,6 +11,7 @@
 #include "failure.h"
 #include "inputs.h"
 #include "jobs.h"
+#include "number_option.h"
 #include "result_line.h"
 #include "text_detection.h"
 #include "work_list.h"
@@ -122,9 +123,7 @@ void addDetectJob(CLI::App& app, int& exitStatus) {
   job->add_flag("--json", arguments->json, "One JSON object a line");
   job->add_flag("--classic", arguments->classic,
                 "Exactly what the library answers, in the form that programs rely on");
-  job->add_option("-j,--jobs", arguments->jobs, "Work on N files at once")
-      ->check(CLI::Range(1, 256))
-      ->type_name("N");
+  addJobsOption(*job, arguments->jobs, "Work on N files at once");
   job->footer(kFooter);
   job->callback([arguments, &exitStatus] { exitStatus = detect(*arguments); });
 }

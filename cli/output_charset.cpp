@@ -55,8 +55,8 @@ bool hasReplacement(const ConversionSettings& settings) {
 OutputCharset::OutputCharset(const CharsetNames& names, const std::string& name, Lacking lacking) {
   const std::optional<CharsetChoice> target = names.find(name);
   const std::optional<CharsetChoice> source = names.find("UTF-8");
-  if (!target) throw UsageError(unknownCharset(name));
-  if (!source) throw UsageError(unknownCharset("UTF-8"));
+  if (!target) throw UsageError(names.unknown(name));
+  if (!source) throw UsageError(names.unknown("UTF-8"));
   settings_.source = *source;
   settings_.target = *target;
   ConvertOptions& options = settings_.options;

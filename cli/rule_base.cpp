@@ -32,4 +32,6 @@ std::vector<std::string> RuleBase::charsets() const {
   return names;
 }
 
+CharsetNames RuleBase::names() const { return CharsetNames(charsets()); }
+
 }  // namespace ksv_cli

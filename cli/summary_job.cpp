@@ -13,6 +13,7 @@
 #include "jobs.h"
 #include "ksv_ole.h"
 #include "named_input.h"
+#include "number_option.h"
 #include "ole_tree.h"
 #include "output_charset.h"
 #include "result_line.h"
@@ -175,7 +176,7 @@ int summarise(const SummaryArguments& arguments) {
   const RuleBase ruleBase;
   const bool isClassic = arguments.form() == ResultForm::kClassic;
   const OutputCharset output(
-      CharsetNames(ruleBase.charsets()), arguments.charset,
+      ruleBase.names(), arguments.charset,
       isClassic ? OutputCharset::Lacking::kIsLeftToLibrary : OutputCharset::Lacking::kIsShown);
   WorkList list(inputs);
   if (arguments.json && !isClassic)
@@ -201,9 +202,7 @@ void addSummaryJob(CLI::App& app, int& exitStatus) {
   job->add_flag("--json", arguments->json, "One JSON object a line, with the properties it has");
   job->add_flag("--classic", arguments->classic,
                 "Exactly what the library answers, in the form that programs rely on");
-  job->add_option("-j,--jobs", arguments->jobs, "Work on N documents at once")
-      ->check(CLI::Range(1, 256))
-      ->type_name("N");
+  addJobsOption(*job, arguments->jobs, "Work on N documents at once");
   job->footer(
       "Each document is a line with its name and a line for each property that it has: title,\n"
       "subject, author, keywords, comments, category, manager, company, created, last saved,\n"
