@@ -1,7 +1,7 @@
 #include "charset_names.h"
 
 #include <algorithm>
-#include <iterator>
+#include <set>
 #include <utility>
 
 #include "name_matching.h"
@@ -9,13 +9,13 @@
 namespace ksv_cli {
 namespace {
 
-struct Alias {
+struct UsualAlias {
   const char* alias;
   const char* charset;
   ByteOrder order;
 };
 
-constexpr Alias kAliases[] = {
+constexpr UsualAlias kUsualAliases[] = {
 #include "charset_aliases.inc"
 };
 
@@ -27,20 +27,8 @@ UnicodeForm formOf(std::string_view lowerName) {
   return UnicodeForm::kNone;
 }
 
-// The directory knows its charsets by lower-case names; the usual spelling
-// stands with the aliases.
-std::string displayName(const std::string& lowerName) {
-  for (const Alias& row : kAliases)
-    if (lowered(row.charset) == lowerName) return row.charset;
-  return lowerName;
-}
-
 CharsetKind kindOf(std::string_view lowerName) {
   return lowerName.starts_with("iso-2022-jp") ? CharsetKind::kIso2022 : CharsetKind::kCharset;
-}
-
-CharsetChoice makeChoice(const std::string& lowerName, ByteOrder order) {
-  return {lowerName, displayName(lowerName), formOf(lowerName), order, kindOf(lowerName)};
 }
 
 // What the library reads by way of a charset of the directory.
@@ -57,14 +45,6 @@ constexpr ReadOnlyEncoding kReadOnly[] = {
 constexpr char kMailCharset[] = "iso-2022-jp";
 constexpr char kMailCharsetWithKana[] = "iso-2022-jp-kana";
 
-bool isNameOf(std::string_view name, const char* charset) {
-  const std::string wanted = foldedName(name);
-  if (foldedName(charset) == wanted) return true;
-  return std::any_of(std::begin(kAliases), std::end(kAliases), [&](const Alias& row) {
-    return foldedName(row.alias) == wanted && std::string_view(row.charset) == charset;
-  });
-}
-
 // What other programs take behind the name of a charset.
 struct Suffix {
   const char* text;
@@ -78,9 +58,32 @@ constexpr Suffix kSuffixes[] = {
 
 }  // namespace
 
-CharsetNames::CharsetNames(std::vector<std::string> directoryNames)
-    : directoryNames_(std::move(directoryNames)) {
+CharsetNames::CharsetNames(std::vector<std::string> directoryNames,
+                           std::vector<CharsetAlias> aliases)
+    : directoryNames_(std::move(directoryNames)), aliases_(std::move(aliases)) {
   for (std::string& name : directoryNames_) name = lowered(name);
+  for (const UsualAlias& row : kUsualAliases)
+    aliases_.push_back({row.alias, row.charset, row.order});
+}
+
+// The directory knows its charsets by lower-case names; the usual spelling
+// stands with the aliases.
+std::string CharsetNames::displayName(const std::string& lowerName) const {
+  for (const CharsetAlias& row : aliases_)
+    if (lowered(row.charset) == lowerName) return row.charset;
+  return lowerName;
+}
+
+CharsetChoice CharsetNames::makeChoice(const std::string& lowerName, ByteOrder order) const {
+  return {lowerName, displayName(lowerName), formOf(lowerName), order, kindOf(lowerName)};
+}
+
+bool CharsetNames::isNameOf(std::string_view name, const char* charset) const {
+  const std::string wanted = foldedName(name);
+  if (foldedName(charset) == wanted) return true;
+  return std::any_of(aliases_.begin(), aliases_.end(), [&](const CharsetAlias& row) {
+    return foldedName(row.alias) == wanted && row.charset == charset;
+  });
 }
 
 bool CharsetNames::holds(std::string_view lowerName) const {
@@ -94,7 +97,7 @@ std::optional<CharsetChoice> CharsetNames::findBy(std::string (*key)(std::string
   if (wanted.empty()) return std::nullopt;
   for (const std::string& charset : directoryNames_)
     if (key(charset) == wanted) return makeChoice(charset, ByteOrder::kOpen);
-  for (const Alias& row : kAliases) {
+  for (const CharsetAlias& row : aliases_) {
     const std::string charset = lowered(row.charset);
     if (key(row.alias) == wanted && holds(charset)) return makeChoice(charset, row.order);
   }
@@ -155,11 +158,15 @@ std::string CharsetNames::unknown(const std::string& name) const {
          (meant.empty() ? "; " : " ") + "'ksv charsets' lists them";
 }
 
+// A name that the directory brings, and the usual ones as well, is listed once.
 std::vector<std::string> CharsetNames::aliasesOf(std::string_view lowerName) const {
   std::vector<std::string> aliases;
-  for (const Alias& row : kAliases)
-    if (lowered(row.charset) == lowerName && !holds(lowered(row.alias)))
-      aliases.emplace_back(row.alias);
+  std::set<std::string> taken;
+  for (const CharsetAlias& row : aliases_) {
+    const bool isFirst = taken.insert(lowered(row.alias)).second;
+    if (isFirst && lowered(row.charset) == lowerName && !holds(lowered(row.alias)))
+      aliases.push_back(row.alias);
+  }
   return aliases;
 }
 

@@ -32,6 +32,13 @@ struct CharsetChoice {
   bool hasByteOrder() const { return form != UnicodeForm::kNone && form != UnicodeForm::kUtf8; }
 };
 
+// Another name of a charset.
+struct CharsetAlias {
+  std::string alias;
+  std::string charset;  // in its usual spelling
+  ByteOrder order;      // the one that the alias fixes
+};
+
 struct CharsetListing {
   std::string display;
   std::vector<std::string> aliases;
@@ -40,8 +47,10 @@ struct CharsetListing {
 
 class CharsetNames {
  public:
-  // directoryNames: what the charset directory holds, in its order.
-  explicit CharsetNames(std::vector<std::string> directoryNames);
+  // directoryNames: what the charset directory holds, in its order. aliases: those that
+  // it brings, which come before the usual ones.
+  explicit CharsetNames(std::vector<std::string> directoryNames,
+                        std::vector<CharsetAlias> aliases = {});
 
   // By exactly that name but for case, or else by what is left of it without punctuation
   // (foldedName). A name of the directory comes before an alias of the same spelling.
@@ -65,7 +74,12 @@ class CharsetNames {
   std::vector<std::string> allNames() const;
   std::vector<std::string> aliasesOf(std::string_view lowerName) const;
 
+  std::string displayName(const std::string& lowerName) const;
+  CharsetChoice makeChoice(const std::string& lowerName, ByteOrder order) const;
+  bool isNameOf(std::string_view name, const char* charset) const;
+
   std::vector<std::string> directoryNames_;
+  std::vector<CharsetAlias> aliases_;
 };
 
 }  // namespace ksv_cli

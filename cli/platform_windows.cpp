@@ -12,6 +12,7 @@
 
 #include "failure.h"
 #include "in_place.h"
+#include "installed_charsets.h"
 #include "platform.h"
 
 namespace ksv_cli::platform {
@@ -576,6 +577,16 @@ class WindowsTemporaryFile : public TemporaryFile {
   const std::string path_;
 };
 
+// Without a separator at its end; empty when the system does not tell.
+std::string libraryDirectory() {
+  const HMODULE library = ::GetModuleHandleW(L"ksv_comm.dll");
+  if (library == nullptr) return "";
+  const std::wstring file = written(
+      [&](wchar_t* buffer, DWORD size) { return ::GetModuleFileNameW(library, buffer, size); });
+  const size_t length = directoryLength(file, kSeparators);
+  return length == 0 ? "" : utf8Of(file.substr(0, length - 1));
+}
+
 std::unique_ptr<PendingFile> pendingFile(const std::string& path, std::optional<InPlace> inPlace) {
   const DWORD attributes = ::GetFileAttributesW(systemPath(path).c_str());
   const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
@@ -701,6 +712,34 @@ void createDirectories(const std::string& path) {
   if (!units) fail(std::errc::illegal_byte_sequence);
   createOneAfterAnother(*units);
   if (fileFacts(path).kind != FileKind::kDirectory) fail(std::errc::not_a_directory);
+}
+
+std::vector<std::string> filesIn(const std::string& directory) {
+  if (fileFacts(directory).kind != FileKind::kDirectory) fail(ERROR_PATH_NOT_FOUND);
+  const std::string all = joinPath(directory, "*");
+  std::vector<std::string> names;
+  for (const std::string& file : filesNamedBy(all))
+    if (file != all) names.push_back(lastComponent(file));
+  return names;
+}
+
+bool namesHaveNoCase() { return true; }
+
+std::vector<std::string> configurationDirectories() {
+  std::vector<std::string> directories;
+  if (const std::string own = environmentValue("APPDATA"); !own.empty()) directories.push_back(own);
+  if (const std::string library = libraryDirectory(); !library.empty())
+    directories.push_back(library);
+  return directories;
+}
+
+std::vector<std::string> installedCharsetDirectories() {
+  const std::string library = libraryDirectory();
+  std::vector<std::string> directories;
+  if (library.empty()) return directories;
+  for (const char* relative : kCharsetsFromLibrary)
+    directories.push_back(joinPath(library, relative));
+  return directories;
 }
 
 std::string joinPath(const std::string& directory, const std::string& name) {

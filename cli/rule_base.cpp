@@ -1,5 +1,10 @@
 #include "rule_base.h"
 
+#include <optional>
+#include <utility>
+
+#include "alias_file.h"
+#include "charset_directory.h"
 #include "ksv_cconv.h"
 #include "platform.h"
 
@@ -32,6 +37,12 @@ std::vector<std::string> RuleBase::charsets() const {
   return names;
 }
 
-CharsetNames RuleBase::names() const { return CharsetNames(charsets()); }
+CharsetNames RuleBase::names() const {
+  std::vector<CharsetAlias> aliases;
+  if (const std::optional<std::string> directory = charsetDirectory())
+    for (AliasLine& line : readAliases(*directory).aliases)
+      aliases.push_back(std::move(line.alias));
+  return CharsetNames(charsets(), std::move(aliases));
+}
 
 }  // namespace ksv_cli
