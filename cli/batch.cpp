@@ -82,8 +82,7 @@ class StandardOutputResult : public Result {
 // A device or a pipe is written to as it is; anything else is replaced whole.
 class FileResult : public Result {
  public:
-  FileResult(const std::string& path, std::string backup)
-      : Result(path), backup_(std::move(backup)) {
+  explicit FileResult(const std::string& path) : Result(path) {
     guarded([&] {
       if (platform::fileFacts(path).kind == FileKind::kOther)
         special_ = platform::openSpecialOutput(path);
@@ -97,11 +96,23 @@ class FileResult : public Result {
     (special_ ? *special_ : *pending_).write(bytes, size);
   }
   void takePlace() override {
-    if (pending_) pending_->commit(backup_);
+    if (pending_) pending_->commit();
   }
 
-  std::string backup_;
   std::unique_ptr<ByteSink> special_;
+  std::unique_ptr<platform::PendingFile> pending_;
+};
+
+class InPlaceResult : public Result {
+ public:
+  InPlaceResult(const std::string& path, const platform::InPlace& how) : Result(path) {
+    guarded([&] { pending_ = platform::PendingFile::createInPlace(path, how); });
+  }
+
+ private:
+  void writeBytes(const uint8_t* bytes, size_t size) override { pending_->write(bytes, size); }
+  void takePlace() override { pending_->commit(); }
+
   std::unique_ptr<platform::PendingFile> pending_;
 };
 
@@ -172,10 +183,11 @@ class Batch {
 
   void convertOne(size_t index) {
     const std::string& input = inputs_[index];
-    refuseUnfitInput(input);
+    const FileFacts facts = inputFacts(input);
+    refuseUnfitInput(facts);
     ConversionSettings settings = index == 0 ? first_ : others_;
     auto source = std::make_unique<MeteredSource>(openText(input, settings), list_.console());
-    const std::unique_ptr<Result> result = openResult(index);
+    const std::unique_ptr<Result> result = openResult(index, facts);
     convertText(settings, *source, *result);
     source.reset();  // not every system replaces a file that is open
     result->complete();
@@ -191,8 +203,7 @@ class Batch {
     return std::move(text.source);
   }
 
-  void refuseUnfitInput(const std::string& input) const {
-    const FileFacts facts = inputFacts(input);
+  void refuseUnfitInput(const FileFacts& facts) const {
     if (plan_.kind == OutputPlan::Kind::kInPlace && facts.kind == FileKind::kOther)
       throw Failure("is not a regular file");
     if (plan_.kind == OutputPlan::Kind::kStandardOutput && facts.kind == FileKind::kRegular &&
@@ -200,12 +211,16 @@ class Batch {
       throw Failure("is standard output as well");
   }
 
-  std::unique_ptr<Result> openResult(size_t index) {
+  // facts: of the input before it was opened.
+  std::unique_ptr<Result> openResult(size_t index, const FileFacts& facts) {
     if (plan_.kind == OutputPlan::Kind::kStandardOutput)
       return std::make_unique<StandardOutputResult>(list_.standardOutput(), index);
     const std::string& input = inputs_[index];
+    if (plan_.kind != OutputPlan::Kind::kInPlace)
+      return std::make_unique<FileResult>(outputPath(input));
     const std::string backup = plan_.backupSuffix.empty() ? "" : input + plan_.backupSuffix;
-    return std::make_unique<FileResult>(outputPath(input), backup);
+    return std::make_unique<InPlaceResult>(input,
+                                           platform::InPlace{facts, backup, plan_.keepsTimes});
   }
 
   ConversionSettings first_;

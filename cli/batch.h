@@ -15,6 +15,7 @@ struct OutputPlan {
   Kind kind = Kind::kStandardOutput;
   std::string path;          // of the file or the directory
   std::string backupSuffix;  // for kInPlace; empty: the original is not kept
+  bool keepsTimes = true;    // for kInPlace
 };
 
 // names: where a text is to be detected, that is, where settings name no source, the

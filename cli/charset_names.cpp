@@ -1,29 +1,23 @@
 #include "charset_names.h"
 
 #include <algorithm>
-#include <iterator>
+#include <set>
 #include <utility>
+
+#include "name_matching.h"
 
 namespace ksv_cli {
 namespace {
 
-struct Alias {
+struct UsualAlias {
   const char* alias;
   const char* charset;
   ByteOrder order;
 };
 
-constexpr Alias kAliases[] = {
+constexpr UsualAlias kUsualAliases[] = {
 #include "charset_aliases.inc"
 };
-
-// Only A to Z have a case, whatever the locale.
-std::string lowered(std::string_view name) {
-  std::string result(name);
-  for (char& c : result)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return result;
-}
 
 UnicodeForm formOf(std::string_view lowerName) {
   if (lowerName == "utf-8") return UnicodeForm::kUtf8;
@@ -33,20 +27,8 @@ UnicodeForm formOf(std::string_view lowerName) {
   return UnicodeForm::kNone;
 }
 
-// The directory knows its charsets by lower-case names; the usual spelling
-// stands with the aliases.
-std::string displayName(const std::string& lowerName) {
-  for (const Alias& row : kAliases)
-    if (lowered(row.charset) == lowerName) return row.charset;
-  return lowerName;
-}
-
 CharsetKind kindOf(std::string_view lowerName) {
   return lowerName.starts_with("iso-2022-jp") ? CharsetKind::kIso2022 : CharsetKind::kCharset;
-}
-
-CharsetChoice makeChoice(const std::string& lowerName, ByteOrder order) {
-  return {lowerName, displayName(lowerName), formOf(lowerName), order, kindOf(lowerName)};
 }
 
 // What the library reads by way of a charset of the directory.
@@ -63,18 +45,45 @@ constexpr ReadOnlyEncoding kReadOnly[] = {
 constexpr char kMailCharset[] = "iso-2022-jp";
 constexpr char kMailCharsetWithKana[] = "iso-2022-jp-kana";
 
-bool isNameOf(const std::string& wanted, const char* charset) {
-  if (lowered(charset) == wanted) return true;
-  return std::any_of(std::begin(kAliases), std::end(kAliases), [&](const Alias& row) {
-    return lowered(row.alias) == wanted && std::string_view(row.charset) == charset;
-  });
-}
+// What other programs take behind the name of a charset.
+struct Suffix {
+  const char* text;
+  const char* instead;
+};
+constexpr Suffix kSuffixes[] = {
+    {"//translit",
+     "'ksv convert --unmappable replace' writes a replacement for what the charset lacks"},
+    {"//ignore", "'ksv convert --invalid skip' leaves out what is invalid"},
+};
 
 }  // namespace
 
-CharsetNames::CharsetNames(std::vector<std::string> directoryNames)
-    : directoryNames_(std::move(directoryNames)) {
+CharsetNames::CharsetNames(std::vector<std::string> directoryNames,
+                           std::vector<CharsetAlias> aliases)
+    : directoryNames_(std::move(directoryNames)), aliases_(std::move(aliases)) {
   for (std::string& name : directoryNames_) name = lowered(name);
+  for (const UsualAlias& row : kUsualAliases)
+    aliases_.push_back({row.alias, row.charset, row.order});
+}
+
+// The directory knows its charsets by lower-case names; the usual spelling
+// stands with the aliases.
+std::string CharsetNames::displayName(const std::string& lowerName) const {
+  for (const CharsetAlias& row : aliases_)
+    if (lowered(row.charset) == lowerName) return row.charset;
+  return lowerName;
+}
+
+CharsetChoice CharsetNames::makeChoice(const std::string& lowerName, ByteOrder order) const {
+  return {lowerName, displayName(lowerName), formOf(lowerName), order, kindOf(lowerName)};
+}
+
+bool CharsetNames::isNameOf(std::string_view name, const char* charset) const {
+  const std::string wanted = foldedName(name);
+  if (foldedName(charset) == wanted) return true;
+  return std::any_of(aliases_.begin(), aliases_.end(), [&](const CharsetAlias& row) {
+    return foldedName(row.alias) == wanted && row.charset == charset;
+  });
 }
 
 bool CharsetNames::holds(std::string_view lowerName) const {
@@ -82,29 +91,38 @@ bool CharsetNames::holds(std::string_view lowerName) const {
          directoryNames_.end();
 }
 
-std::optional<CharsetChoice> CharsetNames::find(std::string_view name) const {
-  const std::string wanted = lowered(name);
-  if (holds(wanted)) return makeChoice(wanted, ByteOrder::kOpen);
-  for (const Alias& row : kAliases) {
+std::optional<CharsetChoice> CharsetNames::findBy(std::string (*key)(std::string_view),
+                                                  std::string_view name) const {
+  const std::string wanted = key(name);
+  if (wanted.empty()) return std::nullopt;
+  for (const std::string& charset : directoryNames_)
+    if (key(charset) == wanted) return makeChoice(charset, ByteOrder::kOpen);
+  for (const CharsetAlias& row : aliases_) {
     const std::string charset = lowered(row.charset);
-    if (lowered(row.alias) == wanted && holds(charset)) return makeChoice(charset, row.order);
+    if (key(row.alias) == wanted && holds(charset)) return makeChoice(charset, row.order);
   }
+  return std::nullopt;
+}
+
+std::optional<CharsetChoice> CharsetNames::find(std::string_view name) const {
+  std::optional<CharsetChoice> choice = findBy(lowered, name);
+  return choice ? choice : findBy(foldedName, name);
+}
+
+std::optional<CharsetChoice> CharsetNames::findReadOnly(std::string_view name) const {
+  for (const ReadOnlyEncoding& encoding : kReadOnly)
+    if (holds(encoding.through) && isNameOf(name, encoding.name))
+      return CharsetChoice{encoding.name, encoding.name, UnicodeForm::kNone, ByteOrder::kOpen,
+                           encoding.kind};
   return std::nullopt;
 }
 
 std::optional<CharsetChoice> CharsetNames::findSource(std::string_view name) const {
   std::optional<CharsetChoice> choice = find(name);
-  if (choice) {
-    if (choice->name == kMailCharset && holds(kMailCharsetWithKana))
-      choice->name = kMailCharsetWithKana;
-    return choice;
-  }
-  const std::string wanted = lowered(name);
-  for (const ReadOnlyEncoding& encoding : kReadOnly)
-    if (holds(encoding.through) && isNameOf(wanted, encoding.name))
-      return CharsetChoice{encoding.name, encoding.name, UnicodeForm::kNone, ByteOrder::kOpen,
-                           encoding.kind};
-  return std::nullopt;
+  if (!choice) return findReadOnly(name);
+  if (choice->name == kMailCharset && holds(kMailCharsetWithKana))
+    choice->name = kMailCharsetWithKana;
+  return choice;
 }
 
 std::vector<CharsetListing> CharsetNames::list() const {
@@ -117,15 +135,38 @@ std::vector<CharsetListing> CharsetNames::list() const {
   return listings;
 }
 
-std::string unknownCharset(const std::string& name) {
-  return "unknown charset " + name + "; 'ksv charsets' lists them";
+std::vector<std::string> CharsetNames::allNames() const {
+  std::vector<std::string> names;
+  for (const CharsetListing& charset : list()) {
+    names.push_back(charset.display);
+    names.insert(names.end(), charset.aliases.begin(), charset.aliases.end());
+  }
+  return names;
 }
 
+std::string CharsetNames::unknown(const std::string& name) const {
+  std::string instead;
+  for (const Suffix& suffix : kSuffixes)
+    if (lowered(name).find(suffix.text) != std::string::npos)
+      instead += (instead.empty() ? "" : "; ") + std::string(suffix.instead);
+  if (!instead.empty()) return name + " is more than the name of a charset: " + instead;
+
+  std::string meant;
+  for (const std::string& near : nearestNames(name, allNames()))
+    meant += (meant.empty() ? "; did you mean " : " or ") + near;
+  return "unknown charset " + name + meant + (meant.empty() ? "" : "?") +
+         (meant.empty() ? "; " : " ") + "'ksv charsets' lists them";
+}
+
+// A name that the directory brings, and the usual ones as well, is listed once.
 std::vector<std::string> CharsetNames::aliasesOf(std::string_view lowerName) const {
   std::vector<std::string> aliases;
-  for (const Alias& row : kAliases)
-    if (lowered(row.charset) == lowerName && !holds(lowered(row.alias)))
-      aliases.emplace_back(row.alias);
+  std::set<std::string> taken;
+  for (const CharsetAlias& row : aliases_) {
+    const bool isFirst = taken.insert(lowered(row.alias)).second;
+    if (isFirst && lowered(row.charset) == lowerName && !holds(lowered(row.alias)))
+      aliases.push_back(row.alias);
+  }
   return aliases;
 }
 

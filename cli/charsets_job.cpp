@@ -31,7 +31,7 @@ std::string asText(const CharsetListing& charset) {
 int listCharsets(bool json) {
   const RuleBase ruleBase;
   std::string text;
-  for (const CharsetListing& charset : CharsetNames(ruleBase.charsets()).list())
+  for (const CharsetListing& charset : ruleBase.names().list())
     text += (json ? asJson(charset) : asText(charset)) + "\n";
   return writeResult(text);
 }

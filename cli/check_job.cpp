@@ -8,10 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "escapes.h"
 #include "failure.h"
 #include "inputs.h"
 #include "jobs.h"
 #include "ksv_cconv.h"
+#include "number_option.h"
 #include "result_line.h"
 #include "work_list.h"
 
@@ -23,11 +25,11 @@ constexpr size_t kMostChecked = 1024 * 1024;
 
 constexpr char kFooter[] =
     "FILE is a text; none, or -, is standard input. A line a text, in the order of the\n"
-    "texts: the charset that its byte-order mark, the encoding of its XML declaration or,\n"
-    "without either, its first 2,048 bytes tell (or 'unknown'); declared, where it has an\n"
-    "XML declaration; bom, where it has a byte-order mark; its byte order (big, little);\n"
-    "its most frequent line end (crlf, lf, cr, U+2028, U+2029). They are separated by\n"
-    "tabs, - where there is nothing to tell. Of more than one FILE the path comes first.\n"
+    "texts: its path; the charset that its byte-order mark, the encoding of its XML\n"
+    "declaration or, without either, its first 2,048 bytes tell (or 'unknown'); declared,\n"
+    "where it has an XML declaration; bom, where it has a byte-order mark; its byte order\n"
+    "(big, little); its most frequent line end (crlf, lf, cr, U+2028, U+2029). They are\n"
+    "separated by tabs, - where there is nothing to tell.\n"
     "\n"
     "The first MiB of a text is looked at.\n"
     "\n"
@@ -36,6 +38,7 @@ constexpr char kFooter[] =
 struct Arguments {
   std::vector<std::string> operands;
   bool json = false;
+  bool classic = false;
   size_t jobs = 1;
 };
 
@@ -61,9 +64,8 @@ const char* lineEnd(const EncodingCheckRecord& record) {
   return kNames[record.lineEnd];
 }
 
-std::string asJson(const std::string& path, const EncodingCheckRecord& record) {
-  nlohmann::ordered_json line;
-  line["path"] = path;
+std::string asJson(const std::string& path, const EncodingCheckRecord& record, ResultForm form) {
+  nlohmann::ordered_json line = recordOf(path, form);
   line["charset"] = orNull(record.resultClass == KSV_CHECK_NOTHING ? nullptr : record.name);
   line["declared"] = record.declared != 0;
   line["byteOrderMark"] = record.mark != 0;
@@ -73,28 +75,33 @@ std::string asJson(const std::string& path, const EncodingCheckRecord& record) {
 }
 
 // A declared name may hold anything; on a line of text it takes no part in the layout.
-std::string shownName(const EncodingCheckRecord& record) {
+std::string charsetField(const EncodingCheckRecord& record, ResultForm form) {
   std::string name = record.name;
+  if (form == ResultForm::kFull) return escaped(name, Backslash::kIsDoubled);
   std::replace_if(
       name.begin(), name.end(), [](char c) { return (c >= '\0' && c < ' ') || c == '\x7F'; }, '?');
   return name;
 }
 
-std::string asText(const EncodingCheckRecord& record) {
-  return textLine({shownName(record), record.declared != 0 ? "declared" : "-",
+std::string asText(const EncodingCheckRecord& record, ResultForm form) {
+  return textLine({charsetField(record, form), record.declared != 0 ? "declared" : "-",
                    record.mark != 0 ? "bom" : "-", orHyphen(byteOrder(record)),
                    orHyphen(lineEnd(record))});
 }
 
 int checkAll(const Arguments& arguments) {
   const std::vector<std::string> inputs = inputsNamedBy(arguments.operands);
+  const ResultForm form = arguments.classic ? ResultForm::kClassic : ResultForm::kFull;
+  const bool namesPath = !arguments.classic || inputs.size() > 1;
   WorkList list(inputs);
+  if (arguments.json && !arguments.classic) list.recordFailures();
   return list.run(arguments.jobs, [&](size_t index) {
     list.countWhole(index);
-    const EncodingCheckRecord record = check(inputs[index]);
-    const std::string path = inputs.size() > 1 ? inputs[index] + "\t" : "";
+    const std::string& input = inputs[index];
+    const EncodingCheckRecord record = check(input);
+    const std::string path = namesPath ? nameField(input, form) + "\t" : "";
     list.standardOutput().write(
-        index, arguments.json ? asJson(inputs[index], record) : path + asText(record));
+        index, arguments.json ? asJson(input, record, form) : path + asText(record, form));
   });
 }
 
@@ -105,9 +112,9 @@ void addCheckJob(CLI::App& app, int& exitStatus) {
   auto arguments = std::make_shared<Arguments>();
   job->add_option("FILE", arguments->operands, "The texts")->type_name("");
   job->add_flag("--json", arguments->json, "One JSON object a line");
-  job->add_option("-j,--jobs", arguments->jobs, "Work on N files at once")
-      ->check(CLI::Range(1, 256))
-      ->type_name("N");
+  job->add_flag("--classic", arguments->classic,
+                "Exactly what the library answers, in the form that programs rely on");
+  addJobsOption(*job, arguments->jobs, "Work on N files at once");
   job->footer(kFooter);
   job->callback([arguments, &exitStatus] { exitStatus = checkAll(*arguments); });
 }

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "escapes.h"
 #include "failure.h"
 #include "platform.h"
+#include "result_line.h"
 
 namespace ksv_cli {
 namespace {
@@ -15,9 +17,9 @@ constexpr uint64_t kMebibyte = 1024 * 1024;
 }  // namespace
 
 std::string diagnostic(const std::string& subject, const std::string& reason) {
-  std::string line = "ksv: " + subject + ": " + reason;
+  std::string line = reason;
   std::replace(line.begin(), line.end(), '\n', ' ');
-  return line + "\n";
+  return "ksv: " + shownName(subject) + ": " + escaped(line, Backslash::kStays) + "\n";
 }
 
 int writeResult(const std::string& text) {

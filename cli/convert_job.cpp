@@ -15,6 +15,7 @@
 #include "inputs.h"
 #include "jobs.h"
 #include "ksv_cconv.h"
+#include "number_option.h"
 #include "rule_base.h"
 #include "unicode_check.h"
 
@@ -50,6 +51,10 @@ constexpr char kFooter[] =
     "byte-order mark included. A file is written under a passing name and takes its place\n"
     "when it is complete; standard output keeps what was converted before.\n"
     "\n"
+    "--in-place keeps owner, permissions, times and extended attributes, and leaves a file\n"
+    "alone that stays the same. It replaces no backup that is there already, and no file\n"
+    "with several names (hard links). A symbolic link is followed to its file.\n"
+    "\n"
     "Exit status: 0 all well, 1 at least one input failed, 2 wrong usage.";
 
 struct Arguments {
@@ -59,6 +64,7 @@ struct Arguments {
   std::string outputFile;
   std::string outputDirectory;
   std::string inPlace;
+  bool touches = false;
   std::string newline = "keep";
   bool mark = false;
   std::string byteOrder;
@@ -85,6 +91,7 @@ struct GivenOptions {
 OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
   if (given.outputFile + given.outputDirectory + given.inPlace > 1)
     throw UsageError("of -o, --output-dir and --in-place only one can be given");
+  if (arguments.touches && !given.inPlace) throw UsageError("--touch is for --in-place only");
   if (given.outputFile && arguments.inputs.size() > 1)
     throw UsageError("-o takes one input; --output-dir takes several");
   const bool readsStandardInput = std::find(arguments.inputs.begin(), arguments.inputs.end(),
@@ -96,15 +103,16 @@ OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
   if (given.outputFile && arguments.outputFile != kStandardStream)
     return {OutputPlan::Kind::kFile, arguments.outputFile, ""};
   if (!given.inPlace) return {};
-  if (arguments.inPlace == kNoSuffix) return {OutputPlan::Kind::kInPlace, "", ""};
+  if (arguments.inPlace == kNoSuffix)
+    return {OutputPlan::Kind::kInPlace, "", "", !arguments.touches};
   if (arguments.inPlace.find_first_of("/\\") != std::string::npos)
     throw UsageError("the suffix of --in-place holds a path separator");
-  return {OutputPlan::Kind::kInPlace, "", arguments.inPlace};
+  return {OutputPlan::Kind::kInPlace, "", arguments.inPlace, !arguments.touches};
 }
 
 CharsetChoice findSource(const CharsetNames& names, const std::string& name) {
   const std::optional<CharsetChoice> choice = names.findSource(name);
-  if (!choice) throw UsageError(unknownCharset(name));
+  if (!choice) throw UsageError(names.unknown(name));
   return *choice;
 }
 
@@ -112,7 +120,7 @@ CharsetChoice findTarget(const CharsetNames& names, const std::string& name) {
   const std::optional<CharsetChoice> choice = names.find(name);
   if (choice) return *choice;
   if (names.findSource(name)) throw UsageError(name + " can be read, but not written");
-  throw UsageError(unknownCharset(name));
+  throw UsageError(names.unknown(name));
 }
 
 // A character of one to three bytes of UTF-8 is one of the first 65,536.
@@ -212,7 +220,7 @@ int convert(Arguments arguments, const GivenOptions& given) {
   arguments.inputs = inputsNamedBy(arguments.inputs);
   const OutputPlan plan = outputPlan(arguments, given);
   const RuleBase ruleBase;
-  const CharsetNames names(ruleBase.charsets());
+  const CharsetNames names = ruleBase.names();
   const ConversionSettings settings = conversionSettings(arguments, given, names);
   if (given.replacement) checkReplacement(settings, arguments.replacement);
   return convertBatch(settings, names, plan, arguments.inputs, arguments.jobs);
@@ -253,6 +261,8 @@ void addPlaceOptions(CLI::App& job, Arguments& arguments) {
       ->type_name("DIR");
   job.add_flag(std::string("--in-place{") + kNoSuffix + "}", arguments.inPlace,
                "Replace each input; with SUFFIX the original is kept under its name and SUFFIX");
+  job.add_flag("--touch", arguments.touches,
+               "With --in-place: the time of a converted file becomes the present one");
 }
 
 }  // namespace
@@ -271,11 +281,9 @@ void addConvertJob(CLI::App& app, int& exitStatus) {
       ->type_name("CHARSET");
   addPlaceOptions(*job, *arguments);
   addCharacterOptions(*job, *arguments);
-  job->add_option("-j,--jobs", arguments->jobs, "Work on N files at once")
-      ->check(CLI::Range(1, 256))
-      ->type_name("N");
+  addJobsOption(*job, arguments->jobs, "Work on N files at once");
   job->add_option("--block-size", arguments->blockSize, "Bytes read at once")
-      ->check(CLI::Range(16, 64 * 1024 * 1024))
+      ->check(numberFrom(16, 64 * 1024 * 1024))
       ->group("");
   job->footer(kFooter);
   job->callback([job, arguments, &exitStatus] {

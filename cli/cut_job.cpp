@@ -14,7 +14,9 @@
 #include "failure.h"
 #include "inputs.h"
 #include "jobs.h"
+#include "ksv_cconv.h"
 #include "ksv_cut.h"
+#include "number_option.h"
 #include "platform.h"
 #include "rule_base.h"
 
@@ -57,22 +59,46 @@ constexpr CutRule kRules[] = {
     {"big5-hkscs", "ChineseBIG5"},
     {"koreanksc", "KoreanKSC"},
     {"euc-kr", "KoreanKSC"},
-    {"iso-8859-", "ISO-8859-1"},
 };
 
 // A name without a rule gives the whole text back.
 bool hasRule(const std::string& name) { return CutStr("  ", 1, 0, name.c_str()) == 0; }
 
+// Cuts behind any byte, but not between CR and LF.
+constexpr char kSingleByteRule[] = "ISO-8859-1";
+
+// Whether no byte waits for another: what is no character by itself is none at all.
+bool hasSingleBytesOnly(const CharsetChoice& charset) {
+  if (charset.form != UnicodeForm::kNone || charset.kind != CharsetKind::kCharset) return false;
+  ConverterRecord record{};
+  if (cconvInitConvert(&record, nullptr, "UTF-8") != KSV_STATUS_DONE) return false;
+  uint32_t parameters[3] = {1, 0, 0};
+  if (cconvChgCharset(&record, parameters, charset.name.c_str()) != KSV_STATUS_DONE) return false;
+  for (unsigned value = 0; value < 256; ++value) {
+    const uint8_t byte = static_cast<uint8_t>(value);
+    uint8_t unused[64];
+    ConverterRecord single = record;
+    single.input = &byte;
+    single.inputLength = 1;
+    single.output = unused;
+    single.outputCapacity = sizeof unused;
+    if (cconvConvert(&single) == KSV_STATUS_INCOMPLETE) return false;
+  }
+  return true;
+}
+
 std::string ruleFor(const std::string& name) {
   const RuleBase ruleBase;
-  const std::optional<CharsetChoice> choice = CharsetNames(ruleBase.charsets()).findSource(name);
+  const CharsetNames names = ruleBase.names();
+  const std::optional<CharsetChoice> choice = names.findSource(name);
   if (choice) {
     for (const CutRule& row : kRules)
       if (choice->name.starts_with(row.charset)) return row.rule;
+    if (hasSingleBytesOnly(*choice)) return kSingleByteRule;
     throw UsageError("text in " + choice->display + " cannot be cut");
   }
   if (hasRule(name)) return name;
-  throw UsageError(unknownCharset(name));
+  throw UsageError(names.unknown(name));
 }
 
 std::string leadingPiece(const CutArguments& arguments, const std::string& rule) {
@@ -111,7 +137,7 @@ void addCutJob(CLI::App& app, int& exitStatus) {
       ->type_name("CHARSET");
   job->add_option("-n,--bytes", arguments->bytes, "The most bytes to write")
       ->required()
-      ->check(CLI::NonNegativeNumber)
+      ->check(numberFrom(0, std::numeric_limits<int64_t>::max()))
       ->type_name("BYTES");
   job->footer(
       "No character, escape sequence or CR LF is cut apart; what does not fit whole is left\n"

@@ -4,11 +4,14 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "failure.h"
 #include "inputs.h"
 #include "jobs.h"
+#include "number_option.h"
 #include "result_line.h"
 #include "text_detection.h"
 #include "work_list.h"
@@ -21,7 +24,8 @@ constexpr char kFooter[] =
     "the files: its path, the charsets that fit (joined by commas, or 'undetermined'), the\n"
     "byte order of UTF-16 and UCS-4 (big, little), the line end (crlf, lf, cr, and U+2028\n"
     "and U+2029 where they occur), bom where there is a byte-order mark, and the result\n"
-    "word in hexadecimal; separated by tabs, - where there is nothing to tell.\n"
+    "word in hexadecimal; separated by tabs, - where there is nothing to tell. A file\n"
+    "without bytes is 'empty'.\n"
     "\n"
     "NAME is Japanese, 'Simplified Chinese', 'Traditional Chinese' or Korean: encodings of\n"
     "this language come first where several fit. Any other name prefers none. Without it\n"
@@ -36,6 +40,7 @@ struct Arguments {
   FileList list;
   std::string language;
   bool json = false;
+  bool classic = false;
   size_t jobs = 1;
 };
 
@@ -45,36 +50,61 @@ std::string hexadecimal(uint32_t word) {
   return digits;
 }
 
-std::string asJson(const std::string& path, const Detection& detection) {
-  nlohmann::ordered_json line;
-  line["path"] = path;
+std::string asJson(const std::string& path, const Detection& detection, ResultForm form) {
+  nlohmann::ordered_json line = recordOf(path, form);
   line["encodings"] = detection.charsets();
   line["byteOrder"] = orNull(detection.byteOrder());
   line["lineEnd"] = orNull(detection.lineEnd());
   line["separators"] = detection.separators();
   line["byteOrderMark"] = detection.hasMark();
   line["result"] = hexadecimal(detection.word);
+  if (form == ResultForm::kFull) line["empty"] = false;
   return jsonLine(line);
 }
 
-std::string asText(const std::string& path, const Detection& detection) {
+// A text without bytes has nothing that could be told.
+std::string emptyAsJson(const std::string& path) {
+  nlohmann::ordered_json line = recordOf(path, ResultForm::kFull);
+  line["encodings"] = nlohmann::json::array();
+  line["byteOrder"] = nullptr;
+  line["lineEnd"] = nullptr;
+  line["separators"] = nlohmann::json::array();
+  line["byteOrderMark"] = false;
+  line["result"] = nullptr;
+  line["empty"] = true;
+  return jsonLine(line);
+}
+
+std::string asText(const std::string& path, const Detection& detection, ResultForm form) {
   const std::vector<std::string> charsets = detection.charsets();
   std::vector<std::string> lineEnds = detection.separators();
   if (detection.lineEnd() != nullptr) lineEnds.insert(lineEnds.begin(), detection.lineEnd());
-  return textLine({path, charsets.empty() ? "undetermined" : joinedByCommas(charsets),
+  return textLine({nameField(path, form),
+                   charsets.empty() ? "undetermined" : joinedByCommas(charsets),
                    orHyphen(detection.byteOrder()), joinedByCommas(lineEnds),
                    detection.hasMark() ? "bom" : "-", hexadecimal(detection.word)});
 }
 
+std::string emptyAsText(const std::string& path) {
+  return textLine({shownName(path), "empty", "-", "-", "-", "-"});
+}
+
+std::string resultOf(const std::string& input, const Arguments& arguments) {
+  const char* language = arguments.language.empty() ? nullptr : arguments.language.c_str();
+  const std::optional<Detection> detection = detectUnlessEmpty(input, language);
+  if (!detection && arguments.classic) throw Failure("is empty");
+  if (!detection) return arguments.json ? emptyAsJson(input) : emptyAsText(input);
+  const ResultForm form = arguments.classic ? ResultForm::kClassic : ResultForm::kFull;
+  return arguments.json ? asJson(input, *detection, form) : asText(input, *detection, form);
+}
+
 int detect(const Arguments& arguments) {
   const std::vector<std::string> inputs = inputsNamedBy(arguments.operands, arguments.list);
-  const char* language = arguments.language.empty() ? nullptr : arguments.language.c_str();
   WorkList list(inputs);
+  if (arguments.json && !arguments.classic) list.recordFailures();
   return list.run(arguments.jobs, [&](size_t index) {
     list.countWhole(index);
-    const Detection detection = detectInput(inputs[index], language);
-    list.standardOutput().write(index, arguments.json ? asJson(inputs[index], detection)
-                                                      : asText(inputs[index], detection));
+    list.standardOutput().write(index, resultOf(inputs[index], arguments));
   });
 }
 
@@ -91,9 +121,9 @@ void addDetectJob(CLI::App& app, int& exitStatus) {
   job->add_option("--language", arguments->language, "The language of the texts")
       ->type_name("NAME");
   job->add_flag("--json", arguments->json, "One JSON object a line");
-  job->add_option("-j,--jobs", arguments->jobs, "Work on N files at once")
-      ->check(CLI::Range(1, 256))
-      ->type_name("N");
+  job->add_flag("--classic", arguments->classic,
+                "Exactly what the library answers, in the form that programs rely on");
+  addJobsOption(*job, arguments->jobs, "Work on N files at once");
   job->footer(kFooter);
   job->callback([arguments, &exitStatus] { exitStatus = detect(*arguments); });
 }

@@ -2,20 +2,35 @@
 #ifndef KSV_CLI_FAILURE_H
 #define KSV_CLI_FAILURE_H
 
+#include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 namespace ksv_cli {
 
-// One input could not be done. The reason goes to standard error behind the name
-// of the input, unless the failure is quiet, and the exit status becomes 1.
+// One input could not be done. what() goes to standard error behind the name of the
+// input, unless the failure is quiet, and the exit status becomes 1.
 class Failure : public std::runtime_error {
  public:
   explicit Failure(const std::string& reason, bool quiet = false)
-      : std::runtime_error(reason), quiet_(quiet) {}
+      : std::runtime_error(reason), reason_(reason), quiet_(quiet) {}
+
+  // Of a place in the input, which what() names as well.
+  static Failure at(uint64_t offset, const std::string& reason) {
+    Failure failure(reason + " (offset " + std::to_string(offset) + ")");
+    failure.reason_ = reason;
+    failure.offset_ = offset;
+    return failure;
+  }
+
   bool quiet() const { return quiet_; }
+  const std::string& reason() const { return reason_; }
+  std::optional<uint64_t> offset() const { return offset_; }
 
  private:
+  std::string reason_;
+  std::optional<uint64_t> offset_;
   bool quiet_;
 };
 

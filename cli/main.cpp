@@ -50,6 +50,7 @@ int run(std::vector<std::string> arguments) {
   addCheckJob(app, exitStatus);
   addCharsetsJob(app, exitStatus);
   addTablesJob(app, exitStatus);
+  addLintJob(app, exitStatus);
   addCutJob(app, exitStatus);
   addSummaryJob(app, exitStatus);
   addOleJob(app, exitStatus);

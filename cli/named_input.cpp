@@ -1,55 +1,39 @@
 #include "named_input.h"
 
 #include <cstdio>
-#include <memory>
 
-#include "failure.h"
 #include "inputs.h"
 #include "ksv_file.h"
-#include "ksv_path.h"
-#include "platform.h"
 
 namespace ksv_cli {
 namespace {
 
-bool copyTo(ByteSource& source, std::FILE* file) {
+bool libraryOpens(const std::string& path) {
+  std::FILE* file = KSV_FileOpen(path.c_str(), "rb");
+  if (file == nullptr) return false;
+  KSV_FileClose(file);
+  return true;
+}
+
+bool hasNameForLibrary(const std::string& input) {
+  if (isStandardStream(input)) return false;
+  return platform::fileFacts(input).kind == platform::FileKind::kRegular && libraryOpens(input);
+}
+
+std::unique_ptr<platform::TemporaryFile> copyOf(ByteSource& source) {
   constexpr size_t kBlock = 64 * 1024;
   const auto buffer = std::make_unique<uint8_t[]>(kBlock);
-  while (const size_t count = source.read(buffer.get(), kBlock)) {
-    const auto size = static_cast<int32_t>(count);
-    if (KSV_FileWrite(buffer.get(), 1, size, file) != size) return false;
-  }
-  return true;
+  auto copy = platform::TemporaryFile::create();
+  while (const size_t count = source.read(buffer.get(), kBlock)) copy->write(buffer.get(), count);
+  return copy;
 }
 
 }  // namespace
 
 NamedInput::NamedInput(const std::string& input) : path_(input) {
-  if (!isStandardStream(input)) {
-    openInput(input);
-    return;
-  }
-  char name[KSV_PATH_SIZE];
-  if (KSV_ASC_tmpnam(name) == nullptr) throw Failure("cannot be copied to a temporary file");
-  path_ = name;
-  isTemporary_ = true;
-  std::FILE* file = KSV_FileOpen(name, "wb");
-  bool isCopied = false;
-  try {
-    isCopied = file != nullptr && copyTo(*openInput(input), file);
-  } catch (const Failure&) {
-    KSV_FileClose(file);
-    KSV_FileRemove(name);
-    throw;
-  }
-  isCopied = KSV_FileClose(file) == 0 && isCopied;
-  if (isCopied) return;
-  KSV_FileRemove(name);
-  throw Failure("cannot be copied to a temporary file");
-}
-
-NamedInput::~NamedInput() {
-  if (isTemporary_) KSV_FileRemove(path_.c_str());
+  if (hasNameForLibrary(input)) return;
+  copy_ = copyOf(*openInput(input));
+  path_ = copy_->finish();
 }
 
 }  // namespace ksv_cli

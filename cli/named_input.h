@@ -2,25 +2,26 @@
 #ifndef KSV_CLI_NAMED_INPUT_H
 #define KSV_CLI_NAMED_INPUT_H
 
+#include <memory>
 #include <string>
+
+#include "platform.h"
 
 namespace ksv_cli {
 
-// An input under a name that can be opened: standard input is copied to a temporary
-// file, which is removed afterwards.
+// An input under a name that the library can open, and read from any place. What has
+// none is copied to a temporary file, which is removed afterwards: standard input,
+// pipes, and files with names that are too long or no UTF-8.
 class NamedInput {
  public:
   // Throws Failure when there is no such file.
   explicit NamedInput(const std::string& input);
-  ~NamedInput();
-  NamedInput(const NamedInput&) = delete;
-  NamedInput& operator=(const NamedInput&) = delete;
 
   const std::string& path() const { return path_; }
 
  private:
+  std::unique_ptr<platform::TemporaryFile> copy_;
   std::string path_;
-  bool isTemporary_ = false;
 };
 
 }  // namespace ksv_cli

@@ -15,6 +15,7 @@
 #include "ole_tree.h"
 #include "platform.h"
 #include "result_line.h"
+#include "unsupported_document.h"
 
 namespace ksv_cli {
 namespace {
@@ -23,6 +24,7 @@ struct OleArguments {
   std::string input;
   std::string path;
   bool json = false;
+  bool classic = false;
 };
 
 // What stands in front of a name in the tree: a line for each storage above it that has
@@ -66,16 +68,17 @@ int list(const OleArguments& arguments) {
   const NamedInput input(arguments.input);
   const auto file = openDocument(input.path());
   const OleTree tree(*file);
-  const std::string title = nameForMessages(arguments.input);
+  const ResultForm form = arguments.classic ? ResultForm::kClassic : ResultForm::kFull;
+  const std::string title = nameField(nameForMessages(arguments.input), form);
   const int status = writeResult(arguments.json ? asJson(tree) : asTree(tree, title));
   if (tree.damage()) {
-    throw Failure("has entries that are linked wrongly (offset " + std::to_string(*tree.damage()) +
-                  ")");
+    throw Failure::at(static_cast<uint64_t>(*tree.damage()), "has entries that are linked wrongly");
   }
   return status;
 }
 
-void copyStream(ksv::CompoundStream& stream) {
+// How many bytes there were.
+uint64_t copyStream(ksv::CompoundStream& stream) {
   constexpr uint32_t kBlock = 256 * 1024;
   const auto buffer = std::make_unique<uint8_t[]>(kBlock);
   const std::unique_ptr<ByteSink> sink = platform::openStandardOutput();
@@ -84,10 +87,7 @@ void copyStream(ksv::CompoundStream& stream) {
     sink->write(buffer.get(), count);
     done += count;
   }
-  if (done < stream.size()) {
-    throw Failure("holds only " + std::to_string(done) + " of " + std::to_string(stream.size()) +
-                  " bytes of that stream");
-  }
+  return done;
 }
 
 int cat(const OleArguments& arguments) {
@@ -98,12 +98,19 @@ int cat(const OleArguments& arguments) {
   if (entry == nullptr) throw Failure("has no stream " + arguments.path);
   if (entry->isStorage) throw Failure(arguments.path + " is a storage");
   const auto stream = ksv::CompoundStream::open(*file, file->directory()[entry->id]);
+  const auto refuseUnsupported = [&] {
+    if (const auto unsupported = unsupportedStream(input.path(), entry->size)) throw *unsupported;
+  };
   if (!stream) {
-    throw Failure("has a damaged stream " + arguments.path + " (offset " +
-                  std::to_string(file->directory().offsetOf(entry->id)) + ")");
+    refuseUnsupported();
+    throw Failure::at(static_cast<uint64_t>(file->directory().offsetOf(entry->id)),
+                      "has a damaged stream " + arguments.path);
   }
-  copyStream(*stream);
-  return kExitDone;
+  const uint64_t done = copyStream(*stream);
+  if (done == stream->size()) return kExitDone;
+  refuseUnsupported();
+  throw Failure("holds only " + std::to_string(done) + " of " + std::to_string(stream->size()) +
+                " bytes of that stream");
 }
 
 int reportingFailures(const OleArguments& arguments,
@@ -113,6 +120,8 @@ int reportingFailures(const OleArguments& arguments,
   } catch (const Failure& failure) {
     if (!failure.quiet()) {
       platform::writeToStandardError(diagnostic(nameForMessages(arguments.input), failure.what()));
+      if (arguments.json && !arguments.classic)
+        writeResult(jsonLine(failureRecord(arguments.input, failure)));
     }
     return kExitFailed;
   }
@@ -122,6 +131,8 @@ void addFile(CLI::App& job, OleArguments& arguments) {
   job.add_option("FILE", arguments.input, "The document; - is standard input")
       ->required()
       ->type_name("");
+  job.add_flag("--classic", arguments.classic,
+               "Exactly what the library answers, in the form that programs rely on");
 }
 
 }  // namespace

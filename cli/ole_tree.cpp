@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "failure.h"
+#include "unsupported_document.h"
 
 namespace ksv_cli {
 namespace {
@@ -75,7 +76,8 @@ std::unique_ptr<ksv::CompoundFile> openDocument(const std::string& path) {
   std::unique_ptr<ksv::CompoundFile> file = ksv::CompoundFile::open(path.c_str(), fault);
   if (file) return file;
   if (fault.reason == nullptr) throw Failure("cannot be opened");
-  throw Failure(std::string(fault.reason) + " (offset " + std::to_string(fault.offset) + ")");
+  if (const auto unsupported = unsupportedFile(path)) throw *unsupported;
+  throw Failure::at(static_cast<uint64_t>(fault.offset), fault.reason);
 }
 
 // What is still to be listed: siblings, of which some have been.

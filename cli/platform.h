@@ -25,8 +25,9 @@ std::string environmentValue(const char* name);
 // without a match stands for itself.
 std::vector<std::string> filesNamedBy(const std::string& operand);
 
-// To be called once, before any thread starts: a closed pipe becomes a write
-// error, and an interrupt removes the temporary files.
+// To be called once, before any thread starts: a closed pipe and a file that grows
+// too large become write errors, and whatever ends the process and can be caught
+// removes the temporary files.
 void prepareProcess();
 
 // Standard streams are binary. Where a console takes characters, UTF-8 is what is
@@ -46,10 +47,18 @@ struct FileFacts {
   uint64_t size = 0;
   uint64_t device = 0;
   uint64_t number = 0;  // of the file on its device
+  uint64_t names = 0;   // hard links
+  // In the system's own count, by which nothing is lost when they are given back.
+  int64_t readTime = 0;
+  int64_t writeTime = 0;
 
   bool isSameFileAs(const FileFacts& other) const {
     return kind != FileKind::kMissing && kind == other.kind && device == other.device &&
            number == other.number;
+  }
+  // Not written to since, as far as that can be seen.
+  bool isSameTextAs(const FileFacts& other) const {
+    return isSameFileAs(other) && size == other.size && writeTime == other.writeTime;
   }
 };
 
@@ -67,25 +76,61 @@ std::unique_ptr<ByteSink> openStandardOutput();
 // Opens a file that is no regular one, such as a device or a pipe, for writing.
 std::unique_ptr<ByteSink> openSpecialOutput(const std::string& path);
 
+// What a file becomes that is converted where it is.
+struct InPlace {
+  FileFacts original;  // as it was before it was read
+  std::string backup;  // the path at which it is kept; empty: it is not. On its volume
+  bool keepsTimes = true;
+};
+
 // A file that comes into being whole or not at all. It is written under a passing
 // name in the directory of its place and takes its place at commit(); without
-// commit() it disappears again.
+// commit() it disappears again. Where it replaces a file, it is safe from a loss of
+// power when commit() returns.
 class PendingFile : public ByteSink {
  public:
   // path: the place; where it is a link, the file that the link leads to. A file
-  // that is there already gives the new one its permissions.
+  // that is there already gives the new one its permissions and attributes.
   static std::unique_ptr<PendingFile> create(const std::string& path);
 
-  // backup: the path at which the file that is there already is kept; empty: it is
-  // not kept. Path and backup are on one volume.
-  virtual void commit(const std::string& backup) = 0;
+  // The same with all that the file at path has: its owner and, when they are to be
+  // kept, its times. Fails where something of it cannot be kept, where it has further
+  // names, which would go on naming the older text, where it has been changed since,
+  // and where there is something at the path of the backup. A file whose bytes stay
+  // the same is left alone, and not kept.
+  static std::unique_ptr<PendingFile> createInPlace(const std::string& path, const InPlace& how);
+
+  virtual void commit() = 0;
+};
+
+// A file in the system's directory for temporary files, which goes with the object.
+class TemporaryFile : public ByteSink {
+ public:
+  static std::unique_ptr<TemporaryFile> create();
+  // Under which others can open it, once nothing more is written.
+  virtual const std::string& finish() = 0;
 };
 
 void createDirectories(const std::string& path);
 
+// The names of the files in a directory, in ascending order. Throws Failure.
+std::vector<std::string> filesIn(const std::string& directory);
+
+// Whether names that differ in case only are one file's.
+bool namesHaveNoCase();
+
+// Where ksv_conf.ini may be, and where the library finds the charset directory that is
+// installed with it; the first to be asked first.
+std::vector<std::string> configurationDirectories();
+std::vector<std::string> installedCharsetDirectories();
+
 // The path of a file of that name in the directory, and the name that a path ends in.
 std::string joinPath(const std::string& directory, const std::string& name);
 std::string lastComponent(const std::string& path);
+
+// Whether a backslash parts the components of the paths of this system. Otherwise it is
+// a character of names.
+bool backslashSeparates();
 
 // Equal for two paths that can be seen to name one place, whether or not a file is
 // there.

@@ -1,123 +1,25 @@
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <atomic>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <random>
 #include <system_error>
 
+#include "descriptor_posix.h"
 #include "failure.h"
+#include "installed_charsets.h"
+#include "ksv_cconv.h"
+#include "pending_file_posix.h"
 #include "platform.h"
+#include "temporary_names_posix.h"
 
 namespace ksv_cli::platform {
 namespace {
-
-// Writes to a pipe that nobody reads any more end the work, but are no news.
-[[noreturn]] void fail(int error) {
-  throw Failure(std::generic_category().message(error), error == EPIPE);
-}
-
-// The passing names that exist at the moment, in a shape that a signal handler
-// may read: a slot is taken, its path is filled in, and then it is armed.
-class TemporaryNames {
- public:
-  static constexpr size_t kNone = static_cast<size_t>(-1);
-
-  size_t add(const std::string& path) {
-    if (path.size() >= kPathSize) return kNone;
-    for (size_t i = 0; i < kSlots; ++i) {
-      int expected = kFree;
-      if (!states_[i].compare_exchange_strong(expected, kTaken)) continue;
-      std::memcpy(paths_[i], path.c_str(), path.size() + 1);
-      states_[i] = kArmed;
-      return i;
-    }
-    return kNone;
-  }
-
-  void forget(size_t slot) {
-    if (slot != kNone) states_[slot] = kFree;
-  }
-
-  void unlinkAll() {
-    for (size_t i = 0; i < kSlots; ++i)
-      if (states_[i] == kArmed) ::unlink(paths_[i]);
-  }
-
- private:
-  static constexpr size_t kSlots = 256;
-  static constexpr size_t kPathSize = 4096;
-  enum { kFree, kTaken, kArmed };
-
-  std::array<std::atomic<int>, kSlots> states_{};
-  char paths_[kSlots][kPathSize];
-};
-
-static_assert(std::atomic<int>::is_always_lock_free);
-
-TemporaryNames temporaryNames;
-mode_t modeOfNewFiles = 0666;
-
-void removeTemporaryFiles(int signalNumber) {
-  temporaryNames.unlinkAll();
-  ::signal(signalNumber, SIG_DFL);
-  ::raise(signalNumber);
-}
-
-void catchUnlessIgnored(int signalNumber) {
-  struct sigaction action {};
-  if (::sigaction(signalNumber, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) return;
-  action.sa_handler = removeTemporaryFiles;
-  sigemptyset(&action.sa_mask);
-  action.sa_flags = 0;
-  ::sigaction(signalNumber, &action, nullptr);
-}
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ > STDERR_FILENO) ::close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  int number() const { return number_; }
-
-  void writeAll(const uint8_t* bytes, size_t size) const {
-    while (size != 0) {
-      const ssize_t count = ::write(number_, bytes, size);
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) fail(errno);
-      bytes += count;
-      size -= static_cast<size_t>(count);
-    }
-  }
-
-  size_t readSome(uint8_t* buffer, size_t size) const {
-    for (;;) {
-      const ssize_t count = ::read(number_, buffer, size);
-      if (count >= 0) return static_cast<size_t>(count);
-      if (errno != EINTR) fail(errno);
-    }
-  }
-
-  void closeChecked() {
-    const int number = number_;
-    number_ = -1;
-    if (::close(number) != 0 && errno != EINTR) fail(errno);
-  }
-
- private:
-  int number_;
-};
 
 int openChecked(const std::string& path, int flags) {
   for (;;) {
@@ -145,6 +47,10 @@ class DescriptorSink : public ByteSink {
   Descriptor descriptor_;
 };
 
+int64_t nanoseconds(const timespec& time) {
+  return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
 FileFacts factsOf(const struct stat& status) {
   FileFacts facts;
   facts.kind = S_ISREG(status.st_mode)   ? FileKind::kRegular
@@ -153,6 +59,9 @@ FileFacts factsOf(const struct stat& status) {
   facts.size = facts.kind == FileKind::kRegular ? static_cast<uint64_t>(status.st_size) : 0;
   facts.device = static_cast<uint64_t>(status.st_dev);
   facts.number = static_cast<uint64_t>(status.st_ino);
+  facts.names = static_cast<uint64_t>(status.st_nlink);
+  facts.readTime = nanoseconds(status.st_atim);
+  facts.writeTime = nanoseconds(status.st_mtim);
   return facts;
 }
 
@@ -160,90 +69,6 @@ FileFacts factsOfDescriptor(int number) {
   struct stat status;
   return ::fstat(number, &status) == 0 ? factsOf(status) : FileFacts{};
 }
-
-// Where a chain of links ends, whether or not a file is there.
-std::string linkEnd(const std::string& path) {
-  constexpr int kMostLinks = 40;
-  std::filesystem::path place = path;
-  std::error_code error;
-  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(place, error); ++i) {
-    const std::filesystem::path next = std::filesystem::read_symlink(place, error);
-    if (error) break;
-    place = next.is_absolute() ? next : place.parent_path() / next;
-  }
-  return place.string();
-}
-
-// A name that no other file has. The slot is armed before the file exists, so an
-// interrupt at any instant leaves nothing behind.
-class PassingName {
- public:
-  explicit PassingName(const std::filesystem::path& directory) {
-    static constexpr char kLetters[] = "0123456789abcdefghijklmnopqrstuvwxyz";
-    std::random_device random;
-    std::string name = ".ksv-";
-    for (int i = 0; i < 12; ++i) name += kLetters[random() % (sizeof kLetters - 1)];
-    path_ = (directory / name).string();
-    slot_ = temporaryNames.add(path_);
-  }
-  ~PassingName() { temporaryNames.forget(slot_); }
-  PassingName(const PassingName&) = delete;
-  PassingName& operator=(const PassingName&) = delete;
-
-  const char* path() const { return path_.c_str(); }
-
- private:
-  std::string path_;
-  size_t slot_;
-};
-
-class PosixPendingFile : public PendingFile {
- public:
-  explicit PosixPendingFile(const std::string& path)
-      : place_(linkEnd(path)),
-        temporary_(std::filesystem::path(place_).parent_path()),
-        descriptor_(::open(temporary_.path(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)) {
-    if (descriptor_.number() < 0) fail(errno);
-  }
-
-  ~PosixPendingFile() override {
-    if (!committed_) ::unlink(temporary_.path());
-  }
-
-  void write(const uint8_t* bytes, size_t size) override { descriptor_.writeAll(bytes, size); }
-
-  void commit(const std::string& backup) override {
-    takeOverPermissions();
-    descriptor_.closeChecked();
-    if (!backup.empty()) keepOldFileAs(backup);
-    if (::rename(temporary_.path(), place_.c_str()) != 0) fail(errno);
-    committed_ = true;
-  }
-
- private:
-  // The owner can be kept by root only, and its loss is no reason to fail.
-  void takeOverPermissions() const {
-    struct stat old;
-    mode_t mode = modeOfNewFiles;
-    if (::stat(place_.c_str(), &old) == 0) {
-      mode = old.st_mode & 07777;
-      if (::fchown(descriptor_.number(), old.st_uid, old.st_gid) != 0) mode &= 0777;
-    }
-    if (::fchmod(descriptor_.number(), mode) != 0) fail(errno);
-  }
-
-  // By a link, so that there is a file under the old name at every instant.
-  void keepOldFileAs(const std::string& backup) const {
-    if (::unlink(backup.c_str()) != 0 && errno != ENOENT) fail(errno);
-    if (::link(place_.c_str(), backup.c_str()) == 0) return;
-    if (::rename(place_.c_str(), backup.c_str()) != 0) fail(errno);
-  }
-
-  std::string place_;
-  PassingName temporary_;
-  Descriptor descriptor_;
-  bool committed_ = false;
-};
 
 }  // namespace
 
@@ -259,11 +84,9 @@ std::string environmentValue(const char* name) {
 std::vector<std::string> filesNamedBy(const std::string& operand) { return {operand}; }
 
 void prepareProcess() {
-  ::signal(SIGPIPE, SIG_IGN);
-  for (const int signalNumber : {SIGHUP, SIGINT, SIGTERM}) catchUnlessIgnored(signalNumber);
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  modeOfNewFiles = 0666 & ~mask;
+  for (const int signalNumber : {SIGPIPE, SIGXFSZ}) ::signal(signalNumber, SIG_IGN);
+  removeTemporaryFilesAtSignals();
+  readModeOfNewFiles();
 }
 
 bool standardErrorIsTerminal() { return ::isatty(STDERR_FILENO) != 0; }
@@ -305,16 +128,50 @@ std::unique_ptr<ByteSink> openSpecialOutput(const std::string& path) {
   return std::make_unique<DescriptorSink>(openChecked(path, O_WRONLY));
 }
 
-std::unique_ptr<PendingFile> PendingFile::create(const std::string& path) {
-  if (fileFacts(path).kind == FileKind::kDirectory) fail(EISDIR);
-  return std::make_unique<PosixPendingFile>(path);
-}
-
 void createDirectories(const std::string& path) {
   std::error_code error;
   std::filesystem::create_directories(path, error);
   if (error) throw Failure(error.message());
   if (fileFacts(path).kind != FileKind::kDirectory) fail(ENOTDIR);
+}
+
+std::vector<std::string> filesIn(const std::string& directory) {
+  std::vector<std::string> names;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(directory, error), end; entry != end;
+       entry.increment(error)) {
+    if (fileFacts(entry->path().string()).kind != FileKind::kDirectory)
+      names.push_back(entry->path().filename().string());
+    if (error) break;
+  }
+  if (error) throw Failure(error.message());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool namesHaveNoCase() { return false; }
+
+std::vector<std::string> configurationDirectories() {
+  std::vector<std::string> directories;
+  const std::string own = environmentValue("XDG_CONFIG_HOME");
+  const std::string home = environmentValue("HOME");
+  if (!own.empty())
+    directories.push_back(own);
+  else if (!home.empty())
+    directories.push_back(home + "/.config");
+  directories.emplace_back("/etc");
+  return directories;
+}
+
+std::vector<std::string> installedCharsetDirectories() {
+  Dl_info library;
+  if (::dladdr(reinterpret_cast<void*>(&startProcess), &library) == 0) return {};
+  std::error_code error;
+  const std::filesystem::path file = std::filesystem::canonical(library.dli_fname, error);
+  std::vector<std::string> directories;
+  for (const char* relative : kCharsetsFromLibrary)
+    directories.push_back((file.parent_path() / relative).lexically_normal().string());
+  return directories;
 }
 
 std::string joinPath(const std::string& directory, const std::string& name) {
@@ -324,6 +181,8 @@ std::string joinPath(const std::string& directory, const std::string& name) {
 std::string lastComponent(const std::string& path) {
   return std::filesystem::path(path).filename().string();
 }
+
+bool backslashSeparates() { return false; }
 
 std::string placeKey(const std::string& path) { return path; }
 

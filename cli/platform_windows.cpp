@@ -11,6 +11,8 @@
 #include <utility>
 
 #include "failure.h"
+#include "in_place.h"
+#include "installed_charsets.h"
 #include "platform.h"
 
 namespace ksv_cli::platform {
@@ -290,6 +292,14 @@ std::unique_ptr<ByteSink> sinkTo(HANDLE handle) {
   return std::make_unique<HandleSink>(handle);
 }
 
+int64_t countOf(const FILETIME& time) {
+  return static_cast<int64_t>(uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
+}
+
+FILETIME timeOf(int64_t count) {
+  return {static_cast<DWORD>(count), static_cast<DWORD>(static_cast<uint64_t>(count) >> 32)};
+}
+
 FileFacts factsOf(HANDLE handle) {
   FileFacts facts;
   const DWORD type = ::GetFileType(handle);
@@ -303,6 +313,9 @@ FileFacts factsOf(HANDLE handle) {
       facts.size = uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow;
     facts.device = information.dwVolumeSerialNumber;
     facts.number = uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow;
+    facts.names = information.nNumberOfLinks;
+    facts.readTime = countOf(information.ftLastAccessTime);
+    facts.writeTime = countOf(information.ftLastWriteTime);
   }
   return facts;
 }
@@ -369,32 +382,39 @@ BOOL WINAPI endAtInterrupt(DWORD) {
   return ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(STATUS_CONTROL_C_EXIT));
 }
 
-std::wstring passingName(const std::wstring& place) {
+std::wstring randomName() {
   static constexpr wchar_t kLetters[] = L"0123456789abcdefghijklmnopqrstuvwxyz";
   std::random_device random;
-  std::wstring path = place.substr(0, directoryLength(place, kSeparators)) + L".ksv-";
-  for (int i = 0; i < 12; ++i) path += kLetters[random() % (std::size(kLetters) - 1)];
-  return systemPath(path);
+  std::wstring name = L".ksv-";
+  for (int i = 0; i < 12; ++i) name += kLetters[random() % (std::size(kLetters) - 1)];
+  return name;
 }
 
-class WindowsPendingFile : public PendingFile {
+// A new file under a passing name, open for writing. It goes with the object unless
+// it has been renamed.
+class PassingFile {
  public:
-  explicit WindowsPendingFile(const std::string& path)
-      : place_(linkEnd(systemPath(path))), temporary_(passingName(place_)), file_(create()) {}
+  // directory: with the separator at its end, or empty.
+  explicit PassingFile(const std::wstring& directory)
+      : path_(systemPath(directory + randomName())), file_(create()) {}
 
-  ~WindowsPendingFile() override {
+  ~PassingFile() {
     temporaryNames().guarded([this](std::set<std::wstring>& names) {
-      if (names.erase(temporary_) != 0) ::DeleteFileW(temporary_.c_str());
+      if (names.erase(path_) != 0) ::DeleteFileW(path_.c_str());
     });
   }
+  PassingFile(const PassingFile&) = delete;
+  PassingFile& operator=(const PassingFile&) = delete;
 
-  void write(const uint8_t* bytes, size_t size) override { writeAll(file_.get(), bytes, size); }
+  const std::wstring& path() const { return path_; }
+  Handle& handle() { return file_; }
 
-  void commit(const std::string& backup) override {
-    file_.closeChecked();
+  // Does what renames the file, and forgets its name. What action throws leaves it.
+  template <typename Action>
+  void rename(Action action) {
     temporaryNames().guarded([&](std::set<std::wstring>& names) {
-      takePlace(backup.empty() ? std::wstring() : systemPath(backup));
-      names.erase(temporary_);
+      action();
+      names.erase(path_);
     });
   }
 
@@ -403,29 +423,109 @@ class WindowsPendingFile : public PendingFile {
   HANDLE create() const {
     return temporaryNames().guarded([this](std::set<std::wstring>& names) {
       const HANDLE handle =
-          ::CreateFileW(temporary_.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                        nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+          ::CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                        CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
       if (handle == INVALID_HANDLE_VALUE) fail(::GetLastError());
-      names.insert(temporary_);
+      names.insert(path_);
       return handle;
     });
   }
 
+  std::wstring path_;
+  Handle file_;
+};
+
+// The name under which an original is kept, taken before anything is moved there: a file
+// that has it already is left alone.
+class BackupName {
+ public:
+  // shown: the name as the user gave it; empty: nothing is kept.
+  explicit BackupName(const std::string& shown) {
+    if (shown.empty()) return;
+    path_ = systemPath(shown);
+    const Handle file(::CreateFileW(path_.c_str(), GENERIC_WRITE, kShareAll, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file.isOpen()) return;
+    const DWORD error = ::GetLastError();
+    if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS)
+      throw Failure("the backup " + shown + " exists already");
+    fail(error);
+  }
+
+  // Null when nothing is kept.
+  const wchar_t* path() const { return path_.empty() ? nullptr : path_.c_str(); }
+
+  // Gives the name back, and what has been moved there to its place.
+  void giveBack(const std::wstring& place) const {
+    if (path_.empty()) return;
+    if (::GetFileAttributesW(place.c_str()) != INVALID_FILE_ATTRIBUTES)
+      ::DeleteFileW(path_.c_str());
+    else
+      ::MoveFileExW(path_.c_str(), place.c_str(), 0);
+  }
+
+ private:
+  std::wstring path_;
+};
+
+class WindowsPendingFile : public PendingFile {
+ public:
+  WindowsPendingFile(const std::string& path, std::optional<InPlace> inPlace)
+      : place_(linkEnd(systemPath(path))),
+        file_(place_.substr(0, directoryLength(place_, kSeparators))),
+        inPlace_(std::move(inPlace)) {}
+
+  void write(const uint8_t* bytes, size_t size) override {
+    writeAll(file_.handle().get(), bytes, size);
+  }
+
+  void commit() override {
+    if (inPlace_) {
+      if (haveSameBytes(*openInput(utf8Of(file_.path())), *openInput(utf8Of(place_)))) return;
+      if (inPlace_->keepsTimes) handOnTimes();
+    }
+    if (!::FlushFileBuffers(file_.handle().get())) fail(::GetLastError());
+    file_.handle().closeChecked();
+    file_.rename([this] { replace(); });
+  }
+
+ private:
+  void handOnTimes() {
+    const FILETIME readTime = timeOf(inPlace_->original.readTime);
+    const FILETIME writeTime = timeOf(inPlace_->original.writeTime);
+    WIN32_FILE_ATTRIBUTE_DATA old;
+    if (!::GetFileAttributesExW(place_.c_str(), GetFileExInfoStandard, &old) ||
+        !::SetFileTime(file_.handle().get(), &old.ftCreationTime, &readTime, &writeTime))
+      fail(::GetLastError());
+  }
+
+  void replace() const {
+    if (!inPlace_) return takePlace(nullptr);
+    checkThatNothingIsLost(inPlace_->original, fileFacts(utf8Of(place_)));
+    const BackupName backup(inPlace_->backup);
+    try {
+      takePlace(backup.path());
+    } catch (const Failure&) {
+      backup.giveBack(place_);
+      throw;
+    }
+  }
+
   // ReplaceFileW hands the rights of the old file on. Some file systems do not have
   // it, and it may stop when the old file has its backup name.
-  void takePlace(const std::wstring& backup) const {
+  void takePlace(const wchar_t* backup) const {
+    const std::wstring& temporary = file_.path();
     const DWORD attributes = ::GetFileAttributesW(place_.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES) {
       refuseFileInUse();
-      ::SetFileAttributesW(temporary_.c_str(), attributes);
-      if (::ReplaceFileW(place_.c_str(), temporary_.c_str(),
-                         backup.empty() ? nullptr : backup.c_str(), REPLACEFILE_IGNORE_MERGE_ERRORS,
+      ::SetFileAttributesW(temporary.c_str(), attributes);
+      if (::ReplaceFileW(place_.c_str(), temporary.c_str(), backup, REPLACEFILE_IGNORE_MERGE_ERRORS,
                          nullptr, nullptr))
         return;
       const bool isStillThere = ::GetFileAttributesW(place_.c_str()) != INVALID_FILE_ATTRIBUTES;
-      if (!backup.empty() && isStillThere) move(place_, backup);
+      if (backup != nullptr && isStillThere) move(place_, backup);
     }
-    move(temporary_, place_);
+    move(temporary, place_);
   }
 
   // Which the calls that replace it report as a matter of rights.
@@ -437,13 +537,63 @@ class WindowsPendingFile : public PendingFile {
   }
 
   static void move(const std::wstring& from, const std::wstring& to) {
-    if (!::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING)) fail(::GetLastError());
+    constexpr DWORD kHow = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    if (!::MoveFileExW(from.c_str(), to.c_str(), kHow)) fail(::GetLastError());
   }
 
   std::wstring place_;
-  std::wstring temporary_;
-  Handle file_;
+  PassingFile file_;
+  const std::optional<InPlace> inPlace_;
 };
+
+// What fails here has nothing to do with the input that is copied.
+template <typename Action>
+auto onTemporaryFile(Action action) {
+  try {
+    return action();
+  } catch (const Failure& failure) {
+    throw Failure(std::string("a temporary file cannot be written: ") + failure.what());
+  }
+}
+
+std::wstring temporaryDirectory() {
+  return written([](wchar_t* buffer, DWORD size) { return ::GetTempPathW(size, buffer); });
+}
+
+class WindowsTemporaryFile : public TemporaryFile {
+ public:
+  WindowsTemporaryFile() : file_(temporaryDirectory()), path_(utf8Of(file_.path())) {}
+
+  void write(const uint8_t* bytes, size_t size) override {
+    onTemporaryFile([&] { writeAll(file_.handle().get(), bytes, size); });
+  }
+  const std::string& finish() override {
+    if (file_.handle().isOpen()) onTemporaryFile([&] { file_.handle().closeChecked(); });
+    return path_;
+  }
+
+ private:
+  PassingFile file_;
+  const std::string path_;
+};
+
+// Without a separator at its end; empty when the system does not tell.
+std::string libraryDirectory() {
+  const HMODULE library = ::GetModuleHandleW(L"ksv_comm.dll");
+  if (library == nullptr) return "";
+  const std::wstring file = written(
+      [&](wchar_t* buffer, DWORD size) { return ::GetModuleFileNameW(library, buffer, size); });
+  const size_t length = directoryLength(file, kSeparators);
+  return length == 0 ? "" : utf8Of(file.substr(0, length - 1));
+}
+
+std::unique_ptr<PendingFile> pendingFile(const std::string& path, std::optional<InPlace> inPlace) {
+  const DWORD attributes = ::GetFileAttributesW(systemPath(path).c_str());
+  const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
+  if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY)) fail(std::errc::is_a_directory);
+  if (isThere && (attributes & FILE_ATTRIBUTE_READONLY)) fail(std::errc::permission_denied);
+  return std::make_unique<WindowsPendingFile>(path, std::move(inPlace));
+}
 
 void createOneAfterAnother(const std::wstring& path) {
   if (::CreateDirectoryW(systemPath(path).c_str(), nullptr)) return;
@@ -545,11 +695,16 @@ std::unique_ptr<ByteSink> openSpecialOutput(const std::string& path) {
 }
 
 std::unique_ptr<PendingFile> PendingFile::create(const std::string& path) {
-  const DWORD attributes = ::GetFileAttributesW(systemPath(path).c_str());
-  const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
-  if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY)) fail(std::errc::is_a_directory);
-  if (isThere && (attributes & FILE_ATTRIBUTE_READONLY)) fail(std::errc::permission_denied);
-  return std::make_unique<WindowsPendingFile>(path);
+  return pendingFile(path, std::nullopt);
+}
+
+std::unique_ptr<PendingFile> PendingFile::createInPlace(const std::string& path,
+                                                        const InPlace& how) {
+  return pendingFile(path, how);
+}
+
+std::unique_ptr<TemporaryFile> TemporaryFile::create() {
+  return onTemporaryFile([] { return std::make_unique<WindowsTemporaryFile>(); });
 }
 
 void createDirectories(const std::string& path) {
@@ -557,6 +712,34 @@ void createDirectories(const std::string& path) {
   if (!units) fail(std::errc::illegal_byte_sequence);
   createOneAfterAnother(*units);
   if (fileFacts(path).kind != FileKind::kDirectory) fail(std::errc::not_a_directory);
+}
+
+std::vector<std::string> filesIn(const std::string& directory) {
+  if (fileFacts(directory).kind != FileKind::kDirectory) fail(ERROR_PATH_NOT_FOUND);
+  const std::string all = joinPath(directory, "*");
+  std::vector<std::string> names;
+  for (const std::string& file : filesNamedBy(all))
+    if (file != all) names.push_back(lastComponent(file));
+  return names;
+}
+
+bool namesHaveNoCase() { return true; }
+
+std::vector<std::string> configurationDirectories() {
+  std::vector<std::string> directories;
+  if (const std::string own = environmentValue("APPDATA"); !own.empty()) directories.push_back(own);
+  if (const std::string library = libraryDirectory(); !library.empty())
+    directories.push_back(library);
+  return directories;
+}
+
+std::vector<std::string> installedCharsetDirectories() {
+  const std::string library = libraryDirectory();
+  std::vector<std::string> directories;
+  if (library.empty()) return directories;
+  for (const char* relative : kCharsetsFromLibrary)
+    directories.push_back(joinPath(library, relative));
+  return directories;
 }
 
 std::string joinPath(const std::string& directory, const std::string& name) {
@@ -568,6 +751,8 @@ std::string joinPath(const std::string& directory, const std::string& name) {
 std::string lastComponent(const std::string& path) {
   return path.substr(directoryLength(path, "/\\"));
 }
+
+bool backslashSeparates() { return true; }
 
 // Without regard to case, to dots on the way, and to the separator.
 std::string placeKey(const std::string& path) {

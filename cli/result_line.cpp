@@ -1,5 +1,10 @@
 #include "result_line.h"
 
+#include "base64.h"
+#include "escapes.h"
+#include "platform.h"
+#include "unicode_check.h"
+
 namespace ksv_cli {
 namespace {
 
@@ -12,7 +17,35 @@ std::string joined(const std::vector<std::string>& words, char between) {
   return text;
 }
 
+bool isUtf8(const std::string& text) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  return scanUnicode(UnicodeForm::kUtf8, false, bytes, text.size()).end == ScanEnd::kAll;
+}
+
 }  // namespace
+
+nlohmann::ordered_json recordOf(const std::string& path, ResultForm form) {
+  nlohmann::ordered_json line;
+  line["path"] = path;
+  if (form == ResultForm::kFull && !isUtf8(path)) line["pathBytes"] = base64(path);
+  return line;
+}
+
+nlohmann::ordered_json failureRecord(const std::string& path, const Failure& failure) {
+  nlohmann::ordered_json record = recordOf(path, ResultForm::kFull);
+  record["error"]["reason"] = failure.reason();
+  record["error"]["offset"] = nullptr;
+  if (failure.offset()) record["error"]["offset"] = *failure.offset();
+  return record;
+}
+
+std::string shownName(const std::string& name) {
+  return escaped(name, platform::backslashSeparates() ? Backslash::kStays : Backslash::kIsDoubled);
+}
+
+std::string nameField(const std::string& name, ResultForm form) {
+  return form == ResultForm::kClassic ? name : shownName(name);
+}
 
 std::string textLine(const std::vector<std::string>& fields) { return joined(fields, '\t') + "\n"; }
 

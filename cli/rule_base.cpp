@@ -1,5 +1,10 @@
 #include "rule_base.h"
 
+#include <optional>
+#include <utility>
+
+#include "alias_file.h"
+#include "charset_directory.h"
 #include "ksv_cconv.h"
 #include "platform.h"
 
@@ -30,6 +35,14 @@ std::vector<std::string> RuleBase::charsets() const {
   char name[KSV_NAME_SIZE];
   for (int32_t index = 0; cconvEnumGroup(index, name) != 0; ++index) names.emplace_back(name);
   return names;
+}
+
+CharsetNames RuleBase::names() const {
+  std::vector<CharsetAlias> aliases;
+  if (const std::optional<std::string> directory = charsetDirectory())
+    for (AliasLine& line : readAliases(*directory).aliases)
+      aliases.push_back(std::move(line.alias));
+  return CharsetNames(charsets(), std::move(aliases));
 }
 
 }  // namespace ksv_cli

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "charset_names.h"
+
 namespace ksv_cli {
 
 class RuleBase {
@@ -22,6 +24,9 @@ class RuleBase {
 
   // The names of the charsets in load order.
   std::vector<std::string> charsets() const;
+
+  // The names under which they can be given.
+  CharsetNames names() const;
 };
 
 }  // namespace ksv_cli

@@ -1,10 +1,7 @@
 // ksv summary: the properties of compound documents.
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <cstring>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,11 +13,12 @@
 #include "jobs.h"
 #include "ksv_ole.h"
 #include "named_input.h"
+#include "number_option.h"
 #include "ole_tree.h"
-#include "platform.h"
+#include "output_charset.h"
 #include "result_line.h"
 #include "rule_base.h"
-#include "text_conversion.h"
+#include "summary_values.h"
 #include "work_list.h"
 
 namespace ksv_cli {
@@ -30,7 +28,10 @@ struct SummaryArguments {
   std::vector<std::string> inputs;
   std::string charset = "UTF-8";
   bool json = false;
+  bool classic = false;
   size_t jobs = 1;
+
+  ResultForm form() const { return classic ? ResultForm::kClassic : ResultForm::kFull; }
 };
 
 // The kinds of documents that together have all properties: one of presentations, and the
@@ -46,6 +47,7 @@ struct NamedProperty {
   const char* key;
   uint16_t kind;
   size_t offset;
+  ValueType type = ValueType::kText;
 };
 
 // In the order in which a person reads them.
@@ -58,16 +60,16 @@ constexpr NamedProperty kProperties[] = {
     {"Category", "category", kMostProperties, KSV_SUMMARY_CATEGORY},
     {"Manager", "manager", kMostProperties, KSV_SUMMARY_MANAGER},
     {"Company", "company", kMostProperties, KSV_SUMMARY_COMPANY},
-    {"Created", "created", kTimes, KSV_SUMMARY_CREATED},
-    {"Last saved", "lastSaved", kTimes, KSV_SUMMARY_LAST_SAVED},
+    {"Created", "created", kTimes, KSV_SUMMARY_CREATED, ValueType::kTime},
+    {"Last saved", "lastSaved", kTimes, KSV_SUMMARY_LAST_SAVED, ValueType::kTime},
     {"Last saved by", "lastSavedBy", kMostProperties, KSV_SUMMARY_LAST_SAVED_BY},
     {"Revision", "revision", kMostProperties, KSV_SUMMARY_REVISION},
     {"Application", "application", kTimes, KSV_SUMMARY_APPLICATION},
     {"Presentation format", "presentationFormat", kMostProperties, KSV_SUMMARY_PRESENTATION_FORMAT},
-    {"Slides", "slides", kMostProperties, KSV_SUMMARY_SLIDES},
-    {"Notes", "notes", kMostProperties, KSV_SUMMARY_NOTES},
-    {"Paragraphs", "paragraphs", kMostProperties, KSV_SUMMARY_PARAGRAPHS},
-    {"Bytes", "bytes", kMostProperties, KSV_SUMMARY_BYTES},
+    {"Slides", "slides", kMostProperties, KSV_SUMMARY_SLIDES, ValueType::kNumber},
+    {"Notes", "notes", kMostProperties, KSV_SUMMARY_NOTES, ValueType::kNumber},
+    {"Paragraphs", "paragraphs", kMostProperties, KSV_SUMMARY_PARAGRAPHS, ValueType::kNumber},
+    {"Bytes", "bytes", kMostProperties, KSV_SUMMARY_BYTES, ValueType::kNumber},
 };
 
 struct FoundProperty {
@@ -139,71 +141,52 @@ std::string asText(const std::string& name, const std::vector<FoundProperty>& fo
   return text;
 }
 
-std::string asJson(const std::string& name, const std::vector<FoundProperty>& found) {
-  nlohmann::ordered_json line;
-  line["path"] = name;
-  for (const FoundProperty& property : found) line[property.name->key] = property.value;
-  return jsonLine(line);
+std::string lineFor(const OutputCharset& output, const nlohmann::ordered_json& record) {
+  return output.isUnicode() ? jsonLine(record) : asciiJsonLine(record);
 }
 
-class TextSource : public ByteSource {
- public:
-  explicit TextSource(std::string_view text) : text_(text) {}
-
-  size_t read(uint8_t* buffer, size_t size) override {
-    const size_t count = text_.copy(reinterpret_cast<char*>(buffer), size);
-    text_.remove_prefix(count);
-    return count;
+std::string asJson(const std::string& path, const std::vector<FoundProperty>& found,
+                   ResultForm form, const OutputCharset& output) {
+  nlohmann::ordered_json line = recordOf(path, form);
+  for (const FoundProperty& property : found) {
+    if (form == ResultForm::kClassic)
+      line[property.name->key] = property.value;
+    else
+      line[property.name->key] = valueOf(property.value, property.name->type);
   }
-
- private:
-  std::string_view text_;
-};
-
-class TextSink : public ByteSink {
- public:
-  void write(const uint8_t* bytes, size_t size) override {
-    text.append(reinterpret_cast<const char*>(bytes), size);
-  }
-
-  std::string text;
-};
-
-// From the UTF-8 in which everything is put together.
-std::string inCharset(const ConversionSettings& settings, const std::string& text) {
-  TextSource source(text);
-  TextSink sink;
-  convertText(settings, source, sink);
-  return std::move(sink.text);
+  return form == ResultForm::kClassic ? jsonLine(line) : lineFor(output, line);
 }
 
-ConversionSettings outputSettings(const CharsetNames& names, const std::string& charset) {
-  const std::optional<CharsetChoice> target = names.find(charset);
-  const std::optional<CharsetChoice> source = names.find("UTF-8");
-  if (!target) throw UsageError(unknownCharset(charset));
-  if (!source) throw UsageError(unknownCharset("UTF-8"));
-  ConversionSettings settings;
-  settings.source = *source;
-  settings.target = *target;
-  settings.options.outputBigEndian = !target->hasByteOrder() || target->order == ByteOrder::kBig;
-  settings.options.replaceUnmappable = 1;
-  return settings;
+// Of a document, as the form has it, with line ends and all, in UTF-8.
+std::string resultOf(const std::string& input, const SummaryArguments& arguments,
+                     const OutputCharset& output) {
+  const NamedInput named(input);
+  const std::vector<FoundProperty> found = readProperties(named.path());
+  if (!arguments.json) return asText(nameField(nameForMessages(input), arguments.form()), found);
+  return asJson(input, found, arguments.form(), output);
+}
+
+void tellReplacements(const std::string& input, const OutputCharset& output, Console& console) {
+  console.report(nameForMessages(input),
+                 "holds characters that are not in " + output.display() + "; they are replaced");
 }
 
 int summarise(const SummaryArguments& arguments) {
   const std::vector<std::string> inputs = inputsNamedBy(arguments.inputs);
   const RuleBase ruleBase;
-  const ConversionSettings settings =
-      outputSettings(CharsetNames(ruleBase.charsets()), arguments.charset);
-  const bool isUtf8 = settings.target.form == UnicodeForm::kUtf8;
+  const bool isClassic = arguments.form() == ResultForm::kClassic;
+  const OutputCharset output(
+      ruleBase.names(), arguments.charset,
+      isClassic ? OutputCharset::Lacking::kIsLeftToLibrary : OutputCharset::Lacking::kIsShown);
   WorkList list(inputs);
+  if (arguments.json && !isClassic)
+    list.recordFailures(
+        [&](const auto& record) { return output.encoded(lineFor(output, record)); });
   return list.run(arguments.jobs, [&](size_t index) {
-    const NamedInput named(inputs[index]);
-    const std::vector<FoundProperty> found = readProperties(named.path());
-    const std::string text = arguments.json ? asJson(inputs[index], found)
-                                            : asText(nameForMessages(inputs[index]), found);
-    list.standardOutput().write(index, isUtf8 ? text : inCharset(settings, text));
-    list.console().addBytes(inputFacts(inputs[index]).size);
+    const std::string text = resultOf(inputs[index], arguments, output);
+    if (!isClassic && !output.holds(text)) tellReplacements(inputs[index], output, list.console());
+    list.standardOutput().write(index, output.encoded(text));
+    list.countWhole(index);
   });
 }
 
@@ -217,15 +200,20 @@ void addSummaryJob(CLI::App& app, int& exitStatus) {
   job->add_option("-t,--to", arguments->charset, "Charset of the output; default: UTF-8")
       ->type_name("CHARSET");
   job->add_flag("--json", arguments->json, "One JSON object a line, with the properties it has");
-  job->add_option("-j,--jobs", arguments->jobs, "Work on N documents at once")
-      ->check(CLI::Range(1, 256))
-      ->type_name("N");
+  job->add_flag("--classic", arguments->classic,
+                "Exactly what the library answers, in the form that programs rely on");
+  addJobsOption(*job, arguments->jobs, "Work on N documents at once");
   job->footer(
       "Each document is a line with its name and a line for each property that it has: title,\n"
       "subject, author, keywords, comments, category, manager, company, created, last saved,\n"
       "last saved by, revision, application, presentation format, slides, notes, paragraphs,\n"
       "bytes. Texts are cut to 256 bytes of the document, the application to 30; times are as\n"
-      "they stand there. A document that does not tell its code page is read as Windows-31J.");
+      "they stand there. A document that does not tell its code page is read as Windows-31J.\n"
+      "\n"
+      "In JSON times are as RFC 3339 has them, in UTC, and counts are numbers. A character that\n"
+      "CHARSET lacks is replaced in text, which is told on standard error, and escaped in JSON.\n"
+      "\n"
+      "Exit status: 0 all well, 1 at least one document failed, 2 wrong usage.");
   job->callback([arguments, &exitStatus] { exitStatus = summarise(*arguments); });
 }
 

@@ -2,16 +2,19 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "charset_names.h"
+#include "charset_directory.h"
 #include "console.h"
+#include "escapes.h"
 #include "failure.h"
 #include "jobs.h"
 #include "ksv_cconv.h"
 #include "platform.h"
 #include "rule_base.h"
+#include "rule_lint.h"
 
 namespace ksv_cli {
 namespace {
@@ -66,8 +69,19 @@ class TableFiller {
   const std::vector<std::string>& charsets_;
 };
 
+// What the library passes over in silence. Returns whether there is any.
+bool tellFaults() {
+  const std::optional<std::string> directory = charsetDirectory();
+  if (!directory) return false;
+  const std::vector<Fault> faults = lintCharsetDirectory(*directory);
+  for (const Fault& fault : faults)
+    platform::writeToStandardError("ksv: " + escaped(shownFault(fault), Backslash::kStays) + "\n");
+  return !faults.empty();
+}
+
 int fillTables() {
   const RuleBase ruleBase;
+  const bool hasFaults = tellFaults();
   const std::vector<std::string> charsets = ruleBase.charsets();
   const TableFiller filler(charsets);
   size_t filled = 0;
@@ -79,7 +93,7 @@ int fillTables() {
   }
   const int written =
       writeResult("the code tables of " + std::to_string(filled) + " charsets are filled\n");
-  return filled == charsets.size() ? written : kExitFailed;
+  return filled == charsets.size() && !hasFaults ? written : kExitFailed;
 }
 
 }  // namespace
@@ -88,7 +102,10 @@ void addTablesJob(CLI::App& app, int& exitStatus) {
   CLI::App* job = app.add_subcommand("tables", "Fill every code table of the charset directory");
   job->footer(
       "The first use of a code table compiles it, which leaves a .cmp file beside it when the\n"
-      "directory can be written to. This does so for all of them.");
+      "directory can be written to. This does so for all of them. What is wrong with the\n"
+      "directory is told on standard error, as 'ksv lint' tells it.\n"
+      "\n"
+      "Exit status: 0 all well, 1 a charset cannot be set up, or the directory has faults.");
   job->callback([&exitStatus] { exitStatus = fillTables(); });
 }
 

@@ -7,8 +7,6 @@
 #include "failure.h"
 #include "inputs.h"
 #include "ksv_detect.h"
-#include "ksv_file.h"
-#include "ksv_path.h"
 #include "platform.h"
 
 namespace ksv_cli {
@@ -40,29 +38,6 @@ constexpr DetectedCharset kCharsets[] = {
 // has their characters.
 constexpr char kDetectedShiftJis[] = "Shift_JIS";
 constexpr char kReadShiftJis[] = "WINDOWS31J";
-
-// A file of the command's own, for a text that has no file that can be read twice.
-class TemporaryText {
- public:
-  explicit TemporaryText(const std::vector<uint8_t>& text) {
-    if (KSV_ASC_tmpnam(path_) == nullptr) throw Failure("no temporary file can be made");
-    std::FILE* file = KSV_FileOpen(path_, "wb");
-    const int32_t size = static_cast<int32_t>(text.size());
-    const bool isWritten = file != nullptr && KSV_FileWrite(text.data(), 1, size, file) == size;
-    const bool isClosed = KSV_FileClose(file) == 0;
-    if (isWritten && isClosed) return;
-    KSV_FileRemove(path_);
-    throw Failure("a temporary file cannot be written");
-  }
-  ~TemporaryText() { KSV_FileRemove(path_); }
-  TemporaryText(const TemporaryText&) = delete;
-  TemporaryText& operator=(const TemporaryText&) = delete;
-
-  const char* path() const { return path_; }
-
- private:
-  char path_[KSV_PATH_SIZE];
-};
 
 // A text whose beginning has been read already.
 class ResumedSource : public ByteSource {
@@ -97,7 +72,9 @@ std::optional<Detection> detectInPlace(const std::string& input, const char* lan
 DetectedText detectStream(std::unique_ptr<ByteSource> source, const char* language) {
   std::vector<uint8_t> beginning = readAtMost(*source, kMostLookedAt);
   if (beginning.empty()) return {std::move(source), {}, true};
-  const uint32_t word = dtctText(TemporaryText(beginning).path(), language);
+  const auto copy = platform::TemporaryFile::create();
+  copy->write(beginning.data(), beginning.size());
+  const uint32_t word = dtctText(copy->finish().c_str(), language);
   if (word == KSV_TEXT_FAILURE) throw Failure("a temporary file cannot be read");
   return {std::make_unique<ResumedSource>(std::move(beginning), std::move(source)), {word}, false};
 }
@@ -155,11 +132,11 @@ DetectedText openAndDetect(const std::string& input, const char* language) {
   return detectStream(std::move(source), language);
 }
 
-Detection detectInput(const std::string& input, const char* language) {
+std::optional<Detection> detectUnlessEmpty(const std::string& input, const char* language) {
   const std::optional<Detection> detection = detectInPlace(input, language);
-  if (detection) return *detection;
+  if (detection) return detection;
   const DetectedText text = detectStream(openInput(input), language);
-  if (text.isEmpty) throw Failure("is empty");
+  if (text.isEmpty) return std::nullopt;
   return text.detection;
 }
 

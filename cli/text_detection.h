@@ -38,8 +38,8 @@ struct DetectedText {
 // language: as dtctText takes it, or null. Throws Failure when the text cannot be read.
 DetectedText openAndDetect(const std::string& input, const char* language);
 
-// The same without the text. Throws Failure for an empty one as well.
-Detection detectInput(const std::string& input, const char* language);
+// The same without the text. None of an empty one.
+std::optional<Detection> detectUnlessEmpty(const std::string& input, const char* language);
 
 // The charset to read a text in, and why it is taken. Throws Failure when not exactly
 // one fits.

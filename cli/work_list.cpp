@@ -60,11 +60,22 @@ void WorkList::workAndReport(size_t index, const std::function<void(size_t index
     workOn(index);
     return;
   } catch (const Failure& failure) {
-    if (!failure.quiet()) console_.report(nameForMessages(inputs_[index]), failure.what());
+    report(index, failure);
   } catch (const std::exception& error) {
-    console_.report(nameForMessages(inputs_[index]), error.what());
+    report(index, Failure(error.what()));
   }
   anyFailed_ = true;
+}
+
+void WorkList::report(size_t index, const Failure& failure) {
+  if (failure.quiet()) return;
+  console_.report(nameForMessages(inputs_[index]), failure.what());
+  if (!encodeFailure_) return;
+  try {
+    standardOutput_.write(index, encodeFailure_(failureRecord(inputs_[index], failure)));
+  } catch (const Failure& broken) {
+    if (!broken.quiet()) console_.report("standard output", broken.what());
+  }
 }
 
 }  // namespace ksv_cli

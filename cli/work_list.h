@@ -9,10 +9,13 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "console.h"
+#include "failure.h"
 #include "inputs.h"
+#include "result_line.h"
 #include "streams.h"
 
 namespace ksv_cli {
@@ -48,6 +51,11 @@ class WorkList {
   // Tells the console of an input as a whole, for work that does not count its bytes.
   void countWhole(size_t index) { console_.addBytes(inputFacts(inputs_[index]).size); }
 
+  // Has a record of each failure written to standard output as well, in the place of the
+  // result, as the line that encode makes of it.
+  using Encode = std::function<std::string(const nlohmann::ordered_json& record)>;
+  void recordFailures(Encode encode = jsonLine) { encodeFailure_ = std::move(encode); }
+
   // Does the work on each input, at most so many at once. What it throws is reported
   // under the input's name, and the others are still done. Returns the exit status.
   int run(size_t jobs, const std::function<void(size_t index)>& workOn);
@@ -55,12 +63,14 @@ class WorkList {
  private:
   void work(const std::function<void(size_t index)>& workOn);
   void workAndReport(size_t index, const std::function<void(size_t index)>& workOn);
+  void report(size_t index, const Failure& failure);
 
   const std::vector<std::string>& inputs_;
   Console console_;
   OrderedOutput standardOutput_;
   std::atomic<size_t> next_{0};
   std::atomic<bool> anyFailed_{false};
+  Encode encodeFailure_;  // none: failures are not recorded
 };
 
 }  // namespace ksv_cli

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "in_process.h"
+#include "name_matching.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -129,6 +130,62 @@ TEST(CharsetNames, are_those_of_iana_and_of_the_web) {
   };
   for (const auto& [charset, names] : charsets)
     for (const std::string& name : names) EXPECT_EQ(shipped(name), charset) << name;
+}
+
+TEST(CharsetNames, are_found_without_regard_to_punctuation_and_leading_zeros) {
+  for (const std::string name : {"Shift-JIS", "shift jis", "S.H.I.F.T_JIS", "shiftjis", "x sjis"})
+    EXPECT_EQ(resolved(name), "Shift_JIS") << name;
+  for (const std::string name : {"u.t.f-008", "UTF_8", "utf 08", "(utf8)"})
+    EXPECT_EQ(resolved(name), "UTF-8") << name;
+  EXPECT_EQ(resolved("utf16-le"), "UTF-16 little");
+  for (const std::string name : {"utf-80", "ut8", "utf-8-0", "-_.", "日本"})
+    EXPECT_EQ(resolved(name), "unknown") << name;
+  EXPECT_EQ(CharsetNames(kMail).findSource("UTF_07")->name, "UTF-7");
+}
+
+TEST(CharsetNames, fold_into_letters_and_digits) {
+  EXPECT_EQ(ksv_cli::foldedName("ISO_8859-01:1987"), "iso8859011987");
+  EXPECT_EQ(ksv_cli::foldedName("KOI8-R"), "koi8r");
+  EXPECT_EQ(ksv_cli::foldedName("100-0a010"), "1000a10");
+  EXPECT_EQ(ksv_cli::foldedName("0"), "");
+}
+
+// What one name is exactly, another may not be by its letters and digits.
+TEST(CharsetNames, mean_one_charset_however_they_are_written) {
+  const CharsetNames names(converting().charsets());
+  for (const ksv_cli::CharsetListing& listing : names.list()) {
+    std::vector<std::string> all = listing.aliases;
+    all.push_back(listing.display);
+    for (const std::string& name : all) {
+      const auto exact = names.findSource(name);
+      const auto folded = names.findSource(ksv_cli::foldedName(name));
+      ASSERT_TRUE(exact && folded) << name;
+      EXPECT_EQ(exact->name, folded->name) << name;
+      EXPECT_EQ(exact->order, folded->order) << name;
+    }
+  }
+}
+
+TEST(CharsetNames, suggest_what_may_have_been_meant) {
+  const CharsetNames names(converting().charsets());
+  EXPECT_EQ(names.unknown("Shift_JSI"),
+            "unknown charset Shift_JSI; did you mean Shift_JIS? "
+            "'ksv charsets' lists them");
+  EXPECT_EQ(names.unknown("klingon"), "unknown charset klingon; 'ksv charsets' lists them");
+  EXPECT_EQ(names.unknown(std::string(70, 'x')),
+            "unknown charset " + std::string(70, 'x') + "; 'ksv charsets' lists them");
+  EXPECT_EQ(names.unknown("UTF-9").find("unknown charset UTF-9; did you mean UTF-8"), 0u);
+}
+
+TEST(CharsetNames, name_the_option_that_a_suffix_stands_for) {
+  const CharsetNames names(kDirectory);
+  EXPECT_EQ(names.unknown("UTF-8//TRANSLIT"),
+            "UTF-8//TRANSLIT is more than the name of a charset: 'ksv convert --unmappable "
+            "replace' writes a replacement for what the charset lacks");
+  EXPECT_EQ(names.unknown("sjis//ignore"),
+            "sjis//ignore is more than the name of a charset: 'ksv convert --invalid skip' "
+            "leaves out what is invalid");
+  EXPECT_FALSE(names.find("UTF-8//TRANSLIT").has_value());
 }
 
 TEST(CharsetNames, prefers_a_name_of_the_directory_to_an_alias) {

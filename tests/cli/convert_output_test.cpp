@@ -46,11 +46,33 @@ TEST_F(ConvertOutput, replaces_its_input_in_place) {
 
 TEST_F(ConvertOutput, keeps_the_original_under_the_suffix) {
   write("a", "あ");
-  write("a.orig", "an older backup");
   EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "sjis", "--in-place=.orig", "a"}).status, 0);
   EXPECT_EQ(read("a"), kA);
   EXPECT_EQ(read("a.orig"), "あ");
   EXPECT_EQ(files(), (std::vector<std::string>{"a", "a.orig"}));
+}
+
+TEST_F(ConvertOutput, overwrites_no_backup_and_leaves_its_file) {
+  write("a", "あ");
+  write("a.orig", "an older backup");
+  write("b", "あ");
+  const Outcome outcome =
+      ksv({"convert", "-f", "utf8", "-t", "sjis", "--in-place=.orig", "a", "b"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "ksv: a: cannot write a: the backup a.orig exists already\n");
+  EXPECT_EQ(read("a"), "あ");
+  EXPECT_EQ(read("a.orig"), "an older backup");
+  EXPECT_EQ(read("b"), kA);
+  EXPECT_EQ(files(), (std::vector<std::string>{"a", "a.orig", "b", "b.orig"}));
+}
+
+TEST_F(ConvertOutput, keeps_no_original_of_a_file_that_stays_the_same) {
+  write("a", "plain\n");
+  write("a.orig", "an older backup");
+  write("b", "plain\n");
+  EXPECT_EQ(ksv({"convert", "-f", "utf8", "-t", "sjis", "--in-place=.orig", "a", "b"}).status, 0);
+  EXPECT_EQ(read("a.orig"), "an older backup");
+  EXPECT_EQ(files(), (std::vector<std::string>{"a", "a.orig", "b"}));
 }
 
 TEST_F(ConvertOutput, in_place_does_not_take_a_file_for_the_suffix) {

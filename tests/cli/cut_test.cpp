@@ -38,6 +38,15 @@ TEST_F(Cut, takes_the_rule_that_fits_the_charset) {
   EXPECT_EQ(cut("euc-kr", 3, bytes({0xB0, 0xA1, 0xB0, 0xA2})), bytes({0xB0, 0xA1}));
 }
 
+TEST_F(Cut, takes_every_charset_of_single_bytes) {
+  for (const std::string charset : {"windows-1252", "koi8-r", "IBM866", "macintosh", "tis-620",
+                                    "us-ascii", "iso-8859-15", "windows-874"}) {
+    EXPECT_EQ(cut(charset, 2, "a\xE9z"), "a\xE9") << charset;
+    EXPECT_EQ(cut(charset, 2, "a\r\nb"), "a") << charset;
+    EXPECT_EQ(cut(charset, 3, "a\r\nb"), "a\r\n") << charset;
+  }
+}
+
 TEST_F(Cut, breaks_no_escape_sequence) {
   const std::string text = "ab\x1B$B$\"$$\x1B(Bc";
   EXPECT_EQ(cut("iso-2022-jp", 4, text), "ab");
@@ -83,7 +92,7 @@ TEST_F(Cut, reports_a_file_that_cannot_be_read) {
 TEST_F(Cut, tells_wrong_usage) {
   write("a", "a");
   const std::vector<std::vector<std::string>> wrong = {{"-c", "klingon", "-n", "1"},
-                                                       {"-c", "windows-1252", "-n", "1"},
+                                                       {"-c", "OASYS_ONLINE", "-n", "1"},
                                                        {"-c", "UTF-7", "-n", "1"},
                                                        {"-c", "utf8"},
                                                        {"-n", "1"},

@@ -40,8 +40,31 @@ TEST_F(DetectOnPosix, reads_files_whose_names_are_no_utf8) {
   const Outcome outcome = ksv({"detect", name});
   EXPECT_EQ(outcome.out, name + "\tUTF-8\t-\tlf\t-\t0x68000002\n");
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_NE(ksv({"detect", "--json", name}).out.find("\xEF\xBF\xBD"), std::string::npos);
+  const std::string json = ksv({"detect", "--json", name}).out;
+  EXPECT_EQ(json.find("{\"path\":\"\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD{\","
+                      "\"pathBytes\":\"k/qWew==\",\"encodings\":[\"UTF-8\"],"),
+            0u)
+      << json;
+  EXPECT_EQ(ksv({"detect", "--json", "--classic", name}).out.find("pathBytes"), std::string::npos);
   ::unlink(path(name).c_str());
+}
+
+TEST_F(DetectOnPosix, records_the_failure_of_a_file_whose_name_is_no_utf8) {
+  EXPECT_EQ(ksv({"detect", "--json", "\xFF"}).out,
+            "{\"path\":\"\xEF\xBF\xBD\",\"pathBytes\":\"/w==\",\"error\":{\"reason\":"
+            "\"No such file or directory\",\"offset\":null}}\n");
+}
+
+TEST_F(DetectOnPosix, keeps_a_name_to_its_field_of_the_line) {
+  const std::string name = "a\tb\nc\\d\x1B[1m\xC2\x9B";
+  const std::string shown = "a\\tb\\nc\\\\d\\x1B[1m\\u009B";
+  write(name, "plain\n");
+  const std::string columns = "\tUTF-8\t-\tlf\t-\t0x68000002\n";
+  EXPECT_EQ(ksv({"detect", name}).out, shown + columns);
+  EXPECT_EQ(ksv({"detect", "--classic", name}).out, name + columns);
+  EXPECT_EQ(ksv({"check", name}).out, shown + "\tISO-646IRV\t-\t-\t-\t-\n");
+  EXPECT_EQ(ksv({"ole", "list", name}).err,
+            "ksv: " + shown + ": is not a compound document (offset 0)\n");
 }
 
 }  // namespace

@@ -74,13 +74,39 @@ TEST_F(Detect, goes_on_behind_a_file_that_fails) {
   write("a", "plain\n");
   write("empty", "");
   write("z", "plain\n");
-  const Outcome outcome = ksv({"detect", "a", "missing", "empty", ".", "z"});
+  const Outcome outcome = ksv({"detect", "--classic", "a", "missing", "empty", ".", "z"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "a\tUTF-8\t-\tlf\t-\t0x68000002\nz\tUTF-8\t-\tlf\t-\t0x68000002\n");
   EXPECT_EQ(outcome.err.substr(0, 14), "ksv: missing: ");
   EXPECT_NE(outcome.err.find("\nksv: empty: is empty\nksv: .: "), std::string::npos) << outcome.err;
   EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 3);
-  EXPECT_EQ(ksv({"detect"}, "").err, "ksv: standard input: is empty\n");
+  EXPECT_EQ(ksv({"detect", "--classic"}, "").err, "ksv: standard input: is empty\n");
+}
+
+TEST_F(Detect, tells_an_empty_file_as_a_result) {
+  write("empty", "");
+  const Outcome outcome = ksv({"detect", "empty", "-"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, "empty\tempty\t-\t-\t-\t-\n-\tempty\t-\t-\t-\t-\n");
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(ksv({"detect", "--json", "empty"}).out,
+            "{\"path\":\"empty\",\"encodings\":[],\"byteOrder\":null,\"lineEnd\":null,"
+            "\"separators\":[],\"byteOrderMark\":false,\"result\":null,\"empty\":true}\n");
+}
+
+TEST_F(Detect, records_failures_in_their_places) {
+  write("a", "plain\n");
+  const std::string line =
+      "{\"path\":\"a\",\"encodings\":[\"UTF-8\"],\"byteOrder\":null,\"lineEnd\":\"lf\","
+      "\"separators\":[],\"byteOrderMark\":false,\"result\":\"0x68000002\"";
+  const Outcome outcome = ksv({"detect", "--json", "-j", "4", "a", "missing", "a"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, line + ",\"empty\":false}\n" +
+                             "{\"path\":\"missing\",\"error\":{\"reason\":\"No such file or "
+                             "directory\",\"offset\":null}}\n" +
+                             line + ",\"empty\":false}\n");
+  EXPECT_EQ(outcome.err, "ksv: missing: No such file or directory\n");
+  EXPECT_EQ(ksv({"detect", "--json", "--classic", "a", "missing"}).out, line + "}\n");
 }
 
 TEST_F(Detect, takes_names_from_a_list_behind_the_operands) {

@@ -119,6 +119,39 @@ TEST_F(Ole, tells_where_a_document_is_damaged) {
             "ksv: directory: has a damaged directory chain behind this sector (offset 48)\n");
 }
 
+TEST_F(Ole, records_where_a_document_is_damaged) {
+  write("cut", bytes_.substr(0, 100));
+  EXPECT_EQ(ksv({"ole", "list", "--json", "cut"}).out,
+            "{\"path\":\"cut\",\"error\":{\"reason\":\"ends inside the header\","
+            "\"offset\":100}}\n");
+  EXPECT_EQ(ksv({"ole", "list", "--json", "--classic", "cut"}).out, "");
+}
+
+// Sectors of 2^12 bytes, as newer documents have them: the header fills the first.
+TEST_F(Ole, calls_documents_with_large_sectors_not_supported) {
+  std::string large = bytes_.substr(0, 512) + std::string(4096 - 512, '\0') + bytes_.substr(512);
+  large.resize(40960);
+  large[26] = 4;
+  large[30] = 12;
+  write("large", large);
+  const std::string reason = "ksv: large: has sectors of 4,096 bytes: not supported by --classic";
+  EXPECT_EQ(expectFailure({"ole", "list", "large"}), reason + " (offset 30)\n");
+  EXPECT_EQ(expectFailure({"ole", "list", "--classic", "large"}), reason + " (offset 30)\n");
+  EXPECT_EQ(expectFailure({"summary", "large"}), reason + " (offset 30)\n");
+}
+
+// The entry of a stream says 2^31 + 5 bytes.
+TEST_F(Ole, cat_calls_streams_beyond_2_GB_not_supported) {
+  const size_t entry = writer_.entryOffset(4);
+  std::string large = bytes_;
+  putDword(large, entry + 116, 100000);
+  putDword(large, entry + 120, 0x80000005);
+  write("large", large);
+  EXPECT_EQ(expectFailure({"ole", "cat", "large", "書庫/stream"}),
+            "ksv: large: has a stream of 2147483653 bytes, beyond 2 GB: not supported by "
+            "--classic\n");
+}
+
 TEST_F(Ole, cat_tells_a_damaged_and_a_short_stream) {
   const size_t entry = writer_.entryOffset(4);
   std::string damaged = bytes_;
@@ -153,9 +186,16 @@ TEST_F(Ole, list_ends_at_storages_nested_too_deep) {
   uint32_t parent = 0;
   for (int i = 0; i < 300; ++i) parent = writer.addStorage(parent, u"s");
   write("deep", writer.write());
+  const Outcome classic = ksv({"ole", "list", "--json", "--classic", "deep"});
+  EXPECT_EQ(classic.status, 1);
+  EXPECT_EQ(std::count(classic.out.begin(), classic.out.end(), '\n'), 256);
   const Outcome outcome = ksv({"ole", "list", "--json", "deep"});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 256);
+  ASSERT_EQ(outcome.out.substr(0, classic.out.size()), classic.out);
+  const auto failure = nlohmann::json::parse(outcome.out.substr(classic.out.size()));
+  EXPECT_EQ(failure.at("path"), "deep");
+  EXPECT_EQ(failure.at("error").at("reason"), "has entries that are linked wrongly");
+  EXPECT_GT(failure.at("error").at("offset"), 512);
 }
 
 TEST_F(Ole, tells_wrong_usage) {

@@ -63,8 +63,63 @@ TEST_F(Summary, gives_a_json_object_for_each_document) {
   EXPECT_EQ(first["comments"], "一行目\n二行目");
   EXPECT_EQ(first["lastSavedBy"], "保存者");
   EXPECT_EQ(first["presentationFormat"], "A4");
+  EXPECT_EQ(first["created"], "2024-02-29T12:34:56Z");
+  EXPECT_EQ(first["lastSaved"], "2024-03-31T23:59:59Z");
+  EXPECT_EQ(first["revision"], "7");
+  EXPECT_EQ(first["slides"], 33);
+  EXPECT_EQ(first["notes"], 44);
+  EXPECT_EQ(first["paragraphs"], 22);
+  EXPECT_EQ(first["bytes"], 11);
   EXPECT_EQ(first.size(), 19u);
   EXPECT_EQ(outcome.out.substr(end + 1), "{\"path\":\"b\",\"title\":\"表\"}\n");
+}
+
+TEST_F(Summary, classic_gives_texts_only) {
+  write("a", sample());
+  const auto record = nlohmann::json::parse(ksv({"summary", "--json", "--classic", "a"}).out);
+  EXPECT_EQ(record["created"], "2024-02-29 12:34:56");
+  EXPECT_EQ(record["slides"], "33");
+  EXPECT_EQ(record["bytes"], "11");
+  EXPECT_EQ(record.size(), 19u);
+  EXPECT_EQ(ksv({"summary", "--classic", "a"}).out, ksv({"summary", "a"}).out);
+}
+
+TEST_F(Summary, records_failures_in_their_places) {
+  write("text", "This is no document.");
+  write("a", document(summary({text(2, "Title")})));
+  const std::string line = "{\"path\":\"a\",\"title\":\"Title\"}\n";
+  EXPECT_EQ(ksv({"summary", "--json", "a", "text", "a"}).out,
+            line +
+                "{\"path\":\"text\",\"error\":{\"reason\":\"is not a compound document\","
+                "\"offset\":0}}\n" +
+                line);
+  EXPECT_EQ(ksv({"summary", "--json", "--classic", "a", "text"}).out, line);
+}
+
+TEST_F(Summary, shows_what_the_charset_lacks_and_says_so) {
+  write("a", document(summary({codePage(65001), text(2, "表 été")})));
+  const std::string label = "a\n  Title                ";
+  const Outcome latin = ksv({"summary", "-t", "ISO-8859-1", "a"});
+  EXPECT_EQ(latin.status, 0);
+  EXPECT_EQ(latin.out, label + "? \xE9t\xE9\n");
+  EXPECT_EQ(latin.err, "ksv: a: holds characters that are not in ISO-8859-1; they are replaced\n");
+  const Outcome japanese = ksv({"summary", "-t", "Shift_JIS", "a"});
+  EXPECT_EQ(japanese.out, label + "\x95\x5C ?t?\n");
+  EXPECT_EQ(japanese.err,
+            "ksv: a: holds characters that are not in Shift_JIS; they are replaced\n");
+  const Outcome classic = ksv({"summary", "--classic", "-t", "ISO-8859-1", "a"});
+  EXPECT_EQ(classic.out, label + " \xE9t\xE9\n");
+  EXPECT_EQ(classic.err, "");
+}
+
+TEST_F(Summary, escapes_in_json_what_the_charset_lacks) {
+  write("a", document(summary({codePage(65001), text(2, "表 été")})));
+  const Outcome outcome = ksv({"summary", "--json", "-t", "ISO-8859-1", "a", "ü"});
+  EXPECT_EQ(outcome.out,
+            "{\"path\":\"a\",\"title\":\"\\u8868 \\u00e9t\\u00e9\"}\n"
+            "{\"path\":\"\\u00fc\",\"error\":{\"reason\":\"No such file or directory\","
+            "\"offset\":null}}\n");
+  EXPECT_EQ(outcome.err, "ksv: ü: No such file or directory\n");
 }
 
 TEST_F(Summary, writes_in_the_charset_that_is_asked_for) {

@@ -57,6 +57,28 @@ TEST_F(Usage, needs_a_job_that_exists) {
   expectWrong({"--frobnicate"}, "--frobnicate");
 }
 
+TEST_F(Usage, tells_a_bad_number_in_a_few_words) {
+  const std::string bytes = "is no number from 0 to 9223372036854775807 (see 'ksv cut --help')\n";
+  for (const std::string number : {"abc", "-3", "3x", "", "1e3", "0x10", "9223372036854775808"}) {
+    const Outcome outcome = ksv({"cut", "-c", "utf8", "-n", number}, "text");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.err, "ksv: cut: --bytes: '" + number + "' " + bytes);
+  }
+  for (const std::string job : {"detect", "check", "summary"}) {
+    const Outcome outcome = ksv({job, "-j", "0"});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.err, "ksv: " + job + ": --jobs: '0' is no number from 1 to 256 (see 'ksv " +
+                               job + " --help')\n");
+  }
+  expectWrong({"convert", "-t", "utf8", "-j", "257"}, "--jobs: '257' is no number from 1 to 256");
+  expectWrong({"convert", "-t", "utf8", "-j", "x"}, "--jobs: 'x' is no number from 1 to 256");
+}
+
+TEST_F(Usage, refuses_what_other_programs_take_behind_a_charset) {
+  expectWrong({"convert", "-t", "latin1//TRANSLIT"}, "--unmappable replace");
+  expectWrong({"convert", "-f", "utf8//IGNORE", "-t", "latin1"}, "--invalid skip");
+}
+
 TEST_F(Usage, convert_needs_a_target) {
   expectWrong({"convert", "-f", "utf8"}, "--to is required");
 }

@@ -1,0 +1,85 @@
+#include "output_charset.h"
+
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "failure.h"
+#include "ksv_cconv.h"
+#include "text_conversion.h"
+
+namespace ksv_cli {
+namespace {
+
+class TextSource : public ByteSource {
+ public:
+  explicit TextSource(std::string_view text) : text_(text) {}
+
+  size_t read(uint8_t* buffer, size_t size) override {
+    const size_t count = text_.copy(reinterpret_cast<char*>(buffer), size);
+    text_.remove_prefix(count);
+    return count;
+  }
+
+ private:
+  std::string_view text_;
+};
+
+class TextSink : public ByteSink {
+ public:
+  void write(const uint8_t* bytes, size_t size) override {
+    text.append(reinterpret_cast<const char*>(bytes), size);
+  }
+
+  std::string text;
+};
+
+std::string converted(const ConversionSettings& settings, const std::string& text) {
+  TextSource source(text);
+  TextSink sink;
+  convertText(settings, source, sink);
+  return std::move(sink.text);
+}
+
+// The library's own replacements are wide characters, which charsets without them get
+// nothing for.
+bool hasReplacement(const ConversionSettings& settings) {
+  constexpr size_t kCode = 2;
+  ConverterRecord record{};
+  cconvInitConvert(&record, &settings.options, settings.target.name.c_str());
+  return record.wideReplacement[kCode] != 0;
+}
+
+}  // namespace
+
+OutputCharset::OutputCharset(const CharsetNames& names, const std::string& name, Lacking lacking) {
+  const std::optional<CharsetChoice> target = names.find(name);
+  const std::optional<CharsetChoice> source = names.find("UTF-8");
+  if (!target) throw UsageError(names.unknown(name));
+  if (!source) throw UsageError(names.unknown("UTF-8"));
+  settings_.source = *source;
+  settings_.target = *target;
+  ConvertOptions& options = settings_.options;
+  options.outputBigEndian = !target->hasByteOrder() || target->order == ByteOrder::kBig;
+  options.replaceUnmappable = 1;
+  if (lacking == Lacking::kIsShown && !hasReplacement(settings_))
+    options.narrowReplacement = options.wideReplacement = '?';
+}
+
+bool OutputCharset::holds(const std::string& utf8) const {
+  if (isUnicode()) return true;
+  ConversionSettings strict = settings_;
+  strict.options.replaceUnmappable = 0;
+  try {
+    converted(strict, utf8);
+    return true;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
+std::string OutputCharset::encoded(const std::string& utf8) const {
+  return settings_.target.form == UnicodeForm::kUtf8 ? utf8 : converted(settings_, utf8);
+}
+
+}  // namespace ksv_cli

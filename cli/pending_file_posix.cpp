@@ -1,0 +1,223 @@
+#include "pending_file_posix.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include "descriptor_posix.h"
+#include "file_attributes_posix.h"
+#include "in_place.h"
+#include "platform.h"
+#include "temporary_names_posix.h"
+
+namespace ksv_cli::platform {
+namespace {
+
+mode_t modeOfNewFiles = 0666;
+
+std::string directoryOf(const std::string& path) {
+  return std::filesystem::path(path).parent_path().string();
+}
+
+// Where a chain of links ends, whether or not a file is there.
+std::string linkEnd(const std::string& path) {
+  constexpr int kMostLinks = 40;
+  std::filesystem::path place = path;
+  std::error_code error;
+  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(place, error); ++i) {
+    const std::filesystem::path next = std::filesystem::read_symlink(place, error);
+    if (error) break;
+    place = next.is_absolute() ? next : place.parent_path() / next;
+  }
+  return place.string();
+}
+
+bool isOneOf(int error, std::initializer_list<int> errors) {
+  for (const int other : errors)
+    if (error == other) return true;
+  return false;
+}
+
+// What has no disk behind it has nothing to wait for.
+void synchronise(int number) {
+  if (::fsync(number) != 0 && !isOneOf(errno, {EINVAL, ENOTSUP, EROFS})) fail(errno);
+}
+
+// A directory that may be written to, but not read, waits for all there is.
+void synchroniseDirectory(const std::string& path) {
+  const std::string name = path.empty() ? "." : path;
+  const Descriptor directory(::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (directory.isOpen())
+    synchronise(directory.number());
+  else
+    ::sync();
+}
+
+timespec timeOf(int64_t nanoseconds) {
+  constexpr int64_t kSecond = 1'000'000'000;
+  const int64_t part = (nanoseconds % kSecond + kSecond) % kSecond;
+  return {static_cast<time_t>((nanoseconds - part) / kSecond), static_cast<long>(part)};
+}
+
+// The steps that both kinds of pending files are made of.
+class PosixPendingFile : public PendingFile {
+ public:
+  explicit PosixPendingFile(const std::string& path)
+      : place_(linkEnd(path)), file_(directoryOf(place_)) {}
+
+  void write(const uint8_t* bytes, size_t size) override {
+    file_.descriptor().writeAll(bytes, size);
+  }
+
+ protected:
+  const std::string& place() const { return place_; }
+  PassingFile& file() { return file_; }
+  int number() { return file_.descriptor().number(); }
+
+  void takePlace() {
+    if (!file_.renameTo(place_)) fail(errno);
+  }
+
+ private:
+  std::string place_;
+  PassingFile file_;
+};
+
+class NewFile : public PosixPendingFile {
+ public:
+  using PosixPendingFile::PosixPendingFile;
+
+  void commit() override {
+    const bool replaces = fileFacts(place()).kind != FileKind::kMissing;
+    if (replaces) {
+      handOnAttributes(place(), number(), WhatIsRefused::kGivesUp);
+      synchronise(number());
+    } else if (::fchmod(number(), modeOfNewFiles) != 0) {
+      fail(errno);
+    }
+    file().descriptor().closeChecked();
+    {
+      const NamesSection section;
+      takePlace();
+    }
+    if (replaces) synchroniseDirectory(directoryOf(place()));
+  }
+};
+
+class ConvertedFile : public PosixPendingFile {
+ public:
+  ConvertedFile(const std::string& path, const InPlace& how) : PosixPendingFile(path), how_(how) {}
+
+  void commit() override {
+    if (haveSameBytes(*openInput(file().path()), *openInput(place()))) return;
+    handOnAttributes(place(), number(), WhatIsRefused::kFails);
+    if (how_.keepsTimes) handOnTimes();
+    synchronise(number());
+    file().descriptor().closeChecked();
+    replaceOriginal();
+    synchroniseDirectory(directoryOf(place()));
+  }
+
+ private:
+  void handOnTimes() {
+    const timespec times[2] = {timeOf(how_.original.readTime), timeOf(how_.original.writeTime)};
+    if (::futimens(number(), times) != 0) fail(errno);
+  }
+
+  void replaceOriginal() {
+    const NamesSection section;
+    checkThatNothingIsLost(how_.original, fileFacts(place()));
+    if (how_.backup.empty()) return takePlace();
+    keepOriginal();
+    try {
+      takePlace();
+    } catch (const Failure&) {
+      restoreOriginal();
+      throw;
+    }
+  }
+
+  // By a link, so that there is a file under the old name at every instant, or by a
+  // new name on volumes without links. Neither replaces what is there.
+  void keepOriginal() {
+    const char* from = place().c_str();
+    const char* to = how_.backup.c_str();
+    isLinked_ = ::link(from, to) == 0;
+    if (isLinked_) return;
+    const bool hasNoLinks = isOneOf(errno, {EPERM, ENOTSUP, ENOSYS, EMLINK});
+    if (hasNoLinks && ::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return;
+    if (errno == EEXIST) throw Failure("the backup " + how_.backup + " exists already");
+    throw Failure("the backup " + how_.backup +
+                  " cannot be made: " + std::generic_category().message(errno));
+  }
+
+  void restoreOriginal() const {
+    if (isLinked_)
+      ::unlink(how_.backup.c_str());
+    else
+      ::renameat2(AT_FDCWD, how_.backup.c_str(), AT_FDCWD, place().c_str(), RENAME_NOREPLACE);
+  }
+
+  const InPlace how_;
+  bool isLinked_ = false;
+};
+
+// What fails here has nothing to do with the input that is copied.
+template <typename Action>
+auto onTemporaryFile(Action action) {
+  try {
+    return action();
+  } catch (const Failure& failure) {
+    throw Failure(std::string("a temporary file cannot be written: ") + failure.what());
+  }
+}
+
+class PosixTemporaryFile : public TemporaryFile {
+ public:
+  explicit PosixTemporaryFile(const std::string& directory) : file_(directory) {}
+
+  void write(const uint8_t* bytes, size_t size) override {
+    onTemporaryFile([&] { file_.descriptor().writeAll(bytes, size); });
+  }
+  const std::string& finish() override {
+    onTemporaryFile([&] { file_.descriptor().closeChecked(); });
+    return file_.path();
+  }
+
+ private:
+  PassingFile file_;
+};
+
+}  // namespace
+
+void readModeOfNewFiles() {
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  modeOfNewFiles = 0666 & ~mask;
+}
+
+std::unique_ptr<PendingFile> PendingFile::create(const std::string& path) {
+  if (fileFacts(path).kind == FileKind::kDirectory) fail(EISDIR);
+  return std::make_unique<NewFile>(path);
+}
+
+std::unique_ptr<PendingFile> PendingFile::createInPlace(const std::string& path,
+                                                        const InPlace& how) {
+  return std::make_unique<ConvertedFile>(path, how);
+}
+
+std::unique_ptr<TemporaryFile> TemporaryFile::create() {
+  const std::string directory = environmentValue("TMPDIR");
+  return onTemporaryFile(
+      [&] { return std::make_unique<PosixTemporaryFile>(directory.empty() ? "/tmp" : directory); });
+}
+
+}  // namespace ksv_cli::platform

@@ -1,0 +1,32 @@
+// What is wrong with a code table.
+#ifndef KSV_CLI_TABLE_LINT_H
+#define KSV_CLI_TABLE_LINT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "rule_source.h"
+
+namespace ksv_cli {
+
+struct Fault {
+  std::string file;  // its name in the charset directory
+  size_t line = 0;   // 0: of the file as a whole
+  std::string reason;
+};
+
+struct TableUse {
+  std::string file;
+  TextForm form;           // that of the rule file that declares the table
+  std::string declaredBy;  // that file
+  unsigned width;          // bytes of a code
+};
+
+// Looks at the text and at its compiled copy.
+void lintTable(const std::string& directory, const TableUse& use, std::vector<Fault>& faults);
+
+}  // namespace ksv_cli
+
+#endif
