@@ -9,7 +9,6 @@
 #include "inputs.h"
 #include "platform.h"
 #include "text_conversion.h"
-#include "text_detection.h"
 #include "work_list.h"
 
 namespace ksv_cli {
@@ -107,11 +106,11 @@ class FileResult : public Result {
 
 class Batch {
  public:
-  Batch(const ConversionSettings& settings, const CharsetNames& names, const OutputPlan& plan,
+  Batch(const ConversionSettings& settings, const SourceFinder& find, const OutputPlan& plan,
         const std::vector<std::string>& inputs)
       : first_(settings),
         others_(settings),
-        names_(names),
+        find_(find),
         plan_(plan),
         inputs_(inputs),
         list_(inputs) {
@@ -184,10 +183,9 @@ class Batch {
   // Opens the text, and finds out its charset when none is given.
   std::unique_ptr<ByteSource> openText(const std::string& input, ConversionSettings& settings) {
     if (!settings.source.name.empty()) return openInput(input);
-    DetectedText text = openAndDetect(input, nullptr);
-    ChosenSource chosen = chooseSource(text, names_);
-    list_.console().report(nameForMessages(input), chosen.reason);
-    settings.source = std::move(chosen.charset);
+    JudgedText text = find_(input);
+    list_.console().report(nameForMessages(input), text.chosen.reason);
+    settings.source = std::move(text.chosen.charset);
     return std::move(text.source);
   }
 
@@ -210,7 +208,7 @@ class Batch {
 
   ConversionSettings first_;
   ConversionSettings others_;
-  const CharsetNames& names_;
+  const SourceFinder& find_;
   const OutputPlan& plan_;
   const std::vector<std::string>& inputs_;
   WorkList list_;
@@ -218,9 +216,9 @@ class Batch {
 
 }  // namespace
 
-int convertBatch(const ConversionSettings& settings, const CharsetNames& names,
+int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
                  const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs) {
-  return Batch(settings, names, plan, inputs).run(jobs);
+  return Batch(settings, find, plan, inputs).run(jobs);
 }
 
 }  // namespace ksv_cli

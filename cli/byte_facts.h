@@ -1,0 +1,37 @@
+// What can be seen of a text without knowing its charset, in one pass.
+#ifndef KSV_CLI_BYTE_FACTS_H
+#define KSV_CLI_BYTE_FACTS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "streams.h"
+
+namespace ksv_cli {
+
+struct ByteFacts {
+  uint64_t size = 0;
+  uint8_t first = 0;
+  // How often a byte stands behind another one: pairs[before * 256 + byte].
+  std::vector<uint64_t> pairs;
+  bool isUsed[256] = {};
+
+  bool isUtf8 = false;     // well-formed
+  bool isIso2022 = false;  // well-formed, with a known escape sequence
+  // An escape sequence that only text in ISO-2022-JP has: those that go back to single
+  // bytes are written by terminals, too.
+  bool designatesPairs = false;
+  bool designatesPlanes = false;  // those of JIS X 0213
+
+  // A byte above 7F, and a control code that texts do not have.
+  bool isAscii() const;
+  bool hasOddControls() const;
+};
+
+// Throws Failure when the text cannot be read.
+ByteFacts byteFacts(ByteSource& source);
+
+}  // namespace ksv_cli
+
+#endif
