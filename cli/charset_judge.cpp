@@ -15,21 +15,29 @@
 namespace ksv_cli {
 namespace {
 
-// How many bits a reading has to lead by: 16 bits mean that it is 65,536 times likelier. A
-// long text has to show more, since no model is quite true.
+// How many bits a reading has to lead by: 12 bits mean that it is 4,096 times likelier. A
+// long text has to show more, since no model is quite true, and most in the charsets of
+// one byte: text all in capitals reads as small letters in a charset that has them swapped.
 constexpr uint64_t kClearLead = 12 * kBit;
-constexpr uint64_t kPartOfCost = 32;
-
-// The same among the charsets of a language that is known.
 constexpr uint64_t kClearLeadInLanguage = 8 * kBit;
+constexpr uint64_t kBytesPerBitOfLead = 5;
+constexpr uint64_t kSingleBytesPerBitOfLead = 1;
 
 // What a reading in another language has to be better by to be believed against the
 // language that was named.
-constexpr uint64_t kBeliefInLanguage = 10 * kBit;
+constexpr uint64_t kBeliefInLanguage = 4 * kBit;
 
-// What a byte above 7F costs in a charset that nobody here knows: hardly less than the
-// seven bits that one byte in 128 takes. A reading that is no better is none.
+// What UTF-8 with but a few characters of two bytes, which other charsets have by chance, may
+// cost more than another reading.
+constexpr uint64_t kBeliefInUtf8 = 4 * kBit;
+constexpr uint64_t kFewCharacters = 16;
+
+// What text costs in a charset that nobody here knows: a byte above 7F hardly less than the
+// seven bits that one in 128 takes, and a change from ASCII what it costs in every language. A
+// reading that is no better is none.
 constexpr uint64_t kCostOfUnknownByte = 26;
+constexpr uint64_t kCostOfLeavingAscii = 14;
+constexpr uint64_t kCostOfAsciiByte = 5 * kBit;
 
 constexpr size_t kMostNamed = 6;
 
@@ -68,7 +76,9 @@ constexpr UnicodeCandidate kUnicodeCandidates[] = {
 
 constexpr char kAscii[] = "ISO-646IRV";
 constexpr char kUtf8[] = "UTF-8";
+// Of mail the form that has the characters of vendors comes first.
 constexpr char kMail[] = "ISO-2022-JP";
+constexpr char kMailAsRead[] = "CP50220";
 constexpr char kMailWithPlanes[] = "ISO-2022-JP-2004";
 constexpr char kItsBytesFit[] = "its bytes fit best";
 
@@ -165,14 +175,27 @@ bool canDeclareItself(const CharsetChoice& charset) {
   return !charset.hasByteOrder() && charset.name != "euc-jp-fix" && charset.name != "oasys_online";
 }
 
-uint64_t costOfUnknown(const ByteFacts& facts) {
-  uint64_t high = 0;
-  uint64_t ascii = 0;
+uint64_t highBytes(const ByteFacts& facts) {
+  uint64_t count = facts.first >> 7;
   for (size_t pair = 0; pair < facts.pairs.size(); ++pair)
-    ((pair & 0x80) != 0 ? high : ascii) += facts.pairs[pair];
-  ((facts.first & 0x80) != 0 ? high : ascii) += 1;
-  constexpr uint64_t kAsciiByte = 5 * kBit;
-  return high * kCostOfUnknownByte + ascii * kAsciiByte;
+    if ((pair & 0x80) != 0) count += facts.pairs[pair];
+  return count;
+}
+
+uint64_t costOfUnknown(const ByteFacts& facts) {
+  const uint64_t high = highBytes(facts);
+  uint64_t changes = facts.first >> 7;
+  for (size_t pair = 0; pair < facts.pairs.size(); ++pair)
+    if ((pair & 0x8080) == 0x0080) changes += facts.pairs[pair];
+  return high * kCostOfUnknownByte + changes * kCostOfLeavingAscii +
+         (facts.size - high) * kCostOfAsciiByte;
+}
+
+// Whether UTF-8 has but characters that a few pairs of bytes in another charset look like.
+bool mayBeChance(const ByteFacts& facts) {
+  for (size_t byte = 0xE0; byte < 0x100; ++byte)
+    if (facts.isUsed[byte]) return false;
+  return highBytes(facts) <= 2 * kFewCharacters;
 }
 
 std::string joinedByOr(const std::vector<std::string>& names) {
@@ -194,7 +217,7 @@ struct CharsetJudge::Reading {
 
   bool isSameText(const Reading& other, const ByteFacts& facts) const {
     if (table != nullptr && other.table != nullptr)
-      return table->readsAlike(*other.table, facts);
+      return table->differingBytes(*other.table, facts) == 0;
     return table == nullptr && other.table == nullptr && hash == other.hash;
   }
 };
@@ -234,7 +257,7 @@ JudgedText CharsetJudge::judge(const std::string& input) const {
   if (!chosen) chosen = byDeclaration(text);
   if (chosen) return {text.release(), *chosen};
   const ByteFacts facts = byteFacts(*text.reopen());
-  chosen = byForm(text, facts);
+  chosen = byForm(facts);
   if (!chosen) chosen = byReadings(text, facts);
   return {text.release(), *chosen};
 }
@@ -270,21 +293,21 @@ std::optional<ChosenSource> CharsetJudge::byDeclaration(RereadableText& text) co
                                           "it declares " + *name)};
 }
 
-std::optional<ChosenSource> CharsetJudge::byForm(RereadableText& text,
-                                                 const ByteFacts& facts) const {
-  const auto chosen = [&](const char* name) -> std::optional<ChosenSource> {
-    const std::optional<CharsetChoice> charset = names_.findSource(name);
+std::optional<ChosenSource> CharsetJudge::byForm(const ByteFacts& facts) const {
+  const auto chosen = [&](const char* name, const char* read) -> std::optional<ChosenSource> {
+    const std::optional<CharsetChoice> charset = names_.findSource(read);
     if (!charset) return std::nullopt;
-    return ChosenSource{*charset, reasonFor(name, name, ByteOrder::kOpen, kItsBytesFit)};
+    return ChosenSource{*charset, reasonFor(name, read, ByteOrder::kOpen, kItsBytesFit)};
   };
-  (void)text;
   // Text whose escape sequences name pairs is mail, though it be damaged: then it is told
   // where.
-  if (facts.isIso2022 || (facts.designatesPairs && facts.isAscii()))
-    return chosen(facts.designatesPlanes ? kMailWithPlanes : kMail);
+  if (facts.isIso2022 || (facts.designatesPairs && facts.isAscii())) {
+    if (facts.designatesPlanes) return chosen(kMailWithPlanes, kMailWithPlanes);
+    return chosen(kMail, names_.find(kMailAsRead) ? kMailAsRead : kMail);
+  }
   if (facts.hasOddControls()) return std::nullopt;
-  if (facts.isAscii()) return chosen(kAscii);
-  if (facts.isUtf8) return chosen(kUtf8);
+  if (facts.isAscii()) return chosen(kAscii, kAscii);
+  if (facts.isUtf8 && !mayBeChance(facts)) return chosen(kUtf8, kUtf8);
   return std::nullopt;
 }
 
@@ -348,25 +371,37 @@ void CharsetJudge::addSingleByteCharsets(const ByteFacts& facts,
                           table.cost(facts), 0, &table});
 }
 
+// Between two charsets of one byte only the bytes count that are different characters in them.
+uint64_t CharsetJudge::clearLead(const Reading& best, const Reading* other,
+                                 const ByteFacts& facts) const {
+  const uint64_t least = language_ ? kClearLeadInLanguage : kClearLead;
+  const bool areTables = best.table != nullptr && other != nullptr && other->table != nullptr;
+  const uint64_t bytes =
+      areTables ? best.table->differingBytes(*other->table, facts) : highBytes(facts);
+  return least + bytes * kBit / (best.table != nullptr ? kSingleBytesPerBitOfLead : kBytesPerBitOfLead);
+}
+
 // The names of the readings that the best one does not clearly lead.
 std::vector<std::string> CharsetJudge::rivals(const std::vector<Reading>& readings,
                                               const Reading& best, const ByteFacts& facts) const {
   std::vector<std::string> names;
-  const uint64_t lead =
-      (language_ ? kClearLeadInLanguage : kClearLead) + best.cost / kPartOfCost;
   for (const Reading& reading : readings) {
     if (&reading == &best || reading.isSameText(best, facts)) continue;
-    const bool isRival = reading.isAllowed ? reading.cost < best.cost + lead
+    const bool isRival = reading.isAllowed ? reading.cost < best.cost + clearLead(best, &reading, facts)
                                            : reading.cost + kBeliefInLanguage < best.cost;
     if (isRival) names.push_back(reading.name);
   }
   const uint64_t unknown = costOfUnknown(facts);
-  if (!language_ && unknown < best.cost + lead) names.push_back("another charset");
+  if (!language_ && unknown < best.cost + clearLead(best, nullptr, facts)) names.push_back("another charset");
   return names;
 }
 
 ChosenSource CharsetJudge::choose(const std::vector<Reading>& readings,
                                   const ByteFacts& facts) const {
+  const auto isUtf8 = [](const Reading& reading) { return reading.name == kUtf8; };
+  const auto utf8 = std::find_if(readings.begin(), readings.end(), isUtf8);
+  if (utf8 != readings.end() && utf8->cost <= readings.front().cost + kBeliefInUtf8)
+    return chosenReading(*utf8);
   const auto best = std::find_if(readings.begin(), readings.end(),
                                  [](const Reading& reading) { return reading.isAllowed; });
   if (best == readings.end()) throw Failure("no charset fits its bytes; --from names one");
@@ -380,9 +415,12 @@ ChosenSource CharsetJudge::choose(const std::vector<Reading>& readings,
     throw Failure("may be " + joinedByOr(names) + "; --from names one of them, --guess takes " +
                   best->name);
   }
-  const ByteOrder order = best->charset.order;
-  return {best->charset,
-          reasonFor(best->name, best->charset.display, order, kItsBytesFit)};
+  return chosenReading(*best);
+}
+
+ChosenSource CharsetJudge::chosenReading(const Reading& reading) {
+  const CharsetChoice& charset = reading.charset;
+  return {charset, reasonFor(reading.name, charset.display, charset.order, kItsBytesFit)};
 }
 
 }  // namespace ksv_cli

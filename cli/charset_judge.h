@@ -52,7 +52,7 @@ class CharsetJudge {
 
   std::optional<ChosenSource> byMark(const std::vector<uint8_t>& beginning) const;
   std::optional<ChosenSource> byDeclaration(RereadableText& text) const;
-  std::optional<ChosenSource> byForm(RereadableText& text, const ByteFacts& facts) const;
+  std::optional<ChosenSource> byForm(const ByteFacts& facts) const;
   ChosenSource byReadings(RereadableText& text, const ByteFacts& facts) const;
 
   std::vector<Reading> readings(RereadableText& text, const ByteFacts& facts) const;
@@ -62,6 +62,8 @@ class CharsetJudge {
                        std::vector<Reading>& readings) const;
   void addSingleByteCharsets(const ByteFacts& facts, std::vector<Reading>& readings) const;
   ChosenSource choose(const std::vector<Reading>& readings, const ByteFacts& facts) const;
+  static ChosenSource chosenReading(const Reading& reading);
+  uint64_t clearLead(const Reading& best, const Reading* other, const ByteFacts& facts) const;
   std::vector<std::string> rivals(const std::vector<Reading>& readings, const Reading& best,
                                   const ByteFacts& facts) const;
 

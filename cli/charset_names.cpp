@@ -42,7 +42,8 @@ std::string displayName(const std::string& lowerName) {
 }
 
 CharsetKind kindOf(std::string_view lowerName) {
-  return lowerName.starts_with("iso-2022-jp") ? CharsetKind::kIso2022 : CharsetKind::kCharset;
+  const bool isIso2022 = lowerName.starts_with("iso-2022-jp") || lowerName.starts_with("cp50220");
+  return isIso2022 ? CharsetKind::kIso2022 : CharsetKind::kCharset;
 }
 
 CharsetChoice makeChoice(const std::string& lowerName, ByteOrder order) {
@@ -60,8 +61,9 @@ constexpr ReadOnlyEncoding kReadOnly[] = {
     {"HZ-GB-2312", CharsetKind::kHz, "chinesegbk"},
 };
 
-constexpr char kMailCharset[] = "iso-2022-jp";
-constexpr char kMailCharsetWithKana[] = "iso-2022-jp-kana";
+// Charsets of mail that are read by a form of theirs that has half-width katakana.
+constexpr std::string_view kMailCharsets[] = {"iso-2022-jp", "cp50220"};
+constexpr std::string_view kWithKana = "-kana";
 
 bool isNameOf(const std::string& wanted, const char* charset) {
   if (lowered(charset) == wanted) return true;
@@ -95,8 +97,9 @@ std::optional<CharsetChoice> CharsetNames::find(std::string_view name) const {
 std::optional<CharsetChoice> CharsetNames::findSource(std::string_view name) const {
   std::optional<CharsetChoice> choice = find(name);
   if (choice) {
-    if (choice->name == kMailCharset && holds(kMailCharsetWithKana))
-      choice->name = kMailCharsetWithKana;
+    for (const std::string_view charset : kMailCharsets)
+      if (choice->name == charset && holds(choice->name + std::string(kWithKana)))
+        choice->name += kWithKana;
     return choice;
   }
   const std::string wanted = lowered(name);

@@ -73,10 +73,13 @@ uint64_t SingleByteTable::cost(const ByteFacts& facts) const {
   return total;
 }
 
-bool SingleByteTable::readsAlike(const SingleByteTable& other, const ByteFacts& facts) const {
-  for (size_t byte = 0; byte < characters.size(); ++byte)
-    if (facts.isUsed[byte] && characters[byte] != other.characters[byte]) return false;
-  return true;
+uint64_t SingleByteTable::differingBytes(const SingleByteTable& other,
+                                         const ByteFacts& facts) const {
+  const auto differs = [&](size_t byte) { return characters[byte] != other.characters[byte]; };
+  uint64_t count = differs(facts.first) ? 1 : 0;
+  for (size_t pair = 0; pair < facts.pairs.size(); ++pair)
+    if (differs(pair & 0xFF)) count += facts.pairs[pair];
+  return count;
 }
 
 const std::vector<SingleByteTable>& SingleByteTables::all(const CharsetNames& names) const {

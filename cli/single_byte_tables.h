@@ -25,7 +25,8 @@ struct SingleByteTable {
   // Whether every byte of the text is a character, and what the text costs.
   bool holds(const ByteFacts& facts) const;
   uint64_t cost(const ByteFacts& facts) const;
-  bool readsAlike(const SingleByteTable& other, const ByteFacts& facts) const;
+  // How many bytes of the text are other characters in the other charset.
+  uint64_t differingBytes(const SingleByteTable& other, const ByteFacts& facts) const;
 };
 
 class SingleByteTables {
