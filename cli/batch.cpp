@@ -175,9 +175,17 @@ class Batch {
     ConversionSettings settings = index == 0 ? first_ : others_;
     auto source = std::make_unique<MeteredSource>(openText(input, settings), list_.console());
     const std::unique_ptr<Result> result = openResult(index);
-    convertText(settings, *source, *result);
+    const ConversionCounts counts = convertText(settings, *source, *result);
     source.reset();  // not every system replaces a file that is open
     result->complete();
+    tell(input, counts);
+  }
+
+  // The result is there all the same: that it lacks something is the failure.
+  void tell(const std::string& input, const ConversionCounts& counts) {
+    if (!counts.any()) return;
+    if (first_.isStrict) throw Failure(counts.inWords());
+    list_.console().report(nameForMessages(input), counts.inWords());
   }
 
   // Opens the text, and finds out its charset when none is given.

@@ -26,6 +26,8 @@ constexpr uint64_t kSingleBytesPerBitOfLead = 1;
 // What a reading in another language has to be better by to be believed against the
 // language that was named.
 constexpr uint64_t kBeliefInLanguage = 4 * kBit;
+// In fewer bytes there is nothing to be seen, and the language alone has to do.
+constexpr uint64_t kLeastToSee = 6;
 
 // What UTF-8 with but a few characters of two bytes, which other charsets have by chance, may
 // cost more than another reading.
@@ -39,9 +41,10 @@ constexpr uint64_t kCostOfUnknownByte = 26;
 constexpr uint64_t kCostOfLeavingAscii = 14;
 constexpr uint64_t kCostOfAsciiByte = 5 * kBit;
 
-constexpr size_t kMostNamed = 6;
+constexpr size_t kMostNamed = 8;
 
-// A text without a NUL is hardly in UTF-16: from here on it would have no line end.
+// A text without a NUL would be UTF-16 without a blank or a line end. That is not read, but up
+// to this length it can speak against other readings.
 constexpr uint64_t kLongestLine = 4096;
 
 struct PairCharset {
@@ -64,15 +67,10 @@ constexpr PairCharset kPairCharsets[] = {
 
 struct UnicodeCandidate {
   const char* name;
-  ByteOrder order;
   uint64_t unit;
 };
 constexpr UnicodeCandidate kUnicodeCandidates[] = {
-    {"UTF-16", ByteOrder::kLittle, 2},
-    {"UTF-16", ByteOrder::kBig, 2},
-    {"ISO-10646-UCS-4", ByteOrder::kLittle, 4},
-    {"ISO-10646-UCS-4", ByteOrder::kBig, 4},
-};
+    {"UTF-16LE", 2}, {"UTF-16BE", 2}, {"UCS-4LE", 4}, {"UCS-4BE", 4}};
 
 constexpr char kAscii[] = "ISO-646IRV";
 constexpr char kUtf8[] = "UTF-8";
@@ -80,6 +78,7 @@ constexpr char kUtf8[] = "UTF-8";
 constexpr char kMail[] = "ISO-2022-JP";
 constexpr char kMailAsRead[] = "CP50220";
 constexpr char kMailWithPlanes[] = "ISO-2022-JP-2004";
+constexpr char kAnother[] = "another charset";
 constexpr char kItsBytesFit[] = "its bytes fit best";
 
 // A source that remembers that it failed itself, whatever becomes of the failure.
@@ -210,10 +209,14 @@ std::string joinedByOr(const std::vector<std::string>& names) {
 struct CharsetJudge::Reading {
   std::string name;
   CharsetChoice charset;
-  bool isAllowed;  // of the language that is known
+  bool isAllowed;  // of the language that is known, or of none
+  bool isUnicode;
   uint64_t cost;
   uint64_t hash;
   const SingleByteTable* table;
+
+  // What is valid as UTF-8 is never read as anything else, though it may be refused.
+  bool isUtf8() const { return name == kUtf8; }
 
   bool isSameText(const Reading& other, const ByteFacts& facts) const {
     if (table != nullptr && other.table != nullptr)
@@ -339,26 +342,26 @@ void CharsetJudge::addCharsetsOfPairs(RereadableText& text, const ByteFacts& fac
     if (!charset || !weigh(text, names_, *charset, weighing)) continue;
     const bool isAllowed = !language_ || *language_ == known.language;
     readings.push_back(
-        {known.name, *charset, isAllowed, weighing.leastCost(), weighing.hash(), nullptr});
+        {known.name, *charset, isAllowed, false, weighing.leastCost(), weighing.hash(), nullptr});
   }
 }
 
 void CharsetJudge::addUnicodeForms(RereadableText& text, const ByteFacts& facts,
                                    std::vector<Reading>& readings) const {
-  const auto add = [&](const std::string& shown, const CharsetChoice& charset) {
+  const auto add = [&](const std::string& shown, const CharsetChoice& charset, bool isAllowed) {
     TextWeighing weighing(allLanguages());
     if (weigh(text, names_, charset, weighing))
-      readings.push_back({shown, charset, true, weighing.leastCost(), weighing.hash(), nullptr});
+      readings.push_back(
+          {shown, charset, isAllowed, true, weighing.leastCost(), weighing.hash(), nullptr});
   };
   if (facts.isUtf8)
     if (const auto charset = names_.findSource(facts.isAscii() ? kAscii : kUtf8))
-      add(charset->display, *charset);
+      add(charset->display, *charset, true);
   for (const UnicodeCandidate& candidate : kUnicodeCandidates) {
     const bool mayBe = facts.isUsed[0] || (candidate.unit == 2 && facts.size <= kLongestLine);
-    std::optional<CharsetChoice> charset = names_.findSource(candidate.name);
+    const std::optional<CharsetChoice> charset = names_.findSource(candidate.name);
     if (!mayBe || facts.size % candidate.unit != 0 || !charset) continue;
-    charset->order = candidate.order;
-    add(candidate.name, *charset);
+    add(candidate.name, *charset, facts.isUsed[0]);
   }
 }
 
@@ -367,7 +370,7 @@ void CharsetJudge::addSingleByteCharsets(const ByteFacts& facts,
   if (facts.isAscii()) return;
   for (const SingleByteTable& table : singleBytes_.all(names_))
     if (table.holds(facts))
-      readings.push_back({table.name, *names_.findSource(table.name), !language_,
+      readings.push_back({table.name, *names_.findSource(table.name), !language_, false,
                           table.cost(facts), 0, &table});
 }
 
@@ -387,19 +390,23 @@ std::vector<std::string> CharsetJudge::rivals(const std::vector<Reading>& readin
   std::vector<std::string> names;
   for (const Reading& reading : readings) {
     if (&reading == &best || reading.isSameText(best, facts)) continue;
-    const bool isRival = reading.isAllowed ? reading.cost < best.cost + clearLead(best, &reading, facts)
-                                           : reading.cost + kBeliefInLanguage < best.cost;
+    const bool isStranger = !reading.isAllowed && facts.size >= kLeastToSee;
+    const bool isRival =
+        reading.isAllowed
+            ? reading.isUtf8() || reading.cost < best.cost + clearLead(best, &reading, facts)
+            : isStranger && reading.cost + kBeliefInLanguage < best.cost;
     if (isRival) names.push_back(reading.name);
   }
-  const uint64_t unknown = costOfUnknown(facts);
-  if (!language_ && unknown < best.cost + clearLead(best, nullptr, facts)) names.push_back("another charset");
+  const bool mayBeUnknown = !language_ || best.isUnicode;
+  if (mayBeUnknown && costOfUnknown(facts) < best.cost + clearLead(best, nullptr, facts))
+    names.push_back(kAnother);
   return names;
 }
 
 ChosenSource CharsetJudge::choose(const std::vector<Reading>& readings,
                                   const ByteFacts& facts) const {
-  const auto isUtf8 = [](const Reading& reading) { return reading.name == kUtf8; };
-  const auto utf8 = std::find_if(readings.begin(), readings.end(), isUtf8);
+  const auto utf8 = std::find_if(readings.begin(), readings.end(),
+                                 [](const Reading& reading) { return reading.isUtf8(); });
   if (utf8 != readings.end() && utf8->cost <= readings.front().cost + kBeliefInUtf8)
     return chosenReading(*utf8);
   const auto best = std::find_if(readings.begin(), readings.end(),
@@ -410,17 +417,18 @@ ChosenSource CharsetJudge::choose(const std::vector<Reading>& readings,
     names.insert(names.begin(), best->name);
     if (names.size() > kMostNamed) {
       names.resize(kMostNamed);
-      names.back() = "another charset";
+      names.back() = kAnother;
     }
     throw Failure("may be " + joinedByOr(names) + "; --from names one of them, --guess takes " +
-                  best->name);
+                  names.front());
   }
   return chosenReading(*best);
 }
 
 ChosenSource CharsetJudge::chosenReading(const Reading& reading) {
   const CharsetChoice& charset = reading.charset;
-  return {charset, reasonFor(reading.name, charset.display, charset.order, kItsBytesFit)};
+  const std::string& held = reading.isUnicode ? charset.display : reading.name;
+  return {charset, reasonFor(held, charset.display, charset.order, kItsBytesFit)};
 }
 
 }  // namespace ksv_cli

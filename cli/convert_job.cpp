@@ -75,6 +75,7 @@ struct Arguments {
   std::string detectLanguage;
   bool guess = false;
   bool classic = false;
+  bool strict = false;
   size_t jobs = 1;
   size_t blockSize = ConversionSettings{}.blockSize;
 };
@@ -179,6 +180,7 @@ ConversionSettings conversionSettings(const Arguments& arguments, const GivenOpt
   settings.target = findTarget(names, arguments.target);
   if (given.source) settings.source = findSource(names, arguments.source);
   settings.skipInvalid = arguments.invalid == "skip";
+  settings.isStrict = arguments.strict;
   settings.blockSize = arguments.blockSize;
 
   ConvertOptions& options = settings.options;
@@ -262,6 +264,8 @@ void addCharacterOptions(CLI::App& job, Arguments& arguments) {
   job.add_option("--replacement", arguments.replacement,
                  "What --unmappable replace writes; default: a geta mark or ?")
       ->type_name("CHAR");
+  job.add_flag("--strict", arguments.strict,
+               "Exit with 1 when something was skipped or replaced; the result is written");
   job.add_option("--references", arguments.references,
                  "UCS-2 output: characters outside Windows-31J as &#x...; or &#...;")
       ->check(CLI::IsMember({"hex", "decimal"}))
