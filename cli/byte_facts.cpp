@@ -72,6 +72,13 @@ bool ByteFacts::isAscii() const {
   return std::find(isUsed + 0x80, std::end(isUsed), true) == std::end(isUsed);
 }
 
+uint64_t ByteFacts::highBytes() const {
+  uint64_t count = first >> 7;
+  for (const BytePair& pair : pairs)
+    if (pair.byte >= 0x80) count += pair.count;
+  return count;
+}
+
 bool ByteFacts::hasOddControls() const {
   constexpr std::string_view kUsual = "\b\t\n\v\f\r\x0E\x0F\x1A\x1B";
   for (size_t byte = 0; byte < 0x20; ++byte)
@@ -81,7 +88,7 @@ bool ByteFacts::hasOddControls() const {
 
 ByteFacts byteFacts(ByteSource& source) {
   ByteFacts facts;
-  facts.pairs.resize(256 * 256);
+  std::vector<uint64_t> pairs(256 * 256);
   Iso2022Scanner scanner;
   const auto scanUtf8 = [](const uint8_t* text, size_t length) {
     return scanUnicode(UnicodeForm::kUtf8, false, text, length);
@@ -98,7 +105,7 @@ ByteFacts byteFacts(ByteSource& source) {
     size_t at = 0;
     if (facts.size == 0) facts.first = before = block[at++];
     for (; at < count; ++at) {
-      ++facts.pairs[static_cast<size_t>(before) << 8 | block[at]];
+      ++pairs[static_cast<size_t>(before) << 8 | block[at]];
       before = block[at];
     }
     for (at = 0; at < count; ++at) escapes.take(block[at]);
@@ -106,9 +113,12 @@ ByteFacts byteFacts(ByteSource& source) {
     utf8.take(block.data(), count);
     iso2022.take(block.data(), count);
   }
+  for (size_t pair = 0; pair < pairs.size(); ++pair)
+    if (pairs[pair] != 0)
+      facts.pairs.push_back(
+          {static_cast<uint8_t>(pair >> 8), static_cast<uint8_t>(pair), pairs[pair]});
   if (facts.size != 0) facts.isUsed[facts.first] = true;
-  for (size_t pair = 0; pair < facts.pairs.size(); ++pair)
-    if (facts.pairs[pair] != 0) facts.isUsed[pair & 0xFF] = true;
+  for (const BytePair& pair : facts.pairs) facts.isUsed[pair.byte] = true;
   facts.isUtf8 = utf8.isWellFormed();
   facts.isIso2022 = iso2022.isWellFormed() && escapes.any();
   facts.designatesPairs = escapes.pairs();

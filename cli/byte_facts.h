@@ -10,11 +10,17 @@
 
 namespace ksv_cli {
 
+// How often a byte stands behind another one.
+struct BytePair {
+  uint8_t before;
+  uint8_t byte;
+  uint64_t count;
+};
+
 struct ByteFacts {
   uint64_t size = 0;
   uint8_t first = 0;
-  // How often a byte stands behind another one: pairs[before * 256 + byte].
-  std::vector<uint64_t> pairs;
+  std::vector<BytePair> pairs;  // those that there are
   bool isUsed[256] = {};
 
   bool isUtf8 = false;     // well-formed
@@ -26,6 +32,7 @@ struct ByteFacts {
 
   // A byte above 7F, and a control code that texts do not have.
   bool isAscii() const;
+  uint64_t highBytes() const;
   bool hasOddControls() const;
 };
 

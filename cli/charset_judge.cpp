@@ -35,11 +35,11 @@ constexpr uint64_t kBeliefInUtf8 = 4 * kBit;
 constexpr uint64_t kFewCharacters = 16;
 
 // What text costs in a charset that nobody here knows: a byte above 7F hardly less than the
-// seven bits that one in 128 takes, and a change from ASCII what it costs in every language. A
-// reading that is no better is none.
+// seven bits that one in 128 takes, and a change from ASCII and back hardly less than in any
+// language. A reading that is no better is none.
 constexpr uint64_t kCostOfUnknownByte = 26;
 constexpr uint64_t kCostOfLeavingAscii = 14;
-constexpr uint64_t kCostOfAsciiByte = 5 * kBit;
+constexpr uint64_t kCostOfReturn = 1 * kBit;
 
 constexpr size_t kMostNamed = 8;
 
@@ -174,27 +174,26 @@ bool canDeclareItself(const CharsetChoice& charset) {
   return !charset.hasByteOrder() && charset.name != "euc-jp-fix" && charset.name != "oasys_online";
 }
 
-uint64_t highBytes(const ByteFacts& facts) {
-  uint64_t count = facts.first >> 7;
-  for (size_t pair = 0; pair < facts.pairs.size(); ++pair)
-    if ((pair & 0x80) != 0) count += facts.pairs[pair];
-  return count;
-}
-
+// ASCII costs what it does in every language, or long texts of it would decide.
 uint64_t costOfUnknown(const ByteFacts& facts) {
-  const uint64_t high = highBytes(facts);
-  uint64_t changes = facts.first >> 7;
-  for (size_t pair = 0; pair < facts.pairs.size(); ++pair)
-    if ((pair & 0x8080) == 0x0080) changes += facts.pairs[pair];
-  return high * kCostOfUnknownByte + changes * kCostOfLeavingAscii +
-         (facts.size - high) * kCostOfAsciiByte;
+  const LanguageModel& model = LanguageModel::of(Language::kLatin);
+  const auto costOf = [&](uint8_t before, uint8_t byte) -> uint64_t {
+    const bool isBehindAscii = before < 0x80;
+    if (byte >= 0x80) return kCostOfUnknownByte + (isBehindAscii ? kCostOfLeavingAscii : 0);
+    const uint8_t group = LanguageModel::groupOf(byte);
+    const uint64_t cost = model.cost(LanguageModel::kStart, byte, group);
+    return cost + (isBehindAscii ? 0 : kCostOfReturn);
+  };
+  uint64_t total = costOf(' ', facts.first);
+  for (const BytePair& pair : facts.pairs) total += pair.count * costOf(pair.before, pair.byte);
+  return total;
 }
 
 // Whether UTF-8 has but characters that a few pairs of bytes in another charset look like.
 bool mayBeChance(const ByteFacts& facts) {
   for (size_t byte = 0xE0; byte < 0x100; ++byte)
     if (facts.isUsed[byte]) return false;
-  return highBytes(facts) <= 2 * kFewCharacters;
+  return facts.highBytes() <= 2 * kFewCharacters;
 }
 
 std::string joinedByOr(const std::vector<std::string>& names) {
@@ -374,14 +373,21 @@ void CharsetJudge::addSingleByteCharsets(const ByteFacts& facts,
                           table.cost(facts), 0, &table});
 }
 
+uint64_t CharsetJudge::leastLead() const { return language_ ? kClearLeadInLanguage : kClearLead; }
+
 // Between two charsets of one byte only the bytes count that are different characters in them.
-uint64_t CharsetJudge::clearLead(const Reading& best, const Reading* other,
+uint64_t CharsetJudge::clearLead(const Reading& best, const Reading& other,
                                  const ByteFacts& facts) const {
-  const uint64_t least = language_ ? kClearLeadInLanguage : kClearLead;
-  const bool areTables = best.table != nullptr && other != nullptr && other->table != nullptr;
-  const uint64_t bytes =
-      areTables ? best.table->differingBytes(*other->table, facts) : highBytes(facts);
-  return least + bytes * kBit / (best.table != nullptr ? kSingleBytesPerBitOfLead : kBytesPerBitOfLead);
+  if (best.table != nullptr && other.table != nullptr)
+    return leastLead() +
+           best.table->differingBytes(*other.table, facts) * kBit / kSingleBytesPerBitOfLead;
+  const uint64_t bytesPerBit =
+      best.table != nullptr ? kSingleBytesPerBitOfLead : kBytesPerBitOfLead;
+  return leastLead() + facts.highBytes() * kBit / bytesPerBit;
+}
+
+uint64_t CharsetJudge::leadOverUnknown(const ByteFacts& facts) const {
+  return leastLead() + facts.highBytes() * kBit / kBytesPerBitOfLead;
 }
 
 // The names of the readings that the best one does not clearly lead.
@@ -393,12 +399,12 @@ std::vector<std::string> CharsetJudge::rivals(const std::vector<Reading>& readin
     const bool isStranger = !reading.isAllowed && facts.size >= kLeastToSee;
     const bool isRival =
         reading.isAllowed
-            ? reading.isUtf8() || reading.cost < best.cost + clearLead(best, &reading, facts)
+            ? reading.isUtf8() || reading.cost < best.cost + clearLead(best, reading, facts)
             : isStranger && reading.cost + kBeliefInLanguage < best.cost;
     if (isRival) names.push_back(reading.name);
   }
   const bool mayBeUnknown = !language_ || best.isUnicode;
-  if (mayBeUnknown && costOfUnknown(facts) < best.cost + clearLead(best, nullptr, facts))
+  if (mayBeUnknown && costOfUnknown(facts) < best.cost + leadOverUnknown(facts))
     names.push_back(kAnother);
   return names;
 }

@@ -63,7 +63,9 @@ class CharsetJudge {
   void addSingleByteCharsets(const ByteFacts& facts, std::vector<Reading>& readings) const;
   ChosenSource choose(const std::vector<Reading>& readings, const ByteFacts& facts) const;
   static ChosenSource chosenReading(const Reading& reading);
-  uint64_t clearLead(const Reading& best, const Reading* other, const ByteFacts& facts) const;
+  uint64_t leastLead() const;
+  uint64_t clearLead(const Reading& best, const Reading& other, const ByteFacts& facts) const;
+  uint64_t leadOverUnknown(const ByteFacts& facts) const;
   std::vector<std::string> rivals(const std::vector<Reading>& readings, const Reading& best,
                                   const ByteFacts& facts) const;
 

@@ -65,11 +65,9 @@ uint64_t SingleByteTable::cost(const ByteFacts& facts) const {
   for (size_t byte = 0; byte < groups.size(); ++byte)
     groups[byte] = LanguageModel::groupOf(characters[byte]);
   uint64_t total = model.cost(LanguageModel::kStart, characters[facts.first], groups[facts.first]);
-  for (size_t pair = 0; pair < facts.pairs.size(); ++pair) {
-    if (facts.pairs[pair] == 0) continue;
-    const size_t byte = pair & 0xFF;
-    total += facts.pairs[pair] * model.cost(groups[pair >> 8], characters[byte], groups[byte]);
-  }
+  for (const BytePair& pair : facts.pairs)
+    total += pair.count *
+             model.cost(groups[pair.before], characters[pair.byte], groups[pair.byte]);
   return total;
 }
 
@@ -77,8 +75,8 @@ uint64_t SingleByteTable::differingBytes(const SingleByteTable& other,
                                          const ByteFacts& facts) const {
   const auto differs = [&](size_t byte) { return characters[byte] != other.characters[byte]; };
   uint64_t count = differs(facts.first) ? 1 : 0;
-  for (size_t pair = 0; pair < facts.pairs.size(); ++pair)
-    if (differs(pair & 0xFF)) count += facts.pairs[pair];
+  for (const BytePair& pair : facts.pairs)
+    if (differs(pair.byte)) count += pair.count;
   return count;
 }
 
