@@ -9,7 +9,6 @@
 #include "inputs.h"
 #include "platform.h"
 #include "text_conversion.h"
-#include "text_detection.h"
 #include "work_list.h"
 
 namespace ksv_cli {
@@ -118,11 +117,11 @@ class InPlaceResult : public Result {
 
 class Batch {
  public:
-  Batch(const ConversionSettings& settings, const CharsetNames& names, const OutputPlan& plan,
+  Batch(const ConversionSettings& settings, const SourceFinder& find, const OutputPlan& plan,
         const std::vector<std::string>& inputs)
       : first_(settings),
         others_(settings),
-        names_(names),
+        find_(find),
         plan_(plan),
         inputs_(inputs),
         list_(inputs) {
@@ -188,18 +187,25 @@ class Batch {
     ConversionSettings settings = index == 0 ? first_ : others_;
     auto source = std::make_unique<MeteredSource>(openText(input, settings), list_.console());
     const std::unique_ptr<Result> result = openResult(index, facts);
-    convertText(settings, *source, *result);
+    const ConversionCounts counts = convertText(settings, *source, *result);
     source.reset();  // not every system replaces a file that is open
     result->complete();
+    tell(input, counts);
+  }
+
+  // The result is there all the same: that it lacks something is the failure.
+  void tell(const std::string& input, const ConversionCounts& counts) {
+    if (!counts.any()) return;
+    if (first_.isStrict) throw Failure(counts.inWords());
+    list_.console().report(nameForMessages(input), counts.inWords());
   }
 
   // Opens the text, and finds out its charset when none is given.
   std::unique_ptr<ByteSource> openText(const std::string& input, ConversionSettings& settings) {
     if (!settings.source.name.empty()) return openInput(input);
-    DetectedText text = openAndDetect(input, nullptr);
-    ChosenSource chosen = chooseSource(text, names_);
-    list_.console().report(nameForMessages(input), chosen.reason);
-    settings.source = std::move(chosen.charset);
+    JudgedText text = find_(input);
+    list_.console().report(nameForMessages(input), text.chosen.reason);
+    settings.source = std::move(text.chosen.charset);
     return std::move(text.source);
   }
 
@@ -225,7 +231,7 @@ class Batch {
 
   ConversionSettings first_;
   ConversionSettings others_;
-  const CharsetNames& names_;
+  const SourceFinder& find_;
   const OutputPlan& plan_;
   const std::vector<std::string>& inputs_;
   WorkList list_;
@@ -233,9 +239,9 @@ class Batch {
 
 }  // namespace
 
-int convertBatch(const ConversionSettings& settings, const CharsetNames& names,
+int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
                  const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs) {
-  return Batch(settings, names, plan, inputs).run(jobs);
+  return Batch(settings, find, plan, inputs).run(jobs);
 }
 
 }  // namespace ksv_cli

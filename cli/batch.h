@@ -2,9 +2,11 @@
 #ifndef KSV_CLI_BATCH_H
 #define KSV_CLI_BATCH_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "charset_judge.h"
 #include "file_converter.h"
 
 namespace ksv_cli {
@@ -18,10 +20,12 @@ struct OutputPlan {
   bool keepsTimes = true;    // for kInPlace
 };
 
-// names: where a text is to be detected, that is, where settings name no source, the
-// charsets to choose from. Throws UsageError when results would overwrite inputs or each other.
+// Opens a text, and finds out in which charset it is. Throws Failure.
+using SourceFinder = std::function<JudgedText(const std::string& input)>;
+
+// find: for where settings name no source; called from several threads. Throws UsageError when results would overwrite inputs or each other.
 // Returns the exit status; failures have been reported.
-int convertBatch(const ConversionSettings& settings, const CharsetNames& names,
+int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
                  const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs);
 
 }  // namespace ksv_cli

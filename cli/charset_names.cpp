@@ -28,7 +28,8 @@ UnicodeForm formOf(std::string_view lowerName) {
 }
 
 CharsetKind kindOf(std::string_view lowerName) {
-  return lowerName.starts_with("iso-2022-jp") ? CharsetKind::kIso2022 : CharsetKind::kCharset;
+  const bool isIso2022 = lowerName.starts_with("iso-2022-jp") || lowerName.starts_with("cp50220");
+  return isIso2022 ? CharsetKind::kIso2022 : CharsetKind::kCharset;
 }
 
 // What the library reads by way of a charset of the directory.
@@ -42,8 +43,9 @@ constexpr ReadOnlyEncoding kReadOnly[] = {
     {"HZ-GB-2312", CharsetKind::kHz, "chinesegbk"},
 };
 
-constexpr char kMailCharset[] = "iso-2022-jp";
-constexpr char kMailCharsetWithKana[] = "iso-2022-jp-kana";
+// Charsets of mail that are read by a form of theirs that has half-width katakana.
+constexpr std::string_view kMailCharsets[] = {"iso-2022-jp", "cp50220"};
+constexpr std::string_view kWithKana = "-kana";
 
 // What other programs take behind the name of a charset.
 struct Suffix {
@@ -120,8 +122,9 @@ std::optional<CharsetChoice> CharsetNames::findReadOnly(std::string_view name) c
 std::optional<CharsetChoice> CharsetNames::findSource(std::string_view name) const {
   std::optional<CharsetChoice> choice = find(name);
   if (!choice) return findReadOnly(name);
-  if (choice->name == kMailCharset && holds(kMailCharsetWithKana))
-    choice->name = kMailCharsetWithKana;
+  for (const std::string_view charset : kMailCharsets)
+    if (choice->name == charset && holds(choice->name + std::string(kWithKana)))
+      choice->name += kWithKana;
   return choice;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "batch.h"
+#include "charset_judge.h"
 #include "charset_names.h"
 #include "failure.h"
 #include "file_converter.h"
@@ -34,9 +35,13 @@ constexpr char kFooter[] =
     "--in-place the results go to standard output, in the order of the files.\n"
     "CHARSET is a name or an alias that 'ksv charsets' lists, without regard to case.\n"
     "\n"
-    "Without -f the charset of each text is detected, as by 'ksv detect', and told on\n"
-    "standard error with the reason. A text that none fits, or more than one, fails. Text\n"
-    "that is detected as Shift_JIS is read as WINDOWS31J, which has its extensions.\n"
+    "Without -f the charset of each text is found out from all of it, and told on standard\n"
+    "error with the reason: a byte-order mark; else what XML or HTML declares, if the text is\n"
+    "valid so; else escape sequences of ISO-2022-JP; else UTF-8 and ASCII; else the charset\n"
+    "in which the text is clearly the most usual one in its language. Where none is clear the\n"
+    "file fails, with those named that it may be in; --guess takes the first. Shift_JIS is\n"
+    "read as WINDOWS31J and EUC-JP as EUC-JP-MS, which have the characters of vendors.\n"
+    "--classic detects as this command always did.\n"
     "\n"
     "Byte order: a byte-order mark at the beginning of Unicode input decides and is left\n"
     "out. Input without one is read in the order that the name gives (UTF-16BE, UCS-4LE),\n"
@@ -73,6 +78,10 @@ struct Arguments {
   std::string replacement;
   std::string references;
   std::string language;
+  std::string detectLanguage;
+  bool guess = false;
+  bool classic = false;
+  bool strict = false;
   size_t jobs = 1;
   size_t blockSize = ConversionSettings{}.blockSize;
 };
@@ -86,6 +95,7 @@ struct GivenOptions {
   bool inPlace;
   bool replacement;
   bool language;
+  bool detectLanguage;
 };
 
 OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
@@ -178,6 +188,7 @@ ConversionSettings conversionSettings(const Arguments& arguments, const GivenOpt
   settings.target = findTarget(names, arguments.target);
   if (given.source) settings.source = findSource(names, arguments.source);
   settings.skipInvalid = arguments.invalid == "skip";
+  settings.isStrict = arguments.strict;
   settings.blockSize = arguments.blockSize;
 
   ConvertOptions& options = settings.options;
@@ -216,6 +227,23 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
+// How the charset of a text is found out that -f does not name.
+SourceFinder sourceFinder(const Arguments& arguments, const GivenOptions& given,
+                          const CharsetNames& names) {
+  if (arguments.classic && (arguments.guess || given.detectLanguage))
+    throw UsageError("--classic goes with neither --guess nor --detect-language");
+  if (arguments.classic)
+    return [&names](const std::string& input) {
+      DetectedText text = openAndDetect(input, nullptr);
+      ChosenSource chosen = chooseSource(text, names);
+      return JudgedText{std::move(text.source), std::move(chosen)};
+    };
+  const TextLanguage language = given.detectLanguage ? textLanguageNamed(arguments.detectLanguage)
+                                                     : textLanguageOfUser();
+  const auto judge = std::make_shared<CharsetJudge>(names, language, arguments.guess);
+  return [judge](const std::string& input) { return judge->judge(input); };
+}
+
 int convert(Arguments arguments, const GivenOptions& given) {
   arguments.inputs = inputsNamedBy(arguments.inputs);
   const OutputPlan plan = outputPlan(arguments, given);
@@ -223,7 +251,7 @@ int convert(Arguments arguments, const GivenOptions& given) {
   const CharsetNames names = ruleBase.names();
   const ConversionSettings settings = conversionSettings(arguments, given, names);
   if (given.replacement) checkReplacement(settings, arguments.replacement);
-  return convertBatch(settings, names, plan, arguments.inputs, arguments.jobs);
+  return convertBatch(settings, sourceFinder(arguments, given, names), plan, arguments.inputs, arguments.jobs);
 }
 
 void addCharacterOptions(CLI::App& job, Arguments& arguments) {
@@ -244,6 +272,8 @@ void addCharacterOptions(CLI::App& job, Arguments& arguments) {
   job.add_option("--replacement", arguments.replacement,
                  "What --unmappable replace writes; default: a geta mark or ?")
       ->type_name("CHAR");
+  job.add_flag("--strict", arguments.strict,
+               "Exit with 1 when something was skipped or replaced; the result is written");
   job.add_option("--references", arguments.references,
                  "UCS-2 output: characters outside Windows-31J as &#x...; or &#...;")
       ->check(CLI::IsMember({"hex", "decimal"}))
@@ -251,6 +281,17 @@ void addCharacterOptions(CLI::App& job, Arguments& arguments) {
   job.add_option("--language", arguments.language,
                  "UTF-8, UTF-16, UCS-4 output: announce this language in front of the text")
       ->type_name("NAME");
+}
+
+void addDetectionOptions(CLI::App& job, Arguments& arguments) {
+  job.add_option("--detect-language", arguments.detectLanguage,
+                 "Without -f: the language of the texts, ja, zh-cn, zh-tw, ko or any; default: "
+                 "that of LC_ALL, LC_CTYPE or LANG")
+      ->check(CLI::IsMember({"ja", "zh-cn", "zh-tw", "ko", "any"}))
+      ->type_name("NAME");
+  job.add_flag("--guess", arguments.guess,
+               "Without -f: where no charset is clear, take the likeliest");
+  job.add_flag("--classic", arguments.classic, "Without -f: detect as 'ksv detect --classic' does");
 }
 
 void addPlaceOptions(CLI::App& job, Arguments& arguments) {
@@ -279,6 +320,7 @@ void addConvertJob(CLI::App& app, int& exitStatus) {
   job->add_option("-f,--from", arguments->source,
                   "The charset of the input; default: each text is detected")
       ->type_name("CHARSET");
+  addDetectionOptions(*job, *arguments);
   addPlaceOptions(*job, *arguments);
   addCharacterOptions(*job, *arguments);
   addJobsOption(*job, arguments->jobs, "Work on N files at once");
@@ -292,7 +334,8 @@ void addConvertJob(CLI::App& app, int& exitStatus) {
                                 job->count("--output-dir") != 0,
                                 job->count("--in-place") != 0,
                                 job->count("--replacement") != 0,
-                                job->count("--language") != 0};
+                                job->count("--language") != 0,
+                                job->count("--detect-language") != 0};
     exitStatus = convert(*arguments, given);
   });
 }

@@ -49,6 +49,7 @@ constexpr CutRule kRules[] = {
     {"euc-jp", "EUC-JP"},
     {"iso-2022-jp-2004", "ISO-2022-JP-3"},
     {"iso-2022-jp", "ISO-2022-JP"},
+    {"cp50220", "ISO-2022-JP"},
     {"iso-10646-ucs-2", "ISO-10646-UCS-2"},
     {"iso-10646-ucs-4", "ISO-10646-UCS-4"},
     {"utf-16", "UTF-16"},

@@ -10,6 +10,7 @@
 #include "conversion_journal.h"
 #include "failure.h"
 #include "replay.h"
+#include "resynchronisation.h"
 #include "text_failure.h"
 
 namespace ksv_cli {
@@ -32,6 +33,16 @@ std::string formatted(const char* format, Values... values) {
   char text[128];
   std::snprintf(text, sizeof text, format, values...);
   return text;
+}
+
+// A character up to U+FFFF.
+std::string utf8Of(uint32_t character) {
+  const auto continuation = [](uint32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
+  if (character < 0x80) return {static_cast<char>(character)};
+  if (character < 0x800)
+    return {static_cast<char>(0xC0 | character >> 6), continuation(character)};
+  return {static_cast<char>(0xE0 | character >> 12), continuation(character >> 6),
+          continuation(character)};
 }
 
 }  // namespace
@@ -79,12 +90,17 @@ void FileConverter::setUpTarget() {
   if (cconvInitConvert(&record_, &settings_.options, settings_.target.name.c_str()) !=
       KSV_STATUS_DONE)
     throw Failure("the charset " + settings_.target.display + " cannot be set up");
+  // What is replaced is counted, so the library is asked for it one by one.
+  record_.options.replaceUnmappable = 0;
+  refusesEscape_ = settings_.target.kind == CharsetKind::kIso2022 &&
+                   settings_.source.kind != CharsetKind::kIso2022;
 }
 
-// Byte-oriented charsets are read most significant byte first.
+// Byte-oriented charsets are read most significant byte first. What is invalid is skipped here:
+// the library's decoders go on behind it each in a way of its own.
 void FileConverter::setUpSource() {
   const bool bigEndian = settings_.source.hasByteOrder() ? bigEndian_ : true;
-  uint32_t parameters[3] = {bigEndian, 0, settings_.skipInvalid};
+  uint32_t parameters[3] = {bigEndian, 0, 0};
   if (cconvChgCharset(&record_, parameters, settings_.source.name.c_str()) != KSV_STATUS_DONE)
     throw Failure("the charset " + settings_.source.display + " cannot be set up");
   if (!settings_.language.empty()) cconvChgLang(&record_, settings_.language.c_str());
@@ -138,6 +154,7 @@ void FileConverter::dropIllFormed() {
     from += scan.wellFormed;
     if (scan.end == ScanEnd::kAll || (scan.end == ScanEnd::kIncomplete && !atEnd_)) break;
     offsets_.noteGap(checked_, scan.badLength);
+    counts_.invalidBytes += scan.badLength;
     from += scan.badLength;
   }
   std::memmove(input_.get() + checked_, input_.get() + from, held_ - from);
@@ -172,13 +189,16 @@ void FileConverter::convertHeld() {
   discard(used);
 }
 
-// Leaves out a sequence that the end of the text cuts. The bytes behind its first
-// one may be characters in their own right, but not behind an escape.
+// Leaves out a sequence that the end of the text cuts. The bytes behind it may be characters
+// in their own right, but not behind an escape.
 size_t FileConverter::convertBehindTruncated(size_t at, size_t end) {
   while (at < end) {
     const bool standsAlone = settings_.source.form == UnicodeForm::kNone && input_[at] != kEscape;
-    if (!standsAlone) return end;
-    at = convert(at + 1, end);
+    const size_t length =
+        standsAlone ? badSequenceLength(settings_.source, input_.get() + at, end - at, true)
+                    : end - at;
+    counts_.invalidBytes += length;
+    at = convert(at + length, end);
   }
   return end;
 }
@@ -196,36 +216,135 @@ void FileConverter::drain() {
   sink_.write(output_.get(), static_cast<size_t>(record_.outputPosition));
 }
 
+uint32_t FileConverter::convertOnce(ConverterRecord& before) {
+  aimAtOutput();
+  before = record_;
+  const uint32_t status = cconvConvert(&record_);
+  if (journal_ != nullptr) journal_->note(before, record_, offsets_);
+  drain();
+  const bool moved = record_.inputPosition != before.inputPosition || record_.outputPosition != 0;
+  if (status == KSV_STATUS_FULL && !moved)
+    throw Failure("a character is longer than the output buffer" +
+                  atOffset(fileOffset(static_cast<size_t>(record_.inputPosition))));
+  return status;
+}
+
 // Returns the position up to which the bytes are used; what is left over needs
 // the bytes that follow.
 size_t FileConverter::convert(size_t begin, size_t end) {
   record_.input = input_.get();
   record_.inputPosition = static_cast<int32_t>(begin);
-  record_.inputLength = static_cast<int32_t>(end);
+  size_t escape = nextEscape(begin, end);
+  size_t limit = escape;
   for (;;) {
-    aimAtOutput();
-    const ConverterRecord before = record_;
-    const uint32_t status = cconvConvert(&record_);
-    if (journal_ != nullptr) journal_->note(before, record_, offsets_);
-    drain();
-    const bool moved = record_.inputPosition != before.inputPosition || record_.outputPosition != 0;
+    record_.inputLength = static_cast<int32_t>(limit);
+    ConverterRecord before;
+    const uint32_t status = convertOnce(before);
+    const auto used = [&] { return static_cast<size_t>(record_.inputPosition); };
     switch (status) {
       case KSV_STATUS_DONE:
       case KSV_STATUS_INCOMPLETE:
-        return static_cast<size_t>(record_.inputPosition);
-      case KSV_STATUS_INVALID:
-        failInvalid(static_cast<size_t>(characterStart(before, record_.inputPosition)));
+        if (limit == end) return used();
+        if (used() == escape)
+          takeEscape(escape);
+        else if (limit++ == escape)
+          continue;  // the escape stands where a trail should: it is told with its lead
+        break;
+      case KSV_STATUS_INVALID: {
+        const auto start = static_cast<size_t>(characterStart(before, record_.inputPosition));
+        if (!takeInvalid(start, end)) return start;
+        break;
+      }
       case KSV_STATUS_UNMAPPABLE:
-        failUnmappable(unmappableStart(before));
+        takeUnmappable(before);
+        break;
       case KSV_STATUS_FULL:
-        if (moved) continue;
-        throw Failure("a character is longer than the output buffer" +
-                      atOffset(fileOffset(static_cast<size_t>(record_.inputPosition))));
+        continue;
       default:
         throw Failure("the conversion from " + settings_.source.display + " to " +
                       settings_.target.display + " cannot be set up");
     }
+    if (used() > escape) escape = nextEscape(used(), end);
+    limit = escape;
   }
+}
+
+// Skips bytes that are no character. False when more of them are needed to see how many.
+bool FileConverter::takeInvalid(size_t start, size_t end) {
+  if (!settings_.skipInvalid) failInvalid(start);
+  const size_t length =
+      badSequenceLength(settings_.source, input_.get() + start, end - start, isLastPiece());
+  counts_.invalidBytes += length;
+  record_.inputPosition = static_cast<int32_t>(start + length);
+  return length != 0;
+}
+
+// A code that the source itself has no character for is invalid input as well.
+void FileConverter::takeUnmappable(const ConverterRecord& before) {
+  const size_t start = unmappableStart(before);
+  const auto end = static_cast<size_t>(record_.inputPosition);
+  if (record_.unicodeCode == 0 && settings_.skipInvalid) {
+    counts_.invalidBytes += end - start;
+    return;
+  }
+  if (settings_.options.replaceUnmappable == 0) failUnmappable(start);
+  writeReplacement(start, end);
+}
+
+void FileConverter::writeReplacement(size_t start, size_t end) {
+  record_.inputPosition = static_cast<int32_t>(start);
+  record_.inputLength = static_cast<int32_t>(end);
+  record_.options.replaceUnmappable = settings_.options.replaceUnmappable;
+  ConverterRecord before;
+  uint32_t status;
+  do {
+    status = convertOnce(before);
+  } while (status == KSV_STATUS_FULL);
+  record_.options.replaceUnmappable = 0;
+  if (status == KSV_STATUS_UNMAPPABLE) failUnmappable(start);
+  record_.inputPosition = static_cast<int32_t>(end);
+  ++counts_.replaced;
+}
+
+// The first U+001B that would come out as the beginning of an escape sequence.
+size_t FileConverter::nextEscape(size_t begin, size_t end) const {
+  if (!refusesEscape_) return end;
+  const size_t unit = unitSize(settings_.source);
+  const bool bigEndian = settings_.source.hasByteOrder() ? bigEndian_ : true;
+  for (size_t at = begin; at + unit <= end; at += unit) {
+    uint32_t value = 0;
+    for (size_t i = 0; i < unit; ++i)
+      value = value << 8 | input_[at + (bigEndian ? i : unit - 1 - i)];
+    if (value == kEscape) return at;
+  }
+  return end;
+}
+
+// The replacement is converted from UTF-8 with a copy, whose output goes on where the
+// record's ended.
+void FileConverter::takeEscape(size_t at) {
+  record_.unicodeCode = kEscape;
+  if (settings_.options.replaceUnmappable == 0) failUnmappable(at);
+  const std::string text = utf8Of(record_.options.narrowReplacement);
+  ConverterRecord other = record_;
+  uint32_t parameters[3] = {1, 0, 0};
+  aimAtOutput();
+  other.output = record_.output;
+  other.outputPosition = 0;
+  other.input = reinterpret_cast<const uint8_t*>(text.data());
+  other.inputPosition = 0;
+  other.inputLength = static_cast<int32_t>(text.size());
+  if (cconvChgCharset(&other, parameters, "utf-8") != KSV_STATUS_DONE ||
+      cconvConvert(&other) != KSV_STATUS_DONE)
+    failUnmappable(at);
+  record_.outputPosition = other.outputPosition;
+  record_.targetGroup = other.targetGroup;
+  record_.targetGroupType = other.targetGroupType;
+  record_.designatedGroup = other.designatedGroup;
+  record_.designatedPlane = other.designatedPlane;
+  drain();
+  record_.inputPosition = static_cast<int32_t>(at + unitSize(settings_.source));
+  ++counts_.replaced;
 }
 
 size_t FileConverter::unmappableStart(const ConverterRecord& before) const {
@@ -276,11 +395,12 @@ void FileConverter::failTruncated(size_t position) const {
 }
 
 void FileConverter::failUnmappable(size_t position) const {
-  const std::string character = record_.unicodeCode != 0
-                                    ? formatted("U+%04" PRIX32, record_.unicodeCode)
-                                    : formatted("the code 0x%02" PRIX32, record_.rawCode);
-  throw Failure(character + " is not in " + settings_.target.display +
-                atOffset(fileOffset(position)));
+  // A code that stands for no character is lacking in the source.
+  const bool isCharacter = record_.unicodeCode != 0;
+  const std::string what = isCharacter ? formatted("U+%04" PRIX32, record_.unicodeCode)
+                                       : formatted("the code 0x%02" PRIX32, record_.rawCode);
+  const CharsetChoice& lacking = isCharacter ? settings_.target : settings_.source;
+  throw Failure(what + " is not in " + lacking.display + atOffset(fileOffset(position)));
 }
 
 }  // namespace ksv_cli

@@ -15,6 +15,7 @@
 
 #include "buffer_offsets.h"
 #include "charset_names.h"
+#include "conversion_counts.h"
 #include "iso_2022_check.h"
 #include "ksv_cconv.h"
 #include "streams.h"
@@ -26,6 +27,7 @@ struct ConversionSettings {
   CharsetChoice target;
   ConvertOptions options{};
   bool skipInvalid = false;
+  bool isStrict = false;  // a text of which something was skipped or replaced has failed
   std::string language;  // announced in front of the text; empty: none
   size_t blockSize = 256 * 1024;
 };
@@ -47,6 +49,9 @@ class FileConverter {
   void begin();
   bool convertPiece();
 
+  // What was left out and replaced so far.
+  const ConversionCounts& counts() const { return counts_; }
+
  private:
   void setUpTarget();
   void setUpSource();
@@ -59,6 +64,12 @@ class FileConverter {
   size_t cutOfHeld() const;
   void convertHeld();
   size_t convert(size_t begin, size_t end);
+  uint32_t convertOnce(ConverterRecord& before);
+  bool takeInvalid(size_t start, size_t end);
+  void takeUnmappable(const ConverterRecord& before);
+  void takeEscape(size_t at);
+  void writeReplacement(size_t start, size_t end);
+  size_t nextEscape(size_t begin, size_t end) const;
   size_t unmappableStart(const ConverterRecord& before) const;
   size_t convertBehindTruncated(size_t at, size_t end);
   void aimAtOutput();
@@ -79,6 +90,8 @@ class FileConverter {
   ConversionJournal* journal_;
   ConverterRecord record_{};
   Iso2022Scanner iso2022_;
+  ConversionCounts counts_;
+  bool refusesEscape_ = false;  // U+001B would begin an escape sequence of the target
 
   std::unique_ptr<uint8_t[]> input_;
   size_t inputCapacity_;

@@ -15,6 +15,9 @@ constexpr size_t kLongestRun = 1024 * 1024;
 // What the library writes, and holds in between, for one character.
 constexpr size_t kMostBytesPerCharacter = 4;
 
+// A code that stands for no character is one of HZ: what is well-formed UTF-7 are characters.
+constexpr size_t kBytesOfPair = 2;
+
 std::unique_ptr<MailReader> readerOf(CharsetKind kind) {
   if (kind == CharsetKind::kUtf7) return std::make_unique<Utf7Reader>();
   return std::make_unique<HzReader>();
@@ -77,10 +80,12 @@ uint64_t MailSource::originOf(size_t position) const {
 // Bad text at the beginning of what is held.
 template <typename Reason>
 void MailSource::leaveOutOr(size_t length, Reason reason) {
-  if (settings_.skipInvalid)
+  if (settings_.skipInvalid) {
     discard(length);
-  else
+    counts_.invalidBytes += length;
+  } else {
     failure_ = std::make_exception_ptr(reason());
+  }
 }
 
 void MailSource::judgeEnd(const MailPiece& piece) {
@@ -119,7 +124,9 @@ void MailSource::convertPiece(const MailPiece& piece) {
     ++next;
     if (next < piece.characters.size())
       record_.inputPosition = static_cast<int32_t>(piece.characters[next].inLibrary);
-    if (!settings_.skipInvalid)
+    if (settings_.skipInvalid)
+      counts_.invalidBytes += kBytesOfPair;
+    else
       failure_ =
           std::make_exception_ptr(invalidText(settings_.source.display, held_[bad], originOf(bad)));
   }

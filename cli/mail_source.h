@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "conversion_counts.h"
 #include "file_converter.h"
 #include "ksv_cconv.h"
 #include "mail_text.h"
@@ -25,6 +26,8 @@ class MailSource : public ByteSource {
   size_t read(uint8_t* buffer, size_t size) override;
   uint64_t fileOffset(uint64_t offset) const override;
   void forgetBefore(uint64_t offset) override;
+
+  const ConversionCounts& counts() const { return counts_; }
 
  private:
   void readPiece();
@@ -51,6 +54,7 @@ class MailSource : public ByteSource {
   size_t pieceRead_ = 0;
   uint64_t written_ = 0;
   OffsetLinks links_;
+  ConversionCounts counts_;
 };
 
 }  // namespace ksv_cli

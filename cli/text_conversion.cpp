@@ -10,6 +10,7 @@
 #include "conversion_journal.h"
 #include "failure.h"
 #include "iso_2022_planes.h"
+#include "iso_2022_shifts.h"
 #include "mail_source.h"
 
 namespace ksv_cli {
@@ -89,6 +90,8 @@ class Utf8Source : public ByteSource, private ByteSink {
   }
   void forgetBefore(uint64_t offset) override { journal_.forgetBefore(offset); }
 
+  const ConversionCounts& counts() const { return converter_.counts(); }
+
  private:
   void convertNext() {
     text_.clear();
@@ -121,37 +124,58 @@ bool isMail(CharsetKind kind) { return kind == CharsetKind::kUtf7 || kind == Cha
 
 bool hasPlanes(const CharsetChoice& charset) { return charset.name == "iso-2022-jp-2004"; }
 
-void convertStages(const ConversionSettings& settings, ByteSource& source, ByteSink& sink) {
-  if (isMail(settings.source.kind)) {
-    MailSource text(settings, source);
-    FileConverter(settingsFromUtf8(settings), text, sink).run();
-  } else if (needsUtf8Between(settings)) {
-    Utf8Source text(settings, source);
-    FileConverter(settingsFromUtf8(settings), text, sink).run();
-  } else {
-    FileConverter(settings, source, sink).run();
-  }
+bool hasShifts(const CharsetChoice& charset) { return charset.name.starts_with("cp50220"); }
+
+ConversionCounts convertStage(const ConversionSettings& settings, ByteSource& source,
+                              ByteSink& sink) {
+  FileConverter converter(settings, source, sink);
+  converter.run();
+  return converter.counts();
 }
 
-void convertTo(const ConversionSettings& settings, ByteSource& source, ByteSink& sink) {
-  if (!hasPlanes(settings.target)) {
-    convertStages(settings, source, sink);
-    return;
+// text: a source that makes UTF-8 of the text.
+template <typename Text>
+ConversionCounts convertBehind(Text& text, const ConversionSettings& settings, ByteSink& sink) {
+  const ConversionSettings rest = settingsFromUtf8(settings);
+  ConversionCounts counts = convertStage(rest, text, sink);
+  return counts += text.counts();
+}
+
+ConversionCounts convertStages(const ConversionSettings& settings, ByteSource& source,
+                               ByteSink& sink) {
+  if (isMail(settings.source.kind)) {
+    MailSource text(settings, source);
+    return convertBehind(text, settings, sink);
   }
+  if (needsUtf8Between(settings)) {
+    Utf8Source text(settings, source);
+    return convertBehind(text, settings, sink);
+  }
+  return convertStage(settings, source, sink);
+}
+
+ConversionCounts convertTo(const ConversionSettings& settings, ByteSource& source,
+                           ByteSink& sink) {
+  if (!hasPlanes(settings.target)) return convertStages(settings, source, sink);
   PlaneSink planes(sink);
-  convertStages(settings, source, planes);
+  const ConversionCounts counts = convertStages(settings, source, planes);
   planes.finish();
+  return counts;
 }
 
 }  // namespace
 
-void convertText(const ConversionSettings& settings, ByteSource& source, ByteSink& sink) {
-  if (!hasPlanes(settings.source)) {
-    convertTo(settings, source, sink);
-    return;
+ConversionCounts convertText(const ConversionSettings& settings, ByteSource& source,
+                             ByteSink& sink) {
+  if (hasPlanes(settings.source)) {
+    PlaneSource planes(source);
+    return convertTo(settings, planes, sink);
   }
-  PlaneSource planes(source);
-  convertTo(settings, planes, sink);
+  if (hasShifts(settings.source)) {
+    ShiftSource shifts(source);
+    return convertTo(settings, shifts, sink);
+  }
+  return convertTo(settings, source, sink);
 }
 
 }  // namespace ksv_cli

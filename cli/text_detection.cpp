@@ -8,6 +8,7 @@
 #include "inputs.h"
 #include "ksv_detect.h"
 #include "platform.h"
+#include "rereadable_text.h"
 
 namespace ksv_cli {
 namespace {
@@ -38,26 +39,6 @@ constexpr DetectedCharset kCharsets[] = {
 // has their characters.
 constexpr char kDetectedShiftJis[] = "Shift_JIS";
 constexpr char kReadShiftJis[] = "WINDOWS31J";
-
-// A text whose beginning has been read already.
-class ResumedSource : public ByteSource {
- public:
-  ResumedSource(std::vector<uint8_t> beginning, std::unique_ptr<ByteSource> rest)
-      : beginning_(std::move(beginning)), rest_(std::move(rest)) {}
-
-  size_t read(uint8_t* buffer, size_t size) override {
-    if (used_ == beginning_.size()) return rest_->read(buffer, size);
-    const size_t count = std::min(size, beginning_.size() - used_);
-    std::memcpy(buffer, beginning_.data() + used_, count);
-    used_ += count;
-    return count;
-  }
-
- private:
-  const std::vector<uint8_t> beginning_;
-  size_t used_ = 0;
-  const std::unique_ptr<ByteSource> rest_;
-};
 
 // The library reads regular files itself, if it can name them: a path may be too long for
 // it, or be no UTF-8.

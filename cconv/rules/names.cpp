@@ -24,7 +24,6 @@ constexpr KnownName kKnownNames[] = {
     {"koreanksc", 5002},       {"gb18030", 5003},
 };
 
-constexpr CharsetId kFirstHashedId = 4000;
 
 }  // namespace
 
@@ -44,11 +43,7 @@ CharsetId nameToId(char* name) {
       return known.id;
     }
   }
-  CharsetId id = kFirstHashedId;
-  for (uint32_t position = 1; *name != '\0'; ++name, ++position) {
-    id += static_cast<unsigned char>(*name) * position;
-  }
-  return id;
+  return hashedId(lowered);
 }
 
 }  // namespace ksv

@@ -81,8 +81,8 @@ TEST(CharsetNames, finds_what_can_only_be_read_for_a_source_only) {
 TEST(CharsetNames, reads_iso_2022_jp_with_half_width_katakana) {
   const CharsetNames names(kMail);
   EXPECT_EQ(names.find("iso-2022-jp")->name, "iso-2022-jp");
-  EXPECT_EQ(names.findSource("csISO2022JP")->name, "iso-2022-jp-kana");
-  EXPECT_EQ(names.findSource("csISO2022JP")->display, "ISO-2022-JP");
+  EXPECT_EQ(names.findSource("iso2022jp")->name, "iso-2022-jp-kana");
+  EXPECT_EQ(names.findSource("iso2022jp")->display, "ISO-2022-JP");
   EXPECT_EQ(names.findSource("ISO-2022-JP")->kind, CharsetKind::kIso2022);
   EXPECT_EQ(names.findSource("sjis")->name, "shift_jis");
   EXPECT_EQ(CharsetNames({"iso-2022-jp"}).findSource("iso-2022-jp")->name, "iso-2022-jp");
@@ -116,8 +116,9 @@ TEST(CharsetNames, are_those_of_iana_and_of_the_web) {
       {"EUC-JP-MS", {"cp51932", "windows-51932", "eucJP-ms"}},
       {"EUC-JP-FIX", {"csEUCFixWidJapanese"}},
       {"EUC-JIS-2004", {"euc-jisx0213", "euc_jis_2004"}},
-      {"ISO-2022-JP", {"iso-2022-jp", "csiso2022jp", "cp50220"}},
-      {"ISO-2022-JP-KANA", {"cp50221", "iso-2022-jp-kana"}},
+      {"ISO-2022-JP", {"iso-2022-jp", "jis"}},
+      {"CP50220", {"csiso2022jp", "cp50220", "cp50221", "cscp50220", "cp50222"}},
+      {"ISO-2022-JP-KANA", {"iso-2022-jp-kana"}},
       {"ISO-2022-JP-2004", {"iso2022_jp_2004"}},
       {"ChineseGBK", {"gbk", "cp936", "gb2312", "chinese", "x-gbk", "csGB2312"}},
       {"GB18030", {"gb18030", "csGB18030"}},

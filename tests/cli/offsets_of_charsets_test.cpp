@@ -24,7 +24,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadText{"EUC-JP", "丂", bytes({0x8F, 0xB0, 0x41}), "invalid EUC-JP (0x8F)"},
         BadText{"EUC-JP", "aあ", bytes({0x8E, 0x41}), "invalid EUC-JP (0x8E)"},
         BadText{"EUC-JP", "あ", bytes({0x7F}), "invalid EUC-JP (0x7F)"},
-        BadText{"EUC-JP", "丂", bytes({0xA9, 0xA1}), "the code 0x2921 is not in UTF-8"},
+        BadText{"EUC-JP", "丂", bytes({0xA9, 0xA1}), "the code 0x2921 is not in EUC-JP"},
         BadText{"EUC-JIS-2004", "か゚", bytes({0xA4, 0x41}), "invalid EUC-JIS-2004 (0xA4)"},
         BadText{"EUC-JIS-2004", "𠀋", bytes({0x8F, 0xA1, 0x20}), "invalid EUC-JIS-2004 (0x8F)"},
         BadText{"EUC-JP-FIX", "あ", bytes({0x00, 0x90}), "invalid EUC-JP-FIX (0x00)"},
@@ -67,15 +67,15 @@ INSTANTIATE_TEST_SUITE_P(
         LackingText{"Shift_JIS-2004", "か", "𠀋", "OASYS_ONLINE",
                     "U+2000B is not in OASYS_ONLINE"}));
 
-// B9 begins a pair that 8F does not end: it alone is left out.
+// B9 begins a pair that the line end does not end: it alone is left out.
 TEST(OffsetOfLackingCharacter, is_told_behind_bytes_that_are_left_out) {
   const Adjustment skipping = [](ksv_cli::ConversionSettings& settings) {
     settings.skipInvalid = true;
   };
-  const std::string text = bytes({'a', 0xB9, 0x8F, 0xB0, 0xA1});
+  const std::string text = bytes({'a', 0xB9, '\n', 0x8F, 0xB0, 0xA1});
   for (const size_t block : {1u, 2u, 3u, 16u})
     EXPECT_EQ(converting().inPieces("EUC-JP", "Shift_JIS", text, block, skipping),
-              (Conversion{"a", "U+4E02 is not in Shift_JIS at byte offset 2"}));
+              (Conversion{"a\n", "U+4E02 is not in Shift_JIS at byte offset 3"}));
 }
 
 TEST(TruncatedTextOf, every_charset_is_named_at_the_first_byte_of_its_last_character) {

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes what one of Python's codecs makes of every byte sequence and every character.
 
-Two charsets that Python does not have are other ones in another shape: their bytes are
+Three charsets that Python does not have are other ones in another shape: their bytes are
 put into that one's shape here, and back.
 """
 
@@ -51,9 +51,41 @@ def to_oasys_online(code: bytes) -> bytes | None:
     return code[3:5] if code[:3] in (b"\x1b$@", b"\x1b$B") else None
 
 
+def from_cp50220(code: bytes) -> bytes | None:
+    """The code of code page 932 for what stands behind an escape sequence of mail."""
+    designation, rest = code[:3], code[3:]
+    if designation in (b"\x1b(B", b"\x1b(J"):
+        return rest
+    if designation == b"\x1b(I":
+        return bytes([rest[0] | 0x80]) if 0x21 <= rest[0] <= 0x5F else None
+    if designation not in (b"\x1b$B", b"\x1b$@") or len(rest) != 2:
+        return None
+    row, cell = rest[0] - 0x21, rest[1] - 0x21
+    lead = 0x81 + row // 2
+    trail = cell + (0x9F if row % 2 else 0x40 if cell < 0x3F else 0x41)
+    return bytes([lead if lead < 0xA0 else lead + 0x40, trail])
+
+
+def to_cp50220(code: bytes) -> bytes | None:
+    """The inverse of from_cp50220, with the escape sequence that goes back to ASCII."""
+    if len(code) == 1:
+        if code[0] < 0x80:
+            return code
+        is_katakana = 0xA1 <= code[0] <= 0xDF  # all other bytes are fillers of Windows
+        return b"\x1b(I" + bytes([code[0] & 0x7F]) + b"\x1b(B" if is_katakana else None
+    lead, trail = code
+    if lead >= 0xF0:
+        return None
+    row = 2 * (lead - (0x81 if lead < 0xA0 else 0xC1))
+    is_second = trail >= 0x9F
+    cell = trail - (0x9F if is_second else 0x40 if trail < 0x7F else 0x41)
+    return b"\x1b$B" + bytes([0x21 + row + is_second, 0x21 + cell]) + b"\x1b(B"
+
+
 Reshape = Callable[[bytes], bytes | None]
 RESHAPED: dict[str, tuple[str, Reshape, Reshape]] = {
     "euc_jp_fix": ("euc_jp", from_euc_jp_fix, to_euc_jp_fix),
+    "cp50220": ("cp932", from_cp50220, to_cp50220),
     "oasys_online": ("iso2022_jp_ext", from_oasys_online, to_oasys_online),
 }
 

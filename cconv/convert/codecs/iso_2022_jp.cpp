@@ -53,13 +53,44 @@ bool takeDesignations(ConverterRecord& record, uint32_t& codeFlag) {
   }
 }
 
+// These read and write JIS X 0208 as mail programs do: the rows that vendors have filled stand
+// behind its escape sequence, and that of the edition of 1978 stands for it as well.
+constexpr bool hasVendorRows(CharsetId charset) {
+  constexpr CharsetId kCp50220 = hashedId("cp50220");
+  constexpr CharsetId kCp50220Kana = hashedId("cp50220-kana");
+  return charset == kCp50220 || charset == kCp50220Kana;
+}
+
+CharsetId groupToRead(const ConverterRecord& record) {
+  const bool isFirstEdition = record.decoderState == charset_id::kJisC6226;
+  return isFirstEdition && hasVendorRows(record.sourceCharsetId) ? charset_id::kJisX0208
+                                                                 : record.decoderState;
+}
+
 // The first member that is designated and of a width that can be read.
 const SubsetDef* designatedMember(const ConverterRecord& record) {
+  const CharsetId id = groupToRead(record);
   for (const SubsetDef* group : sourceCharset(record)->members) {
     const uint32_t width = group->bytesPerCode;
-    if (group->id == record.decoderState && (width == 1 || width == 2 || width == 4)) return group;
+    if (group->id == id && (width == 1 || width == 2 || width == 4)) return group;
   }
   return nullptr;
+}
+
+// The member that has the row of a pair: the designated one, or that of a vendor.
+const SubsetDef& memberWithRow(const ConverterRecord& record, const SubsetDef& designated,
+                               uint8_t row) {
+  constexpr uint8_t kNecRow = 0x2D;
+  constexpr uint8_t kFirstIbmRow = 0x79;
+  constexpr uint8_t kLastIbmRow = 0x7C;
+  const bool isJisX0208 = designated.id == charset_id::kJisX0208;
+  if (!isJisX0208 || !hasVendorRows(record.sourceCharsetId)) return designated;
+  const bool isIbm = row >= kFirstIbmRow && row <= kLastIbmRow;
+  if (row != kNecRow && !isIbm) return designated;
+  const CharsetDef& charset = *sourceCharset(record);
+  const int member =
+      charset.memberWithId(isIbm ? charset_id::kNecIbmExtset : charset_id::kNecExtset);
+  return member < 0 ? designated : *charset.members[static_cast<size_t>(member)];
 }
 
 bool isLayoutControl(uint8_t byte) { return byte == '\r' || byte == '\n' || byte == '\t'; }
@@ -165,7 +196,7 @@ void decodeIso2022Jp(ConverterRecord& record) {
   } else {
     ++record.inputPosition;
     const uint32_t code = (static_cast<uint32_t>(bytes[0]) << 8 | bytes[1]) | codeFlag;
-    deliverCharacter(record, *group, code, code, 0);
+    deliverCharacter(record, memberWithRow(record, *group, bytes[0]), code, code, 0);
   }
 }
 
@@ -175,6 +206,10 @@ void encodeIso2022Jp(ConverterRecord& record) {
     return;
   }
   if (!mapCharacter(record)) return;
+  const bool isVendorRow = record.targetGroup == charset_id::kNecExtset ||
+                           record.targetGroup == charset_id::kNecIbmExtset;
+  if (isVendorRow && hasVendorRows(record.targetCharsetId))
+    record.targetGroup = charset_id::kJisX0208;
   if (record.targetGroup != charset_id::kJisX0213) {
     if (designateGroup(record)) writeCharacter(record, plainUnit);
     return;
