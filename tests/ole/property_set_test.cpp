@@ -313,6 +313,9 @@ TEST_F(PropertySets, skip_values_of_other_types) {
     if (type > 80 && type < 0x1000) continue;
     const std::string value = dwords({type, 4, 0x00636261, 0});
     EXPECT_TRUE(readSummary({{2, value}}).isEmpty()) << type;
+    Property aTime = time(2, fileTime(2000, 1, 1));
+    putDword(aTime.value, 0, type);
+    EXPECT_TRUE(readSummary({aTime}).isEmpty()) << type;
   }
   EXPECT_TRUE(readSummary({{2, dwords({0x10003, 5})}}).isEmpty());
 }
