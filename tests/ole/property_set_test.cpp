@@ -405,6 +405,22 @@ TEST_F(PropertySets, with_sections_that_lie_upon_each_other_cost_what_they_are) 
   EXPECT_EQ(reading[0], "Title");
 }
 
+TEST_F(PropertySets, may_have_sections_of_256_KB_and_twice_the_file_in_all) {
+  constexpr uint32_t kSections = 4;
+  std::string set(28, '\0');
+  putDword(set, kCount, kSections);
+  const auto begin = static_cast<uint32_t>(set.size() + 20 * kSections);
+  for (uint32_t i = 0; i < kSections; ++i) set += kSummaryFormatId + dwords({begin});
+  set += section({text(2, "Title")}) + std::string(200000, '\0');
+  const size_t fileSize = document(set).size();
+  const auto most = static_cast<uint32_t>((256 * 1024 + 2 * fileSize) / kSections);
+  ASSERT_LT(begin + most + 1, set.size()) << "the sections lie in the stream";
+  putDword(set, begin, most);
+  EXPECT_EQ(readSet(set).result, 0u);
+  putDword(set, begin, most + 1);
+  EXPECT_EQ(readSet(set).result, 3002u);
+}
+
 TEST_F(PropertySets, that_are_damaged_anywhere_give_a_result_and_keep_to_the_record) {
   std::vector<Property> first = {codePage(932)};
   std::vector<Property> second = {codePage(65001)};
