@@ -88,6 +88,27 @@ TEST_F(CompoundFaults, stand_at_the_list_that_names_no_more_sectors) {
   EXPECT_EQ(faultOf(bytes), 68);
 }
 
+TEST_F(CompoundFaults, of_a_table_that_the_header_names_whole_are_none) {
+  std::string bytes = bytes_;
+  for (size_t i = 0; i < 109; ++i) putDword(bytes, kDifat + 4 * i, writer_.fatSectors()[0]);
+  putDword(bytes, kFatCount, 109);
+  putDword(bytes, kFirstDifat, kEnd);
+  EXPECT_EQ(faultOf(bytes), -1);
+  for (const size_t number : {size_t{1}, size_t{108}}) {
+    std::string damaged = bytes;
+    putDword(damaged, kDifat + 4 * number, 1000);
+    EXPECT_EQ(faultOf(damaged), static_cast<int64_t>(kDifat + 4 * number));
+  }
+}
+
+TEST_F(CompoundFaults, of_sectors_as_large_as_the_file_stand_at_the_first_of_them) {
+  std::string bytes = bytes_.substr(0, 1024);
+  putWord(bytes, kSectorShift, 10);
+  EXPECT_EQ(faultOf(bytes), 76);
+  putWord(bytes, kSectorShift, 11);
+  EXPECT_EQ(faultOf(bytes), 30);
+}
+
 TEST_F(CompoundFaults, stand_at_the_last_good_sector_of_a_chain) {
   ASSERT_GE(writer_.directorySectors().size(), 2u);
   const uint32_t first = writer_.directorySectors()[0];
