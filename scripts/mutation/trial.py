@@ -34,7 +34,8 @@ class TrialError(Exception):
 def run_quietly(arguments, **options):
     done = subprocess.run(arguments, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
     if done.returncode != 0:
-        raise TrialError(f"{' '.join(map(str, arguments))}:\n{done.stdout.decode(errors='replace')}")
+        command = arguments if isinstance(arguments, str) else " ".join(map(str, arguments))
+        raise TrialError(f"{command}:\n{done.stdout.decode(errors='replace')}")
     return done.stdout.decode()
 
 

@@ -138,6 +138,17 @@ TEST_F(Directory, takes_no_step_for_a_null_entry) {
   EXPECT_EQ(KSV_ASC_closedir(&listing), 0);
 }
 
+TEST_F(Directory, has_the_handle_of_none_before_and_behind) {
+  KsvDirectoryListing listing;
+  listing.handle = 5;
+  EXPECT_EQ(KSV_ASC_opendir("*.none", &listing), 0);
+  EXPECT_EQ(listing.handle, -1);
+  ASSERT_EQ(KSV_ASC_opendir("*.xml", &listing), 1);
+  EXPECT_NE(listing.handle, -1);
+  EXPECT_EQ(KSV_ASC_closedir(&listing), 0);
+  EXPECT_EQ(listing.handle, -1);
+}
+
 TEST_F(Directory, refuses_null) {
   KsvDirectoryListing listing;
   KsvDirectoryEntry entry;

@@ -48,6 +48,24 @@ TEST(FileTypes, take_any_ansi_bytes) {
   EXPECT_EQ(KSV_IsDirectoryA(tooLong.c_str()), 1);
 }
 
+TEST(FileTypes, of_names_that_are_no_utf8_are_none) {
+  TempDirectory directory;
+  std::filesystem::create_directory("\xFF");
+  EXPECT_EQ(KSV_IsDirectoryA("\xFF"), 1);
+  EXPECT_EQ(KSV_IsDirectory("\xFF"), 0);
+  EXPECT_EQ(KSV_IsExist("\xFF"), 0);
+  EXPECT_EQ(KSV_RmDir("\xFF"), -1);
+  EXPECT_EQ(KSV_MkDir("\xFE"), -1);
+  EXPECT_TRUE(std::filesystem::exists("\xFF"));
+  EXPECT_FALSE(std::filesystem::exists("\xFE"));
+  writeFile("\xFF/f", "");
+  EXPECT_EQ(KSV_FileRemove("\xFF/f"), -1);
+  EXPECT_EQ(KSV_GetFileSizeByPath("\xFF/f"), -1);
+  EXPECT_EQ(KSV_FileOpen("\xFF/f", "rb"), nullptr);
+  EXPECT_EQ(KSV_FindFile("\xFF/f"), -1);
+  EXPECT_TRUE(std::filesystem::exists("\xFF/f"));
+}
+
 TEST(Stat, gives_each_field_of_the_system) {
   TempDirectory directory;
   writeFile("日本", "12345");

@@ -28,6 +28,18 @@ void ksv::test::forgetLock(const std::string& name) {
   }
 }
 
+TEST_F(NamedMutexTest, leaves_no_descriptor_open) {
+  const auto before = ksv::test::openDescriptors();
+  ASSERT_NE(open(), nullptr);
+  EXPECT_EQ(ksv::test::openDescriptors(), before);
+}
+
+TEST_F(NamedMutexTest, has_a_name_of_at_most_64_bytes) {
+  const std::string longest = name() + std::string(64 - name().size(), 'n');
+  EXPECT_NE(NamedMutex::open(longest.c_str()), nullptr);
+  EXPECT_EQ(NamedMutex::open((longest + "n").c_str()), nullptr);
+}
+
 TEST_F(NamedMutexTest, is_not_inherited_by_a_fork_as_held) {
   auto mutex = open();
   mutex->lock();

@@ -114,6 +114,52 @@ TEST(PathEncoding, counts_the_terminator_in_the_capacity) {
   EXPECT_EQ(bytes, "");
 }
 
+TEST(PathEncoding, writes_nothing_behind_the_capacity) {
+  constexpr size_t kRoom = 32;
+  for (int32_t capacity = 1; capacity <= 12; ++capacity) {
+    for (const char* source : {"abcdefghijkl", "あいう", "\xF0\xA0\xAE\xB7\xF0\xA0\xAE\xB7"}) {
+      uint16_t sourceUnits[kRoom];
+      ASSERT_EQ(KSV_FilePathTransUTF8ToUTF16(sourceUnits, source, kRoom), 0);
+      const size_t behind = static_cast<size_t>(capacity);
+      std::vector<uint16_t> units(kRoom, 0xEEEE);
+      KSV_FilePathTransUTF8ToUTF16(units.data(), source, capacity);
+      EXPECT_EQ(std::count(units.begin() + capacity, units.end(), 0xEEEE),
+                static_cast<ptrdiff_t>(kRoom - behind));
+      std::string bytes(kRoom, 'x');
+      KSV_FilePathTransUTF16ToUTF8(bytes.data(), sourceUnits, capacity);
+      EXPECT_EQ(bytes.substr(behind), std::string(kRoom - behind, 'x'));
+      bytes.assign(kRoom, 'x');
+      KSV_FilePathTransUTF8ToAnsi(bytes.data(), "abcdefghijkl", capacity);
+      EXPECT_EQ(bytes.substr(behind), std::string(kRoom - behind, 'x'));
+      bytes.assign(kRoom, 'x');
+      KSV_FilePathTransAnsiToUTF8(bytes.data(), "abcdefghijkl", capacity);
+      EXPECT_EQ(bytes.substr(behind), std::string(kRoom - behind, 'x'));
+    }
+  }
+}
+
+TEST(PathEncoding, has_room_for_the_empty_string_in_one_unit) {
+  char byte = 'x';
+  uint16_t unit = 'x';
+  const uint16_t none[1] = {0};
+  EXPECT_EQ(KSV_FilePathTransAnsiToUTF8(&byte, "", 1), 0);
+  EXPECT_EQ(byte, '\0');
+  byte = 'x';
+  EXPECT_EQ(KSV_FilePathTransUTF16ToUTF8(&byte, none, 1), 0);
+  EXPECT_EQ(byte, '\0');
+  EXPECT_EQ(KSV_FilePathTransUTF8ToUTF16(&unit, "", 1), 0);
+  EXPECT_EQ(unit, 0);
+  byte = 'x';
+  EXPECT_TRUE(ksv::copyText("", &byte, 1));
+  EXPECT_EQ(byte, '\0');
+  byte = 'x';
+  EXPECT_FALSE(ksv::copyText("a", &byte, 1));
+  EXPECT_EQ(byte, '\0');
+  byte = 'x';
+  EXPECT_FALSE(ksv::copyText("", &byte, 0));
+  EXPECT_EQ(byte, 'x');
+}
+
 TEST(PathEncoding, gives_an_empty_string_for_null_and_for_empty) {
   char bytes[4] = "abc";
   uint16_t units[2] = {'a', 0};

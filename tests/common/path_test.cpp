@@ -303,6 +303,14 @@ TEST(PathBreak, takes_no_shift_jis_trail_byte_for_a_separator) {
   EXPECT_EQ(KSV_getPathBreak("\xFC\x5C"), 0);
 }
 
+TEST(PathBreak, takes_81_to_9F_and_E0_to_FC_for_lead_bytes) {
+  for (int byte = 0x80; byte <= 0xFF; ++byte) {
+    const bool leads = (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+    const std::string path = static_cast<char>(byte) + std::string("\\x");
+    EXPECT_EQ(KSV_getPathBreak(path.c_str()), leads ? 0 : 1) << std::hex << byte;
+  }
+}
+
 TEST(PathBreak, takes_half_width_katakana_as_single_bytes) {
   EXPECT_EQ(KSV_getPathBreak("\xB1\\b"), 1);
   EXPECT_EQ(KSV_getPathBreak("\xDF\\b"), 1);

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "tests/common/temporary_file.h"
+#include "tests/system/fork_posix.h"
 
 using ksv::test::createTemporary;
 using ksv::test::directoryOf;
@@ -41,4 +42,14 @@ TEST(TemporaryFile, leaves_nothing_behind_when_the_system_directory_is_too_long)
   ScopedVariable variable("TMPDIR", deep);
   EXPECT_EQ(createTemporary(nullptr), "null");
   EXPECT_TRUE(std::filesystem::is_empty(deep));
+}
+
+TEST(TemporaryFile, is_made_where_standard_input_is_closed) {
+  TempDirectory directory;
+  EXPECT_EQ(ksv::test::runInChild([] {
+              close(0);
+              char path[780];
+              return KSV_ASC_tmpnam1("./", path) == path && ksv::test::exists(path) ? 0 : 1;
+            }),
+            0);
 }

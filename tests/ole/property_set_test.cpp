@@ -313,6 +313,9 @@ TEST_F(PropertySets, skip_values_of_other_types) {
     if (type > 80 && type < 0x1000) continue;
     const std::string value = dwords({type, 4, 0x00636261, 0});
     EXPECT_TRUE(readSummary({{2, value}}).isEmpty()) << type;
+    Property aTime = time(2, fileTime(2000, 1, 1));
+    putDword(aTime.value, 0, type);
+    EXPECT_TRUE(readSummary({aTime}).isEmpty()) << type;
   }
   EXPECT_TRUE(readSummary({{2, dwords({0x10003, 5})}}).isEmpty());
 }
@@ -400,6 +403,22 @@ TEST_F(PropertySets, with_sections_that_lie_upon_each_other_cost_what_they_are) 
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
   EXPECT_EQ(reading.result, 3002u);
   EXPECT_EQ(reading[0], "Title");
+}
+
+TEST_F(PropertySets, may_have_sections_of_256_KB_and_twice_the_file_in_all) {
+  constexpr uint32_t kSections = 4;
+  std::string set(28, '\0');
+  putDword(set, kCount, kSections);
+  const auto begin = static_cast<uint32_t>(set.size() + 20 * kSections);
+  for (uint32_t i = 0; i < kSections; ++i) set += kSummaryFormatId + dwords({begin});
+  set += section({text(2, "Title")}) + std::string(200000, '\0');
+  const size_t fileSize = document(set).size();
+  const auto most = static_cast<uint32_t>((256 * 1024 + 2 * fileSize) / kSections);
+  ASSERT_LT(begin + most + 1, set.size()) << "the sections lie in the stream";
+  putDword(set, begin, most);
+  EXPECT_EQ(readSet(set).result, 0u);
+  putDword(set, begin, most + 1);
+  EXPECT_EQ(readSet(set).result, 3002u);
 }
 
 TEST_F(PropertySets, that_are_damaged_anywhere_give_a_result_and_keep_to_the_record) {
