@@ -20,6 +20,7 @@ inline constexpr const char* kCodecNames[] = {
     "EUC-JIS-2004",
     "ISO-2022-JP",
     "ISO-2022-JP-2004",
+    "CP50220",
     "OASYS_WIN",
     "OASYS_ONLINE",
 };

@@ -42,6 +42,8 @@ constexpr CodecEntry kCodecTable[] = {
     {"constISO-2022-JP", codecs::encodeIso2022Jp, SourceForm::kOther, false, true},
     {"destISO-2022-JP-2004", codecs::decodeIso2022Jp, SourceForm::kIso2022Jp},
     {"constISO-2022-JP-2004", codecs::encodeIso2022Jp, SourceForm::kOther, false, true},
+    {"destCP50220", codecs::decodeCp50220, SourceForm::kIso2022Jp},
+    {"constCP50220", codecs::encodeCp50220, SourceForm::kOther, false, true},
     {"destOASYS_WIN", codecs::decodeOasysWin, SourceForm::kByRules},
     {"constOASYS_WIN", codecs::encodeWindows31J},
     {"destOASYS_ONLINE", codecs::decodeOasysOnline, SourceForm::kTwoByteCodes},

@@ -24,6 +24,7 @@ constexpr KnownName kKnownNames[] = {
     {"koreanksc", 5002},       {"gb18030", 5003},
 };
 
+constexpr CharsetId kFirstHashedId = 4000;
 
 }  // namespace
 
@@ -43,7 +44,11 @@ CharsetId nameToId(char* name) {
       return known.id;
     }
   }
-  return hashedId(lowered);
+  CharsetId id = kFirstHashedId;
+  for (uint32_t position = 1; *name != '\0'; ++name, ++position) {
+    id += static_cast<unsigned char>(*name) * position;
+  }
+  return id;
 }
 
 }  // namespace ksv

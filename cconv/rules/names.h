@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 namespace ksv {
 
@@ -43,15 +42,6 @@ void lowerAscii(char* text);
 // that of the built-in table, else 4000 plus the sum of each byte times its
 // position counted from 1 (mod 2^32). Different names can share such a sum.
 CharsetId nameToId(char* name);
-
-// The same sum for a name in lower case that is not built in.
-constexpr CharsetId hashedId(std::string_view lowerName) {
-  constexpr CharsetId kFirstHashedId = 4000;
-  CharsetId id = kFirstHashedId;
-  uint32_t position = 0;
-  for (const char c : lowerName) id += static_cast<unsigned char>(c) * ++position;
-  return id;
-}
 
 // DEL and the C0 controls except TAB, LF and CR.
 constexpr bool isControlCode(uint32_t code) {

@@ -44,8 +44,8 @@ const std::vector<std::string> kCharsetNames = {
 const std::vector<std::string> kUnicodeCodecs = {"ISO-10646-UCS-2", "ISO-10646-UCS-4", "UTF-16",
                                                  "UTF-8"};
 const std::vector<std::string> kByteCodecs = {
-    "SAME",       "Shift_JIS",   "Shift_JIS-2004",   "WINDOWS31J", "EUC-JP",      "EUC-JIS-2004",
-    "EUC-JP-FIX", "ISO-2022-JP", "ISO-2022-JP-2004", "OASYS_WIN",  "OASYS_ONLINE"};
+    "SAME",       "Shift_JIS",   "Shift_JIS-2004",   "WINDOWS31J", "EUC-JP",       "EUC-JIS-2004",
+    "EUC-JP-FIX", "ISO-2022-JP", "ISO-2022-JP-2004", "OASYS_WIN",  "OASYS_ONLINE", "CP50220"};
 
 uint32_t randomCharacter(Random& random) {
   const uint32_t kind = random.below(100);
@@ -148,6 +148,8 @@ class RuleMaker {
               {"JIS_X0201Kana", 1},
               {"JIS_C6226-1978", 2},
               {"JIS_X0208-1990", 2}});
+    addFixed("Mail", "CP50220", 40,
+             {{"ISO-646irv", 1}, {"JIS_X0208-1990", 2}, {"NEC_ExtSet", 2}, {"NECIBM_ExtSet", 2}});
     addFixed("ISO-2022-JP-2004", "ISO-2022-JP-2004", 40,
              {{"ISO-646irv", 1}, {"JIS_X0208-1990", 2}, {"JIS_X0213", 2}});
     addFixed(
@@ -483,7 +485,7 @@ class TextMaker {
   void put(uint32_t code, int width) {
     if (rule() == "destEUC-JP" || rule() == "destEUC-JIS-2004") return euc(code);
     if (rule() == "destEUC-JP-FIX") return eucFix(code);
-    if (rule().starts_with("destISO-2022-JP")) return iso2022(code);
+    if (rule().starts_with("destISO-2022-JP") || rule() == "destCP50220") return iso2022(code);
     if (rule() == "destOASYS_ONLINE") return oasysOnline(code);
     if (rule() == "destOASYS_WIN" && code > 0xFF) {
       const auto pair = shiftJisPairs(false).find(code & 0xFFFF);

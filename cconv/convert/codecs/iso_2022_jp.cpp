@@ -53,23 +53,19 @@ bool takeDesignations(ConverterRecord& record, uint32_t& codeFlag) {
   }
 }
 
-// These read and write JIS X 0208 as mail programs do: the rows that vendors have filled stand
-// behind its escape sequence, and that of the edition of 1978 stands for it as well.
-constexpr bool hasVendorRows(CharsetId charset) {
-  constexpr CharsetId kCp50220 = hashedId("cp50220");
-  constexpr CharsetId kCp50220Kana = hashedId("cp50220-kana");
-  return charset == kCp50220 || charset == kCp50220Kana;
-}
-
-CharsetId groupToRead(const ConverterRecord& record) {
-  const bool isFirstEdition = record.decoderState == charset_id::kJisC6226;
-  return isFirstEdition && hasVendorRows(record.sourceCharsetId) ? charset_id::kJisX0208
-                                                                 : record.decoderState;
-}
+// What stands behind the escape sequence of JIS X 0208.
+enum class Rows {
+  kOfTheStandard,
+  // As mail programs have it, code page 50220: the rows that vendors have filled as well, and
+  // the same behind the sequence of the edition of 1978.
+  kOfVendorsToo
+};
 
 // The first member that is designated and of a width that can be read.
-const SubsetDef* designatedMember(const ConverterRecord& record) {
-  const CharsetId id = groupToRead(record);
+const SubsetDef* designatedMember(const ConverterRecord& record, Rows rows) {
+  const bool isFirstEdition = record.decoderState == charset_id::kJisC6226;
+  const CharsetId id =
+      isFirstEdition && rows == Rows::kOfVendorsToo ? charset_id::kJisX0208 : record.decoderState;
   for (const SubsetDef* group : sourceCharset(record)->members) {
     const uint32_t width = group->bytesPerCode;
     if (group->id == id && (width == 1 || width == 2 || width == 4)) return group;
@@ -77,20 +73,17 @@ const SubsetDef* designatedMember(const ConverterRecord& record) {
   return nullptr;
 }
 
-// The member that has the row of a pair: the designated one, or that of a vendor.
-const SubsetDef& memberWithRow(const ConverterRecord& record, const SubsetDef& designated,
-                               uint8_t row) {
+// The member that has a row of JIS X 0208: NEC's row 13, and the IBM characters that NEC
+// selected, are members of their own.
+const SubsetDef& memberWithRow(const CharsetDef& charset, const SubsetDef& jisX0208, uint8_t row) {
   constexpr uint8_t kNecRow = 0x2D;
   constexpr uint8_t kFirstIbmRow = 0x79;
   constexpr uint8_t kLastIbmRow = 0x7C;
-  const bool isJisX0208 = designated.id == charset_id::kJisX0208;
-  if (!isJisX0208 || !hasVendorRows(record.sourceCharsetId)) return designated;
   const bool isIbm = row >= kFirstIbmRow && row <= kLastIbmRow;
-  if (row != kNecRow && !isIbm) return designated;
-  const CharsetDef& charset = *sourceCharset(record);
+  if (row != kNecRow && !isIbm) return jisX0208;
   const int member =
       charset.memberWithId(isIbm ? charset_id::kNecIbmExtset : charset_id::kNecExtset);
-  return member < 0 ? designated : *charset.members[static_cast<size_t>(member)];
+  return member < 0 ? jisX0208 : *charset.members[static_cast<size_t>(member)];
 }
 
 bool isLayoutControl(uint8_t byte) { return byte == '\r' || byte == '\n' || byte == '\t'; }
@@ -153,6 +146,62 @@ void closeText(ConverterRecord& record) {
   if (inAscii || writeDesignation(record, kAsciiDesignation)) record.status = KSV_STATUS_DONE;
 }
 
+void decode(ConverterRecord& record, Rows rows) {
+  const int32_t start = record.inputPosition;
+  uint32_t codeFlag = 0;  // of the first character behind its escape sequence only
+  if (!takeDesignations(record, codeFlag)) {
+    record.status = KSV_STATUS_INCOMPLETE;
+    return;
+  }
+  const int64_t left = bytesLeft(record);
+  if (left == 0) {
+    record.status = KSV_STATUS_DONE;
+    return;
+  }
+  const uint8_t* bytes = record.input + record.inputPosition;
+  const SubsetDef* group = designatedMember(record, rows);
+  ++record.inputPosition;
+  if (group == nullptr) {
+    record.status = KSV_STATUS_INVALID;
+  } else if (group->bytesPerCode == 1) {
+    deliverCharacter(record, *group, bytes[0], bytes[0], 0);
+  } else if (isLayoutControl(bytes[0])) {
+    deliverLayoutControl(record, bytes[0]);
+  } else if (left < 2) {
+    record.inputPosition = start;
+    record.status = KSV_STATUS_INCOMPLETE;
+  } else {
+    ++record.inputPosition;
+    const uint32_t code = (static_cast<uint32_t>(bytes[0]) << 8 | bytes[1]) | codeFlag;
+    const bool hasVendorRows = group->id == charset_id::kJisX0208 && rows == Rows::kOfVendorsToo;
+    if (hasVendorRows) group = &memberWithRow(*sourceCharset(record), *group, bytes[0]);
+    deliverCharacter(record, *group, code, code, 0);
+  }
+}
+
+void encode(ConverterRecord& record, Rows rows) {
+  if (record.status == KSV_STATUS_FLUSH) {
+    closeText(record);
+    return;
+  }
+  if (!mapCharacter(record)) return;
+  const bool isVendorRow = record.targetGroup == charset_id::kNecExtset ||
+                           record.targetGroup == charset_id::kNecIbmExtset;
+  if (isVendorRow && rows == Rows::kOfVendorsToo) record.targetGroup = charset_id::kJisX0208;
+  if (record.targetGroup != charset_id::kJisX0213) {
+    if (designateGroup(record)) writeCharacter(record, plainUnit);
+    return;
+  }
+  const OutputMark start(record);
+  const uint32_t planeBefore = record.designatedPlane;
+  if (!designatePlane(record)) return;
+  writeCharacter(record, plainUnit);
+  if (record.status == KSV_STATUS_WRITTEN) return;
+  // Not remembered, so it is not left without its character either.
+  start.goBack(record);
+  record.designatedPlane = planeBefore;
+}
+
 }  // namespace
 
 const Designation* designationAt(std::string_view text) {
@@ -169,59 +218,10 @@ std::string_view designationBytes(CharsetId group) {
   return {};
 }
 
-void decodeIso2022Jp(ConverterRecord& record) {
-  const int32_t start = record.inputPosition;
-  uint32_t codeFlag = 0;  // of the first character behind its escape sequence only
-  if (!takeDesignations(record, codeFlag)) {
-    record.status = KSV_STATUS_INCOMPLETE;
-    return;
-  }
-  const int64_t left = bytesLeft(record);
-  if (left == 0) {
-    record.status = KSV_STATUS_DONE;
-    return;
-  }
-  const uint8_t* bytes = record.input + record.inputPosition;
-  const SubsetDef* group = designatedMember(record);
-  ++record.inputPosition;
-  if (group == nullptr) {
-    record.status = KSV_STATUS_INVALID;
-  } else if (group->bytesPerCode == 1) {
-    deliverCharacter(record, *group, bytes[0], bytes[0], 0);
-  } else if (isLayoutControl(bytes[0])) {
-    deliverLayoutControl(record, bytes[0]);
-  } else if (left < 2) {
-    record.inputPosition = start;
-    record.status = KSV_STATUS_INCOMPLETE;
-  } else {
-    ++record.inputPosition;
-    const uint32_t code = (static_cast<uint32_t>(bytes[0]) << 8 | bytes[1]) | codeFlag;
-    deliverCharacter(record, memberWithRow(record, *group, bytes[0]), code, code, 0);
-  }
-}
+void decodeIso2022Jp(ConverterRecord& record) { decode(record, Rows::kOfTheStandard); }
+void encodeIso2022Jp(ConverterRecord& record) { encode(record, Rows::kOfTheStandard); }
 
-void encodeIso2022Jp(ConverterRecord& record) {
-  if (record.status == KSV_STATUS_FLUSH) {
-    closeText(record);
-    return;
-  }
-  if (!mapCharacter(record)) return;
-  const bool isVendorRow = record.targetGroup == charset_id::kNecExtset ||
-                           record.targetGroup == charset_id::kNecIbmExtset;
-  if (isVendorRow && hasVendorRows(record.targetCharsetId))
-    record.targetGroup = charset_id::kJisX0208;
-  if (record.targetGroup != charset_id::kJisX0213) {
-    if (designateGroup(record)) writeCharacter(record, plainUnit);
-    return;
-  }
-  const OutputMark start(record);
-  const uint32_t planeBefore = record.designatedPlane;
-  if (!designatePlane(record)) return;
-  writeCharacter(record, plainUnit);
-  if (record.status == KSV_STATUS_WRITTEN) return;
-  // Not remembered, so it is not left without its character either.
-  start.goBack(record);
-  record.designatedPlane = planeBefore;
-}
+void decodeCp50220(ConverterRecord& record) { decode(record, Rows::kOfVendorsToo); }
+void encodeCp50220(ConverterRecord& record) { encode(record, Rows::kOfVendorsToo); }
 
 }  // namespace ksv::codecs

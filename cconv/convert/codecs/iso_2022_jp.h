@@ -24,8 +24,13 @@ const Designation* designationAt(std::string_view text);
 // What designates a group to the reader, without a flag.
 std::string_view designationBytes(CharsetId group);
 
-// Both charsets. The group designated last is kept in the record.
+// Of both charsets. The group designated last is kept in the record.
 void decodeIso2022Jp(ConverterRecord& record);
 void encodeIso2022Jp(ConverterRecord& record);
+
+// The same with the rows of vendors behind the escape sequence of JIS X 0208, as mail has
+// them: code page 50220, and ISO-2022-JP in the Encoding Standard.
+void decodeCp50220(ConverterRecord& record);
+void encodeCp50220(ConverterRecord& record);
 
 }  // namespace ksv::codecs

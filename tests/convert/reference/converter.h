@@ -24,6 +24,7 @@ enum class Codec {
   kEucJis2004,
   kEucJpFix,
   kIso2022Jp,
+  kCp50220,
   kOasysWin,
   kOasysOnline
 };

@@ -25,6 +25,7 @@ const CodecName kCodecs[] = {
     {"EUC-JIS-2004", Codec::kEucJis2004},
     {"ISO-2022-JP", Codec::kIso2022Jp},
     {"ISO-2022-JP-2004", Codec::kIso2022Jp},
+    {"CP50220", Codec::kCp50220},
     {"OASYS_WIN", Codec::kOasysWin},
     {"OASYS_ONLINE", Codec::kOasysOnline},
 };

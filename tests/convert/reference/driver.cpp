@@ -117,6 +117,7 @@ void decode(Converter& c) {
     case Codec::kEucJpFix:
       return decodeEucJpFix(c);
     case Codec::kIso2022Jp:
+    case Codec::kCp50220:
       return decodeIso2022Jp(c);
     case Codec::kOasysWin:
       return decodeOasysWin(c);

@@ -221,6 +221,7 @@ void encode(Converter& c) {
     case Codec::kUtf8:
       return encodeUnicode(c);
     case Codec::kIso2022Jp:
+    case Codec::kCp50220:
       return encodeIso2022Jp(c);
     default:
       if (mapCharacter(c)) writeCharacter(c);

@@ -42,11 +42,28 @@ bool readEscapes(Converter& c, bool& plane2) {
   return false;
 }
 
+const Subset* memberOf(const Charset& charset, uint32_t id) {
+  for (const Subset* group : charset.members)
+    if (group->id == id) return group;
+  return nullptr;
+}
+
 const Subset* stateGroup(const Converter& c) {
+  uint32_t id = c.decoderState;
+  if (c.sourceDecoder == Codec::kCp50220 && id == 2004) id = 2006;
   for (const Subset* group : c.sourceCharset->members) {
-    if (group->id == c.decoderState && group->bytesPerCode != 3) return group;
+    if (group->id == id && group->bytesPerCode != 3) return group;
   }
   return nullptr;
+}
+
+// Where mail has the rows of vendors.
+const Subset* groupOfRow(const Converter& c, const Subset* group, uint8_t row) {
+  if (c.sourceDecoder != Codec::kCp50220 || group->id != 2006) return group;
+  const Subset* vendors = nullptr;
+  if (row == 0x20 + 13) vendors = memberOf(*c.sourceCharset, 2008);
+  if (row >= 0x20 + 89 && row <= 0x20 + 92) vendors = memberOf(*c.sourceCharset, 2012);
+  return vendors == nullptr ? group : vendors;
 }
 
 bool writeEscape(Converter& c, const std::string& bytes) {
@@ -117,7 +134,7 @@ void decodeIso2022Jp(Converter& c) {
   uint32_t code = first * 256U + c.input[c.inputPosition + 1];
   if (plane2) code |= kPlane2;
   c.inputPosition += 2;
-  takeCharacter(c, *group, code, code, 0);
+  takeCharacter(c, *groupOfRow(c, group, first), code, code, 0);
 }
 
 void encodeIso2022Jp(Converter& c) {
@@ -126,6 +143,8 @@ void encodeIso2022Jp(Converter& c) {
     return;
   }
   if (!mapCharacter(c)) return;
+  if (c.targetEncoder == Codec::kCp50220 && (c.targetGroup == 2008 || c.targetGroup == 2012))
+    c.targetGroup = 2006;
   if (c.targetGroup == 2011) return encodeJisX0213(c);
   if (c.targetGroup != c.designatedGroup) {
     const std::string escape = escapeOf(c.targetGroup, c.targetCharsetId);
