@@ -109,6 +109,16 @@ TEST_F(CompoundFaults, of_sectors_as_large_as_the_file_stand_at_the_first_of_the
   EXPECT_EQ(faultOf(bytes), 30);
 }
 
+TEST_F(CompoundFaults, of_sectors_of_2_GB_stand_at_their_size_in_a_file_of_any) {
+  std::string bytes = bytes_;
+  putWord(bytes, kSectorShift, 31);
+  const std::string path = writeNext(bytes);
+  std::filesystem::resize_file(path, (uintmax_t{1} << 32) + 512);
+  CompoundFault fault;
+  EXPECT_EQ(CompoundFile::open(path.c_str(), fault), nullptr);
+  EXPECT_EQ(fault.offset, 30);
+}
+
 TEST_F(CompoundFaults, stand_at_the_last_good_sector_of_a_chain) {
   ASSERT_GE(writer_.directorySectors().size(), 2u);
   const uint32_t first = writer_.directorySectors()[0];

@@ -21,6 +21,13 @@ TEST(TrimmedLength, parts_no_two_byte_character) {
   }
 }
 
+TEST(TrimmedLength, walks_from_the_first_byte) {
+  EXPECT_EQ(trimmedLength(std::string(300, '\x82'), 932), 256u);
+  EXPECT_EQ(trimmedLength("a" + std::string(300, '\x82'), 932), 255u);
+  EXPECT_EQ(trimmedLength(std::string(300, '\xC3'), 65001), 256u);
+  EXPECT_EQ(trimmedLength("a" + std::string(300, '\xC3'), 65001), 255u);
+}
+
 TEST(TrimmedLength, knows_the_leads_of_shift_jis_in_every_other_code_page) {
   for (int lead = 0; lead < 256; ++lead) {
     const bool isLead = (lead >= 0x81 && lead <= 0x9F) || (lead >= 0xE0 && lead <= 0xFC);
