@@ -32,7 +32,8 @@ constexpr char kUndeterminedLanguage[] = "und";
 constexpr char kFooter[] =
     "FILE is a text file; none, or -, is standard input. Without -o, --output-dir or\n"
     "--in-place the results go to standard output, in the order of the files.\n"
-    "CHARSET is a name or an alias that 'ksv charsets' lists, without regard to case.\n"
+    "CHARSET is a name or an alias that 'ksv charsets' lists, without regard to case and\n"
+    "punctuation.\n"
     "\n"
     "Without -f the charset of each text is detected, as by 'ksv detect', and told on\n"
     "standard error with the reason. A text that none fits, or more than one, fails. Text\n"
