@@ -31,11 +31,11 @@ bool readGrowing(std::string& text, Call call) {
   return false;
 }
 
-std::vector<std::string> attributeNames(const std::string& path) {
+std::vector<std::string> attributeNames(const std::string& path, WhatIsRefused whatIsRefused) {
   std::string list;
   const bool isRead = readGrowing(
       list, [&](char* buffer, size_t size) { return ::listxattr(path.c_str(), buffer, size); });
-  if (!isRead && errno != ENOTSUP) fail(errno);
+  if (!isRead && errno != ENOTSUP && whatIsRefused == WhatIsRefused::kFails) fail(errno);
   std::vector<std::string> names;
   for (size_t at = 0; isRead && at < list.size(); at += names.back().size() + 1)
     names.emplace_back(list.c_str() + at);
@@ -63,7 +63,7 @@ void handOnAttribute(const std::string& path, const std::string& name, int to,
 
 // A directory gives new files an access list, which the old file need not have had.
 void handOnExtendedAttributes(const std::string& path, int to, WhatIsRefused whatIsRefused) {
-  const std::vector<std::string> names = attributeNames(path);
+  const std::vector<std::string> names = attributeNames(path, whatIsRefused);
   for (const std::string& name : names)
     if (name != "security.capability") handOnAttribute(path, name, to, whatIsRefused);
   if (std::find(names.begin(), names.end(), kAccessList) == names.end())

@@ -60,8 +60,10 @@ class DirectoryLint {
     if (charsets_.empty()) add(".", 0, "holds no charset rule file that can be read");
     lintAliases();
     std::stable_sort(faults_.begin(), faults_.end(), [](const Fault& a, const Fault& b) {
-      return std::tie(a.file, a.line) < std::tie(b.file, b.line);
+      return std::tie(a.file, a.line, a.reason) < std::tie(b.file, b.line, b.reason);
     });
+    // A set that several charsets name is looked at for each of them.
+    faults_.erase(std::unique(faults_.begin(), faults_.end()), faults_.end());
     return std::move(faults_);
   }
 
@@ -184,14 +186,14 @@ class DirectoryLint {
                const RuleSource& charset, const MemberForm& form) {
     const auto root = form.root == nullptr ? std::optional(Span{0, 0}) : text.element(form.root, 0);
     if (!root)
-      return addOnce(file, 1,
-                     std::string("has no <") + form.root + ">, which a " + form.element + " needs");
+      return add(file, 1,
+                 std::string("has no <") + form.root + ">, which a " + form.element + " needs");
     size_t at = root->start;
     for (const char* tag : {"name", "lang", form.code}) {
       if (form.root == nullptr && std::strcmp(tag, "lang") == 0) continue;
       const auto element = text.element(tag, at);
       if (!element)
-        return addOnce(file, text.lineAt(at), std::string("has no <") + tag + "> behind this line");
+        return add(file, text.lineAt(at), std::string("has no <") + tag + "> behind this line");
       if (std::strcmp(tag, "name") == 0) lintSetName(file, text, *element);
       at = element->start;
     }
@@ -234,14 +236,6 @@ class DirectoryLint {
   static unsigned widthOf(const std::optional<std::string>& value, int base) {
     constexpr unsigned kDefault = 2;
     return value ? static_cast<unsigned>(std::strtoul(value->c_str(), nullptr, base)) : kDefault;
-  }
-
-  // Of a file that several charsets name.
-  void addOnce(const std::string& file, size_t line, const std::string& reason) {
-    const bool isThere = std::any_of(faults_.begin(), faults_.end(), [&](const Fault& fault) {
-      return fault.file == file && fault.line == line && fault.reason == reason;
-    });
-    if (!isThere) add(file, line, reason);
   }
 
   void lintAliases() {

@@ -128,6 +128,7 @@ TEST_F(Lint, tells_missing_files_and_undeclared_entities) {
   EXPECT_EQ(faults(), "quay.xml:9: names no file: an entity such as &name; is needed\n");
   put("quay.xml", charset_);
   change("set.quay.xml", set_, "&table.quay;", "&table.kai;");
+  change("two.xml", charset_, ">Quay<", ">Two<");
   EXPECT_EQ(faults(), "set.quay.xml:8: uses the entity &table.kai;, which is not declared\n");
 }
 
