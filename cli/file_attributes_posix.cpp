@@ -78,7 +78,7 @@ void handOnAttributes(const std::string& path, int to, WhatIsRefused whatIsRefus
   if (::stat(path.c_str(), &old) != 0) fail(errno);
   const bool isOwnerKept = ::fchown(to, old.st_uid, old.st_gid) == 0;
   if (!isOwnerKept && whatIsRefused == WhatIsRefused::kFails)
-    throw Failure("its owner cannot be kept: " + std::generic_category().message(errno));
+    throw Failure("its owner and group cannot be kept: " + std::generic_category().message(errno));
   handOnExtendedAttributes(path, to, whatIsRefused);
   if (::fchmod(to, old.st_mode & (isOwnerKept ? 07777u : 0777u)) != 0) fail(errno);
 }

@@ -103,8 +103,9 @@ TEST_F(InPlaceOnPosix, leaves_a_file_whose_owner_it_cannot_keep) {
     outcome = toShiftJis({"--in-place=.bak", "a"});
   }).join();
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err,
-            "ksv: a: cannot write a: its owner cannot be kept: Operation not permitted\n");
+  EXPECT_EQ(
+      outcome.err,
+      "ksv: a: cannot write a: its owner and group cannot be kept: Operation not permitted\n");
   EXPECT_EQ(read("a"), kUtf8);
   EXPECT_EQ(files(), (std::vector<std::string>{"a"}));
 }
