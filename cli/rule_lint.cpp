@@ -241,16 +241,30 @@ class DirectoryLint {
   void lintAliases() {
     const AliasFile file = readAliases(directory_);
     for (const AliasFault& fault : file.faults) add(kAliasFile, fault.line, fault.reason);
-    std::map<std::string, size_t> seen;
-    for (const auto& [alias, line] : file.aliases) {
-      const auto [first, isNew] = seen.emplace(foldedName(alias.alias), line);
-      if (!isNew)
-        add(kAliasFile, line,
-            alias.alias + " is in line " + std::to_string(first->second) + " already");
-      const bool isThere =
-          std::find(charsets_.begin(), charsets_.end(), lowered(alias.charset)) != charsets_.end();
-      if (!isThere) add(kAliasFile, line, "the directory has no charset " + alias.charset);
+    std::map<std::string, const AliasLine*> seen;
+    for (const AliasLine& line : file.aliases) {
+      const auto [first, isNew] = seen.emplace(foldedName(line.alias.alias), &line);
+      if (!isNew) lintAgain(line, *first->second);
+      if (!holdsCharset(line.alias.charset))
+        add(kAliasFile, line.line, "the directory has no charset " + line.alias.charset);
+      const bool isOther = lowered(line.alias.alias) != lowered(line.alias.charset);
+      if (isOther && holdsCharset(line.alias.alias))
+        add(kAliasFile, line.line, line.alias.alias + " is a charset of the directory itself");
     }
+  }
+
+  // A name that is written in two ways may stand there twice, for one charset.
+  void lintAgain(const AliasLine& line, const AliasLine& first) {
+    const bool isSame = lowered(line.alias.charset) == lowered(first.alias.charset) &&
+                        line.alias.order == first.alias.order;
+    if (!isSame)
+      add(kAliasFile, line.line,
+          line.alias.alias + " stands for " + first.alias.charset + " already, in line " +
+              std::to_string(first.line));
+  }
+
+  bool holdsCharset(const std::string& name) const {
+    return std::find(charsets_.begin(), charsets_.end(), lowered(name)) != charsets_.end();
   }
 
   const std::string& directory_;

@@ -211,12 +211,15 @@ TEST_F(Lint, gives_json_and_tells_a_directory_that_is_not_there) {
 
 TEST_F(Lint, looks_at_the_aliases) {
   write("d/aliases.txt",
-        "# names\n\nwharf Quay\npier Quay sideways\nlonely\nWHARF quay -\nship Vessel big ours\n");
+        "# names\n\nwharf Quay\npier Quay sideways\nlonely\nWHARF quay big\nw-harf quay -\n"
+        "ship Vessel big ours\nquay ship\n");
   EXPECT_EQ(faults(),
             "aliases.txt:4: has sideways in place of little, big or -\n"
             "aliases.txt:5: names no charset for lonely\n"
-            "aliases.txt:6: WHARF is in line 3 already\n"
-            "aliases.txt:7: the directory has no charset Vessel\n");
+            "aliases.txt:6: WHARF stands for Quay already, in line 3\n"
+            "aliases.txt:8: the directory has no charset Vessel\n"
+            "aliases.txt:9: quay is a charset of the directory itself\n"
+            "aliases.txt:9: the directory has no charset ship\n");
 }
 
 TEST_F(Lint, aliases_of_the_directory_name_its_charsets) {
