@@ -8,7 +8,7 @@
 #include <tuple>
 #include <utility>
 
-#include "alias_file.h"
+#include "alias_lint.h"
 #include "cconv/rules/names.h"
 #include "charset_names.h"
 #include "codec_names.h"
@@ -58,7 +58,7 @@ class DirectoryLint {
   std::vector<Fault> run() {
     for (const std::string& name : platform::filesIn(directory_)) lintFile(name);
     if (charsets_.empty()) add(".", 0, "holds no charset rule file that can be read");
-    lintAliases();
+    lintAliases(directory_, charsets_, faults_);
     std::stable_sort(faults_.begin(), faults_.end(), [](const Fault& a, const Fault& b) {
       return std::tie(a.file, a.line, a.reason) < std::tie(b.file, b.line, b.reason);
     });
@@ -236,35 +236,6 @@ class DirectoryLint {
   static unsigned widthOf(const std::optional<std::string>& value, int base) {
     constexpr unsigned kDefault = 2;
     return value ? static_cast<unsigned>(std::strtoul(value->c_str(), nullptr, base)) : kDefault;
-  }
-
-  void lintAliases() {
-    const AliasFile file = readAliases(directory_);
-    for (const AliasFault& fault : file.faults) add(kAliasFile, fault.line, fault.reason);
-    std::map<std::string, const AliasLine*> seen;
-    for (const AliasLine& line : file.aliases) {
-      const auto [first, isNew] = seen.emplace(foldedName(line.alias.alias), &line);
-      if (!isNew) lintAgain(line, *first->second);
-      if (!holdsCharset(line.alias.charset))
-        add(kAliasFile, line.line, "the directory has no charset " + line.alias.charset);
-      const bool isOther = lowered(line.alias.alias) != lowered(line.alias.charset);
-      if (isOther && holdsCharset(line.alias.alias))
-        add(kAliasFile, line.line, line.alias.alias + " is a charset of the directory itself");
-    }
-  }
-
-  // A name that is written in two ways may stand there twice, for one charset.
-  void lintAgain(const AliasLine& line, const AliasLine& first) {
-    const bool isSame = lowered(line.alias.charset) == lowered(first.alias.charset) &&
-                        line.alias.order == first.alias.order;
-    if (!isSame)
-      add(kAliasFile, line.line,
-          line.alias.alias + " stands for " + first.alias.charset + " already, in line " +
-              std::to_string(first.line));
-  }
-
-  bool holdsCharset(const std::string& name) const {
-    return std::find(charsets_.begin(), charsets_.end(), lowered(name)) != charsets_.end();
   }
 
   const std::string& directory_;
