@@ -179,7 +179,9 @@ TEST_F(Lint, tells_a_compiled_table_that_is_stale) {
   write("d/quay.cmp", "");
   EXPECT_EQ(faults(), "quay.cmp: is empty; without it, it is made anew\n");
   fs::remove(path("d/quay.txt"));
-  EXPECT_EQ(faults(), "") << "a compiled table needs no text";
+  EXPECT_EQ(faults(), "quay.txt: is missing; quay.xml declares it\n");
+  write("d/quay.cmp", bytes({0x41, 0, 0, 0, 0x41, 0, 0, 0}));
+  EXPECT_EQ(faults(), "") << "a compiled table that is filled needs no text";
 }
 
 // "ad" and "cc" weigh 1*97 + 2*100 and 1*99 + 2*99: both are 297.
