@@ -42,8 +42,9 @@ void addCharsetsJob(CLI::App& app, int& exitStatus) {
   CLI::App* job = app.add_subcommand("charsets", "List the charsets that can be named");
   job->footer(
       "A line a charset: its name, a tab, its aliases. Names are taken without regard to\n"
-      "case. The charsets are those of the charset directory. UTF-7 and HZ-GB-2312, which\n"
-      "need ISO-10646-UCS-4 and ChineseGBK of it, can be read, but not written.");
+      "case and punctuation. The charsets are those of the charset directory, which may bring\n"
+      "names of its own in aliases.txt. UTF-7 and HZ-GB-2312, which need ISO-10646-UCS-4 and\n"
+      "ChineseGBK of it, can be read, but not written.");
   auto json = std::make_shared<bool>(false);
   job->add_flag("--json", *json, "One JSON object a line: name, aliases, sourceOnly");
   job->callback([json, &exitStatus] { exitStatus = listCharsets(*json); });

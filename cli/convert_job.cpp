@@ -33,7 +33,8 @@ constexpr char kUndeterminedLanguage[] = "und";
 constexpr char kFooter[] =
     "FILE is a text file; none, or -, is standard input. Without -o, --output-dir or\n"
     "--in-place the results go to standard output, in the order of the files.\n"
-    "CHARSET is a name or an alias that 'ksv charsets' lists, without regard to case.\n"
+    "CHARSET is a name or an alias that 'ksv charsets' lists, without regard to case and\n"
+    "punctuation.\n"
     "\n"
     "Without -f the charset of each text is found out from all of it, and told on standard\n"
     "error with the reason: a byte-order mark; else what XML or HTML declares, if the text is\n"

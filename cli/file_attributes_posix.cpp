@@ -31,11 +31,11 @@ bool readGrowing(std::string& text, Call call) {
   return false;
 }
 
-std::vector<std::string> attributeNames(const std::string& path) {
+std::vector<std::string> attributeNames(const std::string& path, WhatIsRefused whatIsRefused) {
   std::string list;
   const bool isRead = readGrowing(
       list, [&](char* buffer, size_t size) { return ::listxattr(path.c_str(), buffer, size); });
-  if (!isRead && errno != ENOTSUP) fail(errno);
+  if (!isRead && errno != ENOTSUP && whatIsRefused == WhatIsRefused::kFails) fail(errno);
   std::vector<std::string> names;
   for (size_t at = 0; isRead && at < list.size(); at += names.back().size() + 1)
     names.emplace_back(list.c_str() + at);
@@ -63,7 +63,7 @@ void handOnAttribute(const std::string& path, const std::string& name, int to,
 
 // A directory gives new files an access list, which the old file need not have had.
 void handOnExtendedAttributes(const std::string& path, int to, WhatIsRefused whatIsRefused) {
-  const std::vector<std::string> names = attributeNames(path);
+  const std::vector<std::string> names = attributeNames(path, whatIsRefused);
   for (const std::string& name : names)
     if (name != "security.capability") handOnAttribute(path, name, to, whatIsRefused);
   if (std::find(names.begin(), names.end(), kAccessList) == names.end())
@@ -78,7 +78,7 @@ void handOnAttributes(const std::string& path, int to, WhatIsRefused whatIsRefus
   if (::stat(path.c_str(), &old) != 0) fail(errno);
   const bool isOwnerKept = ::fchown(to, old.st_uid, old.st_gid) == 0;
   if (!isOwnerKept && whatIsRefused == WhatIsRefused::kFails)
-    throw Failure("its owner cannot be kept: " + std::generic_category().message(errno));
+    throw Failure("its owner and group cannot be kept: " + std::generic_category().message(errno));
   handOnExtendedAttributes(path, to, whatIsRefused);
   if (::fchmod(to, old.st_mode & (isOwnerKept ? 07777u : 0777u)) != 0) fail(errno);
 }

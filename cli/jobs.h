@@ -14,10 +14,10 @@ void addDetectJob(CLI::App& app, int& exitStatus);
 void addCheckJob(CLI::App& app, int& exitStatus);
 void addCharsetsJob(CLI::App& app, int& exitStatus);
 void addTablesJob(CLI::App& app, int& exitStatus);
-void addLintJob(CLI::App& app, int& exitStatus);
 void addCutJob(CLI::App& app, int& exitStatus);
 void addSummaryJob(CLI::App& app, int& exitStatus);
 void addOleJob(CLI::App& app, int& exitStatus);
+void addLintJob(CLI::App& app, int& exitStatus);
 
 }  // namespace ksv_cli
 

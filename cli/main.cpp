@@ -50,10 +50,10 @@ int run(std::vector<std::string> arguments) {
   addCheckJob(app, exitStatus);
   addCharsetsJob(app, exitStatus);
   addTablesJob(app, exitStatus);
-  addLintJob(app, exitStatus);
   addCutJob(app, exitStatus);
   addSummaryJob(app, exitStatus);
   addOleJob(app, exitStatus);
+  addLintJob(app, exitStatus);
   try {
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     app.parse(std::move(arguments));

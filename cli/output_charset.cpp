@@ -34,7 +34,21 @@ class TextSink : public ByteSink {
   std::string text;
 };
 
-std::string converted(const ConversionSettings& settings, const std::string& text) {
+// With U+FFFD for what is no UTF-8: names of files may hold anything.
+std::string wellFormed(std::string_view text) {
+  std::string result;
+  for (;;) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    const ScanResult scan = scanUnicode(UnicodeForm::kUtf8, false, bytes, text.size());
+    result += text.substr(0, scan.wellFormed);
+    if (scan.end == ScanEnd::kAll) return result;
+    result += "\uFFFD";
+    text.remove_prefix(scan.wellFormed + scan.badLength);
+  }
+}
+
+std::string converted(const ConversionSettings& settings, const std::string& utf8) {
+  const std::string text = wellFormed(utf8);
   TextSource source(text);
   TextSink sink;
   convertText(settings, source, sink);
@@ -67,7 +81,7 @@ OutputCharset::OutputCharset(const CharsetNames& names, const std::string& name,
 }
 
 bool OutputCharset::holds(const std::string& utf8) const {
-  if (isUnicode()) return true;
+  if (hasEverything()) return true;
   ConversionSettings strict = settings_;
   strict.options.replaceUnmappable = 0;
   try {

@@ -19,10 +19,14 @@ class OutputCharset {
   OutputCharset(const CharsetNames& names, const std::string& name, Lacking lacking);
 
   const std::string& display() const { return settings_.target.display; }
-  // Whether it has every character.
-  bool isUnicode() const { return settings_.target.form != UnicodeForm::kNone; }
+  // Whether it has every character: UCS-2 ends at U+FFFF.
+  bool hasEverything() const {
+    const UnicodeForm form = settings_.target.form;
+    return form != UnicodeForm::kNone && form != UnicodeForm::kUcs2;
+  }
 
   bool holds(const std::string& utf8) const;
+  // UTF-8 stays as it is; otherwise bytes that are none count as U+FFFD.
   std::string encoded(const std::string& utf8) const;
 
  private:

@@ -124,6 +124,9 @@ class ConvertedFile : public PosixPendingFile {
     file().descriptor().closeChecked();
     replaceOriginal();
     synchroniseDirectory(directoryOf(place()));
+    // The backup of what a link leads to stands beside the link.
+    const std::string directory = directoryOf(how_.backup);
+    if (!how_.backup.empty() && directory != directoryOf(place())) synchroniseDirectory(directory);
   }
 
  private:

@@ -8,7 +8,7 @@
 #include <tuple>
 #include <utility>
 
-#include "alias_file.h"
+#include "alias_lint.h"
 #include "cconv/rules/names.h"
 #include "charset_names.h"
 #include "codec_names.h"
@@ -58,10 +58,12 @@ class DirectoryLint {
   std::vector<Fault> run() {
     for (const std::string& name : platform::filesIn(directory_)) lintFile(name);
     if (charsets_.empty()) add(".", 0, "holds no charset rule file that can be read");
-    lintAliases();
+    lintAliases(directory_, charsets_, faults_);
     std::stable_sort(faults_.begin(), faults_.end(), [](const Fault& a, const Fault& b) {
-      return std::tie(a.file, a.line) < std::tie(b.file, b.line);
+      return std::tie(a.file, a.line, a.reason) < std::tie(b.file, b.line, b.reason);
     });
+    // A set that several charsets name is looked at for each of them.
+    faults_.erase(std::unique(faults_.begin(), faults_.end()), faults_.end());
     return std::move(faults_);
   }
 
@@ -184,14 +186,14 @@ class DirectoryLint {
                const RuleSource& charset, const MemberForm& form) {
     const auto root = form.root == nullptr ? std::optional(Span{0, 0}) : text.element(form.root, 0);
     if (!root)
-      return addOnce(file, 1,
-                     std::string("has no <") + form.root + ">, which a " + form.element + " needs");
+      return add(file, 1,
+                 std::string("has no <") + form.root + ">, which a " + form.element + " needs");
     size_t at = root->start;
     for (const char* tag : {"name", "lang", form.code}) {
       if (form.root == nullptr && std::strcmp(tag, "lang") == 0) continue;
       const auto element = text.element(tag, at);
       if (!element)
-        return addOnce(file, text.lineAt(at), std::string("has no <") + tag + "> behind this line");
+        return add(file, text.lineAt(at), std::string("has no <") + tag + "> behind this line");
       if (std::strcmp(tag, "name") == 0) lintSetName(file, text, *element);
       at = element->start;
     }
@@ -234,29 +236,6 @@ class DirectoryLint {
   static unsigned widthOf(const std::optional<std::string>& value, int base) {
     constexpr unsigned kDefault = 2;
     return value ? static_cast<unsigned>(std::strtoul(value->c_str(), nullptr, base)) : kDefault;
-  }
-
-  // Of a file that several charsets name.
-  void addOnce(const std::string& file, size_t line, const std::string& reason) {
-    const bool isThere = std::any_of(faults_.begin(), faults_.end(), [&](const Fault& fault) {
-      return fault.file == file && fault.line == line && fault.reason == reason;
-    });
-    if (!isThere) add(file, line, reason);
-  }
-
-  void lintAliases() {
-    const AliasFile file = readAliases(directory_);
-    for (const AliasFault& fault : file.faults) add(kAliasFile, fault.line, fault.reason);
-    std::map<std::string, size_t> seen;
-    for (const auto& [alias, line] : file.aliases) {
-      const auto [first, isNew] = seen.emplace(foldedName(alias.alias), line);
-      if (!isNew)
-        add(kAliasFile, line,
-            alias.alias + " is in line " + std::to_string(first->second) + " already");
-      const bool isThere =
-          std::find(charsets_.begin(), charsets_.end(), lowered(alias.charset)) != charsets_.end();
-      if (!isThere) add(kAliasFile, line, "the directory has no charset " + alias.charset);
-    }
   }
 
   const std::string& directory_;

@@ -142,7 +142,7 @@ std::string asText(const std::string& name, const std::vector<FoundProperty>& fo
 }
 
 std::string lineFor(const OutputCharset& output, const nlohmann::ordered_json& record) {
-  return output.isUnicode() ? jsonLine(record) : asciiJsonLine(record);
+  return output.hasEverything() ? jsonLine(record) : asciiJsonLine(record);
 }
 
 std::string asJson(const std::string& path, const std::vector<FoundProperty>& found,

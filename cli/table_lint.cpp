@@ -72,7 +72,8 @@ class TableLint {
   void run() {
     const auto bytes = fileBytes(platform::joinPath(directory_, use_.file));
     const auto compiled = fileBytes(platform::joinPath(directory_, compiledName()));
-    if (!bytes && !compiled) return add(0, "is missing; " + use_.declaredBy + " declares it");
+    if (!bytes && (!compiled || compiled->empty()))
+      return add(0, "is missing; " + use_.declaredBy + " declares it");
     if (bytes && isReadable(*bytes)) lintText(*bytes);
     if (bytes && compiled) compareCompiled(*compiled);
   }

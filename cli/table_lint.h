@@ -15,6 +15,8 @@ struct Fault {
   std::string file;  // its name in the charset directory
   size_t line = 0;   // 0: of the file as a whole
   std::string reason;
+
+  bool operator==(const Fault&) const = default;
 };
 
 struct TableUse {

@@ -128,6 +128,7 @@ TEST_F(Lint, tells_missing_files_and_undeclared_entities) {
   EXPECT_EQ(faults(), "quay.xml:9: names no file: an entity such as &name; is needed\n");
   put("quay.xml", charset_);
   change("set.quay.xml", set_, "&table.quay;", "&table.kai;");
+  change("two.xml", charset_, ">Quay<", ">Two<");
   EXPECT_EQ(faults(), "set.quay.xml:8: uses the entity &table.kai;, which is not declared\n");
 }
 
@@ -178,7 +179,9 @@ TEST_F(Lint, tells_a_compiled_table_that_is_stale) {
   write("d/quay.cmp", "");
   EXPECT_EQ(faults(), "quay.cmp: is empty; without it, it is made anew\n");
   fs::remove(path("d/quay.txt"));
-  EXPECT_EQ(faults(), "") << "a compiled table needs no text";
+  EXPECT_EQ(faults(), "quay.txt: is missing; quay.xml declares it\n");
+  write("d/quay.cmp", bytes({0x41, 0, 0, 0, 0x41, 0, 0, 0}));
+  EXPECT_EQ(faults(), "") << "a compiled table that is filled needs no text";
 }
 
 // "ad" and "cc" weigh 1*97 + 2*100 and 1*99 + 2*99: both are 297.
@@ -210,12 +213,15 @@ TEST_F(Lint, gives_json_and_tells_a_directory_that_is_not_there) {
 
 TEST_F(Lint, looks_at_the_aliases) {
   write("d/aliases.txt",
-        "# names\n\nwharf Quay\npier Quay sideways\nlonely\nWHARF quay -\nship Vessel big ours\n");
+        "# names\n\nwharf Quay\npier Quay sideways\nlonely\nWHARF quay big\nw-harf quay -\n"
+        "ship Vessel big ours\nquay ship\n");
   EXPECT_EQ(faults(),
             "aliases.txt:4: has sideways in place of little, big or -\n"
             "aliases.txt:5: names no charset for lonely\n"
-            "aliases.txt:6: WHARF is in line 3 already\n"
-            "aliases.txt:7: the directory has no charset Vessel\n");
+            "aliases.txt:6: WHARF stands for Quay already, in line 3\n"
+            "aliases.txt:8: the directory has no charset Vessel\n"
+            "aliases.txt:9: quay is a charset of the directory itself\n"
+            "aliases.txt:9: the directory has no charset ship\n");
 }
 
 TEST_F(Lint, aliases_of_the_directory_name_its_charsets) {

@@ -31,6 +31,7 @@ TEST_F(DocumentPaths, may_be_no_utf8) {
   const std::string name = bytes({0x93, 0xFA, 0x96, 0x7B});
   write(name, document_);
   expectOpens(name, name);
+  EXPECT_EQ(ksv({"summary", "-t", "ISO-8859-1", name}).out, "???{\n" + line_);
 }
 
 TEST_F(DocumentPaths, may_be_longer_than_the_library_takes) {

@@ -122,6 +122,15 @@ TEST_F(Summary, escapes_in_json_what_the_charset_lacks) {
   EXPECT_EQ(outcome.err, "ksv: ü: No such file or directory\n");
 }
 
+TEST_F(Summary, counts_ucs_2_among_those_that_lack_something) {
+  write("a", document(summary({codePage(65001), text(2, "😀")})));
+  const Outcome outcome = ksv({"summary", "-t", "UCS-2BE", "a"});
+  EXPECT_EQ(outcome.err,
+            "ksv: a: holds characters that are not in ISO-10646-UCS-2; they are replaced\n");
+  const std::string json = ksv({"summary", "--json", "-t", "UCS-2BE", "a"}).out;
+  EXPECT_NE(json.find(bytes({0, '\\', 0, 'u', 0, 'd', 0, '8', 0, '3', 0, 'd'})), std::string::npos);
+}
+
 TEST_F(Summary, writes_in_the_charset_that_is_asked_for) {
   write("a", document(summary({codePage(65001), text(2, "表")})));
   const std::string label = "  Title                ";

@@ -1,0 +1,96 @@
+// docs/command.md tells of every job, option and field.
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <set>
+
+#include "command.h"
+#include "tests/common/support.h"
+#include "tests/ole/property_set_writer.h"
+
+namespace ksv_cli_tests {
+namespace {
+
+using namespace ksv::test;  // what makes the documents
+
+const std::vector<std::string> kJobs = {"convert", "detect",   "check",  "summary", "ole",
+                                        "cut",     "charsets", "tables", "lint"};
+
+class CommandPage : public CommandTest {
+ protected:
+  // What the page says of a job: from its heading to the next.
+  std::string section(const std::string& job) const {
+    const size_t start = page_.find("\n## `ksv " + job);
+    EXPECT_NE(start, std::string::npos) << job;
+    return page_.substr(start, page_.find("\n## ", start + 1) - start);
+  }
+
+  static std::set<std::string> optionsIn(const std::string& text) {
+    const std::regex option("--[a-z][a-z-]*");
+    return {std::sregex_token_iterator(text.begin(), text.end(), option), {}};
+  }
+
+  void expectTold(const std::string& job, const std::string& json) const {
+    const auto record = nlohmann::json::parse(json.substr(0, json.find('\n')));
+    EXPECT_GT(record.size(), 1u);
+    for (const auto& [field, value] : record.items())
+      EXPECT_NE(section(job).find("`" + field + "`"), std::string::npos) << job << ": " << field;
+  }
+
+  const std::string page_ = readFile(KSV_COMMAND_PAGE);
+};
+
+TEST_F(CommandPage, tells_every_job) {
+  const std::string help = ksv({"--help"}).out;
+  const std::string jobs = help.substr(help.find("Subcommands"));
+  const std::regex job("\n {2,}([a-z]+)");
+  std::set<std::string> found;
+  for (auto at = std::sregex_iterator(jobs.begin(), jobs.end(), job); at != std::sregex_iterator();
+       ++at)
+    found.insert((*at)[1]);
+  EXPECT_EQ(found, std::set<std::string>(kJobs.begin(), kJobs.end())) << help;
+  for (const std::string& name : kJobs) EXPECT_NE(section(name), "");
+}
+
+TEST_F(CommandPage, tells_every_option_of_each_job) {
+  for (const std::string& job : kJobs) {
+    std::vector<std::vector<std::string>> calls = {{job, "--help"}};
+    if (job == "ole") calls = {{job, "list", "--help"}, {job, "cat", "--help"}};
+    for (const auto& call : calls) {
+      const std::string help = ksv(call).out;
+      const size_t options = help.find("Options:");
+      ASSERT_NE(options, std::string::npos);
+      const size_t length = help.find("\n\n", options) - options;
+      const std::set<std::string> told = optionsIn(help.substr(options, length));
+      EXPECT_TRUE(told.contains("--help")) << help;
+      for (const std::string& option : told) {
+        const bool isTold = section(job).find("`" + option) != std::string::npos;
+        EXPECT_TRUE(isTold || option == "--help") << job << " " << option;
+      }
+    }
+  }
+}
+
+TEST_F(CommandPage, tells_every_field_of_each_record) {
+  write("text", "plain\n");
+  write("document", document(summary({codePage(65001), text(2, "t"), text(3, "s"), text(4, "a"),
+                                      text(5, "k"), text(6, "c"), text(8, "l"), text(9, "7"),
+                                      time(12, fileTime(2024, 2, 29, 12, 34, 56)),
+                                      time(13, fileTime(2024, 3, 31, 23, 59, 59)), text(18, "w")}),
+                             documentSummary({codePage(65001), text(2, "c"), text(3, "A4"),
+                                              integer(4, 11), integer(6, 22), integer(7, 33),
+                                              integer(8, 44), text(14, "m"), text(15, "c")})));
+  expectTold("detect", ksv({"detect", "--json", "text"}).out);
+  expectTold("check", ksv({"check", "--json", "text"}).out);
+  expectTold("summary", ksv({"summary", "--json", "document"}).out);
+  expectTold("ole", ksv({"ole", "list", "--json", "document"}).out);
+  expectTold("charsets", ksv({"charsets", "--json"}).out);
+  std::filesystem::create_directory(pathOf(path("empty")));
+  expectTold("lint", ksv({"lint", "--json", "empty"}).out);
+  for (const std::string field : {"`path`", "`pathBytes`", "`error.reason`", "`error.offset`"})
+    EXPECT_NE(page_.substr(0, page_.find("\n## `ksv")).find(field), std::string::npos);
+}
+
+}  // namespace
+}  // namespace ksv_cli_tests
