@@ -48,11 +48,11 @@ constexpr size_t kMostNamed = 8;
 constexpr uint64_t kLongestLine = 4096;
 
 struct PairCharset {
-  const char* name;     // as users know it
-  const char* readAs;   // what has its vendors' characters as well; null: itself
+  const char* name;    // as users know it
+  const char* readAs;  // what has its vendors' characters as well; null: itself
   Language language;
-  const char* butFor;   // only if that one does not hold the text
-  bool isUnits;         // of two bytes, ASCII too
+  const char* butFor;  // only if that one does not hold the text
+  bool isUnits;        // of two bytes, ASCII too
 };
 constexpr PairCharset kPairCharsets[] = {
     {"Shift_JIS", "WINDOWS31J", Language::kJapanese, nullptr, false},
@@ -269,8 +269,8 @@ std::optional<ChosenSource> CharsetJudge::byMark(const std::vector<uint8_t>& beg
   for (const char* name : {kUtf8, "ISO-10646-UCS-4", "UTF-16"}) {
     std::optional<CharsetChoice> charset = names_.findSource(name);
     bool bigEndian = false;
-    if (!charset || byteOrderMark(charset->form, false, beginning.data(), beginning.size(),
-                                  bigEndian) == 0)
+    if (!charset ||
+        byteOrderMark(charset->form, false, beginning.data(), beginning.size(), bigEndian) == 0)
       continue;
     if (charset->hasByteOrder()) charset->order = bigEndian ? ByteOrder::kBig : ByteOrder::kLittle;
     return ChosenSource{*charset, reasonFor(charset->display, charset->display, charset->order,
@@ -281,8 +281,8 @@ std::optional<ChosenSource> CharsetJudge::byMark(const std::vector<uint8_t>& beg
 
 std::optional<ChosenSource> CharsetJudge::byDeclaration(RereadableText& text) const {
   const std::vector<uint8_t>& beginning = text.beginning();
-  const std::optional<std::string> name = declaredCharset(
-      {reinterpret_cast<const char*>(beginning.data()), beginning.size()});
+  const std::optional<std::string> name =
+      declaredCharset({reinterpret_cast<const char*>(beginning.data()), beginning.size()});
   if (!name) return std::nullopt;
   std::optional<CharsetChoice> charset = names_.findSource(*name);
   if (!charset || !canDeclareItself(*charset)) return std::nullopt;
@@ -291,8 +291,8 @@ std::optional<ChosenSource> CharsetJudge::byDeclaration(RereadableText& text) co
     if (shown == known.name) charset = names_.findSource(readAs(known, names_));
   TextWeighing unused({});
   if (!weigh(text, names_, *charset, unused)) return std::nullopt;
-  return ChosenSource{*charset, reasonFor(shown, charset->display, ByteOrder::kOpen,
-                                          "it declares " + *name)};
+  return ChosenSource{*charset,
+                      reasonFor(shown, charset->display, ByteOrder::kOpen, "it declares " + *name)};
 }
 
 std::optional<ChosenSource> CharsetJudge::byForm(const ByteFacts& facts) const {
@@ -411,8 +411,10 @@ std::vector<std::string> CharsetJudge::rivals(const std::vector<Reading>& readin
 
 ChosenSource CharsetJudge::choose(const std::vector<Reading>& readings,
                                   const ByteFacts& facts) const {
-  const auto utf8 = std::find_if(readings.begin(), readings.end(),
-                                 [](const Reading& reading) { return reading.isUtf8(); });
+  const auto isPlain = [](const Reading& reading) {
+    return reading.isUtf8() || reading.name == kAscii;
+  };
+  const auto utf8 = std::find_if(readings.begin(), readings.end(), isPlain);
   if (utf8 != readings.end() && utf8->cost <= readings.front().cost + kBeliefInUtf8)
     return chosenReading(*utf8);
   const auto best = std::find_if(readings.begin(), readings.end(),

@@ -230,8 +230,8 @@ SourceFinder sourceFinder(const Arguments& arguments, const GivenOptions& given,
       ChosenSource chosen = chooseSource(text, names);
       return JudgedText{std::move(text.source), std::move(chosen)};
     };
-  const TextLanguage language = given.detectLanguage ? textLanguageNamed(arguments.detectLanguage)
-                                                     : textLanguageOfUser();
+  const TextLanguage language =
+      given.detectLanguage ? textLanguageNamed(arguments.detectLanguage) : textLanguageOfUser();
   const auto judge = std::make_shared<CharsetJudge>(names, language, arguments.guess);
   return [judge](const std::string& input) { return judge->judge(input); };
 }
@@ -243,7 +243,8 @@ int convert(Arguments arguments, const GivenOptions& given) {
   const CharsetNames names(ruleBase.charsets());
   const ConversionSettings settings = conversionSettings(arguments, given, names);
   if (given.replacement) checkReplacement(settings, arguments.replacement);
-  return convertBatch(settings, sourceFinder(arguments, given, names), plan, arguments.inputs, arguments.jobs);
+  return convertBatch(settings, sourceFinder(arguments, given, names), plan, arguments.inputs,
+                      arguments.jobs);
 }
 
 void addCharacterOptions(CLI::App& job, Arguments& arguments) {
@@ -279,7 +280,7 @@ void addDetectionOptions(CLI::App& job, Arguments& arguments) {
   job.add_option("--detect-language", arguments.detectLanguage,
                  "Without -f: the language of the texts, ja, zh-cn, zh-tw, ko or any; default: "
                  "that of LC_ALL, LC_CTYPE or LANG")
-      ->check(CLI::IsMember({"ja", "zh-cn", "zh-tw", "ko", "any"}))
+      ->check(CLI::IsMember({"ja", "zh-cn", "zh-tw", "ko", "any"}, CLI::ignore_case))
       ->type_name("NAME");
   job.add_flag("--guess", arguments.guess,
                "Without -f: where no charset is clear, take the likeliest");

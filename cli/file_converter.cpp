@@ -39,8 +39,7 @@ std::string formatted(const char* format, Values... values) {
 std::string utf8Of(uint32_t character) {
   const auto continuation = [](uint32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
   if (character < 0x80) return {static_cast<char>(character)};
-  if (character < 0x800)
-    return {static_cast<char>(0xC0 | character >> 6), continuation(character)};
+  if (character < 0x800) return {static_cast<char>(0xC0 | character >> 6), continuation(character)};
   return {static_cast<char>(0xE0 | character >> 12), continuation(character >> 6),
           continuation(character)};
 }

@@ -24,7 +24,6 @@ constexpr KnownName kKnownNames[] = {
     {"koreanksc", 5002},       {"gb18030", 5003},
 };
 
-
 }  // namespace
 
 void lowerAscii(char* text) {
