@@ -244,10 +244,11 @@ size_t FileConverter::convert(size_t begin, size_t end) {
       case KSV_STATUS_DONE:
       case KSV_STATUS_INCOMPLETE:
         if (limit == end) return used();
-        if (used() == escape)
-          takeEscape(escape);
-        else if (limit++ == escape)
-          continue;  // the escape stands where a trail should: it is told with its lead
+        if (used() != escape) {
+          ++limit;  // the escape stands where a trail should: what it breaks is told first
+          continue;
+        }
+        takeEscape(escape);
         break;
       case KSV_STATUS_INVALID: {
         const auto start = static_cast<size_t>(characterStart(before, record_.inputPosition));
