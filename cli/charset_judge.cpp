@@ -34,10 +34,10 @@ constexpr uint64_t kLeastToSee = 6;
 constexpr uint64_t kBeliefInUtf8 = 4 * kBit;
 constexpr uint64_t kFewCharacters = 16;
 
-// What text costs in a charset that nobody here knows: a byte above 7F hardly less than the
-// seven bits that one in 128 takes, and a change from ASCII and back hardly less than in any
+// What text costs in a charset that nobody here knows: a byte above 7F the seven bits that
+// one in 128 takes, and a change from ASCII and back hardly less than in any
 // language. A reading that is no better is none.
-constexpr uint64_t kCostOfUnknownByte = 26;
+constexpr uint64_t kCostOfUnknownByte = 7 * kBit;
 constexpr uint64_t kCostOfLeavingAscii = 14;
 constexpr uint64_t kCostOfReturn = 1 * kBit;
 
@@ -189,18 +189,14 @@ uint64_t costOfUnknown(const ByteFacts& facts) {
   return total;
 }
 
-// Whether UTF-8 has but characters that a few pairs of bytes in another charset look like.
+// Whether UTF-8 has but characters that a few pairs of bytes in another charset look like, or a
+// single one of three bytes.
 bool mayBeChance(const ByteFacts& facts) {
-  for (size_t byte = 0xE0; byte < 0x100; ++byte)
-    if (facts.isUsed[byte]) return false;
-  return facts.highBytes() <= 2 * kFewCharacters;
-}
-
-std::string joinedByOr(const std::vector<std::string>& names) {
-  std::string text;
-  for (size_t i = 0; i < names.size(); ++i)
-    text += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
-  return text;
+  const auto isUsed = [&](size_t first, size_t end) {
+    return std::find(facts.isUsed + first, facts.isUsed + end, true) != facts.isUsed + end;
+  };
+  if (isUsed(0xF0, 0x100)) return false;
+  return facts.highBytes() <= (isUsed(0xE0, 0xF0) ? 3 : 2 * kFewCharacters);
 }
 
 }  // namespace
@@ -239,12 +235,13 @@ TextLanguage textLanguageOfUser() {
   const auto isOf = [&](const char* language) {
     const size_t length = std::strlen(language);
     return locale.starts_with(language) &&
-           (locale.size() == length || std::strchr("_.@", locale[length]) != nullptr);
+           (locale.size() == length || std::strchr("_-.@", locale[length]) != nullptr);
   };
   if (isOf("ja")) return Language::kJapanese;
   if (isOf("ko")) return Language::kKorean;
-  if (isOf("zh_TW") || isOf("zh_HK") || isOf("zh_MO")) return Language::kTraditionalChinese;
-  if (isOf("zh_CN") || isOf("zh_SG")) return Language::kSimplifiedChinese;
+  if (isOf("zh_TW") || isOf("zh_HK") || isOf("zh_MO") || isOf("zh_Hant"))
+    return Language::kTraditionalChinese;
+  if (isOf("zh_CN") || isOf("zh_SG") || isOf("zh_Hans")) return Language::kSimplifiedChinese;
   return std::nullopt;
 }
 
