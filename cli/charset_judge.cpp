@@ -29,10 +29,12 @@ constexpr uint64_t kBeliefInLanguage = 4 * kBit;
 // In fewer bytes there is nothing to be seen, and the language alone has to do.
 constexpr uint64_t kLeastToSee = 6;
 
-// What UTF-8 with but a few characters of two bytes, which other charsets have by chance, may
-// cost more than another reading.
+// What UTF-8 with but a few characters, which other charsets have by chance, may cost more than
+// another reading; and how many bytes above 7F are few, without any character of three bytes and
+// with.
 constexpr uint64_t kBeliefInUtf8 = 4 * kBit;
-constexpr uint64_t kFewCharacters = 16;
+constexpr uint64_t kFewShortBytes = 32;
+constexpr uint64_t kFewLongBytes = 9;
 
 // What text costs in a charset that nobody here knows: a byte above 7F the seven bits that
 // one in 128 takes, and a change from ASCII and back hardly less than in any
@@ -189,14 +191,14 @@ uint64_t costOfUnknown(const ByteFacts& facts) {
   return total;
 }
 
-// Whether UTF-8 has but characters that a few pairs of bytes in another charset look like, or a
-// single one of three bytes.
+// Whether UTF-8 has but so few characters that bytes in another charset may look like them: of
+// three bytes each that is rarer, but there are Thai words that do.
 bool mayBeChance(const ByteFacts& facts) {
   const auto isUsed = [&](size_t first, size_t end) {
     return std::find(facts.isUsed + first, facts.isUsed + end, true) != facts.isUsed + end;
   };
   if (isUsed(0xF0, 0x100)) return false;
-  return facts.highBytes() <= (isUsed(0xE0, 0xF0) ? 3 : 2 * kFewCharacters);
+  return facts.highBytes() <= (isUsed(0xE0, 0xF0) ? kFewLongBytes : kFewShortBytes);
 }
 
 }  // namespace

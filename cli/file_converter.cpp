@@ -342,6 +342,7 @@ void FileConverter::takeEscape(size_t at) {
   record_.targetGroupType = other.targetGroupType;
   record_.designatedGroup = other.designatedGroup;
   record_.designatedPlane = other.designatedPlane;
+  record_.rawCode = other.rawCode;  // so that CR and LF around it are two line ends
   drain();
   record_.inputPosition = static_cast<int32_t>(at + unitSize(settings_.source));
   ++counts_.replaced;

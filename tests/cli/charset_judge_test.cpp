@@ -282,7 +282,9 @@ TEST_F(CharsetOfText, in_UTF_16_without_a_mark_is_found_by_its_blanks) {
 TEST_F(CharsetOfText, that_is_UTF_8_by_chance_is_refused) {
   for (const TextLanguage& language :
        {TextLanguage(), TextLanguage(Language::kSimplifiedChinese)}) {
-    EXPECT_EQ(read("pager\n\xD1\xA1", language), std::nullopt) << reason_;           // 选
+    EXPECT_EQ(read("pager\n\xD1\xA1", language), std::nullopt) << reason_;  // 选
+    EXPECT_EQ(read("only <\xE1\xBE\xA1\xE0\xA1\xA8>", language), std::nullopt)
+        << reason_;  // แพกเกจ
     EXPECT_EQ(read("caf\xC3\xA9 au lait", language), "café au lait") << reason_;
     for (const std::string sign :
          {"©", "°", "µ", "×", "é", "…", "—", "’", "→", "€", "日", "한", "あ", "。"})

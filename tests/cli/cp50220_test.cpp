@@ -138,9 +138,18 @@ TEST_F(Cp50220Names, do_not_let_an_ESC_of_the_text_through) {
                               "あ\x1B[0mい\x1B");
   EXPECT_EQ(outcome.out, "\x1B$B$\"\x1B(B?[0m\x1B$B$$\x1B(B?");
   EXPECT_EQ(outcome.err, "ksv: standard input: 0 invalid bytes skipped, 2 characters replaced\n");
+  EXPECT_EQ(ksv({"convert", "-f", "UTF-8", "-t", "ISO-2022-JP", "--unmappable", "replace",
+                 "--replacement", "?", "--newline", "lf"},
+                "a\r\x1B\nb")
+                .out,
+            "\x1B(Ba\n?\nb");
   // Four bytes decide that the first three are no character.
   EXPECT_EQ(converting()
-                .inPieces("GB18030", "ISO-2022-JP", "a\x81" "0\x1B" "b", 16,
+                .inPieces("GB18030", "ISO-2022-JP",
+                          "a\x81"
+                          "0\x1B"
+                          "b",
+                          16,
                           [](ksv_cli::ConversionSettings& settings) {
                             settings.skipInvalid = true;
                             settings.options.replaceUnmappable = 1;
