@@ -60,9 +60,9 @@ UNSEEN = {HAN: 0.08, HANGUL: 0.03}
 UNSEEN_ELSEWHERE = 0.01
 # Of that, the part of the second level, and of all that no level has.
 LEVEL_TWO, NO_LEVEL = 0.12, 0.02
-# How many characters a group has at most in the charsets that are judged.
+# How many characters a group has.
 GROUP_SIZE = {HIRAGANA: 90, KATAKANA: 94, HALF_KATAKANA: 63, WIDE: 120, HAN: 20902,
-              HANGUL: 11172, LOWER: 150, UPPER: 120, SYMBOL: 600}
+              HANGUL: 11172, LOWER: 1000, UPPER: 500, SYMBOL: 2400}
 
 
 def group_of(character):
