@@ -23,8 +23,9 @@ struct OutputPlan {
 // Opens a text, and finds out in which charset it is. Throws Failure.
 using SourceFinder = std::function<JudgedText(const std::string& input)>;
 
-// find: for where settings name no source; called from several threads. Throws UsageError when results would overwrite inputs or each other.
-// Returns the exit status; failures have been reported.
+// find: for where settings name no source; called from several threads. Throws UsageError when
+// results would overwrite inputs or each other. Returns the exit status; failures have been
+// reported.
 int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
                  const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs);
 

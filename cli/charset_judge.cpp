@@ -29,15 +29,17 @@ constexpr uint64_t kBeliefInLanguage = 4 * kBit;
 // In fewer bytes there is nothing to be seen, and the language alone has to do.
 constexpr uint64_t kLeastToSee = 6;
 
-// What UTF-8 with but a few characters of two bytes, which other charsets have by chance, may
-// cost more than another reading.
+// What UTF-8 with but a few characters, which other charsets have by chance, may cost more than
+// another reading; and how many bytes above 7F are few, without any character of three bytes and
+// with.
 constexpr uint64_t kBeliefInUtf8 = 4 * kBit;
-constexpr uint64_t kFewCharacters = 16;
+constexpr uint64_t kFewShortBytes = 32;
+constexpr uint64_t kFewLongBytes = 9;
 
-// What text costs in a charset that nobody here knows: a byte above 7F hardly less than the
-// seven bits that one in 128 takes, and a change from ASCII and back hardly less than in any
+// What text costs in a charset that nobody here knows: a byte above 7F the seven bits that
+// one in 128 takes, and a change from ASCII and back hardly less than in any
 // language. A reading that is no better is none.
-constexpr uint64_t kCostOfUnknownByte = 26;
+constexpr uint64_t kCostOfUnknownByte = 7 * kBit;
 constexpr uint64_t kCostOfLeavingAscii = 14;
 constexpr uint64_t kCostOfReturn = 1 * kBit;
 
@@ -48,11 +50,11 @@ constexpr size_t kMostNamed = 8;
 constexpr uint64_t kLongestLine = 4096;
 
 struct PairCharset {
-  const char* name;     // as users know it
-  const char* readAs;   // what has its vendors' characters as well; null: itself
+  const char* name;    // as users know it
+  const char* readAs;  // what has its vendors' characters as well; null: itself
   Language language;
-  const char* butFor;   // only if that one does not hold the text
-  bool isUnits;         // of two bytes, ASCII too
+  const char* butFor;  // only if that one does not hold the text
+  bool isUnits;        // of two bytes, ASCII too
 };
 constexpr PairCharset kPairCharsets[] = {
     {"Shift_JIS", "WINDOWS31J", Language::kJapanese, nullptr, false},
@@ -189,18 +191,14 @@ uint64_t costOfUnknown(const ByteFacts& facts) {
   return total;
 }
 
-// Whether UTF-8 has but characters that a few pairs of bytes in another charset look like.
+// Whether UTF-8 has but so few characters that bytes in another charset may look like them: of
+// three bytes each that is rarer, but there are Thai words that do.
 bool mayBeChance(const ByteFacts& facts) {
-  for (size_t byte = 0xE0; byte < 0x100; ++byte)
-    if (facts.isUsed[byte]) return false;
-  return facts.highBytes() <= 2 * kFewCharacters;
-}
-
-std::string joinedByOr(const std::vector<std::string>& names) {
-  std::string text;
-  for (size_t i = 0; i < names.size(); ++i)
-    text += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
-  return text;
+  const auto isUsed = [&](size_t first, size_t end) {
+    return std::find(facts.isUsed + first, facts.isUsed + end, true) != facts.isUsed + end;
+  };
+  if (isUsed(0xF0, 0x100)) return false;
+  return facts.highBytes() <= (isUsed(0xE0, 0xF0) ? kFewLongBytes : kFewShortBytes);
 }
 
 }  // namespace
@@ -239,12 +237,13 @@ TextLanguage textLanguageOfUser() {
   const auto isOf = [&](const char* language) {
     const size_t length = std::strlen(language);
     return locale.starts_with(language) &&
-           (locale.size() == length || std::strchr("_.@", locale[length]) != nullptr);
+           (locale.size() == length || std::strchr("_-.@", locale[length]) != nullptr);
   };
   if (isOf("ja")) return Language::kJapanese;
   if (isOf("ko")) return Language::kKorean;
-  if (isOf("zh_TW") || isOf("zh_HK") || isOf("zh_MO")) return Language::kTraditionalChinese;
-  if (isOf("zh_CN") || isOf("zh_SG")) return Language::kSimplifiedChinese;
+  if (isOf("zh_TW") || isOf("zh_HK") || isOf("zh_MO") || isOf("zh_Hant"))
+    return Language::kTraditionalChinese;
+  if (isOf("zh_CN") || isOf("zh_SG") || isOf("zh_Hans")) return Language::kSimplifiedChinese;
   return std::nullopt;
 }
 
@@ -269,8 +268,8 @@ std::optional<ChosenSource> CharsetJudge::byMark(const std::vector<uint8_t>& beg
   for (const char* name : {kUtf8, "ISO-10646-UCS-4", "UTF-16"}) {
     std::optional<CharsetChoice> charset = names_.findSource(name);
     bool bigEndian = false;
-    if (!charset || byteOrderMark(charset->form, false, beginning.data(), beginning.size(),
-                                  bigEndian) == 0)
+    if (!charset ||
+        byteOrderMark(charset->form, false, beginning.data(), beginning.size(), bigEndian) == 0)
       continue;
     if (charset->hasByteOrder()) charset->order = bigEndian ? ByteOrder::kBig : ByteOrder::kLittle;
     return ChosenSource{*charset, reasonFor(charset->display, charset->display, charset->order,
@@ -281,8 +280,8 @@ std::optional<ChosenSource> CharsetJudge::byMark(const std::vector<uint8_t>& beg
 
 std::optional<ChosenSource> CharsetJudge::byDeclaration(RereadableText& text) const {
   const std::vector<uint8_t>& beginning = text.beginning();
-  const std::optional<std::string> name = declaredCharset(
-      {reinterpret_cast<const char*>(beginning.data()), beginning.size()});
+  const std::optional<std::string> name =
+      declaredCharset({reinterpret_cast<const char*>(beginning.data()), beginning.size()});
   if (!name) return std::nullopt;
   std::optional<CharsetChoice> charset = names_.findSource(*name);
   if (!charset || !canDeclareItself(*charset)) return std::nullopt;
@@ -291,8 +290,8 @@ std::optional<ChosenSource> CharsetJudge::byDeclaration(RereadableText& text) co
     if (shown == known.name) charset = names_.findSource(readAs(known, names_));
   TextWeighing unused({});
   if (!weigh(text, names_, *charset, unused)) return std::nullopt;
-  return ChosenSource{*charset, reasonFor(shown, charset->display, ByteOrder::kOpen,
-                                          "it declares " + *name)};
+  return ChosenSource{*charset,
+                      reasonFor(shown, charset->display, ByteOrder::kOpen, "it declares " + *name)};
 }
 
 std::optional<ChosenSource> CharsetJudge::byForm(const ByteFacts& facts) const {
@@ -411,8 +410,10 @@ std::vector<std::string> CharsetJudge::rivals(const std::vector<Reading>& readin
 
 ChosenSource CharsetJudge::choose(const std::vector<Reading>& readings,
                                   const ByteFacts& facts) const {
-  const auto utf8 = std::find_if(readings.begin(), readings.end(),
-                                 [](const Reading& reading) { return reading.isUtf8(); });
+  const auto isPlain = [](const Reading& reading) {
+    return reading.isUtf8() || reading.name == kAscii;
+  };
+  const auto utf8 = std::find_if(readings.begin(), readings.end(), isPlain);
   if (utf8 != readings.end() && utf8->cost <= readings.front().cost + kBeliefInUtf8)
     return chosenReading(*utf8);
   const auto best = std::find_if(readings.begin(), readings.end(),

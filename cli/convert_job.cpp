@@ -42,7 +42,6 @@ constexpr char kFooter[] =
     "in which the text is clearly the most usual one in its language. Where none is clear the\n"
     "file fails, with those named that it may be in; --guess takes the first. Shift_JIS is\n"
     "read as WINDOWS31J and EUC-JP as EUC-JP-MS, which have the characters of vendors.\n"
-    "--classic detects as this command always did.\n"
     "\n"
     "Byte order: a byte-order mark at the beginning of Unicode input decides and is left\n"
     "out. Input without one is read in the order that the name gives (UTF-16BE, UCS-4LE),\n"
@@ -56,12 +55,14 @@ constexpr char kFooter[] =
     "character ends the conversion of its file; its offset counts bytes from 0, a\n"
     "byte-order mark included. A file is written under a passing name and takes its place\n"
     "when it is complete; standard output keeps what was converted before.\n"
+    "What --invalid skip and --unmappable replace did is told in one line a file.\n"
     "\n"
     "--in-place keeps owner, permissions, times and extended attributes, and leaves a file\n"
     "alone that stays the same. It replaces no backup that is there already, and no file\n"
     "with several names (hard links). A symbolic link is followed to its file.\n"
     "\n"
-    "Exit status: 0 all well, 1 at least one input failed, 2 wrong usage.";
+    "Exit status: 0 all well, 1 at least one input failed (or, with --strict, lost\n"
+    "something), 2 wrong usage.";
 
 struct Arguments {
   std::vector<std::string> inputs;
@@ -239,8 +240,8 @@ SourceFinder sourceFinder(const Arguments& arguments, const GivenOptions& given,
       ChosenSource chosen = chooseSource(text, names);
       return JudgedText{std::move(text.source), std::move(chosen)};
     };
-  const TextLanguage language = given.detectLanguage ? textLanguageNamed(arguments.detectLanguage)
-                                                     : textLanguageOfUser();
+  const TextLanguage language =
+      given.detectLanguage ? textLanguageNamed(arguments.detectLanguage) : textLanguageOfUser();
   const auto judge = std::make_shared<CharsetJudge>(names, language, arguments.guess);
   return [judge](const std::string& input) { return judge->judge(input); };
 }
@@ -252,7 +253,8 @@ int convert(Arguments arguments, const GivenOptions& given) {
   const CharsetNames names = ruleBase.names();
   const ConversionSettings settings = conversionSettings(arguments, given, names);
   if (given.replacement) checkReplacement(settings, arguments.replacement);
-  return convertBatch(settings, sourceFinder(arguments, given, names), plan, arguments.inputs, arguments.jobs);
+  return convertBatch(settings, sourceFinder(arguments, given, names), plan, arguments.inputs,
+                      arguments.jobs);
 }
 
 void addCharacterOptions(CLI::App& job, Arguments& arguments) {
@@ -286,13 +288,13 @@ void addCharacterOptions(CLI::App& job, Arguments& arguments) {
 
 void addDetectionOptions(CLI::App& job, Arguments& arguments) {
   job.add_option("--detect-language", arguments.detectLanguage,
-                 "Without -f: the language of the texts, ja, zh-cn, zh-tw, ko or any; default: "
-                 "that of LC_ALL, LC_CTYPE or LANG")
-      ->check(CLI::IsMember({"ja", "zh-cn", "zh-tw", "ko", "any"}))
+                 "Without -f: the language of the texts; default: that of LC_ALL, LC_CTYPE or LANG")
+      ->check(CLI::IsMember({"ja", "zh-cn", "zh-tw", "ko", "any"}, CLI::ignore_case))
       ->type_name("NAME");
   job.add_flag("--guess", arguments.guess,
                "Without -f: where no charset is clear, take the likeliest");
-  job.add_flag("--classic", arguments.classic, "Without -f: detect as 'ksv detect --classic' does");
+  job.add_flag("--classic", arguments.classic,
+               "Without -f: detect the charset as this command did before");
 }
 
 void addPlaceOptions(CLI::App& job, Arguments& arguments) {

@@ -39,8 +39,7 @@ std::string formatted(const char* format, Values... values) {
 std::string utf8Of(uint32_t character) {
   const auto continuation = [](uint32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
   if (character < 0x80) return {static_cast<char>(character)};
-  if (character < 0x800)
-    return {static_cast<char>(0xC0 | character >> 6), continuation(character)};
+  if (character < 0x800) return {static_cast<char>(0xC0 | character >> 6), continuation(character)};
   return {static_cast<char>(0xE0 | character >> 12), continuation(character >> 6),
           continuation(character)};
 }
@@ -245,10 +244,11 @@ size_t FileConverter::convert(size_t begin, size_t end) {
       case KSV_STATUS_DONE:
       case KSV_STATUS_INCOMPLETE:
         if (limit == end) return used();
-        if (used() == escape)
-          takeEscape(escape);
-        else if (limit++ == escape)
-          continue;  // the escape stands where a trail should: it is told with its lead
+        if (used() != escape) {
+          ++limit;  // the escape stands where a trail should: what it breaks is told first
+          continue;
+        }
+        takeEscape(escape);
         break;
       case KSV_STATUS_INVALID: {
         const auto start = static_cast<size_t>(characterStart(before, record_.inputPosition));
@@ -342,6 +342,7 @@ void FileConverter::takeEscape(size_t at) {
   record_.targetGroupType = other.targetGroupType;
   record_.designatedGroup = other.designatedGroup;
   record_.designatedPlane = other.designatedPlane;
+  record_.rawCode = other.rawCode;  // so that CR and LF around it are two line ends
   drain();
   record_.inputPosition = static_cast<int32_t>(at + unitSize(settings_.source));
   ++counts_.replaced;

@@ -28,7 +28,7 @@ struct ConversionSettings {
   ConvertOptions options{};
   bool skipInvalid = false;
   bool isStrict = false;  // a text of which something was skipped or replaced has failed
-  std::string language;  // announced in front of the text; empty: none
+  std::string language;   // announced in front of the text; empty: none
   size_t blockSize = 256 * 1024;
 };
 

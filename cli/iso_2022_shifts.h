@@ -30,7 +30,7 @@ class ShiftSource : public ByteSource {
 
   ByteSource& source_;
   OffsetLinks links_;
-  std::string escape_;                // the beginning of an escape sequence
+  std::string escape_;                 // the beginning of an escape sequence
   std::string designated_ = "\x1B(B";  // what SI goes back to
   std::vector<uint8_t> text_;
   size_t read_ = 0;

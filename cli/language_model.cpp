@@ -28,9 +28,16 @@ struct LanguageFacts {
 #include "language_models.inc"
 
 constexpr const LanguageFacts* kFacts[kLanguageCount] = {
-    &kJapaneseFacts, &kSimplifiedChineseFacts, &kTraditionalChineseFacts, &kKoreanFacts,
-    &kLatinFacts,    &kCyrillicFacts,          &kGreekFacts,              &kThaiFacts,
-    &kHebrewFacts,   &kArabicFacts,
+    &kJapaneseFacts,
+    &kSimplifiedChineseFacts,
+    &kTraditionalChineseFacts,
+    &kKoreanFacts,
+    &kLatinFacts,
+    &kCyrillicFacts,
+    &kGreekFacts,
+    &kThaiFacts,
+    &kHebrewFacts,
+    &kArabicFacts,
 };
 
 constexpr uint8_t kHan = 8;
@@ -52,7 +59,8 @@ struct LanguageModels {
 
   void fill(LanguageModel& model, const LanguageFacts& facts) const {
     for (size_t i = 0; i < model.changes_.size(); ++i)
-      model.changes_[i] = facts.changes[i / LanguageModel::kGroupCount][i % LanguageModel::kGroupCount];
+      model.changes_[i] =
+          facts.changes[i / LanguageModel::kGroupCount][i % LanguageModel::kGroupCount];
     for (size_t i = 0; i < LanguageModel::kPlane; ++i)
       model.characters_[i] = facts.others[groups[i]];
     for (const CharacterBand* band = facts.bands; band != facts.bands + facts.bandCount; ++band)

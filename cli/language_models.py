@@ -60,9 +60,9 @@ UNSEEN = {HAN: 0.08, HANGUL: 0.03}
 UNSEEN_ELSEWHERE = 0.01
 # Of that, the part of the second level, and of all that no level has.
 LEVEL_TWO, NO_LEVEL = 0.12, 0.02
-# How many characters a group has at most in the charsets that are judged.
+# How many characters a group has.
 GROUP_SIZE = {HIRAGANA: 90, KATAKANA: 94, HALF_KATAKANA: 63, WIDE: 120, HAN: 20902,
-              HANGUL: 11172, LOWER: 150, UPPER: 120, SYMBOL: 600}
+              HANGUL: 11172, LOWER: 1000, UPPER: 500, SYMBOL: 2400}
 
 
 def group_of(character):
@@ -241,10 +241,14 @@ def print_groups():
 
 
 def main():
-    print("// Made by language_models.py from the messages of programs and charsets/facts.\n"
+    release = Path("/etc/debian_version").read_text().strip()
+    print("// Made by language_models.py, never edited by hand.\n//\n"
+          f"// Origin: the translated messages of programs (*.mo) of a Debian {release} machine, and\n"
+          "// charsets/facts. Licence: counts of characters, which are facts; no text is in here.\n"
           "// clang-format off")
     print_groups()
     for name, languages in MODELS.items():
+        messages_counted = sum(len(texts_of(language)) for language in languages)
         changes, characters = count(languages)
         costs, others = character_costs(name, {c: w for c, w in characters.items()
                                                if ord(c) < 0x10000})
@@ -252,7 +256,8 @@ def main():
         for character, cost in costs.items():
             if cost != others[group_of(character)]:
                 bands[cost].append(character)
-        print(f"\nconstexpr CharacterBand {name}Bands[] = {{")
+        print(f"\n// Of {messages_counted} messages in {', '.join(languages)}.")
+        print(f"constexpr CharacterBand {name}Bands[] = {{")
         for cost in sorted(bands):
             print(f"  {{{cost},\n{quoted(sorted(bands[cost]))}}},")
         print("};")

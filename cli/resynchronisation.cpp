@@ -82,8 +82,7 @@ size_t badSequenceLength(const CharsetChoice& charset, const uint8_t* text, size
     return std::min(end, length);
   }
   const size_t unit = unitSize(charset);
-  if (unit > 1 && !standsAlone(charset, text[0]))
-    return length >= unit ? unit : atEnd ? length : 0;
+  if (unit > 1 && !standsAlone(charset, text[0])) return length >= unit ? unit : atEnd ? length : 0;
   for (const Form& form : kForms)
     if (charset.name.starts_with(form.charset)) return lengthIn(form, text, length, atEnd);
   return 1;

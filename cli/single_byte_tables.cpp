@@ -14,16 +14,16 @@ struct SingleByteCharset {
 // In the order in which they are named where several fit. What differs from one of these
 // in few or unused characters (ISO-8859-1, ISO-8859-9, TIS-620) is named by it.
 constexpr SingleByteCharset kCharsets[] = {
-    {"windows-1252", Language::kLatin},    {"ISO-8859-15", Language::kLatin},
-    {"windows-1250", Language::kLatin},    {"ISO-8859-2", Language::kLatin},
-    {"windows-1254", Language::kLatin},    {"windows-1257", Language::kLatin},
-    {"macintosh", Language::kLatin},       {"KOI8-R", Language::kCyrillic},
-    {"KOI8-U", Language::kCyrillic},       {"windows-1251", Language::kCyrillic},
-    {"ISO-8859-5", Language::kCyrillic},   {"IBM866", Language::kCyrillic},
+    {"windows-1252", Language::kLatin},      {"ISO-8859-15", Language::kLatin},
+    {"windows-1250", Language::kLatin},      {"ISO-8859-2", Language::kLatin},
+    {"windows-1254", Language::kLatin},      {"windows-1257", Language::kLatin},
+    {"macintosh", Language::kLatin},         {"KOI8-R", Language::kCyrillic},
+    {"KOI8-U", Language::kCyrillic},         {"windows-1251", Language::kCyrillic},
+    {"ISO-8859-5", Language::kCyrillic},     {"IBM866", Language::kCyrillic},
     {"x-mac-cyrillic", Language::kCyrillic}, {"windows-1253", Language::kGreek},
-    {"ISO-8859-7", Language::kGreek},      {"windows-874", Language::kThai},
-    {"windows-1255", Language::kHebrew},   {"ISO-8859-8", Language::kHebrew},
-    {"windows-1256", Language::kArabic},   {"ISO-8859-6", Language::kArabic},
+    {"ISO-8859-7", Language::kGreek},        {"windows-874", Language::kThai},
+    {"windows-1255", Language::kHebrew},     {"ISO-8859-8", Language::kHebrew},
+    {"windows-1256", Language::kArabic},     {"ISO-8859-6", Language::kArabic},
 };
 
 uint32_t characterOf(ConverterRecord record, uint8_t byte) {
@@ -66,8 +66,7 @@ uint64_t SingleByteTable::cost(const ByteFacts& facts) const {
     groups[byte] = LanguageModel::groupOf(characters[byte]);
   uint64_t total = model.cost(LanguageModel::kStart, characters[facts.first], groups[facts.first]);
   for (const BytePair& pair : facts.pairs)
-    total += pair.count *
-             model.cost(groups[pair.before], characters[pair.byte], groups[pair.byte]);
+    total += pair.count * model.cost(groups[pair.before], characters[pair.byte], groups[pair.byte]);
   return total;
 }
 

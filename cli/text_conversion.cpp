@@ -154,8 +154,7 @@ ConversionCounts convertStages(const ConversionSettings& settings, ByteSource& s
   return convertStage(settings, source, sink);
 }
 
-ConversionCounts convertTo(const ConversionSettings& settings, ByteSource& source,
-                           ByteSink& sink) {
+ConversionCounts convertTo(const ConversionSettings& settings, ByteSource& source, ByteSink& sink) {
   if (!hasPlanes(settings.target)) return convertStages(settings, source, sink);
   PlaneSink planes(sink);
   const ConversionCounts counts = convertStages(settings, source, planes);

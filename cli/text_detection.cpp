@@ -60,13 +60,6 @@ DetectedText detectStream(std::unique_ptr<ByteSource> source, const char* langua
   return {std::make_unique<ResumedSource>(std::move(beginning), std::move(source)), {word}, false};
 }
 
-std::string joined(const std::vector<std::string>& words, const char* last) {
-  std::string text;
-  for (size_t i = 0; i < words.size(); ++i)
-    text += (i == 0 ? "" : i + 1 == words.size() ? last : ", ") + words[i];
-  return text;
-}
-
 std::string reasonFor(const Detection& detection, const std::string& name) {
   std::string reason = "read as " + name;
   if (name == kReadShiftJis) reason += std::string(", which holds ") + kDetectedShiftJis;
@@ -106,6 +99,13 @@ std::vector<std::string> Detection::separators() const {
   return names;
 }
 
+std::string joinedByOr(const std::vector<std::string>& words) {
+  std::string text;
+  for (size_t i = 0; i < words.size(); ++i)
+    text += (i == 0 ? "" : i + 1 == words.size() ? " or " : ", ") + words[i];
+  return text;
+}
+
 DetectedText openAndDetect(const std::string& input, const char* language) {
   std::unique_ptr<ByteSource> source = openInput(input);
   const std::optional<Detection> detection = detectInPlace(input, language);
@@ -126,7 +126,7 @@ ChosenSource chooseSource(const DetectedText& text, const CharsetNames& names) {
   if (text.isEmpty) fitting = {"UTF-8"};
   if (fitting.empty()) throw Failure("no charset fits its bytes; --from names one");
   if (fitting.size() > 1)
-    throw Failure("may be " + joined(fitting, " or ") + "; --from names one of them");
+    throw Failure("may be " + joinedByOr(fitting) + "; --from names one of them");
   std::string name = fitting.front();
   if (name == kDetectedShiftJis && names.find(kReadShiftJis)) name = kReadShiftJis;
   std::optional<CharsetChoice> charset = names.findSource(name);

@@ -49,6 +49,9 @@ struct ChosenSource {
 };
 ChosenSource chooseSource(const DetectedText& text, const CharsetNames& names);
 
+// "A, B or C"
+std::string joinedByOr(const std::vector<std::string>& words);
+
 }  // namespace ksv_cli
 
 #endif

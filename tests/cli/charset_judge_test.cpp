@@ -10,6 +10,7 @@
 #include "failure.h"
 #include "in_process.h"
 #include "text_conversion.h"
+#include "utf8_characters.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -30,9 +31,11 @@ struct Sample {
 const std::vector<Sample>& samples() {
   static const std::vector<Sample> all = {
       {Language::kJapanese,
-       "山路を登りながら、こう考えた。智に働けば角が立つ。情に棹させば流される。意地を通せば窮屈だ。"
+       "山路を登りながら、こう考えた。智に働けば角が立つ。情に棹させば流される。意地を通せば窮屈だ"
+       "。"
        "とかくに人の世は住みにくい。住みにくさが高じると、安い所へ引き越したくなる。"
-       "どこへ越しても住みにくいと悟った時、詩が生れて、画が出来る。ファイルを開いて、テキストを保存します。",
+       "どこへ越しても住みにくいと悟った時、詩が生れて、画が出来る。ファイルを開いて、テキストを保"
+       "存します。",
        {"WINDOWS31J", "EUC-JP", "UTF-8"}},
       {Language::kSimplifiedChinese,
        "今天天气很好，我们打算去公园散步。他把这本书从头到尾看了一遍，觉得非常有意思。"
@@ -45,7 +48,8 @@ const std::vector<Sample>& samples() {
        "這個程式可以把一種編碼的文字轉換成另一種編碼，而且不會改變文字的意思。",
        {"ChineseBIG5", "UTF-8"}},
       {Language::kKorean,
-       "오늘은 날씨가 아주 좋아서 우리는 공원으로 산책을 갔습니다. 그는 이 책을 처음부터 끝까지 읽었고 "
+       "오늘은 날씨가 아주 좋아서 우리는 공원으로 산책을 갔습니다. 그는 이 책을 처음부터 끝까지 "
+       "읽었고 "
        "매우 재미있다고 생각했습니다. 파일을 열기 전에 작업한 내용을 먼저 저장하십시오. "
        "이 프로그램은 글을 다른 문자 인코딩으로 바꾸지만 그 뜻은 바꾸지 않습니다.",
        {"KoreanKSC", "UTF-8"}},
@@ -74,6 +78,22 @@ class TextSink : public ksv_cli::ByteSink {
   }
   std::string text;
 };
+
+TEST(LanguageModel, finds_a_text_cheapest_in_its_own_language) {
+  for (const Sample& sample : samples()) {
+    if (!sample.language) continue;
+    const auto costIn = [&](size_t language) {
+      ksv_cli::TextCost cost(static_cast<Language>(language));
+      ksv_cli::Utf8Characters characters;
+      for (const char* c = sample.text; *c != '\0'; ++c)
+        characters.take(static_cast<uint8_t>(*c), [&](uint32_t one) { cost.take(one); });
+      return cost.cost();
+    };
+    const uint64_t own = costIn(static_cast<size_t>(*sample.language));
+    for (size_t language = 0; language < ksv_cli::kLanguageCount; ++language)
+      EXPECT_LE(own, costIn(language)) << sample.text;
+  }
+}
 
 class CharsetOfText : public CommandTest {
  protected:
@@ -238,9 +258,22 @@ TEST_F(CharsetOfText, with_a_NUL_is_no_UTF_16_for_that) {
   }
 }
 
+// Control codes that texts do not have do not make it something else.
+TEST_F(CharsetOfText, with_odd_controls_is_what_it_was) {
+  const std::string nul(1, '\0');
+  for (const std::string odd : {"\x01", "\x7F", "\x02\x03"}) {
+    EXPECT_EQ(read("abc" + odd + "def\n", std::nullopt), "abc" + odd + "def\n") << reason_;
+    EXPECT_EQ(read("日本語" + odd + "です\n", std::nullopt), "日本語" + odd + "です\n") << reason_;
+  }
+  EXPECT_EQ(read("a line\n" + nul + "another line\n" + nul, std::nullopt),
+            "a line\n" + nul + "another line\n" + nul)
+      << reason_;
+}
+
 TEST_F(CharsetOfText, in_UTF_16_without_a_mark_is_found_by_its_blanks) {
   for (const std::string charset : {"UTF-16LE", "UTF-16BE"})
-    for (const std::string text : {"plain English text\n", "これは日本語の 文章です。\n", "Привет, мир\n"})
+    for (const std::string text :
+         {"plain English text\n", "これは日本語の 文章です。\n", "Привет, мир\n"})
       EXPECT_EQ(read(converting().inPieces("UTF-8", charset, text, 64).output, std::nullopt), text)
           << charset << ": " << reason_;
 }
@@ -250,8 +283,13 @@ TEST_F(CharsetOfText, that_is_UTF_8_by_chance_is_refused) {
   for (const TextLanguage& language :
        {TextLanguage(), TextLanguage(Language::kSimplifiedChinese)}) {
     EXPECT_EQ(read("pager\n\xD1\xA1", language), std::nullopt) << reason_;  // 选
+    EXPECT_EQ(read("only <\xE1\xBE\xA1\xE0\xA1\xA8>", language), std::nullopt)
+        << reason_;  // แพกเกจ
     EXPECT_EQ(read("caf\xC3\xA9 au lait", language), "café au lait") << reason_;
-    EXPECT_EQ(read("Copyright (c) \xC2\xA9 2026", language), "Copyright (c) © 2026") << reason_;
+    for (const std::string sign :
+         {"©", "°", "µ", "×", "é", "…", "—", "’", "→", "€", "日", "한", "あ", "。"})
+      EXPECT_EQ(read("It says (" + sign + ") here.", language), "It says (" + sign + ") here.")
+          << reason_;
   }
 }
 

@@ -27,6 +27,9 @@ CommandTest::CommandTest()
     : directory_(ksv::test::makeTemporaryDirectory("ksv-cli")),
       streams_(ksv::test::makeTemporaryDirectory("ksv-cli")) {
   setEnvironment("Charsetpath", charsetDirectory());
+  // Tests name a language by LANG, which these come before.
+  setEnvironment("LC_ALL", "");
+  setEnvironment("LC_CTYPE", "");
 }
 
 CommandTest::~CommandTest() {

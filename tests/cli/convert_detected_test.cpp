@@ -38,7 +38,8 @@ TEST_F(ConvertDetected, reads_every_charset_that_is_detected) {
   };
   expect("\xC6\xFC\xCB\xDC\xA4\xB3\xA4\xEC\xF4\xA6", "日本これ熙",
          "read as EUC-JP-MS, which holds EUC-JP: its bytes fit best");
-  expect("\x1B$B\x46\x7C\x1B(B", "日", "read as CP50220, which holds ISO-2022-JP: its bytes fit best");
+  expect("\x1B$B\x46\x7C\x1B(B", "日",
+         "read as CP50220, which holds ISO-2022-JP: its bytes fit best");
   expect("これは日本語です\n", "これは日本語です\n", "read as UTF-8: its bytes fit best");
   expect("\xEF\xBB\xBF日本", "日本", "read as UTF-8: it begins with a byte-order mark");
   expect(bytes({0xFF, 0xFE, 0xE5, 0x65}), "日",

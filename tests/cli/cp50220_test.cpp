@@ -76,15 +76,37 @@ TEST(Cp50220, names_itself_where_it_lacks_a_code) {
 
 TEST(Cp50220, reads_katakana_behind_SO_and_behind_its_escape_sequence) {
   for (const size_t block : {1u, 2u, 3u, 16u}) {
-    EXPECT_EQ(fromMail("a\x0E" "12\x0F" "b", block).output, "aｱｲb");
-    EXPECT_EQ(fromMail("\x1B$B$\"\x0E" "1\x0F$$\x1B(B", block).output, "あｱい");
-    EXPECT_EQ(fromMail("\x0E" "1\x1B$B$\"\x1B(Bz", block).output, "ｱあz");
+    EXPECT_EQ(fromMail("a\x0E"
+                       "12\x0F"
+                       "b",
+                       block)
+                  .output,
+              "aｱｲb");
+    EXPECT_EQ(fromMail("\x1B$B$\"\x0E"
+                       "1\x0F$$\x1B(B",
+                       block)
+                  .output,
+              "あｱい");
+    EXPECT_EQ(fromMail("\x0E"
+                       "1\x1B$B$\"\x1B(Bz",
+                       block)
+                  .output,
+              "ｱあz");
     EXPECT_EQ(fromMail("\x1B(I12\xB3\x1B(B", block).output, "ｱｲｳ");
-    EXPECT_EQ(fromMail("a\x0E" "1\x80", block),
+    EXPECT_EQ(fromMail("a\x0E"
+                       "1\x80",
+                       block),
               (Conversion{"aｱ", "invalid CP50220 (0x80) at byte offset 3"}));
   }
-  EXPECT_EQ(converting().inPieces("CP50220", "Shift_JIS", "a\x0E" "12\x0F" "b", 16).output,
-            "a\xB1\xB2" "b");
+  EXPECT_EQ(converting()
+                .inPieces("CP50220", "Shift_JIS",
+                          "a\x0E"
+                          "12\x0F"
+                          "b",
+                          16)
+                .output,
+            "a\xB1\xB2"
+            "b");
 }
 
 class Cp50220Names : public CommandTest {};
@@ -115,12 +137,31 @@ TEST_F(Cp50220Names, do_not_let_an_ESC_of_the_text_through) {
                                "replace", "--replacement", "?"},
                               "あ\x1B[0mい\x1B");
   EXPECT_EQ(outcome.out, "\x1B$B$\"\x1B(B?[0m\x1B$B$$\x1B(B?");
-  EXPECT_EQ(outcome.err,
-            "ksv: standard input: 0 invalid bytes skipped, 2 characters replaced\n");
+  EXPECT_EQ(outcome.err, "ksv: standard input: 0 invalid bytes skipped, 2 characters replaced\n");
+  EXPECT_EQ(ksv({"convert", "-f", "UTF-8", "-t", "ISO-2022-JP", "--unmappable", "replace",
+                 "--replacement", "?", "--newline", "lf"},
+                "a\r\x1B\nb")
+                .out,
+            "\x1B(Ba\n?\nb");
+  // Four bytes decide that the first three are no character.
+  EXPECT_EQ(converting()
+                .inPieces("GB18030", "ISO-2022-JP",
+                          "a\x81"
+                          "0\x1B"
+                          "b",
+                          16,
+                          [](ksv_cli::ConversionSettings& settings) {
+                            settings.skipInvalid = true;
+                            settings.options.replaceUnmappable = 1;
+                            settings.options.narrowReplacement = '?';
+                          })
+                .output,
+            "\x1B(Ba0?b");
   // As half of a pair it is invalid, and then a character.
   EXPECT_EQ(ksv({"convert", "-f", "Shift_JIS", "-t", "ISO-2022-JP", "--invalid", "skip",
                  "--unmappable", "replace", "--replacement", "?"},
-                "a\x82\x1B" "b")
+                "a\x82\x1B"
+                "b")
                 .err,
             "ksv: standard input: 1 invalid byte skipped, 1 character replaced\n");
 }

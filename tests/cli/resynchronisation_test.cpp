@@ -32,11 +32,27 @@ size_t badLength(const std::string& charset, const std::string& text, bool atEnd
 TEST(BadSequence, leaves_an_ASCII_byte_that_is_no_trail) {
   EXPECT_EQ(badLength("Shift_JIS", "\x82\n"), 1u);
   EXPECT_EQ(badLength("WINDOWS31J", "\x82 "), 1u);
-  EXPECT_EQ(badLength("EUC-JP", "\xA4" "A"), 1u);
-  EXPECT_EQ(badLength("EUC-JP", "\x8F\xA2" "A"), 2u);
-  EXPECT_EQ(badLength("EUC-JP", "\x8E" "A"), 1u);
-  EXPECT_EQ(badLength("ChineseGBK", "\xD6" "0"), 1u);
-  EXPECT_EQ(badLength("GB18030", "\x81" "0\x81" "a"), 1u);
+  EXPECT_EQ(badLength("EUC-JP",
+                      "\xA4"
+                      "A"),
+            1u);
+  EXPECT_EQ(badLength("EUC-JP",
+                      "\x8F\xA2"
+                      "A"),
+            2u);
+  EXPECT_EQ(badLength("EUC-JP",
+                      "\x8E"
+                      "A"),
+            1u);
+  EXPECT_EQ(badLength("ChineseGBK",
+                      "\xD6"
+                      "0"),
+            1u);
+  EXPECT_EQ(badLength("GB18030",
+                      "\x81"
+                      "0\x81"
+                      "a"),
+            1u);
   EXPECT_EQ(badLength("KoreanKSC", "\xB0["), 1u);
   EXPECT_EQ(badLength("ISO-8859-7", "\xD2z"), 1u);
 }
@@ -44,7 +60,10 @@ TEST(BadSequence, leaves_an_ASCII_byte_that_is_no_trail) {
 TEST(BadSequence, takes_a_pair_that_the_charset_lacks_as_a_whole) {
   EXPECT_EQ(badLength("Shift_JIS", "\x87@"), 2u);
   EXPECT_EQ(badLength("ChineseBIG5", "\xC8@"), 2u);
-  EXPECT_EQ(badLength("KoreanKSC", "\xC9" "A"), 2u);
+  EXPECT_EQ(badLength("KoreanKSC",
+                      "\xC9"
+                      "A"),
+            2u);
   EXPECT_EQ(badLength("EUC-JP", "\xA9\xA1"), 2u);
   EXPECT_EQ(badLength("EUC-JP", "\x8F\xA1\xA1"), 3u);
   EXPECT_EQ(badLength("GB18030", "\xFE\x39\xFE\x39"), 4u);
@@ -54,8 +73,16 @@ TEST(BadSequence, takes_a_pair_that_the_charset_lacks_as_a_whole) {
 TEST(BadSequence, waits_for_the_bytes_that_decide) {
   EXPECT_EQ(badLength("Shift_JIS", "\x87", false), 0u);
   EXPECT_EQ(badLength("EUC-JP", "\x8F\xA2", false), 0u);
-  EXPECT_EQ(badLength("GB18030", "\x81" "0", false), 0u);
-  EXPECT_EQ(badLength("GB18030", "\x81" "0\x81", false), 0u);
+  EXPECT_EQ(badLength("GB18030",
+                      "\x81"
+                      "0",
+                      false),
+            0u);
+  EXPECT_EQ(badLength("GB18030",
+                      "\x81"
+                      "0\x81",
+                      false),
+            0u);
   EXPECT_EQ(badLength("Shift_JIS", "\x87"), 1u);
   EXPECT_EQ(badLength("EUC-JP", "\x8F\xA2"), 2u);
   EXPECT_EQ(badLength("Shift_JIS", "\xA0", false), 1u);
@@ -76,7 +103,10 @@ TEST(SkippedText, goes_on_as_browsers_do) {
 TEST(SkippedText, that_ends_inside_a_character_keeps_its_ASCII) {
   EXPECT_EQ(skipped("Shift_JIS", "ab\x82"), "ab");
   EXPECT_EQ(skipped("EUC-JP", "ab\x8F\xA2"), "ab");
-  EXPECT_EQ(skipped("GB18030", "ab\x81" "0"), "ab0");
+  EXPECT_EQ(skipped("GB18030",
+                    "ab\x81"
+                    "0"),
+            "ab0");
 }
 
 class ConvertSkipping : public CommandTest {
@@ -86,13 +116,15 @@ class ConvertSkipping : public CommandTest {
     arguments.insert(arguments.end(), more.begin(), more.end());
     return ksv(arguments, input);
   }
-  static std::string line(const std::string& counts) { return "ksv: standard input: " + counts + "\n"; }
+  static std::string line(const std::string& counts) {
+    return "ksv: standard input: " + counts + "\n";
+  }
 };
 
 TEST_F(ConvertSkipping, says_what_was_skipped_and_replaced) {
-  const Outcome outcome = skip({"-f", "Shift_JIS", "-t", "ISO-8859-1", "--unmappable", "replace",
-                                "--replacement", "?"},
-                               "\x82\xA0\xA0z\x87@\x82\xA2");
+  const Outcome outcome =
+      skip({"-f", "Shift_JIS", "-t", "ISO-8859-1", "--unmappable", "replace", "--replacement", "?"},
+           "\x82\xA0\xA0z\x87@\x82\xA2");
   EXPECT_EQ(outcome.out, "?z?");
   EXPECT_EQ(outcome.err, line("3 invalid bytes skipped, 2 characters replaced"));
   EXPECT_EQ(outcome.status, 0);
@@ -106,8 +138,8 @@ TEST_F(ConvertSkipping, says_nothing_where_nothing_was) {
 
 TEST_F(ConvertSkipping, fails_for_it_under_strict_with_the_result_in_place) {
   write("a", "x\xFFy");
-  const Outcome outcome =
-      ksv({"convert", "-f", "UTF-8", "-t", "UTF-8", "--invalid", "skip", "--strict", "-o", "out", "a"});
+  const Outcome outcome = ksv(
+      {"convert", "-f", "UTF-8", "-t", "UTF-8", "--invalid", "skip", "--strict", "-o", "out", "a"});
   EXPECT_EQ(outcome.err, "ksv: a: 1 invalid byte skipped, 0 characters replaced\n");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(read("out"), "xy");
@@ -127,7 +159,10 @@ TEST_F(ConvertSkipping, counts_bytes_of_every_form) {
   expect("ISO-2022-JP", "a\x1B.Ab\x1B$B$\"$\x1B(B\xFF", "abあ", "5 invalid bytes skipped");
   expect("ISO-2022-JP", "\x1B$B$\")!\x1B(B", "あ", "2 invalid bytes skipped");
   expect("CP50220", "\x1B$B$\"))-!\x1B(B", "あ①", "2 invalid bytes skipped");
-  expect("UTF-7", "a\x80" "b", "ab", "1 invalid byte skipped");
+  expect("UTF-7",
+         "a\x80"
+         "b",
+         "ab", "1 invalid byte skipped");
   expect("HZ-GB-2312", "a~{VP~}~x", "a中x", "1 invalid byte skipped");
   expect("EUC-JP", std::string(100, '\xFF') + "a", "a", "100 invalid bytes skipped");
 }
@@ -140,8 +175,9 @@ TEST_F(ConvertSkipping, counts_what_goes_through_UTF_8) {
 }
 
 TEST_F(ConvertSkipping, counts_each_file_of_several_at_once) {
-  std::vector<std::string> arguments = {"convert",   "-f", "UTF-8",        "-t",  "Shift_JIS",
-                                        "--invalid", "skip", "--output-dir", "out", "-j", "4"};
+  std::vector<std::string> arguments = {"convert",   "-f",        "UTF-8", "-t",
+                                        "Shift_JIS", "--invalid", "skip",  "--output-dir",
+                                        "out",       "-j",        "4"};
   std::string expected;
   for (int i = 0; i < 8; ++i) {
     const std::string name = "f" + std::to_string(i);
@@ -165,9 +201,9 @@ TEST_F(ConvertSkipping, replaces_as_many_as_there_are) {
     text += i % 3 == 0 ? "a" : "é";
     expected += i % 3 == 0 ? "a" : "?";
   }
-  const Outcome outcome = ksv({"convert", "-f", "UTF-8", "-t", "KOI8-R", "--unmappable", "replace",
-                               "--replacement", "?"},
-                              text);
+  const Outcome outcome = ksv(
+      {"convert", "-f", "UTF-8", "-t", "KOI8-R", "--unmappable", "replace", "--replacement", "?"},
+      text);
   EXPECT_TRUE(outcome.out == expected);
   EXPECT_EQ(outcome.err, line("0 invalid bytes skipped, 13333 characters replaced"));
 }

@@ -7,11 +7,11 @@
 namespace ksv_test {
 
 inline constexpr const char* kCharsets[] = {
-    "Shift_JIS",       "WINDOWS31J", "Shift_JIS-2004",   "UTF-8",        "UTF-16",
-    "EUC-JP",          "EUC-JP-MS",  "EUC-JIS-2004",     "EUC-JP-FIX",   "ISO-10646-UCS-2",
-    "ISO-2022-JP",     "OASYS_WIN",  "ISO-2022-JP-2004", "OASYS_ONLINE", "ISO-10646-UCS-4",
-    "ChineseGBK",      "GB18030",    "KoreanKSC",        "ISO-8859-1",   "windows-1252",
-    "ISO-2022-JP-KANA", "CP50220",   "CP50220-KANA"};
+    "Shift_JIS",        "WINDOWS31J", "Shift_JIS-2004",   "UTF-8",        "UTF-16",
+    "EUC-JP",           "EUC-JP-MS",  "EUC-JIS-2004",     "EUC-JP-FIX",   "ISO-10646-UCS-2",
+    "ISO-2022-JP",      "OASYS_WIN",  "ISO-2022-JP-2004", "OASYS_ONLINE", "ISO-10646-UCS-4",
+    "ChineseGBK",       "GB18030",    "KoreanKSC",        "ISO-8859-1",   "windows-1252",
+    "ISO-2022-JP-KANA", "CP50220",    "CP50220-KANA"};
 
 // While it lives, texts are converted so; behind it as they are in these tests.
 class While {
