@@ -24,6 +24,7 @@ class Iso2022Jp : public OwnDirectory {
           {"iso-2022-jp-2004", "ISO-2022-JP-2004", {kAscii, kLatin, kJisX0213, kJisX0208}},
           {"with-0212", "ISO-2022-JP", {kAscii, kJisX0212}},
           {"ascii-only", "ISO-2022-JP", {kAscii}},
+          {"cp50220", "ISO-2022-JP", {kAscii, kLatin, kJisX0208, kNec, kNecIbm}},
           {"with-nec", "ISO-2022-JP", {kAscii, kLatin, kJisX0208, kNec, kNecIbm}},
           {"latin-only", "ISO-2022-JP", {kLatin}},
           {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kUnicode}}});
@@ -252,10 +253,20 @@ TEST_F(Iso2022Jp, TakesBackASequenceOfJisX0213WithoutItsCharacter) {
   }
 }
 
-TEST_F(Iso2022Jp, HasNoRowsOfVendors) {
+TEST_F(Iso2022Jp, HasTheRowsOfVendorsBehindTheSequenceOfJisX0208InMail) {
+  const Bytes characters = bytes("00 00 30 42 00 00 24 60 00 00 7E 8A 00 00 30 42");
+  const Bytes mail = "\x1B$B\x24\x22\x2D\x21\x79\x21\x24\x22";
+  EXPECT_EQ(read(mail, "cp50220"), done(characters, 11));
+  EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "cp50220"}, characters), done(mail, 16));
+  EXPECT_EQ(read("\x1B$@\x24\x22\x2D\x21", "cp50220"), done(bytes("00 00 30 42 00 00 24 60"), 7))
+      << "the edition of 1978 stands for it";
+}
+
+TEST_F(Iso2022Jp, HasNoRowsOfVendorsInAnyOtherCharset) {
   EXPECT_EQ(read("\x1B$B\x24\x22\x2D\x21", "with-nec").status, 23u);
   EXPECT_EQ(write("00 00 24 60", "with-nec").status, 23u);
   EXPECT_EQ(read("\x1B$@\x24\x22", "with-nec"), (Result{13, 4, ""}));
+  EXPECT_EQ(convertWhole({"cp50220", "iso-2022-jp"}, "\x1B$B\x2D\x21").status, 23u);
 }
 
 TEST_F(Iso2022Jp, WritesLongTextsAsItWritesShortOnes) {
