@@ -8,6 +8,7 @@
 #include "failure.h"
 #include "inputs.h"
 #include "platform.h"
+#include "system_faults.h"
 #include "text_conversion.h"
 #include "work_list.h"
 
@@ -41,9 +42,12 @@ class Result : public ByteSink {
   explicit Result(std::string name) : name_(std::move(name)) {}
 
   void write(const uint8_t* bytes, size_t size) final {
-    if (size != 0) guarded([&] { writeBytes(bytes, size); });
+    if (size == 0) return;
+    refuseSystemFaults();
+    guarded([&] { writeBytes(bytes, size); });
   }
   void complete() {
+    refuseSystemFaults();
     guarded([&] { takePlace(); });
   }
 

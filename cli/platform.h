@@ -37,6 +37,9 @@ bool standardErrorIsTerminal();
 // Whether that terminal obeys escape sequences, once it has been asked to.
 bool standardErrorTakesEscapes();
 
+// The system's words for one of its errors, by its number.
+std::string errorText(int error);
+
 // Writes to standard error in one go, so that lines of threads do not mix.
 void writeToStandardError(const std::string& text);
 

@@ -51,11 +51,16 @@ std::string systemMessage(DWORD error) {
 
 // In the words that every system has for it, and in this system's own for the
 // rest. Writes to a pipe that nobody reads any more end the work, but are no news.
+std::string words(DWORD error) {
+  const std::error_condition kind =
+      std::system_category().default_error_condition(static_cast<int>(error));
+  return kind.category() == std::generic_category() ? kind.message() : systemMessage(error);
+}
+
 [[noreturn]] void fail(DWORD error) {
   const std::error_condition kind =
       std::system_category().default_error_condition(static_cast<int>(error));
-  const bool isCommon = kind.category() == std::generic_category();
-  throw Failure(isCommon ? kind.message() : systemMessage(error), kind == std::errc::broken_pipe);
+  throw Failure(words(error), kind == std::errc::broken_pipe);
 }
 
 [[noreturn]] void fail(std::errc error) { throw Failure(std::make_error_code(error).message()); }
@@ -617,6 +622,8 @@ std::vector<std::string> commandLineArguments(int, char**) {
   ::LocalFree(words);
   return arguments;
 }
+
+std::string errorText(int error) { return words(static_cast<DWORD>(error)); }
 
 std::string environmentValue(const char* name) {
   const std::wstring units = *utf16Of(name);

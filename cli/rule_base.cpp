@@ -7,6 +7,7 @@
 #include "charset_directory.h"
 #include "ksv_cconv.h"
 #include "platform.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
@@ -22,10 +23,12 @@ std::string directoryForMessages() {
 
 RuleBase::RuleBase() {
   if (startProcess() == 0) throw Unusable{directoryForMessages(), "out of memory"};
-  if (cconvLoadRule() == 0) {
-    endProcess();
-    throw Unusable{directoryForMessages(), "holds no charset rule file that can be read"};
-  }
+  const bool isLoaded = cconvLoadRule() != 0;
+  const std::optional<std::string> fault = systemFault();
+  if (isLoaded && !fault) return;
+  endProcess();
+  throw Unusable{directoryForMessages(),
+                 fault.value_or("holds no charset rule file that can be read")};
 }
 
 RuleBase::~RuleBase() { endProcess(); }

@@ -19,6 +19,7 @@
 #include "result_line.h"
 #include "rule_base.h"
 #include "summary_values.h"
+#include "system_faults.h"
 #include "work_list.h"
 
 namespace ksv_cli {
@@ -185,6 +186,7 @@ int summarise(const SummaryArguments& arguments) {
   return list.run(arguments.jobs, [&](size_t index) {
     const std::string text = resultOf(inputs[index], arguments, output);
     if (!isClassic && !output.holds(text)) tellReplacements(inputs[index], output, list.console());
+    refuseSystemFaults();
     list.standardOutput().write(index, output.encoded(text));
     list.countWhole(index);
   });

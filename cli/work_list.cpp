@@ -6,6 +6,7 @@
 
 #include "failure.h"
 #include "platform.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 
@@ -60,7 +61,9 @@ void WorkList::workAndReport(size_t index, const std::function<void(size_t index
     workOn(index);
     return;
   } catch (const Failure& failure) {
-    report(index, failure);
+    const std::optional<std::string> fault = systemFault();
+    // Whatever is said of the input may come of it.
+    report(index, fault && !failure.quiet() ? Failure(*fault) : failure);
   } catch (const std::exception& error) {
     report(index, Failure(error.what()));
   }

@@ -52,7 +52,7 @@ TEST_F(Usage, help_of_convert_tells_every_option) {
 }
 
 TEST_F(Usage, needs_a_job_that_exists) {
-  expectWrong({}, "a job is needed: convert, detect, check, charsets, tables, lint, cut");
+  expectWrong({}, "a job is needed: convert, detect, check, charsets, tables, cut, summary, ole, lint");
   expectWrong({"translate"}, "translate");
   expectWrong({"--frobnicate"}, "--frobnicate");
 }

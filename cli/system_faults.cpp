@@ -1,0 +1,36 @@
+#include "system_faults.h"
+
+#include "common/faults.h"
+#include "failure.h"
+#include "platform.h"
+
+namespace ksv_cli {
+namespace {
+
+std::string subjectOf(const ksv::Fault& fault) {
+  switch (fault.subject) {
+    case ksv::FaultSubject::kCharsetDirectory:
+      return "the charset directory " + fault.path + " cannot be read: ";
+    case ksv::FaultSubject::kRuleFile:
+      return "the rule file " + fault.path + " cannot be read: ";
+    case ksv::FaultSubject::kCodeTable:
+      return "the code table " + fault.path + " cannot be read: ";
+    case ksv::FaultSubject::kMemory:
+      break;
+  }
+  return "";
+}
+
+}  // namespace
+
+std::optional<std::string> systemFault() {
+  if (ksv::faultCount() == 0) return std::nullopt;
+  const ksv::Fault fault = ksv::faultBehind(0);
+  return subjectOf(fault) + platform::errorText(fault.error);
+}
+
+void refuseSystemFaults() {
+  if (const std::optional<std::string> fault = systemFault()) throw Failure(*fault);
+}
+
+}  // namespace ksv_cli

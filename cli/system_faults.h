@@ -1,0 +1,20 @@
+// System errors that the library has noted and its calls are silent about.
+#ifndef KSV_CLI_SYSTEM_FAULTS_H
+#define KSV_CLI_SYSTEM_FAULTS_H
+
+#include <optional>
+#include <string>
+
+namespace ksv_cli {
+
+// The first of them in words; none when all that the library's answers rest on could be read.
+// What could not be read stays so for this process.
+std::optional<std::string> systemFault();
+
+// Throws a Failure with it. Called before a result is written anywhere, and before it takes the
+// place of a file: it may rest on a table that was cut short.
+void refuseSystemFaults();
+
+}  // namespace ksv_cli
+
+#endif
