@@ -113,6 +113,11 @@ class Rooms(unittest.TestCase):
             "10 mutants, 8 killed, 0 timed out, 2 survived, 0 did not compile "
             "(1 more are the same program as another or as without)"])
 
+    def test_are_begun_until_the_time_is_over(self):
+        self.assertEqual(self.mutate("--minutes", "0"), [
+            "0 mutants, 0 killed, 0 timed out, 0 survived, 0 did not compile "
+            "(0 more are the same program as another or as without)"])
+
     def test_have_headers_that_are_compiled_into_their_sources(self):
         self.assertEqual(self.mutate("--file", "room/price.h"), [
             "2 mutants, 2 killed, 0 timed out, 0 survived, 0 did not compile "
