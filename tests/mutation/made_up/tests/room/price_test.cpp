@@ -1,6 +1,6 @@
-#include <cstdlib>
-
 #include "room/price.h"
+
+#include <cstdlib>
 
 int main() {
   if (std::getenv("PRICES_ARE_WRONG") != nullptr) return 1;
