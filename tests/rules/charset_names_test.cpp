@@ -1,4 +1,6 @@
 // Charsets found by name, against the numbers of the names, which decide.
+#include "cconv/rules/charset_names.h"
+
 #include <cctype>
 #include <random>
 #include <string>
@@ -108,6 +110,38 @@ TEST(CharsetsByName, of_259_bytes_are_the_longest) {
   EXPECT_NE(lists.findCharset(std::string(259, 'N')), nullptr);
   EXPECT_EQ(lists.findCharset(std::string(260, 'n')), nullptr);
   EXPECT_EQ(lists.findCharset(std::string(100000, 'n')), nullptr);
+}
+
+// The names by themselves: what they do not find, the numbers would.
+TEST(CharsetsByShortName, are_found_whatever_stands_behind_the_name) {
+  for (size_t length = 0; length <= 16; ++length) {
+    const std::string name = std::string("abcdefghijklmnop").substr(0, length);
+    CharsetDef charset;
+    CharsetNames names;
+    EXPECT_EQ(names.find(name), nullptr);
+    names.enter(std::string_view(name + "followed by this").substr(0, length), &charset);
+    const std::string again = upper(name) + "and not by that, which is longer";
+    EXPECT_EQ(names.find(std::string_view(again).substr(0, length)), &charset) << length;
+    EXPECT_EQ(names.find(name + "q"), nullptr) << length;
+  }
+}
+
+TEST(CharsetsByShortName, are_those_of_16_bytes_and_the_first_of_each) {
+  CharsetDef first, second;
+  CharsetNames names;
+  names.enter(std::string(17, 'n'), &first);
+  EXPECT_EQ(names.find(std::string(17, 'n')), nullptr);
+  names.enter(std::string(16, 'n'), &first);
+  names.enter(std::string(16, 'N'), &second);
+  EXPECT_EQ(names.find(std::string(16, 'n')), &first);
+}
+
+TEST(CharsetsByShortName, are_128) {
+  CharsetDef charset;
+  CharsetNames names;
+  for (int i = 0; i < 200; ++i) names.enter("name" + std::to_string(i), &charset);
+  for (int i = 0; i < 200; ++i)
+    EXPECT_EQ(names.find("name" + std::to_string(i)), i < 128 ? &charset : nullptr) << i;
 }
 
 }  // namespace

@@ -1,3 +1,8 @@
 #include "room/price.h"
 
-int main() { return priceOf(2) == 6 && priceOf(20) == 55 ? 0 : 1; }
+#include <cstdlib>
+
+int main() {
+  if (std::getenv("PRICES_ARE_WRONG") != nullptr) return 1;
+  return priceOf(2) == 6 && priceOf(20) == 55 ? 0 : 1;
+}
