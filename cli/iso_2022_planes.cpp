@@ -1,8 +1,7 @@
 #include "iso_2022_planes.h"
 
-#include <algorithm>
-#include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "iso_2022_check.h"
 
@@ -14,20 +13,6 @@ constexpr std::string_view kPlane1 = "\x1B$(Q";
 constexpr std::string_view kPlane2 = "\x1B$(P";
 
 }  // namespace
-
-size_t PlaneSource::read(uint8_t* buffer, size_t size) {
-  if (read_ == text_.size()) {
-    std::vector<uint8_t> taken(size);
-    taken.resize(source_.read(taken.data(), size));
-    text_.clear();
-    read_ = 0;
-    for (const uint8_t byte : taken) take(byte);
-  }
-  const size_t count = std::min(size, text_.size() - read_);
-  if (count != 0) std::memcpy(buffer, text_.data() + read_, count);
-  read_ += count;
-  return count;
-}
 
 // Whether the byte belongs to an escape sequence, as far as can be seen yet.
 bool PlaneSource::takeEscape(uint8_t byte) {
@@ -51,16 +36,11 @@ void PlaneSource::take(uint8_t byte) {
   const bool isPairByte = !takeEscape(byte) && byte >= 0x21 && byte <= 0x7E;
   isFirstByte_ = isPairByte && !isFirstByte_;
   if (inPlane2_ && isFirstByte_) {
-    if (!isDesignated_) {
-      text_.insert(text_.end(), kPlane2.begin(), kPlane2.end());
-      made_ += kPlane2.size();
-    }
+    if (!isDesignated_) insert(kPlane2);
     isDesignated_ = false;
   }
-  links_.add(made_, taken_);
-  text_.push_back(byte);
-  ++made_;
-  ++taken_;
+  const char itself = static_cast<char>(byte);
+  replaceBy({&itself, 1});
 }
 
 void PlaneSink::write(const uint8_t* bytes, size_t size) {

@@ -9,38 +9,25 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <vector>
 
-#include "offset_links.h"
+#include "rewriting_source.h"
 #include "streams.h"
 
 namespace ksv_cli {
 
 // Gives every character of plane 2 an escape sequence of its own.
-class PlaneSource : public ByteSource {
+class PlaneSource : public RewritingSource {
  public:
-  explicit PlaneSource(ByteSource& source) : source_(source) {}
-
-  size_t read(uint8_t* buffer, size_t size) override;
-  uint64_t fileOffset(uint64_t offset) const override {
-    return source_.fileOffset(links_.originOf(offset));
-  }
-  void forgetBefore(uint64_t offset) override { links_.forgetBefore(offset); }
+  using RewritingSource::RewritingSource;
 
  private:
-  void take(uint8_t byte);
+  void take(uint8_t byte) override;
   bool takeEscape(uint8_t byte);
 
-  ByteSource& source_;
-  OffsetLinks links_;
   std::string escape_;  // the beginning of an escape sequence
   bool inPlane2_ = false;
   bool isDesignated_ = false;  // right in front of the next character
   bool isFirstByte_ = false;
-  std::vector<uint8_t> text_;
-  size_t read_ = 0;
-  uint64_t made_ = 0;
-  uint64_t taken_ = 0;
 };
 
 // Designates the set anew that a character behind one of JIS X 0213 is in.

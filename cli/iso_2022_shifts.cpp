@@ -1,7 +1,5 @@
 #include "iso_2022_shifts.h"
 
-#include <algorithm>
-#include <cstring>
 #include <string_view>
 
 #include "iso_2022_check.h"
@@ -16,20 +14,6 @@ constexpr std::string_view kKatakana = "\x1B(I";
 
 }  // namespace
 
-size_t ShiftSource::read(uint8_t* buffer, size_t size) {
-  if (read_ == text_.size()) {
-    std::vector<uint8_t> taken(size);
-    taken.resize(source_.read(taken.data(), size));
-    text_.clear();
-    read_ = 0;
-    for (const uint8_t byte : taken) take(byte);
-  }
-  const size_t count = std::min(size, text_.size() - read_);
-  if (count != 0) std::memcpy(buffer, text_.data() + read_, count);
-  read_ += count;
-  return count;
-}
-
 void ShiftSource::followEscape(uint8_t byte) {
   if (byte == kEscape) escape_.clear();
   if (byte != kEscape && escape_.empty()) return;
@@ -42,15 +26,13 @@ void ShiftSource::followEscape(uint8_t byte) {
 
 void ShiftSource::take(uint8_t byte) {
   followEscape(byte);
-  links_.add(made_, taken_++);
-  const size_t before = text_.size();
+  const char itself = static_cast<char>(byte);
   if (byte == kShiftOut)
-    text_.insert(text_.end(), kKatakana.begin(), kKatakana.end());
+    replaceBy(kKatakana);
   else if (byte == kShiftIn)
-    text_.insert(text_.end(), designated_.begin(), designated_.end());
+    replaceBy(designated_);
   else
-    text_.push_back(byte);
-  made_ += text_.size() - before;
+    replaceBy({&itself, 1});
 }
 
 }  // namespace ksv_cli
