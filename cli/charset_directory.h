@@ -7,10 +7,7 @@
 
 namespace ksv_cli {
 
-// By the places in which the library looks, in its order; none when no setting names
-// one and none is installed. The library does not tell, and its rule files are read here
-// for their names and faults only. On Windows ksv_conf.dll, which the library asks first,
-// is not asked.
+// Without a separator at its end. None when no setting names one and none is installed.
 std::optional<std::string> charsetDirectory();
 
 }  // namespace ksv_cli

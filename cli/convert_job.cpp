@@ -19,6 +19,7 @@
 #include "number_option.h"
 #include "rule_base.h"
 #include "unicode_check.h"
+#include "visible_replacement.h"
 
 namespace ksv_cli {
 namespace {
@@ -200,6 +201,8 @@ ConversionSettings conversionSettings(const Arguments& arguments, const GivenOpt
   if (given.replacement) {
     options.narrowReplacement = replacementUnit(arguments.replacement);
     options.wideReplacement = options.narrowReplacement;
+  } else if (options.replaceUnmappable != 0) {
+    makeReplacementVisible(settings.target.name, options);
   }
   setNewlines(arguments.newline, options);
   setReferences(arguments, settings.target, options);

@@ -7,6 +7,7 @@
 #include "failure.h"
 #include "ksv_cconv.h"
 #include "text_conversion.h"
+#include "visible_replacement.h"
 
 namespace ksv_cli {
 namespace {
@@ -55,15 +56,6 @@ std::string converted(const ConversionSettings& settings, const std::string& utf
   return std::move(sink.text);
 }
 
-// The library's own replacements are wide characters, which charsets without them get
-// nothing for.
-bool hasReplacement(const ConversionSettings& settings) {
-  constexpr size_t kCode = 2;
-  ConverterRecord record{};
-  cconvInitConvert(&record, &settings.options, settings.target.name.c_str());
-  return record.wideReplacement[kCode] != 0;
-}
-
 }  // namespace
 
 OutputCharset::OutputCharset(const CharsetNames& names, const std::string& name, Lacking lacking) {
@@ -76,8 +68,7 @@ OutputCharset::OutputCharset(const CharsetNames& names, const std::string& name,
   ConvertOptions& options = settings_.options;
   options.outputBigEndian = !target->hasByteOrder() || target->order == ByteOrder::kBig;
   options.replaceUnmappable = 1;
-  if (lacking == Lacking::kIsShown && !hasReplacement(settings_))
-    options.narrowReplacement = options.wideReplacement = '?';
+  if (lacking == Lacking::kIsShown) makeReplacementVisible(settings_.target.name, options);
 }
 
 bool OutputCharset::holds(const std::string& utf8) const {

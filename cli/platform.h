@@ -122,11 +122,6 @@ std::vector<std::string> filesIn(const std::string& directory);
 // Whether names that differ in case only are one file's.
 bool namesHaveNoCase();
 
-// Where ksv_conf.ini may be, and where the library finds the charset directory that is
-// installed with it; the first to be asked first.
-std::vector<std::string> configurationDirectories();
-std::vector<std::string> installedCharsetDirectories();
-
 // The path of a file of that name in the directory, and the name that a path ends in.
 std::string joinPath(const std::string& directory, const std::string& name);
 std::string lastComponent(const std::string& path);

@@ -1,4 +1,3 @@
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -12,8 +11,6 @@
 
 #include "descriptor_posix.h"
 #include "failure.h"
-#include "installed_charsets.h"
-#include "ksv_cconv.h"
 #include "pending_file_posix.h"
 #include "platform.h"
 #include "temporary_names_posix.h"
@@ -152,29 +149,6 @@ std::vector<std::string> filesIn(const std::string& directory) {
 }
 
 bool namesHaveNoCase() { return false; }
-
-std::vector<std::string> configurationDirectories() {
-  std::vector<std::string> directories;
-  const std::string own = environmentValue("XDG_CONFIG_HOME");
-  const std::string home = environmentValue("HOME");
-  if (!own.empty())
-    directories.push_back(own);
-  else if (!home.empty())
-    directories.push_back(home + "/.config");
-  directories.emplace_back("/etc");
-  return directories;
-}
-
-std::vector<std::string> installedCharsetDirectories() {
-  Dl_info library;
-  if (::dladdr(reinterpret_cast<void*>(&startProcess), &library) == 0) return {};
-  std::error_code error;
-  const std::filesystem::path file = std::filesystem::canonical(library.dli_fname, error);
-  std::vector<std::string> directories;
-  for (const char* relative : kCharsetsFromLibrary)
-    directories.push_back((file.parent_path() / relative).lexically_normal().string());
-  return directories;
-}
 
 std::string joinPath(const std::string& directory, const std::string& name) {
   return (std::filesystem::path(directory) / name).string();

@@ -12,7 +12,6 @@
 
 #include "failure.h"
 #include "in_place.h"
-#include "installed_charsets.h"
 #include "platform.h"
 
 namespace ksv_cli::platform {
@@ -582,16 +581,6 @@ class WindowsTemporaryFile : public TemporaryFile {
   const std::string path_;
 };
 
-// Without a separator at its end; empty when the system does not tell.
-std::string libraryDirectory() {
-  const HMODULE library = ::GetModuleHandleW(L"ksv_comm.dll");
-  if (library == nullptr) return "";
-  const std::wstring file = written(
-      [&](wchar_t* buffer, DWORD size) { return ::GetModuleFileNameW(library, buffer, size); });
-  const size_t length = directoryLength(file, kSeparators);
-  return length == 0 ? "" : utf8Of(file.substr(0, length - 1));
-}
-
 std::unique_ptr<PendingFile> pendingFile(const std::string& path, std::optional<InPlace> inPlace) {
   const DWORD attributes = ::GetFileAttributesW(systemPath(path).c_str());
   const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
@@ -731,23 +720,6 @@ std::vector<std::string> filesIn(const std::string& directory) {
 }
 
 bool namesHaveNoCase() { return true; }
-
-std::vector<std::string> configurationDirectories() {
-  std::vector<std::string> directories;
-  if (const std::string own = environmentValue("APPDATA"); !own.empty()) directories.push_back(own);
-  if (const std::string library = libraryDirectory(); !library.empty())
-    directories.push_back(library);
-  return directories;
-}
-
-std::vector<std::string> installedCharsetDirectories() {
-  const std::string library = libraryDirectory();
-  std::vector<std::string> directories;
-  if (library.empty()) return directories;
-  for (const char* relative : kCharsetsFromLibrary)
-    directories.push_back(joinPath(library, relative));
-  return directories;
-}
 
 std::string joinPath(const std::string& directory, const std::string& name) {
   const bool isJoined = directory.empty() || endsInSeparator(directory) ||

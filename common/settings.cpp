@@ -19,9 +19,10 @@ constexpr char kConfigurationFile[] = "ksv_conf.ini";
 // Some editors put it in front of UTF-8.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// Where an installation puts the charset directory, as seen from the library's: the
-// build knows.
+// Where an installation puts the charset directory, as seen from the library's and from
+// that of programs which hold the library themselves: the build knows.
 constexpr char kInstalledCharsets[] = KSV_CHARSET_RELATIVE;
+constexpr char kInstalledCharsetsFromPrograms[] = KSV_CHARSET_RELATIVE_TO_PROGRAMS;
 
 std::string withSeparator(std::string directory) {
   if (!directory.empty() && !isSeparator(directory.back())) directory.push_back(pathSeparator());
@@ -85,7 +86,8 @@ bool acceptFromConfiguration(const Destination& destination) {
 bool acceptInstalled(const Destination& destination) {
   const std::optional<std::string> library = libraryDirectory();
   if (!library) return false;
-  for (const char* relative : {"charset", kInstalledCharsets, "../share/ksv_comm/charset"}) {
+  for (const char* relative : {"charset", kInstalledCharsets, kInstalledCharsetsFromPrograms,
+                               "../share/ksv_comm/charset"}) {
     const auto directory = canonicalDirectory((withSeparator(*library) + relative).c_str());
     if (directory && destination.accept(*directory)) return true;
   }

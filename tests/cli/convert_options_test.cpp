@@ -112,6 +112,9 @@ TEST_F(ConvertOptionsTest, unmappable_replace_writes_a_replacement) {
             bytes({'a', 0x81, 0x7E, 0x81, 0x7E}));
   EXPECT_EQ(converted("utf8", "sjis", {"--unmappable", "replace", "--replacement", "外"}, "😀é"),
             bytes({0x8A, 0x4F, 0x8A, 0x4F}));
+  // Which have no wide characters.
+  for (const char* narrow : {"latin1", "koi8-r", "windows-1252", "tis-620"})
+    EXPECT_EQ(converted("utf8", narrow, {"--unmappable", "replace"}, "a😀あb"), "a??b") << narrow;
 }
 
 TEST_F(ConvertOptionsTest, replacement_alone_implies_nothing) {
