@@ -43,6 +43,19 @@ TEST(ReplacementFile, does_not_write_through_links_or_fifos_in_the_temporary_nam
   EXPECT_FALSE(ReplacementFile::create(kReplaced));
 }
 
+TEST(ReplacementFile, closes_no_descriptor_but_its_own_when_it_cannot_be_put_in_place) {
+  TempDirectory directory;
+  const auto before = ksv::test::openDescriptors();
+  auto file = ReplacementFile::create(kReplaced);
+  ASSERT_TRUE(file);
+  std::filesystem::create_directory(kReplaced);
+  EXPECT_FALSE(file->commit());
+  EXPECT_EQ(ksv::test::openDescriptors(), before);
+  file.reset();
+  EXPECT_EQ(ksv::test::openDescriptors(), before);
+  EXPECT_FALSE(exists(kTemporary));
+}
+
 TEST(ReplacementFile, has_the_permissions_of_any_new_file) {
   TempDirectory directory;
   const mode_t before = umask(027);

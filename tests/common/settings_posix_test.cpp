@@ -59,3 +59,28 @@ TEST_F(Settings, of_the_user_come_before_those_of_etc) {
   if (result == 77) GTEST_SKIP() << "the system gives no /etc of its own to this user";
   EXPECT_EQ(result, 0);
 }
+
+namespace {
+
+// The loader knows this program by the name that it was started with, which means nothing
+// any more in another directory.
+const ksv::test::ChildBody kTellLibraryDirectory(
+    "tell the library's directory from elsewhere", [](const ksv::test::Arguments& arguments) {
+      std::filesystem::current_path("/");
+      return ksv::platform::libraryDirectory() == arguments[0] ? 0 : 1;
+    });
+
+}  // namespace
+
+TEST(LibraryDirectory, is_known_to_a_program_that_was_started_by_a_relative_name) {
+  const std::filesystem::path program = ksv::test::ownExecutable();
+  const std::string directory = program.parent_path();
+  const std::string name = "./" + program.filename().string();
+  const pid_t child = ksv::test::startForked([&] {
+    std::filesystem::current_path(directory);
+    execl(name.c_str(), name.c_str(), ksv::test::kChildOption, kTellLibraryDirectory.name,
+          directory.c_str(), static_cast<char*>(nullptr));
+    return 2;
+  });
+  EXPECT_EQ(ksv::test::resultOf(child), 0);
+}

@@ -36,6 +36,14 @@ TEST_F(Settings, come_from_lines_of_any_length) {
   EXPECT_EQ(read(), "/d" + kSeparator);
 }
 
+TEST_F(Settings, come_from_the_beginning_of_lines_however_long_the_one_before_is) {
+  // A line may be read in pieces, which are no lines.
+  for (size_t length = 1; length < 1100; ++length) {
+    configure("#" + std::string(length, 'x') + "Charsetpath=/no\nCharsetpath=/d\n");
+    ASSERT_EQ(read(), "/d" + kSeparator) << length;
+  }
+}
+
 TEST_F(Settings, keep_a_separator_that_is_there) {
   for (const char* path : {"/d/", "/d\\", "/"}) {
     ScopedVariable value(kCharsetKey, path);

@@ -155,6 +155,15 @@ TEST(CutStr, rounds_down_to_whole_units) {
   EXPECT_EQ(cut("a\0\0"s, 3, "ISO-10646-UCS-4"), 0u);
 }
 
+TEST(CutStr, looks_at_nothing_before_the_text) {
+  const std::string text = "\r\r\r\r\n\n\n\n";
+  for (int32_t length = 0; length < 4; ++length) {
+    EXPECT_EQ(CutStr(text.data() + 4, length, 9, "ISO-10646-UCS-4"), 0u);
+    EXPECT_EQ(CutStr(text.data() + 4, length % 2, 9, "UTF-16"), 0u);
+    EXPECT_EQ(CutStr(text.data() + 4, 0, 9, "UTF-8"), 0u);
+  }
+}
+
 TEST(CutStr, keeps_CR_LF_together_in_every_form) {
   EXPECT_EQ(cut("ab\r\n", 3, "ISO-8859-1"), 2u);
   EXPECT_EQ(cut("ab\r\n", 4, "ISO-8859-1"), 4u);
