@@ -1,5 +1,6 @@
 // Bound to POSIX: modes and users, fifos and links, a limit for the size of files,
 // and descriptors that programs would inherit.
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -45,6 +46,10 @@ TEST(ReplacementFile, does_not_write_through_links_or_fifos_in_the_temporary_nam
 
 TEST(ReplacementFile, closes_no_descriptor_but_its_own_when_it_cannot_be_put_in_place) {
   TempDirectory directory;
+  // The one that a forgotten number would be taken for.
+  const int input = open("/dev/null", O_RDONLY);
+  ASSERT_EQ(dup2(input, STDIN_FILENO), STDIN_FILENO);
+  if (input != STDIN_FILENO) close(input);
   const auto before = ksv::test::openDescriptors();
   auto file = ReplacementFile::create(kReplaced);
   ASSERT_TRUE(file);
