@@ -58,6 +58,20 @@ TEST_F(Ucs2, TheRepertoireOfThePrivateUseAreaEndsAtE758) {
   EXPECT_EQ(text(convertWhole(toUcs2(1), "\xEE\x9D\x99").output), "&#xE759;");
 }
 
+TEST_F(Ucs2, TheRepertoireOfTheFullAndHalfWidthFormsHasGaps) {
+  const auto isReferredTo = [](uint32_t unit) {
+    const Bytes input = {static_cast<char>(unit >> 8), static_cast<char>(unit)};
+    const Bytes output = convertWhole(toUcs2(1, "UTF-16"), input).output;
+    EXPECT_TRUE(output == input || text(output).starts_with("&#xFF")) << hex(output);
+    return output != input;
+  };
+  for (const uint32_t inside : {0xFF01, 0xFF5E, 0xFF61, 0xFF9F, 0xFFE0, 0xFFE2, 0xFFE5})
+    EXPECT_FALSE(isReferredTo(inside)) << std::hex << inside;
+  for (const uint32_t outside :
+       {0xFF00, 0xFF5F, 0xFF60, 0xFFA0, 0xFFDF, 0xFFE3, 0xFFE4, 0xFFE6, 0xFFFE})
+    EXPECT_TRUE(isReferredTo(outside)) << std::hex << outside;
+}
+
 TEST_F(Ucs2, TheRepertoireOfTheFullWidthFormsIsTheirRanges) {
   EXPECT_EQ(hex(convertWhole(toUcs2(1), "\xEF\xBC\x81").output), "FF 01");
   EXPECT_EQ(text(convertWhole(toUcs2(1), "\xEF\xBC\x80").output), "&#xFF00;");
