@@ -135,6 +135,7 @@ std::FILE* openFile(const char* path, const char* mode) {
 // Shared with writers, as the C runtime's streams are.
 InputFile::InputFile(const char* path, Takes) : handle_(0) {
   const WideText wide(path);
+  if (wide.ranOutOfMemory()) error_ = outOfMemory();
   if (!wide) return;
   Handle file(CreateFileW(wide.get(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -231,6 +232,7 @@ std::optional<std::vector<std::string>> directoryNames(const char* path, SystemE
     pattern.push_back(pathSeparator());
   }
   const WideText wide(pattern.append("*").c_str());
+  if (error != nullptr && wide.ranOutOfMemory()) *error = outOfMemory();
   if (!wide) return std::nullopt;
   std::vector<std::string> names;
   Search search(wide.get());
