@@ -210,7 +210,7 @@ class SharedTables : public testing::Test {
 TEST_F(SharedTables, GiveThreadsThatStartOnEmptyOnesWhatOneThreadGets) {
   const Delayed delayed;
   Random random(1);
-  for (int round = 0; round < 2000; ++round)
+  for (int round = 0; round < KSV_TEST_STARTS; ++round)
     ASSERT_NO_FATAL_FAILURE(expectSameOfThreads(random)) << "round " << round;
 }
 
