@@ -247,6 +247,14 @@ TextLanguage textLanguageOfUser() {
   return std::nullopt;
 }
 
+// Whether a text is mostly ASCII with a few bytes of something else: a word of German is
+// a Chinese character to whoever supposes that language.
+static bool saysLittle(const ByteFacts& facts) {
+  constexpr uint64_t kLeastText = 24;
+  constexpr uint64_t kFewHighBytes = 8;
+  return facts.size >= kLeastText && facts.highBytes() <= kFewHighBytes;
+}
+
 JudgedText CharsetJudge::judge(const std::string& input) const {
   RereadableText text(input);
   if (text.beginning().empty()) {
@@ -259,6 +267,8 @@ JudgedText CharsetJudge::judge(const std::string& input) const {
   if (chosen) return {text.release(), *chosen};
   const ByteFacts facts = byteFacts(*text.reopen());
   chosen = byForm(facts);
+  if (!chosen && isSupposed_ && saysLittle(facts))
+    chosen = CharsetJudge(names_, std::nullopt, guess_).byReadings(text, facts);
   if (!chosen) chosen = byReadings(text, facts);
   return {text.release(), *chosen};
 }

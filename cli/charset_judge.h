@@ -40,8 +40,10 @@ struct JudgedText {
 class CharsetJudge {
  public:
   // guess: where no reading leads clearly, the first is taken.
-  CharsetJudge(const CharsetNames& names, TextLanguage language, bool guess)
-      : names_(names), language_(language), guess_(guess) {}
+  // isSupposed: the language is that of the user, who has not said that the texts are in it.
+  CharsetJudge(const CharsetNames& names, TextLanguage language, bool guess,
+               bool isSupposed = false)
+      : names_(names), language_(language), guess_(guess), isSupposed_(isSupposed) {}
 
   // Throws Failure, with the charsets that it may be in, when none is clear. May be called
   // from several threads.
@@ -72,6 +74,7 @@ class CharsetJudge {
   const CharsetNames& names_;
   const TextLanguage language_;
   const bool guess_;
+  const bool isSupposed_;
   const SingleByteTables singleBytes_;
 };
 

@@ -245,7 +245,8 @@ SourceFinder sourceFinder(const Arguments& arguments, const GivenOptions& given,
     };
   const TextLanguage language =
       given.detectLanguage ? textLanguageNamed(arguments.detectLanguage) : textLanguageOfUser();
-  const auto judge = std::make_shared<CharsetJudge>(names, language, arguments.guess);
+  const auto judge =
+      std::make_shared<CharsetJudge>(names, language, arguments.guess, !given.detectLanguage);
   return [judge](const std::string& input) { return judge->judge(input); };
 }
 

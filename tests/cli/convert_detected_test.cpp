@@ -102,11 +102,22 @@ TEST_F(ConvertDetected, converts_in_place) {
   EXPECT_EQ(read("a"), kJapanese);
 }
 
+// Of "Festplatten die gleiche Größe" in Latin-1 F6 DF is a kanji in EUC-JP. That the user is
+// Japanese does not say that the text is; --detect-language does.
+TEST_F(ConvertDetected, believes_the_language_of_the_user_only_where_there_is_something_to_see) {
+  const std::string german = "# Festplatten die gleiche Gr\xF6\xDF";
+  setEnvironment("LANG", "ja_JP.UTF-8");
+  const Outcome refused = ksv({"convert", "-t", "UTF-8"}, german);
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.out, "");
+  EXPECT_EQ(ksv({"convert", "-t", "UTF-8", "--detect-language", "ja"}, german).status, 0);
+}
+
 // Longer than what is looked at before it is converted.
 TEST_F(ConvertDetected, reads_all_of_a_long_standard_input) {
   constexpr size_t kLength = 4400000;
-  const Outcome outcome =
-      ksv({"convert", "-t", "UTF-8", "-o", "out"}, std::string(kLength, 'a') + kShiftJis);
+  const Outcome outcome = ksv({"convert", "-t", "UTF-8", "--detect-language", "ja", "-o", "out"},
+                              std::string(kLength, 'a') + kShiftJis);
   EXPECT_EQ(outcome.status, 0);
   const std::string out = read("out");
   EXPECT_EQ(out.find_first_not_of('a'), kLength);
