@@ -201,6 +201,14 @@ bool mayBeChance(const ByteFacts& facts) {
   return facts.highBytes() <= (isUsed(0xE0, 0xF0) ? kFewLongBytes : kFewShortBytes);
 }
 
+// Whether a text is mostly ASCII with a few bytes of something else: a word of German is
+// a Chinese character to whoever supposes that language.
+bool saysLittle(const ByteFacts& facts) {
+  constexpr uint64_t kLeastText = 24;
+  constexpr uint64_t kFewHighBytes = 8;
+  return facts.size >= kLeastText && facts.highBytes() <= kFewHighBytes;
+}
+
 }  // namespace
 
 struct CharsetJudge::Reading {
@@ -245,14 +253,6 @@ TextLanguage textLanguageOfUser() {
     return Language::kTraditionalChinese;
   if (isOf("zh_CN") || isOf("zh_SG") || isOf("zh_Hans")) return Language::kSimplifiedChinese;
   return std::nullopt;
-}
-
-// Whether a text is mostly ASCII with a few bytes of something else: a word of German is
-// a Chinese character to whoever supposes that language.
-static bool saysLittle(const ByteFacts& facts) {
-  constexpr uint64_t kLeastText = 24;
-  constexpr uint64_t kFewHighBytes = 8;
-  return facts.size >= kLeastText && facts.highBytes() <= kFewHighBytes;
 }
 
 JudgedText CharsetJudge::judge(const std::string& input) const {
