@@ -1,12 +1,12 @@
 #include "cconv/convert/direct_table.h"
 
-#include <cstdlib>
 #include <new>
 
 #include "cconv/convert/converter.h"
 #include "cconv/convert/driver.h"
 #include "cconv/rules/code_table.h"
 #include "cconv/rules/publication.h"
+#include "common/heap.h"
 
 namespace ksv {
 namespace {
@@ -121,14 +121,14 @@ const DirectTable::Page* DirectTable::publish(uint32_t index, const Page* made) 
 ShortTable::ShortTable() {
   if (shortTablesInUse.fetch_add(1, std::memory_order_relaxed) < kMostShortTables) {
     // Zeroed memory that the system hands out page by page as it is used.
-    entries_ = static_cast<Slot*>(std::calloc(kSize, sizeof(Slot)));
+    entries_ = static_cast<Slot*>(heap::allocateZeroed(kSize, sizeof(Slot)));
   }
   if (entries_ == nullptr) shortTablesInUse.fetch_sub(1, std::memory_order_relaxed);
 }
 
 ShortTable::~ShortTable() {
   if (entries_ == nullptr) return;
-  std::free(entries_);
+  heap::release(entries_);
   shortTablesInUse.fetch_sub(1, std::memory_order_relaxed);
 }
 
