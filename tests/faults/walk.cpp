@@ -63,6 +63,7 @@ void Walk::learnRightAnswer() {
     counting.stop();
     allocations_ = FailingMemory::asked();
     names_.merge(namesHere());
+    checkTraces("before");
     job_.finish();
     if (answer_.failedCall() != nullptr)
       throw std::runtime_error(job_.name() + ": " + answer_.failedCall() + " fails");
