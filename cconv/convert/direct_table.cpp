@@ -97,6 +97,7 @@ DirectTable::~DirectTable() {
 DirectTable::Page* DirectTable::newPage() {
   if (pagesInUse.fetch_add(1, std::memory_order_relaxed) < kMostPages) {
     if (Page* page = new (std::nothrow) Page()) return page;
+    timesWithoutMemory_.fetch_add(1, std::memory_order_relaxed);
   }
   pagesInUse.fetch_sub(1, std::memory_order_relaxed);
   return nullptr;
@@ -122,6 +123,7 @@ ShortTable::ShortTable() {
   if (shortTablesInUse.fetch_add(1, std::memory_order_relaxed) < kMostShortTables) {
     // Zeroed memory that the system hands out page by page as it is used.
     entries_ = static_cast<Slot*>(heap::allocateZeroed(kSize, sizeof(Slot)));
+    hadNoMemory_ = entries_ == nullptr;
   }
   if (entries_ == nullptr) shortTablesInUse.fetch_sub(1, std::memory_order_relaxed);
 }

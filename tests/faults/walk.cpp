@@ -58,10 +58,15 @@ void Walk::learnRightAnswer() {
   for (int time = 0; time < 3; ++time) {
     answer_.clear();
     if (!prepared()) throw std::runtime_error(job_.name() + ": cannot be prepared");
+    const LiveMemory before = liveMemory();
     FailingMemory counting(kNoAllocation, Refused::kOne);
     job_.act(answer_);
     counting.stop();
     allocations_ = FailingMemory::asked();
+    const Answer first = answer_;
+    job_.act(answer_);
+    answer_ = first;
+    madeBlocks_ = liveMemory().blocks - before.blocks;
     names_.merge(namesHere());
     checkTraces("before");
     job_.finish();
@@ -142,6 +147,7 @@ void Walk::exercise(uint64_t number, Refused refused) {
   answer_.clear();
   if (!prepared()) return violate("cannot be prepared any more");
   const uint64_t faults = faultCount();
+  const LiveMemory before = liveMemory();
   FailingMemory failing(number, refused);
   job_.act(answer_);
   failing.stop();
@@ -150,6 +156,8 @@ void Walk::exercise(uint64_t number, Refused refused) {
   checkTraces("first");
   answer_.clear();
   job_.act(answer_);
+  const int64_t made = liveMemory().blocks - before.blocks;
+  if (made < madeBlocks_) violate("again: does without " + std::to_string(madeBlocks_ - made));
   if (answer_.text() != right_ || answer_.failedCall() != nullptr)
     violate("again: is wrong: " + std::string(answer_.text()));
   checkTraces("again");
