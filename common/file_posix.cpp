@@ -62,6 +62,8 @@ struct CloseDirectory {
 
 SystemError outOfMemory() { return ENOMEM; }
 
+SystemError accessDenied() { return EACCES; }
+
 // fopen reads a directory as an empty file; nobody who opens one means that.
 std::FILE* openFile(const char* path, const char* mode) {
   std::FILE* stream = fopen(path, mode);

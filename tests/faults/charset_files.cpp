@@ -7,6 +7,7 @@
 #include <iterator>
 #include <map>
 #include <set>
+#include <stdexcept>
 
 #include "tests/system/system.h"
 
@@ -20,6 +21,7 @@ const fs::path kBuilt = fs::absolute(KSV_TEST_CHARSET_DIRECTORY);
 
 std::string contentOf(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error(path.string() + " cannot be read");
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 

@@ -1,10 +1,12 @@
 // library_faults                              the tests, a sample of each walk
 // library_faults --list                       the names of the jobs
 // library_faults --whole [JOB...]             the whole walks, with totals
-// library_faults --job JOB --scratch DIR [--recovers]
-//                                             the job twice, as it is: for whoever makes the system
-//                                             fail. The first run in a directory finds the right
-//                                             answer. With --recovers the second time has to give it
+// library_faults --job JOB --scratch DIR      the job twice, as it is, for whoever makes the system
+//                                             fail: 0 when nothing was violated, 1 when something
+//                                             was, 3 when the program's own calls were refused. The
+//                                             first run in a directory finds the right answer
+//                --recovers                   one call is refused: what follows has to be right
+//                --closing-fails              closing is refused: descriptors are not counted
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -67,11 +69,11 @@ int walkWhole(const Arguments& names) {
   return sum.violations == 0 ? 0 : 1;
 }
 
-int runJob(const std::string& name, const std::string& scratch, bool mustRecover) {
+int runJob(const std::string& name, const std::string& scratch, const Walk::OnceOptions& options) {
   for (const auto& job : allJobs()) {
     if (job->name() != name) continue;
     Walk walk(*job, scratch);
-    const Totals totals = walk.runOnce(mustRecover);
+    const Totals totals = walk.runOnce(options);
     show(walk);
     return totals.violations == 0 ? 0 : 1;
   }
@@ -85,6 +87,10 @@ std::optional<std::string> valueBehind(const Arguments& arguments, const char* o
   return *(found + 1);
 }
 
+bool has(const Arguments& arguments, const char* option) {
+  return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
+}
+
 // None where the tests are to be run.
 std::optional<int> runAsTold(const Arguments& arguments) {
   if (arguments.size() < 2) return std::nullopt;
@@ -93,8 +99,7 @@ std::optional<int> runAsTold(const Arguments& arguments) {
   const auto job = valueBehind(arguments, "--job");
   const auto scratch = valueBehind(arguments, "--scratch");
   if (!job || !scratch) return std::nullopt;
-  return runJob(*job, *scratch,
-                std::find(arguments.begin(), arguments.end(), "--recovers") != arguments.end());
+  return runJob(*job, *scratch, {has(arguments, "--recovers"), !has(arguments, "--closing-fails")});
 }
 
 }  // namespace

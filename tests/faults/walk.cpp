@@ -93,27 +93,37 @@ Totals Walk::run(uint64_t mostPlaces) {
 }
 
 // The answer without faults is that of the first run in a directory.
-Totals Walk::runOnce(bool mustRecover) {
+void Walk::readRightAnswer() {
   const fs::path known = fs::path("..") / (job_.name() + ".right");
-  const bool isFirst = !fs::exists(known);
-  if (isFirst) learnRightAnswer();
-  if (isFirst) writeInput(known.string(), right_);
+  if (!fs::exists(known)) {
+    learnRightAnswer();
+    writeInput(known.string(), right_);
+  }
   std::ifstream file(known, std::ios::binary);
+  if (!file) throw std::runtime_error(known.string() + " cannot be read");
   right_.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+Totals Walk::runOnce(const OnceOptions& options) {
+  readRightAnswer();
+  const ptrdiff_t descriptors = openDescriptors();
+  Verdict before = Verdict::kRight;
   for (const char* attempt : {"first", "again"}) {
+    place_ = job_.name() + ": " + attempt;
     answer_.clear();
     const uint64_t faults = faultCount();
-    const ptrdiff_t descriptors = openDescriptors();
     if (prepared()) {
       job_.act(answer_);
       checkTraces(attempt);
       job_.finish();
     }
-    count(judge(faults), attempt);
-    if (openDescriptors() > descriptors) violate("descriptors stay open");
-    if (mustRecover && answer_.text() != right_ && attempt[0] == 'a')
+    const Verdict verdict = judge(faults);
+    count(verdict, attempt);
+    if (options.mustRecover && before != Verdict::kRight && verdict != Verdict::kRight)
       violate("does not recover: " + std::string(answer_.text()));
+    before = verdict;
   }
+  if (options.countDescriptors && openDescriptors() > descriptors) violate("descriptors stay open");
   return totals_;
 }
 

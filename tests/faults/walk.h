@@ -31,9 +31,12 @@ class Walk {
 
   // At most so many places a mode, evenly chosen behind the first ones.
   Totals run(uint64_t mostPlaces);
-  // Once, and once more, whatever the system refuses. mustRecover: the second answer must
-  // be right, because nothing is refused any more.
-  Totals runOnce(bool mustRecover);
+  // Once, and once more, whatever the system refuses.
+  struct OnceOptions {
+    bool mustRecover = false;      // nothing is refused again behind what was refused once
+    bool countDescriptors = true;  // not where closing them is refused
+  };
+  Totals runOnce(const OnceOptions& options);
 
   // A line each.
   const std::vector<std::string>& violations() const { return violations_; }
@@ -42,6 +45,7 @@ class Walk {
   enum class Verdict { kTold, kNoted, kRight, kWrong };
 
   void learnRightAnswer();
+  void readRightAnswer();
   void visit(uint64_t number, Refused refused);
   void exercise(uint64_t number, Refused refused);
   bool prepared();
