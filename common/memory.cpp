@@ -19,7 +19,8 @@ void* KSV_realloc(void* block, int32_t size) {
 
 void* KSV_calloc(int32_t count, int32_t size) {
   if (size < 0 || (count < 0 && size > 0)) return nullptr;
-  return heap::allocateZeroed(count < 0 ? 0 : static_cast<size_t>(count), static_cast<size_t>(size));
+  return heap::allocateZeroed(count < 0 ? 0 : static_cast<size_t>(count),
+                              static_cast<size_t>(size));
 }
 
 void KSV_memend(void*) {}

@@ -33,6 +33,10 @@ class Job {
   // together with a fault that is noted.
   virtual bool isSilent() const { return false; }
 
+  // Of the blocks that are kept between two act(), how many the second may do without: what
+  // is only learned from is not made again where all is known by then.
+  virtual int64_t blocksThatMayLack() const { return 0; }
+
  private:
   const std::string name_;
 };

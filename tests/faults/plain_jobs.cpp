@@ -52,9 +52,9 @@ void handlesUcs2(Answer& answer) {
   answer.add("KSV_CopyStripControlCode", KSV_CopyStripControlCode(narrow, "a\1b", 3, 1, 0));
   answer.add("KSV_GetGroupCharWidth", KSV_GetGroupCharWidth("UTF-16"));
   int classes = 0;
-  for (const auto is : {KSV_isucs2alnum, KSV_isucs2ascii, KSV_isucs2cntrl, KSV_isucs2digit,
-                        KSV_isjis, KSV_isank, KSV_isucs2jis, KSV_isucs2ank, KSV_isucs2zenhira,
-                        KSV_isucs2zenkata}) {
+  for (const auto is :
+       {KSV_isucs2alnum, KSV_isucs2ascii, KSV_isucs2cntrl, KSV_isucs2digit, KSV_isjis, KSV_isank,
+        KSV_isucs2jis, KSV_isucs2ank, KSV_isucs2zenhira, KSV_isucs2zenkata}) {
     classes = classes * 4 + (is('A') != 0 ? 2 : 0) + (is(0x3042) != 0 ? 1 : 0);
   }
   answer.add("classes", classes);

@@ -42,7 +42,9 @@ class SecondLoadingJob : public Job {
 
   void install() override { installCharsets({"utf-8", "windows-1252"}); }
   bool isSilent() const override { return true; }
-  bool prepare(Answer& answer) override { return answer.needs(startProcess() == 1, "startProcess"); }
+  bool prepare(Answer& answer) override {
+    return answer.needs(startProcess() == 1, "startProcess");
+  }
   void act(Answer& answer) override {
     if (!answer.expects("cconvLoadRule", cconvLoadRule(), 0)) return;
     for (const char* name : {"UTF-8", "windows-1252"}) {

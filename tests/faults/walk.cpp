@@ -29,7 +29,10 @@ std::set<std::string> namesHere() {
 }  // namespace
 
 void writeInput(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
+  std::ofstream file(path, std::ios::binary);
+  file << bytes;
+  file.close();
+  if (!file) throw std::runtime_error(path + " cannot be written");
 }
 
 Jobs allJobs() {
@@ -167,7 +170,8 @@ void Walk::exercise(uint64_t number, Refused refused) {
   answer_.clear();
   job_.act(answer_);
   const int64_t made = liveMemory().blocks - before.blocks;
-  if (made < madeBlocks_) violate("again: does without " + std::to_string(madeBlocks_ - made));
+  if (made < madeBlocks_ - job_.blocksThatMayLack())
+    violate("again: does without " + std::to_string(madeBlocks_ - made));
   if (answer_.text() != right_ || answer_.failedCall() != nullptr)
     violate("again: is wrong: " + std::string(answer_.text()));
   checkTraces("again");
@@ -202,7 +206,10 @@ void Walk::count(Verdict verdict, const char* attempt) {
 
 void Walk::checkTraces(const char* attempt) {
   for (const std::string& name : namesHere()) {
-    if (!names_.contains(name) && name.find(kOwnMark) == name.npos) violate(std::string(attempt) + ": leaves " + name);
+    // What compiled tables hold is looked at below.
+    if (names_.contains(name) || name.find(kOwnMark) != name.npos || name.ends_with(".cmp"))
+      continue;
+    violate(std::string(attempt) + ": leaves " + name);
   }
   for (const std::string& name : wrongCompiledTables())
     violate(std::string(attempt) + ": compiles " + name + " wrongly");

@@ -59,7 +59,7 @@ class Walk {
   const std::string directoryBefore_;
   std::string right_;
   uint64_t allocations_ = 0;
-  int64_t madeBlocks_ = 0;  // by two acts: tables that are kept as long as the rule base
+  int64_t madeBlocks_ = 0;       // by two acts: tables that are kept as long as the rule base
   std::set<std::string> names_;  // of the files that may be there
   Answer answer_;
   Totals totals_;
