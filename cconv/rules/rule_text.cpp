@@ -174,7 +174,7 @@ std::string ruleFileName(const std::string& path) {
 bool readNamedText(const std::string& fileName, TextEncodingKind defaultEncoding,
                    bool defaultBigEndian, RuleText& text) {
   text = RuleText();
-  text.bytes = readWholeFile(ruleBase.charsetPath + fileName);
+  text.bytes = readWholeFile(ruleBase.path() + fileName);
   if (text.bytes.empty()) return false;
   if (!detectEncoding(text)) {
     text.encoding = defaultEncoding;

@@ -35,7 +35,7 @@ struct TablePaths {
 
 // A directory in the declared name is kept; name and extension are lower-cased.
 TablePaths pathsOf(const CodeTable& table) {
-  PathParts parts = splitPath(ruleBase.charsetPath + table.fileName);
+  PathParts parts = splitPath(ruleBase.path() + table.fileName);
   lowerFileName(parts);
   TablePaths paths;
   paths.text = joinPath(parts);
