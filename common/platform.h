@@ -56,8 +56,9 @@ class ReplacementFile {
 
 // The system's number of an error, and 0 for none.
 using SystemError = int;
-// That there is no memory.
+// That there is no memory; that somebody else may read the file, and not this user.
 SystemError outOfMemory();
+SystemError accessDenied();
 
 // A file that is read from its beginning, without the buffer and the lock of a
 // stream: for those who read large pieces, or very many files.
