@@ -146,8 +146,14 @@ class Fault:
         return self.kind == "kill"
 
 
+def _injection(name: str, error: str, place: str) -> tuple[str, str]:
+    # brk fails by answering another place than the one asked for, never by an error.
+    answer = "retval=0" if name == "brk" else f"error={error}"
+    return "-e", f"inject={name}:{answer}:when={place}"
+
+
 def failing_call(name: str, error: str, place: str) -> Fault:
-    return Fault("calls", ("-e", f"trace={name}", "-e", f"inject={name}:error={error}:when={place}"),
+    return Fault("calls", ("-e", f"trace={name}", *_injection(name, error, place)),
                  words=os.strerror(getattr(errno, error)))
 
 
@@ -183,8 +189,7 @@ def heap_faults(calls, first: int) -> list[Fault]:
     for _, name in calls[first:]:
         if name not in done:
             continue
-        inject = [("-e", f"inject={other}:error=ENOMEM:when={count + 1}+")
-                  for other, count in done.items()]
+        inject = [_injection(other, "ENOMEM", f"{count + 1}+") for other, count in done.items()]
         faults.append(Fault("heap", ("-e", "trace=brk,mmap", *inject[0], *inject[1]),
                             words=os.strerror(errno.ENOMEM)))
         done[name] += 1
