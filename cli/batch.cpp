@@ -8,6 +8,7 @@
 #include "failure.h"
 #include "inputs.h"
 #include "platform.h"
+#include "result_line.h"
 #include "system_faults.h"
 #include "text_conversion.h"
 #include "work_list.h"
@@ -153,12 +154,21 @@ class Batch {
     }
   }
 
+  // Before anything is written, so a file of which nothing can be told ends it all.
+  static FileFacts factsToCompare(const std::string& path) {
+    try {
+      return platform::fileFacts(path);
+    } catch (const Failure& failure) {
+      throw Failure(shownName(path) + ": " + failure.what());
+    }
+  }
+
   void checkThatNothingIsOverwritten() const {
     if (plan_.kind == OutputPlan::Kind::kStandardOutput) return;
     std::set<FileId> inputIds;
     std::map<std::string, std::string> outputs;  // by the key of the place
     for (const std::string& input : inputs_) {
-      const FileFacts facts = platform::fileFacts(input);
+      const FileFacts facts = factsToCompare(input);
       const bool isFile = facts.kind == FileKind::kRegular && !isStandardStream(input);
       const bool isNewId = !isFile || inputIds.emplace(facts.device, facts.number).second;
       const bool isNewOutput =
@@ -168,7 +178,7 @@ class Batch {
     }
     if (plan_.kind == OutputPlan::Kind::kInPlace) return;
     for (const auto& [key, output] : outputs) {
-      const FileFacts facts = platform::fileFacts(output);
+      const FileFacts facts = factsToCompare(output);
       if (facts.kind == FileKind::kRegular && inputIds.count({facts.device, facts.number}) != 0)
         throw UsageError(output + " is an input as well; --in-place converts a file where it is");
     }

@@ -1,6 +1,8 @@
 #include "console.h"
 
 #include <algorithm>
+#include <atomic>
+#include <exception>
 
 #include "escapes.h"
 #include "failure.h"
@@ -14,7 +16,21 @@ constexpr uint64_t kMuch = 64 * 1024 * 1024;
 constexpr auto kInterval = std::chrono::milliseconds(100);
 constexpr uint64_t kMebibyte = 1024 * 1024;
 
+std::atomic<bool> anythingLeftOver{false};
+
 }  // namespace
+
+void tellLeftOver(const std::string& path, int error) noexcept {
+  anythingLeftOver = true;
+  try {
+    platform::writeToStandardError(
+        diagnostic(path, "cannot be removed: " + platform::errorText(error)));
+  } catch (const std::exception&) {
+    platform::tellOutOfMemory();
+  }
+}
+
+bool isAnythingLeftOver() { return anythingLeftOver; }
 
 std::string diagnostic(const std::string& subject, const std::string& reason) {
   std::string line = reason;

@@ -12,6 +12,11 @@ namespace ksv_cli {
 // "ksv: SUBJECT: REASON" as one line.
 std::string diagnostic(const std::string& subject, const std::string& reason);
 
+// Says that a file with a passing name stays, and why. Never throws.
+void tellLeftOver(const std::string& path, int error) noexcept;
+// Whether one has stayed, so that not all is well.
+bool isAnythingLeftOver();
+
 // Writes a result to standard output. Returns the exit status: a failure has been
 // reported by then.
 int writeResult(const std::string& text);

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -27,28 +26,32 @@ std::string directoryOf(const std::string& path) {
   return std::filesystem::path(path).parent_path().string();
 }
 
+bool isLink(const std::string& path) {
+  struct stat status;
+  if (::lstat(path.c_str(), &status) == 0) return S_ISLNK(status.st_mode);
+  if (!isOneOf(errno, {ENOENT, ENOTDIR, EACCES, ENAMETOOLONG})) fail(errno);
+  return false;
+}
+
 // Where a chain of links ends, whether or not a file is there.
 std::string linkEnd(const std::string& path) {
   constexpr int kMostLinks = 40;
   std::filesystem::path place = path;
-  std::error_code error;
-  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(place, error); ++i) {
+  for (int i = 0; i < kMostLinks && isLink(place); ++i) {
+    std::error_code error;
     const std::filesystem::path next = std::filesystem::read_symlink(place, error);
-    if (error) break;
+    if (error) fail(error.value());
     place = next.is_absolute() ? next : place.parent_path() / next;
   }
   return place.string();
 }
 
-bool isOneOf(int error, std::initializer_list<int> errors) {
-  for (const int other : errors)
-    if (error == other) return true;
-  return false;
-}
-
 // What has no disk behind it has nothing to wait for.
 void synchronise(int number) {
-  if (::fsync(number) != 0 && !isOneOf(errno, {EINVAL, ENOTSUP, EROFS})) fail(errno);
+  while (::fsync(number) != 0) {
+    if (isOneOf(errno, {EINVAL, ENOTSUP, EROFS})) return;
+    if (errno != EINTR) fail(errno);
+  }
 }
 
 // A directory that may be written to, but not read, waits for all there is.
