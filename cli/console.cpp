@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <optional>
 
 #include "escapes.h"
 #include "failure.h"
 #include "platform.h"
 #include "result_line.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
@@ -20,11 +22,12 @@ std::atomic<bool> anythingLeftOver{false};
 
 }  // namespace
 
-void tellLeftOver(const std::string& path, int error) noexcept {
+void tellLeftOver(const std::string& path, const std::error_code& error) noexcept {
   anythingLeftOver = true;
   try {
-    platform::writeToStandardError(
-        diagnostic(path, "cannot be removed: " + platform::errorText(error)));
+    const bool isOfSystem = error.category() == std::system_category();
+    const std::string words = isOfSystem ? platform::errorText(error.value()) : error.message();
+    platform::writeToStandardError(diagnostic(path, "cannot be removed: " + words));
   } catch (const std::exception&) {
     platform::tellOutOfMemory();
   }
@@ -39,6 +42,13 @@ std::string diagnostic(const std::string& subject, const std::string& reason) {
 }
 
 int writeResult(const std::string& text) {
+  const std::optional<std::string> fault = systemFault();
+  if (!fault) return writeToStandardOutput(text);
+  platform::writeToStandardError("ksv: " + *fault + "\n");
+  return kExitFailed;
+}
+
+int writeToStandardOutput(const std::string& text) {
   try {
     platform::openStandardOutput()->write(reinterpret_cast<const uint8_t*>(text.data()),
                                           text.size());

@@ -14,6 +14,7 @@
 #include "jobs.h"
 #include "platform.h"
 #include "rule_base.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
@@ -80,6 +81,7 @@ int run(std::vector<std::string> arguments) {
 int main(int argumentCount, char** arguments) {
   using namespace ksv_cli;
   try {
+    noteWantOfMemory();
     platform::prepareProcess();
     const int exitStatus = run(platform::commandLineArguments(argumentCount, arguments));
     return exitStatus == kExitDone && isAnythingLeftOver() ? kExitFailed : exitStatus;

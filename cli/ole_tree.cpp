@@ -1,7 +1,9 @@
 #include "ole_tree.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 #include "failure.h"
 #include "unsupported_document.h"
@@ -69,13 +71,19 @@ bool isSameButCase(std::string_view a, std::string_view b) {
                     [](char x, char y) { return lowered(x) == lowered(y); });
 }
 
+// The words of the system for the error of its last call, which the reader passes on.
+std::string wordsOf(int error) {
+  return error == 0 ? "" : ": " + std::generic_category().message(error);
+}
+
 }  // namespace
 
 std::unique_ptr<ksv::CompoundFile> openDocument(const std::string& path) {
   ksv::CompoundFault fault;
+  errno = 0;
   std::unique_ptr<ksv::CompoundFile> file = ksv::CompoundFile::open(path.c_str(), fault);
   if (file) return file;
-  if (fault.reason == nullptr) throw Failure("cannot be opened");
+  if (fault.reason == nullptr) throw Failure("cannot be opened" + wordsOf(errno));
   if (const auto unsupported = unsupportedFile(path)) throw *unsupported;
   throw Failure::at(static_cast<uint64_t>(fault.offset), fault.reason);
 }

@@ -451,7 +451,7 @@ class PassingFile {
 
   void tellStays(DWORD error) const noexcept {
     try {
-      tellLeftOver(utf8Of(path_), static_cast<int>(error));
+      tellLeftOver(utf8Of(path_), {static_cast<int>(error), std::system_category()});
     } catch (const std::exception&) {
       tellOutOfMemory();
     }

@@ -19,7 +19,6 @@
 #include "result_line.h"
 #include "rule_base.h"
 #include "summary_values.h"
-#include "system_faults.h"
 #include "work_list.h"
 
 namespace ksv_cli {
@@ -84,7 +83,7 @@ using Record = std::string;
   if (result == KSV_SUMMARY_NOT_OPENED) openDocument(path);  // tells why
   if (result == KSV_SUMMARY_NO_SUMMARY) throw Failure("has no summary information");
   if (result == KSV_SUMMARY_MALFORMED) throw Failure("has malformed summary information");
-  throw Failure("cannot be read for lack of memory");
+  throw Failure(std::string("cannot be read: ") + platform::kOutOfMemory);
 }
 
 Record readRecord(const std::string& path, uint16_t kind) {
@@ -186,8 +185,7 @@ int summarise(const SummaryArguments& arguments) {
   return list.run(arguments.jobs, [&](size_t index) {
     const std::string text = resultOf(inputs[index], arguments, output);
     if (!isClassic && !output.holds(text)) tellReplacements(inputs[index], output, list.console());
-    refuseSystemFaults();
-    list.standardOutput().write(index, output.encoded(text));
+    list.write(index, output.encoded(text));
     list.countWhole(index);
   });
 }

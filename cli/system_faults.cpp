@@ -1,5 +1,7 @@
 #include "system_faults.h"
 
+#include <new>
+
 #include "common/faults.h"
 #include "failure.h"
 #include "platform.h"
@@ -21,7 +23,14 @@ std::string subjectOf(const ksv::Fault& fault) {
   return "";
 }
 
+void noteAndThrow() {
+  ksv::noteNoMemory("");
+  throw std::bad_alloc();
+}
+
 }  // namespace
+
+void noteWantOfMemory() { std::set_new_handler(noteAndThrow); }
 
 std::optional<std::string> systemFault() {
   if (ksv::faultCount() == 0) return std::nullopt;

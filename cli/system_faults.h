@@ -11,6 +11,9 @@ namespace ksv_cli {
 // What could not be read stays so for this process.
 std::optional<std::string> systemFault();
 
+// Has memory that cannot be had noted as well, wherever somebody does without it.
+void noteWantOfMemory();
+
 // Throws a Failure with it. Called before a result is written anywhere, and before it takes the
 // place of a file: it may rest on a table that was cut short.
 void refuseSystemFaults();

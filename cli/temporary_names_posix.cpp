@@ -164,7 +164,7 @@ PassingFile::~PassingFile() {
     const NamesSection section;
     error = ::unlink(path().c_str()) == 0 ? 0 : errno;
   }
-  if (error != 0 && error != ENOENT) tellLeftOver(path(), error);
+  if (error != 0 && error != ENOENT) tellLeftOver(path(), {error, std::generic_category()});
 }
 
 bool PassingFile::renameTo(const std::string& place) {

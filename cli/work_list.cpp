@@ -38,6 +38,11 @@ void OrderedOutput::finish(size_t index) {
 WorkList::WorkList(const std::vector<std::string>& inputs)
     : inputs_(inputs), console_(inputs.size(), totalSize(inputs)), standardOutput_(inputs.size()) {}
 
+void WorkList::write(size_t index, const std::string& text) {
+  refuseSystemFaults();
+  standardOutput_.write(index, text);
+}
+
 int WorkList::run(size_t jobs, const std::function<void(size_t index)>& workOn) {
   std::vector<std::thread> helpers;
   startHelpers(helpers, std::min(jobs, inputs_.size()), workOn);

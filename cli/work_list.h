@@ -49,6 +49,9 @@ class WorkList {
   Console& console() { return console_; }
   OrderedOutput& standardOutput() { return standardOutput_; }
 
+  // Writes the result of an input, unless it may rest on a system error. Throws Failure.
+  void write(size_t index, const std::string& text);
+
   // Tells the console of an input as a whole, for work that does not count its bytes.
   void countWhole(size_t index) { console_.addBytes(knownSize(inputs_[index])); }
 
