@@ -154,8 +154,18 @@ class Batch {
     }
   }
 
-  // Before anything is written, so a file of which nothing can be told ends it all.
-  static FileFacts factsToCompare(const std::string& path) {
+  // An input of which nothing can be told is not converted.
+  FileFacts factsOfInput(size_t index) {
+    try {
+      return platform::fileFacts(inputs_[index]);
+    } catch (const Failure& failure) {
+      refused_.emplace(index, failure);
+      return {};
+    }
+  }
+
+  // Before anything is written, so a result of which nothing can be told ends it all.
+  static FileFacts factsOfOutput(const std::string& path) {
     try {
       return platform::fileFacts(path);
     } catch (const Failure& failure) {
@@ -163,12 +173,13 @@ class Batch {
     }
   }
 
-  void checkThatNothingIsOverwritten() const {
+  void checkThatNothingIsOverwritten() {
     if (plan_.kind == OutputPlan::Kind::kStandardOutput) return;
     std::set<FileId> inputIds;
     std::map<std::string, std::string> outputs;  // by the key of the place
-    for (const std::string& input : inputs_) {
-      const FileFacts facts = factsToCompare(input);
+    for (size_t index = 0; index < inputs_.size(); ++index) {
+      const std::string& input = inputs_[index];
+      const FileFacts facts = factsOfInput(index);
       const bool isFile = facts.kind == FileKind::kRegular && !isStandardStream(input);
       const bool isNewId = !isFile || inputIds.emplace(facts.device, facts.number).second;
       const bool isNewOutput =
@@ -178,7 +189,7 @@ class Batch {
     }
     if (plan_.kind == OutputPlan::Kind::kInPlace) return;
     for (const auto& [key, output] : outputs) {
-      const FileFacts facts = factsToCompare(output);
+      const FileFacts facts = factsOfOutput(output);
       if (facts.kind == FileKind::kRegular && inputIds.count({facts.device, facts.number}) != 0)
         throw UsageError(output + " is an input as well; --in-place converts a file where it is");
     }
@@ -196,6 +207,7 @@ class Batch {
 
   void convertOne(size_t index) {
     const std::string& input = inputs_[index];
+    if (const auto refused = refused_.find(index); refused != refused_.end()) throw refused->second;
     const FileFacts facts = inputFacts(input);
     refuseUnfitInput(facts);
     ConversionSettings settings = index == 0 ? first_ : others_;
@@ -249,6 +261,7 @@ class Batch {
   const OutputPlan& plan_;
   const std::vector<std::string>& inputs_;
   WorkList list_;
+  std::map<size_t, Failure> refused_;
 };
 
 }  // namespace

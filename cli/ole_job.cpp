@@ -87,6 +87,7 @@ uint64_t copyStream(ksv::CompoundStream& stream) {
   uint64_t done = 0;
   while (const uint32_t count = stream.read(buffer.get(), kBlock)) {
     refuseSystemFaults();
+    refuseInputErrors();
     sink->write(buffer.get(), count);
     done += count;
   }
@@ -101,6 +102,7 @@ int cat(const OleArguments& arguments) {
   if (entry == nullptr) throw Failure("has no stream " + arguments.path);
   if (entry->isStorage) throw Failure(arguments.path + " is a storage");
   const auto stream = ksv::CompoundStream::open(*file, file->directory()[entry->id]);
+  refuseInputErrors();
   const auto refuseUnsupported = [&] {
     if (const auto unsupported = unsupportedStream(input.path(), entry->size)) throw *unsupported;
   };
@@ -110,6 +112,7 @@ int cat(const OleArguments& arguments) {
                       "has a damaged stream " + arguments.path);
   }
   const uint64_t done = copyStream(*stream);
+  refuseInputErrors();
   if (done == stream->size()) return kExitDone;
   refuseUnsupported();
   throw Failure("holds only " + std::to_string(done) + " of " + std::to_string(stream->size()) +

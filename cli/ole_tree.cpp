@@ -1,11 +1,10 @@
 #include "ole_tree.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <system_error>
 
 #include "failure.h"
+#include "system_faults.h"
 #include "unsupported_document.h"
 
 namespace ksv_cli {
@@ -71,19 +70,15 @@ bool isSameButCase(std::string_view a, std::string_view b) {
                     [](char x, char y) { return lowered(x) == lowered(y); });
 }
 
-// The words of the system for the error of its last call, which the reader passes on.
-std::string wordsOf(int error) {
-  return error == 0 ? "" : ": " + std::generic_category().message(error);
-}
-
 }  // namespace
 
 std::unique_ptr<ksv::CompoundFile> openDocument(const std::string& path) {
   ksv::CompoundFault fault;
-  errno = 0;
+  forgetInputErrors();
   std::unique_ptr<ksv::CompoundFile> file = ksv::CompoundFile::open(path.c_str(), fault);
+  refuseInputErrors();
   if (file) return file;
-  if (fault.reason == nullptr) throw Failure("cannot be opened" + wordsOf(errno));
+  if (fault.reason == nullptr) throw Failure("cannot be opened");
   if (const auto unsupported = unsupportedFile(path)) throw *unsupported;
   throw Failure::at(static_cast<uint64_t>(fault.offset), fault.reason);
 }
@@ -118,6 +113,7 @@ OleTree::OleTree(ksv::CompoundFile& file) : file_(file), visited_(file.directory
       path.push_back({siblingsFrom(entry.child, id)});
     }
   }
+  refuseInputErrors();
 }
 
 // The entries linked to each other, from the leftmost to the rightmost.

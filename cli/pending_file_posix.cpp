@@ -140,15 +140,24 @@ class ConvertedFile : public PosixPendingFile {
 
   void replaceOriginal() {
     const NamesSection section;
-    checkThatNothingIsLost(how_.original, fileFacts(place()));
+    FileFacts now = fileFacts(place());
+    isLinked_ = isKeptAlready(now);
+    if (isLinked_) --now.names;
+    checkThatNothingIsLost(how_.original, now);
     if (how_.backup.empty()) return takePlace();
-    keepOriginal();
+    if (!isLinked_) keepOriginal();
     try {
       takePlace();
-    } catch (const Failure&) {
-      restoreOriginal();
+    } catch (const Failure& failure) {
+      restoreOriginal(failure);
       throw;
     }
+  }
+
+  // A call that was ended behind its first step has left the original under both names.
+  bool isKeptAlready(const FileFacts& now) const {
+    return !how_.backup.empty() && how_.backup != place() && now.names > 1 &&
+           !isLink(how_.backup) && fileFacts(how_.backup).isSameFileAs(now);
   }
 
   // By a link, so that there is a file under the old name at every instant, or by a
@@ -165,11 +174,15 @@ class ConvertedFile : public PosixPendingFile {
                   " cannot be made: " + std::generic_category().message(errno));
   }
 
-  void restoreOriginal() const {
-    if (isLinked_)
-      ::unlink(how_.backup.c_str());
-    else
-      ::renameat2(AT_FDCWD, how_.backup.c_str(), AT_FDCWD, place().c_str(), RENAME_NOREPLACE);
+  void restoreOriginal(const Failure& failure) const {
+    const char* kept = how_.backup.c_str();
+    const int result =
+        isLinked_ ? ::unlink(kept)
+                  : ::renameat2(AT_FDCWD, kept, AT_FDCWD, place().c_str(), RENAME_NOREPLACE);
+    if (result == 0) return;
+    const std::string words = std::generic_category().message(errno);
+    throw Failure(failure.what() + std::string("; the original is still at ") + how_.backup +
+                  ", which cannot be undone: " + words);
   }
 
   const InPlace how_;

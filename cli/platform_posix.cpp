@@ -124,7 +124,7 @@ void writeToStandardError(std::string_view text) {
 FileFacts fileFacts(const std::string& path) {
   struct stat status;
   if (::stat(path.c_str(), &status) == 0) return factsOf(status);
-  if (!isOneOf(errno, {ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG})) fail(errno);
+  if (!isOneOf(errno, {ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG})) fail(errno);
   return {};
 }
 

@@ -19,6 +19,7 @@
 #include "result_line.h"
 #include "rule_base.h"
 #include "summary_values.h"
+#include "system_faults.h"
 #include "work_list.h"
 
 namespace ksv_cli {
@@ -95,7 +96,9 @@ Record readRecord(const std::string& path, uint16_t kind) {
   settings.lineEndFlags = 0x20;
   const uint16_t parameters[3] = {kind, 0, kInitialCodePage};
   Record record(KSV_SUMMARY_RECORD_SIZE, '\0');
+  forgetInputErrors();
   const uint32_t result = SummaryInfo(path.c_str(), &settings, record.data(), parameters);
+  refuseInputErrors();
   if (result != KSV_SUMMARY_DONE) failWith(result, path);
   return record;
 }

@@ -42,4 +42,17 @@ void refuseSystemFaults() {
   if (const std::optional<std::string> fault = systemFault()) throw Failure(*fault);
 }
 
+void forgetInputErrors() { ksv::takeFileError(ksv::FileUse::kInput); }
+
+void refuseInputErrors(const std::string& what) {
+  const auto error = ksv::takeFileError(ksv::FileUse::kInput);
+  if (error == 0) return;
+  throw Failure(what + (what.empty() ? "" : " ") + "cannot be read: " + platform::errorText(error));
+}
+
+std::string compiledTableError() {
+  const auto error = ksv::takeFileError(ksv::FileUse::kCompiledTable);
+  return error == 0 ? "" : platform::errorText(error);
+}
+
 }  // namespace ksv_cli

@@ -79,24 +79,16 @@ void tellFaults(const LintFindings& found) {
     platform::writeToStandardError("ksv: " + file + "\n");
 }
 
-// Why a table has no compiled copy now, by trying to write one.
-std::string whyMissing(const std::string& compiled) {
-  try {
-    platform::PendingFile::create(compiled);
-    return "could not be made";
-  } catch (const Failure& failure) {
-    return failure.what();
-  }
-}
-
 // The library does without the copies that it cannot make; here they are what is wanted.
 bool tellMissingCopies(const std::string& directory, const std::set<std::string>& tables) {
+  const std::string words = compiledTableError();
+  const std::string reason = "cannot be made" + (words.empty() ? "" : ": " + words);
   bool anyMissing = false;
   for (const std::string& table : tables) {
     const std::string compiled = platform::joinPath(directory, compiledName(table));
     if (isRegularFile(compiled) || !isRegularFile(platform::joinPath(directory, table))) continue;
     anyMissing = true;
-    platform::writeToStandardError(diagnostic(compiled, whyMissing(compiled)));
+    platform::writeToStandardError(diagnostic(compiled, reason));
   }
   return anyMissing;
 }

@@ -9,6 +9,7 @@
 #include "ksv_detect.h"
 #include "platform.h"
 #include "rereadable_text.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
@@ -45,7 +46,9 @@ constexpr char kReadShiftJis[] = "WINDOWS31J";
 std::optional<Detection> detectInPlace(const std::string& input, const char* language) {
   if (isStandardStream(input)) return std::nullopt;
   if (platform::fileFacts(input).kind != platform::FileKind::kRegular) return std::nullopt;
+  forgetInputErrors();
   const uint32_t word = dtctText(input.c_str(), language);
+  refuseInputErrors();
   if (word == KSV_TEXT_FAILURE) return std::nullopt;
   return Detection{word};
 }
@@ -55,7 +58,10 @@ DetectedText detectStream(std::unique_ptr<ByteSource> source, const char* langua
   if (beginning.empty()) return {std::move(source), {}, true};
   const auto copy = platform::TemporaryFile::create();
   copy->write(beginning.data(), beginning.size());
-  const uint32_t word = dtctText(copy->finish().c_str(), language);
+  const std::string& name = copy->finish();
+  forgetInputErrors();
+  const uint32_t word = dtctText(name.c_str(), language);
+  refuseInputErrors("a temporary file");
   if (word == KSV_TEXT_FAILURE) throw Failure("a temporary file cannot be read");
   return {std::make_unique<ResumedSource>(std::move(beginning), std::move(source)), {word}, false};
 }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <utility>
 
 namespace ksv {
 namespace {
@@ -20,6 +21,8 @@ constinit std::atomic<uint64_t> noted = 0;
 // The latest, each at the place of its number.
 constinit NotedFault faults[kKept] = {};
 constinit std::atomic_flag inUse;
+
+constinit thread_local platform::SystemError fileErrors[2] = {};
 
 // Keeps threads apart, for as long as copying a path takes. It is not waited for longer: in a
 // forked process nobody may be left to give it back.
@@ -69,6 +72,15 @@ Fault faultBehind(uint64_t count) {
     if (fault.number == number) return {fault.subject, fault.path, fault.error};
   }
   return {FaultSubject::kMemory, "", platform::outOfMemory()};
+}
+
+void noteFileError(FileUse use, platform::SystemError error) noexcept {
+  platform::SystemError& kept = fileErrors[static_cast<size_t>(use)];
+  if (kept == 0) kept = error;
+}
+
+platform::SystemError takeFileError(FileUse use) noexcept {
+  return std::exchange(fileErrors[static_cast<size_t>(use)], 0);
 }
 
 }  // namespace ksv

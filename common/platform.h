@@ -58,6 +58,8 @@ class ReplacementFile {
 using SystemError = int;
 // That there is no memory.
 SystemError outOfMemory();
+// The error of the call that has just failed on this thread.
+SystemError lastError();
 
 // A file that is read from its beginning, without the buffer and the lock of a
 // stream: for those who read large pieces, or very many files.

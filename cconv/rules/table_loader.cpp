@@ -97,7 +97,10 @@ void insertText(CodeTable& table, TableReader& reader,
     const auto second = first ? reader.nextNumber() : std::nullopt;
     if (!second) break;
     if (!insertPair(table, *first, *second)) break;
-    if (compiled && !writeRecord(*compiled, *first, *second)) compiled.reset();
+    if (compiled && !writeRecord(*compiled, *first, *second)) {
+      noteFileError(FileUse::kCompiledTable, platform::lastError());
+      compiled.reset();
+    }
   }
 }
 
@@ -106,6 +109,7 @@ void insertText(CodeTable& table, TableReader& reader,
 // copy is there and empty.
 void compile(CodeTable& table, const TablePaths& paths, platform::SystemError refused) {
   auto compiled = platform::ReplacementFile::create(paths.compiled.c_str());
+  if (!compiled) noteFileError(FileUse::kCompiledTable, platform::lastError());
   pauseForTests(PublicationStep::kFilling);
   platform::SystemError error = 0;
   const auto reader =
@@ -117,7 +121,8 @@ void compile(CodeTable& table, const TablePaths& paths, platform::SystemError re
     cutShort(table, paths.compiled, refused);
   }
   if (error != 0) cutShort(table, paths.text, error);
-  if (compiled && !table.isCutShort) compiled->commit();
+  if (compiled && !table.isCutShort && !compiled->commit())
+    noteFileError(FileUse::kCompiledTable, platform::lastError());
 }
 
 bool isFilled(const CodeTable& table) {

@@ -48,7 +48,8 @@ class Walk:
         self._numbers = iter(range(1 << 60))
         self._lock = threading.Lock()
         self._calls = []
-        self._first = 0  # calls that are not walked
+        self._loader = 0  # calls in front of the program's own
+        self._first = 0   # calls that are not walked
         self._expected = None
 
     def new_room(self) -> Path:
@@ -76,7 +77,8 @@ class Walk:
         after = tree(room)
         remove(room)
         self._calls = tracing.calls_of(ended.trace)
-        self._first = 1 if self.job.walks_loader else tracing.loader_calls(ended.trace)
+        self._loader = tracing.loader_calls(ended.trace)
+        self._first = 1 if self.job.walks_loader else self._loader
         unknown = tracing.unknown_calls(self._calls)
         if unknown:
             raise NotWalkable("no errors are known for " + ", ".join(unknown))
@@ -108,7 +110,7 @@ class Walk:
         if kind == "calls":
             return tracing.call_faults(self._calls, self._first)
         if kind == "heap":
-            return tracing.heap_faults(self._calls, self._first)
+            return tracing.heap_faults(self._calls, self._loader)
         if kind == "kill":
             return tracing.kill_faults(self._calls, self._first)
         return self._memory_faults()
