@@ -2,9 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <exception>
 #include <functional>
 #include <memory>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -87,7 +87,6 @@ uint64_t copyStream(ksv::CompoundStream& stream) {
   uint64_t done = 0;
   while (const uint32_t count = stream.read(buffer.get(), kBlock)) {
     refuseSystemFaults();
-    refuseInputErrors();
     sink->write(buffer.get(), count);
     done += count;
   }
@@ -102,7 +101,6 @@ int cat(const OleArguments& arguments) {
   if (entry == nullptr) throw Failure("has no stream " + arguments.path);
   if (entry->isStorage) throw Failure(arguments.path + " is a storage");
   const auto stream = ksv::CompoundStream::open(*file, file->directory()[entry->id]);
-  refuseInputErrors();
   const auto refuseUnsupported = [&] {
     if (const auto unsupported = unsupportedStream(input.path(), entry->size)) throw *unsupported;
   };
@@ -112,7 +110,6 @@ int cat(const OleArguments& arguments) {
                       "has a damaged stream " + arguments.path);
   }
   const uint64_t done = copyStream(*stream);
-  refuseInputErrors();
   if (done == stream->size()) return kExitDone;
   refuseUnsupported();
   throw Failure("holds only " + std::to_string(done) + " of " + std::to_string(stream->size()) +
@@ -134,7 +131,7 @@ int reportingFailures(const OleArguments& arguments,
   } catch (const Failure& failure) {
     const std::optional<std::string> fault = systemFault();
     return reportFailure(arguments, fault && !failure.quiet() ? Failure(*fault) : failure);
-  } catch (const std::bad_alloc& error) {
+  } catch (const std::exception& error) {  // memory, or a document that cannot be read
     return reportFailure(arguments, Failure(reasonOf(error)));
   }
 }

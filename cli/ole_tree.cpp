@@ -74,11 +74,10 @@ bool isSameButCase(std::string_view a, std::string_view b) {
 
 std::unique_ptr<ksv::CompoundFile> openDocument(const std::string& path) {
   ksv::CompoundFault fault;
-  forgetInputErrors();
+  forgetCause();
   std::unique_ptr<ksv::CompoundFile> file = ksv::CompoundFile::open(path.c_str(), fault);
-  refuseInputErrors();
   if (file) return file;
-  if (fault.reason == nullptr) throw Failure("cannot be opened");
+  if (fault.reason == nullptr) throw Failure("cannot be opened" + causeInWords());
   if (const auto unsupported = unsupportedFile(path)) throw *unsupported;
   throw Failure::at(static_cast<uint64_t>(fault.offset), fault.reason);
 }
@@ -113,7 +112,6 @@ OleTree::OleTree(ksv::CompoundFile& file) : file_(file), visited_(file.directory
       path.push_back({siblingsFrom(entry.child, id)});
     }
   }
-  refuseInputErrors();
 }
 
 // The entries linked to each other, from the leftmost to the rightmost.

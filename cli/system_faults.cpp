@@ -1,6 +1,8 @@
 #include "system_faults.h"
 
+#include <cerrno>
 #include <new>
+#include <system_error>
 
 #include "common/faults.h"
 #include "failure.h"
@@ -42,16 +44,15 @@ void refuseSystemFaults() {
   if (const std::optional<std::string> fault = systemFault()) throw Failure(*fault);
 }
 
-void forgetInputErrors() { ksv::takeFileError(ksv::FileUse::kInput); }
+void forgetCause() { errno = 0; }
 
-void refuseInputErrors(const std::string& what) {
-  const auto error = ksv::takeFileError(ksv::FileUse::kInput);
-  if (error == 0) return;
-  throw Failure(what + (what.empty() ? "" : " ") + "cannot be read: " + platform::errorText(error));
+std::string causeInWords() {
+  const int error = errno;
+  return error == 0 ? "" : ": " + std::generic_category().message(error);
 }
 
 std::string compiledTableError() {
-  const auto error = ksv::takeFileError(ksv::FileUse::kCompiledTable);
+  const auto error = ksv::takeUnwrittenTable();
   return error == 0 ? "" : platform::errorText(error);
 }
 

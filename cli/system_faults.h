@@ -18,11 +18,11 @@ void noteWantOfMemory();
 // place of a file: it may rest on a table that was cut short.
 void refuseSystemFaults();
 
-// Forgets what was noted of files that this thread has looked at so far. Called in front of
-// library calls that read an input themselves, and say nothing of how that ended.
-void forgetInputErrors();
-// Throws a Failure when the input could not be read since. what: what could not, if not the input.
-void refuseInputErrors(const std::string& what = "");
+// Calls of the library that read an input themselves tell only that they failed. The cause is what
+// the system said last: it is forgotten in front of such a call, and asked for behind it. Empty, or
+// ": " and the system's words.
+void forgetCause();
+std::string causeInWords();
 
 // Why a compiled table could not be written since this was asked for last, on this thread; empty:
 // nothing is known.

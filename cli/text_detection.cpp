@@ -46,9 +46,10 @@ constexpr char kReadShiftJis[] = "WINDOWS31J";
 std::optional<Detection> detectInPlace(const std::string& input, const char* language) {
   if (isStandardStream(input)) return std::nullopt;
   if (platform::fileFacts(input).kind != platform::FileKind::kRegular) return std::nullopt;
-  forgetInputErrors();
+  forgetCause();
   const uint32_t word = dtctText(input.c_str(), language);
-  refuseInputErrors();
+  const std::string cause = causeInWords();
+  if (word == KSV_TEXT_FAILURE && !cause.empty()) throw Failure("cannot be read" + cause);
   if (word == KSV_TEXT_FAILURE) return std::nullopt;
   return Detection{word};
 }
@@ -59,10 +60,9 @@ DetectedText detectStream(std::unique_ptr<ByteSource> source, const char* langua
   const auto copy = platform::TemporaryFile::create();
   copy->write(beginning.data(), beginning.size());
   const std::string& name = copy->finish();
-  forgetInputErrors();
+  forgetCause();
   const uint32_t word = dtctText(name.c_str(), language);
-  refuseInputErrors("a temporary file");
-  if (word == KSV_TEXT_FAILURE) throw Failure("a temporary file cannot be read");
+  if (word == KSV_TEXT_FAILURE) throw Failure("a temporary file cannot be read" + causeInWords());
   return {std::make_unique<ResumedSource>(std::move(beginning), std::move(source)), {word}, false};
 }
 

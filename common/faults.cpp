@@ -22,7 +22,7 @@ constinit std::atomic<uint64_t> noted = 0;
 constinit NotedFault faults[kKept] = {};
 constinit std::atomic_flag inUse;
 
-constinit thread_local platform::SystemError fileErrors[2] = {};
+constinit thread_local platform::SystemError unwrittenTable = 0;
 
 // Keeps threads apart, for as long as copying a path takes. It is not waited for longer: in a
 // forked process nobody may be left to give it back.
@@ -74,13 +74,10 @@ Fault faultBehind(uint64_t count) {
   return {FaultSubject::kMemory, "", platform::outOfMemory()};
 }
 
-void noteFileError(FileUse use, platform::SystemError error) noexcept {
-  platform::SystemError& kept = fileErrors[static_cast<size_t>(use)];
-  if (kept == 0) kept = error;
+void noteUnwrittenTable(platform::SystemError error) noexcept {
+  if (unwrittenTable == 0) unwrittenTable = error;
 }
 
-platform::SystemError takeFileError(FileUse use) noexcept {
-  return std::exchange(fileErrors[static_cast<size_t>(use)], 0);
-}
+platform::SystemError takeUnwrittenTable() noexcept { return std::exchange(unwrittenTable, 0); }
 
 }  // namespace ksv

@@ -40,13 +40,9 @@ uint64_t faultCount() noexcept;
 // Call it when there are more.
 Fault faultBehind(uint64_t count);
 
-// Errors at files that only the caller's own result rests on, or none. The first on this thread
-// since somebody took it is kept; 0: there was none.
-enum class FileUse : uint8_t {
-  kInput,         // a text or a document that could not be read
-  kCompiledTable  // could not be written
-};
-void noteFileError(FileUse use, platform::SystemError error) noexcept;
-platform::SystemError takeFileError(FileUse use) noexcept;
+// Why a compiled table could not be written, which matters to nobody but who asks for it: the
+// first such error on this thread since it was taken; 0: there was none.
+void noteUnwrittenTable(platform::SystemError error) noexcept;
+platform::SystemError takeUnwrittenTable() noexcept;
 
 }  // namespace ksv

@@ -62,20 +62,13 @@ struct CloseDirectory {
 
 SystemError outOfMemory() { return ENOMEM; }
 
-SystemError lastError() { return errno; }
-
 // fopen reads a directory as an empty file; nobody who opens one means that.
 std::FILE* openFile(const char* path, const char* mode) {
-  std::FILE* stream;
-  do {
-    stream = fopen(path, mode);
-  } while (stream == nullptr && errno == EINTR);
+  std::FILE* stream = fopen(path, mode);
   if (stream == nullptr) return nullptr;
   struct stat status;
   if (fstat(fileno(stream), &status) == 0 && !S_ISDIR(status.st_mode)) return stream;
-  const int error = errno;
   fclose(stream);
-  errno = error;
   return nullptr;
 }
 
@@ -137,6 +130,8 @@ bool entryStatus(const char* path, FileStatus& status) {
   copyStatus(system, status);
   return true;
 }
+
+SystemError lastError() { return errno; }
 
 bool removeFile(const char* path) { return unlink(path) == 0; }
 

@@ -124,8 +124,6 @@ bool statusOf(const char* path, DWORD flags, FileStatus& status) {
 
 SystemError outOfMemory() { return ERROR_NOT_ENOUGH_MEMORY; }
 
-SystemError lastError() { return static_cast<SystemError>(GetLastError()); }
-
 // The C runtime may end the process over a mode that begins otherwise.
 std::FILE* openFile(const char* path, const char* mode) {
   if (mode[0] == '\0' || std::strchr("rwa", mode[0]) == nullptr) return nullptr;
@@ -199,6 +197,8 @@ bool fileStatus(const char* path, FileStatus& status) { return statusOf(path, 0,
 bool entryStatus(const char* path, FileStatus& status) {
   return statusOf(path, FILE_FLAG_OPEN_REPARSE_POINT, status);
 }
+
+SystemError lastError() { return static_cast<SystemError>(GetLastError()); }
 
 bool removeFile(const char* path) {
   const WideText wide(path);

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <limits>
 
-#include "common/faults.h"
 #include "common/guard.h"
 #include "common/path_encoding.h"
 #include "common/platform.h"
@@ -70,13 +69,9 @@ uint32_t detectText(ChunkReader& reader, Preference preference) {
 uint32_t detectFile(const char* path, const char* language) {
   if (path == nullptr || !isUsablePath(path)) return KSV_TEXT_FAILURE;
   platform::InputFile file(path);
-  uint32_t result = KSV_TEXT_FAILURE;
-  if (file.size() > 0) {
-    ChunkReader reader(file);
-    result = detectText(reader, preferenceFor(language));
-  }
-  noteFileError(FileUse::kInput, file.error());
-  return result;
+  if (file.size() <= 0) return KSV_TEXT_FAILURE;
+  ChunkReader reader(file);
+  return detectText(reader, preferenceFor(language));
 }
 
 }  // namespace

@@ -1,11 +1,9 @@
 #include "ole/paged_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <limits>
 
-#include "common/faults.h"
 #include "ksv_file.h"
 #include "ole/little_endian.h"
 
@@ -13,10 +11,7 @@ namespace ksv {
 
 std::unique_ptr<PagedFile> PagedFile::open(const char* path) {
   std::FILE* stream = KSV_FileOpen(path, "rb");
-  if (stream == nullptr) {
-    noteFileError(FileUse::kInput, platform::lastError());
-    return nullptr;
-  }
+  if (stream == nullptr) return nullptr;
   // The pages are the buffer.
   std::setvbuf(stream, nullptr, _IONBF, 0);
   std::unique_ptr<PagedFile> file;
@@ -26,9 +21,8 @@ std::unique_ptr<PagedFile> PagedFile::open(const char* path) {
     KSV_FileClose(stream);
     throw;
   }
-  if (file->size_ >= 0) return file;
-  noteFileError(FileUse::kInput, platform::lastError());
-  return nullptr;
+  if (file->size_ < 0) return nullptr;
+  return file;
 }
 
 PagedFile::~PagedFile() { close(); }
@@ -76,30 +70,14 @@ const PagedFile::Page& PagedFile::page(int64_t number) {
 size_t PagedFile::readDirectly(int64_t offset, void* dest, size_t count) {
   // What is behind the end need not be asked for.
   if (offset >= size_) return 0;
-  if (offset != position_ && KSV_FileSeek(stream_, offset, SEEK_SET) != 0) {
-    noteFileError(FileUse::kInput, platform::lastError());
-    return 0;
-  }
+  if (offset != position_ && KSV_FileSeek(stream_, offset, SEEK_SET) != 0) return 0;
   const int64_t most = std::min<int64_t>(std::numeric_limits<int32_t>::max(), size_ - offset);
   const int32_t wanted =
       static_cast<int32_t>(std::min<uint64_t>(count, static_cast<uint64_t>(most)));
-  const int32_t got = readAll(static_cast<uint8_t*>(dest), wanted);
+  const int32_t got = KSV_FileRead(dest, 1, wanted, stream_);
   // Whatever was read: where the stream stands after less is not relied upon.
   position_ = got == wanted ? offset + got : -1;
   return static_cast<size_t>(got);
-}
-
-// A signal that is handled interrupts, and means nothing.
-int32_t PagedFile::readAll(uint8_t* dest, int32_t wanted) {
-  int32_t got = 0;
-  for (;;) {
-    got += KSV_FileRead(dest + got, 1, wanted - got, stream_);
-    if (got == wanted || std::ferror(stream_) == 0) return got;
-    if (errno != EINTR) break;
-    std::clearerr(stream_);
-  }
-  noteFileError(FileUse::kInput, platform::lastError());
-  return got;
 }
 
 }  // namespace ksv

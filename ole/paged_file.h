@@ -48,7 +48,6 @@ class PagedFile {
 
   const Page& page(int64_t number);
   size_t readDirectly(int64_t offset, void* dest, size_t count);
-  int32_t readAll(uint8_t* dest, int32_t wanted);
 
   std::FILE* stream_;
   const int64_t size_;

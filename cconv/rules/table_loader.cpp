@@ -98,7 +98,7 @@ void insertText(CodeTable& table, TableReader& reader,
     if (!second) break;
     if (!insertPair(table, *first, *second)) break;
     if (compiled && !writeRecord(*compiled, *first, *second)) {
-      noteFileError(FileUse::kCompiledTable, platform::lastError());
+      noteUnwrittenTable(platform::lastError());
       compiled.reset();
     }
   }
@@ -109,7 +109,7 @@ void insertText(CodeTable& table, TableReader& reader,
 // copy is there and empty.
 void compile(CodeTable& table, const TablePaths& paths, platform::SystemError refused) {
   auto compiled = platform::ReplacementFile::create(paths.compiled.c_str());
-  if (!compiled) noteFileError(FileUse::kCompiledTable, platform::lastError());
+  if (!compiled) noteUnwrittenTable(platform::lastError());
   pauseForTests(PublicationStep::kFilling);
   platform::SystemError error = 0;
   const auto reader =
@@ -122,7 +122,7 @@ void compile(CodeTable& table, const TablePaths& paths, platform::SystemError re
   }
   if (error != 0) cutShort(table, paths.text, error);
   if (compiled && !table.isCutShort && !compiled->commit())
-    noteFileError(FileUse::kCompiledTable, platform::lastError());
+    noteUnwrittenTable(platform::lastError());
 }
 
 bool isFilled(const CodeTable& table) {
