@@ -4,16 +4,17 @@
 #include <cstdio>
 
 #include "failure.h"
+<<<<<<< HEAD
 #include "system_faults.h"
+=======
+#include "resource_limits.h"
+>>>>>>> main
 #include "unsupported_document.h"
 
 namespace ksv_cli {
 namespace {
 
 constexpr uint32_t kNoEntry = 0xFFFFFFFF;
-
-// Deeper than any document nests its storages; each level is shown in front of all below.
-constexpr size_t kDeepest = 256;
 
 void appendUtf8(std::string& text, char32_t c) {
   const auto append = [&](char32_t value) { text.push_back(static_cast<char>(value)); };
@@ -106,7 +107,7 @@ OleTree::OleTree(ksv::CompoundFile& file) : file_(file), visited_(file.directory
     entries_.push_back(
         {id, path.size() - 1, isStorage, isLast, entry.size, shownName(file_.nameOf(id))});
     if (!isStorage || entry.child == kNoEntry) continue;
-    if (path.size() == kDeepest) {
+    if (path.size() == limits::kDeepestStorage) {
       damage_ = directory.offsetOf(id);
     } else {
       path.push_back({siblingsFrom(entry.child, id)});

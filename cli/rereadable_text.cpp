@@ -13,11 +13,11 @@
 #include "ksv_file.h"
 #include "ksv_path.h"
 #include "platform.h"
+#include "resource_limits.h"
 
 namespace ksv_cli {
 namespace {
 
-constexpr size_t kMostInMemory = 4 * 1024 * 1024;
 constexpr size_t kBlock = 64 * 1024;
 
 [[noreturn]] void failAtTemporaryFile(const std::string& what) {
@@ -89,8 +89,8 @@ size_t ResumedSource::read(uint8_t* buffer, size_t size) {
 
 class RereadableText::Copy {
  public:
-  explicit Copy(ByteSource& source) : beginning_(readAtMost(source, kMostInMemory)) {
-    if (beginning_.size() < kMostInMemory) return;
+  explicit Copy(ByteSource& source) : beginning_(readAtMost(source, limits::kMostInMemory)) {
+    if (beginning_.size() < limits::kMostInMemory) return;
     const auto block = std::make_unique<uint8_t[]>(kBlock);
     while (const size_t count = source.read(block.get(), kBlock)) {
       if (!rest_) rest_ = std::make_unique<ScratchFile>();

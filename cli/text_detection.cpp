@@ -9,14 +9,11 @@
 #include "ksv_detect.h"
 #include "platform.h"
 #include "rereadable_text.h"
+#include "resource_limits.h"
 #include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
-
-// More of a text than this changes nothing: detection reads no chunk behind 4 MiB,
-// and this is more than the chunk that reaches over it.
-constexpr size_t kMostLookedAt = 4 * 1024 * 1024 + 64 * 1024;
 
 struct DetectedCharset {
   uint32_t bit;
@@ -55,7 +52,7 @@ std::optional<Detection> detectInPlace(const std::string& input, const char* lan
 }
 
 DetectedText detectStream(std::unique_ptr<ByteSource> source, const char* language) {
-  std::vector<uint8_t> beginning = readAtMost(*source, kMostLookedAt);
+  std::vector<uint8_t> beginning = readAtMost(*source, limits::kMostLookedAt);
   if (beginning.empty()) return {std::move(source), {}, true};
   const auto copy = platform::TemporaryFile::create();
   copy->write(beginning.data(), beginning.size());

@@ -9,6 +9,11 @@ if(KSV_SANITIZE)
   target_link_options(ksv_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(KSV_SANITIZE_THREADS)
+  target_compile_options(ksv_options INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(ksv_options INTERFACE -fsanitize=thread)
+endif()
+
 if(KSV_BUILD_FUZZERS)
   target_compile_options(ksv_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()

@@ -6,11 +6,11 @@
 // later process reads that copy. The copy appears complete or not at all, so
 // whoever is killed while writing it leaves nothing that could be read.
 #include <cstring>
-#include <limits>
 #include <mutex>
 #include <new>
 #include <optional>
 
+#include "cconv/limits.h"
 #include "cconv/rules/code_table.h"
 #include "cconv/rules/publication.h"
 #include "cconv/rules/rule_base.h"
@@ -35,7 +35,7 @@ struct TablePaths {
 
 // A directory in the declared name is kept; name and extension are lower-cased.
 TablePaths pathsOf(const CodeTable& table) {
-  PathParts parts = splitPath(ruleBase.charsetPath + table.fileName);
+  PathParts parts = splitPath(ruleBase.path() + table.fileName);
   lowerFileName(parts);
   TablePaths paths;
   paths.text = joinPath(parts);
@@ -57,7 +57,7 @@ void cutShort(CodeTable& table, const std::string& path, platform::SystemError e
 }
 
 void insertRecords(CodeTable& table, platform::InputFile& file) {
-  if (file.size() == 0 || file.size() > std::numeric_limits<int32_t>::max()) return;
+  if (file.size() == 0 || file.size() > limits::kLargestFile) return;
   const size_t bytes = static_cast<size_t>(file.size());
   const auto records = std::make_unique_for_overwrite<uint8_t[]>(bytes);
   if (file.read(records.get(), bytes) != bytes) return;
