@@ -4,11 +4,8 @@
 #include <cstdio>
 
 #include "failure.h"
-<<<<<<< HEAD
-#include "system_faults.h"
-=======
 #include "resource_limits.h"
->>>>>>> main
+#include "system_faults.h"
 #include "unsupported_document.h"
 
 namespace ksv_cli {
