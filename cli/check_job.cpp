@@ -98,8 +98,7 @@ int checkAll(const Arguments& arguments) {
     const std::string& input = inputs[index];
     const EncodingCheckRecord record = check(input);
     const std::string path = namesPath ? nameField(input, form) + "\t" : "";
-    list.standardOutput().write(
-        index, arguments.json ? asJson(input, record, form) : path + asText(record, form));
+    list.write(index, arguments.json ? asJson(input, record, form) : path + asText(record, form));
   });
 }
 

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -13,6 +14,7 @@
 #include "jobs.h"
 #include "platform.h"
 #include "rule_base.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
@@ -77,11 +79,16 @@ int run(std::vector<std::string> arguments) {
 }  // namespace ksv_cli
 
 int main(int argumentCount, char** arguments) {
+  using namespace ksv_cli;
   try {
-    ksv_cli::platform::prepareProcess();
-    return ksv_cli::run(ksv_cli::platform::commandLineArguments(argumentCount, arguments));
+    noteWantOfMemory();
+    platform::prepareProcess();
+    const int exitStatus = run(platform::commandLineArguments(argumentCount, arguments));
+    return exitStatus == kExitDone && isAnythingLeftOver() ? kExitFailed : exitStatus;
+  } catch (const std::bad_alloc&) {
+    platform::tellOutOfMemory();
   } catch (const std::exception& error) {
-    ksv_cli::platform::writeToStandardError(std::string("ksv: ") + error.what() + "\n");
-    return ksv_cli::kExitFailed;
+    platform::writeToStandardError(std::string("ksv: ") + error.what() + "\n");
   }
+  return kExitFailed;
 }

@@ -5,6 +5,7 @@
 
 #include "failure.h"
 #include "resource_limits.h"
+#include "system_faults.h"
 #include "unsupported_document.h"
 
 namespace ksv_cli {
@@ -71,9 +72,10 @@ bool isSameButCase(std::string_view a, std::string_view b) {
 
 std::unique_ptr<ksv::CompoundFile> openDocument(const std::string& path) {
   ksv::CompoundFault fault;
+  forgetCause();
   std::unique_ptr<ksv::CompoundFile> file = ksv::CompoundFile::open(path.c_str(), fault);
   if (file) return file;
-  if (fault.reason == nullptr) throw Failure("cannot be opened");
+  if (fault.reason == nullptr) throw Failure("cannot be opened" + causeInWords());
   if (const auto unsupported = unsupportedFile(path)) throw *unsupported;
   throw Failure::at(static_cast<uint64_t>(fault.offset), fault.reason);
 }

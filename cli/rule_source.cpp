@@ -7,6 +7,7 @@
 #include "failure.h"
 #include "inputs.h"
 #include "platform.h"
+#include "result_line.h"
 
 namespace ksv_cli {
 namespace {
@@ -62,12 +63,23 @@ size_t LinedText::lineAt(size_t position) const {
   return static_cast<size_t>(behind - lineStarts_.begin());
 }
 
+UnreadableFile::UnreadableFile(const std::string& path, const std::string& reason)
+    : Failure(shownName(path) + ": cannot be read: " + reason) {}
+
+bool isRegularFile(const std::string& path) {
+  try {
+    return platform::fileFacts(path).kind == platform::FileKind::kRegular;
+  } catch (const Failure& failure) {
+    throw UnreadableFile(path, failure.what());
+  }
+}
+
 std::optional<std::vector<uint8_t>> fileBytes(const std::string& path) {
-  if (platform::fileFacts(path).kind != platform::FileKind::kRegular) return std::nullopt;
+  if (!isRegularFile(path)) return std::nullopt;
   try {
     return readAtMost(*platform::openInput(path), SIZE_MAX);
-  } catch (const Failure&) {
-    return std::nullopt;
+  } catch (const Failure& failure) {
+    throw UnreadableFile(path, failure.what());
   }
 }
 

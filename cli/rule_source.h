@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "failure.h"
+
 namespace ksv_cli {
 
 // How the characters of a file are written.
@@ -37,7 +39,17 @@ class LinedText {
   std::vector<size_t> lineStarts_;
 };
 
-// The bytes of a file; none when it cannot be read.
+// A file that is there, and that the system does not let be read: nothing can be said of what is
+// in it, and of what rests on it. what() names it.
+class UnreadableFile : public Failure {
+ public:
+  UnreadableFile(const std::string& path, const std::string& reason);
+};
+
+// Throws UnreadableFile.
+bool isRegularFile(const std::string& path);
+
+// The bytes of a file; none when there is no such file. Throws UnreadableFile.
 std::optional<std::vector<uint8_t>> fileBytes(const std::string& path);
 
 // The form that the beginning of a file tells, or what keeps it from being read.

@@ -123,6 +123,8 @@ bool entryStatus(const char* path, FileStatus& status) {
   return true;
 }
 
+SystemError lastError() { return errno; }
+
 bool removeFile(const char* path) { return unlink(path) == 0; }
 
 bool makeDirectory(const char* path) { return mkdir(path, 0777) == 0; }

@@ -200,6 +200,8 @@ bool entryStatus(const char* path, FileStatus& status) {
   return statusOf(path, FILE_FLAG_OPEN_REPARSE_POINT, status);
 }
 
+SystemError lastError() { return static_cast<SystemError>(GetLastError()); }
+
 bool removeFile(const char* path) {
   const WideText wide(path);
   return wide && DeleteFileW(wide.get());

@@ -67,6 +67,9 @@ class InputFile {
   // Of anything but regular files nobody can say how long opening and reading takes.
   enum class Takes { kAnyFile, kRegularFile };
 
+// The error of the call that has just failed on this thread.
+SystemError lastError();
+
   // Not open afterwards when there is nothing to be read at path, or a directory.
   explicit InputFile(const char* path, Takes takes = Takes::kAnyFile);
   ~InputFile();

@@ -6,7 +6,7 @@ readonly packages=(
   libcli11-dev nlohmann-json3-dev
   libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
   clang libclang-rt-14-dev locales
-  doxygen
+  doxygen strace
 )
 # For the Windows build and its tests; not every machine can have them.
 readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)

@@ -98,7 +98,10 @@ void insertText(CodeTable& table, TableReader& reader,
     const auto second = first ? reader.nextNumber() : std::nullopt;
     if (!second) break;
     if (!insertPair(table, *first, *second)) break;
-    if (compiled && !writeRecord(*compiled, *first, *second)) compiled.reset();
+    if (compiled && !writeRecord(*compiled, *first, *second)) {
+      noteUnwrittenTable(platform::lastError());
+      compiled.reset();
+    }
   }
 }
 
@@ -107,6 +110,7 @@ void insertText(CodeTable& table, TableReader& reader,
 // copy is there and empty.
 void compile(CodeTable& table, const TablePaths& paths, platform::SystemError refused) {
   auto compiled = platform::ReplacementFile::create(paths.compiled.c_str());
+  if (!compiled) noteUnwrittenTable(platform::lastError());
   pauseForTests(PublicationStep::kFilling);
   platform::SystemError error = 0;
   const auto reader =
@@ -118,7 +122,8 @@ void compile(CodeTable& table, const TablePaths& paths, platform::SystemError re
     cutShort(table, paths.compiled, refused);
   }
   if (error != 0) cutShort(table, paths.text, error);
-  if (compiled && !table.isCutShort) compiled->commit();
+  if (compiled && !table.isCutShort && !compiled->commit())
+    noteUnwrittenTable(platform::lastError());
 }
 
 bool isFilled(const CodeTable& table) {
