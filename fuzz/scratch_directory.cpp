@@ -15,7 +15,13 @@ namespace {
 constexpr char kPrefix[] = "ksv_fuzz";
 constexpr char kInMemory[] = "/dev/shm";
 
+// Where a script that cleans up after us wants it.
+constexpr char kParentVariable[] = "KSV_FUZZ_SCRATCH";
+
 std::string makeDirectory() {
+  if (const auto parent = ksv::test::variable(kParentVariable)) {
+    return ksv::test::makeTemporaryDirectory(kPrefix, *parent);
+  }
   if (std::filesystem::is_directory(kInMemory)) {
     try {
       return ksv::test::makeTemporaryDirectory(kPrefix, kInMemory);
