@@ -14,12 +14,17 @@ constexpr uint64_t kMuch = 64 * 1024 * 1024;
 constexpr auto kInterval = std::chrono::milliseconds(100);
 constexpr uint64_t kMebibyte = 1024 * 1024;
 
+std::string asOneLine(std::string reason) {
+  std::replace(reason.begin(), reason.end(), '\n', ' ');
+  return escaped(reason, Backslash::kStays) + "\n";
+}
+
 }  // namespace
 
+std::string diagnostic(const std::string& reason) { return "ksv: " + asOneLine(reason); }
+
 std::string diagnostic(const std::string& subject, const std::string& reason) {
-  std::string line = reason;
-  std::replace(line.begin(), line.end(), '\n', ' ');
-  return "ksv: " + shownName(subject) + ": " + escaped(line, Backslash::kStays) + "\n";
+  return "ksv: " + shownName(subject) + ": " + asOneLine(reason);
 }
 
 int writeResult(const std::string& text) {

@@ -9,7 +9,8 @@
 
 namespace ksv_cli {
 
-// "ksv: SUBJECT: REASON" as one line.
+// "ksv: REASON" and "ksv: SUBJECT: REASON", each as one line.
+std::string diagnostic(const std::string& reason);
 std::string diagnostic(const std::string& subject, const std::string& reason);
 
 // Writes a result to standard output. Returns the exit status: a failure has been

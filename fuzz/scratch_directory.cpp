@@ -66,8 +66,8 @@ void ScratchDirectory::remove(const std::string& name) const {
   std::filesystem::remove(path_ + name);
 }
 
-std::string ScratchDirectory::read(const std::string& name) const {
-  std::ifstream file(path_ + name, std::ios::binary);
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
   require(file.good(), "the file is there");
   return std::string(std::istreambuf_iterator<char>(file), {});
 }

@@ -16,7 +16,7 @@ from . import corpus
 
 # What a run may take above the time that libFuzzer is told: starting under the sanitizers.
 GRACE_SECONDS = 120
-MINIMISE_SECONDS = 60
+MINIMISE_SECONDS = 30
 MERGE_SECONDS = 900
 MOST_CRASHES = 5
 RUNS = re.compile(r"stat::number_of_executed_units:\s*(\d+)")
@@ -66,7 +66,7 @@ class Target:
         self.totals = Totals()
         self.group = None
         self.limits = [f"-max_len={settings.get('max_len', 4096)}", "-timeout=20",
-                       "-rss_limit_mb=2048"]
+                       "-rss_limit_mb=2048", *settings.get("options", [])]
         self.dictionary = [f"-dict={dictionary}"] if dictionary else []
         for directory in (self.working, self.findings, self.scratch):
             directory.mkdir(parents=True, exist_ok=True)
@@ -80,7 +80,7 @@ class Target:
         with log.open("wb") as output:
             process = subprocess.Popen([self.executable, *map(str, arguments)], cwd=self.scratch,
                                        env=environment, stdin=subprocess.DEVNULL, stdout=output,
-                                       stderr=subprocess.STDOUT, start_new_session=True)
+                                       stderr=subprocess.STDOUT, process_group=0)
         self.group = process.pid
         watch = threading.Timer(seconds, self.stop)
         watch.daemon = True
