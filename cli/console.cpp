@@ -20,6 +20,11 @@ constexpr uint64_t kMebibyte = 1024 * 1024;
 
 std::atomic<bool> anythingLeftOver{false};
 
+std::string asOneLine(std::string reason) {
+  std::replace(reason.begin(), reason.end(), '\n', ' ');
+  return escaped(reason, Backslash::kStays) + "\n";
+}
+
 }  // namespace
 
 void tellLeftOver(const std::string& path, const std::error_code& error) noexcept {
@@ -35,10 +40,10 @@ void tellLeftOver(const std::string& path, const std::error_code& error) noexcep
 
 bool isAnythingLeftOver() { return anythingLeftOver; }
 
+std::string diagnostic(const std::string& reason) { return "ksv: " + asOneLine(reason); }
+
 std::string diagnostic(const std::string& subject, const std::string& reason) {
-  std::string line = reason;
-  std::replace(line.begin(), line.end(), '\n', ' ');
-  return "ksv: " + shownName(subject) + ": " + escaped(line, Backslash::kStays) + "\n";
+  return "ksv: " + shownName(subject) + ": " + asOneLine(reason);
 }
 
 int writeResult(const std::string& text) {

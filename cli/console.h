@@ -10,7 +10,8 @@
 
 namespace ksv_cli {
 
-// "ksv: SUBJECT: REASON" as one line.
+// "ksv: REASON" and "ksv: SUBJECT: REASON", each as one line.
+std::string diagnostic(const std::string& reason);
 std::string diagnostic(const std::string& subject, const std::string& reason);
 
 // Says that a file with a passing name stays, and why. Never throws.
