@@ -8,6 +8,7 @@
 #include "failure.h"
 #include "inputs.h"
 #include "platform.h"
+#include "result_line.h"
 #include "system_faults.h"
 #include "text_conversion.h"
 #include "work_list.h"
@@ -153,12 +154,32 @@ class Batch {
     }
   }
 
-  void checkThatNothingIsOverwritten() const {
+  // An input of which nothing can be told is not converted.
+  FileFacts factsOfInput(size_t index) {
+    try {
+      return platform::fileFacts(inputs_[index]);
+    } catch (const Failure& failure) {
+      refused_.emplace(index, failure);
+      return {};
+    }
+  }
+
+  // Before anything is written, so a result of which nothing can be told ends it all.
+  static FileFacts factsOfOutput(const std::string& path) {
+    try {
+      return platform::fileFacts(path);
+    } catch (const Failure& failure) {
+      throw Failure(shownName(path) + ": " + failure.what());
+    }
+  }
+
+  void checkThatNothingIsOverwritten() {
     if (plan_.kind == OutputPlan::Kind::kStandardOutput) return;
     std::set<FileId> inputIds;
     std::map<std::string, std::string> outputs;  // by the key of the place
-    for (const std::string& input : inputs_) {
-      const FileFacts facts = platform::fileFacts(input);
+    for (size_t index = 0; index < inputs_.size(); ++index) {
+      const std::string& input = inputs_[index];
+      const FileFacts facts = factsOfInput(index);
       const bool isFile = facts.kind == FileKind::kRegular && !isStandardStream(input);
       const bool isNewId = !isFile || inputIds.emplace(facts.device, facts.number).second;
       const bool isNewOutput =
@@ -168,7 +189,7 @@ class Batch {
     }
     if (plan_.kind == OutputPlan::Kind::kInPlace) return;
     for (const auto& [key, output] : outputs) {
-      const FileFacts facts = platform::fileFacts(output);
+      const FileFacts facts = factsOfOutput(output);
       if (facts.kind == FileKind::kRegular && inputIds.count({facts.device, facts.number}) != 0)
         throw UsageError(output + " is an input as well; --in-place converts a file where it is");
     }
@@ -186,6 +207,7 @@ class Batch {
 
   void convertOne(size_t index) {
     const std::string& input = inputs_[index];
+    if (const auto refused = refused_.find(index); refused != refused_.end()) throw refused->second;
     const FileFacts facts = inputFacts(input);
     refuseUnfitInput(facts);
     ConversionSettings settings = index == 0 ? first_ : others_;
@@ -239,6 +261,7 @@ class Batch {
   const OutputPlan& plan_;
   const std::vector<std::string>& inputs_;
   WorkList list_;
+  std::map<size_t, Failure> refused_;
 };
 
 }  // namespace

@@ -8,13 +8,14 @@
 #include "charset_names.h"
 #include "console.h"
 #include "jobs.h"
+#include "result_line.h"
 #include "rule_base.h"
 
 namespace ksv_cli {
 namespace {
 
 std::string asJson(const CharsetListing& charset) {
-  nlohmann::ordered_json line;
+  nlohmann::ordered_json line = emptyRecord();
   line["name"] = charset.display;
   line["aliases"] = charset.aliases;
   line["sourceOnly"] = charset.sourceOnly;

@@ -14,14 +14,12 @@
 #include "jobs.h"
 #include "ksv_cconv.h"
 #include "number_option.h"
+#include "resource_limits.h"
 #include "result_line.h"
 #include "work_list.h"
 
 namespace ksv_cli {
 namespace {
-
-// So much of a text is checked; a declaration stands at its beginning.
-constexpr size_t kMostChecked = 1024 * 1024;
 
 constexpr char kFooter[] =
     "FILE is a text; none, or -, is standard input. A line a text, in the order of the\n"
@@ -44,7 +42,7 @@ struct Arguments {
 
 EncodingCheckRecord check(const std::string& input) {
   const std::unique_ptr<ByteSource> source = openInput(input);
-  const std::vector<uint8_t> text = readAtMost(*source, kMostChecked);
+  const std::vector<uint8_t> text = readAtMost(*source, limits::kMostChecked);
   EncodingCheckRecord record{};
   record.input = text.data();
   record.end = static_cast<uint32_t>(text.size());
@@ -100,8 +98,7 @@ int checkAll(const Arguments& arguments) {
     const std::string& input = inputs[index];
     const EncodingCheckRecord record = check(input);
     const std::string path = namesPath ? nameField(input, form) + "\t" : "";
-    list.standardOutput().write(
-        index, arguments.json ? asJson(input, record, form) : path + asText(record, form));
+    list.write(index, arguments.json ? asJson(input, record, form) : path + asText(record, form));
   });
 }
 

@@ -1,11 +1,15 @@
 #include "console.h"
 
 #include <algorithm>
+#include <atomic>
+#include <exception>
+#include <optional>
 
 #include "escapes.h"
 #include "failure.h"
 #include "platform.h"
 #include "result_line.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
@@ -14,15 +18,42 @@ constexpr uint64_t kMuch = 64 * 1024 * 1024;
 constexpr auto kInterval = std::chrono::milliseconds(100);
 constexpr uint64_t kMebibyte = 1024 * 1024;
 
+std::atomic<bool> anythingLeftOver{false};
+
+std::string asOneLine(std::string reason) {
+  std::replace(reason.begin(), reason.end(), '\n', ' ');
+  return escaped(reason, Backslash::kStays) + "\n";
+}
+
 }  // namespace
 
+void tellLeftOver(const std::string& path, const std::error_code& error) noexcept {
+  anythingLeftOver = true;
+  try {
+    const bool isOfSystem = error.category() == std::system_category();
+    const std::string words = isOfSystem ? platform::errorText(error.value()) : error.message();
+    platform::writeToStandardError(diagnostic(path, "cannot be removed: " + words));
+  } catch (const std::exception&) {
+    platform::tellOutOfMemory();
+  }
+}
+
+bool isAnythingLeftOver() { return anythingLeftOver; }
+
+std::string diagnostic(const std::string& reason) { return "ksv: " + asOneLine(reason); }
+
 std::string diagnostic(const std::string& subject, const std::string& reason) {
-  std::string line = reason;
-  std::replace(line.begin(), line.end(), '\n', ' ');
-  return "ksv: " + shownName(subject) + ": " + escaped(line, Backslash::kStays) + "\n";
+  return "ksv: " + shownName(subject) + ": " + asOneLine(reason);
 }
 
 int writeResult(const std::string& text) {
+  const std::optional<std::string> fault = systemFault();
+  if (!fault) return writeToStandardOutput(text);
+  platform::writeToStandardError("ksv: " + *fault + "\n");
+  return kExitFailed;
+}
+
+int writeToStandardOutput(const std::string& text) {
   try {
     platform::openStandardOutput()->write(reinterpret_cast<const uint8_t*>(text.data()),
                                           text.size());

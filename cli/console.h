@@ -6,15 +6,24 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <system_error>
 
 namespace ksv_cli {
 
-// "ksv: SUBJECT: REASON" as one line.
+// "ksv: REASON" and "ksv: SUBJECT: REASON", each as one line.
+std::string diagnostic(const std::string& reason);
 std::string diagnostic(const std::string& subject, const std::string& reason);
 
-// Writes a result to standard output. Returns the exit status: a failure has been
-// reported by then.
+// Says that a file with a passing name stays, and why. Never throws.
+void tellLeftOver(const std::string& path, const std::error_code& error) noexcept;
+// Whether one has stayed, so that not all is well.
+bool isAnythingLeftOver();
+
+// Writes a result to standard output, unless it may rest on a system error. Returns the exit
+// status: a failure has been reported by then.
 int writeResult(const std::string& text);
+// The same of what rests on none.
+int writeToStandardOutput(const std::string& text);
 
 // What a terminal takes to show another line instead of one of so many characters.
 std::string lineChange(size_t shown, const std::string& line, bool takesEscapes);

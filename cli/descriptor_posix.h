@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <system_error>
 
 #include "failure.h"
@@ -16,6 +17,12 @@ namespace ksv_cli::platform {
 // Writes to a pipe that nobody reads any more end the work, but are no news.
 [[noreturn]] inline void fail(int error) {
   throw Failure(std::generic_category().message(error), error == EPIPE);
+}
+
+inline bool isOneOf(int error, std::initializer_list<int> errors) {
+  for (const int other : errors)
+    if (error == other) return true;
+  return false;
 }
 
 class Descriptor {

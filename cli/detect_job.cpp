@@ -104,7 +104,7 @@ int detect(const Arguments& arguments) {
   if (arguments.json && !arguments.classic) list.recordFailures();
   return list.run(arguments.jobs, [&](size_t index) {
     list.countWhole(index);
-    list.standardOutput().write(index, resultOf(inputs[index], arguments));
+    list.write(index, resultOf(inputs[index], arguments));
   });
 }
 

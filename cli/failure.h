@@ -34,6 +34,9 @@ class Failure : public std::runtime_error {
   bool quiet_;
 };
 
+// What to say of an exception: the library's own names for them mean nothing to a reader.
+std::string reasonOf(const std::exception& error);
+
 // The command line cannot be followed: exit status 2, nothing has been done.
 class UsageError : public std::runtime_error {
  public:

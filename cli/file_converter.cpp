@@ -10,6 +10,7 @@
 #include "conversion_journal.h"
 #include "failure.h"
 #include "replay.h"
+#include "resource_limits.h"
 #include "resynchronisation.h"
 #include "text_failure.h"
 
@@ -19,10 +20,6 @@ namespace {
 // The longest thing that is written whole is a language tag in UCS-4, a little
 // above 1 KiB.
 constexpr size_t kSmallestOutput = 2048;
-
-// A piece that converts to nothing without its continuation is read on, up to
-// here: a language tag has at most 260 characters.
-constexpr size_t kLongestCarry = 1024 * 1024;
 
 constexpr size_t kLongestMark = 4;
 constexpr size_t kUsualCarry = 64;
@@ -184,7 +181,7 @@ void FileConverter::convertHeld() {
     if (!settings_.skipInvalid) failTruncated(used);
     used = convertBehindTruncated(used, end);
   }
-  if (!isLastPiece() && used == 0 && held_ > kLongestCarry) failInvalid(0);
+  if (!isLastPiece() && used == 0 && held_ > limits::kLongestCarry) failInvalid(0);
   discard(used);
 }
 

@@ -24,7 +24,8 @@ std::unique_ptr<ByteSource> openInput(const std::string& input);
 // The first bytes of a text, at most so many. Throws Failure.
 std::vector<uint8_t> readAtMost(ByteSource& source, size_t size);
 
-// The bytes of all inputs together, as far as they are known.
+// The bytes of an input as far as they are known, and of all inputs together.
+uint64_t knownSize(const std::string& input);
 uint64_t totalSize(const std::vector<std::string>& inputs);
 
 // The files that operands name; standard input when there are none. Throws UsageError

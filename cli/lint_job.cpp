@@ -51,12 +51,14 @@ int lint(const Arguments& arguments) {
   try {
     const std::string directory = directoryOf(arguments);
     subject = directory;
-    const std::vector<Fault> faults = lintCharsetDirectory(directory);
+    const LintFindings found = lintCharsetDirectory(directory);
     std::string text;
-    for (const Fault& fault : faults)
+    for (const Fault& fault : found.faults)
       text += arguments.json ? asJson(fault) : escaped(shownFault(fault), Backslash::kStays) + "\n";
+    for (const std::string& file : found.unreadable)
+      platform::writeToStandardError("ksv: " + file + "\n");
     const int written = writeResult(text);
-    return faults.empty() ? written : kExitFailed;
+    return found.any() ? kExitFailed : written;
   } catch (const Failure& failure) {
     platform::writeToStandardError(diagnostic(subject, failure.what()));
     return kExitFailed;

@@ -4,13 +4,11 @@
 #include <cstring>
 
 #include "failure.h"
+#include "resource_limits.h"
 #include "text_failure.h"
 
 namespace ksv_cli {
 namespace {
-
-// Runs have the length of a line or a paragraph; one above this is no text.
-constexpr size_t kLongestRun = 1024 * 1024;
 
 // What the library writes, and holds in between, for one character.
 constexpr size_t kMostBytesPerCharacter = 4;
@@ -94,10 +92,10 @@ void MailSource::judgeEnd(const MailPiece& piece) {
     leaveOutOr(piece.badLength, [&] { return invalidText(charset, held_.front(), originOf(0)); });
   } else if (piece.end == ScanEnd::kIncomplete && atEnd_) {
     leaveOutOr(piece.badLength, [&] { return truncatedText(charset, originOf(0)); });
-  } else if (piece.end == ScanEnd::kIncomplete && held_.size() > kLongestRun) {
-    failure_ =
-        std::make_exception_ptr(Failure("a base64 run of more than " + std::to_string(kLongestRun) +
-                                        " bytes begins" + atOffset(originOf(0))));
+  } else if (piece.end == ScanEnd::kIncomplete && held_.size() > limits::kLongestRun) {
+    failure_ = std::make_exception_ptr(Failure("a base64 run of more than " +
+                                               std::to_string(limits::kLongestRun) +
+                                               " bytes begins" + atOffset(originOf(0))));
   } else if (piece.end == ScanEnd::kIncomplete) {
     fill();
   }

@@ -69,11 +69,11 @@ std::vector<std::string> nearestNames(std::string_view name,
   std::stable_sort(near.begin(), near.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   std::vector<std::string> names;
-  for (const auto& [distance, candidate] : near) {
+  for (const auto& candidate : near) {
     const bool isThere = std::any_of(names.begin(), names.end(), [&](const std::string& other) {
-      return foldedName(other) == foldedName(candidate);
+      return foldedName(other) == foldedName(candidate.second);
     });
-    if (!isThere && names.size() < kMostSuggestions) names.push_back(candidate);
+    if (!isThere && names.size() < kMostSuggestions) names.push_back(candidate.second);
   }
   return names;
 }

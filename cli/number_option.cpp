@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
+#include "resource_limits.h"
+
 namespace ksv_cli {
 namespace {
-
-constexpr uint64_t kMostJobs = 256;
 
 std::optional<uint64_t> numberIn(const std::string& text) {
   uint64_t value = 0;
@@ -30,7 +30,7 @@ CLI::Validator numberFrom(uint64_t lowest, uint64_t highest) {
 }
 
 void addJobsOption(CLI::App& job, size_t& jobs, const char* help) {
-  job.add_option("-j,--jobs", jobs, help)->check(numberFrom(1, kMostJobs))->type_name("N");
+  job.add_option("-j,--jobs", jobs, help)->check(numberFrom(1, limits::kMostJobs))->type_name("N");
 }
 
 }  // namespace ksv_cli

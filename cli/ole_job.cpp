@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@
 #include "ole_tree.h"
 #include "platform.h"
 #include "result_line.h"
+#include "system_faults.h"
 #include "unsupported_document.h"
 
 namespace ksv_cli {
@@ -52,7 +54,7 @@ std::string asJson(const OleTree& tree) {
   std::vector<std::string> path;
   for (const OleTree::Entry& entry : tree.entries()) {
     path.resize(entry.depth);
-    nlohmann::ordered_json line;
+    nlohmann::ordered_json line = emptyRecord();
     std::string full;
     for (const std::string& name : path) full += name + "/";
     line["path"] = full + entry.name;
@@ -84,6 +86,7 @@ uint64_t copyStream(ksv::CompoundStream& stream) {
   const std::unique_ptr<ByteSink> sink = platform::openStandardOutput();
   uint64_t done = 0;
   while (const uint32_t count = stream.read(buffer.get(), kBlock)) {
+    refuseSystemFaults();
     sink->write(buffer.get(), count);
     done += count;
   }
@@ -113,17 +116,23 @@ int cat(const OleArguments& arguments) {
                 " bytes of that stream");
 }
 
+int reportFailure(const OleArguments& arguments, const Failure& failure) {
+  if (failure.quiet()) return kExitFailed;
+  platform::writeToStandardError(diagnostic(nameForMessages(arguments.input), failure.what()));
+  if (arguments.json && !arguments.classic)
+    writeToStandardOutput(jsonLine(failureRecord(arguments.input, failure)));
+  return kExitFailed;
+}
+
 int reportingFailures(const OleArguments& arguments,
                       const std::function<int(const OleArguments&)>& job) {
   try {
     return job(arguments);
   } catch (const Failure& failure) {
-    if (!failure.quiet()) {
-      platform::writeToStandardError(diagnostic(nameForMessages(arguments.input), failure.what()));
-      if (arguments.json && !arguments.classic)
-        writeResult(jsonLine(failureRecord(arguments.input, failure)));
-    }
-    return kExitFailed;
+    const std::optional<std::string> fault = systemFault();
+    return reportFailure(arguments, fault && !failure.quiet() ? Failure(*fault) : failure);
+  } catch (const std::exception& error) {  // memory, or a document that cannot be read
+    return reportFailure(arguments, Failure(reasonOf(error)));
   }
 }
 

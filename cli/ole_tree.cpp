@@ -4,15 +4,14 @@
 #include <cstdio>
 
 #include "failure.h"
+#include "resource_limits.h"
+#include "system_faults.h"
 #include "unsupported_document.h"
 
 namespace ksv_cli {
 namespace {
 
 constexpr uint32_t kNoEntry = 0xFFFFFFFF;
-
-// Deeper than any document nests its storages; each level is shown in front of all below.
-constexpr size_t kDeepest = 256;
 
 void appendUtf8(std::string& text, char32_t c) {
   const auto append = [&](char32_t value) { text.push_back(static_cast<char>(value)); };
@@ -73,9 +72,10 @@ bool isSameButCase(std::string_view a, std::string_view b) {
 
 std::unique_ptr<ksv::CompoundFile> openDocument(const std::string& path) {
   ksv::CompoundFault fault;
+  forgetCause();
   std::unique_ptr<ksv::CompoundFile> file = ksv::CompoundFile::open(path.c_str(), fault);
   if (file) return file;
-  if (fault.reason == nullptr) throw Failure("cannot be opened");
+  if (fault.reason == nullptr) throw Failure("cannot be opened" + causeInWords());
   if (const auto unsupported = unsupportedFile(path)) throw *unsupported;
   throw Failure::at(static_cast<uint64_t>(fault.offset), fault.reason);
 }
@@ -104,7 +104,7 @@ OleTree::OleTree(ksv::CompoundFile& file) : file_(file), visited_(file.directory
     entries_.push_back(
         {id, path.size() - 1, isStorage, isLast, entry.size, shownName(file_.nameOf(id))});
     if (!isStorage || entry.child == kNoEntry) continue;
-    if (path.size() == kDeepest) {
+    if (path.size() == limits::kDeepestStorage) {
       damage_ = directory.offsetOf(id);
     } else {
       path.push_back({siblingsFrom(entry.child, id)});

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -27,28 +26,32 @@ std::string directoryOf(const std::string& path) {
   return std::filesystem::path(path).parent_path().string();
 }
 
+bool isLink(const std::string& path) {
+  struct stat status;
+  if (::lstat(path.c_str(), &status) == 0) return S_ISLNK(status.st_mode);
+  if (!isOneOf(errno, {ENOENT, ENOTDIR, EACCES, ENAMETOOLONG})) fail(errno);
+  return false;
+}
+
 // Where a chain of links ends, whether or not a file is there.
 std::string linkEnd(const std::string& path) {
   constexpr int kMostLinks = 40;
   std::filesystem::path place = path;
-  std::error_code error;
-  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(place, error); ++i) {
+  for (int i = 0; i < kMostLinks && isLink(place); ++i) {
+    std::error_code error;
     const std::filesystem::path next = std::filesystem::read_symlink(place, error);
-    if (error) break;
+    if (error) fail(error.value());
     place = next.is_absolute() ? next : place.parent_path() / next;
   }
   return place.string();
 }
 
-bool isOneOf(int error, std::initializer_list<int> errors) {
-  for (const int other : errors)
-    if (error == other) return true;
-  return false;
-}
-
 // What has no disk behind it has nothing to wait for.
 void synchronise(int number) {
-  if (::fsync(number) != 0 && !isOneOf(errno, {EINVAL, ENOTSUP, EROFS})) fail(errno);
+  while (::fsync(number) != 0) {
+    if (isOneOf(errno, {EINVAL, ENOTSUP, EROFS})) return;
+    if (errno != EINTR) fail(errno);
+  }
 }
 
 // A directory that may be written to, but not read, waits for all there is.
@@ -137,15 +140,24 @@ class ConvertedFile : public PosixPendingFile {
 
   void replaceOriginal() {
     const NamesSection section;
-    checkThatNothingIsLost(how_.original, fileFacts(place()));
+    FileFacts now = fileFacts(place());
+    isLinked_ = isKeptAlready(now);
+    if (isLinked_) --now.names;
+    checkThatNothingIsLost(how_.original, now);
     if (how_.backup.empty()) return takePlace();
-    keepOriginal();
+    if (!isLinked_) keepOriginal();
     try {
       takePlace();
-    } catch (const Failure&) {
-      restoreOriginal();
+    } catch (const Failure& failure) {
+      restoreOriginal(failure);
       throw;
     }
+  }
+
+  // A call that was ended behind its first step has left the original under both names.
+  bool isKeptAlready(const FileFacts& now) const {
+    return !how_.backup.empty() && how_.backup != place() && now.names > 1 &&
+           !isLink(how_.backup) && fileFacts(how_.backup).isSameFileAs(now);
   }
 
   // By a link, so that there is a file under the old name at every instant, or by a
@@ -162,11 +174,15 @@ class ConvertedFile : public PosixPendingFile {
                   " cannot be made: " + std::generic_category().message(errno));
   }
 
-  void restoreOriginal() const {
-    if (isLinked_)
-      ::unlink(how_.backup.c_str());
-    else
-      ::renameat2(AT_FDCWD, how_.backup.c_str(), AT_FDCWD, place().c_str(), RENAME_NOREPLACE);
+  void restoreOriginal(const Failure& failure) const {
+    const char* kept = how_.backup.c_str();
+    const int result =
+        isLinked_ ? ::unlink(kept)
+                  : ::renameat2(AT_FDCWD, kept, AT_FDCWD, place().c_str(), RENAME_NOREPLACE);
+    if (result == 0) return;
+    const std::string words = std::generic_category().message(errno);
+    throw Failure(failure.what() + std::string("; the original is still at ") + how_.backup +
+                  ", which cannot be undone: " + words);
   }
 
   const InPlace how_;

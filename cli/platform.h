@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "streams.h"
@@ -41,7 +42,17 @@ bool standardErrorTakesEscapes();
 std::string errorText(int error);
 
 // Writes to standard error in one go, so that lines of threads do not mix.
-void writeToStandardError(const std::string& text);
+void writeToStandardError(std::string_view text);
+
+// What is said where memory cannot be had.
+extern const char kOutOfMemory[];
+
+// Says so on standard error, without any.
+void tellOutOfMemory() noexcept;
+
+// Says so, and ends the process at once, with the status of a failure and without its temporary
+// files.
+[[noreturn]] void endOutOfMemory() noexcept;
 
 enum class FileKind { kMissing, kRegular, kDirectory, kOther };
 
@@ -65,7 +76,8 @@ struct FileFacts {
   }
 };
 
-// Follows links.
+// Follows links. What cannot be reached is kMissing, which whoever opens it is told as well.
+// Throws Failure where the system cannot say what there is.
 FileFacts fileFacts(const std::string& path);
 FileFacts standardInputFacts();
 FileFacts standardOutputFacts();
@@ -89,7 +101,7 @@ struct InPlace {
 // A file that comes into being whole or not at all. It is written under a passing
 // name in the directory of its place and takes its place at commit(); without
 // commit() it disappears again. Where it replaces a file, it is safe from a loss of
-// power when commit() returns.
+// power when commit() returns. A file that cannot be removed is told (console.h).
 class PendingFile : public ByteSink {
  public:
   // path: the place; where it is a link, the file that the link leads to. A file

@@ -62,10 +62,15 @@ FileFacts factsOf(const struct stat& status) {
   return facts;
 }
 
+// Of a stream that is closed there is nothing to tell.
 FileFacts factsOfDescriptor(int number) {
   struct stat status;
-  return ::fstat(number, &status) == 0 ? factsOf(status) : FileFacts{};
+  if (::fstat(number, &status) == 0) return factsOf(status);
+  if (errno != EBADF) fail(errno);
+  return {};
 }
+
+constexpr char kLastWords[] = "ksv: Cannot allocate memory\n";
 
 }  // namespace
 
@@ -92,7 +97,23 @@ bool standardErrorIsTerminal() { return ::isatty(STDERR_FILENO) != 0; }
 
 bool standardErrorTakesEscapes() { return standardErrorIsTerminal(); }
 
-void writeToStandardError(const std::string& text) {
+const char kOutOfMemory[] = "Cannot allocate memory";
+
+void tellOutOfMemory() noexcept {
+  for (std::string_view words = kLastWords; !words.empty();) {
+    const ssize_t count = ::write(STDERR_FILENO, words.data(), words.size());
+    if (count < 0 && errno != EINTR) return;
+    if (count > 0) words.remove_prefix(static_cast<size_t>(count));
+  }
+}
+
+void endOutOfMemory() noexcept {
+  removeTemporaryFiles();
+  tellOutOfMemory();
+  ::_exit(kExitFailed);
+}
+
+void writeToStandardError(std::string_view text) {
   try {
     Descriptor(STDERR_FILENO).writeAll(reinterpret_cast<const uint8_t*>(text.data()), text.size());
   } catch (const Failure&) {
@@ -102,7 +123,9 @@ void writeToStandardError(const std::string& text) {
 
 FileFacts fileFacts(const std::string& path) {
   struct stat status;
-  return ::stat(path.c_str(), &status) == 0 ? factsOf(status) : FileFacts{};
+  if (::stat(path.c_str(), &status) == 0) return factsOf(status);
+  if (!isOneOf(errno, {ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG})) fail(errno);
+  return {};
 }
 
 FileFacts standardInputFacts() { return factsOfDescriptor(STDIN_FILENO); }

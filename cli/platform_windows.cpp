@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "console.h"
 #include "failure.h"
 #include "in_place.h"
 #include "platform.h"
@@ -366,10 +367,19 @@ class TemporaryNames {
 
   void removeAllForGood() {
     mutex_.lock();
-    for (const std::wstring& name : names_) ::DeleteFileW(name.c_str());
+    removeAll();
+  }
+
+  // For a thread that may have stopped with the lock.
+  void tryToRemoveAllForGood() {
+    if (mutex_.try_lock()) removeAll();
   }
 
  private:
+  void removeAll() {
+    for (const std::wstring& name : names_) ::DeleteFileW(name.c_str());
+  }
+
   std::mutex mutex_;
   std::set<std::wstring> names_;
 };
@@ -403,9 +413,11 @@ class PassingFile {
       : path_(systemPath(directory + randomName())), file_(create()) {}
 
   ~PassingFile() {
-    temporaryNames().guarded([this](std::set<std::wstring>& names) {
-      if (names.erase(path_) != 0) ::DeleteFileW(path_.c_str());
+    const DWORD error = temporaryNames().guarded([this](std::set<std::wstring>& names) {
+      const bool isThere = names.erase(path_) != 0;
+      return !isThere || ::DeleteFileW(path_.c_str()) ? ERROR_SUCCESS : ::GetLastError();
     });
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) tellStays(error);
   }
   PassingFile(const PassingFile&) = delete;
   PassingFile& operator=(const PassingFile&) = delete;
@@ -426,13 +438,23 @@ class PassingFile {
   // Others may remove it while it is open, as an interrupt does.
   HANDLE create() const {
     return temporaryNames().guarded([this](std::set<std::wstring>& names) {
+      const auto name = names.insert(path_).first;
       const HANDLE handle =
           ::CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                         CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-      if (handle == INVALID_HANDLE_VALUE) fail(::GetLastError());
-      names.insert(path_);
-      return handle;
+      if (handle != INVALID_HANDLE_VALUE) return handle;
+      const DWORD error = ::GetLastError();
+      names.erase(name);
+      fail(error);
     });
+  }
+
+  void tellStays(DWORD error) const noexcept {
+    try {
+      tellLeftOver(utf8Of(path_), {static_cast<int>(error), std::system_category()});
+    } catch (const std::exception&) {
+      tellOutOfMemory();
+    }
   }
 
   std::wstring path_;
@@ -650,7 +672,24 @@ bool standardErrorTakesEscapes() {
                           mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
-void writeToStandardError(const std::string& text) {
+const char kOutOfMemory[] = "Not enough memory";
+
+void tellOutOfMemory() noexcept {
+  constexpr std::string_view kLastWords = "ksv: Not enough memory\r\n";
+  DWORD written;
+  ::WriteFile(::GetStdHandle(STD_ERROR_HANDLE), kLastWords.data(),
+              static_cast<DWORD>(kLastWords.size()), &written, nullptr);
+}
+
+// Whoever is about to change a name when there is no memory waits for nobody.
+void endOutOfMemory() noexcept {
+  temporaryNames().tryToRemoveAllForGood();
+  tellOutOfMemory();
+  ::TerminateProcess(::GetCurrentProcess(), kExitFailed);
+  for (;;) ::Sleep(INFINITE);
+}
+
+void writeToStandardError(std::string_view text) {
   try {
     sinkTo(::GetStdHandle(STD_ERROR_HANDLE))
         ->write(reinterpret_cast<const uint8_t*>(text.data()), text.size());

@@ -1,38 +1,48 @@
 #include "rereadable_text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <system_error>
 #include <utility>
 
+#include "console.h"
 #include "failure.h"
 #include "inputs.h"
 #include "ksv_file.h"
 #include "ksv_path.h"
 #include "platform.h"
+#include "resource_limits.h"
 
 namespace ksv_cli {
 namespace {
 
-constexpr size_t kMostInMemory = 4 * 1024 * 1024;
 constexpr size_t kBlock = 64 * 1024;
+
+[[noreturn]] void failAtTemporaryFile(const std::string& what) {
+  throw Failure("a temporary file cannot be " + what + ": " +
+                std::generic_category().message(errno));
+}
 
 // A file that has no name any more, where the system lets an open file be removed; else one
 // that goes with its object.
 class ScratchFile {
  public:
   ScratchFile() {
-    if (KSV_ASC_tmpnam(path_) == nullptr) throw Failure("no temporary file can be made");
+    if (KSV_ASC_tmpnam(path_) == nullptr) failAtTemporaryFile("made");
     file_ = KSV_FileOpen(path_, "w+b");
     if (file_ == nullptr) {
-      KSV_FileRemove(path_);
-      throw Failure("a temporary file cannot be opened");
+      const int error = errno;
+      remove();
+      errno = error;
+      failAtTemporaryFile("opened");
     }
     isRemoved_ = KSV_FileRemove(path_) == 0;
   }
   ~ScratchFile() {
     KSV_FileClose(file_);
-    if (!isRemoved_) KSV_FileRemove(path_);
+    if (!isRemoved_) remove();
   }
   ScratchFile(const ScratchFile&) = delete;
   ScratchFile& operator=(const ScratchFile&) = delete;
@@ -40,21 +50,25 @@ class ScratchFile {
   void append(const uint8_t* bytes, size_t size) {
     const auto count = static_cast<int32_t>(size);
     if (KSV_FileWrite(bytes, 1, count, file_) != count || std::fflush(file_) != 0)
-      throw Failure("a temporary file cannot be written");
+      failAtTemporaryFile("written");
   }
 
   void rewind() {
-    if (KSV_FileSeek(file_, 0, SEEK_SET) != 0) throw Failure("a temporary file cannot be read");
+    if (KSV_FileSeek(file_, 0, SEEK_SET) != 0) failAtTemporaryFile("read");
   }
 
   size_t read(uint8_t* buffer, size_t size) {
     const auto most = static_cast<int32_t>(std::min(size, kBlock));
     const int32_t count = KSV_FileRead(buffer, 1, most, file_);
-    if (count < most && std::ferror(file_) != 0) throw Failure("a temporary file cannot be read");
+    if (count < most && std::ferror(file_) != 0) failAtTemporaryFile("read");
     return static_cast<size_t>(count);
   }
 
  private:
+  void remove() {
+    if (KSV_FileRemove(path_) != 0) tellLeftOver(path_, {errno, std::generic_category()});
+  }
+
   char path_[KSV_PATH_SIZE];
   std::FILE* file_ = nullptr;
   bool isRemoved_ = false;
@@ -75,8 +89,8 @@ size_t ResumedSource::read(uint8_t* buffer, size_t size) {
 
 class RereadableText::Copy {
  public:
-  explicit Copy(ByteSource& source) : beginning_(readAtMost(source, kMostInMemory)) {
-    if (beginning_.size() < kMostInMemory) return;
+  explicit Copy(ByteSource& source) : beginning_(readAtMost(source, limits::kMostInMemory)) {
+    if (beginning_.size() < limits::kMostInMemory) return;
     const auto block = std::make_unique<uint8_t[]>(kBlock);
     while (const size_t count = source.read(block.get(), kBlock)) {
       if (!rest_) rest_ = std::make_unique<ScratchFile>();

@@ -24,8 +24,12 @@ bool isUtf8(const std::string& text) {
 
 }  // namespace
 
+nlohmann::ordered_json emptyRecord() {
+  return nlohmann::ordered_json(nlohmann::ordered_json::value_t::object);
+}
+
 nlohmann::ordered_json recordOf(const std::string& path, ResultForm form) {
-  nlohmann::ordered_json line;
+  nlohmann::ordered_json line = emptyRecord();
   line["path"] = path;
   if (form == ResultForm::kFull && !isUtf8(path)) line["pathBytes"] = base64(path);
   return line;
@@ -33,9 +37,11 @@ nlohmann::ordered_json recordOf(const std::string& path, ResultForm form) {
 
 nlohmann::ordered_json failureRecord(const std::string& path, const Failure& failure) {
   nlohmann::ordered_json record = recordOf(path, ResultForm::kFull);
-  record["error"]["reason"] = failure.reason();
-  record["error"]["offset"] = nullptr;
-  if (failure.offset()) record["error"]["offset"] = *failure.offset();
+  nlohmann::ordered_json error = emptyRecord();
+  error["reason"] = failure.reason();
+  error["offset"] = nullptr;
+  if (failure.offset()) error["offset"] = *failure.offset();
+  record["error"] = std::move(error);
   return record;
 }
 

@@ -30,6 +30,7 @@ inline nlohmann::ordered_json orNull(const char* text) {
 
 // The beginning of the record of an input: its path, and in the full form the bytes of
 // one that is no UTF-8, in base64.
+nlohmann::ordered_json emptyRecord();
 nlohmann::ordered_json recordOf(const std::string& path, ResultForm form);
 
 // The record of an input that failed.

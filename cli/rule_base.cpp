@@ -22,7 +22,7 @@ std::string directoryForMessages() {
 }  // namespace
 
 RuleBase::RuleBase() {
-  if (startProcess() == 0) throw Unusable{directoryForMessages(), "out of memory"};
+  if (startProcess() == 0) throw Unusable{directoryForMessages(), platform::kOutOfMemory};
   const bool isLoaded = cconvLoadRule() != 0;
   const std::optional<std::string> fault = systemFault();
   if (isLoaded && !fault) return;

@@ -55,19 +55,36 @@ class DirectoryLint {
  public:
   explicit DirectoryLint(const std::string& directory) : directory_(directory) {}
 
-  std::vector<Fault> run() {
-    for (const std::string& name : platform::filesIn(directory_)) lintFile(name);
-    if (charsets_.empty()) add(".", 0, "holds no charset rule file that can be read");
-    lintAliases(directory_, charsets_, faults_);
+  LintFindings run() {
+    for (const std::string& name : platform::filesIn(directory_))
+      unlessUnreadable([&] { lintFile(name); });
+    unlessUnreadable([&] { lintWhole(); });
     std::stable_sort(faults_.begin(), faults_.end(), [](const Fault& a, const Fault& b) {
       return std::tie(a.file, a.line, a.reason) < std::tie(b.file, b.line, b.reason);
     });
     // A set that several charsets name is looked at for each of them.
     faults_.erase(std::unique(faults_.begin(), faults_.end()), faults_.end());
-    return std::move(faults_);
+    return {std::move(faults_), std::move(unreadable_), std::move(tables_)};
   }
 
  private:
+  // What cannot be read is told in place of what would follow from its absence.
+  template <typename Action>
+  void unlessUnreadable(Action action) {
+    try {
+      action();
+    } catch (const UnreadableFile& file) {
+      unreadable_.emplace_back(file.what());
+    }
+  }
+
+  // What rests on all rule files says nothing while one of them is not known.
+  void lintWhole() {
+    if (!unreadable_.empty()) return;
+    if (charsets_.empty()) add(".", 0, "holds no charset rule file that can be read");
+    lintAliases(directory_, charsets_, faults_);
+  }
+
   void add(const std::string& file, size_t line, const std::string& reason) {
     faults_.push_back({file, line, reason});
   }
@@ -91,8 +108,8 @@ class DirectoryLint {
   const RuleSource* read(const std::string& name) {
     const auto known = sources_.find(name);
     if (known != sources_.end()) return known->second ? &*known->second : nullptr;
-    std::optional<RuleSource>& source = sources_[name];
     const auto bytes = fileBytes(platform::joinPath(directory_, name));
+    std::optional<RuleSource>& source = sources_[name];
     const FormFinding finding =
         bytes ? formOf(*bytes) : FormFinding{std::nullopt, "cannot be read"};
     if (finding.form)
@@ -161,8 +178,7 @@ class DirectoryLint {
   }
 
   bool isThere(const std::string& name) const {
-    return platform::fileFacts(platform::joinPath(directory_, name)).kind ==
-           platform::FileKind::kRegular;
+    return isRegularFile(platform::joinPath(directory_, name));
   }
 
   // The file, as it is opened, that the entity in a span of text stands for.
@@ -176,7 +192,9 @@ class DirectoryLint {
     }
     const auto file = declaring.fileOf(*entity);
     if (!file) {
-      add(textFile, line, "uses the entity &" + *entity + ";, which is not declared");
+      add(textFile, line,
+          declaring.namesTooMuch() ? "uses more entities than are looked for in a file of this size"
+                                   : "uses the entity &" + *entity + ";, which is not declared");
       return std::nullopt;
     }
     return lowered(*file);
@@ -229,6 +247,7 @@ class DirectoryLint {
     const auto table = referenced(textFile, text, declaring, span);
     if (!table) return;
     const TextForm form = declaring.form();
+    tables_.insert(*table);
     if (!lintedTables_.insert({*table, form.unitSize, form.bigEndian}).second) return;
     lintTable(directory_, {*table, form, declaringFile, width}, faults_);
   }
@@ -240,6 +259,8 @@ class DirectoryLint {
 
   const std::string& directory_;
   std::vector<Fault> faults_;
+  std::vector<std::string> unreadable_;
+  std::set<std::string> tables_;
   std::map<std::string, std::optional<RuleSource>> sources_;
   std::vector<std::string> charsets_;  // in lower case
   NameRegister charsetNames_;
@@ -250,7 +271,7 @@ class DirectoryLint {
 
 }  // namespace
 
-std::vector<Fault> lintCharsetDirectory(const std::string& directory) {
+LintFindings lintCharsetDirectory(const std::string& directory) {
   return DirectoryLint(directory).run();
 }
 

@@ -3,6 +3,7 @@
 #ifndef KSV_CLI_RULE_LINT_H
 #define KSV_CLI_RULE_LINT_H
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -10,9 +11,16 @@
 
 namespace ksv_cli {
 
-// By files in ascending order, and in each by lines. Throws Failure when the directory
-// cannot be read. Nothing is written.
-std::vector<Fault> lintCharsetDirectory(const std::string& directory);
+struct LintFindings {
+  std::vector<Fault> faults;            // by files in ascending order, and in each by lines
+  std::vector<std::string> unreadable;  // what the system did not let be looked at, and why
+  std::set<std::string> tables;         // that rule files declare
+
+  bool any() const { return !faults.empty() || !unreadable.empty(); }
+};
+
+// Throws Failure when the directory cannot be read. Nothing is written.
+LintFindings lintCharsetDirectory(const std::string& directory);
 
 // "FILE:LINE: REASON", or "FILE: REASON".
 std::string shownFault(const Fault& fault);

@@ -5,10 +5,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "failure.h"
 
 namespace ksv_cli {
 
@@ -36,7 +39,17 @@ class LinedText {
   std::vector<size_t> lineStarts_;
 };
 
-// The bytes of a file; none when it cannot be read.
+// A file that is there, and that the system does not let be read: nothing can be said of what is
+// in it, and of what rests on it. what() names it.
+class UnreadableFile : public Failure {
+ public:
+  UnreadableFile(const std::string& path, const std::string& reason);
+};
+
+// Throws UnreadableFile.
+bool isRegularFile(const std::string& path);
+
+// The bytes of a file; none when there is no such file. Throws UnreadableFile.
 std::optional<std::vector<uint8_t>> fileBytes(const std::string& path);
 
 // The form that the beginning of a file tells, or what keeps it from being read.
@@ -71,11 +84,26 @@ class RuleSource {
   std::optional<std::string> entity(Span span) const;
   // The file that the text declares for an entity.
   std::optional<std::string> fileOf(const std::string& entity) const;
+  // Whether it names more entities than the library looks for, which are none to it then.
+  bool namesTooMuch() const;
 
  private:
+  // What the last search for a pattern found, so that a walk over many elements takes no more
+  // than one over the text.
+  struct LastSearch {
+    size_t from;
+    size_t found;
+  };
+
+  size_t find(const std::string& pattern, size_t from) const;
+  std::optional<std::string> findFileOf(const std::string& entity) const;
+
   TextForm form_;
   LinedText lines_;
   std::string text_;
+  mutable std::map<std::string, LastSearch> lastSearches_;
+  mutable std::map<std::string, std::optional<std::string>> files_;  // of entities
+  mutable uint64_t comparisons_ = 0;                                 // to find them
 };
 
 }  // namespace ksv_cli

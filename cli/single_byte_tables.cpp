@@ -51,6 +51,16 @@ bool fill(SingleByteTable& table, const std::string& charset) {
   return true;
 }
 
+std::vector<SingleByteTable> filledTables(const CharsetNames& names) {
+  std::vector<SingleByteTable> tables;
+  for (const SingleByteCharset& charset : kCharsets) {
+    const std::optional<CharsetChoice> choice = names.find(charset.name);
+    SingleByteTable table{charset.name, charset.language, {}};
+    if (choice && fill(table, choice->name)) tables.push_back(std::move(table));
+  }
+  return tables;
+}
+
 }  // namespace
 
 bool SingleByteTable::holds(const ByteFacts& facts) const {
@@ -80,13 +90,9 @@ uint64_t SingleByteTable::differingBytes(const SingleByteTable& other,
 }
 
 const std::vector<SingleByteTable>& SingleByteTables::all(const CharsetNames& names) const {
-  std::call_once(isFilled_, [&] {
-    for (const SingleByteCharset& charset : kCharsets) {
-      const std::optional<CharsetChoice> choice = names.find(charset.name);
-      SingleByteTable table{charset.name, charset.language, {}};
-      if (choice && fill(table, choice->name)) tables_.push_back(std::move(table));
-    }
-  });
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!isFilled_) tables_ = filledTables(names);
+  isFilled_ = true;
   return tables_;
 }
 

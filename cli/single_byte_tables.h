@@ -36,7 +36,9 @@ class SingleByteTables {
   const std::vector<SingleByteTable>& all(const CharsetNames& names) const;
 
  private:
-  mutable std::once_flag isFilled_;
+  // Not by std::call_once, which an exception leaves only with memory to spare.
+  mutable std::mutex mutex_;
+  mutable bool isFilled_ = false;
   mutable std::vector<SingleByteTable> tables_;
 };
 

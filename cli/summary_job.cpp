@@ -80,11 +80,13 @@ struct FoundProperty {
 
 using Record = std::string;
 
-[[noreturn]] void failWith(uint32_t result, const std::string& path) {
-  if (result == KSV_SUMMARY_NOT_OPENED) openDocument(path);  // tells why
+// cause: of what the system refused, if it did.
+[[noreturn]] void failWith(uint32_t result, const std::string& path, const std::string& cause) {
+  if (result == KSV_SUMMARY_NOT_OPENED) openDocument(path);  // tells what is wrong with it
+  if (result == KSV_SUMMARY_NOT_OPENED) throw Failure("cannot be read" + cause);
   if (result == KSV_SUMMARY_NO_SUMMARY) throw Failure("has no summary information");
   if (result == KSV_SUMMARY_MALFORMED) throw Failure("has malformed summary information");
-  throw Failure("cannot be read for lack of memory");
+  throw Failure(std::string("cannot be read: ") + platform::kOutOfMemory);
 }
 
 Record readRecord(const std::string& path, uint16_t kind) {
@@ -96,8 +98,10 @@ Record readRecord(const std::string& path, uint16_t kind) {
   settings.lineEndFlags = 0x20;
   const uint16_t parameters[3] = {kind, 0, kInitialCodePage};
   Record record(KSV_SUMMARY_RECORD_SIZE, '\0');
+  forgetCause();
   const uint32_t result = SummaryInfo(path.c_str(), &settings, record.data(), parameters);
-  if (result != KSV_SUMMARY_DONE) failWith(result, path);
+  const std::string cause = causeInWords();
+  if (result != KSV_SUMMARY_DONE) failWith(result, path, cause);
   return record;
 }
 
@@ -186,8 +190,7 @@ int summarise(const SummaryArguments& arguments) {
   return list.run(arguments.jobs, [&](size_t index) {
     const std::string text = resultOf(inputs[index], arguments, output);
     if (!isClassic && !output.holds(text)) tellReplacements(inputs[index], output, list.console());
-    refuseSystemFaults();
-    list.standardOutput().write(index, output.encoded(text));
+    list.write(index, output.encoded(text));
     list.countWhole(index);
   });
 }

@@ -1,5 +1,9 @@
 #include "system_faults.h"
 
+#include <cerrno>
+#include <new>
+#include <system_error>
+
 #include "common/faults.h"
 #include "failure.h"
 #include "platform.h"
@@ -21,7 +25,14 @@ std::string subjectOf(const ksv::Fault& fault) {
   return "";
 }
 
+void noteAndThrow() {
+  ksv::noteNoMemory("");
+  throw std::bad_alloc();
+}
+
 }  // namespace
+
+void noteWantOfMemory() { std::set_new_handler(noteAndThrow); }
 
 std::optional<std::string> systemFault() {
   if (ksv::faultCount() == 0) return std::nullopt;
@@ -31,6 +42,18 @@ std::optional<std::string> systemFault() {
 
 void refuseSystemFaults() {
   if (const std::optional<std::string> fault = systemFault()) throw Failure(*fault);
+}
+
+void forgetCause() { errno = 0; }
+
+std::string causeInWords() {
+  const int error = errno;
+  return error == 0 ? "" : ": " + std::generic_category().message(error);
+}
+
+std::string compiledTableError() {
+  const auto error = ksv::takeUnwrittenTable();
+  return error == 0 ? "" : platform::errorText(error);
 }
 
 }  // namespace ksv_cli

@@ -71,7 +71,7 @@ class TableLint {
 
   void run() {
     const auto bytes = fileBytes(platform::joinPath(directory_, use_.file));
-    const auto compiled = fileBytes(platform::joinPath(directory_, compiledName()));
+    const auto compiled = fileBytes(platform::joinPath(directory_, compiledName(use_.file)));
     if (!bytes && (!compiled || compiled->empty()))
       return add(0, "is missing; " + use_.declaredBy + " declares it");
     if (bytes && isReadable(*bytes)) lintText(*bytes);
@@ -79,8 +79,6 @@ class TableLint {
   }
 
  private:
-  std::string compiledName() const { return use_.file.substr(0, use_.file.rfind('.')) + ".cmp"; }
-
   void add(size_t line, std::string reason) {
     if (count_ == kMostFaults) reason = "has more faults, which are not told";
     if (count_++ <= kMostFaults) faults_.push_back({use_.file, line, std::move(reason)});
@@ -145,7 +143,7 @@ class TableLint {
     const std::string bytes(compiled.begin(), compiled.end());
     if (bytes == records_) return;
     const std::string reason = bytes.empty() ? "is empty" : "is not what " + use_.file + " says";
-    faults_.push_back({compiledName(), 0, reason + "; without it, it is made anew"});
+    faults_.push_back({compiledName(use_.file), 0, reason + "; without it, it is made anew"});
   }
 
   const std::string& directory_;
@@ -157,6 +155,10 @@ class TableLint {
 };
 
 }  // namespace
+
+std::string compiledName(const std::string& table) {
+  return table.substr(0, table.rfind('.')) + ".cmp";
+}
 
 void lintTable(const std::string& directory, const TableUse& use, std::vector<Fault>& faults) {
   TableLint(directory, use, faults).run();

@@ -26,6 +26,9 @@ struct TableUse {
   unsigned width;          // bytes of a code
 };
 
+// The name of the compiled copy of a table.
+std::string compiledName(const std::string& table);
+
 // Looks at the text and at its compiled copy.
 void lintTable(const std::string& directory, const TableUse& use, std::vector<Fault>& faults);
 

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@
 #include "platform.h"
 #include "rule_base.h"
 #include "rule_lint.h"
+#include "rule_source.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
@@ -69,19 +72,33 @@ class TableFiller {
   const std::vector<std::string>& charsets_;
 };
 
-// What the library passes over in silence. Returns whether there is any.
-bool tellFaults() {
-  const std::optional<std::string> directory = charsetDirectory();
-  if (!directory) return false;
-  const std::vector<Fault> faults = lintCharsetDirectory(*directory);
-  for (const Fault& fault : faults)
+void tellFaults(const LintFindings& found) {
+  for (const Fault& fault : found.faults)
     platform::writeToStandardError("ksv: " + escaped(shownFault(fault), Backslash::kStays) + "\n");
-  return !faults.empty();
+  for (const std::string& file : found.unreadable)
+    platform::writeToStandardError("ksv: " + file + "\n");
+}
+
+// The library does without the copies that it cannot make; here they are what is wanted.
+bool tellMissingCopies(const std::string& directory, const std::set<std::string>& tables) {
+  const std::string words = compiledTableError();
+  const std::string reason = "cannot be made" + (words.empty() ? "" : ": " + words);
+  bool anyMissing = false;
+  for (const std::string& table : tables) {
+    const std::string compiled = platform::joinPath(directory, compiledName(table));
+    if (isRegularFile(compiled) || !isRegularFile(platform::joinPath(directory, table))) continue;
+    anyMissing = true;
+    platform::writeToStandardError(diagnostic(compiled, reason));
+  }
+  return anyMissing;
 }
 
 int fillTables() {
   const RuleBase ruleBase;
-  const bool hasFaults = tellFaults();
+  // What the library passes over in silence.
+  const std::optional<std::string> directory = charsetDirectory();
+  const LintFindings found = directory ? lintCharsetDirectory(*directory) : LintFindings{};
+  tellFaults(found);
   const std::vector<std::string> charsets = ruleBase.charsets();
   const TableFiller filler(charsets);
   size_t filled = 0;
@@ -91,9 +108,11 @@ int fillTables() {
     else
       platform::writeToStandardError(diagnostic(charset, "cannot be set up"));
   }
+  refuseSystemFaults();
+  const bool lacksCopies = directory && tellMissingCopies(*directory, found.tables);
   const int written =
       writeResult("the code tables of " + std::to_string(filled) + " charsets are filled\n");
-  return filled == charsets.size() && !hasFaults ? written : kExitFailed;
+  return filled == charsets.size() && !found.any() && !lacksCopies ? written : kExitFailed;
 }
 
 }  // namespace

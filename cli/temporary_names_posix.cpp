@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <random>
 
+#include "console.h"
+
 namespace ksv_cli::platform {
 namespace {
 
@@ -56,6 +58,7 @@ TemporaryNames temporaryNames;
 // process does not end has been counted before the signal looks at the count.
 std::atomic<bool> processEnds{false};
 std::atomic<int> threadsInSections{0};
+thread_local bool isInSection = false;
 
 void sleepShortly() {
   const timespec time = {0, 100'000};
@@ -63,9 +66,7 @@ void sleepShortly() {
 }
 
 void endProcessAt(int signalNumber) {
-  processEnds = true;
-  while (threadsInSections != 0) sleepShortly();
-  temporaryNames.unlinkAll();
+  removeTemporaryFiles();
   ::signal(signalNumber, SIG_DFL);
   ::raise(signalNumber);
 }
@@ -100,14 +101,23 @@ int createdFile(const std::string& path) {
   int error;
   {
     const NamesSection section;
-    number = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    error = errno;
+    do {
+      number = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+      error = errno;
+    } while (number < 0 && error == EINTR);
   }
   if (number < 0) fail(error);
   return number;
 }
 
 }  // namespace
+
+// A thread that is in a section itself has stopped there for good.
+void removeTemporaryFiles() noexcept {
+  processEnds = true;
+  while (threadsInSections > (isInSection ? 1 : 0)) sleepShortly();
+  temporaryNames.unlinkAll();
+}
 
 void removeTemporaryFilesAtSignals() {
   for (int signalNumber = 1; signalNumber <= SIGRTMAX; ++signalNumber)
@@ -120,12 +130,15 @@ NamesSection::NamesSection() {
   sigfillset(&all);
   ::pthread_sigmask(SIG_SETMASK, &all, &before_);
   ++threadsInSections;
+  isInSection = true;
   if (!processEnds) return;
+  isInSection = false;
   --threadsInSections;
   for (;;) sleepShortly();
 }
 
 NamesSection::~NamesSection() {
+  isInSection = false;
   --threadsInSections;
   ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
@@ -145,8 +158,13 @@ PassingFile::PassingFile(const std::string& directory)
     : name_(directory), descriptor_(createdFile(name_.path())) {}
 
 PassingFile::~PassingFile() {
-  const NamesSection section;
-  if (isThere_) ::unlink(path().c_str());
+  if (!isThere_) return;
+  int error;
+  {
+    const NamesSection section;
+    error = ::unlink(path().c_str()) == 0 ? 0 : errno;
+  }
+  if (error != 0 && error != ENOENT) tellLeftOver(path(), {error, std::generic_category()});
 }
 
 bool PassingFile::renameTo(const std::string& place) {

@@ -19,6 +19,9 @@ namespace ksv_cli::platform {
 // the files first. To be called once, before any thread starts.
 void removeTemporaryFilesAtSignals();
 
+// Removes them once no other thread is about to change one; from then on none does.
+void removeTemporaryFiles() noexcept;
+
 class NamesSection {
  public:
   NamesSection();

@@ -9,13 +9,11 @@
 #include "ksv_detect.h"
 #include "platform.h"
 #include "rereadable_text.h"
+#include "resource_limits.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
-
-// More of a text than this changes nothing: detection reads no chunk behind 4 MiB,
-// and this is more than the chunk that reaches over it.
-constexpr size_t kMostLookedAt = 4 * 1024 * 1024 + 64 * 1024;
 
 struct DetectedCharset {
   uint32_t bit;
@@ -45,18 +43,23 @@ constexpr char kReadShiftJis[] = "WINDOWS31J";
 std::optional<Detection> detectInPlace(const std::string& input, const char* language) {
   if (isStandardStream(input)) return std::nullopt;
   if (platform::fileFacts(input).kind != platform::FileKind::kRegular) return std::nullopt;
+  forgetCause();
   const uint32_t word = dtctText(input.c_str(), language);
+  const std::string cause = causeInWords();
+  if (word == KSV_TEXT_FAILURE && !cause.empty()) throw Failure("cannot be read" + cause);
   if (word == KSV_TEXT_FAILURE) return std::nullopt;
   return Detection{word};
 }
 
 DetectedText detectStream(std::unique_ptr<ByteSource> source, const char* language) {
-  std::vector<uint8_t> beginning = readAtMost(*source, kMostLookedAt);
+  std::vector<uint8_t> beginning = readAtMost(*source, limits::kMostLookedAt);
   if (beginning.empty()) return {std::move(source), {}, true};
   const auto copy = platform::TemporaryFile::create();
   copy->write(beginning.data(), beginning.size());
-  const uint32_t word = dtctText(copy->finish().c_str(), language);
-  if (word == KSV_TEXT_FAILURE) throw Failure("a temporary file cannot be read");
+  const std::string& name = copy->finish();
+  forgetCause();
+  const uint32_t word = dtctText(name.c_str(), language);
+  if (word == KSV_TEXT_FAILURE) throw Failure("a temporary file cannot be read" + causeInWords());
   return {std::make_unique<ResumedSource>(std::move(beginning), std::move(source)), {word}, false};
 }
 

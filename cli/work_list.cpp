@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <thread>
 
 #include "failure.h"
 #include "platform.h"
@@ -39,13 +38,26 @@ void OrderedOutput::finish(size_t index) {
 WorkList::WorkList(const std::vector<std::string>& inputs)
     : inputs_(inputs), console_(inputs.size(), totalSize(inputs)), standardOutput_(inputs.size()) {}
 
+void WorkList::write(size_t index, const std::string& text) {
+  refuseSystemFaults();
+  standardOutput_.write(index, text);
+}
+
 int WorkList::run(size_t jobs, const std::function<void(size_t index)>& workOn) {
   std::vector<std::thread> helpers;
-  for (size_t i = 1; i < std::min(jobs, inputs_.size()); ++i)
-    helpers.emplace_back([this, &workOn] { work(workOn); });
+  startHelpers(helpers, std::min(jobs, inputs_.size()), workOn);
   work(workOn);
   for (std::thread& helper : helpers) helper.join();
   return anyFailed_ ? kExitFailed : kExitDone;
+}
+
+// As many as the system lets there be: the inputs are worked on by those that are there.
+void WorkList::startHelpers(std::vector<std::thread>& helpers, size_t wanted,
+                            const std::function<void(size_t index)>& workOn) {
+  try {
+    while (helpers.size() + 1 < wanted) helpers.emplace_back([this, &workOn] { work(workOn); });
+  } catch (const std::exception&) {
+  }
 }
 
 void WorkList::work(const std::function<void(size_t index)>& workOn) {
@@ -58,16 +70,25 @@ void WorkList::work(const std::function<void(size_t index)>& workOn) {
 
 void WorkList::workAndReport(size_t index, const std::function<void(size_t index)>& workOn) {
   try {
+    workOrReport(index, workOn);
+  } catch (const std::exception&) {
+    anyFailed_ = true;
+    platform::tellOutOfMemory();  // there was none for the report
+  }
+}
+
+void WorkList::workOrReport(size_t index, const std::function<void(size_t index)>& workOn) {
+  try {
     workOn(index);
-    return;
   } catch (const Failure& failure) {
+    anyFailed_ = true;
     const std::optional<std::string> fault = systemFault();
     // Whatever is said of the input may come of it.
     report(index, fault && !failure.quiet() ? Failure(*fault) : failure);
   } catch (const std::exception& error) {
-    report(index, Failure(error.what()));
+    anyFailed_ = true;
+    report(index, Failure(reasonOf(error)));
   }
-  anyFailed_ = true;
 }
 
 void WorkList::report(size_t index, const Failure& failure) {

@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -48,8 +49,11 @@ class WorkList {
   Console& console() { return console_; }
   OrderedOutput& standardOutput() { return standardOutput_; }
 
+  // Writes the result of an input, unless it may rest on a system error. Throws Failure.
+  void write(size_t index, const std::string& text);
+
   // Tells the console of an input as a whole, for work that does not count its bytes.
-  void countWhole(size_t index) { console_.addBytes(inputFacts(inputs_[index]).size); }
+  void countWhole(size_t index) { console_.addBytes(knownSize(inputs_[index])); }
 
   // Has a record of each failure written to standard output as well, in the place of the
   // result, as the line that encode makes of it.
@@ -61,8 +65,11 @@ class WorkList {
   int run(size_t jobs, const std::function<void(size_t index)>& workOn);
 
  private:
+  void startHelpers(std::vector<std::thread>& helpers, size_t wanted,
+                    const std::function<void(size_t index)>& workOn);
   void work(const std::function<void(size_t index)>& workOn);
   void workAndReport(size_t index, const std::function<void(size_t index)>& workOn);
+  void workOrReport(size_t index, const std::function<void(size_t index)>& workOn);
   void report(size_t index, const Failure& failure);
 
   const std::vector<std::string>& inputs_;

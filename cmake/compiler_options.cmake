@@ -9,6 +9,24 @@ if(KSV_SANITIZE)
   target_link_options(ksv_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(KSV_SANITIZE_THREADS)
+  target_compile_options(ksv_options INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(ksv_options INTERFACE -fsanitize=thread)
+endif()
+
 if(KSV_BUILD_FUZZERS)
   target_compile_options(ksv_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+if(KSV_COVERAGE)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "KSV_COVERAGE needs clang; use the preset 'coverage'")
+  endif()
+  # The counters are pages of a file that all processes of a program share, so that one that
+  # is killed, or that ends without its exit handlers, has counted too. Where the file is has
+  # to be built in: tests start programs without an environment.
+  set(counters -fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%m%c.profraw)
+  target_compile_options(ksv_options INTERFACE ${counters} -fcoverage-mapping
+                         -fprofile-update=atomic "SHELL:-mllvm -runtime-counter-relocation")
+  target_link_options(ksv_options INTERFACE ${counters})
 endif()

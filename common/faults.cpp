@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <utility>
 
 namespace ksv {
 namespace {
@@ -20,6 +21,8 @@ constinit std::atomic<uint64_t> noted = 0;
 // The latest, each at the place of its number.
 constinit NotedFault faults[kKept] = {};
 constinit std::atomic_flag inUse;
+
+constinit thread_local platform::SystemError unwrittenTable = 0;
 
 // Keeps threads apart, for as long as copying a path takes. It is not waited for longer: in a
 // forked process nobody may be left to give it back.
@@ -70,5 +73,11 @@ Fault faultBehind(uint64_t count) {
   }
   return {FaultSubject::kMemory, "", platform::outOfMemory()};
 }
+
+void noteUnwrittenTable(platform::SystemError error) noexcept {
+  if (unwrittenTable == 0) unwrittenTable = error;
+}
+
+platform::SystemError takeUnwrittenTable() noexcept { return std::exchange(unwrittenTable, 0); }
 
 }  // namespace ksv

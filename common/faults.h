@@ -40,4 +40,9 @@ uint64_t faultCount() noexcept;
 // Call it when there are more.
 Fault faultBehind(uint64_t count);
 
+// Why a compiled table could not be written, which matters to nobody but who asks for it: the
+// first such error on this thread since it was taken; 0: there was none.
+void noteUnwrittenTable(platform::SystemError error) noexcept;
+platform::SystemError takeUnwrittenTable() noexcept;
+
 }  // namespace ksv

@@ -127,6 +127,8 @@ bool statusOfListed(const std::string& path, FileStatus& status) {
   return fileStatus(path.c_str(), status) || entryStatus(path.c_str(), status);
 }
 
+SystemError lastError() { return errno; }
+
 bool removeFile(const char* path) { return unlink(path) == 0; }
 
 bool makeDirectory(const char* path) { return mkdir(path, 0777) == 0; }

@@ -207,6 +207,8 @@ bool statusOfListed(const std::string& path, FileStatus& status) {
   return statusOf(wide, 0, status) || statusOf(wide, FILE_FLAG_OPEN_REPARSE_POINT, status);
 }
 
+SystemError lastError() { return static_cast<SystemError>(GetLastError()); }
+
 bool removeFile(const char* path) {
   const WideText wide(path);
   return wide && DeleteFileW(wide.get());

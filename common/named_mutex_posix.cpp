@@ -47,6 +47,11 @@ struct Mapping {
   char name[kLongestName + 1];
   SharedLock* lock;
   Mapping* next;
+  // The thread that holds the mutex, and how often. A thread may find itself named here only
+  // when it is the one, so that it never asks for the release of what another holds; whoever
+  // dies stays named until the next one takes the mutex.
+  std::atomic<pthread_t> holder{};
+  std::atomic<int> depth = 0;
 };
 
 std::atomic<Mapping*> mappings{nullptr};
@@ -195,7 +200,7 @@ Mapping* openMapping(const char* name) {
 
 class PosixNamedMutex final : public NamedMutex {
  public:
-  explicit PosixNamedMutex(pthread_mutex_t& mutex) : mutex_(mutex) {}
+  explicit PosixNamedMutex(Mapping& mapping) : mapping_(mapping), mutex_(mapping.lock->mutex) {}
 
   ~PosixNamedMutex() override {
     while (unlock()) {
@@ -204,15 +209,29 @@ class PosixNamedMutex final : public NamedMutex {
 
   LockResult lock() override {
     const int error = pthread_mutex_lock(&mutex_);
+    if (error != 0 && error != EOWNERDEAD) return LockResult::kFailed;
+    const int levels = error == 0 && isHeldByThisThread() ? mapping_.depth.load() : 0;
+    // In this order: the thread that was named before must not find itself named with a depth.
+    mapping_.holder = pthread_self();
+    mapping_.depth = levels + 1;
     if (error == 0) return LockResult::kAcquired;
-    if (error != EOWNERDEAD) return LockResult::kFailed;
     pthread_mutex_consistent(&mutex_);
     return LockResult::kAbandoned;
   }
 
-  bool unlock() override { return pthread_mutex_unlock(&mutex_) == 0; }
+  bool unlock() override {
+    if (!isHeldByThisThread()) return false;
+    // Before others can come, and for good where a fork has left the mutex to its parent.
+    --mapping_.depth;
+    return pthread_mutex_unlock(&mutex_) == 0;
+  }
 
  private:
+  bool isHeldByThisThread() const {
+    return mapping_.depth > 0 && pthread_equal(mapping_.holder, pthread_self()) != 0;
+  }
+
+  Mapping& mapping_;
   pthread_mutex_t& mutex_;
 };
 
@@ -226,7 +245,7 @@ std::unique_ptr<NamedMutex> NamedMutex::open(const char* name) {
   return guarded(std::unique_ptr<NamedMutex>(), [&]() -> std::unique_ptr<NamedMutex> {
     Mapping* mapping = isUsableName(name) ? openMapping(name) : nullptr;
     if (mapping == nullptr) return nullptr;
-    return std::make_unique<PosixNamedMutex>(mapping->lock->mutex);
+    return std::make_unique<PosixNamedMutex>(*mapping);
   });
 }
 

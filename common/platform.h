@@ -59,6 +59,8 @@ using SystemError = int;
 // That there is no memory; that somebody else may read the file, and not this user.
 SystemError outOfMemory();
 SystemError accessDenied();
+// The error of the call that has just failed on this thread.
+SystemError lastError();
 
 // A file that is read from its beginning, without the buffer and the lock of a
 // stream: for those who read large pieces, or very many files.

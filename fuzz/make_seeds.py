@@ -494,6 +494,108 @@ def summary_seeds():
     return seeds
 
 
+# --- Paths: a capacity, then strings that end in a zero. ---
+
+def path_seeds():
+    def strings(*texts, capacity=780):
+        return struct.pack(">H", capacity) + b"".join(text + b"\0" for text in texts)
+    return {
+        "plain": strings(b"/data/report.tar.gz", b"_err"),
+        "drive": strings(b"C:\\data\\report.doc", b"*.doc", b"txt"),
+        "dots": strings(b"../.profile", b".?*"),
+        "japanese": strings("日本/表.txt".encode(), "?本/*".encode(), "表".encode()),
+        "shift_jis": strings(b"dir/\x95\x5c.txt\\\x83", b"\x95?"),
+        "beyond_the_plane": strings("😀/\U0010ffff".encode(), b"?/?", capacity=5),
+        "no_room": strings(b"abcdef", capacity=3),
+        "nowhere": strings(b"a", capacity=0),
+        "bad_utf8": strings(b"a\xc0\xaf/\xed\xa0\x80/\xf8/\xe3\x81", b"*\xc0?"),
+        "long_base": strings(b"x" * 770, b"_", b"." + b"y" * 10),
+        "long_path": strings(b"d/" * 380 + b"file.ext", b"z" * 10),
+        "most_units": strings("あ".encode() * 779),
+        "stars": strings(b"aaaaaaaaaaaaaaaab", b"*a*a*a*a?b*"),
+        "surrogates": struct.pack(">H", 40) + "a😀".encode("utf-16-le") + b"\x3d\xd8\0\0",
+        "empty": b"",
+    }
+
+
+# --- Cuts: charset, what the length leaves, limit, text. ---
+
+def cut_seeds():
+    japanese = "a日本\r\nｱ\r\n"
+    texts = {0: japanese.encode("cp932"), 1: japanese.encode("euc_jp"),
+             2: japanese.encode("euc_jp") + b"\x8f\xa1\xa1", 3: japanese.encode("iso2022_jp_ext"),
+             4: b"\x1b$(Q\x24\x22\x1b(B\r\nb", 5: japanese.encode("utf-32-le"),
+             6: japanese.encode("utf-16-be"), 7: (japanese + "😀é").encode(),
+             8: "中文\r\n".encode("gbk"), 9: "中文\U0010ffff\r\n".encode("gb18030"), 10: b"ab\r\n"}
+    seeds = {}
+    for charset, text in texts.items():
+        for limit in (3, len(text) - 1):
+            seeds[f"charset_{charset}_limit_{limit}"] = (
+                bytes([charset, 0]) + struct.pack(">H", limit) + text + bytes(4))
+    seeds["empty"] = b""
+    return seeds
+
+
+# --- Formats of the log: an argument, then the format. ---
+
+def log_format_seeds():
+    formats = [b"status %d\n", b"%08X", b"<%-5d>", b"%c", b"%.3i|%lu", b"100%%", b"%s%n%*d", b"%5.",
+               b"%hhd %hu", b"%llx", b"%+zu % td%jo", b"%4095d", b"%.4096d", b"%#-+ 0o", b"%\xe3\x81",
+               b"%1$d%", b""]
+    return {f"format_{number}": struct.pack(">i", argument) + text
+            for number, (text, argument) in enumerate(
+                zip(formats, [12, -2, 7, 0, 65, 1, -70000, 77] * 3))}
+
+
+# --- The command: arguments, standard input, the files "a" and "b". ---
+
+def command(arguments, text=b"", a=JAPANESE.encode(), b=b"plain\n"):
+    return SEPARATOR.join([b"".join(argument.encode() + b"\0" for argument in arguments.split()),
+                           text, a, b])
+
+
+def command_seeds():
+    japanese = JAPANESE.encode("cp932")
+    document = compound(b"", b"small")[1:]
+    lines = {
+        "convert": command("convert -f UTF-8 -t Shift_JIS a b"),
+        "convert_input": command("convert -f Shift_JIS -t UTF-16LE --bom --newline crlf", japanese),
+        "convert_detected": command("convert -t UTF-8 a", a=japanese),
+        "convert_guess": command("convert --guess -t UTF-8 --detect-language ja a", a=japanese),
+        "convert_classic": command("convert --classic -t UTF-8 a b", a=japanese),
+        "convert_invalid": command("convert -f UTF-8 -t UTF-16 --invalid skip --strict -",
+                                   b"a\xff\xe3\x81b"),
+        "convert_unmappable": command("convert -f UTF-8 -t ISO-8859-1 --unmappable replace "
+                                      "--replacement ? --references decimal a"),
+        "convert_output": command("convert -f UTF-8 -t ISO-2022-JP -o out --block-size 7 a"),
+        "convert_directory": command("convert -f UTF-8 -t UTF-16BE --output-dir new a b -j 2"),
+        "convert_in_place": command("convert -f UTF-8 -t Shift_JIS --in-place=.bak --touch a b"),
+        "convert_in_place_fails": command("convert -f UTF-8 -t Shift_JIS --in-place a", a=b"\xff"),
+        "convert_missing": command("convert -f UTF-8 -t UTF-16 a missing b"),
+        "detect": command("detect --json a b -"),
+        "detect_list": command("detect --files-from a --null", a=b"a\0b\0missing"),
+        "detect_classic": command("detect --classic --language ja a b"),
+        "check": command("check a b --json", a=JAPANESE.encode("utf-16")),
+        "check_input": command("check --classic", japanese),
+        "charsets": command("charsets --json"),
+        "tables": command("tables"),
+        "cut": command("cut -c Shift_JIS -n 9 -", japanese),
+        "cut_name": command("cut --charset=utf-8 --bytes=3 a"),
+        "summary": command("summary a --json", a=document),
+        "summary_charset": command("summary -t Shift_JIS a b", a=document),
+        "ole_list": command("ole list a --json", a=document),
+        "ole_cat": command("ole cat a small", a=document),
+        "lint": command("lint . --json"),
+        "lint_file": command("lint a"),
+        "help": command("convert --help"),
+        "version": command("--version"),
+        "no_job": command("nothing at all"),
+        "bad_option": command("cut -n x --none"),
+        "empty": b"",
+    }
+    return lines
+
+
 def main():
     write("rule_file_fuzzer", rule_file_seeds())
     write("table_text_fuzzer", table_text_seeds())
@@ -503,6 +605,10 @@ def main():
     write("summary_fuzzer", summary_seeds())
     write("text_detection_fuzzer", detection_seeds())
     write("encoding_check_fuzzer", check_seeds())
+    write("path_fuzzer", path_seeds())
+    write("cut_fuzzer", cut_seeds())
+    write("log_format_fuzzer", log_format_seeds())
+    write("command_fuzzer", command_seeds())
 
 
 if __name__ == "__main__":

@@ -15,7 +15,13 @@ namespace {
 constexpr char kPrefix[] = "ksv_fuzz";
 constexpr char kInMemory[] = "/dev/shm";
 
+// Where a script that cleans up after us wants it.
+constexpr char kParentVariable[] = "KSV_FUZZ_SCRATCH";
+
 std::string makeDirectory() {
+  if (const auto parent = ksv::test::variable(kParentVariable)) {
+    return ksv::test::makeTemporaryDirectory(kPrefix, *parent);
+  }
   if (std::filesystem::is_directory(kInMemory)) {
     try {
       return ksv::test::makeTemporaryDirectory(kPrefix, kInMemory);
@@ -60,8 +66,8 @@ void ScratchDirectory::remove(const std::string& name) const {
   std::filesystem::remove(path_ + name);
 }
 
-std::string ScratchDirectory::read(const std::string& name) const {
-  std::ifstream file(path_ + name, std::ios::binary);
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
   require(file.good(), "the file is there");
   return std::string(std::istreambuf_iterator<char>(file), {});
 }

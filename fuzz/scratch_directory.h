@@ -8,6 +8,9 @@
 
 namespace ksv_fuzz {
 
+// The bytes of a file that has to be there.
+std::string contentOf(const std::string& path);
+
 class ScratchDirectory {
  public:
   // Makes the directory and points the library's setting at it.
@@ -26,8 +29,7 @@ class ScratchDirectory {
   void copyFilesOf(const std::string& directory) const;
   void remove(const std::string& name) const;
   std::string pathOf(const std::string& name) const { return path_ + name; }
-  // The bytes of a file that has to be there.
-  std::string read(const std::string& name) const;
+  std::string read(const std::string& name) const { return contentOf(pathOf(name)); }
 
  private:
   const std::string path_;

@@ -1,5 +1,6 @@
 #include "fuzz/support.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -7,7 +8,9 @@ namespace ksv_fuzz {
 
 void require(bool condition, const char* message) {
   if (condition) return;
-  std::fprintf(stderr, "fuzz: violated: %s\n", message);
+  // Not to standard error, which belongs to the command in the target that runs it.
+  std::printf("fuzz: violated: %s\n", message);
+  std::fflush(stdout);
   std::abort();
 }
 
@@ -20,6 +23,16 @@ uint8_t Input::byte() {
 uint16_t Input::word() {
   const uint32_t high = byte();
   return static_cast<uint16_t>(high << 8 | byte());
+}
+
+std::vector<std::string> stringsOf(std::string_view bytes, size_t count) {
+  std::vector<std::string> strings;
+  while (strings.size() < count) {
+    const size_t end = std::min(bytes.find('\0'), bytes.size());
+    strings.emplace_back(bytes.substr(0, end));
+    bytes.remove_prefix(std::min(end + 1, bytes.size()));
+  }
+  return strings;
 }
 
 std::string widen(std::string_view text, Widening widening) {

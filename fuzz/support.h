@@ -26,6 +26,9 @@ class Input {
   size_t size_;
 };
 
+// The first count strings of bytes, each ended by a zero; empty ones behind the end.
+std::vector<std::string> stringsOf(std::string_view bytes, size_t count);
+
 // How the bytes of an input become a file: as they are, or each byte widened to one
 // unit, so that a mutation of one byte is a mutation of one character.
 enum class Widening { kNone, kTwoLittle, kTwoBig, kFourLittle, kFourBig };

@@ -147,9 +147,13 @@ typedef struct EncodingCheckRecord {
 
 /* Starts the use of the conversion functions. Calls nest; only the first creates
  * the rule base, its named lock "CtableMutex" and its default block size. Every
- * call reads the setting "Charsetpath" anew. Call it, like endProcess,
- * setBlockSize and cconvLoadRule, from one thread while no conversion runs.
- * Returns 1, or 0 when there is no memory. */
+ * call reads the setting "Charsetpath" anew.
+ *
+ * Threads may each call startProcess, cconvLoadRule and, in the end, endProcess on
+ * their own, while others convert: the first loads, and the last end frees. Only
+ * a cconvLoadRule that finds new charsets in a directory that is in use must not
+ * run while other threads convert. setBlockSize is for one thread while no
+ * conversion runs. Returns 1, or 0 when there is no memory. */
 KSV_API int startProcess(void);
 
 /* Undoes one startProcess; the last one frees all that was loaded. An unmatched

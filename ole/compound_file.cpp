@@ -1,9 +1,9 @@
 #include "ole/compound_file.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
+#include "ole/limits.h"
 #include "ole/little_endian.h"
 
 namespace ksv {
@@ -34,7 +34,7 @@ bool CompoundFile::loadMiniFat(CompoundFault& fault) {
   constexpr int64_t kMiniFatSectors = 64;
   if (header_.miniFatSectors == 0) return true;
   const uint64_t bytes = uint64_t{header_.miniFatSectors} * header_.sectorSize;
-  if (bytes > uint64_t{std::numeric_limits<int32_t>::max()}) {
+  if (bytes > limits::kLargestMiniFat) {
     return refuse(fault, "claims a table of mini sectors that is too large", kMiniFatSectors);
   }
   miniFatEntries_ = static_cast<uint32_t>(bytes / 4);

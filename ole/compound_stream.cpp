@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 #include "ole/compound_file.h"
+#include "ole/limits.h"
 
 namespace ksv {
 namespace {
@@ -71,7 +71,7 @@ uint32_t CompoundStream::pieceAt(uint32_t position, int64_t offset, uint32_t wan
   if (isMini_) return std::min(piece, wanted);
   size_t index = position / unit_;
   while (piece < wanted && chain_[index] != kEndOfChain && chain_[index + 1] == chain_[index] + 1 &&
-         offset + piece + unit_ <= std::numeric_limits<int32_t>::max()) {
+         offset + piece + unit_ <= limits::kHighestOffset) {
     piece += unit_;
     ++index;
   }

@@ -5,6 +5,7 @@
 
 #include "ksv_sjis.h"
 #include "ksv_ucs2.h"
+#include "ole/limits.h"
 #include "ole/little_endian.h"
 
 namespace ksv {
@@ -37,7 +38,6 @@ class StreamSearch {
   }
 
  private:
-  static constexpr size_t kLevels = 256;
   static constexpr uint16_t kOnPath = 0xFFFF;
 
   enum class Outcome { kGoOn, kFound, kFailed };
@@ -51,7 +51,7 @@ class StreamSearch {
   // Looks at an entry and puts it on the path, to have its subtrees searched.
   Outcome enter(uint32_t id) {
     if (id == kFreeSector) return Outcome::kGoOn;
-    if (depth_ == kLevels || id >= directory_.size()) return Outcome::kFailed;
+    if (depth_ == limits::kMostLevels || id >= directory_.size()) return Outcome::kFailed;
     const uint16_t known = heights_[id];
     if (known != 0) return enterAgain(known);
     if (KSV_stricmp(directory_.nameOf(id), name_) == 0) {
@@ -65,7 +65,7 @@ class StreamSearch {
 
   // A cycle is as deep as can be.
   Outcome enterAgain(uint16_t height) {
-    if (height == kOnPath || depth_ + height > kLevels) return Outcome::kFailed;
+    if (height == kOnPath || depth_ + height > limits::kMostLevels) return Outcome::kFailed;
     noteSubtree(height);
     return Outcome::kGoOn;
   }
@@ -90,7 +90,7 @@ class StreamSearch {
   const Directory& directory_;
   const char* const name_;
   std::vector<uint16_t> heights_;  // 0: not searched
-  std::array<Level, kLevels> path_;
+  std::array<Level, limits::kMostLevels> path_;
   size_t depth_ = 0;
   uint32_t found_ = 0;
 };

@@ -8,6 +8,8 @@
 #include <memory>
 #include <optional>
 
+#include "ole/limits.h"
+
 namespace ksv {
 
 class PagedFile {
@@ -38,8 +40,8 @@ class PagedFile {
   void close();
 
  private:
-  static constexpr size_t kPageSize = 4096;
-  static constexpr size_t kPages = 64;
+  static constexpr size_t kPageSize = limits::kPageSize;
+  static constexpr size_t kPages = limits::kPages;
 
   struct Page {
     int64_t number = -1;

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +11,7 @@
 
 #include "ksv_ole.h"
 #include "ole/day_serial.h"
+#include "ole/limits.h"
 #include "ole/little_endian.h"
 
 namespace ksv {
@@ -180,7 +180,7 @@ class PropertyReader {
 uint32_t readSection(Section& section, PropertySet set, SummaryReading& reading) {
   if (section.size() < kSectionHeaderSize) return KSV_SUMMARY_MALFORMED;
   // A terminator of two bytes would have been put behind it, in one block.
-  if (section.size() > uint32_t{std::numeric_limits<int32_t>::max()} - 2) {
+  if (section.size() > limits::kLargestSection) {
     return KSV_SUMMARY_NO_MEMORY;
   }
   const uint32_t count = section.dword(4);
@@ -207,7 +207,7 @@ uint32_t readPropertySet(CompoundFile& file, PropertySet set, SummaryReading& re
   const uint64_t count = readDword(*stream, kSectionCount);
   const uint64_t leastSize = kSectionRowSize * count;
   if (count >= 2 && leastSize > uint64_t{stream->size()} + 12) return KSV_SUMMARY_MALFORMED;
-  int64_t budget = 256 * 1024 + 2 * file.file().size();
+  int64_t budget = limits::sectionBytes(file.file().size());
   for (uint64_t i = 0; i < count; ++i) {
     const uint64_t row = kFirstSection + kSectionRowSize * i;
     if (!isSectionOf(*stream, row, names.formatId)) continue;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 
+#include "ole/limits.h"
 #include "ole/little_endian.h"
 
 namespace ksv {
@@ -146,7 +146,7 @@ uint32_t SectorTable::next(uint32_t sector) const {
 
 std::optional<uint32_t> SectorTable::offsetOf(uint32_t sector, uint32_t offsetInSector) const {
   const uint32_t offset = sector * sectorSize_ + kHeaderSize + offsetInSector;
-  if (offset > uint32_t{std::numeric_limits<int32_t>::max()}) return std::nullopt;
+  if (offset > limits::kHighestOffset) return std::nullopt;
   return offset;
 }
 

@@ -9,11 +9,11 @@
 
 #include "ksv_cconv.h"
 #include "ksv_ole.h"
+#include "ole/limits.h"
 
 namespace ksv {
 
-// The most bytes that are taken of a text, before it is cut between characters.
-inline constexpr size_t kLongestText = 1026;
+using limits::kLongestText;
 
 // How many bytes of a text are left when it is cut to at most 256 without splitting a
 // character of the code page.

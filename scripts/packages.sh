@@ -6,10 +6,13 @@ readonly packages=(
   libcli11-dev nlohmann-json3-dev
   libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
   clang libclang-rt-14-dev locales
-  doxygen
+  doxygen strace
 )
 # For the Windows build and its tests; not every machine can have them.
 readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)
+
+# For scripts/coverage, beside the others.
+readonly coverage_packages=(llvm)
 
 # Those of the packages named that are not installed.
 missing_packages() {
@@ -27,10 +30,11 @@ apt_install() {
   run_quietly env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
 }
 
-# Installs what is missing as root; anyone else is told the line to run.
+# Installs what is missing, of the packages named as well, as root; anyone else is told the line
+# to run.
 install_packages() {
   local missing
-  mapfile -t missing < <(missing_packages "${packages[@]}")
+  mapfile -t missing < <(missing_packages "${packages[@]}" "$@")
   if ((${#missing[@]} == 0)); then return; fi
   if ((EUID != 0)); then
     echo "Some packages are missing. Run this, and then $0 again:" >&2

@@ -15,6 +15,7 @@
 #include "cconv/convert/driver.h"
 #include "cconv/convert/iso_2022_form.h"
 #include "cconv/convert/source_forms.h"
+#include "cconv/limits.h"
 
 namespace ksv {
 namespace {
@@ -720,11 +721,7 @@ class BulkConverters : public DerivedTables {
   }
 
  private:
-  // A quarter of the places stay free. With up to 54 KB of page pointers each,
-  // 21 MB; all charsets of the directory with one set of options, and more than any
-  // process has been seen to use.
-  static constexpr size_t kPlaces = 512;
-  static constexpr size_t kMostConverters = 384;
+  static constexpr size_t kPlaces = limits::kPlacesOfConverters;
 
   struct Known {
     explicit Known(const TableKey& knownKey) : key(knownKey) {}
@@ -759,7 +756,7 @@ class BulkConverters : public DerivedTables {
       Known* known = slot.load(std::memory_order_relaxed);
       if (known != nullptr && known->key == key) return known;
       if (known != nullptr) continue;
-      if (count_ >= kMostConverters) return nullptr;
+      if (count_ >= limits::kMostConverters) return nullptr;
       known = new Known(key);
       ++count_;
       pauseForTests(PublicationStep::kMade);

@@ -2,13 +2,13 @@
 
 #include <new>
 
+#include "cconv/limits.h"
 #include "cconv/rules/publication.h"
 
 namespace ksv {
 namespace {
 
-// The tables of a process together: 8 MB.
-constexpr uint32_t kMostTables = 64;
+// The tables of a process together.
 constinit std::atomic<uint32_t> tablesInUse = 0;
 
 }  // namespace
@@ -84,7 +84,7 @@ CharacterTraces::Slots* CharacterTraces::slotsToFill() {
   Slots* present = slots_.load(std::memory_order_acquire);
   if (present != nullptr) return present;
   Slots* made = nullptr;
-  if (tablesInUse.fetch_add(1, std::memory_order_relaxed) < kMostTables) {
+  if (tablesInUse.fetch_add(1, std::memory_order_relaxed) < limits::kMostTraceTables) {
     made = new (std::nothrow) Slots;
     pauseForTests(PublicationStep::kMade);
     if (made != nullptr && slots_.compare_exchange_strong(present, made, std::memory_order_acq_rel))

@@ -4,6 +4,7 @@
 
 #include "cconv/convert/converter.h"
 #include "cconv/convert/driver.h"
+#include "cconv/limits.h"
 #include "cconv/rules/code_table.h"
 #include "cconv/rules/publication.h"
 #include "common/heap.h"
@@ -11,13 +12,10 @@
 namespace ksv {
 namespace {
 
-// The pages of all tables of a process together: 16 MB.
-constexpr uint32_t kMostPages = 8192;
+// The pages of all tables of a process together.
 constinit std::atomic<uint32_t> pagesInUse = 0;
 
-// The short tables of a process together: 33 MB, of which only what is used takes
-// memory.
-constexpr uint32_t kMostShortTables = 128;
+// The short tables of a process together.
 constinit std::atomic<uint32_t> shortTablesInUse = 0;
 
 Entry lineEndFlag(uint32_t rawCode) {
@@ -95,7 +93,7 @@ DirectTable::~DirectTable() {
 }
 
 DirectTable::Page* DirectTable::newPage() {
-  if (pagesInUse.fetch_add(1, std::memory_order_relaxed) < kMostPages) {
+  if (pagesInUse.fetch_add(1, std::memory_order_relaxed) < limits::kMostPages) {
     if (Page* page = new (std::nothrow) Page()) return page;
     timesWithoutMemory_.fetch_add(1, std::memory_order_relaxed);
   }
@@ -120,7 +118,7 @@ const DirectTable::Page* DirectTable::publish(uint32_t index, const Page* made) 
 }
 
 ShortTable::ShortTable() {
-  if (shortTablesInUse.fetch_add(1, std::memory_order_relaxed) < kMostShortTables) {
+  if (shortTablesInUse.fetch_add(1, std::memory_order_relaxed) < limits::kMostShortTables) {
     // Zeroed memory that the system hands out page by page as it is used.
     entries_ = static_cast<Slot*>(heap::allocateZeroed(kSize, sizeof(Slot)));
     hadNoMemory_ = entries_ == nullptr;

@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "cconv/limits.h"
 #include "cconv/rules/publication.h"
 #include "common/faults.h"
 
@@ -47,7 +48,7 @@ bool BlockCoverage::covers(uint32_t key) {
 }
 
 bool BlockCoverage::addBlock(uint32_t first, uint32_t size) {
-  if (blockCount_ >= RuleList<int>::kMaxCount) return false;
+  if (blockCount_ >= limits::kMostBlocks) return false;
   const uint32_t end = first + size;
   if (end > first) {
     uint32_t mergedEnd = end;

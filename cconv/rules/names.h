@@ -4,12 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "cconv/limits.h"
+
 namespace ksv {
 
 using CharsetId = uint32_t;
 
-// Longest name, terminator included.
-constexpr size_t kNameSize = 260;
+using limits::kNameSize;
 
 // Numbers that the conversion engine asks for. The full table is in names.cpp.
 namespace charset_id {

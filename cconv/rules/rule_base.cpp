@@ -29,6 +29,7 @@ bool enter(RuleList<std::unique_ptr<Item>>& list, std::unordered_map<CharsetId, 
 }  // namespace
 
 bool RuleLists::addCharset(std::unique_ptr<CharsetDef> charset) {
+  derived.reset();
   CharsetDef* added = charset.get();
   if (!enter(charsets_, charsetsById_, std::move(charset))) return false;
   // Another charset may have its number, and is then found under its name.
@@ -37,6 +38,7 @@ bool RuleLists::addCharset(std::unique_ptr<CharsetDef> charset) {
 }
 
 bool RuleLists::addSubset(std::unique_ptr<SubsetDef> subset) {
+  derived.reset();
   SubsetDef* added = subset.get();
   if (!enter(subsets_, subsetsById_, std::move(subset))) return false;
   const CharsetId wellKnown = added->id - kFirstWellKnown;
@@ -64,6 +66,16 @@ CharsetDef* findCharsetByName(const char* name) {
   return ruleBase.lists->findCharset(std::string_view(name, strnlen(name, kNameSize)));
 }
 
+void RuleBase::setPath(const char* path) {
+  const std::lock_guard<std::mutex> guard(pathInUse);
+  std::strcpy(charsetPath, path);
+}
+
+std::string RuleBase::path() const {
+  const std::lock_guard<std::mutex> guard(pathInUse);
+  return charsetPath;
+}
+
 namespace {
 
 constexpr char kMutexName[] = "CtableMutex";
@@ -81,7 +93,10 @@ platform::NamedMutex* openTableMutex() try {
 using ksv::ruleBase;
 
 int startProcess() {
-  ksv::platform::readSetting(ksv::kPathSetting, ruleBase.charsetPath, sizeof ruleBase.charsetPath);
+  char path[sizeof ruleBase.charsetPath];
+  ksv::platform::readSetting(ksv::kPathSetting, path, sizeof path);
+  ruleBase.setPath(path);
+  const std::lock_guard<std::mutex> guard(ruleBase.lifetime);
   if (ruleBase.refCount != 0) {
     // Behind an unmatched endProcess this wraps to 0 without lists; every
     // conversion function then fails until the next pair.
@@ -98,6 +113,7 @@ int startProcess() {
 }
 
 void endProcess() {
+  const std::lock_guard<std::mutex> guard(ruleBase.lifetime);
   // No guard against an unmatched call: the counter wraps and nothing is freed.
   if (ruleBase.refCount-- != 1) return;
   delete ruleBase.tableMutex;

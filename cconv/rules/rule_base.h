@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -64,7 +65,7 @@ class RuleLists {
     return found == subsetsById_.end() ? nullptr : found->second;
   }
 
-  // Filled by the conversion engine; reset when rule files are loaded again.
+  // Filled by the conversion engine; reset before anything is added.
   DerivedPlace derived;
 
   const RuleList<std::unique_ptr<CharsetDef>>& charsets() const { return charsets_; }
@@ -84,13 +85,23 @@ class RuleLists {
 
 struct RuleBase {
   uint32_t refCount = 0;
-  uint16_t blockSize = 0;  // 0: kDefaultBlockSize
+  std::atomic<uint16_t> blockSize = 0;  // 0: kDefaultBlockSize
   char charsetPath[kNameSize] = {};
   platform::NamedMutex* tableMutex = nullptr;
   RuleLists* lists = nullptr;
 
+  // Held by who starts, ends or loads: threads that count their own use may do so at once.
+  std::mutex lifetime;
+  // Held by who sets or reads the path, which every start may change.
+  mutable std::mutex pathInUse;
+
   static constexpr uint32_t kDefaultBlockSize = 4096;
-  uint32_t entriesPerBlock() const { return blockSize != 0 ? blockSize : kDefaultBlockSize; }
+  uint32_t entriesPerBlock() const {
+    const uint16_t entries = blockSize.load(std::memory_order_relaxed);
+    return entries != 0 ? entries : kDefaultBlockSize;
+  }
+  void setPath(const char* path);
+  std::string path() const;
 };
 
 extern constinit RuleBase ruleBase;

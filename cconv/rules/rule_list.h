@@ -7,16 +7,16 @@
 #include <utility>
 #include <vector>
 
+#include "cconv/limits.h"
+
 namespace ksv {
 
 template <typename Item>
 class RuleList {
  public:
-  static constexpr size_t kMaxCount = 65535;
-
   // Returns the new count, or 0 when the list is full and stays as it was.
   uint16_t append(Item item) {
-    if (items_.size() >= kMaxCount) return 0;
+    if (items_.size() >= limits::kMostItems) return 0;
     items_.push_back(std::move(item));
     return count();
   }

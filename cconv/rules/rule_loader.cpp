@@ -192,19 +192,19 @@ bool loadCharset(const std::string& path, RuleFiles& files) {
   return ruleBase.lists->addCharset(std::move(charset));
 }
 
-size_t loadAllRuleFiles() {
-  const PathParts pattern = splitPath(std::string(ruleBase.charsetPath) + "*.xml");
+size_t loadAllRuleFiles(const std::string& directory) {
+  const PathParts pattern = splitPath(directory + "*.xml");
   RuleFiles files;
   size_t accepted = 0;
   platform::SystemError error = 0;
   const std::vector<std::string> names = matchingNames(joinPath(pattern).c_str(), &error);
-  noteFault(FaultSubject::kCharsetDirectory, ruleBase.charsetPath, error);
+  noteFault(FaultSubject::kCharsetDirectory, directory, error);
   for (const std::string& name : names) {
     try {
-      if (loadCharset(ruleBase.charsetPath + name, files)) ++accepted;
+      if (loadCharset(directory + name, files)) ++accepted;
     } catch (const std::bad_alloc&) {
       // As any other failure: this file is skipped and the next one is tried.
-      noteNoMemory(ruleBase.charsetPath);
+      noteNoMemory(directory);
     }
   }
   return accepted;
@@ -294,10 +294,10 @@ bool attachTableFile(const RuleText& declaring, const RuleText& referencing, Spa
 }  // namespace ksv
 
 int cconvLoadRule() try {
+  const std::lock_guard<std::mutex> guard(ksv::ruleBase.lifetime);
   if (ksv::ruleBase.lists == nullptr) return 0;
-  ksv::ruleBase.lists->derived.reset();
-  return ksv::loadAllRuleFiles() > 0 ? 1 : 0;
+  return ksv::loadAllRuleFiles(ksv::ruleBase.path()) > 0 ? 1 : 0;
 } catch (const std::bad_alloc&) {
-  ksv::noteNoMemory(ksv::ruleBase.charsetPath);
+  ksv::noteNoMemory("");
   return 0;
 }

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
+#include "cconv/limits.h"
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_path.h"
 #include "cconv/rules/text_units.h"
@@ -13,7 +13,6 @@
 namespace ksv {
 namespace {
 
-constexpr size_t kLongestPattern = 511;
 // Searches that look at no more places are cheaper to repeat than to remember.
 constexpr size_t kNearPlaces = 256;
 
@@ -29,7 +28,7 @@ static_assert(sizeof kUcs2Name == kUcs2NameSize + 1);
 std::vector<uint8_t> readWholeFile(const std::string& path) {
   std::vector<uint8_t> bytes;
   platform::InputFile file(path.c_str(), platform::InputFile::Takes::kRegularFile);
-  if (file.size() > 0 && file.size() <= std::numeric_limits<int32_t>::max()) {
+  if (file.size() > 0 && file.size() <= limits::kLargestFile) {
     bytes.resize(static_cast<size_t>(file.size()));
     if (file.read(bytes.data(), bytes.size()) != bytes.size()) bytes.clear();
   }
@@ -174,7 +173,7 @@ std::string ruleFileName(const std::string& path) {
 bool readNamedText(const std::string& fileName, TextEncodingKind defaultEncoding,
                    bool defaultBigEndian, RuleText& text) {
   text = RuleText();
-  text.bytes = readWholeFile(ruleBase.charsetPath + fileName);
+  text.bytes = readWholeFile(ruleBase.path() + fileName);
   if (text.bytes.empty()) return false;
   if (!detectEncoding(text)) {
     text.encoding = defaultEncoding;
@@ -256,6 +255,7 @@ void cleanText(RuleText& text) {
   PairFinder commentEnds(chars, '-', '-');
   text.markers.clear();
   text.lastSearches.clear();
+  text.entities = {};
   size_t count = 0;
   for (size_t i = 0; i < chars.size(); ++i) {
     const uint32_t c = chars[i];
@@ -283,7 +283,7 @@ void cleanText(RuleText& text) {
 }
 
 std::optional<size_t> findString(const RuleText& text, size_t from, std::string_view pattern) {
-  if (pattern.empty() || pattern.size() > kLongestPattern) return std::nullopt;
+  if (pattern.empty() || pattern.size() > limits::kLongestPattern) return std::nullopt;
   const auto behind = [&](std::optional<size_t> start) {
     return start ? std::optional(*start + pattern.size()) : std::nullopt;
   };
@@ -381,9 +381,32 @@ std::optional<std::string> entityReference(const RuleText& text, Span span) {
   return narrow(text, start, *semicolon);
 }
 
-std::optional<std::string> entityFile(const RuleText& text, std::string_view name) {
+namespace {
+
+size_t commonLength(const RuleText& text, size_t index, std::string_view name) {
+  size_t length = 0;
+  while (length < name.size() && text.chars[index + length] == static_cast<uint8_t>(name[length]))
+    ++length;
+  return length;
+}
+
+// As findString, and counted: thousands of entities that are looked for in all of a long text
+// must not take the square of its length.
+std::optional<size_t> findEntityName(const RuleText& text, size_t from, std::string_view name) {
+  if (name.empty() || name.size() > limits::kLongestPattern) return std::nullopt;
+  const uint64_t most = limits::entityComparisons(text.chars.size());
+  uint64_t& comparisons = text.entities.comparisons;
+  for (size_t i = from; i + name.size() < text.chars.size() && comparisons <= most; ++i) {
+    const size_t length = commonLength(text, i, name);
+    comparisons += length + 1;
+    if (length == name.size()) return i + length;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> findEntityFile(const RuleText& text, std::string_view name) {
   size_t from = 0;
-  while (const auto found = findString(text, from, name)) {
+  while (const auto found = findEntityName(text, from, name)) {
     from = *found;
     if (from >= text.chars.size() || text.chars[from] != ' ') continue;
     const auto system = findString(text, from, "SYSTEM ");
@@ -391,6 +414,16 @@ std::optional<std::string> entityFile(const RuleText& text, std::string_view nam
     return quotedAfter(text, *system);
   }
   return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> entityFile(const RuleText& text, std::string_view name) {
+  const auto known = text.entities.known.find(name);
+  if (known != text.entities.known.end()) return known->second;
+  std::optional<std::string> file = findEntityFile(text, name);
+  text.entities.known.emplace(name, file);
+  return file;
 }
 
 }  // namespace ksv

@@ -27,6 +27,12 @@ struct LastSearch {
   std::optional<size_t> start;  // none: nothing up to the end of the text
 };
 
+// Where the entities of a text are declared, as far as that has been asked.
+struct EntityFiles {
+  std::map<std::string, std::optional<std::string>, std::less<>> known;
+  uint64_t comparisons = 0;  // that asking has taken; bounded by limits.h
+};
+
 struct RuleText {
   // The file's bytes until decodeToUcs4, unused afterwards.
   std::vector<uint8_t> bytes;
@@ -36,6 +42,7 @@ struct RuleText {
   // Of long searches, by pattern, so that a walk over a text whose tags never close
   // takes linear time.
   mutable std::map<std::string, LastSearch, std::less<>> lastSearches;
+  mutable EntityFiles entities;
   TextEncodingKind encoding = TextEncodingKind::kUnknown;
   bool bigEndian = false;
 };

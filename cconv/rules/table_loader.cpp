@@ -6,12 +6,12 @@
 // later process reads that copy. The copy appears complete or not at all, so
 // whoever is killed while writing it leaves nothing that could be read.
 #include <cstring>
-#include <limits>
 #include <mutex>
 #include <new>
 #include <optional>
 #include <utility>
 
+#include "cconv/limits.h"
 #include "cconv/rules/code_table.h"
 #include "cconv/rules/publication.h"
 #include "cconv/rules/rule_base.h"
@@ -36,7 +36,7 @@ struct TablePaths {
 
 // A directory in the declared name is kept; name and extension are lower-cased.
 TablePaths pathsOf(const CodeTable& table) {
-  PathParts parts = splitPath(ruleBase.charsetPath + table.fileName);
+  PathParts parts = splitPath(ruleBase.path() + table.fileName);
   lowerFileName(parts);
   TablePaths paths;
   paths.text = joinPath(parts);
@@ -58,7 +58,7 @@ void cutShort(CodeTable& table, const std::string& path, platform::SystemError e
 }
 
 void insertRecords(CodeTable& table, platform::InputFile& file) {
-  if (file.size() == 0 || file.size() > std::numeric_limits<int32_t>::max()) return;
+  if (file.size() == 0 || file.size() > limits::kLargestFile) return;
   const size_t bytes = static_cast<size_t>(file.size());
   const auto records = std::make_unique_for_overwrite<uint8_t[]>(bytes);
   if (file.read(records.get(), bytes) != bytes) return;
@@ -98,7 +98,10 @@ void insertText(CodeTable& table, TableReader& reader,
     const auto second = first ? reader.nextNumber() : std::nullopt;
     if (!second) break;
     if (!insertPair(table, *first, *second)) break;
-    if (compiled && !writeRecord(*compiled, *first, *second)) compiled.reset();
+    if (compiled && !writeRecord(*compiled, *first, *second)) {
+      noteUnwrittenTable(platform::lastError());
+      compiled.reset();
+    }
   }
 }
 
@@ -107,6 +110,7 @@ void insertText(CodeTable& table, TableReader& reader,
 // copy is there and empty.
 void compile(CodeTable& table, const TablePaths& paths, platform::SystemError refused) {
   auto compiled = platform::ReplacementFile::create(paths.compiled.c_str());
+  if (!compiled) noteUnwrittenTable(platform::lastError());
   pauseForTests(PublicationStep::kFilling);
   platform::SystemError error = 0;
   const auto reader =
@@ -118,7 +122,8 @@ void compile(CodeTable& table, const TablePaths& paths, platform::SystemError re
     cutShort(table, paths.compiled, refused);
   }
   if (error != 0) cutShort(table, paths.text, error);
-  if (compiled && !table.isCutShort) compiled->commit();
+  if (compiled && !table.isCutShort && !compiled->commit())
+    noteUnwrittenTable(platform::lastError());
 }
 
 bool isFilled(const CodeTable& table) {

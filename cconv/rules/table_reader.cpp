@@ -4,15 +4,10 @@
 #include <cstring>
 #include <utility>
 
+#include "cconv/limits.h"
 #include "cconv/rules/text_units.h"
 
 namespace ksv {
-namespace {
-
-constexpr int kLongestRun = 64;
-
-}  // namespace
-
 std::unique_ptr<TableReader> TableReader::open(const std::string& path, TextEncodingKind kind,
                                                bool bigEndian, platform::SystemError* error) {
   std::unique_ptr<TableReader> reader(new TableReader(path, kind, bigEndian));
@@ -24,7 +19,7 @@ std::optional<uint32_t> TableReader::nextNumber() {
   auto c = skipToDigit();
   if (!c) return std::nullopt;
   uint32_t value = 0;
-  for (int digits = 0; digits < kLongestRun; ++digits) {
+  for (int digits = 0; digits < limits::kMostDigits; ++digits) {
     value = value << 4 | static_cast<uint32_t>(hexDigit(*c));
     c = nextChar();
     if (!c) return std::nullopt;

@@ -57,6 +57,12 @@ TEST_F(Usage, needs_a_job_that_exists) {
   expectWrong({"--frobnicate"}, "--frobnicate");
 }
 
+TEST_F(Usage, is_told_in_one_line_whatever_the_arguments_hold) {
+  expectWrong({"a\nb"}, "a b is neither a job nor an option");
+  expectWrong({"a\x1B[2J"}, "a\\x1B[2J is neither a job nor an option");
+  expectWrong({"cut", "--a\nb"}, "--a b");
+}
+
 TEST_F(Usage, tells_a_bad_number_in_a_few_words) {
   const std::string bytes = "is no number from 0 to 9223372036854775807 (see 'ksv cut --help')\n";
   for (const std::string number : {"abc", "-3", "3x", "", "1e3", "0x10", "9223372036854775808"}) {

@@ -1,8 +1,5 @@
 // Bound to POSIX: /dev/full, which takes nothing, and a small file system that fills up,
 // which Linux lets root mount where nobody else sees it.
-#include <sched.h>
-#include <sys/mount.h>
-
 #include "ksv_file.h"
 #include "ksv_log.h"
 #include "ksv_memory.h"
@@ -10,7 +7,7 @@
 #include "tests/common/path_operations.h"
 #include "tests/common/print_to.h"
 #include "tests/common/support.h"
-#include "tests/system/fork_posix.h"
+#include "tests/system/small_disk_posix.h"
 
 using ksv::test::openDescriptors;
 using ksv::test::printTo;
@@ -20,7 +17,6 @@ namespace {
 
 constexpr char kFull[] = "/dev/full";
 constexpr int32_t kMuch = 1 << 20;
-constexpr int kNotMounted = 77;
 
 class FullDevice : public testing::Test {
  protected:
@@ -36,20 +32,12 @@ class FullDevice : public testing::Test {
   std::FILE* stream_ = nullptr;
 };
 
-// Runs a test's body in a private file system of 64 KB and ten names, mounted at "満".
+// Runs a test's body beside a file system of 64 KB and ten names, mounted at "満".
 template <class Body>
 void onSmallDisk(Body body) {
   TempDirectory directory;
   std::filesystem::create_directory("満");
-  const int result = ksv::test::runInChild([&] {
-    if (unshare(CLONE_NEWNS) != 0) return kNotMounted;
-    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return kNotMounted;
-    if (mount("ksv_tests", "満", "tmpfs", 0, "size=64k,nr_inodes=10") != 0) return kNotMounted;
-    body();
-    return testing::Test::HasFailure() ? 1 : 0;
-  });
-  if (result == kNotMounted) GTEST_SKIP() << "nothing can be mounted here";
-  EXPECT_EQ(result, 0);
+  ksv::test::onSmallDisk("満", "size=64k,nr_inodes=10", body);
 }
 
 }  // namespace

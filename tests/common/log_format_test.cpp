@@ -1,95 +1,18 @@
 // Formats that may hold anything, against fprintf's own family where that is defined.
 #include "common/log_format.h"
 
-#include <algorithm>
-#include <array>
 #include <climits>
 #include <memory>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
+#include "tests/common/slow_log_format.h"
 #include "tests/common/support.h"
 
 using ksv::test::TempDirectory;
 
 namespace {
-
-template <class Value>
-std::string formatted(const std::string& format, Value value) {
-  std::array<char, 9000> text;
-  const int length = std::snprintf(text.data(), text.size(), format.c_str(), value);
-  return {text.data(), static_cast<size_t>(length)};
-}
-
-// One conversion by the C library, its argument as wide as the format has it.
-std::string byLibrary(const std::string& conversion, int32_t argument) {
-  const char letter = conversion.back();
-  const auto bits = static_cast<uint32_t>(argument);
-  if (letter == 'c') return formatted(conversion, argument);
-  const bool isSigned = letter == 'd' || letter == 'i';
-  const size_t length = conversion.find_first_of("hljzt");
-  const char kind = length == conversion.npos ? 'h' : conversion[length];
-  if (kind == 'h') return isSigned ? formatted(conversion, argument) : formatted(conversion, bits);
-  if (kind == 'j') {
-    return isSigned ? formatted(conversion, intmax_t{argument})
-                    : formatted(conversion, uintmax_t{bits});
-  }
-  if (kind == 'l' && conversion[length + 1] != 'l') {
-    return isSigned ? formatted(conversion, static_cast<long>(argument))
-                    : formatted(conversion, static_cast<unsigned long>(bits));
-  }
-  return isSigned ? formatted(conversion, static_cast<long long>(argument))
-                  : formatted(conversion, static_cast<unsigned long long>(bits));
-}
-
-// Digits without their leading zeroes name no more than 4095.
-bool isSmall(std::string digits) {
-  digits.erase(0, digits.find_first_not_of('0'));
-  return digits.size() < 4 || (digits.size() == 4 && digits <= "4095");
-}
-
-// The conversion that a text begins with; empty when it is none that is carried out.
-std::string conversionAt(const std::string& text) {
-  size_t at = 1;
-  const auto take = [&](const char* characters) {
-    const size_t begin = at;
-    at = std::min(text.find_first_not_of(characters, at), text.size());
-    return text.substr(begin, at - begin);
-  };
-  take("-+ #0");
-  if (!isSmall(take("0123456789"))) return "";
-  const size_t point = at;
-  if (text.compare(at, 1, ".") == 0) ++at;
-  if (at > point && !isSmall(take("0123456789"))) return "";
-  const std::set<std::string> lengths = {"", "h", "hh", "l", "ll", "j", "z", "t"};
-  const std::string length = take("hljzt");
-  if (!lengths.contains(length) || at == text.size()) return "";
-  const std::string letters = length.empty() ? "diouxXc" : "diouxX";
-  return letters.find(text[at]) == letters.npos ? "" : text.substr(0, at + 1);
-}
-
-// Slow: character by character, and conversions by the C library.
-std::string reference(const std::string& format, int32_t argument) {
-  std::string result;
-  bool used = false;
-  for (size_t at = 0; at < format.size();) {
-    const std::string rest = format.substr(at);
-    const std::string conversion = used || rest[0] != '%' ? "" : conversionAt(rest);
-    if (rest.starts_with("%%")) {
-      result += '%';
-      at += 2;
-    } else if (!conversion.empty()) {
-      result += byLibrary(conversion, argument);
-      used = true;
-      at += conversion.size();
-    } else {
-      result += format[at++];
-    }
-  }
-  return result;
-}
 
 const std::vector<int32_t> kArguments = {0, 1, -1, 42, -70000, 'A', INT32_MAX, INT32_MIN};
 
@@ -171,7 +94,7 @@ TEST_F(LogFormat, prints_every_conversion_as_the_c_library_does) {
           const std::string format =
               std::string("%").append(flags).append(width).append(precision).append(conversion);
           for (const int32_t argument : kArguments) {
-            ASSERT_EQ(printed(format, argument), byLibrary(format, argument))
+            ASSERT_EQ(printed(format, argument), ksv::test::printedByLibrary(format, argument))
                 << format << " of " << argument;
           }
         }
@@ -188,7 +111,7 @@ TEST_F(LogFormat, agrees_with_the_reference_for_random_formats) {
     std::string format(random() % 24, ' ');
     for (char& c : format) c = pieces[random() % pieces.size()];
     const int32_t argument = kArguments[random() % kArguments.size()];
-    ASSERT_EQ(printed(format, argument), reference(format, argument)) << format;
+    ASSERT_EQ(printed(format, argument), ksv::test::slowFormat(format, argument)) << format;
   }
 }
 

@@ -120,6 +120,38 @@ TEST_F(HostileFiles, with_entities_of_no_name_or_a_huge_one_are_refused) {
       loads(charset(entity(name, "x.xml"), "<name>cs</name><baseset>&" + name + ";</baseset>")));
 }
 
+// Each entity is declared far from where the search for it begins.
+std::string manyEntities(size_t count) {
+  std::string declarations;
+  std::string members;
+  for (size_t i = 0; i < count; ++i) {
+    const std::string name = "n" + std::to_string(100000 + i);
+    declarations += entity(name, "s.set");
+    members.insert(0, "<baseset>&" + name + ";</baseset>");
+  }
+  return charset(declarations, "<name>cs</name>" + members);
+}
+
+TEST_F(HostileFiles, of_thousands_of_entities_are_searched_in_proportion_to_their_size) {
+  directory_.writeRule("s.set", baseSubset("s"));
+  const std::string most = manyEntities(550);
+  ASSERT_GT(most.size(), 30000u);
+  EXPECT_TRUE(loads(most)) << "as many as there is room for in 32 Ki characters";
+  EXPECT_EQ(findCharsetByName("cs")->members.count(), 550);
+  endProcess();
+  ASSERT_EQ(startProcess(), 1);
+  const std::string tooMany = manyEntities(20000);
+  expectLinear([&] { EXPECT_FALSE(loads(tooMany)); });
+}
+
+TEST_F(HostileFiles, that_name_one_entity_thousands_of_times_are_searched_for_it_once) {
+  directory_.writeRule("s.set", baseSubset("s"));
+  const std::string declarations = repeated("<!-- -->x ", kMillion) + entity("set", "s.set");
+  const std::string members = repeated("<baseset>&set;</baseset>", 24 * 60000);
+  expectLinear([&] { EXPECT_TRUE(loads(charset(declarations, "<name>cs</name>" + members))); });
+  EXPECT_EQ(findCharsetByName("cs")->members.count(), 60000);
+}
+
 TEST_F(HostileFiles, with_a_huge_bytenum_convert_nothing_and_allocate_nothing) {
   directory_.writeTable("t.txt", "8140 3000\r\n8141 3001");
   directory_.writeRule("s.xml",

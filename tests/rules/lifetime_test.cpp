@@ -102,7 +102,7 @@ TEST_F(Lifetime, an_unmatched_end_wraps_the_count_and_frees_nothing) {
   endProcess();
   EXPECT_EQ(ruleBase.refCount, kUnmatched);
   EXPECT_EQ(ruleBase.lists, nullptr);
-  ruleBase = RuleBase();
+  ruleBase.refCount = 0;
 }
 
 TEST_F(Lifetime, the_start_behind_an_unmatched_end_has_no_lists_and_every_call_fails) {
@@ -125,7 +125,7 @@ TEST_F(Lifetime, the_start_behind_an_unmatched_end_has_no_lists_and_every_call_f
   EXPECT_EQ(cconvChgCharset(&record, nullptr, "aaa"), 1u);
   EXPECT_EQ(cconvConvert(&record), 1u);
   EXPECT_EQ(cconvTermConvert(&record), 0u);
-  ruleBase = RuleBase();
+  ruleBase.refCount = 0;
 }
 
 TEST_F(Lifetime, the_pair_behind_a_wrapped_count_works) {

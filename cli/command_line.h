@@ -1,0 +1,16 @@
+// The command without its process.
+#ifndef KSV_CLI_COMMAND_LINE_H
+#define KSV_CLI_COMMAND_LINE_H
+
+#include <string>
+#include <vector>
+
+namespace ksv_cli {
+
+// Does what the arguments ask for, which are those behind the name of the program, in UTF-8 where
+// the system has paths in it. Returns the exit status; whatever went wrong has been told.
+int runCommand(std::vector<std::string> arguments);
+
+}  // namespace ksv_cli
+
+#endif
