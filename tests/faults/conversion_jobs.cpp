@@ -260,7 +260,9 @@ std::vector<Conversion> conversions() {
        "caf\xE9 \x80\r\n",
        replacing(),
        {1, 0, 0},
-       true},
+       true,
+       // By demand, by which of the texts comes to the bulk path first.
+       1},
       {"destination_tables_from_texts",
        "UTF-8",
        "CP50220",
