@@ -36,18 +36,16 @@ struct Matches {
   platform::SystemError error = 0;  // why names may be missing
 };
 
-// What a listing's handle stands for. All that needs memory is made when it is opened:
-// KSV_ASC_readdir could not tell want of memory from the end of the listing.
+// What a listing's handle stands for: entries as they were when it was opened, which is all
+// that may need memory. KSV_ASC_readdir could not tell want of it from the end of the listing.
 struct Listing {
   struct Entry {
-    std::string name;
     std::string ansi;
+    platform::FileStatus status = {};  // zeroes where there is none to be had
   };
 
   std::vector<Entry> entries;
   size_t next = 0;
-  std::string path;  // of the directory, with room for the longest name behind it
-  size_t directoryLength;
 };
 
 enum class WildCards { kOwn, kOfSystem };
@@ -86,10 +84,8 @@ Matches findMatches(const char* pattern, WildCards wildCards) {
   return matches;
 }
 
-void describeEntry(const char* path, KsvDirectoryListing& listing) {
+void describe(const platform::FileStatus& status, KsvDirectoryListing& listing) {
   constexpr uint32_t kAnyoneMayWrite = 0222;
-  platform::FileStatus status = {};
-  platform::fileStatus(path, status) || platform::entryStatus(path, status);
   const bool isDirectory = (status.mode & platform::kFileTypeMask) == platform::kDirectory;
   const bool readOnly = (status.mode & kAnyoneMayWrite) == 0;
   listing.attrib = (isDirectory ? static_cast<uint32_t>(KSV_ATTRIBUTE_DIRECTORY) : 0u) |
@@ -102,28 +98,19 @@ void describeEntry(const char* path, KsvDirectoryListing& listing) {
 
 // A name that has no ANSI form or does not fit is left out: cut short it would name another
 // file.
-void addEntry(std::string&& name, Listing& listing) {
+void addEntry(const std::string& directory, const std::string& name, Listing& listing) {
   std::optional<std::string> ansi = platform::utf8ToAnsi(name.c_str());
   if (!ansi || ansi->size() >= sizeof KsvDirectoryListing::name) return;
-  listing.path.reserve(listing.directoryLength + name.size());
-  listing.entries.push_back({std::move(name), std::move(*ansi)});
+  Listing::Entry entry = {std::move(*ansi)};
+  platform::statusOfListed(directory + name, entry.status);
+  listing.entries.push_back(std::move(entry));
 }
 
-std::unique_ptr<Listing> listingOf(Matches&& matches) {
-  auto listing = std::make_unique<Listing>();
-  listing->path = std::move(matches.directory);
-  listing->directoryLength = listing->path.size();
-  for (std::string& name : matches.names) addEntry(std::move(name), *listing);
-  return listing;
-}
-
-// Steps on to the next entry and describes it, without memory.
+// Steps on to the next entry and describes it.
 bool advance(Listing& entries, KsvDirectoryListing& listing) {
   if (entries.next == entries.entries.size()) return false;
   const Listing::Entry& entry = entries.entries[entries.next++];
-  entries.path.resize(entries.directoryLength);
-  entries.path.append(entry.name);
-  describeEntry(entries.path.c_str(), listing);
+  describe(entry.status, listing);
   return copyText(entry.ansi, listing.name, sizeof listing.name);
 }
 
@@ -135,10 +122,11 @@ Listing* listingBehind(const KsvDirectoryListing* listing) {
 bool openListing(const char* pattern, KsvDirectoryListing& listing) {
   const std::optional<std::string> utf8 = platform::ansiToUtf8(pattern);
   if (!utf8) return false;
-  Matches matches = findMatches(utf8->c_str(), WildCards::kOfSystem);
+  const Matches matches = findMatches(utf8->c_str(), WildCards::kOfSystem);
   // Better no listing than one that ends too soon.
   if (matches.error != 0) return false;
-  std::unique_ptr<Listing> entries = listingOf(std::move(matches));
+  auto entries = std::make_unique<Listing>();
+  for (const std::string& name : matches.names) addEntry(matches.directory, name, *entries);
   if (!advance(*entries, listing)) return false;
   listing.handle = reinterpret_cast<intptr_t>(entries.release());
   listing.firstEntry = 1;

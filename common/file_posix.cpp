@@ -125,6 +125,10 @@ bool entryStatus(const char* path, FileStatus& status) {
 
 SystemError lastError() { return errno; }
 
+bool statusOfListed(const std::string& path, FileStatus& status) {
+  return fileStatus(path.c_str(), status) || entryStatus(path.c_str(), status);
+}
+
 bool removeFile(const char* path) { return unlink(path) == 0; }
 
 bool makeDirectory(const char* path) { return mkdir(path, 0777) == 0; }

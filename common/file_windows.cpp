@@ -94,8 +94,7 @@ bool isDirectoryName(const wchar_t* path) {
 }
 
 // What stands at path, a device included: the system knows those by name.
-bool statusOf(const char* path, DWORD flags, FileStatus& status) {
-  const WideText wide(path);
+bool statusOf(const WideText& wide, DWORD flags, FileStatus& status) {
   if (!wide) return false;
   const Handle file(CreateFileW(wide.get(), FILE_READ_ATTRIBUTES,
                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -194,10 +193,18 @@ int printTo(std::FILE* stream, const char* format, va_list arguments) {
   return std::fwrite(text.get(), 1, count, stream) == count ? length : -1;
 }
 
-bool fileStatus(const char* path, FileStatus& status) { return statusOf(path, 0, status); }
+bool fileStatus(const char* path, FileStatus& status) {
+  return statusOf(WideText(path), 0, status);
+}
 
 bool entryStatus(const char* path, FileStatus& status) {
-  return statusOf(path, FILE_FLAG_OPEN_REPARSE_POINT, status);
+  return statusOf(WideText(path), FILE_FLAG_OPEN_REPARSE_POINT, status);
+}
+
+bool statusOfListed(const std::string& path, FileStatus& status) {
+  const WideText wide(path.c_str());
+  wide.demandMemory();
+  return statusOf(wide, 0, status) || statusOf(wide, FILE_FLAG_OPEN_REPARSE_POINT, status);
 }
 
 SystemError lastError() { return static_cast<SystemError>(GetLastError()); }

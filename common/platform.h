@@ -158,6 +158,9 @@ struct FileStatus {
 // Links are followed by the first only. False when there is nothing at path.
 bool fileStatus(const char* path, FileStatus& status);
 bool entryStatus(const char* path, FileStatus& status);
+// Of what a directory lists: that of a link which leads nowhere is its own. May throw
+// std::bad_alloc.
+bool statusOfListed(const std::string& path, FileStatus& status);
 
 // The files and directories of the system; false when it refuses.
 bool removeFile(const char* path);

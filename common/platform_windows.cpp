@@ -4,7 +4,6 @@
 #include <array>
 #include <cstring>
 #include <memory>
-#include <new>
 
 #include "common/platform.h"
 #include "common/wide_text_windows.h"
@@ -65,7 +64,7 @@ Module loadSettingsLibrary() {
 
 std::optional<std::string> converted(const char* text, UINT from, UINT to) {
   const WideText wide(text, from);
-  if (wide.ranOutOfMemory()) throw std::bad_alloc();
+  wide.demandMemory();
   return wide ? narrowText(wide.get(), to) : std::nullopt;
 }
 
@@ -73,6 +72,7 @@ std::optional<std::string> converted(const char* text, UINT from, UINT to) {
 
 std::optional<std::string> environmentValue(const char* name) {
   const WideText wide(name);
+  wide.demandMemory();
   if (!wide) return std::nullopt;
   const std::wstring value = writtenBy([&](wchar_t* buffer, DWORD capacity) {
     return GetEnvironmentVariableW(wide.get(), buffer, capacity);
@@ -134,12 +134,11 @@ std::optional<std::string> ansiToUtf8(const char* ansi) { return converted(ansi,
 std::optional<std::string> utf8ToAnsi(const char* utf8) { return converted(utf8, CP_UTF8, CP_ACP); }
 
 std::optional<std::string> canonicalDirectory(const char* path) {
-  FileStatus status;
-  if (!fileStatus(path, status) || (status.mode & kFileTypeMask) != kDirectory) {
-    return std::nullopt;
-  }
   const WideText wide(path);
-  if (!wide) return std::nullopt;
+  wide.demandMemory();
+  const DWORD attributes = wide ? GetFileAttributesW(wide.get()) : INVALID_FILE_ATTRIBUTES;
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+    return std::nullopt;
   const std::wstring absolute = absolutePath(wide.get());
   return absolute.empty() ? std::nullopt : narrowText(absolute.c_str());
 }

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,10 @@ class WideText {
   explicit operator bool() const { return units_ != nullptr; }
   const wchar_t* get() const { return units_.get(); }
   bool ranOutOfMemory() const { return ranOutOfMemory_; }
+  // For those who may throw: want of memory is not the absence of what the text names.
+  void demandMemory() const {
+    if (ranOutOfMemory_) throw std::bad_alloc();
+  }
 
  private:
   bool ranOutOfMemory_ = false;

@@ -51,8 +51,8 @@ KSV_EXTERN_C_BEGIN
  *             there is none, from the locale.
  *
  * Returns encodings and attributes: KSV_TEXT_UTF8 | KSV_TEXT_LF | ...; or
- * KSV_TEXT_FAILURE when path is null, or the file cannot be opened, is empty, or
- * there is no memory. The file is closed again in any case.
+ * KSV_TEXT_FAILURE when path is null, or the file cannot be opened, is empty or
+ * cannot be read, or there is no memory. The file is closed again in any case.
  *
  * Threads: may be called from any. Without a language it reads the environment,
  * and without LANG it calls setlocale(LC_CTYPE, ""), which changes the locale of

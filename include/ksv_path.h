@@ -76,9 +76,10 @@ typedef struct KsvStat {
  * the one that is told. */
 
 /* Looks for pattern (ANSI) and opens a listing of the matches in ascending byte
- * order: 1, or 0 when nothing matches. After 1, end it with KSV_ASC_closedir; after
- * 0 there is nothing to close. Names that have no ANSI form, or KSV_FILE_NAME_SIZE
- * bytes and more, are left out, though KSV_FindFile finds them. */
+ * order: 1, or 0 when nothing matches, when there is no memory and when the directory
+ * cannot be read to its end. Entries are told as they are now. After 1, end it with
+ * KSV_ASC_closedir; after 0 there is nothing to close. Names that have no ANSI form, or
+ * KSV_FILE_NAME_SIZE bytes and more, are left out, though KSV_FindFile finds them. */
 KSV_API int KSV_ASC_opendir(const char* pattern, KsvDirectoryListing* listing);
 
 /* Copies the next name (ANSI) to entry->name, the first name first: 1, or 0 when

@@ -161,8 +161,9 @@ void setLoaded(CodeTable& table) {
   table.setState(table.isCutShort ? CodeTable::State::kLoadedCutShort : CodeTable::State::kLoaded);
 }
 
-void load(CodeTable& table) {
-  if (table.isWhole()) return;
+// False when it still has to be asked for.
+bool load(CodeTable& table) {
+  if (table.isWhole()) return true;
   // At the second attempt an empty table answers nothing any more, instead of passing
   // every code through.
   const bool isFirst = ++table.loadAttempts == 0;
@@ -172,6 +173,7 @@ void load(CodeTable& table) {
   } else if (table.isCutShort) {
     table.setState(CodeTable::State::kUnread);
   }
+  return table.isLoaded();
 }
 
 // What the first attempt does, if it is enough. A table that asks for a second one is read
@@ -197,8 +199,8 @@ std::mutex& processMutex() {
   return mutex;
 }
 
-template <class Change>
-auto locked(CodeTable& table, Change change) {
+// change does not throw.
+bool locked(CodeTable& table, bool (*change)(CodeTable&)) {
   platform::NamedMutex* mutex = ruleBase.tableMutex;
   // A lock whose last holder died is held as well: compiled files are never half
   // written, so there is nothing to mend.
@@ -206,11 +208,11 @@ auto locked(CodeTable& table, Change change) {
     const std::lock_guard<std::mutex> guard(processMutex());
     return change(table);
   }
-  struct Release {
-    ~Release() { mutex->unlock(); }
-    platform::NamedMutex* mutex;
-  } const release{mutex};
-  return change(table);
+  // Not in a destructor: a thread that is cancelled here dies as the holder, which whoever
+  // comes next is told.
+  const bool result = change(table);
+  mutex->unlock();
+  return result;
 }
 
 }  // namespace
@@ -219,8 +221,7 @@ bool ensureTableLoaded(CodeTable* table) {
   if (table == nullptr) return false;
   if (table->isLoaded()) return true;
   if (table->fileName.empty()) return false;
-  locked(*table, load);
-  return table->isLoaded();
+  return locked(*table, load);
 }
 
 bool mendTable(CodeTable& table) {

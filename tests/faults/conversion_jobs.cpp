@@ -52,6 +52,10 @@ class ConversionJob : public JobOfCharsets {
     while (longText_.size() < 1200) longText_ += conversion_.text;
   }
 
+  // A directory's tables made anew, or the largest of all read.
+  uint64_t cost() const override {
+    return conversion_.fromTexts || conversion_.charsets.front() == "gb18030" ? 6 : 1;
+  }
   int64_t blocksThatMayLack() const override { return conversion_.blocksThatMayLack; }
   bool prepare(Answer& answer) override {
     if (conversion_.fromTexts) removeCompiledTables();

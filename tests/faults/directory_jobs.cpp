@@ -53,6 +53,7 @@ void tellsStatus(Answer& answer) {
 }
 
 void changesDirectories(Answer& answer) {
+  KSV_RmDir(kNew);  // which may have been refused the last time
   if (answer.expects("KSV_MkDir", KSV_MkDir(kNew), -1)) {
     answer.expects("KSV_IsDirectory", KSV_IsDirectory(kNew), 0);
     answer.expects("KSV_RmDir", KSV_RmDir(kNew), -1);

@@ -37,6 +37,9 @@ class Job {
   // is only learned from is not made again where all is known by then.
   virtual int64_t blocksThatMayLack() const { return 0; }
 
+  // How many times as long as others it takes, for samples.
+  virtual uint64_t cost() const { return 1; }
+
  private:
   const std::string name_;
 };

@@ -1,6 +1,7 @@
 // A sample of the walks: each job under failing allocations.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "tests/faults/walk.h"
@@ -10,7 +11,7 @@ namespace ksv::test {
 namespace {
 
 // Of each mode.
-constexpr uint64_t kMostPlaces = 24;
+constexpr uint64_t kMostPlaces = KSV_TEST_PLACES;
 
 class LibraryFaults : public testing::TestWithParam<std::string> {};
 
@@ -25,7 +26,7 @@ TEST_P(LibraryFaults, are_told_or_noted_leave_nothing_and_are_forgotten) {
   for (const auto& job : allJobs()) {
     if (job->name() != GetParam()) continue;
     Walk walk(*job, scratch);
-    const Totals totals = walk.run(kMostPlaces);
+    const Totals totals = walk.run(std::max<uint64_t>(2, kMostPlaces / job->cost()));
     EXPECT_EQ(totals.violations, 0u);
     for (const std::string& violation : walk.violations()) ADD_FAILURE() << violation;
     EXPECT_EQ(totals.told + totals.noted + totals.right, totals.places);

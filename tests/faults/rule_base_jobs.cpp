@@ -20,13 +20,22 @@ class RuleBaseJob : public Job {
   void act(Answer& answer) override {
     if (!answer.needs(startProcess() == 1, "startProcess")) return;
     setBlockSize(256);
-    if (answer.expects("lockMutex", lockMutex(), 0)) unlockMutex();
+    locks(answer);
     KSV_setCharsetPath("");
     if (answer.expects("cconvLoadRule", cconvLoadRule(), 0)) enumerate(answer);
     endProcess();
   }
 
  private:
+  // A first lock tells when its last holder, of whatever process, died with it.
+  static void locks(Answer& answer) {
+    const int first = lockMutex();
+    const int second = lockMutex();
+    answer.expects("lockMutex", second, 0);
+    if (second != 0) unlockMutex();
+    if (first != 0 || second != 0) unlockMutex();
+  }
+
   static void enumerate(Answer& answer) {
     char name[KSV_NAME_SIZE];
     for (int32_t index = 0; cconvEnumGroup(index, name) != 0; ++index) answer.add("has", name);

@@ -101,6 +101,25 @@ TEST_F(SystemErrors, answers_of_a_table_that_could_not_be_read_are_not_remembere
   EXPECT_TRUE(provisional.any());
 }
 
+TEST_F(SystemErrors, a_table_that_could_not_be_read_is_read_when_the_error_is_over) {
+  directory_.writeTable("t.txt", "1 2\r\n3 4");
+  for (const int attempts : {1, 2, 3}) {
+    auto table = tableOf("t.txt");
+    std::filesystem::remove(directory_.path("t.cmp"));
+    {
+      const NoDescriptors none(directory_);
+      for (int attempt = 0; attempt < attempts; ++attempt) ensureTableLoaded(table.get());
+      EXPECT_FALSE(mendTable(*table)) << attempts;
+      EXPECT_TRUE(anyTableWaits());
+    }
+    EXPECT_TRUE(mendTable(*table)) << attempts;
+    EXPECT_TRUE(table->isWhole()) << attempts;
+    EXPECT_TRUE(mapsAll(*table, {{1, 2}, {3, 4}})) << attempts;
+    EXPECT_FALSE(anyTableWaits());
+    EXPECT_EQ(directory_.read("t.cmp"), compiledBytes({{1, 2}, {3, 4}}));
+  }
+}
+
 TEST_F(SystemErrors, a_text_that_may_not_be_read_is_noted_and_not_compiled) {
   openToAll();
   directory_.writeTable("t.txt", "1 2\r\n3 4");
