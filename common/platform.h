@@ -59,15 +59,15 @@ using SystemError = int;
 // That there is no memory.
 SystemError outOfMemory();
 
+// The error of the call that has just failed on this thread.
+SystemError lastError();
+
 // A file that is read from its beginning, without the buffer and the lock of a
 // stream: for those who read large pieces, or very many files.
 class InputFile {
  public:
   // Of anything but regular files nobody can say how long opening and reading takes.
   enum class Takes { kAnyFile, kRegularFile };
-
-// The error of the call that has just failed on this thread.
-SystemError lastError();
 
   // Not open afterwards when there is nothing to be read at path, or a directory.
   explicit InputFile(const char* path, Takes takes = Takes::kAnyFile);
