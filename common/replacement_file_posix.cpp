@@ -46,42 +46,17 @@ bool isFileAt(int file, const char* path) {
          open.st_nlink == 1 && open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
-int openOrCreate(const char* path, bool& isNew) {
-  constexpr int kFlags = O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-  int file;
-  do {
-    file = open(path, kFlags | O_EXCL, 0666);
-    isNew = file >= 0;
-    if (!isNew && errno == EEXIST) file = open(path, kFlags, 0666);
-  } while (file < 0 && errno == EINTR);
-  return file;
-}
-
 // The temporary file, open and locked; -1 when that is refused.
 int openLocked(const char* path) {
   for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
-    bool isNew;
-    const int file = openOrCreate(path, isNew);
+    const int file = open(path, O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
     if (file < 0) return -1;
     const bool locked = flock(file, LOCK_EX | LOCK_NB) == 0;
     if (locked && isFileAt(file, path)) return file;
-    // Made here, and of no use: the lock or a look at it is refused. What another writer has
-    // locked is his.
-    const int error = errno;
-    if (isNew && (locked || error != EWOULDBLOCK)) unlink(path);
     close(file);
-    errno = error;
     if (!locked) return -1;
   }
   return -1;
-}
-
-// A signal that is handled interrupts, and means nothing.
-template <typename Call>
-bool succeeds(Call call) {
-  while (call() != 0)
-    if (errno != EINTR) return false;
-  return true;
 }
 
 struct StoreIn {
@@ -112,8 +87,7 @@ class PosixReplacementFile final : public ReplacementFile {
     file_ = openLocked(temporaryPath_.c_str());
     // Whoever writes this file holds the lock, so that what another writer put
     // into the place before us is seen now at the latest.
-    return file_ >= 0 && !somethingStandsAt(path_.c_str()) &&
-           succeeds([this] { return ftruncate(file_, 0); });
+    return file_ >= 0 && !somethingStandsAt(path_.c_str()) && ftruncate(file_, 0) == 0;
   }
 
   bool write(const void* bytes, size_t count) override {
@@ -122,7 +96,7 @@ class PosixReplacementFile final : public ReplacementFile {
 
   bool commit() override {
     if (file_ < 0) return false;
-    if (!buffer_.flush(StoreIn{file_}) || !succeeds([this] { return fsync(file_); }) ||
+    if (!buffer_.flush(StoreIn{file_}) || fsync(file_) != 0 ||
         rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
       discard();
       return false;
