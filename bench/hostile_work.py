@@ -77,6 +77,14 @@ def rules_with_entities(name):
     return make
 
 
+def linted(make):
+    """The same directory, looked at for what is wrong with it."""
+    def make_for_lint(directory, size):
+        make(directory, size)
+        return ["lint"]
+    return make_for_lint
+
+
 def rules_with_dest_tables(directory, size):
     count = max(1, size // 2 // 70)
     declarations = "".join(entity(f"t{i}", "t.txt") for i in range(count))
@@ -296,6 +304,10 @@ SHAPES = {
     "rules: destination tables": rules_with_dest_tables,
     "rules: defined codes": subset_with_ranges,
     "rules: files": many_rule_files,
+    "lint of rules: tags without an end": linted(rules_of("<baseset>")),
+    "lint of rules: comments": linted(rules_of("<!-- - -->")),
+    "lint of rules: entities": linted(rules_with_entities(lambda i: f"n{i:06d}")),
+    "lint of rules: destination tables": linted(rules_with_dest_tables),
     "tables: sparse keys": table_of(sparse_lines),
     "tables: falling keys": table_of(falling_lines),
     "tables: one number": table_of(lambda size: "1" * size),
@@ -333,7 +345,7 @@ SHAPES = {
     "texts: line ends": text_of(pieces(b"\r"), ["convert", "-f", "UTF-8", "-t", "UTF-8", "--newline", "crlf",
                                                 "-o", "out", "text"]),
 }
-RULES = ("rules:", "tables:", "compiled tables:")
+RULES = ("rules:", "lint of rules:", "tables:", "compiled tables:")
 
 
 def measure(command, arguments, directory, environment, limit):

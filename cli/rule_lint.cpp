@@ -192,7 +192,9 @@ class DirectoryLint {
     }
     const auto file = declaring.fileOf(*entity);
     if (!file) {
-      add(textFile, line, "uses the entity &" + *entity + ";, which is not declared");
+      add(textFile, line,
+          declaring.namesTooMuch() ? "uses more entities than are looked for in a file of this size"
+                                   : "uses the entity &" + *entity + ";, which is not declared");
       return std::nullopt;
     }
     return lowered(*file);

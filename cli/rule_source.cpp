@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "cconv/limits.h"
 #include "failure.h"
 #include "inputs.h"
 #include "platform.h"
@@ -118,20 +119,26 @@ RuleSource::RuleSource(const std::vector<uint8_t>& bytes, TextForm form)
       text_.begin(), text_.end(), [](char c) { return c == '\r' || c == '\n' || c == '\t'; }, ' ');
 }
 
+size_t RuleSource::find(const std::string& pattern, size_t from) const {
+  const auto [entry, isNew] = lastSearches_.try_emplace(pattern, LastSearch{from, 0});
+  LastSearch& last = entry->second;
+  if (isNew || from < last.from || from > last.found) last = {from, text_.find(pattern, from)};
+  return last.found;
+}
+
 std::optional<RuleSource::Span> RuleSource::element(std::string_view tag, size_t from) const {
   const std::string name(tag);
-  const size_t start =
-      std::min(text_.find("<" + name + ">", from), text_.find("<" + name + " ", from));
+  const size_t start = std::min(find("<" + name + ">", from), find("<" + name + " ", from));
   if (start == std::string::npos) return std::nullopt;
   const size_t inside = start + name.size() + 2;
-  size_t end = text_.find("</" + name + ">", inside);
-  if (end == std::string::npos) end = text_.find("/>", inside);
+  size_t end = find("</" + name + ">", inside);
+  if (end == std::string::npos) end = find("/>", inside);
   if (end == std::string::npos) return std::nullopt;
   return Span{inside, end};
 }
 
 std::optional<std::string> RuleSource::attribute(Span span, std::string_view word) const {
-  const size_t at = text_.find(word, span.start);
+  const size_t at = find(std::string(word), span.start);
   if (at == std::string::npos || at >= span.end) return std::nullopt;
   const size_t open = text_.find('"', at + word.size());
   const size_t close = open == std::string::npos ? open : text_.find('"', open + 1);
@@ -140,7 +147,7 @@ std::optional<std::string> RuleSource::attribute(Span span, std::string_view wor
 }
 
 std::optional<std::string> RuleSource::entity(Span span) const {
-  const size_t at = text_.find('&', span.start);
+  const size_t at = find("&", span.start);
   if (at == std::string::npos || at >= span.end) return std::nullopt;
   const size_t start = text_.find_first_not_of(' ', at + 1);
   const size_t end = start == std::string::npos ? start : text_.find(';', start);
@@ -148,11 +155,23 @@ std::optional<std::string> RuleSource::entity(Span span) const {
   return text_.substr(start, end - start);
 }
 
+bool RuleSource::namesTooMuch() const {
+  return comparisons_ > ksv::limits::entityComparisons(text_.size());
+}
+
 std::optional<std::string> RuleSource::fileOf(const std::string& entity) const {
-  constexpr std::string_view kSystem = "SYSTEM ";
+  const auto [entry, isNew] = files_.try_emplace(entity);
+  if (isNew) entry->second = findFileOf(entity);
+  return entry->second;
+}
+
+std::optional<std::string> RuleSource::findFileOf(const std::string& entity) const {
+  const std::string kSystem = "SYSTEM ";
+  if (entity.empty() || namesTooMuch()) return std::nullopt;
   const size_t at = text_.find(entity + " ");
-  if (entity.empty() || at == std::string::npos) return std::nullopt;
-  const size_t system = text_.find(kSystem, at);
+  comparisons_ += std::min(at, text_.size());
+  if (at == std::string::npos) return std::nullopt;
+  const size_t system = find(kSystem, at);
   if (system == std::string::npos) return std::nullopt;
   const size_t open = system + kSystem.size();
   if (open >= text_.size() || text_[open] != '"') return std::nullopt;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -83,11 +84,26 @@ class RuleSource {
   std::optional<std::string> entity(Span span) const;
   // The file that the text declares for an entity.
   std::optional<std::string> fileOf(const std::string& entity) const;
+  // Whether it names more entities than the library looks for, which are none to it then.
+  bool namesTooMuch() const;
 
  private:
+  // What the last search for a pattern found, so that a walk over many elements takes no more
+  // than one over the text.
+  struct LastSearch {
+    size_t from;
+    size_t found;
+  };
+
+  size_t find(const std::string& pattern, size_t from) const;
+  std::optional<std::string> findFileOf(const std::string& entity) const;
+
   TextForm form_;
   LinedText lines_;
   std::string text_;
+  mutable std::map<std::string, LastSearch> lastSearches_;
+  mutable std::map<std::string, std::optional<std::string>> files_;  // of entities
+  mutable uint64_t comparisons_ = 0;                                 // to find them
 };
 
 }  // namespace ksv_cli

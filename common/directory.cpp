@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "common/guard.h"
 #include "common/path.h"
@@ -29,12 +30,24 @@ namespace {
 
 constexpr intptr_t kNoHandle = -1;
 
-// What a listing's handle stands for.
 struct Matches {
   std::string directory;  // with a separator
   std::vector<std::string> names;
-  size_t next = 0;
   platform::SystemError error = 0;  // why names may be missing
+};
+
+// What a listing's handle stands for. All that needs memory is made when it is opened:
+// KSV_ASC_readdir could not tell want of memory from the end of the listing.
+struct Listing {
+  struct Entry {
+    std::string name;
+    std::string ansi;
+  };
+
+  std::vector<Entry> entries;
+  size_t next = 0;
+  std::string path;  // of the directory, with room for the longest name behind it
+  size_t directoryLength;
 };
 
 enum class WildCards { kOwn, kOfSystem };
@@ -73,10 +86,10 @@ Matches findMatches(const char* pattern, WildCards wildCards) {
   return matches;
 }
 
-void describeEntry(const std::string& path, KsvDirectoryListing& listing) {
+void describeEntry(const char* path, KsvDirectoryListing& listing) {
   constexpr uint32_t kAnyoneMayWrite = 0222;
   platform::FileStatus status = {};
-  platform::fileStatus(path.c_str(), status) || platform::entryStatus(path.c_str(), status);
+  platform::fileStatus(path, status) || platform::entryStatus(path, status);
   const bool isDirectory = (status.mode & platform::kFileTypeMask) == platform::kDirectory;
   const bool readOnly = (status.mode & kAnyoneMayWrite) == 0;
   listing.attrib = (isDirectory ? static_cast<uint32_t>(KSV_ATTRIBUTE_DIRECTORY) : 0u) |
@@ -87,30 +100,47 @@ void describeEntry(const std::string& path, KsvDirectoryListing& listing) {
   listing.size = static_cast<uint32_t>(status.size);
 }
 
-// Steps on to the next match and describes it. A name that has no ANSI form or
-// does not fit is left out: cut short it would name another file.
-bool advance(Matches& matches, KsvDirectoryListing& listing) {
-  while (matches.next < matches.names.size()) {
-    const std::string& name = matches.names[matches.next++];
-    const std::optional<std::string> ansi = platform::utf8ToAnsi(name.c_str());
-    if (!ansi || ansi->size() >= sizeof listing.name) continue;
-    describeEntry(matches.directory + name, listing);
-    return copyText(*ansi, listing.name, sizeof listing.name);
-  }
-  return false;
+// A name that has no ANSI form or does not fit is left out: cut short it would name another
+// file.
+void addEntry(std::string&& name, Listing& listing) {
+  std::optional<std::string> ansi = platform::utf8ToAnsi(name.c_str());
+  if (!ansi || ansi->size() >= sizeof KsvDirectoryListing::name) return;
+  listing.path.reserve(listing.directoryLength + name.size());
+  listing.entries.push_back({std::move(name), std::move(*ansi)});
 }
 
-Matches* matchesOf(const KsvDirectoryListing* listing) {
+std::unique_ptr<Listing> listingOf(Matches&& matches) {
+  auto listing = std::make_unique<Listing>();
+  listing->path = std::move(matches.directory);
+  listing->directoryLength = listing->path.size();
+  for (std::string& name : matches.names) addEntry(std::move(name), *listing);
+  return listing;
+}
+
+// Steps on to the next entry and describes it, without memory.
+bool advance(Listing& entries, KsvDirectoryListing& listing) {
+  if (entries.next == entries.entries.size()) return false;
+  const Listing::Entry& entry = entries.entries[entries.next++];
+  entries.path.resize(entries.directoryLength);
+  entries.path.append(entry.name);
+  describeEntry(entries.path.c_str(), listing);
+  return copyText(entry.ansi, listing.name, sizeof listing.name);
+}
+
+Listing* listingBehind(const KsvDirectoryListing* listing) {
   if (listing == nullptr || listing->handle == kNoHandle) return nullptr;
-  return reinterpret_cast<Matches*>(listing->handle);
+  return reinterpret_cast<Listing*>(listing->handle);
 }
 
 bool openListing(const char* pattern, KsvDirectoryListing& listing) {
   const std::optional<std::string> utf8 = platform::ansiToUtf8(pattern);
   if (!utf8) return false;
-  auto matches = std::make_unique<Matches>(findMatches(utf8->c_str(), WildCards::kOfSystem));
-  if (!advance(*matches, listing)) return false;
-  listing.handle = reinterpret_cast<intptr_t>(matches.release());
+  Matches matches = findMatches(utf8->c_str(), WildCards::kOfSystem);
+  // Better no listing than one that ends too soon.
+  if (matches.error != 0) return false;
+  std::unique_ptr<Listing> entries = listingOf(std::move(matches));
+  if (!advance(*entries, listing)) return false;
+  listing.handle = reinterpret_cast<intptr_t>(entries.release());
   listing.firstEntry = 1;
   return true;
 }
@@ -134,20 +164,20 @@ int KSV_ASC_opendir(const char* pattern, KsvDirectoryListing* listing) {
 }
 
 int KSV_ASC_readdir(KsvDirectoryListing* listing, KsvDirectoryEntry* entry) {
-  ksv::Matches* matches = ksv::matchesOf(listing);
-  if (matches == nullptr || entry == nullptr) return 0;
+  ksv::Listing* entries = ksv::listingBehind(listing);
+  if (entries == nullptr || entry == nullptr) return 0;
   if (listing->firstEntry != 0) {
     listing->firstEntry = 0;
-  } else if (!ksv::guarded(false, [&] { return ksv::advance(*matches, *listing); })) {
+  } else if (!ksv::advance(*entries, *listing)) {
     return 0;
   }
   return ksv::copyText(listing->name, entry->name, sizeof entry->name) ? 1 : 0;
 }
 
 int KSV_ASC_closedir(KsvDirectoryListing* listing) {
-  ksv::Matches* matches = ksv::matchesOf(listing);
-  if (matches == nullptr) return -1;
-  delete matches;
+  ksv::Listing* entries = ksv::listingBehind(listing);
+  if (entries == nullptr) return -1;
+  delete entries;
   listing->handle = ksv::kNoHandle;
   return 0;
 }

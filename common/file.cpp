@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <optional>
@@ -22,6 +23,19 @@ bool isUsableMode(const char* mode) {
 
 bool isUsable(const void* buffer, int32_t size, int32_t count, const std::FILE* stream) {
   return buffer != nullptr && size >= 0 && count >= 0 && stream != nullptr;
+}
+
+// A signal that is handled interrupts, and means nothing.
+size_t readOn(void* buffer, size_t bytes, std::FILE* stream) {
+  const bool hasFailed = std::ferror(stream) != 0;
+  size_t done = 0;
+  for (;;) {
+    errno = 0;
+    done += std::fread(static_cast<char*>(buffer) + done, 1, bytes - done, stream);
+    const bool isInterrupted = std::ferror(stream) != 0 && errno == EINTR;
+    if (done == bytes || hasFailed || !isInterrupted) return done;
+    std::clearerr(stream);
+  }
 }
 
 template <class Value>
@@ -52,9 +66,9 @@ std::FILE* KSV_FileOpenA(const char* path, const char* mode) {
 int KSV_FileClose(std::FILE* stream) { return stream == nullptr ? EOF : std::fclose(stream); }
 
 int32_t KSV_FileRead(void* buffer, int32_t size, int32_t count, std::FILE* stream) {
-  if (!isUsable(buffer, size, count, stream)) return 0;
-  return static_cast<int32_t>(
-      std::fread(buffer, static_cast<size_t>(size), static_cast<size_t>(count), stream));
+  if (!isUsable(buffer, size, count, stream) || size == 0) return 0;
+  const size_t bytes = static_cast<size_t>(size) * static_cast<size_t>(count);
+  return static_cast<int32_t>(readOn(buffer, bytes, stream) / static_cast<size_t>(size));
 }
 
 int32_t KSV_FileWrite(const void* buffer, int32_t size, int32_t count, std::FILE* stream) {
@@ -84,11 +98,9 @@ int64_t KSV_FileTell(std::FILE* stream) {
 int64_t KSV_FileTellSize(std::FILE* stream) {
   const int64_t position = KSV_FileTell(stream);
   if (position < 0) return -1;
-  KSV_FileSeek(stream, 0, SEEK_END);
-  const int64_t size = KSV_FileTell(stream);
-  if (size < 0) return -1;
-  KSV_FileSeek(stream, position, SEEK_SET);
-  return size;
+  const int64_t size = KSV_FileSeek(stream, 0, SEEK_END) == 0 ? KSV_FileTell(stream) : -1;
+  // Where the stream stands elsewhere now, its caller would read or write the wrong bytes.
+  return KSV_FileSeek(stream, position, SEEK_SET) == 0 ? size : -1;
 }
 
 int KSV_FileGetByte(std::FILE* stream, uint8_t* value) { return getValue(stream, value); }

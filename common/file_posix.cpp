@@ -9,6 +9,7 @@
 #include <cerrno>
 
 #include "common/platform.h"
+#include "common/uninterrupted_posix.h"
 
 namespace ksv::platform {
 
@@ -41,14 +42,6 @@ void copyStatus(const struct stat& from, FileStatus& to) {
   to.changeTime = from.st_ctime;
 }
 
-// A signal that is handled interrupts, and means nothing.
-int openAgain(const char* path, int flags) {
-  for (;;) {
-    const int file = open(path, flags);
-    if (file != kNotOpen || errno != EINTR) return file;
-  }
-}
-
 // Whether a failure to open says that there is no such file.
 bool isAbsence(int error) {
   return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG || error == ENXIO;
@@ -61,6 +54,8 @@ struct CloseDirectory {
 }  // namespace
 
 SystemError outOfMemory() { return ENOMEM; }
+
+SystemError accessDenied() { return EACCES; }
 
 // fopen reads a directory as an empty file; nobody who opens one means that.
 std::FILE* openFile(const char* path, const char* mode) {
@@ -75,7 +70,8 @@ std::FILE* openFile(const char* path, const char* mode) {
 InputFile::InputFile(const char* path, Takes takes) : handle_(kNotOpen) {
   const bool onlyRegular = takes == Takes::kRegularFile;
   // A pipe is then opened without waiting for its other end, and closed again.
-  const int file = openAgain(path, O_RDONLY | O_CLOEXEC | (onlyRegular ? O_NONBLOCK : 0));
+  const int flags = O_RDONLY | O_CLOEXEC | (onlyRegular ? O_NONBLOCK : 0);
+  const int file = uninterrupted([&] { return open(path, flags); });
   handle_ = file;
   struct stat status;
   if (file == kNotOpen || fstat(file, &status) != 0) {
@@ -93,16 +89,12 @@ InputFile::~InputFile() {
 size_t InputFile::read(void* buffer, size_t count) {
   size_t total = 0;
   while (total < count) {
-    const ssize_t came =
-        ::read(static_cast<int>(handle_), static_cast<char*>(buffer) + total, count - total);
-    if (came > 0) {
-      total += static_cast<size_t>(came);
-    } else if (came == 0) {
-      break;
-    } else if (errno != EINTR) {
-      error_ = errno;
-      break;
-    }
+    const ssize_t came = uninterrupted([&] {
+      return ::read(static_cast<int>(handle_), static_cast<char*>(buffer) + total, count - total);
+    });
+    if (came < 0) error_ = errno;
+    if (came <= 0) break;
+    total += static_cast<size_t>(came);
   }
   return total;
 }

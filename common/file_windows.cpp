@@ -124,6 +124,8 @@ bool statusOf(const char* path, DWORD flags, FileStatus& status) {
 
 SystemError outOfMemory() { return ERROR_NOT_ENOUGH_MEMORY; }
 
+SystemError accessDenied() { return ERROR_ACCESS_DENIED; }
+
 // The C runtime may end the process over a mode that begins otherwise.
 std::FILE* openFile(const char* path, const char* mode) {
   if (mode[0] == '\0' || std::strchr("rwa", mode[0]) == nullptr) return nullptr;

@@ -32,7 +32,11 @@ std::FILE* ksv_logfopen(uint32_t flags, const char* path) {
 }
 
 int ksv_logfclose(uint32_t flags, std::FILE* stream) {
-  return isEnabled(flags) && stream != nullptr ? KSV_FileClose(stream) : 0;
+  if (!isEnabled(flags) || stream == nullptr) return 0;
+  // Only here can be said that a line is missing, which is written without a word.
+  const bool isWhole = std::ferror(stream) == 0;
+  const int result = KSV_FileClose(stream);
+  return isWhole ? result : EOF;
 }
 
 int ksv_logfprintf(uint32_t flags, std::FILE* stream, const char* format, int32_t argument) {

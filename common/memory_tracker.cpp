@@ -1,13 +1,13 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <map>
 #include <new>
 #include <string>
 
+#include "common/heap.h"
 #include "ksv_memory.h"
 
 namespace ksv {
@@ -73,7 +73,7 @@ void record(const void* block, int32_t size, const char* label, int32_t number) 
 
 void* allocateGuarded(void* old, int32_t size) {
   if (size < 0) return nullptr;
-  void* block = std::realloc(old, static_cast<size_t>(size) + kGuardRoom);
+  void* block = heap::resize(old, static_cast<size_t>(size) + kGuardRoom);
   if (block != nullptr) writeGuard(block, size);
   return block;
 }
@@ -121,7 +121,7 @@ void KSV_free_dbg(void* block) {
       tracker->erase(entry);
     }
   }
-  std::free(block);
+  ksv::heap::release(block);
 }
 
 // The old guard is not looked at, and the entry is gone even when the system then

@@ -17,6 +17,7 @@
 
 #include "common/guard.h"
 #include "common/platform.h"
+#include "common/uninterrupted_posix.h"
 
 namespace ksv::platform {
 namespace {
@@ -92,11 +93,22 @@ bool initialiseMutex(pthread_mutex_t& mutex) {
   return made;
 }
 
+bool writeWhole(int file, const void* bytes, size_t count) {
+  const char* at = static_cast<const char*>(bytes);
+  while (count > 0) {
+    const ssize_t stored = uninterrupted([&] { return write(file, at, count); });
+    if (stored <= 0) return false;
+    at += stored;
+    count -= static_cast<size_t>(stored);
+  }
+  return true;
+}
+
 bool initialiseLockFile(int file) {
   // Written, not only extended, so that a full file system refuses here and not
   // with a signal at the first access.
   const SharedLock empty = {};
-  if (write(file, &empty, sizeof empty) != static_cast<ssize_t>(sizeof empty)) return false;
+  if (!writeWhole(file, &empty, sizeof empty)) return false;
   SharedLock* lock = mapLock(file);
   if (lock == nullptr) return false;
   const bool made = initialiseMutex(lock->mutex);
@@ -107,11 +119,16 @@ bool initialiseLockFile(int file) {
   return made;
 }
 
+int makeUnique(std::string& temporary, const std::string& path) {
+  temporary = path + ".XXXXXX";
+  return mkostemp(temporary.data(), O_CLOEXEC);
+}
+
 // Makes the file under another name and links it into place, so that nobody ever
 // sees one that is half made. True as well when another process was first.
 bool createLockFile(const std::string& path) {
-  std::string temporary = path + ".XXXXXX";
-  const Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+  std::string temporary;
+  const Descriptor file(uninterrupted([&] { return makeUnique(temporary, path); }));
   if (file.get() < 0) return false;
   const bool placed = initialiseLockFile(file.get()) &&
                       (link(temporary.c_str(), path.c_str()) == 0 || errno == EEXIST);
@@ -141,7 +158,8 @@ SharedLock* mapVerified(int file) {
 // Null when the place cannot be used, or holds something that is not our lock.
 SharedLock* openLockFile(const std::string& path) {
   for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
-    const Descriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    const Descriptor file(uninterrupted([&] { return open(path.c_str(), kFlags); }));
     if (file.get() >= 0) return mapVerified(file.get());
     if (errno != ENOENT || !createLockFile(path)) return nullptr;
   }

@@ -56,8 +56,9 @@ class ReplacementFile {
 
 // The system's number of an error, and 0 for none.
 using SystemError = int;
-// That there is no memory.
+// That there is no memory; that somebody else may read the file, and not this user.
 SystemError outOfMemory();
+SystemError accessDenied();
 
 // The error of the call that has just failed on this thread.
 SystemError lastError();

@@ -16,6 +16,7 @@
 
 #include "common/guard.h"
 #include "common/platform.h"
+#include "common/uninterrupted_posix.h"
 #include "common/write_buffer.h"
 
 namespace ksv::platform {
@@ -37,24 +38,52 @@ bool directoryIsWritable(const std::string& path) {
   return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-// Whether path still names the open file, which has no other name. One that has
-// is not ours to overwrite.
-bool isFileAt(int file, const char* path) {
+enum class Hold {
+  kOurs,
+  kLost,       // renamed or removed by another writer meanwhile
+  kTaken,      // another writer is at it
+  kImpossible  // the system refuses
+};
+
+// Locks the open file. It is ours when path still names it and nothing else does.
+Hold take(int file, const char* path) {
+  if (uninterrupted([&] { return flock(file, LOCK_EX | LOCK_NB); }) != 0)
+    return errno == EWOULDBLOCK ? Hold::kTaken : Hold::kImpossible;
   struct stat open;
   struct stat named;
-  return fstat(file, &open) == 0 && lstat(path, &named) == 0 && S_ISREG(open.st_mode) &&
-         open.st_nlink == 1 && open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+  if (fstat(file, &open) != 0) return Hold::kImpossible;
+  if (lstat(path, &named) != 0) return errno == ENOENT ? Hold::kLost : Hold::kImpossible;
+  const bool isAlone = S_ISREG(open.st_mode) && open.st_nlink == 1;
+  const bool isSame = open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+  return isAlone && isSame ? Hold::kOurs : Hold::kLost;
+}
+
+struct OpenFile {
+  int file;
+  bool isNew;
+};
+
+OpenFile openOrCreate(const char* path) {
+  constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  const auto openWith = [&](int flags) {
+    return uninterrupted([&] { return open(path, kFlags | flags, 0666); });
+  };
+  const int created = openWith(O_CREAT | O_EXCL);
+  if (created >= 0 || errno != EEXIST) return {created, true};
+  return {openWith(O_CREAT), false};
 }
 
 // The temporary file, open and locked; -1 when that is refused.
 int openLocked(const char* path) {
   for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
-    const int file = open(path, O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+    const auto [file, isNew] = openOrCreate(path);
     if (file < 0) return -1;
-    const bool locked = flock(file, LOCK_EX | LOCK_NB) == 0;
-    if (locked && isFileAt(file, path)) return file;
+    const Hold hold = take(file, path);
+    if (hold == Hold::kOurs) return file;
+    // Nobody else would: what is there empty, and is never locked, is not a writer's.
+    if (hold == Hold::kImpossible && isNew) unlink(path);
     close(file);
-    if (!locked) return -1;
+    if (hold != Hold::kLost) return -1;
   }
   return -1;
 }
@@ -62,8 +91,7 @@ int openLocked(const char* path) {
 struct StoreIn {
   bool operator()(const char* bytes, size_t count) const {
     while (count > 0) {
-      const ssize_t stored = write(file, bytes, count);
-      if (stored < 0 && errno == EINTR) continue;
+      const ssize_t stored = uninterrupted([&] { return write(file, bytes, count); });
       if (stored <= 0) return false;
       bytes += stored;
       count -= static_cast<size_t>(stored);
@@ -87,7 +115,8 @@ class PosixReplacementFile final : public ReplacementFile {
     file_ = openLocked(temporaryPath_.c_str());
     // Whoever writes this file holds the lock, so that what another writer put
     // into the place before us is seen now at the latest.
-    return file_ >= 0 && !somethingStandsAt(path_.c_str()) && ftruncate(file_, 0) == 0;
+    return file_ >= 0 && !somethingStandsAt(path_.c_str()) &&
+           uninterrupted([&] { return ftruncate(file_, 0); }) == 0;
   }
 
   bool write(const void* bytes, size_t count) override {
@@ -96,7 +125,7 @@ class PosixReplacementFile final : public ReplacementFile {
 
   bool commit() override {
     if (file_ < 0) return false;
-    if (!buffer_.flush(StoreIn{file_}) || fsync(file_) != 0 ||
+    if (!buffer_.flush(StoreIn{file_}) || uninterrupted([&] { return fsync(file_); }) != 0 ||
         rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
       discard();
       return false;

@@ -1,11 +1,10 @@
 #include <array>
-#include <cstdio>
-#include <cstring>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "common/guard.h"
+#include "common/faults.h"
 #include "common/path.h"
 #include "common/path_encoding.h"
 #include "common/platform.h"
@@ -45,33 +44,59 @@ struct Destination {
   }
 };
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
+class LineReader {
+ public:
+  explicit LineReader(InputFile& file) : file_(file) {}
+
+  // A line of any length without its line end; false at the end of the file.
+  bool read(std::string& line) {
+    line.clear();
+    bool isLine = false;
+    while (next_ != held_ || fill()) {
+      isLine = true;
+      const char c = piece_[next_++];
+      if (c == '\n') break;
+      line.push_back(c);
+    }
+    while (!line.empty() && line.back() == '\r') line.pop_back();
+    return isLine;
+  }
+
+ private:
+  bool fill() {
+    next_ = 0;
+    held_ = file_.read(piece_.data(), piece_.size());
+    return held_ != 0;
+  }
+
+  InputFile& file_;
+  size_t next_ = 0;
+  size_t held_ = 0;
+  std::array<char, 512> piece_;
 };
 
-// Reads a line of any length without its line end; false at the end of the file.
-bool readLine(std::FILE* file, std::string& line) {
-  line.clear();
-  std::array<char, 512> piece;
-  while (std::fgets(piece.data(), static_cast<int>(piece.size()), file) != nullptr) {
-    line.append(piece.data());
-    if (!line.empty() && line.back() == '\n') break;
-  }
-  if (line.empty()) return false;
-  while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
-  return true;
+// A file that cannot be read is not one that lacks the setting. One that is somebody else's
+// does not count.
+void noteUnread(const std::string& path, SystemError error) {
+  if (error != accessDenied()) noteFault(FaultSubject::kRuleFile, path, error);
 }
 
-bool acceptFromFile(const std::string& path, const Destination& destination) {
-  const std::unique_ptr<std::FILE, CloseFile> file(openFile(path.c_str(), "rb"));
-  if (!file) return false;
+bool findInFile(InputFile& file, const Destination& destination) {
   const std::string wanted = std::string(destination.key).append("=");
   std::string line;
-  for (bool isFirst = true; readLine(file.get(), line); isFirst = false) {
+  LineReader lines(file);
+  for (bool isFirst = true; lines.read(line); isFirst = false) {
     if (isFirst && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
     if (line.starts_with(wanted) && destination.accept(line.substr(wanted.size()))) return true;
   }
   return false;
+}
+
+bool acceptFromFile(const std::string& path, const Destination& destination) {
+  InputFile file(path.c_str(), InputFile::Takes::kRegularFile);
+  const bool isFound = file.size() > 0 && findInFile(file, destination);
+  if (!isFound) noteUnread(path, file.error());
+  return isFound;
 }
 
 bool acceptFromConfiguration(const Destination& destination) {
@@ -109,7 +134,11 @@ bool lookUp(const Destination& destination) {
 bool readSetting(const char* key, char* buffer, size_t size) {
   if (size == 0) return false;
   buffer[0] = '\0';
-  if (guarded(false, [&] { return lookUp({key, buffer, size}); })) return true;
+  try {
+    if (lookUp({key, buffer, size})) return true;
+  } catch (const std::bad_alloc&) {
+    noteNoMemory(key);
+  }
   buffer[0] = '\0';
   return false;
 }

@@ -71,7 +71,9 @@ uint32_t detectFile(const char* path, const char* language) {
   platform::InputFile file(path);
   if (file.size() <= 0) return KSV_TEXT_FAILURE;
   ChunkReader reader(file);
-  return detectText(reader, preferenceFor(language));
+  const uint32_t result = detectText(reader, preferenceFor(language));
+  // Zeroes stood for what could not be read.
+  return file.error() == 0 ? result : KSV_TEXT_FAILURE;
 }
 
 }  // namespace

@@ -34,7 +34,8 @@ enum {
  * opened. */
 KSV_API FILE* ksv_logfopen(uint32_t flags, const char* path);
 
-/* Closes the stream: 0, or EOF when that fails (the stream is gone all the same). With
+/* Closes the stream: 0, or EOF when that fails or something that was written to it before
+ * could not be stored (the stream is gone all the same). With
  * logging off or a null stream nothing happens and the result is 0. */
 KSV_API int ksv_logfclose(uint32_t flags, FILE* stream);
 

@@ -94,7 +94,7 @@ typedef struct KsvSummarySettings {
 enum {
   KSV_SUMMARY_DONE = 0,
   KSV_SUMMARY_NO_MEMORY = 12,
-  KSV_SUMMARY_NOT_OPENED = 22, /* no compound document that can be read */
+  KSV_SUMMARY_NOT_OPENED = 22, /* no compound document that the system lets be read */
   KSV_SUMMARY_MALFORMED = 3002,
   KSV_SUMMARY_NO_SUMMARY = 3003 /* the document has no summary information */
 };

@@ -1,6 +1,7 @@
 #include "ole/compound_file.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "ole/limits.h"
 #include "ole/little_endian.h"
@@ -84,19 +85,22 @@ std::optional<uint32_t> CompoundFile::offsetOfMini(uint32_t miniSector,
 // The sectors up to the end of the chain, to where it is broken, or to where it comes back
 // to itself.
 void CompoundFile::loadMiniStream() {
-  miniStreamLoaded_ = true;
+  std::vector<uint32_t> chain;
   LoopDetector loop;
   uint32_t sector = directory_.miniStreamStart();
   while (sector != kEndOfChain && sector != kFreeSector) {
-    miniStream_.push_back(sector);
+    chain.push_back(sector);
     if (loop.comesBackTo(sector)) {
       size_t first = 0;
-      while (miniStream_[first] != miniStream_[first + loop.length()]) ++first;
-      miniStream_.resize(first + loop.length());
-      return;
+      while (chain[first] != chain[first + loop.length()]) ++first;
+      chain.resize(first + loop.length());
+      break;
     }
     sector = sectors_->next(sector);
   }
+  // Not before nothing can fail any more: the next call would take a part for the whole.
+  miniStream_ = std::move(chain);
+  miniStreamLoaded_ = true;
 }
 
 }  // namespace ksv

@@ -19,7 +19,8 @@ class CompoundFile {
  public:
   // Null when the file is missing, no compound file or damaged; fault says which,
   // with the reason left null when the file cannot be opened at all. May throw
-  // std::bad_alloc, as the other functions here.
+  // std::bad_alloc, or std::system_error where the system refuses to read, as the other
+  // functions here.
   static std::unique_ptr<CompoundFile> open(const char* path, CompoundFault& fault);
 
   PagedFile& file() { return *file_; }
@@ -93,6 +94,7 @@ class CompoundStream {
   uint32_t moveTo(uint32_t position);
   std::optional<int64_t> offsetOf(uint32_t position) const;
   uint32_t pieceAt(uint32_t position, int64_t offset, uint32_t wanted) const;
+  uint32_t readOn(void* dest, uint32_t count);
   uint32_t readPieces(uint8_t* dest, uint32_t count);
 
   CompoundFile& file_;

@@ -107,8 +107,20 @@ uint32_t CompoundStream::readableFrom(uint32_t position, uint32_t count) const {
   return done;
 }
 
-// All but the last fill of the buffer goes straight to the caller.
+// Where memory or the system fails nothing has been read.
 uint32_t CompoundStream::read(void* dest, uint32_t count) {
+  const uint32_t start = position_ - buffered_ + cursor_;
+  try {
+    return readOn(dest, count);
+  } catch (...) {
+    position_ = start;
+    cursor_ = buffered_ = 0;
+    throw;
+  }
+}
+
+// All but the last fill of the buffer goes straight to the caller.
+uint32_t CompoundStream::readOn(void* dest, uint32_t count) {
   uint8_t* out = static_cast<uint8_t*>(dest);
   uint32_t done = 0;
   while (done < count) {

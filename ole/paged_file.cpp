@@ -1,8 +1,10 @@
 #include "ole/paged_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
+#include <system_error>
 
 #include "ksv_file.h"
 #include "ole/little_endian.h"
@@ -60,9 +62,10 @@ const PagedFile::Page& PagedFile::page(int64_t number) {
   std::unique_ptr<Page>& slot = pages_[static_cast<size_t>(number) % kPages];
   if (!slot) slot.reset(new Page);
   if (slot->number != number) {
-    slot->number = number;
+    slot->number = -1;
     slot->length =
         readDirectly(number * static_cast<int64_t>(kPageSize), slot->bytes.data(), kPageSize);
+    slot->number = number;
   }
   return *slot;
 }
@@ -70,14 +73,26 @@ const PagedFile::Page& PagedFile::page(int64_t number) {
 size_t PagedFile::readDirectly(int64_t offset, void* dest, size_t count) {
   // What is behind the end need not be asked for.
   if (offset >= size_) return 0;
-  if (offset != position_ && KSV_FileSeek(stream_, offset, SEEK_SET) != 0) return 0;
+  if (offset != position_) seekTo(offset);
   const int64_t most = std::min<int64_t>(std::numeric_limits<int32_t>::max(), size_ - offset);
   const int32_t wanted =
       static_cast<int32_t>(std::min<uint64_t>(count, static_cast<uint64_t>(most)));
   const int32_t got = KSV_FileRead(dest, 1, wanted, stream_);
   // Whatever was read: where the stream stands after less is not relied upon.
   position_ = got == wanted ? offset + got : -1;
+  if (got != wanted && (stream_ == nullptr || std::ferror(stream_) != 0)) fail();
   return static_cast<size_t>(got);
+}
+
+void PagedFile::seekTo(int64_t offset) {
+  position_ = -1;
+  if (stream_ == nullptr || KSV_FileSeek(stream_, offset, SEEK_SET) != 0) fail();
+}
+
+void PagedFile::fail() {
+  const int error = errno;
+  if (stream_ != nullptr) std::clearerr(stream_);
+  throw std::system_error(error, std::generic_category(), "cannot be read");
 }
 
 }  // namespace ksv

@@ -27,6 +27,9 @@ class PagedFile {
   // Whether count bytes lie at offset.
   bool holds(int64_t offset, int64_t count) const { return offset >= 0 && offset <= size_ - count; }
 
+  // The functions below throw std::system_error where the system refuses to read: that is
+  // not the end of the file.
+
   // Copies count bytes at offset; fewer, 0 included, where the file ends.
   size_t read(int64_t offset, void* dest, size_t count);
 
@@ -50,6 +53,8 @@ class PagedFile {
 
   const Page& page(int64_t number);
   size_t readDirectly(int64_t offset, void* dest, size_t count);
+  void seekTo(int64_t offset);
+  [[noreturn]] void fail();
 
   std::FILE* stream_;
   const int64_t size_;

@@ -1,6 +1,7 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
+#include <system_error>
 
 #include "common/guard.h"
 #include "ksv_ole.h"
@@ -41,7 +42,10 @@ uint32_t SummaryInfo(const char* path, const KsvSummarySettings* settings, void*
     ksv::SummaryReading reading{ksv::SummaryKind(parameters[ksv::kKind]),
                                 parameters[ksv::kCodePage], ksv::SummaryText(*settings),
                                 static_cast<uint8_t*>(output)};
-    const uint32_t result = ksv::readSummary(path, reading);
-    return result;
+    try {
+      return ksv::readSummary(path, reading);
+    } catch (const std::system_error&) {
+      return uint32_t{KSV_SUMMARY_NOT_OPENED};
+    }
   });
 }

@@ -87,7 +87,9 @@ class FormConverter : public BulkConverter {
 
   void runAhead(ConverterRecord& record) override {
     if (languageMayBeDue(record)) return;
+    const uint32_t withoutMemory = pages_.timesWithoutMemory();
     const Form form{TableCursor(pages_, record)};
+    if (pages_.timesWithoutMemory() != withoutMemory) return;
     if (!Form::kShifts && !designates_ && convertShortText(form, record)) return;
     const uint8_t* const inputEnd = record.input + record.inputLength;
     const uint8_t* const outputEnd = record.output + record.outputCapacity;
@@ -262,7 +264,8 @@ class FormConverter : public BulkConverter {
 
   Designating* makeDesignating(const Form& form, const BulkPosition& at) {
     std::unique_ptr<Designating> made(new (std::nothrow) Designating{});
-    if (made == nullptr) return nullptr;
+    if (made == nullptr || made->table.hadNoMemory()) return nullptr;
+    const uint32_t withoutMemory = pages_.timesWithoutMemory();
     made->runByVectors = Form::runDesignating();
     for (uint32_t code = 0; code < 0x100; ++code) {
       const source_forms::Found found = findSingle(form, at, code);
@@ -271,6 +274,7 @@ class FormConverter : public BulkConverter {
       if (isOne) learnDesignation(found, *made);
       if (isOne && code == 'A') learnAscii(form, at, designatedGroupOf(found.entry), *made);
     }
+    if (pages_.timesWithoutMemory() != withoutMemory) return nullptr;
     return publish(designating_, std::move(made));
   }
 
@@ -500,7 +504,8 @@ class FormConverter : public BulkConverter {
   [[gnu::cold]] Lane* makeLane(const Form& form, const BulkPosition& at,
                                std::atomic<Lane*>& slot) const {
     std::unique_ptr<Lane> made(new (std::nothrow) Lane{});
-    if (made == nullptr) return nullptr;
+    if (made == nullptr || made->table.hadNoMemory()) return nullptr;
+    const uint32_t withoutMemory = pages_.timesWithoutMemory();
     made->ascii = AsciiOutput::kOther;
     for (const AsciiOutput output :
          {AsciiOutput::kBytes, AsciiOutput::kLittleUnits, AsciiOutput::kBigUnits}) {
@@ -513,6 +518,8 @@ class FormConverter : public BulkConverter {
     made->runByVectors = Form::runByVectors(made->ascii);
     if constexpr (Form::kShifts) made->runShifted = vector_runs::iso2022Jp(made->ascii);
     learnSingles(form, at, *made);
+    // What was learned for want of a page must not stay.
+    if (pages_.timesWithoutMemory() != withoutMemory) return nullptr;
     return publish(slot, std::move(made));
   }
 
@@ -549,7 +556,7 @@ class FormConverter : public BulkConverter {
     singles.second[code - 0x80] = static_cast<uint8_t>(entry >> 8);
   }
 
-  static void learn(const Form& form, uint32_t shortIndex, ShortEntry entry, Lane& lane) {
+  void learn(const Form& form, uint32_t shortIndex, ShortEntry entry, Lane& lane) const {
     lane.table.remember(shortIndex, entry);
     pauseForTests(PublicationStep::kWord);
     learnPage(form, shortIndex, lane);
@@ -557,19 +564,21 @@ class FormConverter : public BulkConverter {
 
   // Looks whether a page is plain, when one of its values is met without a short entry:
   // so once for nearly every page.
-  static void learnPage(const Form& form, uint32_t shortIndex, Lane& lane) {
+  void learnPage(const Form& form, uint32_t shortIndex, Lane& lane) const {
     if constexpr (Form::kIsUnicode) {
       if (!lane.writesUnits() || shortIndex >= ShortTable::kSingles) return;
       const uint32_t page = shortIndex >> 8;
       if (lane.pages.at(page) != 0) return;
       const bool bigEndian = lane.ascii == AsciiOutput::kBigUnits;
+      const uint32_t withoutMemory = pages_.timesWithoutMemory();
       bool isPlain = true;
       for (uint32_t value = shortIndex & 0xFF00; isPlain && value <= (shortIndex | 0xFF); ++value) {
         uint8_t unit[2];
         source_forms::putUnit(unit, value, 2, bigEndian);
         isPlain = form.entryOf(value) == makeEntry(unit, 2, 1) || Form::isMark(value);
       }
-      lane.pages.add(page, isPlain ? PlainPages::kIsPlain : PlainPages::kIsNot);
+      if (pages_.timesWithoutMemory() == withoutMemory)
+        lane.pages.add(page, isPlain ? PlainPages::kIsPlain : PlainPages::kIsNot);
     }
   }
 

@@ -9,6 +9,7 @@
 #include "cconv/convert/language_tag.h"
 #include "cconv/convert/pre_conversion.h"
 #include "cconv/convert/replacement.h"
+#include "cconv/convert/waiting_tables.h"
 #include "ksv_cconv.h"
 
 namespace {
@@ -42,15 +43,17 @@ void setOptions(ConvertOptions& own, const ConvertOptions* given) {
 }
 
 // Loads what the members of the charset convert by, and remembers when there is nothing
-// left to load. A table that turns out empty asks for a second attempt.
+// left to load. A table that turns out empty asks for a second attempt, and one that could
+// not be read for as many as it takes.
 void makeTablesReady(const CharsetDef& charset, ksv::CodeTable SubsetDef::*table,
                      std::atomic<bool>& areReady) {
   if (areReady.load(std::memory_order_acquire)) return;
   bool all = true;
   for (SubsetDef* group : charset.members) {
     ksv::CodeTable& own = group->*table;
-    if (group->isUser() || ksv::ensureTableLoaded(&own)) continue;
-    all = all && own.fileName.empty();
+    if (group->isUser() || own.fileName.empty()) continue;
+    ksv::ensureTableLoaded(&own);
+    all = all && own.isWhole();
   }
   if (!all) return;
   ksv::pauseForTests(ksv::PublicationStep::kMade);
@@ -101,6 +104,7 @@ uint32_t cconvInitConvert(ConverterRecord* record, const ConvertOptions* options
   if (charset != nullptr) setOptions(record->options, options);
   clearState(*record);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
+  if (ksv::anyTableWaits()) ksv::mendEncodingTables(*charset);
   makeTablesReady(*charset, &SubsetDef::fromUcs, charset->encodingTablesAreReady);
   record->targetCharset = charset;
   record->targetCharsetId = charset->id;
@@ -118,6 +122,7 @@ uint32_t cconvChgCharset(ConverterRecord* record, uint32_t sourceParameters[3],
   if (name.preConversion == ksv::kUtf7 && sourceParameters != nullptr) sourceParameters[0] = 0;
   CharsetDef* charset = ksv::findCharsetByName(name.charset);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
+  if (ksv::anyTableWaits()) ksv::mendDecodingTables(*charset);
   makeTablesReady(*charset, &SubsetDef::toUcs, charset->decodingTablesAreReady);
   record->sourceCharset = charset;
   record->sourceCharsetId = charset->id;

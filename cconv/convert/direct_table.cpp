@@ -1,6 +1,5 @@
 #include "cconv/convert/direct_table.h"
 
-#include <cstdlib>
 #include <new>
 
 #include "cconv/convert/converter.h"
@@ -8,6 +7,7 @@
 #include "cconv/limits.h"
 #include "cconv/rules/code_table.h"
 #include "cconv/rules/publication.h"
+#include "common/heap.h"
 
 namespace ksv {
 namespace {
@@ -95,6 +95,7 @@ DirectTable::~DirectTable() {
 DirectTable::Page* DirectTable::newPage() {
   if (pagesInUse.fetch_add(1, std::memory_order_relaxed) < limits::kMostPages) {
     if (Page* page = new (std::nothrow) Page()) return page;
+    timesWithoutMemory_.fetch_add(1, std::memory_order_relaxed);
   }
   pagesInUse.fetch_sub(1, std::memory_order_relaxed);
   return nullptr;
@@ -119,14 +120,15 @@ const DirectTable::Page* DirectTable::publish(uint32_t index, const Page* made) 
 ShortTable::ShortTable() {
   if (shortTablesInUse.fetch_add(1, std::memory_order_relaxed) < limits::kMostShortTables) {
     // Zeroed memory that the system hands out page by page as it is used.
-    entries_ = static_cast<Slot*>(std::calloc(kSize, sizeof(Slot)));
+    entries_ = static_cast<Slot*>(heap::allocateZeroed(kSize, sizeof(Slot)));
+    hadNoMemory_ = entries_ == nullptr;
   }
   if (entries_ == nullptr) shortTablesInUse.fetch_sub(1, std::memory_order_relaxed);
 }
 
 ShortTable::~ShortTable() {
   if (entries_ == nullptr) return;
-  std::free(entries_);
+  heap::release(entries_);
   shortTablesInUse.fetch_sub(1, std::memory_order_relaxed);
 }
 

@@ -118,6 +118,12 @@ class DirectTable {
   using Slot = std::atomic<const Page*>;
   const Slot* slots() const { return pages_.data(); }
 
+  // How often a page found no memory. What was learned from the table meanwhile may be less
+  // than there is.
+  uint32_t timesWithoutMemory() const {
+    return timesWithoutMemory_.load(std::memory_order_relaxed);
+  }
+
   // Makes the page that a slot lacks. Null when there is no memory, or the tables
   // are as large as they may get. makeBytes writes the input bytes of an entry and
   // returns their number, 0 for what has no entry.
@@ -126,13 +132,14 @@ class DirectTable {
 
  private:
   // A page that counts against the bound; null when there is none to be had.
-  static Page* newPage();
+  Page* newPage();
   static void deletePage(const Page* page);
   // Enters the page, which nobody changes any more, unless another thread was first; gives
   // the one that is there.
   const Page* publish(uint32_t index, const Page* made);
 
   std::vector<Slot> pages_;
+  std::atomic<uint32_t> timesWithoutMemory_ = 0;
 };
 
 template <typename MakeBytes>
@@ -168,6 +175,8 @@ class ShortTable {
   // False when there was no memory, or the tables are as many as they may get: then
   // there is nothing in it.
   bool isThere() const { return entries_ != nullptr; }
+  // Of these two only the first may be over soon.
+  bool hadNoMemory() const { return hadNoMemory_; }
 
   using Slot = std::atomic<ShortEntry>;
   const Slot* slots() const { return entries_; }
@@ -177,6 +186,7 @@ class ShortTable {
 
  private:
   Slot* entries_ = nullptr;
+  bool hadNoMemory_ = false;
 };
 
 // The way to a table's entries for one run of the bulk path. It keeps the table's

@@ -7,6 +7,7 @@
 #include "cconv/convert/bulk.h"
 #include "cconv/convert/converter.h"
 #include "cconv/convert/pre_conversion.h"
+#include "cconv/convert/waiting_tables.h"
 #include "ksv_file.h"
 #include "ksv_memory.h"
 
@@ -26,7 +27,10 @@ class PreConvertedInput {
     if (record.input == nullptr || record.inputLength <= 0) return;
     const int32_t capacity = std::max(record.outputCapacity, 0);
     buffer_ = static_cast<uint8_t*>(KSV_calloc(capacity, 1));
-    if (buffer_ == nullptr && capacity > 0) return;
+    if (buffer_ == nullptr && capacity > 0) {
+      hasMemory_ = false;
+      return;
+    }
     const auto preConvert = record.preConversion == kUtf7 ? preConvertUtf7 : preConvertHz;
     const PreConverted converted = preConvert(input_, inputLength_, buffer_, capacity);
     truncated_ = converted.truncated;
@@ -45,6 +49,9 @@ class PreConvertedInput {
   PreConvertedInput(const PreConvertedInput&) = delete;
   PreConvertedInput& operator=(const PreConvertedInput&) = delete;
 
+  // Without it the text is not decoded as what it is not.
+  bool hasMemory() const { return hasMemory_; }
+
   // Whether there is not even room for the first character.
   bool nothingFits() const { return truncated_ && record_.input == input_; }
 
@@ -59,6 +66,7 @@ class PreConvertedInput {
   const uint8_t* const input_;
   const int32_t inputLength_;
   uint8_t* buffer_ = nullptr;
+  bool hasMemory_ = true;
   bool truncated_ = false;
 };
 
@@ -199,11 +207,12 @@ constexpr int32_t kCharactersBetweenBulks = 8;
 
 void convertInput(ConverterRecord& record) {
   dumpInput(record);
+  const bool mayRemember = tablesAreMended(record);
   record.status = KSV_STATUS_WRITTEN;
   while (record.status == KSV_STATUS_WRITTEN && isMarkPending(record)) {
     convertByCharacters(record, 1);
   }
-  BulkConverter* const bulk = findBulkConverter(record);
+  BulkConverter* const bulk = mayRemember ? findBulkConverter(record) : nullptr;
   while (record.status == KSV_STATUS_WRITTEN) {
     if (bulk != nullptr) bulk->runAhead(record);
     if (record.status != KSV_STATUS_WRITTEN || isAtEnd(record)) return;
@@ -214,6 +223,10 @@ void convertInput(ConverterRecord& record) {
 
 void convertPreConverted(ConverterRecord& record) {
   const PreConvertedInput preConverted(record);
+  if (!preConverted.hasMemory()) {
+    record.status = KSV_STATUS_FAILURE;
+    return;
+  }
   if (preConverted.nothingFits()) {
     dumpInput(record);
     record.status = KSV_STATUS_FULL;

@@ -58,7 +58,9 @@ void completeUnicode(ConverterRecord& record) {
 // Whether the member's own table has the character.
 bool memberTableHolds(const SubsetDef& group, uint32_t unicode, uint32_t& code) {
   const CodeTable& table = group.fromUcs;
-  if (table.isIdentity()) {
+  const CodeTable::Answers answers = table.answers();
+  if (answers == CodeTable::Answers::kNothing) return false;
+  if (answers == CodeTable::Answers::kItself) {
     code = unicode;
     return true;
   }

@@ -28,6 +28,13 @@ void widenBounds(CodeTable& table, uint32_t key) {
 
 constinit thread_local bool ProvisionalAnswers::noted_ = false;
 constinit std::atomic<PublicationPause> publicationPauseForTests = nullptr;
+constinit std::atomic<uint32_t> tablesThatWait = 0;
+
+void CodeTable::setState(State next) {
+  const State before = state.exchange(next, std::memory_order_acq_rel);
+  if (waitsForSystem(next) && !waitsForSystem(before)) ++tablesThatWait;
+  if (waitsForSystem(before) && !waitsForSystem(next)) --tablesThatWait;
+}
 
 bool BlockCoverage::covers(uint32_t key) {
   if (key >= lastFirst_ && key < lastEnd_) return true;
@@ -73,11 +80,12 @@ bool tableInsert(CodeTable& table, uint32_t key, uint32_t value, uint32_t blockS
 }
 
 bool tableLookup(const CodeTable& table, uint32_t key, uint32_t& value) {
-  if (table.isIdentity()) {
+  const CodeTable::Answers answers = table.answers();
+  if (answers == CodeTable::Answers::kItself) {
     value = key;
     return true;
   }
-  if (key < table.low || key > table.high) return false;
+  if (answers == CodeTable::Answers::kNothing || key < table.low || key > table.high) return false;
   if (key == 0) {
     if (!table.coverage.coversZero()) return false;
     value = table.values.find(0);
@@ -90,7 +98,7 @@ bool tableLookup(const CodeTable& table, uint32_t key, uint32_t& value) {
 bool tableListLookup(const TableList& tables, uint32_t key, uint32_t& value, uint16_t& bytes) {
   for (const auto& table : tables) {
     ensureTableLoaded(table.get());
-    if (table->isIdentity()) continue;
+    if (table->answers() != CodeTable::Answers::kStored) continue;
     if (const uint32_t found = table->find(key); found != 0) {
       value = found;
       bytes = table->valueBytes;

@@ -67,6 +67,7 @@ struct CodeTable {
   enum KeyColumn : uint32_t { kSecondColumn = 0, kFirstColumn = 1 };
 
   CodeTable(KeyColumn column, uint16_t bytes) : keyColumn(column), valueBytes(bytes) {}
+  ~CodeTable() { setState(State::kNotLoaded); }
 
   KeyColumn keyColumn;  // which column of the table file is the key
   uint16_t valueBytes;  // bytes kept of a value; bytes above are lost
@@ -78,26 +79,50 @@ struct CodeTable {
   bool sourceBigEndian = false;
   int32_t loadAttempts = -1;
   bool isRead = false;      // from its file, whatever that held
-  bool isCutShort = false;  // by a system error, which has been noted
-  // Set last when a table is filled: whoever sees it set sees the values too.
-  enum class State : uint8_t { kNotLoaded, kLoaded, kLoadedCutShort };
+  bool isCutShort = false;  // by a system error, which has been noted: read again when asked for
+  enum class State : uint8_t {
+    kNotLoaded,
+    kUnread,         // the same, because a system error has left nothing of it
+    kLoaded,         // set last when a table is filled: whoever sees it sees the values too
+    kLoadedCutShort  // nobody looks at the values, which may be read anew
+  };
   std::atomic<State> state = State::kNotLoaded;
   BlockCoverage coverage;
   CodeStore values;
 
-  bool isLoaded() const { return state.load(std::memory_order_acquire) != State::kNotLoaded; }
-  // Whether the table maps every code to itself: one without a file always, any
-  // other until it is loaded.
-  bool isIdentity() const {
-    if (fileName.empty()) return true;
+  bool isLoaded() const {
     const State now = state.load(std::memory_order_acquire);
-    if (now == State::kLoaded) return false;
-    ProvisionalAnswers::note();
-    return now == State::kNotLoaded;
+    return now == State::kLoaded || now == State::kLoadedCutShort;
   }
-  // The stored value of a loaded table, 0 outside its bounds.
+  // Whether it is loaded, and nothing is missing.
+  bool isWhole() const { return state.load(std::memory_order_acquire) == State::kLoaded; }
+  // Whether a system error keeps it from answering as its file would have it.
+  bool waitsForSystem() const { return waitsForSystem(state.load(std::memory_order_acquire)); }
+  void setState(State next);
+
+  // How the table answers: a code for itself, without a file always and else until it is
+  // loaded; or with what it has stored; or, cut short, with nothing.
+  enum class Answers { kItself, kStored, kNothing };
+  Answers answers() const {
+    if (fileName.empty()) return Answers::kItself;
+    const State now = state.load(std::memory_order_acquire);
+    if (now == State::kLoaded) return Answers::kStored;
+    ProvisionalAnswers::note();
+    return now == State::kLoadedCutShort ? Answers::kNothing : Answers::kItself;
+  }
+  bool isIdentity() const { return answers() == Answers::kItself; }
+  // The stored value, 0 outside the bounds, of a table that answers with what it has stored.
   uint32_t find(uint32_t key) const { return key < low || key > high ? 0 : values.find(key); }
+
+ private:
+  static bool waitsForSystem(State state) {
+    return state == State::kUnread || state == State::kLoadedCutShort;
+  }
 };
+
+// How many tables of the process wait for the system.
+extern constinit std::atomic<uint32_t> tablesThatWait;
+inline bool anyTableWaits() { return tablesThatWait.load(std::memory_order_relaxed) != 0; }
 
 // Stores value under key in a block of blockSize keys (made when no block covers
 // the key yet). False when no block can be made.
@@ -117,6 +142,9 @@ bool tableListLookup(const TableList& tables, uint32_t key, uint32_t& value, uin
 // Fills the table from its compiled file or its text on first use, under the
 // named lock. Returns whether it is loaded; never, when it has no file.
 bool ensureTableLoaded(CodeTable* table);
+
+// Reads a table anew that waits for the system. False when it still does.
+bool mendTable(CodeTable& table);
 
 // Whether look-ups in the table, one of a list, will always answer as they do now. Not so
 // while it holds nothing but one key that makes a table ask for a second attempt: from then

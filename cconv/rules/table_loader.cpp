@@ -9,6 +9,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include "cconv/limits.h"
 #include "cconv/rules/code_table.h"
@@ -129,29 +130,48 @@ bool isFilled(const CodeTable& table) {
   return table.low != table.high || (table.low != 0 && table.low <= kHighestLoneKey);
 }
 
-// Reads the table, once.
-void fill(CodeTable& table) {
-  if (table.isRead) return;
-  table.isRead = true;
+void read(CodeTable& table) {
   const TablePaths paths = pathsOf(table);
   platform::SystemError refused = 0;
   if (!loadCompiled(table, paths.compiled, refused)) compile(table, paths, refused);
 }
 
+void forgetValues(CodeTable& table) {
+  CodeStore empty;
+  table.values = std::move(empty);
+  table.coverage = BlockCoverage();
+  table.low = table.high = 0;
+  table.hasEntries = false;
+  table.isCutShort = false;
+}
+
+// Reads the table, once, and again where a system error has cut it short.
+void fill(CodeTable& table) try {
+  if (table.isRead && !table.isCutShort) return;
+  if (table.isRead) forgetValues(table);
+  table.isRead = true;
+  read(table);
+} catch (const std::bad_alloc&) {
+  table.isRead = table.isCutShort = true;
+  noteNoMemory(table.fileName);
+}
+
 void setLoaded(CodeTable& table) {
   pauseForTests(PublicationStep::kMade);
-  table.state.store(
-      table.isCutShort ? CodeTable::State::kLoadedCutShort : CodeTable::State::kLoaded,
-      std::memory_order_release);
+  table.setState(table.isCutShort ? CodeTable::State::kLoadedCutShort : CodeTable::State::kLoaded);
 }
 
 void load(CodeTable& table) {
-  if (table.isLoaded()) return;
+  if (table.isWhole()) return;
   // At the second attempt an empty table answers nothing any more, instead of passing
   // every code through.
   const bool isFirst = ++table.loadAttempts == 0;
-  if (isFirst) fill(table);
-  if (!isFirst || isFilled(table)) setLoaded(table);
+  fill(table);
+  if (!isFirst || isFilled(table)) {
+    setLoaded(table);
+  } else if (table.isCutShort) {
+    table.setState(CodeTable::State::kUnread);
+  }
 }
 
 // What the first attempt does, if it is enough. A table that asks for a second one is read
@@ -164,6 +184,12 @@ void loadAhead(CodeTable& table) {
   setLoaded(table);
 }
 
+// An empty one is passed over now, and has nothing to answer with later.
+bool isFinal(CodeTable& table) {
+  loadAhead(table);
+  return !table.isCutShort && (table.isLoaded() || !table.hasEntries);
+}
+
 // Keeps the threads of this process apart where there is no named lock. Not taken
 // beside that one: a process forked while a thread holds it could never take it.
 std::mutex& processMutex() {
@@ -171,22 +197,20 @@ std::mutex& processMutex() {
   return mutex;
 }
 
-void locked(CodeTable& table, void (*change)(CodeTable&)) {
+template <class Change>
+auto locked(CodeTable& table, Change change) {
   platform::NamedMutex* mutex = ruleBase.tableMutex;
   // A lock whose last holder died is held as well: compiled files are never half
   // written, so there is nothing to mend.
-  const bool isLocked =
-      mutex != nullptr && mutex->lock() != platform::NamedMutex::LockResult::kFailed;
-  try {
-    std::unique_lock<std::mutex> guard(processMutex(), std::defer_lock);
-    if (!isLocked) guard.lock();
-    change(table);
-  } catch (const std::bad_alloc&) {
-    // The table stays as far as it got.
-    table.isCutShort = true;
-    noteNoMemory(table.fileName);
+  if (mutex == nullptr || mutex->lock() == platform::NamedMutex::LockResult::kFailed) {
+    const std::lock_guard<std::mutex> guard(processMutex());
+    return change(table);
   }
-  if (isLocked) mutex->unlock();
+  struct Release {
+    ~Release() { mutex->unlock(); }
+    platform::NamedMutex* mutex;
+  } const release{mutex};
+  return change(table);
 }
 
 }  // namespace
@@ -199,11 +223,14 @@ bool ensureTableLoaded(CodeTable* table) {
   return table->isLoaded();
 }
 
+bool mendTable(CodeTable& table) {
+  if (table.waitsForSystem()) locked(table, load);
+  return !table.waitsForSystem();
+}
+
 bool answersAreFinal(CodeTable& table) {
-  if (table.fileName.empty() || table.isLoaded()) return true;
-  locked(table, loadAhead);
-  // An empty one is passed over now, and has nothing to answer with later.
-  return table.isLoaded() || !table.hasEntries;
+  if (table.fileName.empty() || table.isWhole()) return true;
+  return locked(table, isFinal);
 }
 
 }  // namespace ksv

@@ -132,6 +132,20 @@ TEST_F(Lint, tells_missing_files_and_undeclared_entities) {
   EXPECT_EQ(faults(), "set.quay.xml:8: uses the entity &table.kai;, which is not declared\n");
 }
 
+// As the library does not look for them all.
+TEST_F(Lint, tells_a_rule_file_that_uses_too_many_entities) {
+  std::string declarations;
+  std::string members;
+  for (int i = 0; i < 20000; ++i) {
+    const std::string name = "n" + std::to_string(100000 + i);
+    declarations += "<!ENTITY " + name + " SYSTEM \"set.quay.xml\">";
+    members.insert(0, "<baseset>&" + name + ";</baseset>");
+  }
+  change("quay.xml", charset_, "<baseset>", declarations + members + "<baseset>");
+  EXPECT_EQ(faults(),
+            "quay.xml:9: uses more entities than are looked for in a file of this size\n");
+}
+
 TEST_F(Lint, tells_what_a_rule_file_lacks) {
   change("set.quay.xml", set_, "<lang domain=\"en\"/>", "");
   EXPECT_EQ(faults(), "set.quay.xml:5: has no <lang> behind this line\n");

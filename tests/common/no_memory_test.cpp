@@ -1,53 +1,30 @@
 // Every function that may need memory fails cleanly at each allocation it makes.
-#include <cstdlib>
-#include <new>
-
 #include "common/platform.h"
 #include "ksv_file.h"
 #include "ksv_memory.h"
 #include "ksv_path.h"
 #include "tests/common/named_mutex_fixture.h"
+#include "tests/faults/memory_faults.h"
+
+using ksv::test::FailingMemory;
+using ksv::test::Refused;
 
 namespace {
-
-// Allocations that still succeed in this thread; negative: all do.
-thread_local int allocationsLeft = -1;
-
-void* allocate(size_t size) noexcept {
-  if (allocationsLeft == 0) return nullptr;
-  if (allocationsLeft > 0) --allocationsLeft;
-  return std::malloc(size == 0 ? 1 : size);
-}
 
 // Calls function with 0, 1, 2 ... allocations until it succeeds, and returns how
 // often it failed.
 template <class Function>
 int failuresBeforeSuccess(Function function) {
   for (int count = 0; count < 1000; ++count) {
-    allocationsLeft = count;
+    FailingMemory memory(static_cast<uint64_t>(count), Refused::kAllFromThere);
     const bool done = function();
-    allocationsLeft = -1;
+    memory.stop();
     if (done) return count;
   }
   return -1;
 }
 
 }  // namespace
-
-// Not inlined: the compiler would take malloc and free for a pair that does not
-// belong to operator new and delete.
-[[gnu::noinline]] void* operator new(size_t size) {
-  if (void* block = allocate(size)) return block;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void* operator new(size_t size, const std::nothrow_t&) noexcept {
-  return allocate(size);
-}
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, size_t) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept {
-  std::free(block);
-}
 
 class NoMemory : public testing::Test {
  protected:
@@ -125,15 +102,16 @@ TEST_F(NoMemory, creates_no_temporary_file) {
 TEST_F(NoMemory, leaves_tracking_off_or_the_block_untracked) {
   KSV_start_mem_dbg("title");
   void* block = nullptr;
-  allocationsLeft = 0;
+  FailingMemory none(0, Refused::kAllFromThere);
   block = KSV_malloc_dbg(3, "a label that is longer than a short string", 1);
-  allocationsLeft = -1;
+  none.stop();
   ASSERT_NE(block, nullptr);
   KSV_end_mem_dbg();
   EXPECT_EQ(ksv::test::readText("memdbg_log.txt"), "title\n");
-  allocationsLeft = 0;
-  KSV_start_mem_dbg("second");
-  allocationsLeft = -1;
+  {
+    const FailingMemory still(0, Refused::kAllFromThere);
+    KSV_start_mem_dbg("second");
+  }
   KSV_free_dbg(block);
   EXPECT_EQ(ksv::test::readText("memdbg_log.txt"), "title\n");
 }

@@ -109,7 +109,9 @@ struct Ucs4Form {
 bool groupHolds(const SubsetDef& group, uint32_t value, uint32_t& unicode) {
   if (group.isUser()) return group.userCodeToUcs(value, unicode);
   unicode = value;
-  return group.toUcs.isIdentity() || value < 0x80 || group.toUcs.find(value) != 0;
+  const CodeTable::Answers answers = group.toUcs.answers();
+  if (answers == CodeTable::Answers::kItself || value < 0x80) return true;
+  return answers == CodeTable::Answers::kStored && group.toUcs.find(value) != 0;
 }
 
 const SubsetDef* findGroup(const CharsetDef& charset, uint32_t value, uint32_t& unicode) {

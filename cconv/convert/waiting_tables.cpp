@@ -1,0 +1,38 @@
+#include "cconv/convert/waiting_tables.h"
+
+#include "cconv/convert/converter.h"
+
+namespace ksv {
+namespace {
+
+bool mendMembers(const CharsetDef& charset, CodeTable SubsetDef::*table) {
+  bool all = true;
+  for (SubsetDef* group : charset.members) {
+    if (!group->isUser()) all = mendTable(group->*table) && all;
+  }
+  return all;
+}
+
+}  // namespace
+
+bool mendDecodingTables(const CharsetDef& charset) {
+  return mendMembers(charset, &SubsetDef::toUcs);
+}
+
+bool mendEncodingTables(const CharsetDef& charset) {
+  bool all = mendMembers(charset, &SubsetDef::fromUcs);
+  for (const auto& tables : charset.destTables) {
+    for (const auto& table : *tables) all = mendTable(*table) && all;
+  }
+  return all;
+}
+
+// What Windows-31J has decides about the characters of some other targets.
+bool mendTablesOf(const ConverterRecord& record) {
+  bool all = mendDecodingTables(*sourceCharset(record));
+  all = mendEncodingTables(*targetCharset(record)) && all;
+  const CharsetDef* windows31J = findCharsetById(charset_id::kWindows31J);
+  return (windows31J == nullptr || mendEncodingTables(*windows31J)) && all;
+}
+
+}  // namespace ksv
