@@ -11,7 +11,7 @@ from pathlib import Path
 
 import tracing
 from command_jobs import command_jobs
-from verdict import Expected, Job, judge, remove, tree
+from verdict import Expected, Job, judge
 from walk import SKIPPED
 
 LIMIT = 20
@@ -24,7 +24,7 @@ class Room(unittest.TestCase):
         (self.room / "tmp").mkdir()
 
     def tearDown(self):
-        remove(self.room)
+        self._scratch.cleanup()
 
     def set_up(self, name: str) -> Job:
         job = JOBS[name]
@@ -44,6 +44,21 @@ class Room(unittest.TestCase):
 
 
 class Command(Room):
+    def test_a_text_that_cannot_be_read_has_no_charset(self):
+        ended = self.run_job(self.set_up("detect"), "-P", "a.txt", "-e",
+                             "inject=read:error=EIO:when=1")
+        self.expect(ended, 1, "ksv: a.txt: cannot be read: Input/output error")
+        self.assertEqual(ended.out, b"")
+
+    def test_a_document_that_cannot_be_read_is_not_a_damaged_one(self):
+        for job in ("ole-list", "ole-cat", "summary"):
+            for name in self.room.glob("a.doc"):
+                name.unlink()
+            ended = self.run_job(self.set_up(job), "-P", "a.doc", "-e",
+                                 "inject=read:error=EIO:when=2+")
+            self.expect(ended, 1, "ksv: a.doc: cannot be read: Input/output error")
+            self.assertEqual(ended.out, b"")
+
     def test_a_temporary_file_that_cannot_be_removed_is_told(self):
         ended = self.run_job(self.set_up("detect-stdin"), "-e", "inject=unlink:error=EROFS")
         left = [path.name for path in (self.room / "tmp").iterdir()]
