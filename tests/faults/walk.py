@@ -107,7 +107,7 @@ class Walk:
 
     def faults(self, kind: str) -> list[tracing.Fault]:
         if kind == "calls":
-            return tracing.call_faults(self._calls, self._first)
+            return tracing.call_faults(self._calls, self._first, self._loader)
         if kind == "heap":
             return tracing.heap_faults(self._calls, self._loader)
         if kind == "kill":
