@@ -1,0 +1,209 @@
+// Texts, names and values that are seldom met, as the parts of the command see them.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "charset_judge.h"
+#include "failure.h"
+#include "ksv_detect.h"
+#include "resynchronisation.h"
+#include "summary_values.h"
+#include "tests/system/system.h"
+#include "text_declaration.h"
+#include "text_detection.h"
+
+namespace ksv_cli_tests {
+namespace {
+
+using ksv_cli::ByteOrder;
+using ksv_cli::CharsetNames;
+using ksv_cli::Detection;
+using ksv_cli::Language;
+
+TEST(RareDeclaration, is_none_unless_it_is_whole) {
+  for (const char* text :
+       {"<meta charset", "<meta charset>", "<meta charset=>", "<meta charset='utf-8>",
+        "<meta charset x>", "<metacharset=utf-8>", "<!-- <meta charset=utf-8>",
+        "<?xmlencoding='a'?>", "<?xml encoding='a'", "<?xml version='1.0'?>",
+        "<?xml encoding=utf-8?>", "<?xml encoding?>", "<?xml encoding='utf-8?>"}) {
+    EXPECT_EQ(ksv_cli::declaredCharset(text), std::nullopt) << text;
+  }
+}
+
+TEST(RareDeclaration, is_the_first_that_names_something) {
+  EXPECT_EQ(ksv_cli::declaredCharset("<meta charset='' charset = KOI8-R >"), "koi8-r");
+  EXPECT_EQ(ksv_cli::declaredCharset("<meta charset x charset=a;b>"), "a");
+  EXPECT_EQ(ksv_cli::declaredCharset("<!-- <meta charset=a> --><meta\tcharset=\"b\">"), "b");
+  EXPECT_EQ(ksv_cli::declaredCharset("<?xml version='1.0' encoding = 'c'?>"), "c");
+}
+
+TEST(RareLanguage, has_the_names_of_detection) {
+  EXPECT_EQ(ksv_cli::textLanguageNamed("ja"), Language::kJapanese);
+  EXPECT_EQ(ksv_cli::textLanguageNamed("zh-cn"), Language::kSimplifiedChinese);
+  EXPECT_EQ(ksv_cli::textLanguageNamed("zh-tw"), Language::kTraditionalChinese);
+  EXPECT_EQ(ksv_cli::textLanguageNamed("ko"), Language::kKorean);
+  EXPECT_EQ(ksv_cli::textLanguageNamed("en"), std::nullopt);
+}
+
+// The environment of the user, as it was before when the object goes.
+class UsersLocale {
+ public:
+  UsersLocale() {
+    for (const char* name : kNames) before_.push_back(ksv::test::variable(name));
+  }
+  ~UsersLocale() {
+    for (size_t i = 0; i < before_.size(); ++i) ksv::test::setVariable(kNames[i], before_[i]);
+  }
+
+  ksv_cli::TextLanguage languageOf(const char* all, const char* type, const char* language) const {
+    const char* values[] = {all, type, language};
+    for (size_t i = 0; i < std::size(kNames); ++i) ksv::test::setVariable(kNames[i], values[i]);
+    return ksv_cli::textLanguageOfUser();
+  }
+
+ private:
+  static constexpr const char* kNames[] = {"LC_ALL", "LC_CTYPE", "LANG"};
+  std::vector<std::optional<std::string>> before_;
+};
+
+TEST(RareLanguage, of_the_user_is_that_of_the_first_variable_that_is_set) {
+  const UsersLocale users;
+  EXPECT_EQ(users.languageOf("", "", "ja_JP.UTF-8"), Language::kJapanese);
+  EXPECT_EQ(users.languageOf("", "ko", "ja_JP"), Language::kKorean);
+  EXPECT_EQ(users.languageOf("C", "ko_KR", "ja_JP"), std::nullopt);
+  EXPECT_EQ(users.languageOf("", "", ""), std::nullopt);
+}
+
+TEST(RareLanguage, of_Chinese_is_told_by_the_place) {
+  const UsersLocale users;
+  for (const char* place : {"zh_TW", "zh_HK.UTF-8", "zh_MO@x", "zh_Hant", "zh_Hant_TW"})
+    EXPECT_EQ(users.languageOf("", "", place), Language::kTraditionalChinese) << place;
+  for (const char* place : {"zh_CN.GB18030", "zh_SG", "zh_Hans-CN"})
+    EXPECT_EQ(users.languageOf("", "", place), Language::kSimplifiedChinese) << place;
+  for (const char* place : {"zh", "zh_XX", "jam", "korean", "zh_CNX"})
+    EXPECT_EQ(users.languageOf("", "", place), std::nullopt) << place;
+}
+
+const CharsetNames& names() {
+  static const CharsetNames all({"utf-8", "utf-16", "iso-10646-ucs-4", "shift_jis", "windows31j",
+                                 "euc-jp-fix", "oasys_online", "euc-jp", "gb18030", "koreanksc"});
+  return all;
+}
+
+size_t badLength(const char* charset, const std::string& text, bool atEnd = false) {
+  return ksv_cli::badSequenceLength(names().find(charset).value(),
+                                    reinterpret_cast<const uint8_t*>(text.data()), text.size(),
+                                    atEnd);
+}
+
+TEST(RareBadSequence, is_a_unit_where_characters_are_units) {
+  EXPECT_EQ(badLength("iso-10646-ucs-4", "abcdef"), 4u);
+  EXPECT_EQ(badLength("iso-10646-ucs-4", "abc"), 0u) << "more may come";
+  EXPECT_EQ(badLength("iso-10646-ucs-4", "abc", true), 3u);
+  EXPECT_EQ(badLength("euc-jp-fix", "\xB0\xA1\xB0"), 2u);
+  EXPECT_EQ(badLength("euc-jp-fix", "\xB0"), 0u);
+  EXPECT_EQ(badLength("oasys_online", "\x30\x40\x30"), 2u);
+  EXPECT_EQ(badLength("oasys_online", "\x0A\x40\x30"), 1u) << "a line end stands alone";
+}
+
+TEST(RareBadSequence, of_UTF8_has_all_bytes_that_only_go_on) {
+  EXPECT_EQ(badLength("utf-8", "\xFF\x80"), 2u);
+  EXPECT_EQ(badLength("utf-8", "\xE3\x81\x41"), 2u);
+  EXPECT_EQ(badLength("utf-8", "\xE3"), 1u);
+  EXPECT_EQ(badLength("utf-8", "\x80\x80"), 2u);
+}
+
+TEST(RareBadSequence, goes_as_far_as_its_lead_byte_asks) {
+  EXPECT_EQ(badLength("euc-jp", "\x8F\xB0\xA1"), 3u);
+  EXPECT_EQ(badLength("euc-jp", "\x8F\xB0\x41"), 2u);
+  EXPECT_EQ(badLength("euc-jp", "\x8F\xB0"), 0u);
+  EXPECT_EQ(badLength("euc-jp", "\x8F\xB0", true), 2u);
+  EXPECT_EQ(badLength("euc-jp", "\x8F\x90\xA1"), 2u);
+  EXPECT_EQ(badLength("euc-jp", "\x80\xA1"), 1u);
+  EXPECT_EQ(badLength("gb18030", "\x81\x30\x81\x30"), 4u);
+  EXPECT_EQ(badLength("gb18030", "\x81\x30\x81\x41"), 1u);
+  EXPECT_EQ(badLength("gb18030", "\x81\x30\x41"), 1u);
+  EXPECT_EQ(badLength("gb18030", "\x81\x30\x81"), 0u);
+  EXPECT_EQ(badLength("gb18030", "\x81\x30", true), 1u);
+  EXPECT_EQ(badLength("gb18030", "\x81\x40"), 2u);
+  EXPECT_EQ(badLength("koreanksc", "\x81\x41"), 2u);
+  EXPECT_EQ(badLength("koreanksc", "\x81\x7A"), 2u);
+  EXPECT_EQ(badLength("koreanksc", "\x81\x5B"), 1u);
+  EXPECT_EQ(badLength("shift_jis", "\x81"), 0u);
+  EXPECT_EQ(badLength("shift_jis", "\x81", true), 1u);
+}
+
+// The reason for which a text is read as it is, or cannot be.
+std::string chosen(uint32_t word, const CharsetNames& all, bool isEmpty = false) {
+  try {
+    const auto source = ksv_cli::chooseSource({nullptr, Detection{word}, isEmpty}, all);
+    const ByteOrder order = source.charset.order;
+    return source.reason + (order == ByteOrder::kBig      ? ", big"
+                            : order == ByteOrder::kLittle ? ", little"
+                                                          : "");
+  } catch (const ksv_cli::Failure& failure) {
+    return failure.what();
+  }
+}
+
+TEST(RareDetection, tells_why_a_text_is_read_as_it_is) {
+  EXPECT_EQ(chosen(KSV_TEXT_SHIFT_JIS, names()),
+            "read as WINDOWS31J, which holds Shift_JIS: its bytes fit best");
+  EXPECT_EQ(chosen(KSV_TEXT_SHIFT_JIS, CharsetNames({"shift_jis"})),
+            "read as Shift_JIS: its bytes fit best");
+  EXPECT_EQ(chosen(KSV_TEXT_UTF16 | KSV_TEXT_MARK, names()),
+            "read as UTF-16: it begins with a byte-order mark, little-endian, little");
+  EXPECT_EQ(chosen(KSV_TEXT_UCS4 | KSV_TEXT_BIG_ENDIAN, names()),
+            "read as ISO-10646-UCS-4: its bytes fit best, big-endian, big");
+  EXPECT_EQ(chosen(0, names(), true), "read as UTF-8: it is empty");
+}
+
+TEST(RareDetection, tells_why_a_text_cannot_be_read) {
+  EXPECT_EQ(chosen(0, names()), "no charset fits its bytes; --from names one");
+  EXPECT_EQ(chosen(KSV_TEXT_EUC_JP | KSV_TEXT_KOREAN | KSV_TEXT_SIMPLIFIED_CHINESE, names()),
+            "may be EUC-JP, ChineseGBK or KoreanKSC; --from names one of them");
+  EXPECT_EQ(chosen(KSV_TEXT_UTF8, CharsetNames({"utf-16"})),
+            "is UTF-8, which the charset directory does not have");
+}
+
+TEST(RareDetection, has_the_line_ends_and_separators_of_its_word) {
+  EXPECT_STREQ(Detection{KSV_TEXT_CR}.lineEnd(), "cr");
+  EXPECT_STREQ(Detection{KSV_TEXT_LF}.lineEnd(), "lf");
+  EXPECT_STREQ(Detection{KSV_TEXT_CRLF}.lineEnd(), "crlf");
+  EXPECT_EQ(Detection{0}.lineEnd(), nullptr);
+  EXPECT_EQ(Detection{KSV_TEXT_LINE_SEPARATOR | KSV_TEXT_PARAGRAPH_SEPARATOR}.separators(),
+            (std::vector<std::string>{"U+2028", "U+2029"}));
+  EXPECT_EQ(Detection{KSV_TEXT_UTF8}.byteOrder(), nullptr);
+}
+
+TEST(RareTimes, are_written_where_the_calendar_has_them) {
+  EXPECT_EQ(ksv_cli::rfc3339("2000-02-30 01:02:03"), "2000-03-01T01:02:03Z") << "a leap year";
+  EXPECT_EQ(ksv_cli::rfc3339("2100-02-29 00:00:00"), "2100-03-01T00:00:00Z") << "none";
+  EXPECT_EQ(ksv_cli::rfc3339("2023-12-32 00:00:00"), "2024-01-01T00:00:00Z");
+  EXPECT_EQ(ksv_cli::rfc3339("1900-03-01 00:00:00"), "1900-03-01T00:00:00Z");
+  EXPECT_EQ(ksv_cli::rfc3339("1901-01-31 00:00:00"), "1901-01-31T00:00:00Z");
+}
+
+TEST(RareTimes, are_left_out_where_it_has_not) {
+  for (const char* text :
+       {"1900-02-28 00:00:00", "1899-12-31 00:00:00", "2000-00-01 00:00:00", "2000-13-01 00:00:00",
+        "2000-01-00 00:00:00", "2000-01-33 00:00:00", "2000-04-32 00:00:00", "9999-12-32 00:00:00",
+        "2000-01-01", "2000-01-01 00:00:00 ", "text", ""}) {
+    EXPECT_EQ(ksv_cli::rfc3339(text), "") << text;
+  }
+}
+
+TEST(RareTimes, and_numbers_that_are_none_stay_text) {
+  EXPECT_EQ(ksv_cli::valueOf("12", ksv_cli::ValueType::kNumber), 12);
+  EXPECT_EQ(ksv_cli::valueOf("12x", ksv_cli::ValueType::kNumber), "12x");
+  EXPECT_EQ(ksv_cli::valueOf("99999999999999999999", ksv_cli::ValueType::kNumber),
+            "99999999999999999999");
+  EXPECT_EQ(ksv_cli::valueOf("never", ksv_cli::ValueType::kTime), "never");
+  EXPECT_EQ(ksv_cli::valueOf("12", ksv_cli::ValueType::kText), "12");
+}
+
+}  // namespace
+}  // namespace ksv_cli_tests
