@@ -7,8 +7,13 @@
 #include <vector>
 
 #include "charset_judge.h"
+#include "command.h"
+#include "escapes.h"
 #include "failure.h"
+#include "in_process.h"
 #include "ksv_detect.h"
+#include "name_matching.h"
+#include "platform.h"
 #include "resynchronisation.h"
 #include "summary_values.h"
 #include "tests/system/system.h"
@@ -113,6 +118,7 @@ TEST(RareBadSequence, of_UTF8_has_all_bytes_that_only_go_on) {
   EXPECT_EQ(badLength("utf-8", "\xFF\x80"), 2u);
   EXPECT_EQ(badLength("utf-8", "\xE3\x81\x41"), 2u);
   EXPECT_EQ(badLength("utf-8", "\xE3"), 1u);
+  EXPECT_EQ(badLength("utf-8", "\xF0\x9F\x98\x41"), 3u);
   EXPECT_EQ(badLength("utf-8", "\x80\x80"), 2u);
 }
 
@@ -203,6 +209,107 @@ TEST(RareTimes, and_numbers_that_are_none_stay_text) {
             "99999999999999999999");
   EXPECT_EQ(ksv_cli::valueOf("never", ksv_cli::ValueType::kTime), "never");
   EXPECT_EQ(ksv_cli::valueOf("12", ksv_cli::ValueType::kText), "12");
+}
+
+TEST(RareNames, are_near_only_while_something_of_them_is_left) {
+  EXPECT_EQ(ksv_cli::nearestNames("x", {"y"}), std::vector<std::string>());
+  EXPECT_EQ(ksv_cli::nearestNames("utf-8", {"utf8", "UTF-8", "utf-7"}),
+            (std::vector<std::string>{"utf8", "utf-7"}))
+      << "two spellings are one name";
+  EXPECT_EQ(ksv_cli::nearestNames("iso88591", {"iso88592", "iso88593", "iso88594", "iso88595"}),
+            (std::vector<std::string>{"iso88592", "iso88593", "iso88594"}));
+}
+
+TEST(RareNames, keep_what_is_no_late_control) {
+  using ksv_cli::Backslash;
+  EXPECT_EQ(ksv_cli::escaped("\xC2\x85|\xC2\xA0|\xC2|\xC2"
+                             "A|\x7F\\",
+                             Backslash::kStays),
+            "\\u0085|\xC2\xA0|\xC2|\xC2"
+            "A|\\x7F\\");
+  EXPECT_EQ(ksv_cli::escaped("\\", Backslash::kIsDoubled), "\\\\");
+}
+
+TEST(RareFiles, are_the_same_where_all_that_tells_them_apart_is) {
+  using ksv_cli::platform::FileKind;
+  ksv_cli::platform::FileFacts file;
+  EXPECT_FALSE(file.isSameFileAs(file)) << "there is none";
+  file.kind = FileKind::kRegular;
+  EXPECT_TRUE(file.isSameFileAs(file) && file.isSameTextAs(file));
+  auto other = file;
+  other.kind = FileKind::kOther;
+  EXPECT_FALSE(file.isSameFileAs(other));
+  other = file;
+  other.device = 1;
+  EXPECT_FALSE(file.isSameFileAs(other));
+  other = file;
+  other.number = 1;
+  EXPECT_FALSE(file.isSameFileAs(other) || file.isSameTextAs(other));
+  other = file;
+  other.size = 1;
+  EXPECT_TRUE(file.isSameFileAs(other));
+  EXPECT_FALSE(file.isSameTextAs(other));
+  other = file;
+  other.writeTime = 1;
+  EXPECT_FALSE(file.isSameTextAs(other));
+}
+
+// In a directory of few charsets, whose names are all that is asked for here.
+class RareJudgement : public CommandTest {
+ protected:
+  // How a text is read, or why it is not.
+  std::string judged(const std::vector<std::string>& charsets, const std::string& text) const {
+    converting();  // the charsets of the build tree are loaded
+    const CharsetNames few(charsets);
+    write("text", text);
+    try {
+      return ksv_cli::CharsetJudge(few, std::nullopt, false).judge(path("text")).chosen.reason;
+    } catch (const ksv_cli::Failure& failure) {
+      return failure.what();
+    }
+  }
+};
+
+TEST_F(RareJudgement, needs_the_charset_of_what_it_finds) {
+  EXPECT_EQ(judged({"shift_jis"}, ""), "is empty, and the charset directory does not have UTF-8");
+  EXPECT_EQ(judged({"utf-8"}, ""), "read as UTF-8: it is empty");
+  const std::string marked =
+      "\xEF\xBB\xBF"
+      "a";
+  EXPECT_NE(judged({"utf-8"}, marked).find("byte-order mark"), std::string::npos);
+  EXPECT_EQ(judged({"shift_jis"}, marked).find("byte-order mark"), std::string::npos);
+}
+
+TEST_F(RareJudgement, takes_a_declaration_for_what_it_knows_only) {
+  const std::string declared = "<meta charset=koi8-r>\xE1\xE2\xE3 \xC1\xC2\xC3 \xC4\xC5\xC6\n";
+  EXPECT_NE(judged({"utf-8", "koi8-r"}, declared).find("it declares koi8-r"), std::string::npos);
+  EXPECT_EQ(judged({"utf-8", "iso-8859-1"}, declared).find("it declares"), std::string::npos);
+  EXPECT_EQ(judged({"utf-8", "utf-16"}, "<meta charset=utf-16>\xFF\n").find("it declares"),
+            std::string::npos)
+      << "text in UTF-16 could not be read so far";
+}
+
+TEST_F(RareJudgement, of_options_that_contradict_each_other_is_wrong_usage) {
+  write("a", "text");
+  const auto wrong = [&](const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = {"convert", "-t", "utf-16le"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const Outcome outcome = ksv(arguments, "");
+    EXPECT_EQ(outcome.out, "");
+    return std::to_string(outcome.status) + " " + outcome.err;
+  };
+  const std::string usage = " (see 'ksv convert --help')\n";
+  EXPECT_EQ(wrong({"--classic", "--guess", "a"}),
+            "2 ksv: convert: --classic goes with neither --guess nor --detect-language" + usage);
+  EXPECT_EQ(wrong({"--classic", "--detect-language", "ja", "a"}),
+            "2 ksv: convert: --classic goes with neither --guess nor --detect-language" + usage);
+  EXPECT_EQ(wrong({"--byte-order", "big", "a"}),
+            "2 ksv: convert: --byte-order big contradicts the charset utf-16le" + usage);
+  EXPECT_EQ(
+      wrong({"--language", "a\xC3\xA9", "a"}),
+      "2 ksv: convert: --language takes a name in printable ASCII, at most 259 characters" + usage);
+  EXPECT_EQ(ksv({"convert", "-f", "utf-8", "-t", "utf-16le", "--byte-order", "little", "a"}).out,
+            std::string("t\0e\0x\0t\0", 8));
 }
 
 }  // namespace
