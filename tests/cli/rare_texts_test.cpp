@@ -4,8 +4,10 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "byte_facts.h"
 #include "charset_judge.h"
 #include "command.h"
 #include "escapes.h"
@@ -15,6 +17,7 @@
 #include "name_matching.h"
 #include "platform.h"
 #include "resynchronisation.h"
+#include "streams.h"
 #include "summary_values.h"
 #include "tests/system/system.h"
 #include "text_declaration.h"
@@ -209,6 +212,48 @@ TEST(RareTimes, and_numbers_that_are_none_stay_text) {
             "99999999999999999999");
   EXPECT_EQ(ksv_cli::valueOf("never", ksv_cli::ValueType::kTime), "never");
   EXPECT_EQ(ksv_cli::valueOf("12", ksv_cli::ValueType::kText), "12");
+}
+
+// A text that is read a byte at a time.
+class Trickle : public ksv_cli::ByteSource {
+ public:
+  explicit Trickle(std::string text) : text_(std::move(text)) {}
+  size_t read(uint8_t* buffer, size_t size) override {
+    if (at_ == text_.size() || size == 0) return 0;
+    *buffer = static_cast<uint8_t>(text_[at_++]);
+    return 1;
+  }
+
+ private:
+  const std::string text_;
+  size_t at_ = 0;
+};
+
+ksv_cli::ByteFacts factsOf(const std::string& text) {
+  Trickle source(text);
+  return ksv_cli::byteFacts(source);
+}
+
+TEST(RareBytes, of_nothing_are_none) {
+  const ksv_cli::ByteFacts facts = factsOf("");
+  EXPECT_EQ(facts.size, 0u);
+  EXPECT_TRUE(facts.pairs.empty());
+  EXPECT_TRUE(facts.isAscii() && facts.isUtf8);
+  EXPECT_FALSE(facts.isIso2022);
+}
+
+TEST(RareBytes, are_UTF8_when_they_are_to_their_end) {
+  EXPECT_TRUE(factsOf("a\xE3\x81\x82").isUtf8);
+  EXPECT_FALSE(factsOf("a\xE3\x81").isUtf8) << "cut";
+  EXPECT_FALSE(factsOf("\xE3\x41 and more").isUtf8);
+}
+
+TEST(RareBytes, are_of_mail_by_what_their_escape_sequences_name) {
+  EXPECT_TRUE(factsOf("\x1B(I1\x1B(B").designatesPairs) << "katakana is for Japanese only";
+  EXPECT_TRUE(factsOf("\x1B$B\x30\x21\x1B(B").designatesPairs);
+  EXPECT_FALSE(factsOf("\x1B(Ba").designatesPairs) << "terminals write it, too";
+  EXPECT_TRUE(factsOf("\x1B$(Q\x30\x21\x1B(B").designatesPlanes);
+  EXPECT_FALSE(factsOf("\x1B[2J").isIso2022);
 }
 
 TEST(RareNames, are_near_only_while_something_of_them_is_left) {
