@@ -65,6 +65,7 @@ class Target:
         self.scratch = scratch / self.name
         self.totals = Totals()
         self.group = None
+        self.most_kept = settings.get("most_kept")
         self.limits = [f"-max_len={settings.get('max_len', 4096)}", "-timeout=20",
                        "-rss_limit_mb=2048", *settings.get("options", [])]
         self.dictionary = [f"-dict={dictionary}"] if dictionary else []
@@ -186,6 +187,6 @@ class Target:
         self.merge_into(seeds, [found], "-set_cover_merge=1", f"-merge_control_file={control}")
         features, own = corpus.features_by_file(control)
         sizes = {name: Path(name).stat().st_size for name in features}
-        chosen = corpus.choose(features, own, sizes, most_files, most_bytes)
+        chosen = corpus.choose(features, own, sizes, self.most_kept or most_files, most_bytes)
         self.kept.mkdir(parents=True, exist_ok=True)
         corpus.replace_found(self.kept, [Path(name) for name in chosen])
