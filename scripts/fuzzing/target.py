@@ -163,8 +163,12 @@ class Target:
         merged = self.scratch / "merged"
         merged.mkdir()
         self.merge_into(merged, self.existing_corpora())
+        # Whole before it takes the place of the old one: either may be what an end leaves.
+        new = self.working.with_name(self.name + ".new")
+        shutil.rmtree(new, ignore_errors=True)
+        shutil.copytree(merged, new)
         shutil.rmtree(self.working)
-        shutil.copytree(merged, self.working)
+        new.rename(self.working)
 
     def merge_into(self, directory, sources, *options):
         status, log = self.execute(["-merge=1", *self.limits, *options, directory, *sources],
@@ -174,8 +178,8 @@ class Target:
 
     def keep(self, most_files, most_bytes):
         """Takes the most telling inputs of the working corpus into the committed one."""
-        seeds, found, merged = (self.scratch / name for name in ("seeds", "found", "features"))
-        for directory in (seeds, found, merged):
+        seeds, found = self.scratch / "seeds", self.scratch / "found"
+        for directory in (seeds, found):
             directory.mkdir()
         for path in [*corpus.files_of(self.working), *corpus.files_of(self.kept)]:
             is_found = corpus.FOUND_NAME.fullmatch(path.name)
