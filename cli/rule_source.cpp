@@ -104,7 +104,7 @@ LinedText decoded(const std::vector<uint8_t>& bytes, TextForm form) {
     uint32_t unit = 0;
     for (uint32_t i = 0; i < form.unitSize; ++i)
       unit = unit << 8 | bytes[at + (form.bigEndian ? i : form.unitSize - 1 - i)];
-    const bool isMarkInFront = at == 0 && (unit == 0xFEFF || unit == 0xFF0000FE);
+    const bool isMarkInFront = at == 0 && (unit == 0xFEFF || unit == 0xFE0000FF);
     // What is no ASCII means nothing in these files, but a byte of it could.
     if (!isMarkInFront) text += unit != 0 && unit < 0x7F ? static_cast<char>(unit) : '\x7F';
   }

@@ -18,6 +18,11 @@ if(KSV_BUILD_FUZZERS)
   target_compile_options(ksv_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# What is counted links this as well: the tests themselves need no counters, only what makes
+# room for those of others.
+add_library(ksv_counted INTERFACE)
+target_link_libraries(ksv_counted INTERFACE ksv_options)
+
 if(KSV_COVERAGE)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     message(FATAL_ERROR "KSV_COVERAGE needs clang; use the preset 'coverage'")
@@ -26,7 +31,7 @@ if(KSV_COVERAGE)
   # is killed, or that ends without its exit handlers, has counted too. Where the file is has
   # to be built in: tests start programs without an environment.
   set(counters -fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%m%c.profraw)
-  target_compile_options(ksv_options INTERFACE ${counters} -fcoverage-mapping
+  target_compile_options(ksv_counted INTERFACE ${counters} -fcoverage-mapping
                          -fprofile-update=atomic "SHELL:-mllvm -runtime-counter-relocation")
   target_link_options(ksv_options INTERFACE ${counters})
 endif()

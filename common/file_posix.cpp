@@ -123,11 +123,11 @@ bool entryStatus(const char* path, FileStatus& status) {
   return true;
 }
 
+SystemError lastError() { return errno; }
+
 bool statusOfListed(const std::string& path, FileStatus& status) {
   return fileStatus(path.c_str(), status) || entryStatus(path.c_str(), status);
 }
-
-SystemError lastError() { return errno; }
 
 bool removeFile(const char* path) { return unlink(path) == 0; }
 

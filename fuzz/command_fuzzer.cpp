@@ -71,7 +71,7 @@ class Place {
  public:
   Place() {
     for (const char* name : {"charset", "streams"}) fs::create_directory(root_.pathOf(name));
-    restoreCharsets();
+    copyCharsets();
     ksv::test::setVariable("Charsetpath", root_.pathOf("charset"));
   }
 
@@ -88,7 +88,7 @@ class Place {
 
  private:
   // Few charsets, since they are loaded for each input.
-  void restoreCharsets() const {
+  void copyCharsets() const {
     static constexpr std::array kBeginnings = {"set.",       "one_way.",     "jis_",
                                                "iso-646",    "iso-10646",    "utf-",
                                                "shift_jis.", "iso-2022-jp.", "iso-8859-1."};

@@ -65,6 +65,7 @@ class Target:
         self.scratch = scratch / self.name
         self.totals = Totals()
         self.group = None
+        self.most_kept = settings.get("most_kept")
         self.limits = [f"-max_len={settings.get('max_len', 4096)}", "-timeout=20",
                        "-rss_limit_mb=2048", *settings.get("options", [])]
         self.dictionary = [f"-dict={dictionary}"] if dictionary else []
@@ -162,8 +163,12 @@ class Target:
         merged = self.scratch / "merged"
         merged.mkdir()
         self.merge_into(merged, self.existing_corpora())
+        # Whole before it takes the place of the old one: either may be what an end leaves.
+        new = self.working.with_name(self.name + ".new")
+        shutil.rmtree(new, ignore_errors=True)
+        shutil.copytree(merged, new)
         shutil.rmtree(self.working)
-        shutil.copytree(merged, self.working)
+        new.rename(self.working)
 
     def merge_into(self, directory, sources, *options):
         status, log = self.execute(["-merge=1", *self.limits, *options, directory, *sources],
@@ -173,8 +178,8 @@ class Target:
 
     def keep(self, most_files, most_bytes):
         """Takes the most telling inputs of the working corpus into the committed one."""
-        seeds, found, merged = (self.scratch / name for name in ("seeds", "found", "features"))
-        for directory in (seeds, found, merged):
+        seeds, found = self.scratch / "seeds", self.scratch / "found"
+        for directory in (seeds, found):
             directory.mkdir()
         for path in [*corpus.files_of(self.working), *corpus.files_of(self.kept)]:
             is_found = corpus.FOUND_NAME.fullmatch(path.name)
@@ -186,6 +191,6 @@ class Target:
         self.merge_into(seeds, [found], "-set_cover_merge=1", f"-merge_control_file={control}")
         features, own = corpus.features_by_file(control)
         sizes = {name: Path(name).stat().st_size for name in features}
-        chosen = corpus.choose(features, own, sizes, most_files, most_bytes)
+        chosen = corpus.choose(features, own, sizes, self.most_kept or most_files, most_bytes)
         self.kept.mkdir(parents=True, exist_ok=True)
         corpus.replace_found(self.kept, [Path(name) for name in chosen])

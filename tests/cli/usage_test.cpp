@@ -60,7 +60,7 @@ TEST_F(Usage, needs_a_job_that_exists) {
 TEST_F(Usage, is_told_in_one_line_whatever_the_arguments_hold) {
   expectWrong({"a\nb"}, "a b is neither a job nor an option");
   expectWrong({"a\x1B[2J"}, "a\\x1B[2J is neither a job nor an option");
-  expectWrong({"cut", "--a\nb"}, "--a b");
+  expectWrong({"charsets", "--a\nb"}, "--a b");
 }
 
 TEST_F(Usage, tells_a_bad_number_in_a_few_words) {

@@ -16,7 +16,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(sys.argv.pop(1)).resolve()))
 from covering import branches
 
-TEXT = "int f(int a) {\n  if (a) {\n    return 1;\n  }\n  return g(a) ? 2 : 3;\n}\n"
+TEXT = "int f(int a) {\n  if (a) {\n    return 1;\n    if constexpr (b) ++a;\n  return g(a) ? 2 : 3;\n}\n"
 # A segment: line, column, count, has a count, begins a region, is a gap.
 SEGMENTS = [[1, 14, 5, True, True, False], [2, 10, 0, True, True, False], [4, 4, 5, True, False, False],
             [5, 3, 5, True, True, False], [6, 2, 0, False, False, False]]
@@ -54,6 +54,11 @@ class Counts(unittest.TestCase):
 
     def test_leave_out_what_the_compiler_decides(self):
         self.assertEqual(self.ways(branch(2, 7, 0, 0), branch(5, 10, 3, 2)), (2, 2))
+
+    def test_leave_out_what_is_written_for_the_compiler(self):
+        never_run = [[1, 1, 0, True, True, False], [6, 2, 0, False, False, False]]
+        source = self.read(segments=never_run, ways=[branch(4, 5, 0, 0)])["common/f.cpp"]
+        self.assertEqual(branches.sum_of(source).branches, 0)
 
     def test_have_what_was_never_asked(self):
         self.assertEqual(self.ways(branch(3, 5, 0, 0)), (0, 2))

@@ -164,12 +164,19 @@ def _places(calls, first: int) -> dict[str, range]:
             for name, count in sorted(counts(calls).items())}
 
 
-def call_faults(calls, first: int) -> list[Fault]:
-    """Each call with each error that fits it, alone and from there on."""
+# Without these the dynamic loader does not come to the program's code, and may crash.
+_MEMORY_OF_LOADER = frozenset(("brk", "mmap", "mprotect"))
+
+
+def call_faults(calls, first: int, loader: int = 0) -> list[Fault]:
+    """Each call that is not among the first with each error that fits it, alone and from there on."""
     faults = []
+    own = _places(calls, max(first, loader))
     for name, places in _places(calls, first).items():
         if name in NEVER_FAIL:
             continue
+        if name in _MEMORY_OF_LOADER:
+            places = own[name]
         for error in ERRORS[name]:
             for place in places:
                 faults.append(failing_call(name, error, str(place)))

@@ -21,7 +21,6 @@ import subprocess
 import sys
 import tempfile
 import threading
-from dataclasses import replace
 from pathlib import Path
 
 import tracing
@@ -108,7 +107,7 @@ class Walk:
 
     def faults(self, kind: str) -> list[tracing.Fault]:
         if kind == "calls":
-            return tracing.call_faults(self._calls, self._first)
+            return tracing.call_faults(self._calls, self._first, self._loader)
         if kind == "heap":
             return tracing.heap_faults(self._calls, self._loader)
         if kind == "kill":
@@ -209,8 +208,9 @@ def commit() -> str:
     return found.stdout.strip() or "unknown"
 
 
-def write_totals(path: str, totals: Totals) -> None:
-    head = f"{datetime.date.today()}, commit {commit()}, by {Path(__file__).name}"
+def write_totals(path: str, totals: Totals, options, walked: str) -> None:
+    extent = f"{options.sample} places of each row, seed {options.seed}" if options.sample else "all"
+    head = f"{datetime.date.today()}, commit {walked}: {extent}"
     Path(path).write_text("\n".join([head, "", *totals.lines(), ""]))
 
 
@@ -262,6 +262,7 @@ def main() -> int:
         print("\n".join(job.name for job in jobs))
         return 0
     totals = Totals()
+    walked = commit()
     with tempfile.TemporaryDirectory(prefix="walk-") as scratch:
         for job in jobs:
             try:
@@ -271,7 +272,7 @@ def main() -> int:
                 totals.add(job.name, "clean", 1, [Verdict("not clean")])
     print("\n".join(totals.lines()))
     if options.totals:
-        write_totals(options.totals, totals)
+        write_totals(options.totals, totals, options, walked)
     return 1 if totals.violations() else 0
 
 
