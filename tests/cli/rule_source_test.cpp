@@ -154,9 +154,10 @@ class RareDirectory : public testing::Test {
   }
 
   std::string faults() const {
+    const ksv_cli::LintFindings found = ksv_cli::lintCharsetDirectory(path_);
     std::string all;
-    for (const ksv_cli::Fault& fault : ksv_cli::lintCharsetDirectory(path_))
-      all += ksv_cli::shownFault(fault) + "\n";
+    for (const ksv_cli::Fault& fault : found.faults) all += ksv_cli::shownFault(fault) + "\n";
+    for (const std::string& file : found.unreadable) all += file + "\n";
     return all;
   }
 
