@@ -13,6 +13,7 @@
 #include "platform.h"
 #include "result_line.h"
 #include "rule_lint.h"
+#include "system_faults.h"
 
 namespace ksv_cli {
 namespace {
@@ -60,7 +61,9 @@ int lint(const Arguments& arguments) {
     const int written = writeResult(text);
     return found.any() ? kExitFailed : written;
   } catch (const Failure& failure) {
-    platform::writeToStandardError(diagnostic(subject, failure.what()));
+    // Want of memory makes a setting look as if it were not there.
+    const std::string reason = systemFault().value_or(failure.what());
+    platform::writeToStandardError(diagnostic(subject, reason));
     return kExitFailed;
   }
 }

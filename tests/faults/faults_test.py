@@ -11,7 +11,7 @@ from pathlib import Path
 
 import tracing
 from command_jobs import command_jobs
-from verdict import Expected, Job, judge
+from verdict import Expected, Job, judge, remove
 from walk import SKIPPED
 
 LIMIT = 20
@@ -143,6 +143,13 @@ class WithoutMemory(Room):
         ended = self.fail_from("convert-to-file", 1)
         self.assertEqual((ended.status, ended.err), (1, b"ksv: Cannot allocate memory\n"))
         self.assertFalse((self.room / "new.txt").exists())
+
+    def test_a_setting_that_finds_no_memory_is_not_one_that_is_missing(self):
+        for place in range(1455, 1480):
+            ended = self.fail_from("lint-json", place, alone=True)
+            remove(self.room / "charset")
+            if ended.status != 0:
+                self.assertTrue(ended.err.endswith(b": Cannot allocate memory\n"), ended.err)
 
     def test_help_is_whole_or_not_there(self):
         whole = self.fail_from("help", 10**9)
