@@ -52,7 +52,7 @@ void ScratchDirectory::clear() const {
 void ScratchDirectory::write(const std::string& name, std::string_view bytes) const {
   std::FILE* file = std::fopen((path_ + name).c_str(), "wb");
   require(file != nullptr, "a scratch file can be made");
-  const size_t written = std::fwrite(bytes.data(), 1, bytes.size(), file);
+  const size_t written = bytes.empty() ? 0 : std::fwrite(bytes.data(), 1, bytes.size(), file);
   require(std::fclose(file) == 0 && written == bytes.size(), "a scratch file can be written");
 }
 

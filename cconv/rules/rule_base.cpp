@@ -66,13 +66,27 @@ CharsetDef* findCharsetByName(const char* name) {
   return ruleBase.lists->findCharset(std::string_view(name, strnlen(name, kNameSize)));
 }
 
+namespace {
+
+std::mutex& pathMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+}  // namespace
+
+std::mutex& lifetimeMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
 void RuleBase::setPath(const char* path) {
-  const std::lock_guard<std::mutex> guard(pathInUse);
+  const std::lock_guard<std::mutex> guard(pathMutex());
   std::strcpy(charsetPath, path);
 }
 
 std::string RuleBase::path() const {
-  const std::lock_guard<std::mutex> guard(pathInUse);
+  const std::lock_guard<std::mutex> guard(pathMutex());
   return charsetPath;
 }
 
@@ -96,7 +110,7 @@ int startProcess() {
   char path[sizeof ruleBase.charsetPath];
   ksv::platform::readSetting(ksv::kPathSetting, path, sizeof path);
   ruleBase.setPath(path);
-  const std::lock_guard<std::mutex> guard(ruleBase.lifetime);
+  const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
   if (ruleBase.refCount != 0) {
     // Behind an unmatched endProcess this wraps to 0 without lists; every
     // conversion function then fails until the next pair.
@@ -113,7 +127,7 @@ int startProcess() {
 }
 
 void endProcess() {
-  const std::lock_guard<std::mutex> guard(ruleBase.lifetime);
+  const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
   // No guard against an unmatched call: the counter wraps and nothing is freed.
   if (ruleBase.refCount-- != 1) return;
   delete ruleBase.tableMutex;

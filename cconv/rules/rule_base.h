@@ -90,19 +90,18 @@ struct RuleBase {
   platform::NamedMutex* tableMutex = nullptr;
   RuleLists* lists = nullptr;
 
-  // Held by who starts, ends or loads: threads that count their own use may do so at once.
-  std::mutex lifetime;
-  // Held by who sets or reads the path, which every start may change.
-  mutable std::mutex pathInUse;
-
   static constexpr uint32_t kDefaultBlockSize = 4096;
   uint32_t entriesPerBlock() const {
     const uint16_t entries = blockSize.load(std::memory_order_relaxed);
     return entries != 0 ? entries : kDefaultBlockSize;
   }
+  // The path, which every start may change while others read it.
   void setPath(const char* path);
   std::string path() const;
 };
+
+// Held by who starts, ends or loads: threads that count their own use may do so at once.
+std::mutex& lifetimeMutex();
 
 extern constinit RuleBase ruleBase;
 

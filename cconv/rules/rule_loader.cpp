@@ -294,7 +294,7 @@ bool attachTableFile(const RuleText& declaring, const RuleText& referencing, Spa
 }  // namespace ksv
 
 int cconvLoadRule() try {
-  const std::lock_guard<std::mutex> guard(ksv::ruleBase.lifetime);
+  const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
   if (ksv::ruleBase.lists == nullptr) return 0;
   return ksv::loadAllRuleFiles(ksv::ruleBase.path()) > 0 ? 1 : 0;
 } catch (const std::bad_alloc&) {
