@@ -7,6 +7,7 @@
 //                                             first run in a directory finds the right answer
 //                --recovers                   one call is refused: what follows has to be right
 //                --closing-fails              closing is refused: descriptors are not counted
+//                --removing-fails             removing is refused: files may stay
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -99,7 +100,9 @@ std::optional<int> runAsTold(const Arguments& arguments) {
   const auto job = valueBehind(arguments, "--job");
   const auto scratch = valueBehind(arguments, "--scratch");
   if (!job || !scratch) return std::nullopt;
-  return runJob(*job, *scratch, {has(arguments, "--recovers"), !has(arguments, "--closing-fails")});
+  return runJob(*job, *scratch,
+                {has(arguments, "--recovers"), !has(arguments, "--closing-fails"),
+                 !has(arguments, "--removing-fails")});
 }
 
 }  // namespace

@@ -119,6 +119,17 @@ def loader_calls(trace: bytes) -> int:
     return 0
 
 
+_BEGINS, _ENDS = b'access("library begins"', b'access("library ends"'
+
+
+def calls_of_library(trace: bytes) -> tuple[int, int]:
+    """Of the calls those that the library makes the first time: between two marks."""
+    lines = [line for line in trace.splitlines() if _CALL.match(line)]
+    begins = next((i + 1 for i, line in enumerate(lines) if _BEGINS in line), len(lines))
+    ends = next((i for i, line in enumerate(lines) if _ENDS in line), len(lines))
+    return begins, ends
+
+
 def counts(calls) -> dict[str, int]:
     """How often each is called, by the thread that calls it most: strace counts so."""
     by_thread = {}
@@ -137,6 +148,8 @@ class Fault:
     options: tuple = ()
     environment: tuple = ()
     words: str = ""  # those of the system for it; none: any
+    call: str = ""
+    alone: bool = False  # nothing fails behind it
 
     def __str__(self):
         return " ".join([*(option for option in self.options if option.startswith("inject")),
@@ -154,7 +167,8 @@ def _injection(name: str, error: str, place: str) -> tuple[str, str]:
 
 def failing_call(name: str, error: str, place: str) -> Fault:
     return Fault("calls", ("-e", f"trace={name}", *_injection(name, error, place)),
-                 words=os.strerror(getattr(errno, error)))
+                 words=os.strerror(getattr(errno, error)), call=name,
+                 alone=not place.endswith("+"))
 
 
 def _places(calls, first: int) -> dict[str, range]:

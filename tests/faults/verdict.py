@@ -69,13 +69,17 @@ class Expected:
     err: bytes
 
 
+NOT_BEGUN = "not begun"  # a test program's own calls failed: nothing is known of the library's
+_STATUS_NOT_BEGUN = 3
+
+
 @dataclass
 class Verdict:
-    kind: str  # right, told, or what is wrong
+    kind: str  # right, told, not begun, or what is wrong
     reason: str = ""
 
     def is_violation(self) -> bool:
-        return self.kind not in ("right", "told")
+        return self.kind not in ("right", "told", NOT_BEGUN)
 
 
 def _first(text: bytes) -> str:
@@ -101,6 +105,8 @@ def _judge_end(job: Job, ended: Ended, expected: Expected) -> Verdict | None:
         return Verdict("hang", _first(ended.err))
     if ended.status < 0:
         return Verdict("signal", f"{-ended.status}: {_first(ended.err)}")
+    if not job.tells and ended.status == _STATUS_NOT_BEGUN:
+        return Verdict(NOT_BEGUN)
     if not job.tells:
         return None if ended.status == 0 or _LOADER.search(ended.err) else Verdict(
             "wrong", _first(ended.err + ended.out))

@@ -35,6 +35,7 @@ class Walk {
   struct OnceOptions {
     bool mustRecover = false;      // nothing is refused again behind what was refused once
     bool countDescriptors = true;  // not where closing them is refused
+    bool looksForFiles = true;     // not where removing them is refused
   };
   Totals runOnce(const OnceOptions& options);
 
@@ -56,6 +57,7 @@ class Walk {
   void violate(const std::string& what);
 
   Job& job_;
+  bool looksForFiles_ = true;
   const std::string directoryBefore_;
   std::string right_;
   uint64_t allocations_ = 0;

@@ -17,6 +17,7 @@ import concurrent.futures
 import datetime
 import os
 import random
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -24,7 +25,8 @@ import threading
 from pathlib import Path
 
 import tracing
-from verdict import Expected, Job, Verdict, argv_again, judge, judge_again, remove, tree
+from verdict import (NOT_BEGUN, Expected, Job, Verdict, argv_again, judge, judge_again, remove,
+                     tree)
 
 SKIPPED = 77
 KINDS = ("calls", "heap", "memory", "kill")
@@ -65,9 +67,13 @@ class Walk:
         env = self.job.environment(room) | dict(more)
         return tracing.run(self._argv(room, argv), room, env, self.job.stdin, self._limit)
 
-    def _run_traced(self, room: Path, options) -> tracing.Ended:
-        return tracing.run_traced(options, self._argv(room), room, self.job.environment(room),
-                                  self.job.stdin, self._limit)
+    def _run_traced(self, room: Path, options, more=()) -> tracing.Ended:
+        return tracing.run_traced(options, [*self._argv(room), *more], room,
+                                  self.job.environment(room), self.job.stdin, self._limit)
+
+    def _arguments_for(self, fault: tracing.Fault) -> list[str]:
+        """What a program has to be told about what it cannot see."""
+        return []
 
     def run_clean(self) -> None:
         room = self.new_room()
@@ -116,7 +122,7 @@ class Walk:
 
     def _do(self, fault: tracing.Fault, room: Path) -> tuple[Verdict, tracing.Ended]:
         if fault.options:
-            ended = self._run_traced(room, fault.options)
+            ended = self._run_traced(room, fault.options, self._arguments_for(fault))
         else:
             ended = self._run(room, more=fault.environment)
         verdict = judge(self.job, ended, self._expected, fault, room)
@@ -140,6 +146,54 @@ class Walk:
             remove(room)
 
 
+class LibraryWalk(Walk):
+    """Only the calls that the library makes are walked, of a program that finds the right answer in
+    its first run in a directory."""
+
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._prepared = None
+
+    def new_room(self) -> Path:
+        if self._prepared is None:
+            return super().new_room()
+        with self._lock:
+            room = self._scratch / f"{self.job.name}-{next(self._numbers)}"
+        shutil.copytree(self._prepared, room, symlinks=True)
+        return room
+
+    def run_clean(self) -> None:
+        prepared = self.new_room()
+        learned = self._run(prepared)
+        if learned.status != 0:
+            raise NotWalkable(f"status {learned.status}: {learned.out!r} {learned.err!r}")
+        self._prepared = prepared
+        room = self.new_room()
+        ended = self._run_traced(room, ())
+        remove(room)
+        self._calls = tracing.calls_of(ended.trace)
+        self._loader = tracing.loader_calls(ended.trace)
+        self._first, last = tracing.calls_of_library(ended.trace)
+        self._calls = self._calls[:last]
+        if ended.status != 0:
+            raise NotWalkable(f"status {ended.status}: {ended.out!r} {ended.err!r}")
+        unknown = tracing.unknown_calls(self._calls)
+        if unknown:
+            raise NotWalkable("no errors are known for " + ", ".join(unknown))
+        self._expected = Expected({}, {}, ended.out, ended.err)
+
+    def faults(self, kind: str) -> list[tracing.Fault]:
+        return tracing.call_faults(self._calls, self._first)
+
+    def _arguments_for(self, fault: tracing.Fault) -> list[str]:
+        told = ["--recovers"] if fault.alone else ["--closing-fails"]
+        if fault.call == "close":
+            told.append("--closing-fails")
+        if fault.call in ("unlink", "unlinkat", "rmdir"):
+            told.append("--removing-fails")
+        return told
+
+
 class Totals:
     """What came of the places of each job and kind."""
 
@@ -154,16 +208,16 @@ class Totals:
             if verdict.is_violation():
                 self._reasons[verdict.kind] += 1
         self._rows.append((job, kind, places, len(verdicts), counted["right"], counted["told"],
-                           wrong))
+                           counted[NOT_BEGUN], wrong))
 
     def violations(self) -> int:
         return sum(row[-1] for row in self._rows)
 
     def lines(self) -> list[str]:
-        head = ("job", "kind", "places", "runs", "right", "told", "violations")
-        sums = ("all", "", *(sum(row[i] for row in self._rows) for i in range(2, 7)))
+        head = ("job", "kind", "places", "runs", "right", "told", "not begun", "violations")
+        sums = ("all", "", *(sum(row[i] for row in self._rows) for i in range(2, 8)))
         rows = [head, *self._rows, sums]
-        text = [f"{row[0]:<24}{row[1]:<8}" + "".join(f"{cell:>11}" for cell in row[2:])
+        text = [f"{row[0]:<32}{row[1]:<8}" + "".join(f"{cell:>11}" for cell in row[2:])
                 for row in rows]
         return text + [f"{kind}: {count}" for kind, count in sorted(self._reasons.items())]
 
@@ -175,7 +229,7 @@ def tell(job: str, fault: tracing.Fault, verdict: Verdict, ended: tracing.Ended)
 
 
 def walk_job(job: Job, kinds, options, scratch: Path, totals: Totals) -> None:
-    walk = Walk(job, scratch, options.limit, options.preload)
+    walk = (Walk if job.tells else LibraryWalk)(job, scratch, options.limit, options.preload)
     walk.run_clean()
     for kind in (kind for kind in kinds if kind in job.kinds):
         faults = walk.faults(kind)
@@ -197,7 +251,7 @@ def walk_job(job: Job, kinds, options, scratch: Path, totals: Totals) -> None:
 
 def library_jobs(program: str) -> list[Job]:
     names = subprocess.run([program, "--list"], capture_output=True, text=True, check=True)
-    return [Job(name=name, argv=[program, "--job", name, "--scratch", "@"], kinds=("calls", "heap"),
+    return [Job(name=name, argv=[program, "--job", name, "--scratch", "@"], kinds=("calls",),
                 any_after=True, tells=False) for name in names.stdout.split()]
 
 

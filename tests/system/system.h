@@ -44,6 +44,9 @@ std::string ownExecutable();
 // The arguments of main in UTF-8.
 std::vector<std::string> commandLine(int argc, char** argv);
 
+// A call of the system that does nothing and shows a word to those who trace system calls.
+void markForTracers(const char* word);
+
 // Ends this process at once: nothing is flushed, released or told to anyone.
 [[noreturn]] void killOwnProcess();
 

@@ -79,6 +79,8 @@ std::string ownExecutable() { return executable; }
 
 std::vector<std::string> commandLine(int argc, char** argv) { return {argv, argv + argc}; }
 
+void markForTracers(const char* word) { [[maybe_unused]] const int none = access(word, F_OK); }
+
 void killOwnProcess() {
   ::kill(getpid(), SIGKILL);
   abort();
