@@ -4,6 +4,7 @@ if it said or left something else.
   faults_test.py COMMAND CHARSET_DIRECTORY FAILING_MALLOC
 """
 
+import dataclasses
 import os
 import sys
 import tempfile
@@ -16,6 +17,7 @@ from verdict import Expected, Job, judge, remove
 from walk import SKIPPED
 
 LIMIT = 20
+LONG_TEXT = "親譲りの無鉄砲で小供の時から損ばかりしている。\n".encode("cp932") * 100_000
 
 
 class Room(unittest.TestCase):
@@ -229,6 +231,25 @@ class Command(Room):
                 self.expect(ended, 1, "ksv: a.txt: cannot write new.txt: Operation not permitted")
                 self.assertFalse((self.room / "new.txt").exists())
                 self.assertEqual(list(self.room.glob(".ksv-*")), [])
+
+    # What does not fit into memory waits in a file while its charset is looked for.
+    def run_on_long_text(self, *options: str) -> tracing.Ended:
+        job = dataclasses.replace(self.set_up("convert-detected-stdin"), stdin=LONG_TEXT)
+        return self.run_job(job, *options)
+
+    def test_a_long_text_whose_copy_cannot_be_kept_is_not_converted(self):
+        for call, words in (("write:error=ENOSPC:when=1", "written: No space left on device"),
+                            ("lseek:error=EIO", "read: Input/output error")):
+            with self.subTest(call=call):
+                self.set_up_again("convert-detected-stdin")
+                ended = self.run_on_long_text("-e", f"inject={call}")
+                self.expect(ended, 1, f"ksv: standard input: a temporary file cannot be {words}")
+                self.assertEqual((ended.out, list((self.room / "tmp").iterdir())), (b"", []))
+
+    def test_a_copy_that_cannot_be_removed_while_it_is_open_is_removed_behind(self):
+        ended = self.run_on_long_text("-e", "inject=unlink:error=EBUSY:when=1")
+        self.assertEqual((ended.status, ended.out), (0, LONG_TEXT.decode("cp932").encode()))
+        self.assertEqual(list((self.room / "tmp").iterdir()), [])
 
     # Killed when the original has its second name already.
     def test_a_conversion_that_was_killed_behind_its_backup_can_be_called_again(self):
