@@ -129,7 +129,7 @@ void FileConverter::skipByteOrderMark() {
 void FileConverter::checkNewBytes() {
   if (settings_.skipInvalid)
     dropIllFormed();
-  else if (!malformed_)
+  else
     findIllFormed();
 }
 
@@ -355,12 +355,9 @@ size_t FileConverter::unmappableStart(const ConverterRecord& before) const {
 void FileConverter::finish() {
   // An empty text stays empty: no escape sequence has to be undone.
   if (!wroteAny_ && settings_.target.kind == CharsetKind::kIso2022) return;
-  uint32_t status;
-  do {
-    aimAtOutput();
-    status = cconvTermConvert(&record_);
-    drain();
-  } while (status == KSV_STATUS_FULL && record_.outputPosition != 0);
+  aimAtOutput();
+  const uint32_t status = cconvTermConvert(&record_);
+  drain();
   if (status != KSV_STATUS_DONE) throw Failure("the end of the text cannot be written");
 }
 

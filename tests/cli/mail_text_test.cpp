@@ -239,6 +239,7 @@ TEST(HzText, that_is_bad_is_named_at_every_place_around_a_border) {
       {"~{VP}!~}", 4, "invalid HZ-GB-2312 (0x7D)", "中", "中x"},
       {"~{VP N~}", 4, "invalid HZ-GB-2312 (0x20)", "中", nullptr},
       {"~{VP\n", 4, "invalid HZ-GB-2312 (0x0A)", "中", "中\nx"},
+      {"~{VP\r", 4, "invalid HZ-GB-2312 (0x0D)", "中", "中\rx"},
       {"~{VP\xD6~}", 4, "invalid HZ-GB-2312 (0xD6)", "中", "中x"},
       {"~{VPW~ND~}", 4, "invalid HZ-GB-2312 (0x57)", "中", nullptr},  // no character there
       {bytes({0}), 0, "invalid HZ-GB-2312 (0x00)", "", "x"},

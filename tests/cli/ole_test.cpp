@@ -1,5 +1,6 @@
 // ksv ole: the tree of a compound document, and the bytes of its streams.
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -97,10 +98,32 @@ TEST_F(Ole, cat_takes_names_beyond_shift_jis) {
   EXPECT_EQ(ksv({"ole", "cat", "odd", "😀\\uD800\\x2F\\x5C"}).out, "odd");
 }
 
+TEST_F(Ole, cat_takes_the_first_of_names_that_differ_in_case) {
+  CompoundWriter writer;
+  writer.addStream(0, u"NAME", "upper");
+  writer.addStream(0, u"NaMe", "mixed");
+  write("two", writer.write());
+  EXPECT_EQ(ksv({"ole", "cat", "two", "name"}).out, "upper");
+}
+
+TEST_F(Ole, list_writes_what_cannot_be_shown_by_its_code) {
+  CompoundWriter writer;
+  writer.addStorage(0, u"empty");
+  writer.addStream(0, u"a\u0085\uE000", "control and private use");
+  writer.addStream(0, u"b\xD83D", "half a pair");
+  write("odd", writer.write());
+  const Outcome outcome = ksv({"ole", "list", "odd"});
+  EXPECT_EQ(outcome.status, 0);
+  for (const char* shown : {"empty/\n", "a\\x85\xEE\x80\x80  23\n", "b\\uD83D  11\n"})
+    EXPECT_NE(outcome.out.find(shown), std::string::npos) << shown << " in " << outcome.out;
+}
+
 TEST_F(Ole, cat_tells_what_is_not_there_and_what_is_no_stream) {
   EXPECT_EQ(expectFailure({"ole", "cat", "doc", "nothing"}), "ksv: doc: has no stream nothing\n");
   EXPECT_EQ(expectFailure({"ole", "cat", "doc", "Top/more"}), "ksv: doc: has no stream Top/more\n");
   EXPECT_EQ(expectFailure({"ole", "cat", "doc", "stream"}), "ksv: doc: has no stream stream\n");
+  EXPECT_EQ(expectFailure({"ole", "cat", "doc", "書庫/nothing"}),
+            "ksv: doc: has no stream 書庫/nothing\n");
   EXPECT_EQ(expectFailure({"ole", "cat", "doc", "書庫"}), "ksv: doc: 書庫 is a storage\n");
   EXPECT_EQ(expectFailure({"ole", "cat", "none", "x"}), "ksv: none: No such file or directory\n");
 }
@@ -117,6 +140,27 @@ TEST_F(Ole, tells_where_a_document_is_damaged) {
   write("directory", damaged);
   EXPECT_EQ(expectFailure({"ole", "list", "directory"}),
             "ksv: directory: has a damaged directory chain behind this sector (offset 48)\n");
+}
+
+// Only what has the signature of a document can be one of an unsupported kind.
+TEST_F(Ole, tells_damage_and_not_a_kind_where_the_kind_is_supported) {
+  write("text", std::string(600, 'x'));
+  EXPECT_EQ(expectFailure({"ole", "list", "text"}),
+            "ksv: text: is not a compound document (offset 0)\n");
+  std::string small = bytes_;
+  small[30] = 7;
+  write("small", small);
+  const std::string told = expectFailure({"ole", "list", "small"});
+  EXPECT_EQ(told.find("not supported"), std::string::npos) << told;
+}
+
+TEST_F(Ole, calls_documents_beyond_2_GB_not_supported) {
+  std::string damaged = bytes_;
+  putDword(damaged, 48, 100000000);
+  write("large", damaged);
+  std::filesystem::resize_file(path("large"), (uint64_t{1} << 31) + 512);
+  EXPECT_EQ(expectFailure({"ole", "list", "large"}),
+            "ksv: large: is larger than 2 GB: not supported by --classic\n");
 }
 
 TEST_F(Ole, records_where_a_document_is_damaged) {
@@ -179,6 +223,23 @@ TEST_F(Ole, list_shows_what_it_can_of_entries_that_are_linked_wrongly) {
   EXPECT_NE(outcome.out.find("└─ Top  3\n"), std::string::npos) << outcome.out;
   EXPECT_EQ(outcome.err, "ksv: damaged: has entries that are linked wrongly (offset " +
                              std::to_string(top) + ")\n");
+}
+
+// Beyond the last entry, and to one that is none.
+TEST_F(Ole, list_shows_what_it_can_where_a_link_leads_nowhere) {
+  const size_t top = writer_.entryOffset(6);
+  std::string damaged = bytes_;
+  putDword(damaged, top + 72, 100000);
+  write("beyond", damaged);
+  damaged[writer_.entryOffset(3) + 66] = 0;
+  write("none", damaged);
+  for (const std::string name : {"beyond", "none"}) {
+    const Outcome outcome = ksv({"ole", "list", name});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("ksv: " + name + ": has entries that are linked wrongly (offset "),
+              std::string::npos)
+        << outcome.err;
+  }
 }
 
 TEST_F(Ole, list_ends_at_storages_nested_too_deep) {

@@ -70,6 +70,11 @@ TEST(BadSequence, takes_a_pair_that_the_charset_lacks_as_a_whole) {
   EXPECT_EQ(badLength("EUC-JP-FIX", "\x80\x41"), 2u);
 }
 
+TEST(BadSequence, of_UTF_8_takes_no_trails_of_a_whole_character) {
+  EXPECT_EQ(badLength("UTF-8", "a\x80"), 1u);
+  EXPECT_EQ(badLength("UTF-8", "\x80\x80"), 2u);
+}
+
 TEST(BadSequence, waits_for_the_bytes_that_decide) {
   EXPECT_EQ(badLength("Shift_JIS", "\x87", false), 0u);
   EXPECT_EQ(badLength("EUC-JP", "\x8F\xA2", false), 0u);

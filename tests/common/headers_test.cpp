@@ -59,7 +59,10 @@ TEST(SystemQueries, return_1_and_ignore_what_they_are_given) {
 }
 
 TEST(SystemQueries, are_one_entry_point_under_three_names) {
-  const auto address = reinterpret_cast<uintptr_t>(&KSV_Is64bitOS);
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(&KSV_Is64bitFS), address);
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(&KSV_setCharsetPath), address);
+  // Compilers may take it for granted that functions of two names stand at two places.
+  const volatile uintptr_t addresses[] = {reinterpret_cast<uintptr_t>(&KSV_Is64bitOS),
+                                          reinterpret_cast<uintptr_t>(&KSV_Is64bitFS),
+                                          reinterpret_cast<uintptr_t>(&KSV_setCharsetPath)};
+  EXPECT_EQ(addresses[1], addresses[0]);
+  EXPECT_EQ(addresses[2], addresses[0]);
 }

@@ -4,6 +4,8 @@ if it said or left something else.
   faults_test.py COMMAND CHARSET_DIRECTORY FAILING_MALLOC
 """
 
+import dataclasses
+import os
 import sys
 import tempfile
 import unittest
@@ -15,6 +17,7 @@ from verdict import Expected, Job, judge, remove
 from walk import SKIPPED
 
 LIMIT = 20
+LONG_TEXT = "親譲りの無鉄砲で小供の時から損ばかりしている。\n".encode("cp932") * 100_000
 
 
 class Room(unittest.TestCase):
@@ -113,6 +116,140 @@ class Command(Room):
         job = self.set_up("convert-in-place")
         self.expect(self.run_job(job, "-e", "inject=fsync:error=EINTR:when=1"), 0)
         self.assertEqual((self.room / "a.txt").read_bytes(), "あいう abc 漢字\n".encode())
+
+    def expect_refused_in_place(self, call: str, words: str, *more: str, job="convert-in-place"):
+        """The text stays as it was, and alone."""
+        with self.subTest(call=call, more=more):
+            self.set_up_again(job)
+            ended = self.run_job(JOBS[job], "-e", f"inject={call}", *more,
+                                 argv=self.argv_of_one(job))
+            self.expect(ended, 1, f"ksv: a.txt: cannot write a.txt: {words}")
+            self.assertEqual((self.room / "a.txt").read_bytes(), job_text(job, "a.txt"))
+            self.assertFalse((self.room / "a.txt.bak").exists())
+            self.assertEqual(list(self.room.glob(".ksv-*")), [])
+
+    def set_up_again(self, job: str):
+        for path in self.room.iterdir():
+            remove(path)
+        (self.room / "tmp").mkdir()
+        self.set_up(job)
+
+    @staticmethod
+    def argv_of_one(job: str) -> list[str]:
+        return [word for word in JOBS[job].argv if word not in ("b.txt", "c.txt")]
+
+    def test_what_the_system_refuses_a_converted_text_is_told_and_leaves_the_text(self):
+        refused = "Operation not permitted"
+        self.expect_refused_in_place("fchown:error=EPERM",
+                                     f"its owner and group cannot be kept: {refused}")
+        for call in ("fchmod:error=EPERM", "listxattr:error=EPERM", "utimensat:error=EPERM",
+                     "fsync:error=EPERM:when=1", "rename:error=EPERM"):
+            self.expect_refused_in_place(call, refused)
+        self.expect_refused_in_place(
+            "rename:error=EPERM", refused, job="convert-in-place-backup")
+
+    def test_a_text_that_cannot_get_its_place_is_put_back_from_its_backup(self):
+        job = "convert-in-place-backup"
+        self.expect_refused_in_place("rename:error=EIO", "Input/output error", "-e",
+                                     "inject=link:error=EPERM", job=job)
+        self.expect_refused_in_place("link:error=EEXIST", "the backup a.txt.bak exists already",
+                                     job=job)
+        self.expect_refused_in_place(
+            "link:error=EIO", "the backup a.txt.bak cannot be made: Input/output error", job=job)
+
+    def test_a_backup_is_made_by_a_new_name_where_there_are_no_second_ones(self):
+        job = self.set_up("convert-in-place-backup")
+        self.expect(self.run_job(job, "-e", "inject=link:error=EPERM"), 0)
+        self.assertEqual((self.room / "a.txt").read_bytes(), "あいう abc 漢字\n".encode())
+        self.assertEqual((self.room / "a.txt.bak").read_bytes(), job_text(job.name, "a.txt"))
+
+    def test_what_a_volume_does_not_have_is_done_without(self):
+        for call in ("listxattr:error=EOPNOTSUPP", "fsync:error=EINVAL",
+                     "fremovexattr:error=EOPNOTSUPP", "openat:error=EINTR:when=10", "write:error=EINTR:when=1"):
+            with self.subTest(call=call):
+                self.set_up_again("convert-in-place")
+                self.expect(self.run_job(JOBS["convert-in-place"], "-e", f"inject={call}"), 0)
+                self.assertEqual((self.room / "a.txt").read_bytes(), "あいう abc 漢字\n".encode())
+
+    def test_a_directory_that_cannot_be_waited_for_waits_for_all_there_is(self):
+        job = self.set_up("convert-in-place")
+        self.expect(self.run_job(job, "-P", ".", "-e", "inject=openat:error=EACCES"), 0)
+        self.assertEqual((self.room / "a.txt").read_bytes(), "あいう abc 漢字\n".encode())
+
+    def test_an_attribute_that_cannot_be_kept_leaves_the_text(self):
+        for job, call, status in (("convert-in-place", "fsetxattr:error=EPERM", 1),
+                                  ("convert-in-place", "getxattr:error=EPERM", 1),
+                                  ("convert-over-file", "fsetxattr:error=EPERM", 0)):
+            with self.subTest(job=job, call=call):
+                self.set_up_again(job)
+                name = "a.txt" if status else "old.txt"
+                self.give_attribute(name, "user.note")
+                ended = self.run_job(JOBS[job], "-e", f"inject={call}", argv=self.argv_of_one(job))
+                told = ["ksv: a.txt: cannot write a.txt: its attribute user.note cannot be kept: "
+                        "Operation not permitted"]
+                self.expect(ended, status, *told[:status])
+                kept = job_text(job, name) if status else "あいう abc 漢字\n".encode()
+                self.assertEqual((self.room / name).read_bytes(), kept)
+
+    def give_attribute(self, name: str, attribute: str):
+        try:
+            os.setxattr(self.room / name, attribute, b"x" * 300)
+        except OSError as refused:
+            self.skipTest(f"no attributes here: {refused}")
+
+    def test_an_attribute_of_the_system_need_not_be_kept(self):
+        job = self.set_up("convert-in-place")
+        if os.geteuid() != 0:
+            self.skipTest("only root can give one")
+        self.give_attribute("a.txt", "trusted.note")
+        self.expect(self.run_job(job, "-e", "inject=fsetxattr:error=EPERM"), 0)
+
+    def test_a_link_that_cannot_be_followed_is_told(self):
+        job = self.set_up("convert-in-place")
+        (self.room / "link").symlink_to(self.room / "a.txt")
+        argv = [*job.argv[:-3], "link"]
+        ended = self.run_job(job, "-e", "inject=readlink,readlinkat:error=EIO", argv=argv)
+        self.expect(ended, 1, "ksv: link: cannot write link: Input/output error")
+        self.expect(self.run_job(job, argv=argv), 0)
+        self.assertTrue((self.room / "link").is_symlink())
+        self.assertEqual((self.room / "a.txt").read_bytes(), "あいう abc 漢字\n".encode())
+
+    def test_the_backup_of_what_a_link_leads_to_stands_beside_the_link(self):
+        job = self.set_up("convert-in-place-backup")
+        (self.room / "sub").mkdir()
+        (self.room / "sub" / "link").symlink_to(self.room / "a.txt")
+        self.expect(self.run_job(job, argv=[*job.argv[:-2], "sub/link"]), 0)
+        self.assertEqual((self.room / "sub" / "link.bak").read_bytes(),
+                         job_text(job.name, "a.txt"))
+        self.assertEqual((self.room / "a.txt").read_bytes(), "あいう abc 漢字\n".encode())
+
+    def test_a_new_file_that_cannot_be_finished_is_not_left(self):
+        for call in ("fchmod:error=EPERM", "rename:error=EPERM"):
+            with self.subTest(call=call):
+                self.set_up_again("convert-to-file")
+                ended = self.run_job(JOBS["convert-to-file"], "-e", f"inject={call}")
+                self.expect(ended, 1, "ksv: a.txt: cannot write new.txt: Operation not permitted")
+                self.assertFalse((self.room / "new.txt").exists())
+                self.assertEqual(list(self.room.glob(".ksv-*")), [])
+
+    # What does not fit into memory waits in a file while its charset is looked for.
+    def run_on_long_text(self, *options: str) -> tracing.Ended:
+        job = dataclasses.replace(self.set_up("convert-detected-stdin"), stdin=LONG_TEXT)
+        return self.run_job(job, *options)
+
+    def test_a_long_text_whose_copy_cannot_be_kept_is_not_converted(self):
+        for call, words in (("write:error=ENOSPC:when=1", "written: No space left on device"),
+                            ("lseek:error=EIO", "read: Input/output error")):
+            with self.subTest(call=call):
+                self.set_up_again("convert-detected-stdin")
+                ended = self.run_on_long_text("-e", f"inject={call}")
+                self.expect(ended, 1, f"ksv: standard input: a temporary file cannot be {words}")
+                self.assertEqual((ended.out, list((self.room / "tmp").iterdir())), (b"", []))
+
+    def test_a_copy_that_cannot_be_removed_while_it_is_open_is_removed_behind(self):
+        ended = self.run_on_long_text("-e", "inject=unlink:error=EBUSY:when=1")
+        self.assertEqual((ended.status, ended.out), (0, LONG_TEXT.decode("cp932").encode()))
+        self.assertEqual(list((self.room / "tmp").iterdir()), [])
 
     # Killed when the original has its second name already.
     def test_a_conversion_that_was_killed_behind_its_backup_can_be_called_again(self):
