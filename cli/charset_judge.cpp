@@ -255,6 +255,14 @@ TextLanguage textLanguageOfUser() {
   return std::nullopt;
 }
 
+CharsetJudge::CharsetJudge(const CharsetNames& names, TextLanguage language, bool guess,
+                           bool isSupposed)
+    : names_(names),
+      language_(language),
+      guess_(guess),
+      withoutLanguage_(isSupposed ? std::make_unique<const CharsetJudge>(names, std::nullopt, guess)
+                                  : nullptr) {}
+
 JudgedText CharsetJudge::judge(const std::string& input) const {
   RereadableText text(input);
   if (text.beginning().empty()) {
@@ -267,8 +275,8 @@ JudgedText CharsetJudge::judge(const std::string& input) const {
   if (chosen) return {text.release(), *chosen};
   const ByteFacts facts = byteFacts(*text.reopen());
   chosen = byForm(facts);
-  if (!chosen && isSupposed_ && saysLittle(facts))
-    chosen = CharsetJudge(names_, std::nullopt, guess_).byReadings(text, facts);
+  if (!chosen && withoutLanguage_ != nullptr && saysLittle(facts))
+    chosen = withoutLanguage_->byReadings(text, facts);
   if (!chosen) chosen = byReadings(text, facts);
   return {text.release(), *chosen};
 }

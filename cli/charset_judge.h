@@ -42,8 +42,7 @@ class CharsetJudge {
   // guess: where no reading leads clearly, the first is taken.
   // isSupposed: the language is that of the user, who has not said that the texts are in it.
   CharsetJudge(const CharsetNames& names, TextLanguage language, bool guess,
-               bool isSupposed = false)
-      : names_(names), language_(language), guess_(guess), isSupposed_(isSupposed) {}
+               bool isSupposed = false);
 
   // Throws Failure, with the charsets that it may be in, when none is clear. May be called
   // from several threads.
@@ -74,7 +73,8 @@ class CharsetJudge {
   const CharsetNames& names_;
   const TextLanguage language_;
   const bool guess_;
-  const bool isSupposed_;
+  // Of texts that say too little for a language that is only supposed; null where none is.
+  const std::unique_ptr<const CharsetJudge> withoutLanguage_;
   const SingleByteTables singleBytes_;
 };
 

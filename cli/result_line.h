@@ -28,9 +28,12 @@ inline nlohmann::ordered_json orNull(const char* text) {
   return text == nullptr ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
 }
 
+// An object without members. A value that becomes one by its first member says so before it
+// has the memory, and does not outlive the want of it.
+nlohmann::ordered_json emptyRecord();
+
 // The beginning of the record of an input: its path, and in the full form the bytes of
 // one that is no UTF-8, in base64.
-nlohmann::ordered_json emptyRecord();
 nlohmann::ordered_json recordOf(const std::string& path, ResultForm form);
 
 // The record of an input that failed.

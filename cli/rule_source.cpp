@@ -166,14 +166,14 @@ std::optional<std::string> RuleSource::fileOf(const std::string& entity) const {
 }
 
 std::optional<std::string> RuleSource::findFileOf(const std::string& entity) const {
-  const std::string kSystem = "SYSTEM ";
+  const std::string word = "SYSTEM ";
   if (entity.empty() || namesTooMuch()) return std::nullopt;
   const size_t at = text_.find(entity + " ");
   comparisons_ += std::min(at, text_.size());
   if (at == std::string::npos) return std::nullopt;
-  const size_t system = find(kSystem, at);
+  const size_t system = find(word, at);
   if (system == std::string::npos) return std::nullopt;
-  const size_t open = system + kSystem.size();
+  const size_t open = system + word.size();
   if (open >= text_.size() || text_[open] != '"') return std::nullopt;
   const size_t close = text_.find('"', open + 1);
   if (close == std::string::npos) return std::nullopt;

@@ -93,22 +93,11 @@ bool initialiseMutex(pthread_mutex_t& mutex) {
   return made;
 }
 
-bool writeWhole(int file, const void* bytes, size_t count) {
-  const char* at = static_cast<const char*>(bytes);
-  while (count > 0) {
-    const ssize_t stored = uninterrupted([&] { return write(file, at, count); });
-    if (stored <= 0) return false;
-    at += stored;
-    count -= static_cast<size_t>(stored);
-  }
-  return true;
-}
-
 bool initialiseLockFile(int file) {
   // Written, not only extended, so that a full file system refuses here and not
   // with a signal at the first access.
   const SharedLock empty = {};
-  if (!writeWhole(file, &empty, sizeof empty)) return false;
+  if (!writeWhole(file, reinterpret_cast<const char*>(&empty), sizeof empty)) return false;
   SharedLock* lock = mapLock(file);
   if (lock == nullptr) return false;
   const bool made = initialiseMutex(lock->mutex);
@@ -200,7 +189,7 @@ Mapping* openMapping(const char* name) {
 
 class PosixNamedMutex final : public NamedMutex {
  public:
-  explicit PosixNamedMutex(Mapping& mapping) : mapping_(mapping), mutex_(mapping.lock->mutex) {}
+  explicit PosixNamedMutex(Mapping& mapping) : mapping_(mapping) {}
 
   ~PosixNamedMutex() override {
     while (unlock()) {
@@ -208,14 +197,14 @@ class PosixNamedMutex final : public NamedMutex {
   }
 
   LockResult lock() override {
-    const int error = pthread_mutex_lock(&mutex_);
+    const int error = pthread_mutex_lock(mutex());
     if (error != 0 && error != EOWNERDEAD) return LockResult::kFailed;
     const int levels = error == 0 && isHeldByThisThread() ? mapping_.depth.load() : 0;
     // In this order: the thread that was named before must not find itself named with a depth.
     mapping_.holder = pthread_self();
     mapping_.depth = levels + 1;
     if (error == 0) return LockResult::kAcquired;
-    pthread_mutex_consistent(&mutex_);
+    pthread_mutex_consistent(mutex());
     return LockResult::kAbandoned;
   }
 
@@ -223,16 +212,17 @@ class PosixNamedMutex final : public NamedMutex {
     if (!isHeldByThisThread()) return false;
     // Before others can come, and for good where a fork has left the mutex to its parent.
     --mapping_.depth;
-    return pthread_mutex_unlock(&mutex_) == 0;
+    return pthread_mutex_unlock(mutex()) == 0;
   }
 
  private:
+  pthread_mutex_t* mutex() const { return &mapping_.lock->mutex; }
+
   bool isHeldByThisThread() const {
     return mapping_.depth > 0 && pthread_equal(mapping_.holder, pthread_self()) != 0;
   }
 
   Mapping& mapping_;
-  pthread_mutex_t& mutex_;
 };
 
 bool isUsableName(const char* name) {

@@ -62,9 +62,6 @@ SystemError accessDenied();
 // The error of the call that has just failed on this thread.
 SystemError lastError();
 
-// The error of the call that has just failed on this thread.
-SystemError lastError();
-
 // A file that is read from its beginning, without the buffer and the lock of a
 // stream: for those who read large pieces, or very many files.
 class InputFile {

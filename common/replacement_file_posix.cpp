@@ -89,15 +89,7 @@ int openLocked(const char* path) {
 }
 
 struct StoreIn {
-  bool operator()(const char* bytes, size_t count) const {
-    while (count > 0) {
-      const ssize_t stored = uninterrupted([&] { return write(file, bytes, count); });
-      if (stored <= 0) return false;
-      bytes += stored;
-      count -= static_cast<size_t>(stored);
-    }
-    return true;
-  }
+  bool operator()(const char* bytes, size_t count) const { return writeWhole(file, bytes, count); }
 
   int file;
 };

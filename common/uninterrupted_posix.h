@@ -1,7 +1,10 @@
 // System calls that a handled signal may interrupt, which means nothing.
 #pragma once
 
+#include <unistd.h>
+
 #include <cerrno>
+#include <cstddef>
 
 namespace ksv::platform {
 
@@ -12,6 +15,17 @@ auto uninterrupted(Call call) {
     const auto result = call();
     if (result != -1 || errno != EINTR) return result;
   }
+}
+
+// All of the bytes, however the system parts them. False when it refuses.
+inline bool writeWhole(int file, const char* bytes, size_t count) {
+  while (count > 0) {
+    const ssize_t stored = uninterrupted([&] { return write(file, bytes, count); });
+    if (stored <= 0) return false;
+    bytes += stored;
+    count -= static_cast<size_t>(stored);
+  }
+  return true;
 }
 
 }  // namespace ksv::platform

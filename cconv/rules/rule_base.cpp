@@ -26,6 +26,11 @@ bool enter(RuleList<std::unique_ptr<Item>>& list, std::unordered_map<CharsetId, 
   return false;
 }
 
+std::mutex& pathMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
 }  // namespace
 
 bool RuleLists::addCharset(std::unique_ptr<CharsetDef> charset) {
@@ -65,15 +70,6 @@ CharsetDef* findCharsetByName(const char* name) {
   if (name == nullptr || ruleBase.lists == nullptr) return nullptr;
   return ruleBase.lists->findCharset(std::string_view(name, strnlen(name, kNameSize)));
 }
-
-namespace {
-
-std::mutex& pathMutex() {
-  static std::mutex mutex;
-  return mutex;
-}
-
-}  // namespace
 
 std::mutex& lifetimeMutex() {
   static std::mutex mutex;

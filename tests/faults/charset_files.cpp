@@ -9,6 +9,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "ksv_cconv.h"
 #include "tests/system/system.h"
 
 namespace ksv::test {
@@ -80,6 +81,13 @@ void installCharsets(const std::vector<std::string>& charsets) {
 
 void setCharsetPath() {
   setVariable("Charsetpath", fs::absolute(kCharsetDirectory).generic_string());
+}
+
+bool startLoaded(Answer& answer) {
+  if (!answer.needs(startProcess() == 1, "startProcess")) return false;
+  if (answer.needs(cconvLoadRule() == 1, "cconvLoadRule")) return true;
+  endProcess();
+  return false;
 }
 
 void removeCompiledTables() {

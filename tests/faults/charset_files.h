@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/faults/answer.h"
+
 namespace ksv::test {
 
 inline constexpr char kCharsetDirectory[] = "charset/";
@@ -13,6 +15,9 @@ inline constexpr char kCharsetDirectory[] = "charset/";
 void installCharsets(const std::vector<std::string>& charsets);
 // Only that setting.
 void setCharsetPath();
+
+// Starts the rule base with the charsets of that directory; not started where either fails.
+bool startLoaded(Answer& answer);
 
 // So that tables are made from their texts.
 void removeCompiledTables();

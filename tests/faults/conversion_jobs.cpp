@@ -20,12 +20,7 @@ class JobOfCharsets : public Job {
 
   void install() override { installCharsets(charsets_); }
   bool isSilent() const override { return true; }
-  bool prepare(Answer& answer) override {
-    if (!answer.needs(startProcess() == 1, "startProcess")) return false;
-    if (answer.needs(cconvLoadRule() == 1, "cconvLoadRule")) return true;
-    endProcess();
-    return false;
-  }
+  bool prepare(Answer& answer) override { return startLoaded(answer); }
   void finish() override { endProcess(); }
 
  private:

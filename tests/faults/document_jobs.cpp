@@ -70,12 +70,7 @@ class SummaryJob : public Job {
     std::strcpy(settings_.targetCharset, "UTF-8");
   }
   bool isSilent() const override { return true; }
-  bool prepare(Answer& answer) override {
-    if (!answer.needs(startProcess() == 1, "startProcess")) return false;
-    if (answer.needs(cconvLoadRule() == 1, "cconvLoadRule")) return true;
-    endProcess();
-    return false;
-  }
+  bool prepare(Answer& answer) override { return startLoaded(answer); }
   void act(Answer& answer) override {
     const uint16_t parameters[3] = {9003, 0, 932};
     const uint32_t result = SummaryInfo(kDocument, &settings_, record_.data(), parameters);
