@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "cconv/convert/bulk.h"
+#include "cconv/bulk/registry.h"
 #include "ksv_cconv.h"
 
 namespace ksv_bench {

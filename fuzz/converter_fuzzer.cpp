@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "cconv/convert/bulk.h"
+#include "cconv/bulk/registry.h"
 #include "fuzz/scratch_directory.h"
 #include "fuzz/support.h"
 #include "ksv_cconv.h"

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cconv/convert/bulk.h"
+#include "cconv/bulk/registry.h"
 #include "cconv/rules/rule_base.h"
 #include "fuzz/scratch_directory.h"
 #include "fuzz/support.h"

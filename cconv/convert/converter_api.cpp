@@ -4,12 +4,12 @@
 #include <cstring>
 #include <new>
 
-#include "cconv/convert/converter.h"
 #include "cconv/convert/driver.h"
-#include "cconv/convert/language_tag.h"
 #include "cconv/convert/pre_conversion.h"
-#include "cconv/convert/replacement.h"
 #include "cconv/convert/waiting_tables.h"
+#include "cconv/engine/converter.h"
+#include "cconv/engine/language_tag.h"
+#include "cconv/engine/replacement.h"
 #include "ksv_cconv.h"
 
 namespace {

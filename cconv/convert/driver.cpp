@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <limits>
 
-#include "cconv/convert/bulk.h"
-#include "cconv/convert/converter.h"
+#include "cconv/bulk/registry.h"
 #include "cconv/convert/pre_conversion.h"
 #include "cconv/convert/waiting_tables.h"
+#include "cconv/engine/converter.h"
 #include "ksv_file.h"
 #include "ksv_memory.h"
 

@@ -1,6 +1,6 @@
 #include "cconv/convert/waiting_tables.h"
 
-#include "cconv/convert/converter.h"
+#include "cconv/engine/converter.h"
 
 namespace ksv {
 namespace {

@@ -12,7 +12,7 @@
 // - Copies of self-contained words that a run works with: the copy is older than words of
 //   another kind that the run reads later. A run that finds a word which relies on
 //   something that its copy lacks takes it for unknown, and leaves the character to the
-//   way by single characters (putEntries in vector_block_x86_64.h).
+//   way by single characters (putEntries in avx512_block.h).
 //
 // The first shape needs order between two stores; the others need none, and must not be
 // given a reader that does.

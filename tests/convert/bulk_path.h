@@ -1,7 +1,7 @@
 // What tests compare the bulk path with the step-by-step engine by.
 #pragma once
 
-#include "cconv/convert/bulk.h"
+#include "cconv/bulk/registry.h"
 #include "tests/convert/converter.h"
 
 namespace ksv_test {

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "cconv/convert/vector_level.h"
+#include "cconv/bulk/vector_level.h"
 #include "tests/convert/bulk_comparison.h"
 
 namespace ksv_test {

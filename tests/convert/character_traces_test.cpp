@@ -1,5 +1,5 @@
 // Traces of characters, and the short texts whose records are completed from them.
-#include "cconv/convert/character_traces.h"
+#include "cconv/bulk/character_traces.h"
 
 #include <atomic>
 #include <cstring>

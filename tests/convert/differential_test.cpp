@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "cconv/convert/bulk.h"
+#include "cconv/bulk/registry.h"
 #include "differential_generate.h"
 #include "differential_harness.h"
 #include "reference/rule_directory.h"

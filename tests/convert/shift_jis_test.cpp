@@ -1,4 +1,4 @@
-#include "cconv/convert/codecs/shift_jis.h"
+#include "cconv/codecs/shift_jis.h"
 
 #include "tests/convert/converter.h"
 

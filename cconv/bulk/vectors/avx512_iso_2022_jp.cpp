@@ -1,0 +1,114 @@
+// Runs over ISO-2022-JP (RFC 1468) with the AVX-512 instructions of x86-64.
+#include "cconv/bulk/vector_runs.h"
+#include "cconv/bulk/vectors/avx512_block.h"
+
+namespace ksv::vector_runs {
+namespace {
+
+#pragma GCC push_options
+#pragma GCC target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")
+
+constexpr uint64_t kFirst = 1;
+// Characters that begin behind them are left to the next block: an escape sequence may
+// not be whole there.
+constexpr uint32_t kSeen = kBlock - 2;
+
+KSV_IN_LOOP uint64_t equals(__m512i bytes, char c) {
+  return _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(c));
+}
+
+// The characters of a block, and where each of them stands.
+struct ShiftedBlock {
+  uint64_t starts;
+  uint64_t pairs;     // the first bytes of pairs
+  uint64_t inDouble;  // bytes behind the designation of two-byte codes
+  uint32_t characters;
+
+  KSV_IN_LOOP ShiftedBlock(const ShiftedRun& run, const uint8_t* input, __m512i bytes,
+                           bool beginsInDouble) {
+    const __m512i second = load(input + 1);
+    const __m512i third = load(input + 2);
+    const uint64_t escape = equals(bytes, 0x1B);
+    const uint64_t toDouble = escape & equals(second, '$') & equals(third, run.pairFinal);
+    const uint64_t toSingle = escape & equals(second, '(') & equals(third, run.singleFinal);
+    const uint64_t shifts = toDouble | toSingle;
+    // Between each toDouble and the toSingle behind it, the difference sets all bits. It is
+    // right up to the first sequence that designates what is designated already.
+    inDouble = toSingle - toDouble - (beginsInDouble ? kFirst : 0);
+    const uint64_t doubleBefore = inDouble << 1 | (beginsInDouble ? kFirst : 0);
+    const uint64_t idle = (toDouble & doubleBefore) | (toSingle & ~doubleBefore);
+    const uint64_t escapes = shifts | shifts << 1 | shifts << 2;
+    const uint64_t graphic =
+        _mm512_cmpgt_epi8_mask(bytes, _mm512_set1_epi8(0x20)) & ~equals(bytes, 0x7F);
+    const uint64_t codes = inDouble & graphic & ~escapes;
+    pairs = pairLeads(codes);
+    const uint64_t halves = pairs & ~(codes >> 1);
+    const uint64_t single = ~inDouble & ~escapes;
+    const uint64_t stops = idle | halves | (inDouble & ~escapes & ~graphic) |
+                           (single & notAscii(run.singles, bytes)) | kFirst << kSeen;
+    const uint64_t seen = lowBits(static_cast<uint64_t>(std::countr_zero(stops)));
+    starts = (pairs | single) & seen;
+    characters = static_cast<uint32_t>(std::popcount(starts));
+  }
+
+  // The byte behind so many characters, one or more.
+  KSV_IN_LOOP uint32_t behind(uint32_t count) const {
+    const uint32_t last = placeOfBit(starts, count - 1);
+    return last + 1 + static_cast<uint32_t>(pairs >> last & 1);
+  }
+};
+
+// The entries of ASCII, up to sixteen.
+template <AsciiOutput kAscii>
+KSV_IN_LOOP __m512i asciiEntries(__m512i codes, uint32_t lanes) {
+  constexpr uint32_t kLength = kAscii == AsciiOutput::kBytes ? 1 : 2;
+  const __m512i code = kAscii == AsciiOutput::kBigUnits ? _mm512_slli_epi32(codes, 8) : codes;
+  return _mm512_maskz_or_epi32(static_cast<__mmask16>(lanes), code,
+                               _mm512_set1_epi32(static_cast<int>(kIsShortEntry | kLength << 24)));
+}
+
+// Goes on behind so many characters; what is designated there stays so.
+KSV_IN_LOOP void goBehind(const ShiftedRun& run, BulkPosition& at, const ShiftedBlock& block,
+                          uint32_t count) {
+  const uint32_t behind = block.behind(count);
+  at.decoderState = (block.inDouble >> (behind - 1) & 1) != 0 ? run.pairGroup : run.singleGroup;
+  at.advance(behind, count);
+}
+
+template <AsciiOutput kAscii>
+void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted) {
+  BulkPosition at = position;
+  while (wanted - at.characters >= kLeastWanted) {
+    const uint32_t room = wanted - at.characters - kReserve;
+    const __m512i bytes = load(at.input);
+    const bool inDouble = at.decoderState == run.pairGroup;
+    if (!inDouble && takeAsciiBlocks<kAscii>(run.singles, at, wanted, bytes)) continue;
+    const ShiftedBlock block(run, at.input, bytes, inDouble);
+    if (block.characters == 0) break;
+    const PairBlock codes(at.input, bytes, block.starts, block.pairs);
+    const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
+      const uint32_t pairLanes = lanes & codes.pairLanes(half);
+      const __m512i singles = asciiEntries<kAscii>(codes.first(half), lanes & ~pairLanes);
+      return entriesAt(run.pairs, codes.code(half), pairLanes, singles);
+    };
+    const uint32_t count = least(least(block.characters, room), 2 * kLanes);
+    const uint32_t taken = putHalves<false>(run.pairs, at, count, entriesOf);
+    if (taken < count) [[unlikely]] {
+      if (taken > 0) goBehind(run, at, block, taken);
+      break;
+    }
+    goBehind(run, at, block, count);
+  }
+  position = at;
+}
+
+#pragma GCC pop_options
+
+}  // namespace
+
+RunShifted iso2022Jp(AsciiOutput ascii) {
+  if (ascii == AsciiOutput::kOther) return nullptr;
+  return chosen(ascii, []<AsciiOutput kAscii>() -> RunShifted { return runIso2022Jp<kAscii>; });
+}
+
+}  // namespace ksv::vector_runs

@@ -1,0 +1,52 @@
+// Runs from UTF-8 to units of two bytes with the SSE4.1 instructions of x86-64.
+#include <immintrin.h>
+
+#include <algorithm>
+#include <bit>
+
+#include "cconv/bulk/source_forms.h"
+#include "cconv/bulk/vector_runs.h"
+#include "cconv/engine/composition.h"
+
+#pragma GCC push_options
+#pragma GCC target("ssse3,sse4.1")
+
+namespace ksv::vector_runs {
+namespace {
+
+constexpr uint32_t kWindows = 1;
+
+}  // namespace
+}  // namespace ksv::vector_runs
+
+#include "cconv/bulk/vectors/utf8_windows_x86_64.h"
+
+namespace ksv::vector_runs {
+namespace {
+
+KSV_IN_LOOP Bytes loaded(const uint8_t* bytes, uint32_t) { return as<Bytes>(window(bytes)); }
+
+KSV_IN_LOOP void store(Bytes bytes, uint8_t* output, uint32_t) {
+  storeWindow(output, as<__m128i>(bytes));
+}
+
+KSV_IN_LOOP Bytes repeated(const uint8_t (&bytes)[16]) { return as<Bytes>(window(bytes)); }
+
+KSV_IN_LOOP Bytes shuffled(Bytes bytes, Bytes places) {
+  return as<Bytes>(_mm_shuffle_epi8(as<__m128i>(bytes), as<__m128i>(places)));
+}
+
+KSV_IN_LOOP uint32_t signs(Bytes bytes) {
+  return static_cast<uint32_t>(_mm_movemask_epi8(as<__m128i>(bytes)));
+}
+
+}  // namespace
+}  // namespace ksv::vector_runs
+
+#pragma GCC pop_options
+
+namespace ksv::vector_runs {
+
+RunShort utf8ToUnitsSse41(AsciiOutput ascii) { return utf8ToUnits(ascii); }
+
+}  // namespace ksv::vector_runs
