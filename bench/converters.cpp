@@ -59,9 +59,9 @@ class LibraryConverter : public Converter {
   }
 
   size_t convert(std::string_view input, char* output, size_t capacity) override {
-    ksv::setBulkPath(bulkPath_ ? ksv::BulkPath::kWhereItPays : ksv::BulkPath::kNever);
+    ksv::setBulkPathForTests(bulkPath_ ? ksv::BulkPath::kWhereItPays : ksv::BulkPath::kNever);
     const size_t written = convertAndTerminate(record_, input, output, capacity);
-    ksv::setBulkPath(ksv::BulkPath::kWhereItPays);
+    ksv::setBulkPathForTests(ksv::BulkPath::kWhereItPays);
     return written;
   }
 

@@ -178,7 +178,7 @@ class Guarded {
 class Run {
  public:
   Run(const Script& script, bool bulkPath) : script_(script), input_(script.text.size()) {
-    ksv::setBulkPath(bulkPath ? ksv::BulkPath::kAlways : ksv::BulkPath::kNever);
+    ksv::setBulkPathForTests(bulkPath ? ksv::BulkPath::kAlways : ksv::BulkPath::kNever);
     std::memcpy(input_.data(), script.text.data(), script.text.size());
     std::memset(&record_, 0, sizeof record_);
     setUp(script.source, script.target);

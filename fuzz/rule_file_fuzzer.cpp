@@ -85,7 +85,7 @@ struct Outcome {
 
 Outcome convertText(const char* source, const char* target, const std::string& text,
                     bool bulkPath) {
-  ksv::setBulkPath(bulkPath ? ksv::BulkPath::kAlways : ksv::BulkPath::kNever);
+  ksv::setBulkPathForTests(bulkPath ? ksv::BulkPath::kAlways : ksv::BulkPath::kNever);
   Outcome outcome;
   ConverterRecord& record = outcome.record;
   std::memset(&record, 0, sizeof record);

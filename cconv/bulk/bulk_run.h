@@ -7,35 +7,10 @@
 #include <cstdint>
 #include <cstring>
 
-#include "cconv/bulk/direct_table.h"
+#include "cconv/bulk/position.h"
+#include "cconv/bulk/short_table.h"
 
 namespace ksv {
-
-// The pieces of a run have to stand in its loop, or the position would live in memory,
-// which every output that is written could change for all the compiler knows.
-#define KSV_IN_LOOP [[gnu::always_inline]] inline
-
-// Where a conversion stands.
-struct BulkPosition {
-  const uint8_t* input;
-  uint8_t* output;
-  uint32_t characters;
-  uint32_t units;
-  const uint8_t* behindReturn;  // behind the carriage return that was read last
-  uint32_t decoderState;        // the designated groups, of charsets with escape sequences
-  uint32_t designatedGroup;
-
-  // Puts a short entry out.
-  KSV_IN_LOOP void take(ShortEntry entry) {
-    storeShort(output, entry);
-    output += shortLength(entry);
-  }
-  KSV_IN_LOOP void advance(uint32_t bytes, uint32_t count) {
-    input += bytes;
-    characters += count;
-    units += count;
-  }
-};
 
 // How all of ASCII is written, line ends left out where they are converted.
 enum class AsciiOutput : uint8_t {
@@ -138,7 +113,7 @@ class SharedDesignations {
 };
 
 // What the runs of one call have in common.
-struct ShortRun {
+struct RunTables {
   const ShortTable::Slot* slots;
   AsciiStops stops;
   const SingleCodes* singles;
@@ -153,10 +128,10 @@ struct ShortRun {
 
 // Takes characters that have short entries while there are any, until so many have been
 // taken since the call began.
-using RunShort = void (*)(const ShortRun& run, BulkPosition& position, uint32_t wanted);
+using RunFunction = void (*)(const RunTables& run, BulkPosition& position, uint32_t wanted);
 
 // Takes the character of a short entry, read from so many bytes.
-KSV_IN_LOOP bool takeOne(const ShortRun& run, BulkPosition& at, uint32_t index, uint32_t bytes) {
+KSV_IN_LOOP bool takeOne(const RunTables& run, BulkPosition& at, uint32_t index, uint32_t bytes) {
   const ShortEntry entry = run.at(index);
   if (entry == kNoShortEntry) return false;
   at.take(entry);
@@ -166,7 +141,7 @@ KSV_IN_LOOP bool takeOne(const ShortRun& run, BulkPosition& at, uint32_t index, 
 
 // Takes four characters in a row, read from so many bytes together, if all have short
 // entries.
-KSV_IN_LOOP bool takeFour(const ShortRun& run, BulkPosition& at, const uint32_t (&indexes)[4],
+KSV_IN_LOOP bool takeFour(const RunTables& run, BulkPosition& at, const uint32_t (&indexes)[4],
                           uint32_t bytes) {
   const ShortEntry first = run.at(indexes[0]);
   const ShortEntry second = run.at(indexes[1]);
@@ -248,7 +223,7 @@ constexpr uint32_t kAsciiWidth = kAscii == AsciiOutput::kBytes ? 1 : 2;
 // Takes leading ASCII bytes, 1 to 8, and whole blocks of them where there are; the
 // number taken of the first eight. None before what it has to stop at.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP uint32_t takeAscii(const ShortRun& run, BulkPosition& at, uint32_t wanted,
+KSV_IN_LOOP uint32_t takeAscii(const RunTables& run, BulkPosition& at, uint32_t wanted,
                                uint32_t leading) {
   if (leading == 8) {
     uint32_t blocks = 0;
@@ -270,7 +245,7 @@ KSV_IN_LOOP uint32_t takeAscii(const ShortRun& run, BulkPosition& at, uint32_t w
 
 // The same for eight or more units of two bytes, written as bytes.
 template <bool kBigEndian>
-KSV_IN_LOOP bool takeAsciiUnits(const ShortRun& run, BulkPosition& at, uint32_t wanted) {
+KSV_IN_LOOP bool takeAsciiUnits(const RunTables& run, BulkPosition& at, uint32_t wanted) {
   constexpr uint32_t kUnits = 8;
   constexpr bool kHighByteFirst = kBigEndian == kIsLittleEndian;
   constexpr uint64_t kNotAscii = kHighByteFirst ? 0x80FF80FF80FF80FF : 0xFF80FF80FF80FF80;

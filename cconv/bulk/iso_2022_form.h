@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "cconv/bulk/source_forms.h"
-#include "cconv/codecs/iso_2022_jp.h"
+#include "cconv/bulk/byte_codes.h"
+#include "cconv/engine/iso_2022_designations.h"
 
 namespace ksv::source_forms {
 
@@ -27,7 +27,7 @@ class Iso2022Jp {
   explicit Iso2022Jp(const TableCursor& cursor) : cursor_(cursor) {}
 
   // The last byte of what designates a group.
-  static char finalOf(CharsetId group) { return codecs::designationBytes(group).back(); }
+  static char finalOf(CharsetId group) { return designationBytes(group).back(); }
 
   // The place of the designated group among those that can be read; kShiftStates for
   // any other.
@@ -40,9 +40,9 @@ class Iso2022Jp {
   // Takes an escape sequence in front of a character. False where the engine has to:
   // at an unknown one, and at that of plane 2, which holds for one character only.
   static bool takeShift(BulkPosition& at) {
-    if (at.input[0] != codecs::kEscape) return true;
+    if (at.input[0] != kEscape) return true;
     const std::string_view text(reinterpret_cast<const char*>(at.input) + 1, 3);
-    const codecs::Designation* designation = codecs::designationAt(text);
+    const Designation* designation = designationAt(text);
     if (designation == nullptr || designation->codeFlag != 0) return false;
     at.decoderState = designation->group;
     at.input += 1 + designation->bytes.size();
@@ -63,7 +63,7 @@ class Iso2022Jp {
   }
 
   template <AsciiOutput kAscii>
-  static void runShort(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+  static void runShort(const RunTables& run, BulkPosition& position, uint32_t wanted) {
     ByteCodes::runShort<kAscii>(run, position, wanted);
   }
 
@@ -71,10 +71,10 @@ class Iso2022Jp {
     return ByteCodes::putSingle(code, bytes);
   }
   // Of one group by itself there is too little in a row.
-  static RunShort runByVectors(AsciiOutput) { return nullptr; }
-  static RunShort runDesignating() { return nullptr; }
+  static RunFunction runByVectors(AsciiOutput) { return nullptr; }
+  static RunFunction runDesignating() { return nullptr; }
 
-  static bool takeLast(const ShortRun& run, BulkPosition& at, ptrdiff_t left) {
+  static bool takeLast(const RunTables& run, BulkPosition& at, ptrdiff_t left) {
     return ByteCodes::takeLast(run, at, left);
   }
 
@@ -87,9 +87,9 @@ class Iso2022Jp {
   // The code behind the escape sequence of its group.
   static int32_t makeCode(uint32_t index, uint8_t* bytes) {
     const uint32_t page = index >> 8;
-    const std::string_view escape = codecs::designationBytes(kGroups[page / kPagesOfState]);
+    const std::string_view escape = designationBytes(kGroups[page / kPagesOfState]);
     uint8_t* end = bytes;
-    *end++ = codecs::kEscape;
+    *end++ = kEscape;
     std::memcpy(end, escape.data(), escape.size());
     end += escape.size();
     const uint32_t first = page % kPagesOfState;

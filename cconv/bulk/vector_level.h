@@ -15,6 +15,6 @@ enum class VectorLevel : uint8_t {
 VectorLevel vectorLevel();
 
 // For tests: as if the processor had no more than that. Holds for what is derived later.
-void limitVectors(VectorLevel level);
+void limitVectorsForTests(VectorLevel level);
 
 }  // namespace ksv::vector_runs

@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 
+#include "cconv/engine/jis_x_0213.h"
 #include "cconv/engine/mapping.h"
 #include "cconv/engine/member_code.h"
 #include "cconv/engine/unit_writer.h"
@@ -13,7 +14,6 @@ constexpr uint8_t kSingleShift2 = 0x8E;
 constexpr uint8_t kSingleShift3 = 0x8F;
 constexpr uint8_t kFirstHighByte = 0xA0;
 constexpr uint8_t kLastAscii = 0x7E;
-constexpr uint32_t kPlane2Flag = 0x10000;
 
 // Where pairs, and pairs behind a single shift 3, belong.
 struct PairGroups {

@@ -4,23 +4,18 @@
 #include <string_view>
 
 #include "cconv/engine/converter.h"
+#include "cconv/engine/iso_2022_designations.h"
+#include "cconv/engine/jis_x_0213.h"
 #include "cconv/engine/mapping.h"
 #include "cconv/engine/unit_writer.h"
 
 namespace ksv::codecs {
 namespace {
 
-constexpr uint32_t kPlane2Flag = 0x10000;
 // The planes of JIS X 0213 as the record keeps them.
 constexpr uint32_t kPlane1 = 11;
 constexpr uint32_t kPlane2 = 12;
 
-constexpr Designation kRead[] = {
-    {"$B", charset_id::kJisX0208},     {"$@", charset_id::kJisC6226},
-    {"$(Q", charset_id::kJisX0213},    {"$(P", charset_id::kJisX0213, kPlane2Flag},
-    {"(B", charset_id::kIso646Irv},    {"(J", charset_id::kJisX0201Latin},
-    {"(I", charset_id::kJisX0201Kana},
-};
 constexpr Designation kWritten[] = {
     {"(B", charset_id::kIso646Irv},
     {"(J", charset_id::kJisX0201Latin},
@@ -203,20 +198,6 @@ void encode(ConverterRecord& record, Rows rows) {
 }
 
 }  // namespace
-
-const Designation* designationAt(std::string_view text) {
-  for (const Designation& designation : kRead) {
-    if (text.starts_with(designation.bytes)) return &designation;
-  }
-  return nullptr;
-}
-
-std::string_view designationBytes(CharsetId group) {
-  for (const Designation& designation : kRead) {
-    if (designation.group == group && designation.codeFlag == 0) return designation.bytes;
-  }
-  return {};
-}
 
 void decodeIso2022Jp(ConverterRecord& record) { decode(record, Rows::kOfTheStandard); }
 void encodeIso2022Jp(ConverterRecord& record) { encode(record, Rows::kOfTheStandard); }

@@ -1,8 +1,8 @@
 #include "cconv/codecs/oasys.h"
 
-#include "cconv/codecs/shift_jis.h"
 #include "cconv/engine/member_code.h"
 #include "cconv/engine/rule_driven_decoder.h"
+#include "cconv/engine/shift_jis_codes.h"
 
 namespace ksv::codecs {
 namespace {

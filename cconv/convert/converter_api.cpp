@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include "cconv/codecs/codec_table.h"
 #include "cconv/convert/driver.h"
 #include "cconv/convert/pre_conversion.h"
 #include "cconv/convert/waiting_tables.h"

@@ -12,10 +12,6 @@ extern const char* inputDumpPath;
 // Converts until the input is used up, the output is full or a character fails.
 uint32_t convert(ConverterRecord& record);
 
-// The step-by-step engine, which decides every answer: converts at most that many
-// characters while the status is 21. What else converts asks it.
-void convertByCharacters(ConverterRecord& record, int32_t characters);
-
 // Whether the buffers and positions of the record can be used.
 bool buffersAreUsable(const ConverterRecord& record);
 

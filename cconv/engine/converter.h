@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "cconv/codecs/codec_table.h"
+#include "cconv/engine/codec.h"
 #include "cconv/rules/rule_base.h"
 #include "ksv_cconv.h"
 

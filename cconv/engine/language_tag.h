@@ -15,9 +15,8 @@ constexpr uint32_t kTagCharacterBase = 0xE0000;
 // Copies a language name with its terminator, cut to what fits.
 void copyLanguage(char (&target)[KSV_NAME_SIZE], const char* language);
 
-// Whether the current language has to be announced; sets it to the default when
-// none was chosen.
-inline bool languageIsDue(ConverterRecord& record) {
+// Takes the default language where none was chosen; whether the language has to be announced.
+inline bool chooseDueLanguage(ConverterRecord& record) {
   if (record.defaultLanguage[0] == '\0') return false;
   if (record.currentLanguage[0] == '\0') {
     copyLanguage(record.currentLanguage, record.defaultLanguage);
@@ -42,7 +41,7 @@ bool writeLanguageTag(ConverterRecord& record, WriteUnit writeUnit) {
 // Writes the tag when one is due, whole or not at all. False when it does not fit.
 template <typename WriteUnit>
 bool announceLanguage(ConverterRecord& record, WriteUnit writeUnit) {
-  if (!languageIsDue(record)) return true;
+  if (!chooseDueLanguage(record)) return true;
   const OutputMark start(record);
   const uint32_t entryStatus = record.status;
   if (!writeLanguageTag(record, writeUnit)) {

@@ -17,9 +17,9 @@ inline constexpr const char* kCharsets[] = {
 class While {
  public:
   explicit While(ksv::BulkPath path, ksv::BulkPath after = ksv::BulkPath::kAlways) : after_(after) {
-    ksv::setBulkPath(path);
+    ksv::setBulkPathForTests(path);
   }
-  ~While() { ksv::setBulkPath(after_); }
+  ~While() { ksv::setBulkPathForTests(after_); }
   While(const While&) = delete;
   While& operator=(const While&) = delete;
 

@@ -84,7 +84,7 @@ TEST_F(Bulk, TheShortestTextsConvertAsTheEngineConvertsThem) {
     startAnew();
     for (const char* target : kCharsets) {
       const Bytes text = randomText(random, source);
-      ksv::setBulkPath(ksv::BulkPath::kAlways);
+      ksv::setBulkPathForTests(ksv::BulkPath::kAlways);
       for (size_t length = 0; length < 40; ++length)
         expectSame(randomSetup(random, source, target), text.substr(0, length), {400});
       for (int32_t capacity = 1; capacity < 90; ++capacity)
@@ -174,9 +174,11 @@ TEST_F(Bulk, AStrangerAtEveryPlaceOfAnOrdinaryText) {
 class WithVectorsUpTo {
  public:
   explicit WithVectorsUpTo(ksv::vector_runs::VectorLevel level) {
-    ksv::vector_runs::limitVectors(level);
+    ksv::vector_runs::limitVectorsForTests(level);
   }
-  ~WithVectorsUpTo() { ksv::vector_runs::limitVectors(ksv::vector_runs::VectorLevel::kAvx512); }
+  ~WithVectorsUpTo() {
+    ksv::vector_runs::limitVectorsForTests(ksv::vector_runs::VectorLevel::kAvx512);
+  }
 };
 
 TEST_F(Bulk, UnicodeFormsConvertAsTheEngineConvertsThemWithLesserVectors) {
@@ -217,7 +219,7 @@ TEST_F(Bulk, TouchesNothingBehindTheOutputOfAShortText) {
       Conversion setup = randomSetup(random, source, target);
       setup.options.replaceUnmappable = 0;
       for (const size_t capacity : {text.size() / 2, text.size() + 7, 8 * text.size()}) {
-        ksv::setBulkPath(ksv::BulkPath::kAlways);
+        ksv::setBulkPathForTests(ksv::BulkPath::kAlways);
         const Bytes bulk = bufferAfter(setup, text, capacity);
         const EngineOnly engineOnly;
         ASSERT_EQ(hex(bulk), hex(bufferAfter(setup, text, capacity)))

@@ -234,7 +234,7 @@ class Session {
   }
   ~Session() {
     endProcess();
-    ksv::setBulkPath(ksv::BulkPath::kWhereItPays);
+    ksv::setBulkPathForTests(ksv::BulkPath::kWhereItPays);
   }
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -281,7 +281,7 @@ std::string membersText(const ksv_reference::RuleDirectory& rules, const Pair& p
 
 void runCase(Session& session, const ksv_reference::RuleDirectory& rules, uint64_t seed, Kind kind,
              bool bulk, Totals& totals) {
-  ksv::setBulkPath(bulk ? ksv::BulkPath::kAlways : ksv::BulkPath::kNever);
+  ksv::setBulkPathForTests(bulk ? ksv::BulkPath::kAlways : ksv::BulkPath::kNever);
   Pair& pair = session.pair();
   const uint64_t callsBefore = pair.calls();
   Case(pair, rules, seed, kind).run();

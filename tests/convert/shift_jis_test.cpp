@@ -1,14 +1,13 @@
-#include "cconv/codecs/shift_jis.h"
-
+#include "cconv/engine/shift_jis_codes.h"
 #include "tests/convert/converter.h"
 
 namespace ksv_test {
 namespace {
 
-using ksv::codecs::jisX0208ToShiftJis;
-using ksv::codecs::jisX0213ToShiftJis2004;
-using ksv::codecs::shiftJis2004ToJisX0213;
-using ksv::codecs::shiftJisToJisX0208;
+using ksv::jisX0208ToShiftJis;
+using ksv::jisX0213ToShiftJis2004;
+using ksv::shiftJis2004ToJisX0213;
+using ksv::shiftJisToJisX0208;
 
 TEST(ShiftJisTransforms, EveryPairOfJisX0208GoesThereAndBack) {
   int pairs = 0;

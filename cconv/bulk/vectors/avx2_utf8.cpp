@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "cconv/bulk/source_forms.h"
+#include "cconv/bulk/unicode_sources.h"
 #include "cconv/bulk/vector_runs.h"
 #include "cconv/engine/composition.h"
 
@@ -53,6 +53,6 @@ KSV_IN_LOOP uint32_t signs(Bytes bytes) {
 
 namespace ksv::vector_runs {
 
-RunShort utf8ToUnitsAvx2(AsciiOutput ascii) { return utf8ToUnits(ascii); }
+RunFunction utf8ToUnitsAvx2(AsciiOutput ascii) { return utf8ToUnits(ascii); }
 
 }  // namespace ksv::vector_runs

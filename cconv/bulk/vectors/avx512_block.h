@@ -100,14 +100,14 @@ KSV_IN_LOOP __m512i groupsOf(__m512i entries) {
 }
 
 // Of which entries the run has the escape sequence.
-KSV_IN_LOOP uint32_t designable(const ShortRun& run, __m512i entries) {
+KSV_IN_LOOP uint32_t designable(const RunTables& run, __m512i entries) {
   const __m512i lengths =
       _mm512_permutexvar_epi32(groupsOf(entries), _mm512_loadu_si512(run.designations->lengths));
   return _mm512_test_epi32_mask(lengths, lengths);
 }
 
 // The same with an escape sequence wherever the group changes.
-KSV_IN_LOOP void putDesignating(const ShortRun& run, BulkPosition& at, __m512i entries,
+KSV_IN_LOOP void putDesignating(const RunTables& run, BulkPosition& at, __m512i entries,
                                 uint32_t count) {
   const __m512i groups = groupsOf(entries);
   const __m512i current = _mm512_set1_epi32(static_cast<int>(designationIndex(at.designatedGroup)));
@@ -134,7 +134,7 @@ KSV_IN_LOOP void putDesignating(const ShortRun& run, BulkPosition& at, __m512i e
 // Puts out up to sixteen entries; how many, up to the first that is none. One whose group
 // has come with another thread, since the run copied the sequences, is none.
 template <bool kDesignates>
-KSV_IN_LOOP uint32_t putEntries(const ShortRun& run, BulkPosition& at, __m512i entries,
+KSV_IN_LOOP uint32_t putEntries(const RunTables& run, BulkPosition& at, __m512i entries,
                                 uint32_t count) {
   uint32_t known = _mm512_movepi32_mask(entries);
   if constexpr (kDesignates) known &= designable(run, entries);
@@ -150,7 +150,7 @@ KSV_IN_LOOP uint32_t putEntries(const ShortRun& run, BulkPosition& at, __m512i e
 
 // The entries of up to sixteen indexes. They are read without the ceremony of an atomic
 // load: each is read whole, and says all by itself.
-KSV_IN_LOOP __m512i entriesAt(const ShortRun& run, __m512i indexes, uint32_t lanes,
+KSV_IN_LOOP __m512i entriesAt(const RunTables& run, __m512i indexes, uint32_t lanes,
                               __m512i otherwise) {
   return _mm512_mask_i32gather_epi32(otherwise, static_cast<__mmask16>(lanes), indexes, run.slots,
                                      sizeof(ShortEntry));
@@ -171,7 +171,7 @@ KSV_IN_LOOP __m512i widen(__m512i bytes, uint32_t half) {
 // Puts out up to 32 entries, of which entriesOf gives a half each; how many, up to the
 // first that is none.
 template <bool kDesignates, typename EntriesOf>
-KSV_IN_LOOP uint32_t putHalves(const ShortRun& run, BulkPosition& at, uint32_t count,
+KSV_IN_LOOP uint32_t putHalves(const RunTables& run, BulkPosition& at, uint32_t count,
                                EntriesOf entriesOf) {
   const uint32_t first = least(count, kLanes);
   const uint32_t lanes = _bzhi_u32(0xFFFF, first);
@@ -191,7 +191,7 @@ KSV_IN_LOOP uint32_t fullVectors(uint32_t characters) {
 
 // Whether ASCII is written as it is where the conversion stands.
 template <AsciiOutput kAscii, bool kDesignates>
-KSV_IN_LOOP bool mayTakeAscii(const ShortRun& run, const BulkPosition& at) {
+KSV_IN_LOOP bool mayTakeAscii(const RunTables& run, const BulkPosition& at) {
   return kAscii != AsciiOutput::kOther &&
          (!kDesignates || at.designatedGroup == run.designations->asciiGroup);
 }
@@ -239,14 +239,14 @@ KSV_IN_LOOP void writeAsciiBlock(uint8_t* output, __m512i bytes) {
   }
 }
 
-KSV_IN_LOOP uint64_t notAscii(const ShortRun& run, __m512i bytes) {
+KSV_IN_LOOP uint64_t notAscii(const RunTables& run, __m512i bytes) {
   return _mm512_movepi8_mask(bytes) | stopsIn(bytes, run.stops);
 }
 
 // Takes blocks of ASCII, two or more. A single one is left to what takes other
 // characters as well: where they are strewn in, its coming could not be foreseen.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP bool takeAsciiBlocks(const ShortRun& run, BulkPosition& at, uint32_t wanted,
+KSV_IN_LOOP bool takeAsciiBlocks(const RunTables& run, BulkPosition& at, uint32_t wanted,
                                  __m512i bytes) {
   if (notAscii(run, bytes) != 0 || wanted - at.characters < 2 * kBlock + kLeastWanted) return false;
   __m512i next = load(at.input + kBlock);
@@ -263,7 +263,7 @@ KSV_IN_LOOP bool takeAsciiBlocks(const ShortRun& run, BulkPosition& at, uint32_t
 
 // Takes the ASCII bytes that a block begins with, if they are many.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP bool takeLeadingAscii(const ShortRun& run, BulkPosition& at, uint32_t room,
+KSV_IN_LOOP bool takeLeadingAscii(const RunTables& run, BulkPosition& at, uint32_t room,
                                   __m512i bytes) {
   constexpr uint32_t kLeast = 32;
   const auto leading = static_cast<uint32_t>(std::countr_zero(notAscii(run, bytes)));

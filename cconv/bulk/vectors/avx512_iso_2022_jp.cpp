@@ -24,7 +24,7 @@ struct ShiftedBlock {
   uint64_t inDouble;  // bytes behind the designation of two-byte codes
   uint32_t characters;
 
-  KSV_IN_LOOP ShiftedBlock(const ShiftedRun& run, const uint8_t* input, __m512i bytes,
+  KSV_IN_LOOP ShiftedBlock(const ShiftedTables& run, const uint8_t* input, __m512i bytes,
                            bool beginsInDouble) {
     const __m512i second = load(input + 1);
     const __m512i third = load(input + 2);
@@ -68,7 +68,7 @@ KSV_IN_LOOP __m512i asciiEntries(__m512i codes, uint32_t lanes) {
 }
 
 // Goes on behind so many characters; what is designated there stays so.
-KSV_IN_LOOP void goBehind(const ShiftedRun& run, BulkPosition& at, const ShiftedBlock& block,
+KSV_IN_LOOP void goBehind(const ShiftedTables& run, BulkPosition& at, const ShiftedBlock& block,
                           uint32_t count) {
   const uint32_t behind = block.behind(count);
   at.decoderState = (block.inDouble >> (behind - 1) & 1) != 0 ? run.pairGroup : run.singleGroup;
@@ -76,7 +76,7 @@ KSV_IN_LOOP void goBehind(const ShiftedRun& run, BulkPosition& at, const Shifted
 }
 
 template <AsciiOutput kAscii>
-void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted) {
+void runIso2022Jp(const ShiftedTables& run, BulkPosition& position, uint32_t wanted) {
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted) {
     const uint32_t room = wanted - at.characters - kReserve;
@@ -106,9 +106,10 @@ void runIso2022Jp(const ShiftedRun& run, BulkPosition& position, uint32_t wanted
 
 }  // namespace
 
-RunShifted iso2022Jp(AsciiOutput ascii) {
+ShiftedRunFunction iso2022Jp(AsciiOutput ascii) {
   if (ascii == AsciiOutput::kOther) return nullptr;
-  return chosen(ascii, []<AsciiOutput kAscii>() -> RunShifted { return runIso2022Jp<kAscii>; });
+  return chosen(ascii,
+                []<AsciiOutput kAscii>() -> ShiftedRunFunction { return runIso2022Jp<kAscii>; });
 }
 
 }  // namespace ksv::vector_runs

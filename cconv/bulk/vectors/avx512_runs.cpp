@@ -64,7 +64,7 @@ struct NarrowLookup {
 };
 
 template <AsciiOutput kAscii, bool kDesignates = false>
-void runByteCodes(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+void runByteCodes(const RunTables& run, BulkPosition& position, uint32_t wanted) {
   const ClassLookup lookup(run.singles->classes);
   const NarrowLookup narrow(*run.singles);
   const __m512i pairBit = _mm512_set1_epi8(SingleCodes::kNone);
@@ -124,7 +124,7 @@ KSV_IN_LOOP uint64_t wholeCharacters(uint64_t continuations, uint64_t twoOrMore,
 }
 
 // Takes a block of characters below U+0100 that are all written as one byte.
-KSV_IN_LOOP bool takeLatin(const ShortRun& run, BulkPosition& at, __m512i bytes,
+KSV_IN_LOOP bool takeLatin(const RunTables& run, BulkPosition& at, __m512i bytes,
                            uint64_t continuations, uint64_t leads) {
   const SingleCodes& singles = *run.singles;
   const uint64_t upperLeads = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\xC3'));
@@ -213,7 +213,7 @@ KSV_IN_LOOP __m512i swapped(__m512i units) {
 
 // Takes so many values, up to 32, if they are all written as they are.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP bool takePlain(const ShortRun& run, BulkPosition& at, __m512i values, uint32_t count) {
+KSV_IN_LOOP bool takePlain(const RunTables& run, BulkPosition& at, __m512i values, uint32_t count) {
   const ClassLookup pages(run.pages->classes);
   if (leadingPlain(pages, values, count) < count) return false;
   _mm512_storeu_si512(at.output, swapped<kAscii == AsciiOutput::kBigUnits>(values));
@@ -222,7 +222,7 @@ KSV_IN_LOOP bool takePlain(const ShortRun& run, BulkPosition& at, __m512i values
 }
 
 template <AsciiOutput kAscii, bool kDesignates = false>
-void runUtf8(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+void runUtf8(const RunTables& run, BulkPosition& position, uint32_t wanted) {
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted) {
     const uint32_t room = wanted - at.characters - kReserve;
@@ -260,7 +260,7 @@ void runUtf8(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
 }
 
 // Takes a block of units that are all ASCII; false when they are not.
-KSV_IN_LOOP bool takeAsciiUnitBlock(const ShortRun& run, BulkPosition& at, __m512i units) {
+KSV_IN_LOOP bool takeAsciiUnitBlock(const RunTables& run, BulkPosition& at, __m512i units) {
   constexpr uint32_t kUnits = kBlock / 2;
   if (_mm512_test_epi16_mask(units, _mm512_set1_epi16('\xFF' << 8 | 0x80)) != 0) return false;
   const __m256i bytes = _mm512_cvtepi16_epi8(units);
@@ -272,7 +272,7 @@ KSV_IN_LOOP bool takeAsciiUnitBlock(const ShortRun& run, BulkPosition& at, __m51
 }
 
 template <AsciiOutput kAscii, bool kBigEndian, bool kDesignates = false>
-void runUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+void runUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted + kLanes) {
     const __m512i units = swapped<kBigEndian>(load(at.input));
@@ -303,14 +303,14 @@ void runUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
 
 }  // namespace
 
-RunShort byteCodes(AsciiOutput ascii) {
-  return chosen(ascii, []<AsciiOutput kAscii>() -> RunShort { return runByteCodes<kAscii>; });
+RunFunction byteCodes(AsciiOutput ascii) {
+  return chosen(ascii, []<AsciiOutput kAscii>() -> RunFunction { return runByteCodes<kAscii>; });
 }
 
-RunShort utf8(AsciiOutput ascii) {
+RunFunction utf8(AsciiOutput ascii) {
   switch (vectorLevel()) {
     case VectorLevel::kAvx512:
-      return chosen(ascii, []<AsciiOutput kAscii>() -> RunShort { return runUtf8<kAscii>; });
+      return chosen(ascii, []<AsciiOutput kAscii>() -> RunFunction { return runUtf8<kAscii>; });
     case VectorLevel::kAvx2:
       return utf8ToUnitsAvx2(ascii);
     case VectorLevel::kSse41:
@@ -321,21 +321,21 @@ RunShort utf8(AsciiOutput ascii) {
   return nullptr;
 }
 
-RunShort twoByteUnits(AsciiOutput ascii, bool bigEndian) {
-  return chosen(ascii, [bigEndian]<AsciiOutput kAscii>() -> RunShort {
+RunFunction twoByteUnits(AsciiOutput ascii, bool bigEndian) {
+  return chosen(ascii, [bigEndian]<AsciiOutput kAscii>() -> RunFunction {
     return bigEndian ? runUnits<kAscii, true> : runUnits<kAscii, false>;
   });
 }
 
-RunShort byteCodesDesignating() {
+RunFunction byteCodesDesignating() {
   return vectorLevel() == VectorLevel::kAvx512 ? runByteCodes<AsciiOutput::kBytes, true> : nullptr;
 }
 
-RunShort utf8Designating() {
+RunFunction utf8Designating() {
   return vectorLevel() == VectorLevel::kAvx512 ? runUtf8<AsciiOutput::kBytes, true> : nullptr;
 }
 
-RunShort twoByteUnitsDesignating(bool bigEndian) {
+RunFunction twoByteUnitsDesignating(bool bigEndian) {
   if (vectorLevel() < VectorLevel::kAvx512) return nullptr;
   return bigEndian ? runUnits<AsciiOutput::kBytes, true, true>
                    : runUnits<AsciiOutput::kBytes, false, true>;

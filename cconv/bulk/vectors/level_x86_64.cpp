@@ -57,6 +57,6 @@ VectorLevel vectorLevel() {
   return std::min(level, limit.load(std::memory_order_relaxed));
 }
 
-void limitVectors(VectorLevel level) { limit.store(level, std::memory_order_relaxed); }
+void limitVectorsForTests(VectorLevel level) { limit.store(level, std::memory_order_relaxed); }
 
 }  // namespace ksv::vector_runs

@@ -5,14 +5,14 @@
 namespace ksv::vector_runs {
 
 VectorLevel vectorLevel() { return VectorLevel::kNone; }
-void limitVectors(VectorLevel) {}
+void limitVectorsForTests(VectorLevel) {}
 
-RunShort byteCodes(AsciiOutput) { return nullptr; }
-RunShort utf8(AsciiOutput) { return nullptr; }
-RunShort twoByteUnits(AsciiOutput, bool) { return nullptr; }
-RunShort byteCodesDesignating() { return nullptr; }
-RunShort utf8Designating() { return nullptr; }
-RunShort twoByteUnitsDesignating(bool) { return nullptr; }
-RunShifted iso2022Jp(AsciiOutput) { return nullptr; }
+RunFunction byteCodes(AsciiOutput) { return nullptr; }
+RunFunction utf8(AsciiOutput) { return nullptr; }
+RunFunction twoByteUnits(AsciiOutput, bool) { return nullptr; }
+RunFunction byteCodesDesignating() { return nullptr; }
+RunFunction utf8Designating() { return nullptr; }
+RunFunction twoByteUnitsDesignating(bool) { return nullptr; }
+ShiftedRunFunction iso2022Jp(AsciiOutput) { return nullptr; }
 
 }  // namespace ksv::vector_runs

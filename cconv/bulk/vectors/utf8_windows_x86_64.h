@@ -161,7 +161,7 @@ KSV_IN_LOOP bool takeTwos(const PlainCheck& plain, BulkPosition& at) {
 }
 
 template <AsciiOutput kAscii>
-void runUtf8ToUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted) {
+void runUtf8ToUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
   constexpr bool kBigEndian = kAscii == AsciiOutput::kBigUnits;
   const PlainCheck plain{PlainBits(*run.pages)};
   BulkPosition at = position;
@@ -178,7 +178,7 @@ void runUtf8ToUnits(const ShortRun& run, BulkPosition& position, uint32_t wanted
   position = at;
 }
 
-RunShort utf8ToUnits(AsciiOutput ascii) {
+RunFunction utf8ToUnits(AsciiOutput ascii) {
   if (ascii == AsciiOutput::kLittleUnits) return runUtf8ToUnits<AsciiOutput::kLittleUnits>;
   return ascii == AsciiOutput::kBigUnits ? runUtf8ToUnits<AsciiOutput::kBigUnits> : nullptr;
 }
