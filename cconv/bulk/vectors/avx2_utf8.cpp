@@ -6,10 +6,10 @@
 
 #include "cconv/bulk/unicode_sources.h"
 #include "cconv/bulk/vector_runs.h"
+#include "cconv/bulk/vectors/target_region.h"
 #include "cconv/engine/composition.h"
 
-#pragma GCC push_options
-#pragma GCC target("avx2")
+KSV_TARGET_BEGIN("avx2")
 
 namespace ksv::vector_runs {
 namespace {
@@ -49,7 +49,7 @@ KSV_IN_LOOP uint32_t signs(Bytes bytes) {
 }  // namespace
 }  // namespace ksv::vector_runs
 
-#pragma GCC pop_options
+KSV_TARGET_END
 
 namespace ksv::vector_runs {
 

@@ -7,6 +7,7 @@
 
 #include "cconv/bulk/bulk_run.h"
 #include "cconv/bulk/vector_level.h"
+#include "cconv/bulk/vectors/target_region.h"
 
 namespace ksv::vector_runs {
 
@@ -28,8 +29,7 @@ auto chosen(AsciiOutput ascii, RunFor runFor)
   return runFor.template operator()<AsciiOutput::kOther>();
 }
 
-#pragma GCC push_options
-#pragma GCC target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")
+KSV_TARGET_BEGIN(KSV_AVX512)
 
 constexpr uint32_t kBlock = 64;  // bytes of a vector
 constexpr uint32_t kLanes = 16;  // entries of a vector
@@ -305,6 +305,6 @@ struct PairBlock {
   }
 };
 
-#pragma GCC pop_options
+KSV_TARGET_END
 
 }  // namespace ksv::vector_runs

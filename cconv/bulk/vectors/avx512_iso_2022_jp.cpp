@@ -5,8 +5,7 @@
 namespace ksv::vector_runs {
 namespace {
 
-#pragma GCC push_options
-#pragma GCC target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")
+KSV_TARGET_BEGIN(KSV_AVX512)
 
 constexpr uint64_t kFirst = 1;
 // Characters that begin behind them are left to the next block: an escape sequence may
@@ -102,7 +101,7 @@ void runIso2022Jp(const ShiftedTables& run, BulkPosition& position, uint32_t wan
   position = at;
 }
 
-#pragma GCC pop_options
+KSV_TARGET_END
 
 }  // namespace
 

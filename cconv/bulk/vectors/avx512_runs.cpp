@@ -7,8 +7,7 @@
 namespace ksv::vector_runs {
 namespace {
 
-#pragma GCC push_options
-#pragma GCC target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")
+KSV_TARGET_BEGIN(KSV_AVX512)
 
 template <AsciiOutput kAscii>
 constexpr bool kWritesUnits =
@@ -299,7 +298,7 @@ void runUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
   position = at;
 }
 
-#pragma GCC pop_options
+KSV_TARGET_END
 
 }  // namespace
 

@@ -6,10 +6,10 @@
 
 #include "cconv/bulk/unicode_sources.h"
 #include "cconv/bulk/vector_runs.h"
+#include "cconv/bulk/vectors/target_region.h"
 #include "cconv/engine/composition.h"
 
-#pragma GCC push_options
-#pragma GCC target("ssse3,sse4.1")
+KSV_TARGET_BEGIN("ssse3,sse4.1")
 
 namespace ksv::vector_runs {
 namespace {
@@ -43,7 +43,7 @@ KSV_IN_LOOP uint32_t signs(Bytes bytes) {
 }  // namespace
 }  // namespace ksv::vector_runs
 
-#pragma GCC pop_options
+KSV_TARGET_END
 
 namespace ksv::vector_runs {
 
