@@ -9,18 +9,9 @@
 
 #include "cconv/rules/code_store.h"
 #include "cconv/rules/rule_list.h"
+#include "cconv/rules/text_encoding.h"
 
 namespace ksv {
-
-// The encoding of a rule file. Only UTF-16, UCS-4 and UCS-2 can be read.
-enum class TextEncodingKind : uint32_t {
-  kUnknown = 0,
-  kUtf16 = 1,
-  kUtf8 = 2,
-  kUcs4 = 3,
-  kUcs2 = 4,
-  kShiftJis = 5,
-};
 
 // Which keys the blocks of a table cover. A table is made of blocks of equal
 // size; a new one begins at the first key that none covers yet, not at a

@@ -15,7 +15,7 @@
 
 #include "cconv/rules/code_table.h"
 #include "cconv/rules/rule_base.h"
-#include "cconv/rules/rule_text.h"
+#include "cconv/rules/rule_files.h"
 #include "tests/common/support.h"
 
 namespace ksv::test {
