@@ -52,7 +52,7 @@ std::optional<size_t> findString(const RuleText& text, size_t from, std::string_
   const auto known = text.lastSearches.find(pattern);
   if (known != text.lastSearches.end()) {
     const LastSearch& last = known->second;
-    if (from >= last.from && (!last.start || from <= *last.start)) return behind(last.start);
+    if (last.answers(from)) return behind(last.start);
   }
   const Search search = searchFor(text, from, pattern);
   if (known != text.lastSearches.end()) {
@@ -73,11 +73,17 @@ std::string narrow(const RuleText& text, size_t start, size_t end) {
   return narrowed;
 }
 
-std::optional<size_t> findChar(const RuleText& text, size_t from, char wanted) {
-  for (size_t i = from; i < text.chars.size(); ++i) {
+// Up to an end, which is one of the text or in front of it.
+std::optional<size_t> findChar(const RuleText& text, size_t from, size_t end, char wanted) {
+  for (size_t i = from; i < end; ++i) {
     if (text.chars[i] == static_cast<uint8_t>(wanted)) return i;
   }
   return std::nullopt;
+}
+
+std::optional<size_t> findQuote(const RuleText& text, size_t from, LastSearch& last) {
+  if (!last.answers(from)) last = {from, findChar(text, from, text.chars.size(), '"')};
+  return last.start;
 }
 
 }  // namespace
@@ -94,12 +100,12 @@ std::optional<std::string> RuleElement::attribute(std::string_view word) const {
 std::optional<std::string> RuleElement::entityReference() const {
   const RuleText& text = *text_;
   const size_t end = std::min(end_, text.chars.size());
-  const auto ampersand = findChar(text, start_, '&');
-  if (!ampersand || *ampersand >= end) return std::nullopt;
+  const auto ampersand = findChar(text, start_, end, '&');
+  if (!ampersand) return std::nullopt;
   size_t start = *ampersand + 1;
   while (start < end && text.chars[start] == ' ') ++start;
-  const auto semicolon = findChar(text, start, ';');
-  if (!semicolon || *semicolon >= end) return std::nullopt;
+  const auto semicolon = findChar(text, start, end, ';');
+  if (!semicolon) return std::nullopt;
   return narrow(text, start, *semicolon);
 }
 
@@ -144,9 +150,9 @@ bool RuleReader::passString(std::string_view pattern) {
 }
 
 std::optional<std::string> RuleReader::findQuoted() const {
-  const auto open = findChar(*text_, position_, '"');
+  const auto open = findQuote(*text_, position_, text_->lastOpeningQuote);
   if (!open) return std::nullopt;
-  const auto close = findChar(*text_, *open + 1, '"');
+  const auto close = findQuote(*text_, *open + 1, text_->lastClosingQuote);
   if (!close) return std::nullopt;
   return narrow(*text_, *open + 1, *close);
 }

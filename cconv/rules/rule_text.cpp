@@ -141,6 +141,7 @@ void cleanText(RuleText& text) {
   PairFinder commentEnds(chars, '-', '-');
   text.markers.clear();
   text.lastSearches.clear();
+  text.lastOpeningQuote = text.lastClosingQuote = {};
   text.entities = {};
   size_t count = 0;
   for (size_t i = 0; i < chars.size(); ++i) {

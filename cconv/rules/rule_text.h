@@ -19,8 +19,10 @@ namespace ksv {
 // What the last search for a pattern found: every search from a position between
 // the two finds the same.
 struct LastSearch {
-  size_t from;
+  size_t from = SIZE_MAX;       // SIZE_MAX: none has been made
   std::optional<size_t> start;  // none: nothing up to the end of the text
+
+  bool answers(size_t position) const { return position >= from && (!start || position <= *start); }
 };
 
 // Where the entities of a text are declared, as far as that has been asked.
@@ -38,6 +40,8 @@ struct RuleText {
   // What all readers of the text share. Long searches, by pattern, so that a walk over a
   // text whose tags never close takes linear time.
   mutable std::map<std::string, LastSearch, std::less<>> lastSearches;
+  mutable LastSearch lastOpeningQuote;
+  mutable LastSearch lastClosingQuote;
   mutable EntityFiles entities;
   TextEncodingKind encoding = TextEncodingKind::kUnknown;
   bool bigEndian = false;

@@ -153,6 +153,25 @@ TEST_F(HostileFiles, that_name_one_entity_thousands_of_times_are_searched_for_it
   EXPECT_EQ(findCharsetByName("cs")->members.count(), 60000);
 }
 
+TEST_F(HostileFiles,
+       of_thousands_of_elements_that_lack_what_is_looked_for_are_read_in_linear_time) {
+  directory_.writeRule("s.set", baseSubset("s"));
+  const std::string declarations = entity("set", "s.set") + entity("t", "t.txt");
+  int number = 0;
+  for (const char* element : {"<dstable>x</dstable>", "<dstable>&x</dstable>",
+                              "<dstable>&t; bytenum= </dstable>", "<dstable>&t;x</dstable>"}) {
+    SCOPED_TRACE(element);
+    const std::string name = "cs" + std::to_string(++number);
+    for (const char* behind : {"", "\""}) {
+      expectLinear([&] {
+        EXPECT_TRUE(
+            loads(charset(declarations, "<name>" + name + behind + "</name><baseset>&set;" +
+                                            repeated(element, kMillion) + "</baseset>" + behind)));
+      });
+    }
+  }
+}
+
 TEST_F(HostileFiles, with_a_huge_bytenum_convert_nothing_and_allocate_nothing) {
   directory_.writeTable("t.txt", "8140 3000\r\n8141 3001");
   directory_.writeRule("s.xml",

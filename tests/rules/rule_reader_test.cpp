@@ -153,6 +153,21 @@ TEST(QuotedText, is_what_stands_between_the_next_two_double_quotes) {
   EXPECT_EQ(quoted("\"b\"", 99), "none");
 }
 
+TEST(QuotedText, is_searched_anew_before_and_behind_what_was_found_last) {
+  const RuleText text = cleaned("\"a\" \"b\" \"c\" \"d");
+  const auto quotedAt = [&](size_t from) {
+    return RuleReader(text, from).findQuoted().value_or("none");
+  };
+  EXPECT_EQ(quotedAt(3), "b");
+  EXPECT_EQ(quotedAt(4), "b") << "the place found last itself";
+  EXPECT_EQ(quotedAt(5), " ");
+  EXPECT_EQ(quotedAt(0), "a");
+  EXPECT_EQ(quotedAt(11), "none");
+  EXPECT_EQ(quotedAt(12), "none");
+  EXPECT_EQ(quotedAt(7), "c");
+  EXPECT_EQ(quotedAt(1), " ");
+}
+
 // Where an element begins and ends.
 struct Span {
   size_t start;
