@@ -16,6 +16,7 @@
 #include "cconv/convert/iso_2022_form.h"
 #include "cconv/convert/source_forms.h"
 #include "cconv/limits.h"
+#include "cconv/rules/table_loader.h"
 
 namespace ksv {
 namespace {
@@ -37,8 +38,8 @@ constexpr ptrdiff_t kShortEntryBytes = sizeof(ShortEntry);
 
 // What the output of a character depends on besides its own bytes.
 struct TableKey {
-  const CharsetDef* source;
-  const CharsetDef* target;
+  const LoadedCharset* source;
+  const LoadedCharset* target;
   // The newline form, 0 where line ends are not converted, above three flags.
   uint64_t settings;
 

@@ -1,7 +1,7 @@
 // The codec table: the decoders and encoders that a rule file can name.
 #pragma once
 
-#include "cconv/rules/rule_model.h"
+#include "cconv/rules/loaded_charset.h"
 #include "ksv_cconv.h"
 
 namespace ksv {
@@ -40,7 +40,7 @@ struct CodecEntry {
 const CodecEntry* findRuleRecordByName(const char* name);
 
 // The same for the names of a charset, looked up once.
-const CodecEntry* encoderOf(const CharsetDef& charset);
-const CodecEntry* decoderOf(const CharsetDef& charset);
+const CodecEntry* encoderOf(const LoadedCharset& charset);
+const CodecEntry* decoderOf(const LoadedCharset& charset);
 
 }  // namespace ksv

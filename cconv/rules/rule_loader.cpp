@@ -220,7 +220,7 @@ bool loadCharset(const std::string& path, RuleFiles& files) {
   const auto name = reader.enterElement("name");
   if (!name) return false;
 
-  auto charset = std::make_unique<CharsetDef>();
+  auto charset = std::make_unique<LoadedCharset>();
   charset->name = name->content();
   if (!fitsName(charset->name)) return false;
   charset->id = nameToId(charset->name.data());

@@ -672,7 +672,7 @@ TEST_F(LoadingAll, fills_no_table) {
   directory_.writeRule("sub.set", baseSubset("s", "<srtable>&table;</srtable>"));
   directory_.writeTable("t.txt", "8140 3000");
   EXPECT_EQ(cconvLoadRule(), 1);
-  EXPECT_EQ(ruleBase.lists->subsets()[0]->toUcs.loadAttempts, -1);
+  EXPECT_EQ(ruleBase.lists->subsets()[0]->toUcs.reading, CodeTable::Reading::kNotRead);
   EXPECT_FALSE(directory_.has("t.cmp"));
 }
 
