@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cconv/rules/rule_base.h"
+#include "cconv/rules/table_loader.h"
 #include "fuzz/reference_table.h"
 #include "fuzz/scratch_directory.h"
 #include "fuzz/support.h"

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "cconv/rules/code_table.h"
+#include "cconv/rules/table_loader.h"
 
 namespace ksv_fuzz {
 

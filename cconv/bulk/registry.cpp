@@ -12,6 +12,7 @@
 #include "cconv/bulk/unicode_sources.h"
 #include "cconv/engine/converter.h"
 #include "cconv/limits.h"
+#include "cconv/rules/table_loader.h"
 
 namespace ksv {
 namespace {
@@ -26,8 +27,8 @@ constexpr int64_t kLeastInputs = 4096;
 
 // What the output of a character depends on besides its own bytes.
 struct TableKey {
-  const CharsetDef* source;
-  const CharsetDef* target;
+  const LoadedCharset* source;
+  const LoadedCharset* target;
   // The newline form, 0 where line ends are not converted, above three flags.
   uint64_t settings;
 

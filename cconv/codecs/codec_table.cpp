@@ -85,12 +85,12 @@ const CodecEntry* remembered(std::atomic<const CodecEntry*>& place, const std::s
 
 }  // namespace
 
-const CodecEntry* encoderOf(const CharsetDef& charset) {
-  return remembered(charset.encoder, charset.construle);
+const CodecEntry* encoderOf(const LoadedCharset& charset) {
+  return remembered(charset.findings.encoder, charset.construle);
 }
 
-const CodecEntry* decoderOf(const CharsetDef& charset) {
-  return remembered(charset.decoder, charset.destrule);
+const CodecEntry* decoderOf(const LoadedCharset& charset) {
+  return remembered(charset.findings.decoder, charset.destrule);
 }
 
 const CodecEntry* findRuleRecordByName(const char* name) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "cconv/engine/codec.h"
-#include "cconv/rules/rule_model.h"
+#include "cconv/rules/loaded_charset.h"
 
 namespace ksv {
 
@@ -11,7 +11,7 @@ namespace ksv {
 const CodecEntry* findRuleRecordByName(const char* name);
 
 // The same for the names of a charset, looked up once.
-const CodecEntry* encoderOf(const CharsetDef& charset);
-const CodecEntry* decoderOf(const CharsetDef& charset);
+const CodecEntry* encoderOf(const LoadedCharset& charset);
+const CodecEntry* decoderOf(const LoadedCharset& charset);
 
 }  // namespace ksv

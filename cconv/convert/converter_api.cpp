@@ -11,6 +11,7 @@
 #include "cconv/engine/converter.h"
 #include "cconv/engine/language_tag.h"
 #include "cconv/engine/replacement.h"
+#include "cconv/rules/table_loader.h"
 #include "ksv_cconv.h"
 
 namespace {
@@ -100,13 +101,13 @@ PreConvertedName preConvertedName(const char* name) {
 uint32_t cconvInitConvert(ConverterRecord* record, const ConvertOptions* options,
                           const char* targetCharset) {
   if (record == nullptr) return KSV_STATUS_FAILURE;
-  CharsetDef* charset = ksv::findCharsetByName(targetCharset);
+  ksv::LoadedCharset* charset = ksv::findCharsetByName(targetCharset);
   // Options first: what is read behind the stores of the clearing may have to wait for them.
   if (charset != nullptr) setOptions(record->options, options);
   clearState(*record);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
   if (ksv::anyTableWaits()) ksv::mendEncodingTables(*charset);
-  makeTablesReady(*charset, &SubsetDef::fromUcs, charset->encodingTablesAreReady);
+  makeTablesReady(*charset, &SubsetDef::fromUcs, charset->findings.encodingTablesAreReady);
   record->targetCharset = charset;
   record->targetCharsetId = charset->id;
   record->targetEncoder = ksv::encoderOf(*charset);
@@ -121,10 +122,10 @@ uint32_t cconvChgCharset(ConverterRecord* record, uint32_t sourceParameters[3],
   const PreConvertedName name = preConvertedName(sourceCharset);
   record->preConversion = name.preConversion;
   if (name.preConversion == ksv::kUtf7 && sourceParameters != nullptr) sourceParameters[0] = 0;
-  CharsetDef* charset = ksv::findCharsetByName(name.charset);
+  ksv::LoadedCharset* charset = ksv::findCharsetByName(name.charset);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
   if (ksv::anyTableWaits()) ksv::mendDecodingTables(*charset);
-  makeTablesReady(*charset, &SubsetDef::toUcs, charset->decodingTablesAreReady);
+  makeTablesReady(*charset, &SubsetDef::toUcs, charset->findings.decodingTablesAreReady);
   record->sourceCharset = charset;
   record->sourceCharsetId = charset->id;
   record->sourceDecoder = ksv::decoderOf(*charset);

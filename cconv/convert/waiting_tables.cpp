@@ -1,6 +1,7 @@
 #include "cconv/convert/waiting_tables.h"
 
 #include "cconv/engine/converter.h"
+#include "cconv/rules/table_loader.h"
 
 namespace ksv {
 namespace {

@@ -10,11 +10,11 @@
 
 namespace ksv {
 
-inline const CharsetDef* sourceCharset(const ConverterRecord& record) {
-  return static_cast<const CharsetDef*>(record.sourceCharset);
+inline const LoadedCharset* sourceCharset(const ConverterRecord& record) {
+  return static_cast<const LoadedCharset*>(record.sourceCharset);
 }
-inline const CharsetDef* targetCharset(const ConverterRecord& record) {
-  return static_cast<const CharsetDef*>(record.targetCharset);
+inline const LoadedCharset* targetCharset(const ConverterRecord& record) {
+  return static_cast<const LoadedCharset*>(record.targetCharset);
 }
 inline const CodecEntry* sourceDecoder(const ConverterRecord& record) {
   return static_cast<const CodecEntry*>(record.sourceDecoder);

@@ -2,6 +2,7 @@
 
 #include "cconv/engine/composition.h"
 #include "cconv/engine/converter.h"
+#include "cconv/rules/table_loader.h"
 
 namespace ksv {
 namespace {
@@ -85,12 +86,12 @@ EncodedCode walkMembers(const CharsetDef& target, uint32_t unicode) {
   return EncodedCode();
 }
 
-EncodedCode encodeUnicode(const CharsetDef& target, uint32_t unicode) {
+EncodedCode encodeUnicode(const LoadedCharset& target, uint32_t unicode) {
   EncodedCode found;
-  if (target.encodedCodes->find(unicode, found)) return found;
+  if (target.findings.encodedCodes.find(unicode, found)) return found;
   const ProvisionalAnswers provisional;
   found = walkMembers(target, unicode);
-  if (!provisional.any()) target.encodedCodes->remember(unicode, found);
+  if (!provisional.any()) target.findings.encodedCodes.remember(unicode, found);
   return found;
 }
 
@@ -114,7 +115,7 @@ bool mapControlCode(ConverterRecord& record, const CharsetDef& target) {
   return true;
 }
 
-bool mapThroughUnicode(ConverterRecord& record, const CharsetDef& target) {
+bool mapThroughUnicode(ConverterRecord& record, const LoadedCharset& target) {
   completeUnicode(record);
   if (record.unicodeCode == 0 && record.rawCode != 0) return mapControlCode(record, target);
   const SubsetDef* first = target.firstPlainMember();
@@ -187,7 +188,7 @@ bool mapCharacter(ConverterRecord& record) {
     record.status = KSV_STATUS_DONE;
     return false;
   }
-  const CharsetDef& target = *targetCharset(record);
+  const LoadedCharset& target = *targetCharset(record);
   if (!mapWithinSameGroup(record, target) && !mapThroughUnicode(record, target)) {
     record.status = KSV_STATUS_UNMAPPABLE;
     return false;

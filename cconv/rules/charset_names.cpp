@@ -51,7 +51,7 @@ inline size_t CharsetNames::hashOf(std::string_view name) {
   return name.size() + 5 * (byteAt(name, 0) & 0x1F) + 37 * (byteAt(name, name.size() - 1) & 0x1F);
 }
 
-CharsetDef* CharsetNames::find(std::string_view name) const {
+LoadedCharset* CharsetNames::find(std::string_view name) const {
   if (name.size() > kLongest) return nullptr;
   const Key key = keyOf(name);
   for (size_t place = hashOf(name);; ++place) {
@@ -60,7 +60,7 @@ CharsetDef* CharsetNames::find(std::string_view name) const {
   }
 }
 
-void CharsetNames::enter(std::string_view name, CharsetDef* charset) {
+void CharsetNames::enter(std::string_view name, LoadedCharset* charset) {
   if (name.size() > kLongest || count_ == kMostNames || find(name) != nullptr) return;
   size_t place = hashOf(name);
   while (slots_[place % kSlots].charset != nullptr) ++place;

@@ -12,15 +12,15 @@
 
 namespace ksv {
 
-struct CharsetDef;
+struct LoadedCharset;
 
 class CharsetNames {
  public:
   // The first charset that is entered under a name keeps it.
-  void enter(std::string_view name, CharsetDef* charset);
+  void enter(std::string_view name, LoadedCharset* charset);
   // Without regard to the case of A to Z. Null when the name is not entered, which does
   // not say that no charset has it.
-  CharsetDef* find(std::string_view name) const;
+  LoadedCharset* find(std::string_view name) const;
 
  private:
   static constexpr size_t kLongest = 16;
@@ -37,7 +37,7 @@ class CharsetNames {
   };
   struct Slot {
     Key key;
-    CharsetDef* charset = nullptr;  // null: free
+    LoadedCharset* charset = nullptr;  // null: free
   };
 
   static Key keyOf(std::string_view name);

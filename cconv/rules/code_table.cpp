@@ -3,7 +3,6 @@
 #include <new>
 
 #include "cconv/limits.h"
-#include "cconv/rules/publication.h"
 #include "common/faults.h"
 
 namespace ksv {
@@ -26,8 +25,6 @@ void widenBounds(CodeTable& table, uint32_t key) {
 
 }  // namespace
 
-constinit thread_local bool ProvisionalAnswers::noted_ = false;
-constinit std::atomic<PublicationPause> publicationPauseForTests = nullptr;
 constinit std::atomic<uint32_t> tablesThatWait = 0;
 
 void CodeTable::setState(State next) {
@@ -93,19 +90,6 @@ bool tableLookup(const CodeTable& table, uint32_t key, uint32_t& value) {
   }
   value = table.values.find(key);
   return value != 0;
-}
-
-bool tableListLookup(const TableList& tables, uint32_t key, uint32_t& value, uint16_t& bytes) {
-  for (const auto& table : tables) {
-    ensureTableLoaded(table.get());
-    if (table->answers() != CodeTable::Answers::kStored) continue;
-    if (const uint32_t found = table->find(key); found != 0) {
-      value = found;
-      bytes = table->valueBytes;
-      return true;
-    }
-  }
-  return false;
 }
 
 }  // namespace ksv

@@ -8,19 +8,11 @@
 #include <string>
 
 #include "cconv/rules/code_store.h"
+#include "cconv/rules/provisional_answers.h"
 #include "cconv/rules/rule_list.h"
+#include "cconv/rules/text_encoding.h"
 
 namespace ksv {
-
-// The encoding of a rule file. Only UTF-16, UCS-4 and UCS-2 can be read.
-enum class TextEncodingKind : uint32_t {
-  kUnknown = 0,
-  kUtf16 = 1,
-  kUtf8 = 2,
-  kUcs4 = 3,
-  kUcs2 = 4,
-  kShiftJis = 5,
-};
 
 // Which keys the blocks of a table cover. A table is made of blocks of equal
 // size; a new one begins at the first key that none covers yet, not at a
@@ -43,26 +35,6 @@ class BlockCoverage {
   bool coversZero_ = false;
 };
 
-// Tells whether answers came from tables that have a file but are not loaded, so
-// that the same question may be answered otherwise later, or from tables that are not as
-// their file would make them. Scopes nest.
-class ProvisionalAnswers {
- public:
-  ProvisionalAnswers() : outer_(noted_) { noted_ = false; }
-  ~ProvisionalAnswers() { noted_ = noted_ || outer_; }
-  ProvisionalAnswers(const ProvisionalAnswers&) = delete;
-  ProvisionalAnswers& operator=(const ProvisionalAnswers&) = delete;
-
-  // Whether there was one on this thread since the scope began.
-  bool any() const { return noted_; }
-
-  static void note() { noted_ = true; }
-
- private:
-  static constinit thread_local bool noted_;
-  const bool outer_;
-};
-
 struct CodeTable {
   enum KeyColumn : uint32_t { kSecondColumn = 0, kFirstColumn = 1 };
 
@@ -77,8 +49,14 @@ struct CodeTable {
   std::string fileName;  // empty: no file, never loaded
   TextEncodingKind sourceEncoding = TextEncodingKind::kUnknown;
   bool sourceBigEndian = false;
-  int32_t loadAttempts = -1;
-  bool isRead = false;      // from its file, whatever that held
+  // How far its file has come, whatever that held. Under the lock.
+  enum class Reading : uint8_t {
+    kNotRead,
+    kReadAhead,  // to know what it holds: nobody has asked for it yet
+    kAskedFor,
+    kAskedForAgain  // an empty table answers nothing any more
+  };
+  Reading reading = Reading::kNotRead;
   bool isCutShort = false;  // by a system error, which has been noted: read again when asked for
   enum class State : uint8_t {
     kNotLoaded,
@@ -133,23 +111,5 @@ bool tableInsert(CodeTable& table, uint32_t key, uint32_t value, uint32_t blockS
 bool tableLookup(const CodeTable& table, uint32_t key, uint32_t& value);
 
 using TableList = RuleList<std::unique_ptr<CodeTable>>;
-
-// The first table of the list with a mapping other than 0 for key: its value, and
-// the bytes of its values. Loads tables that are not loaded yet, and skips those
-// that stay so.
-bool tableListLookup(const TableList& tables, uint32_t key, uint32_t& value, uint16_t& bytes);
-
-// Fills the table from its compiled file or its text on first use, under the
-// named lock. Returns whether it is loaded; never, when it has no file.
-bool ensureTableLoaded(CodeTable* table);
-
-// Reads a table anew that waits for the system. False when it still does.
-bool mendTable(CodeTable& table);
-
-// Whether look-ups in the table, one of a list, will always answer as they do now. Not so
-// while it holds nothing but one key that makes a table ask for a second attempt: from then
-// on it has an answer. Fills a table that nobody has asked for, which changes nothing that
-// anyone could see, and is no attempt.
-bool answersAreFinal(CodeTable& table);
 
 }  // namespace ksv

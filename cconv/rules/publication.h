@@ -3,7 +3,7 @@
 //
 // - Made whole, then published: the maker stores a pointer or a flag with release order
 //   when nothing about the thing will change any more, and readers load it with acquire
-//   order before they look at the thing. Code tables (CodeTable::loaded), pages
+//   order before they look at the thing. Code tables (CodeTable::state), pages
 //   (DirectTable, EncodedCodeCache), lanes and what they hold from the beginning
 //   (AsciiStops, SingleCodes), converters, traces (their key is the flag).
 // - Self-contained words: an aligned word that says all by itself, 0 while nobody knows.
@@ -19,6 +19,7 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 
 namespace ksv {
 
@@ -39,6 +40,17 @@ inline void pauseForTests(PublicationStep step) {
   const PublicationPause pause = publicationPauseForTests.load(std::memory_order_relaxed);
   if (pause != nullptr) [[unlikely]]
     pause(step);
+}
+
+// The first shape for what one thread makes and all share: what stands at the place afterwards,
+// which is what another has put there if that came first. Then what was made is dropped.
+template <typename Item, typename Deleter>
+Item* publish(std::atomic<Item*>& place, std::unique_ptr<Item, Deleter> made) {
+  Item* present = nullptr;
+  pauseForTests(PublicationStep::kMade);
+  if (place.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel))
+    return made.release();
+  return present;
 }
 
 }  // namespace ksv

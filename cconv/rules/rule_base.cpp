@@ -33,9 +33,9 @@ std::mutex& pathMutex() {
 
 }  // namespace
 
-bool RuleLists::addCharset(std::unique_ptr<CharsetDef> charset) {
+bool RuleLists::addCharset(std::unique_ptr<LoadedCharset> charset) {
   derived.reset();
-  CharsetDef* added = charset.get();
+  LoadedCharset* added = charset.get();
   if (!enter(charsets_, charsetsById_, std::move(charset))) return false;
   // Another charset may have its number, and is then found under its name.
   if (findCharset(added->id) == added) charsetsByName_.enter(added->name, added);
@@ -53,20 +53,20 @@ bool RuleLists::addSubset(std::unique_ptr<SubsetDef> subset) {
   return true;
 }
 
-CharsetDef* RuleLists::findCharset(CharsetId id) const {
+LoadedCharset* RuleLists::findCharset(CharsetId id) const {
   const auto found = charsetsById_.find(id);
   return found == charsetsById_.end() ? nullptr : found->second;
 }
 
-CharsetDef* RuleLists::findCharset(std::string_view name) const {
-  if (CharsetDef* charset = charsetsByName_.find(name)) return charset;
+LoadedCharset* RuleLists::findCharset(std::string_view name) const {
+  if (LoadedCharset* charset = charsetsByName_.find(name)) return charset;
   char lowered[kNameSize];
   if (name.size() >= sizeof lowered) return nullptr;
   lowered[name.copy(lowered, name.size())] = '\0';
   return findCharset(nameToId(lowered));
 }
 
-CharsetDef* findCharsetByName(const char* name) {
+LoadedCharset* findCharsetByName(const char* name) {
   if (name == nullptr || ruleBase.lists == nullptr) return nullptr;
   return ruleBase.lists->findCharset(std::string_view(name, strnlen(name, kNameSize)));
 }

@@ -9,10 +9,11 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "cconv/rules/charset_names.h"
+#include "cconv/rules/loaded_charset.h"
 #include "cconv/rules/publication.h"
-#include "cconv/rules/rule_model.h"
 #include "common/platform.h"
 
 namespace ksv {
@@ -35,11 +36,7 @@ class DerivedPlace {
   DerivedTables* get() const { return tables_.load(std::memory_order_acquire); }
   // What is there afterwards: these, or what another thread put there before.
   DerivedTables* fill(std::unique_ptr<DerivedTables> made) {
-    DerivedTables* present = nullptr;
-    pauseForTests(PublicationStep::kMade);
-    if (tables_.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel))
-      return made.release();
-    return present;
+    return publish(tables_, std::move(made));
   }
   // While nobody converts.
   void reset() { delete tables_.exchange(nullptr); }
@@ -52,12 +49,12 @@ class DerivedPlace {
 class RuleLists {
  public:
   // Both return false when the list is full.
-  bool addCharset(std::unique_ptr<CharsetDef> charset);
+  bool addCharset(std::unique_ptr<LoadedCharset> charset);
   bool addSubset(std::unique_ptr<SubsetDef> subset);
 
-  CharsetDef* findCharset(CharsetId id) const;
+  LoadedCharset* findCharset(CharsetId id) const;
   // The charset whose number is that of the name.
-  CharsetDef* findCharset(std::string_view name) const;
+  LoadedCharset* findCharset(std::string_view name) const;
   SubsetDef* findSubset(CharsetId id) const {
     const CharsetId wellKnown = id - kFirstWellKnown;
     if (wellKnown < kWellKnownCount) return wellKnown_[wellKnown];
@@ -68,16 +65,16 @@ class RuleLists {
   // Filled by the conversion engine; reset before anything is added.
   DerivedPlace derived;
 
-  const RuleList<std::unique_ptr<CharsetDef>>& charsets() const { return charsets_; }
+  const RuleList<std::unique_ptr<LoadedCharset>>& charsets() const { return charsets_; }
   const RuleList<std::unique_ptr<SubsetDef>>& subsets() const { return subsets_; }
 
  private:
   static constexpr CharsetId kFirstWellKnown = 2001;
   static constexpr CharsetId kWellKnownCount = 12;
 
-  RuleList<std::unique_ptr<CharsetDef>> charsets_;
+  RuleList<std::unique_ptr<LoadedCharset>> charsets_;
   RuleList<std::unique_ptr<SubsetDef>> subsets_;
-  std::unordered_map<CharsetId, CharsetDef*> charsetsById_;
+  std::unordered_map<CharsetId, LoadedCharset*> charsetsById_;
   CharsetNames charsetsByName_;
   std::unordered_map<CharsetId, SubsetDef*> subsetsById_;
   SubsetDef* wellKnown_[kWellKnownCount] = {};
@@ -106,7 +103,7 @@ std::mutex& lifetimeMutex();
 extern constinit RuleBase ruleBase;
 
 // Null when the id is not there, or when there are no lists.
-inline CharsetDef* findCharsetById(CharsetId id) {
+inline LoadedCharset* findCharsetById(CharsetId id) {
   return ruleBase.lists != nullptr ? ruleBase.lists->findCharset(id) : nullptr;
 }
 inline SubsetDef* findSubsetById(CharsetId id) {
@@ -114,6 +111,6 @@ inline SubsetDef* findSubsetById(CharsetId id) {
 }
 // By name, without regard to case. A null name, or one of 260 bytes or more, is
 // unknown.
-CharsetDef* findCharsetByName(const char* name);
+LoadedCharset* findCharsetByName(const char* name);
 
 }  // namespace ksv

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cconv/rules/rule_base.h"
+#include "cconv/rules/rule_files.h"
 #include "cconv/rules/rule_path.h"
 #include "common/directory.h"
 #include "common/faults.h"
@@ -17,38 +18,47 @@ namespace {
 
 constexpr uint16_t kDefaultBytes = 2;
 
-// The word's quoted value as a decimal number, 2 when there is none.
-uint16_t decimalBytes(const RuleText& text, Span span) {
-  const auto value = attributeInSpan(text, span, "bytenum=");
+// The element's "bytenum" as a decimal number, 2 when there is none.
+uint16_t decimalBytes(const RuleElement& code) {
+  const auto value = code.attribute("bytenum=");
   return value ? static_cast<uint16_t>(std::atoi(value->c_str())) : kDefaultBytes;
 }
 
 bool fitsName(const std::string& name) { return name.size() < kNameSize; }
 
-// Reads the file that the entity reference in the span names. Null when it cannot.
-const RuleText* readReferencedFile(const RuleText& charsetText, Span span, RuleFiles& files) {
-  const auto entity = entityReference(charsetText, span);
+// Gives the table the file that the element refers to, as the declaring text declares it.
+bool attachTableFile(const RuleText& declaring, const RuleElement& element, CodeTable& table) {
+  const auto entity = element.entityReference();
+  if (!entity) return false;
+  const auto file = entityFile(declaring, *entity);
+  if (!file || !fitsName(*file)) return false;
+  table.fileName = *file;
+  table.sourceEncoding = declaring.encoding;
+  table.sourceBigEndian = declaring.bigEndian;
+  return true;
+}
+
+// Reads the file that a member of a charset refers to. Null when it cannot.
+const RuleText* readReferencedFile(const RuleElement& member, RuleFiles& files) {
+  const auto entity = member.entityReference();
   if (!entity) return nullptr;
+  const RuleText& charsetText = member.text();
   const auto file = entityFile(charsetText, *entity);
   return file ? files.read(*file, charsetText.encoding, charsetText.bigEndian) : nullptr;
 }
 
-// The position behind every "range" element at or after from.
-size_t passRanges(const RuleText& text, size_t from) {
-  while (const auto range = findElement(text, from, "range")) from = range->end;
-  return from;
+void passRanges(RuleReader& reader) {
+  while (reader.passElement("range")) continue;
 }
 
 // "defined" and "srtable", both optional, in this order.
-bool readCodesAndTable(const RuleText& charsetText, const RuleText& text, size_t from,
-                       SubsetDef& subset) {
-  if (const auto defined = findElement(text, from, "defined")) {
-    if (!parseDefinedRanges(text, *defined, subset.defined)) return false;
-    from = defined->end;
+bool readCodesAndTable(const RuleText& charsetText, RuleReader& reader, SubsetDef& subset) {
+  if (const auto defined = reader.passElement("defined")) {
+    if (!parseDefinedRanges(*defined, subset.defined)) return false;
   }
-  const auto table = findElement(text, from, "srtable");
-  return !table || (attachTableFile(charsetText, text, *table, subset.toUcs) &&
-                    attachTableFile(charsetText, text, *table, subset.fromUcs));
+  const auto table = reader.findElement("srtable");
+  return !table || (attachTableFile(charsetText, *table, subset.toUcs) &&
+                    attachTableFile(charsetText, *table, subset.fromUcs));
 }
 
 struct SubsetForm {
@@ -59,71 +69,102 @@ struct SubsetForm {
 constexpr SubsetForm kBaseForm = {"subseta", "code", SubsetKind::kBase};
 constexpr SubsetForm kDifferenceForm = {"subsetb", "codeb", SubsetKind::kDifference};
 
-std::unique_ptr<SubsetDef> buildSubset(const RuleText& charsetText, Span span,
-                                       const SubsetForm& form, RuleFiles& files) {
-  const RuleText* const referenced = readReferencedFile(charsetText, span, files);
-  if (referenced == nullptr) return nullptr;
-  const RuleText& text = *referenced;
-  const auto root = findElement(text, 0, form.rootTag);
-  if (!root) return nullptr;
-  const auto name = findElement(text, root->start, "name");
+// A base or difference set. Each element is looked for behind the one before.
+std::unique_ptr<SubsetDef> buildSubset(const RuleElement& member, const SubsetForm& form,
+                                       RuleFiles& files) {
+  const RuleText* const text = readReferencedFile(member, files);
+  if (text == nullptr) return nullptr;
+  RuleReader reader(*text);
+  if (!reader.enterElement(form.rootTag)) return nullptr;
+  const auto name = reader.passElement("name");
   if (!name) return nullptr;
-  const auto lang = findElement(text, name->end, "lang");
+  const auto lang = reader.passElement("lang");
   if (!lang) return nullptr;
-  const auto code = findElement(text, lang->end, form.codeTag);
+  const auto code = reader.enterElement(form.codeTag);
   if (!code) return nullptr;
 
-  std::string subsetName = elementText(text, *name);
+  std::string subsetName = name->content();
   if (!fitsName(subsetName)) return nullptr;
-  auto subset =
-      std::make_unique<SubsetDef>(std::move(subsetName), form.kind, decimalBytes(text, *code));
-  size_t from = code->start;
+  auto subset = std::make_unique<SubsetDef>(std::move(subsetName), form.kind, decimalBytes(*code));
   if (form.kind == SubsetKind::kBase) {
-    from = passRanges(text, from);
+    passRanges(reader);
   } else {
-    subset->basedon = attributeInSpan(text, *code, "basedon=").value_or("");
+    subset->basedon = code->attribute("basedon=").value_or("");
   }
-  if (!readCodesAndTable(charsetText, text, from, *subset)) return nullptr;
-  subset->lang = attributeInSpan(text, *lang, "domain=").value_or("");
+  if (!readCodesAndTable(member.text(), reader, *subset)) return nullptr;
+  subset->lang = lang->attribute("domain=").value_or("");
   return subset;
 }
 
-// A quoted hexadecimal attribute at or after from, kept to 16 bits.
-std::optional<uint16_t> hexAttribute(const RuleText& text, size_t from, const char* word) {
-  const auto found = findString(text, from, word);
-  if (!found) return std::nullopt;
-  const auto value = quotedAfter(text, *found);
+// A quoted hexadecimal attribute, kept to 16 bits, from inside the element on.
+std::optional<uint16_t> hexAttribute(const RuleElement& element, const char* word) {
+  RuleReader reader(element);
+  if (!reader.passString(word)) return std::nullopt;
+  const auto value = reader.findQuoted();
   if (!value) return std::nullopt;
   return static_cast<uint16_t>(parseHex(*value));
 }
 
+std::unique_ptr<SubsetDef> buildUserSubset(const RuleElement& member, RuleFiles& files) {
+  const RuleText* const text = readReferencedFile(member, files);
+  if (text == nullptr) return nullptr;
+  RuleReader reader(*text);
+  const auto name = reader.passElement("name");
+  if (!name) return nullptr;
+  const auto code = reader.enterElement("codec");
+  if (!code) return nullptr;
+  std::string subsetName = name->content();
+  if (!fitsName(subsetName)) return nullptr;
+  auto subset =
+      std::make_unique<SubsetDef>(std::move(subsetName), SubsetKind::kUser, decimalBytes(*code));
+  passRanges(reader);
+  if (const auto range = reader.findElement("defrange")) {
+    const auto start = hexAttribute(*range, "start=");
+    const auto number = hexAttribute(*range, "number=");
+    if (!start || !number) return nullptr;
+    subset->defStart = *start;
+    subset->defNumber = *number;
+  }
+  return subset;
+}
+
 // The codec names of the "rule" element; both or none. The second is searched
 // behind the first word, so it may stand anywhere behind it.
-bool readRuleNames(const RuleText& text, size_t from, CharsetDef& charset) {
-  const auto rule = findElement(text, from, "rule");
-  if (!rule) return true;
-  const auto construle = findString(text, rule->start, "construle=");
-  if (!construle) return false;
-  const auto construleValue = quotedAfter(text, *construle);
-  const auto destrule = findString(text, *construle, "destrule=");
-  if (!construleValue || !destrule) return false;
-  const auto destruleValue = quotedAfter(text, *destrule);
-  if (!destruleValue) return false;
-  charset.construle = *construleValue;
-  charset.destrule = *destruleValue;
+bool readRuleNames(RuleReader reader, CharsetDef& charset) {
+  if (!reader.enterElement("rule")) return true;
+  if (!reader.passString("construle=")) return false;
+  const auto construle = reader.findQuoted();
+  if (!construle || !reader.passString("destrule=")) return false;
+  const auto destrule = reader.findQuoted();
+  if (!destrule) return false;
+  charset.construle = *construle;
+  charset.destrule = *destrule;
   return true;
 }
 
+// Unlike other attributes, this one counts only if something stands behind its word in the
+// element, and is hexadecimal.
+uint16_t hexBytes(const RuleElement& element) {
+  RuleReader reader(element);
+  if (!reader.passString("bytenum=") || reader.position() >= element.end()) return kDefaultBytes;
+  const auto value = reader.findQuoted();
+  return value ? static_cast<uint16_t>(parseHex(*value)) : kDefaultBytes;
+}
+
+std::unique_ptr<CodeTable> buildDestTable(const RuleElement& element) {
+  auto table = std::make_unique<CodeTable>(CodeTable::kSecondColumn, hexBytes(element));
+  if (!attachTableFile(element.text(), element, *table)) return nullptr;
+  return table;
+}
+
 // The "dstable" elements whose content ends inside the member's.
-std::unique_ptr<TableList> readDestTables(const RuleText& text, Span member) {
+std::unique_ptr<TableList> readDestTables(const RuleElement& member) {
   auto tables = std::make_unique<TableList>();
-  size_t from = member.start;
-  while (const auto element = findElement(text, from, "dstable")) {
-    if (element->end >= member.end) break;
-    if (auto table = buildDestTable(text, *element)) {
-      if (tables->append(std::move(table)) == 0) return nullptr;
-    }
-    from = element->end;
+  RuleReader reader(member);
+  while (const auto element = reader.passElement("dstable")) {
+    if (element->end() >= member.end()) break;
+    auto table = buildDestTable(*element);
+    if (table && tables->append(std::move(table)) == 0) return nullptr;
   }
   return tables;
 }
@@ -136,35 +177,33 @@ bool addMember(CharsetDef& charset, std::unique_ptr<SubsetDef> subset) {
 }
 
 struct MemberElement {
-  Span content;
+  RuleElement content;
   bool isDifference;
 };
 
-// The next "baseset" or "diffset" at or after from, whichever comes first.
-std::optional<MemberElement> nextMember(const RuleText& text, size_t from) {
-  const auto base = findElement(text, from, "baseset");
-  const auto difference = findElement(text, from, "diffset");
-  if (difference && (!base || difference->start < base->start)) {
+// The next "baseset" or "diffset", whichever comes first.
+std::optional<MemberElement> nextMember(const RuleReader& reader) {
+  const auto base = reader.findElement("baseset");
+  const auto difference = reader.findElement("diffset");
+  if (difference && (!base || difference->start() < base->start()))
     return MemberElement{*difference, true};
-  }
   if (base) return MemberElement{*base, false};
   return std::nullopt;
 }
 
-bool readMembers(const RuleText& text, CharsetDef& charset, RuleFiles& files) {
-  size_t from = 0;
-  while (const auto member = nextMember(text, from)) {
-    auto subset = member->isDifference ? buildDiffSubset(text, member->content, files)
-                                       : buildBaseSubset(text, member->content, files);
+bool readMembers(RuleReader reader, CharsetDef& charset, RuleFiles& files) {
+  while (const auto member = nextMember(reader)) {
+    auto subset =
+        buildSubset(member->content, member->isDifference ? kDifferenceForm : kBaseForm, files);
     if (!subset) return false;
-    auto tables = readDestTables(text, member->content);
+    auto tables = readDestTables(member->content);
     if (!tables || charset.destTables.append(std::move(tables)) == 0) return false;
     if (!addMember(charset, std::move(subset))) return false;
-    from = member->content.end;
+    reader.passElement(member->content);
   }
-  const auto user = findElement(text, from, "eudcset");
+  const auto user = reader.findElement("eudcset");
   if (!user) return true;
-  auto subset = buildEudcSubset(text, *user, files);
+  auto subset = buildUserSubset(*user, files);
   return subset && addMember(charset, std::move(subset));
 }
 
@@ -176,17 +215,18 @@ bool loadCharset(const std::string& path, RuleFiles& files) {
   RuleText own;
   if (known == nullptr && !readRuleText(path, kDefault, false, own)) return false;
   const RuleText& text = known == nullptr ? own : *known;
-  const auto root = findElement(text, 0, "charset");
-  if (!root) return false;
-  const auto name = findElement(text, root->start, "name");
+  RuleReader reader(text);
+  if (!reader.enterElement("charset")) return false;
+  const auto name = reader.enterElement("name");
   if (!name) return false;
 
-  auto charset = std::make_unique<CharsetDef>();
-  charset->name = elementText(text, *name);
+  auto charset = std::make_unique<LoadedCharset>();
+  charset->name = name->content();
   if (!fitsName(charset->name)) return false;
   charset->id = nameToId(charset->name.data());
   if (findCharsetById(charset->id) != nullptr) return true;
-  if (!readRuleNames(text, name->start, *charset) || !readMembers(text, *charset, files))
+  // Members may stand in front of all this.
+  if (!readRuleNames(reader, *charset) || !readMembers(RuleReader(text), *charset, files))
     return false;
   charset->buildIndexes();
   return ruleBase.lists->addCharset(std::move(charset));
@@ -217,77 +257,18 @@ bool loadRuleFile(const std::string& path) {
   return loadCharset(path, files);
 }
 
-std::unique_ptr<SubsetDef> buildBaseSubset(const RuleText& charsetText, Span span,
-                                           RuleFiles& files) {
-  return buildSubset(charsetText, span, kBaseForm, files);
-}
-
-std::unique_ptr<SubsetDef> buildDiffSubset(const RuleText& charsetText, Span span,
-                                           RuleFiles& files) {
-  return buildSubset(charsetText, span, kDifferenceForm, files);
-}
-
-std::unique_ptr<SubsetDef> buildEudcSubset(const RuleText& charsetText, Span span,
-                                           RuleFiles& files) {
-  const RuleText* const referenced = readReferencedFile(charsetText, span, files);
-  if (referenced == nullptr) return nullptr;
-  const RuleText& text = *referenced;
-  const auto name = findElement(text, 0, "name");
-  if (!name) return nullptr;
-  const auto code = findElement(text, name->end, "codec");
-  if (!code) return nullptr;
-  std::string subsetName = elementText(text, *name);
-  if (!fitsName(subsetName)) return nullptr;
-  auto subset = std::make_unique<SubsetDef>(std::move(subsetName), SubsetKind::kUser,
-                                            decimalBytes(text, *code));
-  if (const auto range = findElement(text, passRanges(text, code->start), "defrange")) {
-    const auto start = hexAttribute(text, range->start, "start=");
-    const auto number = hexAttribute(text, range->start, "number=");
-    if (!start || !number) return nullptr;
-    subset->defStart = *start;
-    subset->defNumber = *number;
-  }
-  return subset;
-}
-
-std::unique_ptr<CodeTable> buildDestTable(const RuleText& charsetText, Span span) {
-  uint16_t bytes = kDefaultBytes;
-  if (const auto word = findString(charsetText, span.start, "bytenum="); word && *word < span.end) {
-    if (const auto value = quotedAfter(charsetText, *word)) {
-      bytes = static_cast<uint16_t>(parseHex(*value));
-    }
-  }
-  auto table = std::make_unique<CodeTable>(CodeTable::kSecondColumn, bytes);
-  if (!attachTableFile(charsetText, charsetText, span, *table)) return nullptr;
-  return table;
-}
-
-bool parseDefinedRanges(const RuleText& text, Span span, RangeSet& ranges) {
-  while (const auto first = nextHexNumber(text, span)) {
-    CodeRange range = {first->value, first->value};
-    span.start = first->end;
-    if (span.start < span.end && text.chars[span.start] == '-') {
-      ++span.start;
-      if (const auto last = nextHexNumber(text, span)) {
-        range.last = last->value;
+bool parseDefinedRanges(const RuleElement& defined, RangeSet& ranges) {
+  RuleReader reader(defined);
+  while (const auto first = reader.passHexNumber(defined.end())) {
+    CodeRange range = {*first, *first};
+    if (reader.passCharacter('-', defined.end())) {
+      if (const auto last = reader.passHexNumber(defined.end())) {
+        range.last = *last;
         if (range.last > ranges.high) ranges.high = range.last;
-        span.start = last->end;
       }
     }
     if (ranges.ranges.append(range) == 0) return false;
   }
-  return true;
-}
-
-bool attachTableFile(const RuleText& declaring, const RuleText& referencing, Span span,
-                     CodeTable& table) {
-  const auto entity = entityReference(referencing, span);
-  if (!entity) return false;
-  const auto file = entityFile(declaring, *entity);
-  if (!file || !fitsName(*file)) return false;
-  table.fileName = *file;
-  table.sourceEncoding = declaring.encoding;
-  table.sourceBigEndian = declaring.bigEndian;
   return true;
 }
 

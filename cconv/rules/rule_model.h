@@ -1,9 +1,8 @@
-// The rule model: charsets, the subsets that they are made of, and the indexes
-// that stand beside the model's lists so that no look-up walks them.
+// The rule model: charsets and the subsets that they are made of, as the rule files describe
+// them, and the indexes that stand beside the model's lists so that no look-up walks them.
+// What conversions learn of a charset stands in loaded_charset.h.
 #pragma once
 
-#include <array>
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -66,59 +65,6 @@ struct SubsetDef {
   static constexpr uint32_t kPrivateUseStart = 0xE000;
 };
 
-// What a charset writes for a Unicode code.
-struct EncodedCode {
-  uint32_t code = 0;
-  uint16_t sequenceLength = 0;  // non-zero: a destination table's sequence
-  uint16_t member = 0;          // index of the member plus 1; 0: no member has it
-};
-
-// Remembers, for one charset, what the walk along its members found for a
-// Unicode code. Filled code by code by whoever asks first; safe from any thread: pages are
-// published zeroed, and an entry is a word that says all by itself (publication.h).
-// At most 8.9 MB a charset, when all of Unicode is asked for.
-class EncodedCodeCache {
- public:
-  EncodedCodeCache() = default;
-  ~EncodedCodeCache();
-  EncodedCodeCache(const EncodedCodeCache&) = delete;
-  EncodedCodeCache& operator=(const EncodedCodeCache&) = delete;
-
-  bool find(uint32_t unicode, EncodedCode& found) const {
-    const Page* page = pageOf(unicode);
-    if (page == nullptr) return false;
-    const uint64_t entry = (*page)[unicode & 0xFF].load(std::memory_order_relaxed);
-    found.code = static_cast<uint32_t>(entry);
-    found.sequenceLength = static_cast<uint16_t>(entry >> 32);
-    found.member = static_cast<uint16_t>((entry >> 48) & 0x7FFF);
-    return entry != 0;
-  }
-
-  // Does nothing when there is no memory, or for what does not fit an entry.
-  void remember(uint32_t unicode, const EncodedCode& found);
-
- private:
-  static constexpr uint32_t kCodes = 0x110000;
-  static constexpr uint64_t kKnown = uint64_t{1} << 63;
-  static constexpr uint32_t kFirstBeyond = 0x10000;
-  using Page = std::array<std::atomic<uint64_t>, 256>;
-  // Every charset has a cache, and few have characters beyond plane 0: of those pages
-  // there is nothing until one is needed.
-  using PagesBeyond = std::array<std::atomic<Page*>, (kCodes - kFirstBeyond) / 256>;
-
-  const Page* pageOf(uint32_t unicode) const {
-    if (unicode < kFirstBeyond) return pages_[unicode >> 8].load(std::memory_order_acquire);
-    const PagesBeyond* beyond = pagesBeyond_.load(std::memory_order_acquire);
-    if (beyond == nullptr || unicode >= kCodes) return nullptr;
-    return (*beyond)[(unicode - kFirstBeyond) >> 8].load(std::memory_order_acquire);
-  }
-
-  std::array<std::atomic<Page*>, kFirstBeyond / 256> pages_ = {};
-  std::atomic<PagesBeyond*> pagesBeyond_ = nullptr;
-};
-
-struct CodecEntry;
-
 // One charset, as a rule file defines it.
 struct CharsetDef {
   std::string name;  // lower-cased
@@ -147,17 +93,6 @@ struct CharsetDef {
   // The first member that is not user-defined, null when there is none.
   const SubsetDef* firstPlainMember() const { return firstPlainMember_; }
   bool hasUserMembers() const { return hasUserMembers_; }
-
-  mutable std::unique_ptr<EncodedCodeCache> encodedCodes;
-  // Where the conversion engine keeps what it found for the two names above; any
-  // thread may fill them, with the same constants of the codec table.
-  mutable std::atomic<const CodecEntry*> encoder = nullptr;
-  mutable std::atomic<const CodecEntry*> decoder = nullptr;
-  // Whether the tables from and to Unicode of all members are as they will stay: those
-  // that have a file are loaded. Set by whoever finds it so, behind what makes it so: the
-  // tables' own flags, which he has seen.
-  mutable std::atomic<bool> encodingTablesAreReady = false;
-  mutable std::atomic<bool> decodingTablesAreReady = false;
 
  private:
   std::vector<int32_t> idSlots_;  // open addressing by id, -1: free

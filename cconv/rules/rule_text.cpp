@@ -1,20 +1,11 @@
 #include "cconv/rules/rule_text.h"
 
-#include <algorithm>
 #include <cstring>
 
-#include "cconv/limits.h"
-#include "cconv/rules/rule_base.h"
-#include "cconv/rules/rule_path.h"
 #include "cconv/rules/text_units.h"
-#include "common/faults.h"
-#include "common/platform.h"
 
 namespace ksv {
 namespace {
-
-// Searches that look at no more places are cheaper to repeat than to remember.
-constexpr size_t kNearPlaces = 256;
 
 // "UTF-16" and "ISO-10646-UCS-2" in 16-bit little-endian units, without the zero
 // byte behind the last letter: in a big-endian file they match one byte later.
@@ -24,17 +15,6 @@ constexpr char kUcs2Name[] = "I\0S\0O\0-\0001\0000\0006\0004\0006\0-\0U\0C\0S\0-
 constexpr size_t kUcs2NameSize = 29;
 static_assert(sizeof kUtf16Name == kUtf16NameSize + 1);
 static_assert(sizeof kUcs2Name == kUcs2NameSize + 1);
-
-std::vector<uint8_t> readWholeFile(const std::string& path) {
-  std::vector<uint8_t> bytes;
-  platform::InputFile file(path.c_str(), platform::InputFile::Takes::kRegularFile);
-  if (file.size() > 0 && file.size() <= limits::kLargestFile) {
-    bytes.resize(static_cast<size_t>(file.size()));
-    if (file.read(bytes.data(), bytes.size()) != bytes.size()) bytes.clear();
-  }
-  noteFault(FaultSubject::kRuleFile, path, file.error());
-  return bytes;
-}
 
 // The encoding that the first line of a file with a 16-bit mark names.
 TextEncodingKind encodingNamedInFirstLine(const std::vector<uint8_t>& bytes) {
@@ -114,101 +94,7 @@ class PairFinder {
   bool exhausted_ = false;
 };
 
-bool matchesAt(const RuleText& text, size_t index, std::string_view pattern) {
-  if (pattern.size() > text.chars.size() - index) return false;
-  for (size_t i = 0; i < pattern.size(); ++i) {
-    if (text.chars[index + i] != static_cast<uint8_t>(pattern[i])) return false;
-  }
-  return true;
-}
-
-// Where the first occurrence of a pattern at or after a position begins, and how many
-// places were looked at.
-struct Search {
-  std::optional<size_t> start;
-  size_t places;
-};
-
-Search searchFor(const RuleText& text, size_t from, std::string_view pattern) {
-  size_t places = 0;
-  if (pattern[0] == '<' || pattern[0] == '/') {
-    const auto first = std::lower_bound(text.markers.begin(), text.markers.end(), from);
-    for (auto marker = first; marker != text.markers.end(); ++marker, ++places) {
-      if (matchesAt(text, *marker, pattern)) return {*marker, places};
-    }
-    // Every '<' is a marker, so there is nothing left to find.
-    if (pattern[0] == '<') return {std::nullopt, places};
-  }
-  // A pattern that ends exactly at the end of the text is not found here.
-  for (size_t i = from; i + pattern.size() < text.chars.size(); ++i, ++places) {
-    if (matchesAt(text, i, pattern)) return {i, places};
-  }
-  return {std::nullopt, places};
-}
-
-std::string narrow(const RuleText& text, size_t start, size_t end) {
-  std::string narrowed;
-  for (size_t i = start; i < end && i < text.chars.size(); ++i) {
-    const char low = static_cast<char>(text.chars[i]);
-    if (low == '\0') break;
-    narrowed.push_back(low);
-  }
-  return narrowed;
-}
-
-std::optional<size_t> findChar(const RuleText& text, size_t from, char wanted) {
-  for (size_t i = from; i < text.chars.size(); ++i) {
-    if (text.chars[i] == static_cast<uint8_t>(wanted)) return i;
-  }
-  return std::nullopt;
-}
-
-// The name that a path's file has in the charset directory.
-std::string ruleFileName(const std::string& path) {
-  PathParts parts = splitPath(path);
-  lowerFileName(parts);
-  return std::move(parts.fileName) + parts.extension;
-}
-
-bool readNamedText(const std::string& fileName, TextEncodingKind defaultEncoding,
-                   bool defaultBigEndian, RuleText& text) {
-  text = RuleText();
-  text.bytes = readWholeFile(ruleBase.path() + fileName);
-  if (text.bytes.empty()) return false;
-  if (!detectEncoding(text)) {
-    text.encoding = defaultEncoding;
-    text.bigEndian = defaultBigEndian;
-  }
-  if (!decodeToUcs4(text)) {
-    text = RuleText();
-    return false;
-  }
-  cleanText(text);
-  return true;
-}
-
 }  // namespace
-
-bool readRuleText(const std::string& path, TextEncodingKind defaultEncoding, bool defaultBigEndian,
-                  RuleText& text) {
-  return readNamedText(ruleFileName(path), defaultEncoding, defaultBigEndian, text);
-}
-
-const RuleText* RuleFiles::find(const std::string& path, TextEncodingKind defaultEncoding,
-                                bool defaultBigEndian) const {
-  const auto found = texts_.find({ruleFileName(path), defaultEncoding, defaultBigEndian});
-  return found == texts_.end() ? nullptr : &found->second;
-}
-
-const RuleText* RuleFiles::read(const std::string& path, TextEncodingKind defaultEncoding,
-                                bool defaultBigEndian) {
-  Key key = {ruleFileName(path), defaultEncoding, defaultBigEndian};
-  const auto found = texts_.find(key);
-  if (found != texts_.end()) return &found->second;
-  RuleText text;
-  if (!readNamedText(std::get<0>(key), defaultEncoding, defaultBigEndian, text)) return nullptr;
-  return &texts_.emplace(std::move(key), std::move(text)).first->second;
-}
 
 bool detectEncoding(RuleText& text) {
   const std::vector<uint8_t>& bytes = text.bytes;
@@ -255,6 +141,7 @@ void cleanText(RuleText& text) {
   PairFinder commentEnds(chars, '-', '-');
   text.markers.clear();
   text.lastSearches.clear();
+  text.lastOpeningQuote = text.lastClosingQuote = {};
   text.entities = {};
   size_t count = 0;
   for (size_t i = 0; i < chars.size(); ++i) {
@@ -280,150 +167,6 @@ void cleanText(RuleText& text) {
     chars[count++] = c;
   }
   chars.resize(count);
-}
-
-std::optional<size_t> findString(const RuleText& text, size_t from, std::string_view pattern) {
-  if (pattern.empty() || pattern.size() > limits::kLongestPattern) return std::nullopt;
-  const auto behind = [&](std::optional<size_t> start) {
-    return start ? std::optional(*start + pattern.size()) : std::nullopt;
-  };
-  const auto known = text.lastSearches.find(pattern);
-  if (known != text.lastSearches.end()) {
-    const LastSearch& last = known->second;
-    if (from >= last.from && (!last.start || from <= *last.start)) return behind(last.start);
-  }
-  const Search search = searchFor(text, from, pattern);
-  if (known != text.lastSearches.end()) {
-    known->second = {from, search.start};
-  } else if (search.places > kNearPlaces) {
-    text.lastSearches.emplace(pattern, LastSearch{from, search.start});
-  }
-  return behind(search.start);
-}
-
-std::optional<Span> findElement(const RuleText& text, size_t from, std::string_view tag) {
-  std::string pattern = "<";
-  pattern.append(tag).push_back('>');
-  const auto plain = findString(text, from, pattern);
-  pattern.back() = ' ';
-  const auto withAttributes = findString(text, from, pattern);
-  if (!plain && !withAttributes) return std::nullopt;
-  Span span;
-  span.start = std::min(plain.value_or(SIZE_MAX), withAttributes.value_or(SIZE_MAX));
-  pattern.back() = '>';
-  pattern.insert(1, 1, '/');
-  if (const auto end = findString(text, span.start, pattern)) {
-    span.end = *end - pattern.size();
-  } else if (const auto emptyEnd = findString(text, span.start, "/>")) {
-    span.end = *emptyEnd - 2;
-  } else {
-    return std::nullopt;
-  }
-  return span;
-}
-
-std::string elementText(const RuleText& text, Span span) {
-  return narrow(text, span.start, span.end);
-}
-
-std::optional<std::string> quotedAfter(const RuleText& text, size_t from) {
-  const auto open = findChar(text, from, '"');
-  if (!open) return std::nullopt;
-  const auto close = findChar(text, *open + 1, '"');
-  if (!close) return std::nullopt;
-  return narrow(text, *open + 1, *close);
-}
-
-std::optional<size_t> findInSpan(const RuleText& text, Span span, std::string_view word) {
-  for (size_t i = span.start; i + word.size() <= span.end; ++i) {
-    if (matchesAt(text, i, word)) return i + word.size();
-  }
-  return std::nullopt;
-}
-
-std::optional<std::string> attributeInSpan(const RuleText& text, Span span, std::string_view word) {
-  const auto found = findInSpan(text, span, word);
-  return found ? quotedAfter(text, *found) : std::nullopt;
-}
-
-uint32_t parseHex(std::string_view digits) {
-  size_t i = digits.find_first_not_of(" \t");
-  uint32_t value = 0;
-  for (; i < digits.size(); ++i) {
-    const int digit = hexDigit(static_cast<uint8_t>(digits[i]));
-    if (digit < 0) break;
-    value = value << 4 | static_cast<uint32_t>(digit);
-  }
-  return value;
-}
-
-std::optional<HexNumber> nextHexNumber(const RuleText& text, Span span) {
-  const size_t end = std::min(span.end, text.chars.size());
-  size_t i = span.start;
-  while (i < end && hexDigit(text.chars[i]) < 0) ++i;
-  if (i >= end) return std::nullopt;
-  HexNumber number = {0, 0};
-  for (; i < end && hexDigit(text.chars[i]) >= 0; ++i) {
-    number.value = number.value << 4 | static_cast<uint32_t>(hexDigit(text.chars[i]));
-  }
-  number.end = i;
-  return number;
-}
-
-std::optional<std::string> entityReference(const RuleText& text, Span span) {
-  const size_t end = std::min(span.end, text.chars.size());
-  const auto ampersand = findChar(text, span.start, '&');
-  if (!ampersand || *ampersand >= end) return std::nullopt;
-  size_t start = *ampersand + 1;
-  while (start < end && text.chars[start] == ' ') ++start;
-  const auto semicolon = findChar(text, start, ';');
-  if (!semicolon || *semicolon >= end) return std::nullopt;
-  return narrow(text, start, *semicolon);
-}
-
-namespace {
-
-size_t commonLength(const RuleText& text, size_t index, std::string_view name) {
-  size_t length = 0;
-  while (length < name.size() && text.chars[index + length] == static_cast<uint8_t>(name[length]))
-    ++length;
-  return length;
-}
-
-// As findString, and counted: thousands of entities that are looked for in all of a long text
-// must not take the square of its length.
-std::optional<size_t> findEntityName(const RuleText& text, size_t from, std::string_view name) {
-  if (name.empty() || name.size() > limits::kLongestPattern) return std::nullopt;
-  const uint64_t most = limits::entityComparisons(text.chars.size());
-  uint64_t& comparisons = text.entities.comparisons;
-  for (size_t i = from; i + name.size() < text.chars.size() && comparisons <= most; ++i) {
-    const size_t length = commonLength(text, i, name);
-    comparisons += length + 1;
-    if (length == name.size()) return i + length;
-  }
-  return std::nullopt;
-}
-
-std::optional<std::string> findEntityFile(const RuleText& text, std::string_view name) {
-  size_t from = 0;
-  while (const auto found = findEntityName(text, from, name)) {
-    from = *found;
-    if (from >= text.chars.size() || text.chars[from] != ' ') continue;
-    const auto system = findString(text, from, "SYSTEM ");
-    if (!system || *system >= text.chars.size() || text.chars[*system] != '"') return std::nullopt;
-    return quotedAfter(text, *system);
-  }
-  return std::nullopt;
-}
-
-}  // namespace
-
-std::optional<std::string> entityFile(const RuleText& text, std::string_view name) {
-  const auto known = text.entities.known.find(name);
-  if (known != text.entities.known.end()) return known->second;
-  std::optional<std::string> file = findEntityFile(text, name);
-  text.entities.known.emplace(name, file);
-  return file;
 }
 
 }  // namespace ksv

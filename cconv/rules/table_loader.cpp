@@ -5,6 +5,8 @@
 // little-endian 32-bit numbers for each pair, in the order of the text. Every
 // later process reads that copy. The copy appears complete or not at all, so
 // whoever is killed while writing it leaves nothing that could be read.
+#include "cconv/rules/table_loader.h"
+
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -12,7 +14,6 @@
 #include <utility>
 
 #include "cconv/limits.h"
-#include "cconv/rules/code_table.h"
 #include "cconv/rules/publication.h"
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_path.h"
@@ -147,12 +148,13 @@ void forgetValues(CodeTable& table) {
 
 // Reads the table, once, and again where a system error has cut it short.
 void fill(CodeTable& table) try {
-  if (table.isRead && !table.isCutShort) return;
-  if (table.isRead) forgetValues(table);
-  table.isRead = true;
+  if (table.reading != CodeTable::Reading::kNotRead) {
+    if (!table.isCutShort) return;
+    forgetValues(table);
+  }
   read(table);
 } catch (const std::bad_alloc&) {
-  table.isRead = table.isCutShort = true;
+  table.isCutShort = true;
   noteNoMemory(table.fileName);
 }
 
@@ -163,11 +165,13 @@ void setLoaded(CodeTable& table) {
 
 // False when it still has to be asked for.
 bool load(CodeTable& table) {
+  using Reading = CodeTable::Reading;
   if (table.isWhole()) return true;
   // At the second attempt an empty table answers nothing any more, instead of passing
   // every code through.
-  const bool isFirst = ++table.loadAttempts == 0;
+  const bool isFirst = table.reading < Reading::kAskedFor;
   fill(table);
+  table.reading = isFirst ? Reading::kAskedFor : Reading::kAskedForAgain;
   if (!isFirst || isFilled(table)) {
     setLoaded(table);
   } else if (table.isCutShort) {
@@ -179,11 +183,11 @@ bool load(CodeTable& table) {
 // What the first attempt does, if it is enough. A table that asks for a second one is read
 // and counts as not asked for yet.
 void loadAhead(CodeTable& table) {
-  if (table.isLoaded() || table.loadAttempts >= 0) return;
+  using Reading = CodeTable::Reading;
+  if (table.isLoaded() || table.reading >= Reading::kAskedFor) return;
   fill(table);
-  if (!isFilled(table)) return;
-  table.loadAttempts = 0;
-  setLoaded(table);
+  table.reading = isFilled(table) ? Reading::kAskedFor : Reading::kReadAhead;
+  if (isFilled(table)) setLoaded(table);
 }
 
 // An empty one is passed over now, and has nothing to answer with later.
@@ -232,6 +236,19 @@ bool mendTable(CodeTable& table) {
 bool answersAreFinal(CodeTable& table) {
   if (table.fileName.empty() || table.isWhole()) return true;
   return locked(table, isFinal);
+}
+
+bool tableListLookup(const TableList& tables, uint32_t key, uint32_t& value, uint16_t& bytes) {
+  for (const auto& table : tables) {
+    ensureTableLoaded(table.get());
+    if (table->answers() != CodeTable::Answers::kStored) continue;
+    if (const uint32_t found = table->find(key); found != 0) {
+      value = found;
+      bytes = table->valueBytes;
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace ksv

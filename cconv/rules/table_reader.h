@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "cconv/rules/code_table.h"
+#include "cconv/rules/text_encoding.h"
 #include "common/platform.h"
 
 namespace ksv {

@@ -12,7 +12,7 @@ namespace ksv::test {
 namespace {
 
 void add(RuleLists& lists, const std::string& name) {
-  auto charset = std::make_unique<CharsetDef>();
+  auto charset = std::make_unique<LoadedCharset>();
   charset->name = name;
   charset->id = nameToId(charset->name.data());
   ASSERT_TRUE(lists.addCharset(std::move(charset)));
@@ -116,7 +116,7 @@ TEST(CharsetsByName, of_259_bytes_are_the_longest) {
 TEST(CharsetsByShortName, are_found_whatever_stands_behind_the_name) {
   for (size_t length = 0; length <= 16; ++length) {
     const std::string name = std::string("abcdefghijklmnop").substr(0, length);
-    CharsetDef charset;
+    LoadedCharset charset;
     CharsetNames names;
     EXPECT_EQ(names.find(name), nullptr);
     names.enter(std::string_view(name + "followed by this").substr(0, length), &charset);
@@ -127,7 +127,7 @@ TEST(CharsetsByShortName, are_found_whatever_stands_behind_the_name) {
 }
 
 TEST(CharsetsByShortName, are_those_of_16_bytes_and_the_first_of_each) {
-  CharsetDef first, second;
+  LoadedCharset first, second;
   CharsetNames names;
   names.enter(std::string(17, 'n'), &first);
   EXPECT_EQ(names.find(std::string(17, 'n')), nullptr);
@@ -137,7 +137,7 @@ TEST(CharsetsByShortName, are_those_of_16_bytes_and_the_first_of_each) {
 }
 
 TEST(CharsetsByShortName, are_128) {
-  CharsetDef charset;
+  LoadedCharset charset;
   CharsetNames names;
   for (int i = 0; i < 200; ++i) names.enter("name" + std::to_string(i), &charset);
   for (int i = 0; i < 200; ++i)

@@ -48,7 +48,7 @@ TEST(CodeTableLookup, in_a_table_without_a_file_gives_the_key_itself) {
   CodeTable table(CodeTable::kFirstColumn, 4);
   EXPECT_FALSE(ensureTableLoaded(&table));
   EXPECT_EQ(lookUp(table, 0x1234), (Answer{true, 0x1234}));
-  EXPECT_EQ(table.loadAttempts, -1);
+  EXPECT_EQ(table.reading, CodeTable::Reading::kNotRead);
 }
 
 TEST(CodeTableLookup, in_a_loaded_empty_table_finds_nothing_but_never_key_0) {
@@ -295,7 +295,7 @@ TEST_F(TableLists, skip_tables_without_a_file_and_tables_that_cannot_be_loaded) 
   add("b.txt", 2);
   EXPECT_EQ(lookUp(0x10), "9140 in 2");
   EXPECT_FALSE(list_[0]->isLoaded());
-  EXPECT_EQ(list_[0]->loadAttempts, -1);
+  EXPECT_EQ(list_[0]->reading, CodeTable::Reading::kNotRead);
   EXPECT_FALSE(list_[1]->isLoaded());
   EXPECT_EQ(lookUp(0x12), "9141 in 2");
   EXPECT_TRUE(list_[1]->isLoaded()) << "the second attempt marks it";
@@ -326,21 +326,21 @@ TEST_F(TableLoading, of_a_loaded_table_does_nothing) {
   auto table = tableOf("missing.txt");
   table->state = CodeTable::State::kLoaded;
   EXPECT_TRUE(ensureTableLoaded(table.get()));
-  EXPECT_EQ(table->loadAttempts, -1);
+  EXPECT_EQ(table->reading, CodeTable::Reading::kNotRead);
   EXPECT_FALSE(directory_.has("missing.cmp"));
 }
 
 TEST_F(TableLoading, counts_its_attempts_and_gives_up_at_the_second) {
   auto table = tableOf("missing.txt");
-  EXPECT_EQ(table->loadAttempts, -1);
+  EXPECT_EQ(table->reading, CodeTable::Reading::kNotRead);
   EXPECT_FALSE(ensureTableLoaded(table.get()));
-  EXPECT_EQ(table->loadAttempts, 0);
+  EXPECT_EQ(table->reading, CodeTable::Reading::kAskedFor);
   EXPECT_EQ(lookUp(*table, 7), (Answer{true, 7}));
   EXPECT_TRUE(ensureTableLoaded(table.get()));
-  EXPECT_EQ(table->loadAttempts, 1);
+  EXPECT_EQ(table->reading, CodeTable::Reading::kAskedForAgain);
   EXPECT_EQ(lookUp(*table, 7), kNotFound);
   EXPECT_TRUE(ensureTableLoaded(table.get()));
-  EXPECT_EQ(table->loadAttempts, 1);
+  EXPECT_EQ(table->reading, CodeTable::Reading::kAskedForAgain);
 }
 
 TEST_F(TableLoading, notes_answers_that_a_later_load_may_change) {

@@ -51,20 +51,17 @@ TEST(HostileText, of_tags_that_never_close_is_searched_in_linear_time) {
     SCOPED_TRACE(piece);
     const RuleText text = cleaned(repeated(piece, kMillion));
     expectLinear([&] {
-      findElement(text, 0, "charset");
-      findElement(text, 0, "baseset");
-      findElement(text, 0, "absent");
+      RuleReader(text).findElement("charset");
+      RuleReader(text).findElement("baseset");
+      RuleReader(text).findElement("absent");
     });
   }
 }
 
 size_t walked(const RuleText& text, const std::string& tag) {
   size_t count = 0;
-  size_t from = 0;
-  while (const auto span = findElement(text, from, tag)) {
-    from = span->end;
-    ++count;
-  }
+  RuleReader reader(text);
+  while (reader.passElement(tag)) ++count;
   return count;
 }
 
@@ -78,12 +75,16 @@ TEST(HostileText, of_elements_without_an_end_tag_is_walked_in_linear_time) {
 
 TEST(HostileText, is_searched_anew_before_and_behind_what_was_found_last) {
   const RuleText text = cleaned("<a>1</a><a>2</a><a>3</a> ");
-  EXPECT_EQ(findString(text, 4, "<a>"), 11u);
-  EXPECT_EQ(findString(text, 8, "<a>"), 11u) << "the place found last itself";
-  EXPECT_EQ(findString(text, 9, "<a>"), 19u);
-  EXPECT_EQ(findString(text, 17, "<a>"), std::nullopt);
-  EXPECT_EQ(findString(text, 16, "<a>"), 19u);
-  EXPECT_EQ(findString(text, 0, "<a>"), 3u);
+  const auto find = [&](size_t from) {
+    RuleReader reader(text, from);
+    return reader.passString("<a>") ? reader.position() : SIZE_MAX;
+  };
+  EXPECT_EQ(find(4), 11u);
+  EXPECT_EQ(find(8), 11u) << "the place found last itself";
+  EXPECT_EQ(find(9), 19u);
+  EXPECT_EQ(find(17), SIZE_MAX);
+  EXPECT_EQ(find(16), 19u);
+  EXPECT_EQ(find(0), 3u);
 }
 
 class HostileFiles : public RuleBaseTest {
@@ -150,6 +151,25 @@ TEST_F(HostileFiles, that_name_one_entity_thousands_of_times_are_searched_for_it
   const std::string members = repeated("<baseset>&set;</baseset>", 24 * 60000);
   expectLinear([&] { EXPECT_TRUE(loads(charset(declarations, "<name>cs</name>" + members))); });
   EXPECT_EQ(findCharsetByName("cs")->members.count(), 60000);
+}
+
+TEST_F(HostileFiles,
+       of_thousands_of_elements_that_lack_what_is_looked_for_are_read_in_linear_time) {
+  directory_.writeRule("s.set", baseSubset("s"));
+  const std::string declarations = entity("set", "s.set") + entity("t", "t.txt");
+  int number = 0;
+  for (const char* element : {"<dstable>x</dstable>", "<dstable>&x</dstable>",
+                              "<dstable>&t; bytenum= </dstable>", "<dstable>&t;x</dstable>"}) {
+    SCOPED_TRACE(element);
+    const std::string name = "cs" + std::to_string(++number);
+    for (const char* behind : {"", "\""}) {
+      expectLinear([&] {
+        EXPECT_TRUE(
+            loads(charset(declarations, "<name>" + name + behind + "</name><baseset>&set;" +
+                                            repeated(element, kMillion) + "</baseset>" + behind)));
+      });
+    }
+  }
 }
 
 TEST_F(HostileFiles, with_a_huge_bytenum_convert_nothing_and_allocate_nothing) {

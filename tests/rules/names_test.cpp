@@ -98,7 +98,7 @@ TEST(RuleListLimits, a_list_of_65535_items_takes_no_more_and_stays_as_it_is) {
 TEST(RuleListsByNumber, give_the_first_record_with_a_number) {
   RuleLists lists;
   const auto charsetNamed = [](const std::string& name) {
-    auto charset = std::make_unique<CharsetDef>();
+    auto charset = std::make_unique<LoadedCharset>();
     charset->name = name;
     charset->id = idOf(name);
     return charset;
@@ -123,16 +123,16 @@ TEST(RuleListsByNumber, give_the_first_record_with_a_number) {
 TEST(RuleListsByNumber, take_65535_charsets_and_65535_subsets) {
   RuleLists lists;
   for (uint32_t i = 0; i < 65535; ++i) {
-    auto charset = std::make_unique<CharsetDef>();
+    auto charset = std::make_unique<LoadedCharset>();
     charset->id = i;
     ASSERT_TRUE(lists.addCharset(std::move(charset)));
   }
-  auto another = std::make_unique<CharsetDef>();
+  auto another = std::make_unique<LoadedCharset>();
   another->id = 65535;
   EXPECT_FALSE(lists.addCharset(std::move(another)));
   EXPECT_EQ(lists.findCharset(65535), nullptr);
   EXPECT_EQ(lists.charsets().count(), 65535);
-  another = std::make_unique<CharsetDef>();
+  another = std::make_unique<LoadedCharset>();
   another->id = 5;
   EXPECT_FALSE(lists.addCharset(std::move(another)));
   EXPECT_EQ(lists.findCharset(5), lists.charsets()[5].get());

@@ -280,6 +280,20 @@ TEST_F(RuleLoading, ignores_bytenum_behind_the_code_element) {
   EXPECT_EQ(subset->bytesPerCode, 2);
 }
 
+TEST_F(RuleLoading, reads_bytenum_of_a_dstable_that_does_not_end_with_the_word) {
+  directory_.writeRule("subset.xml", baseSubset("s"));
+  const CharsetDef* const found =
+      load(charset(entity("subset", "subset.xml") + entity("table", "t.txt"),
+                   "<name>cs</name><baseset>&subset;<dstable>&table; bytenum=</dstable>"
+                   "<dstable>&table; bytenum= </dstable><x y=\"10\"/></baseset>"),
+           "cs");
+  ASSERT_NE(found, nullptr);
+  const TableList& tables = *found->destTables[0];
+  ASSERT_EQ(tables.count(), 2);
+  EXPECT_EQ(tables[0]->valueBytes, 2);
+  EXPECT_EQ(tables[1]->valueBytes, 16) << "the quotes may stand behind the element";
+}
+
 TEST_F(RuleLoading, keeps_16_bits_of_any_bytenum) {
   const struct {
     const char* written;
@@ -439,7 +453,7 @@ TEST_F(RuleLoading, does_not_pass_over_ranges_of_a_difference_subset) {
 std::string rangesOf(std::string_view text) {
   const RuleText rules = cleaned(text);
   RangeSet set;
-  EXPECT_TRUE(parseDefinedRanges(rules, {0, rules.chars.size()}, set));
+  EXPECT_TRUE(parseDefinedRanges({rules, 0, rules.chars.size()}, set));
   std::string ranges;
   char range[64];
   for (const CodeRange& r : set.ranges) {
@@ -480,7 +494,7 @@ TEST(DefinedRanges, keep_the_last_eight_digits) {
 TEST(DefinedRanges, end_with_the_span) {
   const RuleText rules = cleaned("1-2 3-4");
   RangeSet set;
-  EXPECT_TRUE(parseDefinedRanges(rules, {0, 6}, set));
+  EXPECT_TRUE(parseDefinedRanges({rules, 0, 6}, set));
   ASSERT_EQ(set.ranges.count(), 2);
   EXPECT_EQ(set.ranges[1].last, 3u);
 }
@@ -490,10 +504,10 @@ TEST(DefinedRanges, number_65535_at_most) {
   for (int i = 0; i < 65535; ++i) text.append("1 ");
   RangeSet set;
   const RuleText full = cleaned(text);
-  EXPECT_TRUE(parseDefinedRanges(full, {0, full.chars.size()}, set));
+  EXPECT_TRUE(parseDefinedRanges({full, 0, full.chars.size()}, set));
   EXPECT_EQ(set.ranges.count(), 65535);
   const RuleText one = cleaned("1 ");
-  EXPECT_FALSE(parseDefinedRanges(one, {0, 2}, set));
+  EXPECT_FALSE(parseDefinedRanges({one, 0, 2}, set));
   EXPECT_EQ(set.ranges.count(), 65535);
 }
 
@@ -658,7 +672,7 @@ TEST_F(LoadingAll, fills_no_table) {
   directory_.writeRule("sub.set", baseSubset("s", "<srtable>&table;</srtable>"));
   directory_.writeTable("t.txt", "8140 3000");
   EXPECT_EQ(cconvLoadRule(), 1);
-  EXPECT_EQ(ruleBase.lists->subsets()[0]->toUcs.loadAttempts, -1);
+  EXPECT_EQ(ruleBase.lists->subsets()[0]->toUcs.reading, CodeTable::Reading::kNotRead);
   EXPECT_FALSE(directory_.has("t.cmp"));
 }
 

@@ -3,6 +3,7 @@
 
 #include <thread>
 
+#include "cconv/rules/encoded_code_cache.h"
 #include "tests/rules/support.h"
 
 namespace ksv::test {
@@ -23,7 +24,7 @@ TEST(Subset, has_a_table_from_and_one_to_its_codes) {
     EXPECT_EQ(table->high, 0u);
     EXPECT_FALSE(table->hasEntries);
     EXPECT_TRUE(table->fileName.empty());
-    EXPECT_EQ(table->loadAttempts, -1);
+    EXPECT_EQ(table->reading, CodeTable::Reading::kNotRead);
     EXPECT_FALSE(table->isLoaded());
   }
   EXPECT_TRUE(subset.lang.empty());

@@ -15,7 +15,8 @@
 
 #include "cconv/rules/code_table.h"
 #include "cconv/rules/rule_base.h"
-#include "cconv/rules/rule_text.h"
+#include "cconv/rules/rule_files.h"
+#include "cconv/rules/table_loader.h"
 #include "tests/common/support.h"
 
 namespace ksv::test {
