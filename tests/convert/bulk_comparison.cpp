@@ -67,18 +67,6 @@ std::vector<uint32_t> ordinaryValues(Random& random, size_t count) {
   return values;
 }
 
-// The bytes of a record without those between and behind its fields, which are nobody's and
-// hold anything.
-std::string bytesOf(const ConverterRecord& record) {
-  std::string all(reinterpret_cast<const char*>(&record), sizeof record);
-  constexpr size_t kGap = offsetof(ConverterRecord, charactersRead) + sizeof record.charactersRead;
-  all.replace(kGap, offsetof(ConverterRecord, output) - kGap,
-              offsetof(ConverterRecord, output) - kGap, '\0');
-  constexpr size_t kEnd =
-      offsetof(ConverterRecord, wideReplacement) + sizeof record.wideReplacement;
-  return all.replace(kEnd, sizeof record - kEnd, sizeof record - kEnd, '\0');
-}
-
 std::string difference(const ConverterRecord& one, const ConverterRecord& other) {
   const std::string a = bytesOf(one);
   const std::string b = bytesOf(other);
@@ -105,6 +93,16 @@ std::string difference(const Bytes& one, const Bytes& other) {
 }
 
 }  // namespace
+
+std::string bytesOf(const ConverterRecord& record) {
+  std::string all(reinterpret_cast<const char*>(&record), sizeof record);
+  constexpr size_t kGap = offsetof(ConverterRecord, charactersRead) + sizeof record.charactersRead;
+  all.replace(kGap, offsetof(ConverterRecord, output) - kGap,
+              offsetof(ConverterRecord, output) - kGap, '\0');
+  constexpr size_t kEnd =
+      offsetof(ConverterRecord, wideReplacement) + sizeof record.wideReplacement;
+  return all.replace(kEnd, sizeof record - kEnd, sizeof record - kEnd, '\0');
+}
 
 Trace trace(const Conversion& setup, const Bytes& input, const std::vector<int32_t>& capacities) {
   Trace result;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <random>
+#include <string>
 #include <vector>
 
 #include "tests/convert/bulk_path.h"
@@ -15,6 +16,10 @@ struct Trace {
   Bytes output;
 };
 Trace trace(const Conversion& setup, const Bytes& input, const std::vector<int32_t>& capacities);
+
+// The bytes of a record without those between and behind its fields, which are nobody's and
+// hold anything.
+std::string bytesOf(const ConverterRecord& record);
 
 // The first difference between two traces, in words; empty where there is none.
 std::string difference(const Trace& one, const Trace& other);

@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/convert/bulk_path.h"
+#include "tests/convert/bulk_comparison.h"
 #include "tests/convert/own_directory.h"
 
 namespace ksv_test {
@@ -35,7 +35,7 @@ bool isTraceOf(const CharacterTrace* trace, uint32_t number) {
   ConverterRecord record = {};
   trace->leaveIn(record);
   const ConverterRecord expected = recordOf(number);
-  return std::memcmp(&record, &expected, sizeof record) == 0;
+  return bytesOf(record) == bytesOf(expected);
 }
 
 const CharacterTrace* find(const CharacterTraces& traces, const Bytes& character) {
@@ -147,7 +147,7 @@ void expectSameBehind(const Conversion& setup, const Bytes& text, uint32_t seed)
   const Behind steps = behind(setup, text, seed);
   ASSERT_EQ(hex(fast.output), hex(steps.output))
       << setup.source << " to " << setup.target << ": " << hex(text);
-  ASSERT_EQ(std::memcmp(&fast.record, &steps.record, sizeof fast.record), 0)
+  ASSERT_EQ(bytesOf(fast.record), bytesOf(steps.record))
       << setup.source << " to " << setup.target << ": " << hex(text) << ", position "
       << fast.record.inputPosition << " and " << steps.record.inputPosition << ", previous "
       << fast.record.previousRawCode << " and " << steps.record.previousRawCode;
@@ -238,7 +238,7 @@ TEST_F(ShortTexts, MayBeginAnywhereBehindTheirEndToo) {
       const ConverterRecord fast = recordBehind();
       const EngineOnly engineOnly;
       const ConverterRecord steps = recordBehind();
-      ASSERT_EQ(std::memcmp(&fast, &steps, sizeof fast), 0) << position << ", " << outputPosition;
+      ASSERT_EQ(bytesOf(fast), bytesOf(steps)) << position << ", " << outputPosition;
     }
   }
 }
@@ -274,7 +274,7 @@ TEST_F(ShortTexts, AreTheSameInEveryThread) {
         for (size_t i = 0; i < texts.size(); ++i) {
           const Behind result = behind(setup, texts[i], 0);
           if (result.output != expected[i].output ||
-              std::memcmp(&result.record, &expected[i].record, sizeof result.record) != 0) {
+              bytesOf(result.record) != bytesOf(expected[i].record)) {
             ++wrong;
           }
         }

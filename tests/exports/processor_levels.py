@@ -87,9 +87,10 @@ def main():
     print(*lines, sep="\n", end="\n" if lines else "")
     print(f"{len(arguments.objects)} objects, {sum(count for _, count in results)} instructions, "
           f"{len(lines)} functions with too much")
-    if any(count == 0 for path, (_, count) in zip(arguments.objects, results)
-           if Path(path).parent.name == "vectors"):
-        print("an object of bulk/vectors/ without instructions")
+    unread = [path for path, (_, count) in zip(arguments.objects, results) if count == 0]
+    if any(Path(path).parent.name == "vectors" for path in unread) or \
+            len(unread) == len(arguments.objects):
+        print(f"no instructions were found in {unread[0]}")
         return 1
     return 1 if lines else 0
 
