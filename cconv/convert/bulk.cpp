@@ -634,7 +634,7 @@ class FormConverter : public BulkConverter {
 };
 
 bool allMembersHaveWidth(const CharsetDef& charset, uint16_t width) {
-  for (const SubsetDef* group : charset.members) {
+  for (const GroupDef* group : charset.groups) {
     if (group->bytesPerCode != width) return false;
   }
   return true;
@@ -644,7 +644,7 @@ bool allMembersHaveWidth(const CharsetDef& charset, uint16_t width) {
 // follows them: it tries the groups in order.
 bool widthsAscend(const CharsetDef& charset) {
   uint16_t width = 1;
-  for (const SubsetDef* group : charset.members) {
+  for (const GroupDef* group : charset.groups) {
     if (group->bytesPerCode < width) return false;
     width = group->bytesPerCode;
   }

@@ -21,13 +21,13 @@ inline void rejectFirstByte(ConverterRecord& record) {
 
 inline void deliverMemberCode(ConverterRecord& record, const MemberCode& found) {
   const CharsetDef& source = *sourceCharset(record);
-  const int member = source.memberWithId(found.group);
+  const int member = source.groupWithId(found.group);
   if (member < 0) {
     rejectFirstByte(record);
     return;
   }
   record.inputPosition += found.length;
-  deliverCharacter(record, *source.members[static_cast<size_t>(member)], found.code, found.code, 0);
+  deliverCharacter(record, *source.groups[static_cast<size_t>(member)], found.code, found.code, 0);
 }
 
 }  // namespace ksv

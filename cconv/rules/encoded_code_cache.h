@@ -11,10 +11,10 @@ namespace ksv {
 struct EncodedCode {
   uint32_t code = 0;
   uint16_t sequenceLength = 0;  // non-zero: a destination table's sequence
-  uint16_t member = 0;          // index of the member plus 1; 0: no member has it
+  uint16_t group = 0;           // index of the group in the charset plus 1; 0: none has it
 };
 
-// Remembers, for one charset, what the walk along its members found for a
+// Remembers, for one charset, what the walk along its groups found for a
 // Unicode code. Filled code by code by whoever asks first; safe from any thread: pages are
 // published zeroed, and an entry is a word that says all by itself (publication.h).
 // At most 8.9 MB a charset, when all of Unicode is asked for.
@@ -31,7 +31,7 @@ class EncodedCodeCache {
     const uint64_t entry = (*page)[unicode & 0xFF].load(std::memory_order_relaxed);
     found.code = static_cast<uint32_t>(entry);
     found.sequenceLength = static_cast<uint16_t>(entry >> 32);
-    found.member = static_cast<uint16_t>((entry >> 48) & 0x7FFF);
+    found.group = static_cast<uint16_t>((entry >> 48) & 0x7FFF);
     return entry != 0;
   }
 

@@ -42,10 +42,10 @@ bool RuleLists::addCharset(std::unique_ptr<LoadedCharset> charset) {
   return true;
 }
 
-bool RuleLists::addSubset(std::unique_ptr<SubsetDef> subset) {
+bool RuleLists::addGroup(std::unique_ptr<GroupDef> group) {
   derived.reset();
-  SubsetDef* added = subset.get();
-  if (!enter(subsets_, subsetsById_, std::move(subset))) return false;
+  GroupDef* added = group.get();
+  if (!enter(groups_, groupsById_, std::move(group))) return false;
   const CharsetId wellKnown = added->id - kFirstWellKnown;
   if (wellKnown < kWellKnownCount && wellKnown_[wellKnown] == nullptr) {
     wellKnown_[wellKnown] = added;
