@@ -20,9 +20,9 @@ void takeGroup(ConverterRecord& record, const GroupDef& group, uint32_t outputCo
 // user-defined group of the target takes its share of the Private Use Area.
 bool mapWithinSameGroup(ConverterRecord& record, const CharsetDef& target) {
   if (!target.hasUserGroups()) {
-    const int member = target.groupWithId(record.decodedGroup);
-    if (member < 0) return false;
-    takeGroup(record, *target.groups[static_cast<size_t>(member)], record.groupCode, 0);
+    const GroupDef* group = target.findGroup(record.decodedGroup);
+    if (group == nullptr) return false;
+    takeGroup(record, *group, record.groupCode, 0);
     return true;
   }
   for (const GroupDef* group : target.groups) {

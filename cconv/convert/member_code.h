@@ -20,14 +20,13 @@ inline void rejectFirstByte(ConverterRecord& record) {
 }
 
 inline void deliverMemberCode(ConverterRecord& record, const MemberCode& found) {
-  const CharsetDef& source = *sourceCharset(record);
-  const int member = source.groupWithId(found.group);
-  if (member < 0) {
+  const GroupDef* group = sourceCharset(record)->findGroup(found.group);
+  if (group == nullptr) {
     rejectFirstByte(record);
     return;
   }
   record.inputPosition += found.length;
-  deliverCharacter(record, *source.groups[static_cast<size_t>(member)], found.code, found.code, 0);
+  deliverCharacter(record, *group, found.code, found.code, 0);
 }
 
 }  // namespace ksv

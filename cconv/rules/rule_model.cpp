@@ -21,18 +21,17 @@ void CharsetDef::buildIndexes() {
   uint32_t slots = 4;
   while (slots < 2u * groups.count()) slots *= 2;
   idSlotMask_ = slots - 1;
-  idSlots_.assign(slots, -1);
-  for (int32_t index = 0; index < groups.count(); ++index) {
-    const GroupDef* group = groups[static_cast<size_t>(index)];
+  idSlots_.assign(slots, nullptr);
+  for (GroupDef* group : groups) {
     if (group->isUser()) {
       hasUserGroups_ = true;
     } else if (firstPlainGroup_ == nullptr) {
       firstPlainGroup_ = group;
     }
-    if (groupWithId(group->id) >= 0) continue;
+    if (findGroup(group->id) != nullptr) continue;
     uint32_t slot = group->id & idSlotMask_;
-    while (idSlots_[slot] >= 0) slot = (slot + 1) & idSlotMask_;
-    idSlots_[slot] = index;
+    while (idSlots_[slot] != nullptr) slot = (slot + 1) & idSlotMask_;
+    idSlots_[slot] = group;
   }
 }
 

@@ -78,11 +78,11 @@ struct CharsetDef {
   // Call once when all groups are there.
   void buildIndexes();
 
-  // Index of the first group with that id, -1 when there is none.
-  int groupWithId(CharsetId group) const {
+  // The first group with that id, null when there is none.
+  GroupDef* findGroup(CharsetId group) const {
     for (uint32_t slot = group & idSlotMask_;; slot = (slot + 1) & idSlotMask_) {
-      const int index = idSlots_[slot];
-      if (index < 0 || groups[static_cast<size_t>(index)]->id == group) return index;
+      GroupDef* const found = idSlots_[slot];
+      if (found == nullptr || found->id == group) return found;
     }
   }
 
@@ -95,7 +95,7 @@ struct CharsetDef {
   bool hasUserGroups() const { return hasUserGroups_; }
 
  private:
-  std::vector<int32_t> idSlots_;  // open addressing by id, -1: free
+  std::vector<GroupDef*> idSlots_;  // open addressing by id, null: free
   uint32_t idSlotMask_ = 0;
   const GroupDef* firstPlainGroup_ = nullptr;
   bool hasUserGroups_ = false;

@@ -1,6 +1,7 @@
 // Groups, the indexes of a charset, and what it remembers of its groups.
 #include "cconv/rules/rule_model.h"
 
+#include <algorithm>
 #include <thread>
 
 #include "cconv/rules/encoded_code_cache.h"
@@ -40,7 +41,7 @@ TEST(CharsetGroups, are_found_by_number_the_first_of_equals) {
   std::vector<std::unique_ptr<GroupDef>> owned;
   CharsetDef charset;
   charset.buildIndexes();
-  EXPECT_EQ(charset.groupWithId(2006), -1);
+  EXPECT_EQ(charset.findGroup(2006), nullptr);
   EXPECT_EQ(charset.firstPlainGroup(), nullptr);
   EXPECT_FALSE(charset.hasUserGroups());
   const auto add = [&](const std::string& name, GroupKind kind) {
@@ -52,15 +53,15 @@ TEST(CharsetGroups, are_found_by_number_the_first_of_equals) {
   add("ca", GroupKind::kBase);  // the number of "ab"
   for (int i = 0; i < 500; ++i) add("set" + std::to_string(i), GroupKind::kBase);
   charset.buildIndexes();
-  EXPECT_EQ(charset.groupWithId(4293), 1);
-  EXPECT_EQ(charset.groupWithId(1), -1);
+  EXPECT_EQ(charset.findGroup(4293), owned[1].get());
+  EXPECT_EQ(charset.findGroup(1), nullptr);
   EXPECT_EQ(charset.firstPlainGroup(), owned[1].get());
   EXPECT_TRUE(charset.hasUserGroups());
   for (size_t i = 0; i < owned.size(); ++i) {
-    const int found = charset.groupWithId(owned[i]->id);
-    ASSERT_GE(found, 0);
-    ASSERT_LE(static_cast<size_t>(found), i);
-    EXPECT_EQ(owned[static_cast<size_t>(found)]->id, owned[i]->id);
+    const CharsetId id = owned[i]->id;
+    const auto first = std::find_if(owned.begin(), owned.end(),
+                                    [&](const auto& group) { return group->id == id; });
+    EXPECT_EQ(charset.findGroup(id), first->get());
   }
 }
 

@@ -81,9 +81,9 @@ const GroupDef& memberWithRow(const CharsetDef& charset, const GroupDef& jisX020
   constexpr uint8_t kLastIbmRow = 0x7C;
   const bool isIbm = row >= kFirstIbmRow && row <= kLastIbmRow;
   if (row != kNecRow && !isIbm) return jisX0208;
-  const int member =
-      charset.groupWithId(isIbm ? charset_id::kNecIbmExtset : charset_id::kNecExtset);
-  return member < 0 ? jisX0208 : *charset.groups[static_cast<size_t>(member)];
+  const GroupDef* group =
+      charset.findGroup(isIbm ? charset_id::kNecIbmExtset : charset_id::kNecExtset);
+  return group == nullptr ? jisX0208 : *group;
 }
 
 bool isLayoutControl(uint8_t byte) { return byte == '\r' || byte == '\n' || byte == '\t'; }
