@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "cconv/limits.h"
+
 namespace ksv {
 
 // What a charset writes for a Unicode code.
@@ -39,7 +41,7 @@ class EncodedCodeCache {
   void remember(uint32_t unicode, const EncodedCode& found);
 
  private:
-  static constexpr uint32_t kCodes = 0x110000;
+  static constexpr uint32_t kCodes = limits::kRememberedCodes;
   static constexpr uint64_t kKnown = uint64_t{1} << 63;
   static constexpr uint32_t kFirstBeyond = 0x10000;
   using Page = std::array<std::atomic<uint64_t>, 256>;

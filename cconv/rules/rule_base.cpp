@@ -91,12 +91,6 @@ namespace {
 constexpr char kMutexName[] = "CtableMutex";
 constexpr char kPathSetting[] = "Charsetpath";
 
-platform::NamedMutex* openTableMutex() try {
-  return platform::NamedMutex::open(kMutexName).release();
-} catch (const std::bad_alloc&) {
-  return nullptr;
-}
-
 }  // namespace
 }  // namespace ksv
 
@@ -114,7 +108,8 @@ int startProcess() {
     return 1;
   }
   // Left from a start that failed: the lock outlives it.
-  if (ruleBase.tableMutex == nullptr) ruleBase.tableMutex = ksv::openTableMutex();
+  if (ruleBase.tableMutex == nullptr)
+    ruleBase.tableMutex = ksv::platform::NamedMutex::open(ksv::kMutexName).release();
   ruleBase.blockSize = 0;
   ruleBase.lists = new (std::nothrow) ksv::RuleLists;
   if (ruleBase.lists == nullptr) return 0;

@@ -11,6 +11,7 @@
 #include "cconv/rules/rule_path.h"
 #include "common/directory.h"
 #include "common/faults.h"
+#include "common/guard.h"
 #include "ksv_cconv.h"
 
 namespace ksv {
@@ -274,11 +275,10 @@ bool parseDefinedRanges(const RuleElement& defined, RangeSet& ranges) {
 
 }  // namespace ksv
 
-int cconvLoadRule() try {
-  const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
-  if (ksv::ruleBase.lists == nullptr) return 0;
-  return ksv::loadAllRuleFiles(ksv::ruleBase.path()) > 0 ? 1 : 0;
-} catch (const std::bad_alloc&) {
-  ksv::noteNoMemory("");
-  return 0;
+int cconvLoadRule() {
+  return ksv::guardedAndNoted(0, [] {
+    const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
+    if (ksv::ruleBase.lists == nullptr) return 0;
+    return ksv::loadAllRuleFiles(ksv::ruleBase.path()) > 0 ? 1 : 0;
+  });
 }
