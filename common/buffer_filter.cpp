@@ -1,6 +1,7 @@
 // Copying of text, units of one width, with some of them left out.
 #include <cstring>
 
+#include "common/byte_order.h"
 #include "ksv_ucs2.h"
 
 namespace {
@@ -11,13 +12,6 @@ bool isKeptControl(uint32_t unit) {
 }
 
 bool isText(uint32_t unit) { return unit != 0x7F && (unit >= 0x20 || isKeptControl(unit)); }
-
-template <int32_t kWidth>
-uint32_t unitAt(const uint8_t* bytes, bool bigEndian) {
-  uint32_t unit = 0;
-  for (int32_t i = 0; i < kWidth; ++i) unit = unit << 8 | bytes[bigEndian ? i : kWidth - 1 - i];
-  return unit;
-}
 
 struct Text {
   uint8_t* dest;
@@ -31,7 +25,7 @@ template <int32_t kWidth, class IsKept>
 int32_t copyUnits(const Text& text, IsKept isKept) {
   int32_t written = 0;
   for (int32_t at = 0; at <= text.length - kWidth; at += kWidth) {
-    if (!isKept(unitAt<kWidth>(text.source + at, text.bigEndian))) continue;
+    if (!isKept(ksv::readUnit(text.source + at, kWidth, text.bigEndian))) continue;
     std::memmove(text.dest + written, text.source + at, kWidth);
     written += kWidth;
   }

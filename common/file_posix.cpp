@@ -9,6 +9,7 @@
 #include <cerrno>
 
 #include "common/platform.h"
+#include "common/stream.h"
 #include "common/uninterrupted_posix.h"
 
 namespace ksv::platform {
@@ -59,12 +60,11 @@ SystemError accessDenied() { return EACCES; }
 
 // fopen reads a directory as an empty file; nobody who opens one means that.
 std::FILE* openFile(const char* path, const char* mode) {
-  std::FILE* stream = fopen(path, mode);
+  Stream stream(fopen(path, mode));
   if (stream == nullptr) return nullptr;
   struct stat status;
-  if (fstat(fileno(stream), &status) == 0 && !S_ISDIR(status.st_mode)) return stream;
-  fclose(stream);
-  return nullptr;
+  const bool isFile = fstat(fileno(stream.get()), &status) == 0 && !S_ISDIR(status.st_mode);
+  return isFile ? stream.release() : nullptr;
 }
 
 InputFile::InputFile(const char* path, Takes takes) : handle_(kNotOpen) {

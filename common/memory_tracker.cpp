@@ -8,6 +8,7 @@
 #include <string>
 
 #include "common/heap.h"
+#include "common/stream.h"
 #include "ksv_memory.h"
 
 namespace ksv {
@@ -40,14 +41,13 @@ const char* textOf(const char* text) { return text == nullptr ? "" : text; }
 // The file is opened for each line, so that a crash of the host loses none.
 __attribute__((format(printf, 1, 2))) void logLine(const char* format, ...) {
   if (tracker == nullptr) return;
-  std::FILE* log = std::fopen(kLogPath, "a");
+  const Stream log(std::fopen(kLogPath, "a"));
   if (log == nullptr) return;
   va_list arguments;
   va_start(arguments, format);
-  std::vfprintf(log, format, arguments);
+  std::vfprintf(log.get(), format, arguments);
   va_end(arguments);
-  std::fputc('\n', log);
-  std::fclose(log);
+  std::fputc('\n', log.get());
 }
 
 void writeGuard(void* block, int32_t size) {

@@ -15,6 +15,7 @@
 #include <new>
 #include <string>
 
+#include "common/descriptor_posix.h"
 #include "common/guard.h"
 #include "common/platform.h"
 #include "common/uninterrupted_posix.h"
@@ -39,13 +40,18 @@ struct SharedLock {
   pthread_mutex_t mutex;
 };
 
-// A lock that this process has mapped. It stays mapped until the process ends: a
+struct Unmap {
+  void operator()(SharedLock* lock) const { munmap(lock, sizeof *lock); }
+};
+using MappedLock = std::unique_ptr<SharedLock, Unmap>;
+
+// A lock that this process has mapped. In the list, it stays mapped until the process ends: a
 // thread that holds the mutex has it in the list that the kernel walks when the
 // thread dies. A list without a lock of its own, so that a process forked at any
 // instant can use it.
 struct Mapping {
   char name[kLongestName + 1];
-  SharedLock* lock;
+  MappedLock lock;
   Mapping* next;
   // The thread that holds the mutex, and how often. A thread may find itself named here only
   // when it is the one, so that it never asks for the release of what another holds; whoever
@@ -63,23 +69,9 @@ Mapping* findMapping(const char* name) {
   return nullptr;
 }
 
-class Descriptor {
- public:
-  explicit Descriptor(int file) : file_(file) {}
-  ~Descriptor() {
-    if (file_ >= 0) close(file_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return file_; }
-
- private:
-  const int file_;
-};
-
-SharedLock* mapLock(int file) {
+MappedLock mapLock(int file) {
   void* memory = mmap(nullptr, sizeof(SharedLock), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-  return memory == MAP_FAILED ? nullptr : static_cast<SharedLock*>(memory);
+  return MappedLock(memory == MAP_FAILED ? nullptr : static_cast<SharedLock*>(memory));
 }
 
 bool initialiseMutex(pthread_mutex_t& mutex) {
@@ -98,13 +90,12 @@ bool initialiseLockFile(int file) {
   // with a signal at the first access.
   const SharedLock empty = {};
   if (!writeWhole(file, reinterpret_cast<const char*>(&empty), sizeof empty)) return false;
-  SharedLock* lock = mapLock(file);
+  const MappedLock lock = mapLock(file);
   if (lock == nullptr) return false;
   const bool made = initialiseMutex(lock->mutex);
   lock->layoutVersion = kLayoutVersion;
   lock->mutexSize = sizeof lock->mutex;
   lock->magic = kMagic;
-  munmap(lock, sizeof *lock);
   return made;
 }
 
@@ -118,7 +109,7 @@ int makeUnique(std::string& temporary, const std::string& path) {
 bool createLockFile(const std::string& path) {
   std::string temporary;
   const Descriptor file(uninterrupted([&] { return makeUnique(temporary, path); }));
-  if (file.get() < 0) return false;
+  if (!file) return false;
   const bool placed = initialiseLockFile(file.get()) &&
                       (link(temporary.c_str(), path.c_str()) == 0 || errno == EEXIST);
   unlink(temporary.c_str());
@@ -136,31 +127,30 @@ bool hasOwnLayout(const SharedLock& lock) {
          lock.mutexSize == sizeof lock.mutex;
 }
 
-SharedLock* mapVerified(int file) {
+MappedLock mapVerified(int file) {
   if (!isOwnLockFile(file)) return nullptr;
-  SharedLock* lock = mapLock(file);
-  if (lock == nullptr || hasOwnLayout(*lock)) return lock;
-  munmap(lock, sizeof *lock);
-  return nullptr;
+  MappedLock lock = mapLock(file);
+  if (lock != nullptr && !hasOwnLayout(*lock)) return nullptr;
+  return lock;
 }
 
 // Null when the place cannot be used, or holds something that is not our lock.
-SharedLock* openLockFile(const std::string& path) {
+MappedLock openLockFile(const std::string& path) {
   for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
     constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
     const Descriptor file(uninterrupted([&] { return open(path.c_str(), kFlags); }));
-    if (file.get() >= 0) return mapVerified(file.get());
+    if (file) return mapVerified(file.get());
     if (errno != ENOENT || !createLockFile(path)) return nullptr;
   }
   return nullptr;
 }
 
-SharedLock* openLock(const char* name) {
+MappedLock openLock(const char* name) {
   const std::string user = std::to_string(geteuid());
   for (const char* place : kDirectories) {
     std::string directory = place;
     if (directory == kPerUserDirectory) directory.append("/").append(user);
-    SharedLock* lock = openLockFile(directory + "/ksv_comm." + user + "." + name);
+    MappedLock lock = openLockFile(directory + "/ksv_comm." + user + "." + name);
     if (lock != nullptr) return lock;
   }
   return nullptr;
@@ -171,10 +161,7 @@ SharedLock* openLock(const char* name) {
 Mapping* enterMapping(std::unique_ptr<Mapping> mapping) {
   mapping->next = mappings.load();
   do {
-    if (Mapping* earlier = findMapping(mapping->name)) {
-      munmap(mapping->lock, sizeof *mapping->lock);
-      return earlier;
-    }
+    if (Mapping* earlier = findMapping(mapping->name)) return earlier;
   } while (!mappings.compare_exchange_weak(mapping->next, mapping.get()));
   return mapping.release();
 }

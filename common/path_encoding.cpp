@@ -5,6 +5,8 @@
 
 #include "common/guard.h"
 #include "common/platform.h"
+#include "common/utf16.h"
+#include "common/utf8.h"
 #include "ksv_file.h"
 
 namespace ksv {
@@ -18,23 +20,18 @@ struct LeadByte {
 
 LeadByte classifyLead(unsigned char byte) {
   if (byte < 0x80) return {1, byte, 0};
-  if (byte < 0xC0) return {0, 0, 0};
-  if (byte < 0xE0) return {2, byte & 0x1Fu, 0x80};
-  if (byte < 0xF0) return {3, byte & 0x0Fu, 0x800};
-  if (byte < 0xF8) return {4, byte & 0x07u, 0x10000};
-  return {0, 0, 0};
+  const size_t length = utf8Length(byte);
+  if (length < 2 || length > 4) return {0, 0, 0};
+  constexpr char32_t kSmallest[] = {0x80, 0x800, 0x10000};
+  return {length, byte & (0x7Fu >> length), kSmallest[length - 2]};
 }
-
-bool isSurrogate(char32_t character) { return character >= 0xD800 && character <= 0xDFFF; }
-bool isHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool isLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
 // Takes one character off a terminated string.
 char32_t decodeUtf16(const uint16_t*& source) {
   const char32_t first = *source++;
   if (!isSurrogate(first)) return first;
   if (!isHighSurrogate(first) || !isLowSurrogate(*source)) return kIllFormed;
-  return 0x10000 + ((first - 0xD800) << 10) + (*source++ - 0xDC00u);
+  return joinSurrogates(first, *source++);
 }
 
 size_t encodeUtf8(char32_t character, char bytes[4]) {
@@ -57,8 +54,8 @@ size_t encodeUtf16(char32_t character, uint16_t units[2]) {
     units[0] = static_cast<uint16_t>(character);
     return 1;
   }
-  units[0] = static_cast<uint16_t>(0xD800 + ((character - 0x10000) >> 10));
-  units[1] = static_cast<uint16_t>(0xDC00 + ((character - 0x10000) & 0x3FF));
+  units[0] = highSurrogateOf(character);
+  units[1] = lowSurrogateOf(character);
   return 2;
 }
 
@@ -70,7 +67,7 @@ char32_t decodeUtf8(std::string_view& text) {
   bool whole = lead.length > 0 && lead.length <= text.size();
   for (size_t i = 1; whole && i < lead.length; ++i) {
     const auto byte = static_cast<unsigned char>(text[i]);
-    whole = (byte & 0xC0) == 0x80;
+    whole = isUtf8Continuation(byte);
     character = character << 6 | (byte & 0x3F);
   }
   if (!whole || character < lead.smallest || character > 0x10FFFF || isSurrogate(character)) {

@@ -13,7 +13,9 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 
+#include "common/descriptor_posix.h"
 #include "common/guard.h"
 #include "common/platform.h"
 #include "common/uninterrupted_posix.h"
@@ -59,33 +61,32 @@ Hold take(int file, const char* path) {
 }
 
 struct OpenFile {
-  int file;
+  Descriptor file;
   bool isNew;
 };
 
 OpenFile openOrCreate(const char* path) {
   constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
   const auto openWith = [&](int flags) {
-    return uninterrupted([&] { return open(path, kFlags | flags, 0666); });
+    return Descriptor(uninterrupted([&] { return open(path, kFlags | flags, 0666); }));
   };
-  const int created = openWith(O_CREAT | O_EXCL);
-  if (created >= 0 || errno != EEXIST) return {created, true};
+  Descriptor created = openWith(O_CREAT | O_EXCL);
+  if (created || errno != EEXIST) return {std::move(created), true};
   return {openWith(O_CREAT), false};
 }
 
-// The temporary file, open and locked; -1 when that is refused.
-int openLocked(const char* path) {
+// The temporary file, open and locked; not open when that is refused.
+Descriptor openLocked(const char* path) {
   for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
-    const auto [file, isNew] = openOrCreate(path);
-    if (file < 0) return -1;
-    const Hold hold = take(file, path);
-    if (hold == Hold::kOurs) return file;
+    OpenFile opened = openOrCreate(path);
+    if (!opened.file) break;
+    const Hold hold = take(opened.file.get(), path);
+    if (hold == Hold::kOurs) return std::move(opened.file);
     // Nobody else would: what is there empty, and is never locked, is not a writer's.
-    if (hold == Hold::kImpossible && isNew) unlink(path);
-    close(file);
-    if (hold != Hold::kLost) return -1;
+    if (hold == Hold::kImpossible && opened.isNew) unlink(path);
+    if (hold != Hold::kLost) break;
   }
-  return -1;
+  return Descriptor();
 }
 
 struct StoreIn {
@@ -107,38 +108,37 @@ class PosixReplacementFile final : public ReplacementFile {
     file_ = openLocked(temporaryPath_.c_str());
     // Whoever writes this file holds the lock, so that what another writer put
     // into the place before us is seen now at the latest.
-    return file_ >= 0 && !somethingStandsAt(path_.c_str()) &&
-           uninterrupted([&] { return ftruncate(file_, 0); }) == 0;
+    return file_ && !somethingStandsAt(path_.c_str()) &&
+           uninterrupted([&] { return ftruncate(file_.get(), 0); }) == 0;
   }
 
   bool write(const void* bytes, size_t count) override {
-    return file_ >= 0 && buffer_.write(bytes, count, StoreIn{file_});
+    return file_ && buffer_.write(bytes, count, StoreIn{file_.get()});
   }
 
   bool commit() override {
-    if (file_ < 0) return false;
-    if (!buffer_.flush(StoreIn{file_}) || uninterrupted([&] { return fsync(file_); }) != 0 ||
+    if (!file_) return false;
+    if (!buffer_.flush(StoreIn{file_.get()}) ||
+        uninterrupted([&] { return fsync(file_.get()); }) != 0 ||
         rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
       discard();
       return false;
     }
-    close(file_);
-    file_ = -1;
+    file_ = Descriptor();
     return true;
   }
 
  private:
   // The name goes before the lock: behind it, it may be another writer's.
   void discard() {
-    if (file_ < 0) return;
+    if (!file_) return;
     unlink(temporaryPath_.c_str());
-    close(file_);
-    file_ = -1;
+    file_ = Descriptor();
   }
 
   const std::string path_;
   const std::string temporaryPath_;
-  int file_ = -1;
+  Descriptor file_;
   WriteBuffer buffer_;
 };
 

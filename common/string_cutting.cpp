@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "common/utf8.h"
 #include "ksv_cut.h"
 
 namespace ksv {
@@ -56,15 +57,10 @@ int32_t stepGb18030(const uint8_t* at, int32_t left) {
   return isTrail ? 2 : 1;
 }
 
-int32_t utf8Length(uint8_t lead) {
-  if (lead < 0xC0 || lead >= 0xFE) return 1;
-  if (lead < 0xE0) return 2;
-  if (lead < 0xF0) return 3;
-  if (lead < 0xF8) return 4;
-  return lead < 0xFC ? 5 : 6;
+int32_t stepUtf8(const uint8_t* at, int32_t left) {
+  const bool isLead = isBetween(at[0], 0xC0, 0xFD);
+  return ifLeft(isLead ? static_cast<int32_t>(ksv::utf8Length(at[0])) : 1, left);
 }
-
-int32_t stepUtf8(const uint8_t* at, int32_t left) { return ifLeft(utf8Length(at[0]), left); }
 
 template <Step kStep>
 int32_t cutByCharacters(const uint8_t* text, int32_t end) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "common/byte_order.h"
 #include "detect/byte_blocks.h"
 #include "detect/character_sets.h"
 #include "detect/code_set.h"
@@ -207,7 +208,7 @@ constexpr PairEncodings makePairEncodings() {
 // smaller and takes twice the time, since the bit has to be shifted down.
 constinit const PairEncodings kPairEncodings = makePairEncodings();
 
-uint32_t pairAt(const uint8_t* at) { return unit16(at, true); }
+uint32_t pairAt(const uint8_t* at) { return readUnit16(at, true); }
 
 // Whether four pairs are good in all these encodings: no branch for each.
 bool areFourGood(const uint8_t* at, uint8_t encodings) {

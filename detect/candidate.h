@@ -23,10 +23,6 @@ constexpr bool isPrintable(uint8_t byte) {
   return isBetween(byte, kFirstPrintable, kLastPrintable);
 }
 
-constexpr uint32_t unit16(const uint8_t* at, bool bigEndian) {
-  return bigEndian ? uint32_t{at[0]} << 8 | at[1] : uint32_t{at[1]} << 8 | at[0];
-}
-
 // What several encodings read alike in a chunk, from the place where the first of them
 // came by: so it is read once.
 struct SharedRun {

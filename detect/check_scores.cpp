@@ -1,5 +1,6 @@
 #include "detect/check_scores.h"
 
+#include "common/byte_order.h"
 #include "detect/byte_blocks.h"
 #include "detect/candidate.h"
 #include "detect/character_sets.h"
@@ -111,7 +112,7 @@ int32_t checkUtf16InOrder(const CheckedText& text, bool bigEndian) {
   Count count;
   bool hasAscii = false;
   for (size_t i = 0; i + 2 <= text.length; i += 2) {
-    const uint32_t unit = unit16(text.data + i, bigEndian);
+    const uint32_t unit = readUnit16(text.data + i, bigEndian);
     count.add(kCheckedCharacters.contains(unit));
     hasAscii |= isBetween(unit, 0x21, 0x7E);
   }
@@ -121,8 +122,8 @@ int32_t checkUtf16InOrder(const CheckedText& text, bool bigEndian) {
 int32_t checkUcs4InOrder(const CheckedText& text, bool bigEndian) {
   Count count;
   for (size_t i = 0; i + 4 <= text.length; i += 4) {
-    const uint32_t plane = unit16(text.data + i + (bigEndian ? 0 : 2), bigEndian);
-    const uint32_t code = unit16(text.data + i + (bigEndian ? 2 : 0), bigEndian);
+    const uint32_t plane = readUnit16(text.data + i + (bigEndian ? 0 : 2), bigEndian);
+    const uint32_t code = readUnit16(text.data + i + (bigEndian ? 2 : 0), bigEndian);
     if (isBetween(plane, 17, 127)) return 0;
     // On every plane the codes of plane 0 are asked for.
     count.add(plane <= 16 && kCheckedCharacters.contains(code));

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <optional>
 
+#include "common/byte_order.h"
 #include "detect/byte_blocks.h"
 #include "detect/candidate.h"
 #include "detect/check_scores.h"
@@ -113,12 +114,6 @@ size_t readDeclaration(EncodingCheckRecord& record, size_t position) {
   return 1;
 }
 
-uint32_t unitAt(const uint8_t* at, size_t width, bool bigEndian) {
-  uint32_t unit = 0;
-  for (size_t i = 0; i < width; ++i) unit = unit << 8 | at[bigEndian ? i : width - 1 - i];
-  return unit;
-}
-
 // Where the attribute begins, which stands on the first line and not at its very
 // beginning.
 std::optional<size_t> findEncodingAttribute(const EncodingCheckRecord& record, size_t width) {
@@ -141,7 +136,7 @@ size_t findQuote(const EncodingCheckRecord& record, size_t from, size_t width) {
   const bool bigEndian = record.bigEndian != 0;
   size_t i = from;
   for (; i + width <= record.end; i += width) {
-    const uint32_t unit = unitAt(record.input + i, width, bigEndian);
+    const uint32_t unit = readUnit(record.input + i, width, bigEndian);
     if (unit == '"' || unit == '\'') return i;
   }
   return record.end;
@@ -156,7 +151,7 @@ bool readDeclaredValue(EncodingCheckRecord& record, size_t width) {
   if (close == record.end || close - open + 1 > kMostValueBytes) return false;
   char* next = record.name;
   for (size_t i = open + width; i < close; i += width)
-    *next++ = static_cast<char>(unitAt(record.input + i, width, record.bigEndian != 0));
+    *next++ = static_cast<char>(readUnit(record.input + i, width, record.bigEndian != 0));
   *next = '\0';
   return true;
 }
@@ -323,7 +318,7 @@ LineEndCounts countLineEnds(const CheckedText& text, const Units& units) {
   uint32_t previous = 0;
   for (size_t i = 0; i + units.width <= text.length;) {
     if (units.width == 1) i = passPlainBytes(text, i, previous);
-    const uint32_t unit = unitAt(text.data + i, units.width, units.bigEndian);
+    const uint32_t unit = readUnit(text.data + i, units.width, units.bigEndian);
     i += units.width;
     if (previous == kCarriageReturn || previous == kLineFeed) {
       const bool isPair = unit == (previous == kCarriageReturn ? kLineFeed : kCarriageReturn);

@@ -1,7 +1,8 @@
 // The scorers of the Unicode forms, and of EUC-JP-FIX, whose characters all have two
 // bytes as well.
-#include <bit>
-
+#include "common/byte_order.h"
+#include "common/utf16.h"
+#include "common/utf8.h"
 #include "detect/byte_blocks.h"
 #include "detect/character_sets.h"
 #include "detect/scorers.h"
@@ -35,19 +36,19 @@ void readBehindCarriageReturn(bool isLineFeed, bool isAccepted, Candidate& candi
 template <bool kBigEndian>
 void readPlainUtf16(Reader& reader, Tally& tally) {
   const uint8_t* at = reader.at;
-  while (reader.end - at >= 2 && kPlainCharacters.contains(unit16(at, kBigEndian))) at += 2;
+  while (reader.end - at >= 2 && kPlainCharacters.contains(readUnit16(at, kBigEndian))) at += 2;
   tally.good += static_cast<uint32_t>(at - reader.at) / 2;
   reader.at = at;
 }
 
 template <bool kBigEndian>
 void readUtf16(Reader& reader, Candidate& candidate, Tally& tally) {
-  const uint32_t unit = unit16(reader.at, kBigEndian);
+  const uint32_t unit = readUnit16(reader.at, kBigEndian);
   reader.at += 2;
   if (unit == kCarriageReturn) {
     ++tally.good;
     if (reader.left() >= 2) {
-      const uint32_t next = unit16(reader.at, kBigEndian);
+      const uint32_t next = readUnit16(reader.at, kBigEndian);
       reader.at += 2;
       readBehindCarriageReturn(next == kLineFeed, kAssignedCharacters.contains(next), candidate,
                                tally);
@@ -56,10 +57,10 @@ void readUtf16(Reader& reader, Candidate& candidate, Tally& tally) {
     }
   } else if (kAssignedCharacters.contains(unit)) {
     readRowEnd(unit, candidate, tally);
-  } else if (!isBetween(unit, 0xD800, 0xDBFF)) {
+  } else if (!isHighSurrogate(unit)) {
     ++tally.bad;
   } else if (reader.left() >= 2) {  // a surrogate that the chunk cuts off counts nothing
-    const bool isPair = isBetween(unit16(reader.at, kBigEndian), 0xDC00, 0xDFFF);
+    const bool isPair = isLowSurrogate(readUnit16(reader.at, kBigEndian));
     tally.good += isPair;
     tally.bad += !isPair;
     reader.at += 2;
@@ -88,12 +89,12 @@ constexpr uint32_t kHighestStopPlane = 127;
 
 template <bool kBigEndian>
 uint32_t plane(const uint8_t* at) {
-  return unit16(kBigEndian ? at : at + 2, kBigEndian);
+  return readUnit16(kBigEndian ? at : at + 2, kBigEndian);
 }
 
 template <bool kBigEndian>
 uint32_t codeInPlane(const uint8_t* at) {
-  return unit16(kBigEndian ? at + 2 : at, kBigEndian);
+  return readUnit16(kBigEndian ? at + 2 : at, kBigEndian);
 }
 
 // Of the planes that no stop is known for, those with characters are good throughout.
@@ -143,11 +144,8 @@ int32_t scoreUcs4(Candidate& candidate, const Chunk& chunk, size_t start) {
 
 // ---- UTF-8
 
-// The bytes that a character with this first byte has: 2 to 6, by its leading ones.
+// Five and six bytes are let pass.
 constexpr bool isUtf8Lead(uint8_t byte) { return isBetween(byte, 0xC0, 0xFD); }
-size_t utf8Length(uint8_t lead) { return static_cast<size_t>(std::countl_one(lead)); }
-
-constexpr bool isContinuation(uint8_t byte) { return (byte & 0xC0) == 0x80; }
 
 // Overlong forms, surrogates and lengths beyond four are let pass.
 void readUtf8Sequence(Reader& reader, Tally& tally) {
@@ -158,7 +156,7 @@ void readUtf8Sequence(Reader& reader, Tally& tally) {
     return;
   }
   bool isGood = true;
-  for (size_t i = 1; i < length; ++i) isGood &= isContinuation(reader.at[i]);
+  for (size_t i = 1; i < length; ++i) isGood &= isUtf8Continuation(reader.at[i]);
   tally.good += isGood;
   tally.bad += !isGood;
   reader.at += length;

@@ -96,8 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   require(cconvLoadRule() == 1, "the rule file is accepted");
 
   ksv::CharsetDef* charset = ksv::findCharsetByName("Fuzzed");
-  require(charset != nullptr && charset->members.count() == 1, "the charset has its member");
-  ksv::SubsetDef& subset = *charset->members[0];
+  require(charset != nullptr && charset->groups.count() == 1, "the charset has its member");
+  ksv::GroupDef& subset = *charset->groups[0];
   const uint32_t entries = blockSize != 0 ? blockSize : ksv::RuleBase::kDefaultBlockSize;
   ksv_fuzz::requireSameTable(subset.toUcs, ReferenceTable(pairs, true, 4, entries));
   ksv_fuzz::requireSameTable(

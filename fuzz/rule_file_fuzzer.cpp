@@ -67,7 +67,7 @@ void keepInside(ksv::CodeTable& table) {
 }
 
 void keepTablesInside() {
-  for (const auto& subset : ksv::ruleBase.lists->subsets()) {
+  for (const auto& subset : ksv::ruleBase.lists->groups()) {
     keepInside(subset->toUcs);
     keepInside(subset->fromUcs);
   }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ole/directory.h"
+#include "ole/limits.h"
 #include "ole/paged_file.h"
 #include "ole/sectors.h"
 
@@ -81,7 +82,7 @@ class CompoundStream {
   uint32_t seek(uint32_t offset, uint16_t origin);
 
  private:
-  static constexpr uint32_t kBufferSize = 1024;
+  static constexpr uint32_t kBufferSize = limits::kStreamBuffer;
 
   CompoundStream(CompoundFile& file, uint32_t size, bool isMini)
       : file_(file),

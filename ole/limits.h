@@ -19,6 +19,8 @@ constexpr uint64_t kLargestMiniFat = kHighestOffset;
 // Memory for the pages of an open file.
 constexpr size_t kPageSize = 4096;
 constexpr size_t kPages = 64;
+// Memory for what has been read ahead of an open stream.
+constexpr uint32_t kStreamBuffer = 1024;
 
 // Bytes read of all sections of a property set, which may lie upon each other; more is malformed.
 constexpr int64_t sectionBytes(int64_t fileSize) { return 256 * 1024 + 2 * fileSize; }

@@ -4,12 +4,14 @@
 
 #include <cstdint>
 
+#include "common/byte_order.h"
+
 namespace ksv {
 
-constexpr uint16_t wordAt(const uint8_t* at) { return static_cast<uint16_t>(at[0] | at[1] << 8); }
-
-constexpr uint32_t dwordAt(const uint8_t* at) {
-  return uint32_t{wordAt(at)} | uint32_t{wordAt(at + 2)} << 16;
+constexpr uint16_t wordAt(const uint8_t* at) {
+  return static_cast<uint16_t>(readUnit(at, 2, false));
 }
+
+constexpr uint32_t dwordAt(const uint8_t* at) { return readUnit(at, 4, false); }
 
 }  // namespace ksv

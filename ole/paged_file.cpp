@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 #include "ksv_file.h"
 #include "ole/little_endian.h"
@@ -12,26 +13,17 @@
 namespace ksv {
 
 std::unique_ptr<PagedFile> PagedFile::open(const char* path) {
-  std::FILE* stream = KSV_FileOpen(path, "rb");
+  Stream stream(KSV_FileOpen(path, "rb"));
   if (stream == nullptr) return nullptr;
   // The pages are the buffer.
-  std::setvbuf(stream, nullptr, _IONBF, 0);
-  std::unique_ptr<PagedFile> file;
-  try {
-    file.reset(new PagedFile(stream, KSV_FileTellSize(stream)));
-  } catch (...) {
-    KSV_FileClose(stream);
-    throw;
-  }
-  if (file->size_ < 0) return nullptr;
-  return file;
+  std::setvbuf(stream.get(), nullptr, _IONBF, 0);
+  const int64_t size = KSV_FileTellSize(stream.get());
+  if (size < 0) return nullptr;
+  return std::unique_ptr<PagedFile>(new PagedFile(std::move(stream), size));
 }
 
-PagedFile::~PagedFile() { close(); }
-
 void PagedFile::close() {
-  if (stream_ != nullptr) KSV_FileClose(stream_);
-  stream_ = nullptr;
+  stream_.reset();
   for (auto& page : pages_) page.reset();
 }
 
@@ -77,21 +69,21 @@ size_t PagedFile::readDirectly(int64_t offset, void* dest, size_t count) {
   const int64_t most = std::min<int64_t>(std::numeric_limits<int32_t>::max(), size_ - offset);
   const int32_t wanted =
       static_cast<int32_t>(std::min<uint64_t>(count, static_cast<uint64_t>(most)));
-  const int32_t got = KSV_FileRead(dest, 1, wanted, stream_);
+  const int32_t got = KSV_FileRead(dest, 1, wanted, stream_.get());
   // Whatever was read: where the stream stands after less is not relied upon.
   position_ = got == wanted ? offset + got : -1;
-  if (got != wanted && (stream_ == nullptr || std::ferror(stream_) != 0)) fail();
+  if (got != wanted && (stream_ == nullptr || std::ferror(stream_.get()) != 0)) fail();
   return static_cast<size_t>(got);
 }
 
 void PagedFile::seekTo(int64_t offset) {
   position_ = -1;
-  if (stream_ == nullptr || KSV_FileSeek(stream_, offset, SEEK_SET) != 0) fail();
+  if (stream_ == nullptr || KSV_FileSeek(stream_.get(), offset, SEEK_SET) != 0) fail();
 }
 
 void PagedFile::fail() {
   const int error = errno;
-  if (stream_ != nullptr) std::clearerr(stream_);
+  if (stream_ != nullptr) std::clearerr(stream_.get());
   throw std::system_error(error, std::generic_category(), "cannot be read");
 }
 

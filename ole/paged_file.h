@@ -7,7 +7,9 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <utility>
 
+#include "common/stream.h"
 #include "ole/limits.h"
 
 namespace ksv {
@@ -17,7 +19,6 @@ class PagedFile {
   // Null when the file cannot be opened or has no size. May throw std::bad_alloc.
   static std::unique_ptr<PagedFile> open(const char* path);
 
-  ~PagedFile();
   PagedFile(const PagedFile&) = delete;
   PagedFile& operator=(const PagedFile&) = delete;
 
@@ -49,14 +50,14 @@ class PagedFile {
     std::array<uint8_t, kPageSize> bytes;
   };
 
-  PagedFile(std::FILE* stream, int64_t size) : stream_(stream), size_(size) {}
+  PagedFile(Stream stream, int64_t size) : stream_(std::move(stream)), size_(size) {}
 
   const Page& page(int64_t number);
   size_t readDirectly(int64_t offset, void* dest, size_t count);
   void seekTo(int64_t offset);
   [[noreturn]] void fail();
 
-  std::FILE* stream_;
+  Stream stream_;
   const int64_t size_;
   int64_t position_ = 0;  // of the stream
   // Page n of the file stands in slot n modulo the slots.

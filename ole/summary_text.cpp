@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "common/utf8.h"
+
 namespace ksv {
 namespace {
 
@@ -60,11 +62,9 @@ uint32_t newlineForm(uint32_t lineEndFlags) {
 }
 
 // The bytes of a character by its first; 0 when no character begins so.
-size_t utf8Length(uint8_t lead) {
+size_t lengthInUtf8(uint8_t lead) {
   if (lead < 0xC0) return 1;
-  if (lead < 0xE0) return 2;
-  if (lead < 0xF0) return 3;
-  return lead < 0xF8 ? 4 : 0;
+  return lead < 0xF8 ? utf8Length(lead) : 0;
 }
 
 // In every other code page, those with single bytes included, the leads are those of
@@ -80,7 +80,7 @@ size_t trimmedLength(std::string_view text, uint16_t codePage) {
   size_t length = 0;
   for (;;) {
     const uint8_t lead = static_cast<uint8_t>(text[length]);
-    const size_t size = codePage == kUtf8CodePage ? utf8Length(lead) : shiftJisLength(lead);
+    const size_t size = codePage == kUtf8CodePage ? lengthInUtf8(lead) : shiftJisLength(lead);
     if (size == 0 || length + size > kTrimmedLength) return length;
     length += size;
   }

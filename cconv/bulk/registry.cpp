@@ -55,8 +55,8 @@ struct TextKind {
   bool designates;  // the output has escape sequences
 };
 
-bool allMembersHaveWidth(const CharsetDef& charset, uint16_t width) {
-  for (const SubsetDef* group : charset.members) {
+bool allGroupsHaveWidth(const CharsetDef& charset, uint16_t width) {
+  for (const GroupDef* group : charset.groups) {
     if (group->bytesPerCode != width) return false;
   }
   return true;
@@ -66,7 +66,7 @@ bool allMembersHaveWidth(const CharsetDef& charset, uint16_t width) {
 // follows them: it tries the groups in order.
 bool widthsAscend(const CharsetDef& charset) {
   uint16_t width = 1;
-  for (const SubsetDef* group : charset.members) {
+  for (const GroupDef* group : charset.groups) {
     if (group->bytesPerCode < width) return false;
     width = group->bytesPerCode;
   }
@@ -95,7 +95,7 @@ std::unique_ptr<BulkConverter> makeConverter(const TableKey& key, const TextKind
                        : makeConverterFor<source_forms::Utf16<false>>(kind);
     case SourceForm::kUcs2:
       // The decoder reads as many bytes as its groups are wide.
-      if (!allMembersHaveWidth(*key.source, 2)) return nullptr;
+      if (!allGroupsHaveWidth(*key.source, 2)) return nullptr;
       return bigEndian ? makeConverterFor<source_forms::FixedUnits<2, true>>(kind)
                        : makeConverterFor<source_forms::FixedUnits<2, false>>(kind);
     case SourceForm::kUcs4:

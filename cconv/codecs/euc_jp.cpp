@@ -2,9 +2,9 @@
 
 #include <initializer_list>
 
+#include "cconv/engine/group_code.h"
 #include "cconv/engine/jis_x_0213.h"
 #include "cconv/engine/mapping.h"
-#include "cconv/engine/member_code.h"
 #include "cconv/engine/unit_writer.h"
 
 namespace ksv::codecs {
@@ -34,7 +34,7 @@ int32_t lengthFor(uint8_t lead) {
   return lead == kSingleShift2 || lead >= kFirstHighByte ? 2 : 1;
 }
 
-MemberCode memberCode(const uint8_t* bytes, int32_t length, const PairGroups& groups) {
+GroupCode groupCodeAt(const uint8_t* bytes, int32_t length, const PairGroups& groups) {
   if (length == 1) return {charset_id::kIso646Irv, bytes[0], 1};
   if (length == 3) return {groups.shiftedPairs, jisPair(bytes + 1) | groups.shiftedFlag, 3};
   if (bytes[0] == kSingleShift2) return {charset_id::kJisX0201Kana, bytes[1], 2};
@@ -59,16 +59,16 @@ void decodePacked(ConverterRecord& record, const PairGroups& groups) {
     rejectFirstByte(record);
     return;
   }
-  deliverMemberCode(record, memberCode(bytes, length, groups));
+  deliverGroupCode(record, groupCodeAt(bytes, length, groups));
 }
 
 // The group and code of a pair of the fixed-width format; group 0: there is none.
-MemberCode fixedMemberCode(uint8_t first, uint8_t second) {
-  constexpr MemberCode kNone = {0, 0, 0};
+GroupCode fixedGroupCode(uint8_t first, uint8_t second) {
+  constexpr GroupCode kNone = {0, 0, 0};
   const bool highSecond = second >= kFirstHighByte;
   if (first == 0) {
     if (highSecond) return {charset_id::kJisX0201Kana, second, 2};
-    return second <= kLastAscii ? MemberCode{charset_id::kIso646Irv, second, 2} : kNone;
+    return second <= kLastAscii ? GroupCode{charset_id::kIso646Irv, second, 2} : kNone;
   }
   if (first < kFirstHighByte) return kNone;
   const uint32_t row = (first & 0x7Fu) << 8;
@@ -145,11 +145,11 @@ void decodeEucJpFix(ConverterRecord& record) {
     return;
   }
   const uint8_t* bytes = record.input + record.inputPosition;
-  const MemberCode found = fixedMemberCode(bytes[0], bytes[1]);
+  const GroupCode found = fixedGroupCode(bytes[0], bytes[1]);
   if (found.group == 0) {
     rejectFirstByte(record);
   } else {
-    deliverMemberCode(record, found);
+    deliverGroupCode(record, found);
   }
 }
 

@@ -56,29 +56,29 @@ enum class Rows {
   kOfVendorsToo
 };
 
-// The first member that is designated and of a width that can be read.
-const SubsetDef* designatedMember(const ConverterRecord& record, Rows rows) {
+// The first group that is designated and of a width that can be read.
+const GroupDef* designatedSourceGroup(const ConverterRecord& record, Rows rows) {
   const bool isFirstEdition = record.decoderState == charset_id::kJisC6226;
   const CharsetId id =
       isFirstEdition && rows == Rows::kOfVendorsToo ? charset_id::kJisX0208 : record.decoderState;
-  for (const SubsetDef* group : sourceCharset(record)->members) {
+  for (const GroupDef* group : sourceCharset(record)->groups) {
     const uint32_t width = group->bytesPerCode;
     if (group->id == id && (width == 1 || width == 2 || width == 4)) return group;
   }
   return nullptr;
 }
 
-// The member that has a row of JIS X 0208: NEC's row 13, and the IBM characters that NEC
-// selected, are members of their own.
-const SubsetDef& memberWithRow(const CharsetDef& charset, const SubsetDef& jisX0208, uint8_t row) {
+// The group that has a row of JIS X 0208: NEC's row 13, and the IBM characters that NEC
+// selected, are groups of their own.
+const GroupDef& groupWithRow(const CharsetDef& charset, const GroupDef& jisX0208, uint8_t row) {
   constexpr uint8_t kNecRow = 0x2D;
   constexpr uint8_t kFirstIbmRow = 0x79;
   constexpr uint8_t kLastIbmRow = 0x7C;
   const bool isIbm = row >= kFirstIbmRow && row <= kLastIbmRow;
   if (row != kNecRow && !isIbm) return jisX0208;
-  const int member =
-      charset.memberWithId(isIbm ? charset_id::kNecIbmExtset : charset_id::kNecExtset);
-  return member < 0 ? jisX0208 : *charset.members[static_cast<size_t>(member)];
+  const GroupDef* group =
+      charset.findGroup(isIbm ? charset_id::kNecIbmExtset : charset_id::kNecExtset);
+  return group == nullptr ? jisX0208 : *group;
 }
 
 bool isLayoutControl(uint8_t byte) { return byte == '\r' || byte == '\n' || byte == '\t'; }
@@ -86,7 +86,7 @@ bool isLayoutControl(uint8_t byte) { return byte == '\r' || byte == '\n' || byte
 // In text of pairs line ends and tabs stand as they are.
 void deliverLayoutControl(ConverterRecord& record, uint8_t byte) {
   record.decodedGroup = charset_id::kIso646Irv;
-  record.decodedGroupType = static_cast<uint32_t>(SubsetKind::kBase);
+  record.decodedGroupType = static_cast<uint32_t>(GroupKind::kBase);
   record.rawCode = byte;
   record.groupCode = byte;
   countOneMore(record.charactersRead);
@@ -154,7 +154,7 @@ void decode(ConverterRecord& record, Rows rows) {
     return;
   }
   const uint8_t* bytes = record.input + record.inputPosition;
-  const SubsetDef* group = designatedMember(record, rows);
+  const GroupDef* group = designatedSourceGroup(record, rows);
   ++record.inputPosition;
   if (group == nullptr) {
     record.status = KSV_STATUS_INVALID;
@@ -169,7 +169,7 @@ void decode(ConverterRecord& record, Rows rows) {
     ++record.inputPosition;
     const uint32_t code = (static_cast<uint32_t>(bytes[0]) << 8 | bytes[1]) | codeFlag;
     const bool hasVendorRows = group->id == charset_id::kJisX0208 && rows == Rows::kOfVendorsToo;
-    if (hasVendorRows) group = &memberWithRow(*sourceCharset(record), *group, bytes[0]);
+    if (hasVendorRows) group = &groupWithRow(*sourceCharset(record), *group, bytes[0]);
     deliverCharacter(record, *group, code, code, 0);
   }
 }

@@ -1,13 +1,13 @@
 #include "cconv/codecs/oasys.h"
 
-#include "cconv/engine/member_code.h"
+#include "cconv/engine/group_code.h"
 #include "cconv/engine/rule_driven_decoder.h"
 #include "cconv/engine/shift_jis_codes.h"
 
 namespace ksv::codecs {
 namespace {
 
-MemberCode onlineMemberCode(uint8_t first, uint8_t second) {
+GroupCode onlineGroupCode(uint8_t first, uint8_t second) {
   const uint32_t pair = static_cast<uint32_t>(first) << 8 | second;
   if (first >= 0x80) return {charset_id::kOasysExtset, pair & 0x7FFF, 2};
   if (first >= 0x21) return {charset_id::kJisC6226, pair, 2};
@@ -33,7 +33,7 @@ void decodeOasysOnline(ConverterRecord& record) {
   } else if (left < 2) {
     record.status = KSV_STATUS_INCOMPLETE;
   } else {
-    deliverMemberCode(record, onlineMemberCode(bytes[0], bytes[1]));
+    deliverGroupCode(record, onlineGroupCode(bytes[0], bytes[1]));
   }
 }
 

@@ -13,8 +13,8 @@ constexpr bool isKatakanaByte(uint8_t byte) { return byte >= 0xA1 && byte <= 0xD
 
 void decodeSingleByte(ConverterRecord& record, uint8_t byte) {
   const bool latin = byte < 0x80;
-  const SubsetDef* group =
-      findSubsetById(latin ? charset_id::kJisX0201Latin : charset_id::kJisX0201Kana);
+  const GroupDef* group =
+      findGroupById(latin ? charset_id::kJisX0201Latin : charset_id::kJisX0201Kana);
   ++record.inputPosition;
   uint32_t unicode = 0;
   if (group != nullptr && !tableLookup(group->toUcs, byte, unicode)) unicode = 0;
@@ -27,21 +27,21 @@ void decodeSingleByte(ConverterRecord& record, uint8_t byte) {
 }
 
 // The group that holds the code of a pair, and the character; null: none does.
-const SubsetDef* findIn(CharsetId id, uint32_t code, uint32_t& unicode) {
-  const SubsetDef* group = findSubsetById(id);
+const GroupDef* findIn(CharsetId id, uint32_t code, uint32_t& unicode) {
+  const GroupDef* group = findGroupById(id);
   if (group == nullptr || !tableLookup(group->toUcs, code, unicode) || unicode == 0) {
     return nullptr;
   }
   return group;
 }
 
-const SubsetDef* findJisX0208(ConverterRecord&, uint32_t code, uint32_t& unicode) {
+const GroupDef* findJisX0208(ConverterRecord&, uint32_t code, uint32_t& unicode) {
   return findIn(charset_id::kJisX0208, code, unicode);
 }
 
-const SubsetDef* findJisX0213(ConverterRecord& record, uint32_t code, uint32_t& unicode) {
+const GroupDef* findJisX0213(ConverterRecord& record, uint32_t code, uint32_t& unicode) {
   if (const Composition* composed = findComposition(code)) {
-    const SubsetDef* group = findSubsetById(charset_id::kJisX0213);
+    const GroupDef* group = findGroupById(charset_id::kJisX0213);
     if (group != nullptr) {
       unicode = composed->base;
       record.secondCode = composed->mark;
@@ -51,10 +51,10 @@ const SubsetDef* findJisX0213(ConverterRecord& record, uint32_t code, uint32_t& 
   return findIn(charset_id::kJisX0213, code, unicode);
 }
 
-const SubsetDef* findWindows31J(ConverterRecord&, uint32_t code, uint32_t& unicode) {
+const GroupDef* findWindows31J(ConverterRecord&, uint32_t code, uint32_t& unicode) {
   for (const CharsetId id : {charset_id::kJisX0208, charset_id::kNecExtset, charset_id::kIbmExtset,
                              charset_id::kNecIbmExtset, charset_id::kWindows31JUser}) {
-    if (const SubsetDef* group = findIn(id, code, unicode)) return group;
+    if (const GroupDef* group = findIn(id, code, unicode)) return group;
   }
   return nullptr;
 }
@@ -80,7 +80,7 @@ void decodeCharacter(ConverterRecord& record, uint32_t (*toJis)(uint32_t), FindG
   const uint32_t pair = static_cast<uint32_t>(lead) << 8 | record.input[record.inputPosition + 1];
   const uint32_t code = toJis(pair);
   uint32_t unicode = 0;
-  const SubsetDef* group = code != 0 ? findGroup(record, code, unicode) : nullptr;
+  const GroupDef* group = code != 0 ? findGroup(record, code, unicode) : nullptr;
   if (group == nullptr) {
     ++record.inputPosition;
     record.status = KSV_STATUS_INVALID;

@@ -106,7 +106,7 @@ struct Ucs4Form {
 // --- Finding the group of a value. ---
 
 // Whether the group holds the value, and as which character.
-bool groupHolds(const SubsetDef& group, uint32_t value, uint32_t& unicode) {
+bool groupHolds(const GroupDef& group, uint32_t value, uint32_t& unicode) {
   if (group.isUser()) return group.userCodeToUcs(value, unicode);
   unicode = value;
   const CodeTable::Answers answers = group.toUcs.answers();
@@ -114,8 +114,8 @@ bool groupHolds(const SubsetDef& group, uint32_t value, uint32_t& unicode) {
   return answers == CodeTable::Answers::kStored && group.toUcs.find(value) != 0;
 }
 
-const SubsetDef* findGroup(const CharsetDef& charset, uint32_t value, uint32_t& unicode) {
-  for (const SubsetDef* group : charset.members) {
+const GroupDef* findGroup(const CharsetDef& charset, uint32_t value, uint32_t& unicode) {
+  for (const GroupDef* group : charset.groups) {
     if (groupHolds(*group, value, unicode)) return group;
   }
   return nullptr;
@@ -161,7 +161,7 @@ Decoded decodeValue(ConverterRecord& record, int32_t& start) {
   }
   if (Form::kComposes && mayBeCompositionBase(value)) readCompositionMark<Form>(record, value);
   uint32_t unicode = 0;
-  if (const SubsetDef* group = findGroup(*sourceCharset(record), value, unicode)) {
+  if (const GroupDef* group = findGroup(*sourceCharset(record), value, unicode)) {
     deliverCharacter(record, *group, value, value, unicode);
   } else if (value >= kFirstTagCharacter && value <= kCancelTag) {
     deliverTagCharacter(record, value);

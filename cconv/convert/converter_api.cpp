@@ -17,7 +17,7 @@
 namespace {
 
 using ksv::CharsetDef;
-using ksv::SubsetDef;
+using ksv::GroupDef;
 
 constexpr char kUtf7Name[] = "UTF-7";
 constexpr char kHzName[] = "HZ-GB-2312";
@@ -44,14 +44,14 @@ void setOptions(ConvertOptions& own, const ConvertOptions* given) {
   }
 }
 
-// Loads what the members of the charset convert by, and remembers when there is nothing
+// Loads what the groups of the charset convert by, and remembers when there is nothing
 // left to load. A table that turns out empty asks for a second attempt, and one that could
 // not be read for as many as it takes.
-void makeTablesReady(const CharsetDef& charset, ksv::CodeTable SubsetDef::*table,
+void makeTablesReady(const CharsetDef& charset, ksv::CodeTable GroupDef::*table,
                      std::atomic<bool>& areReady) {
   if (areReady.load(std::memory_order_acquire)) return;
   bool all = true;
-  for (SubsetDef* group : charset.members) {
+  for (GroupDef* group : charset.groups) {
     ksv::CodeTable& own = group->*table;
     if (group->isUser() || own.fileName.empty()) continue;
     ksv::ensureTableLoaded(&own);
@@ -107,7 +107,7 @@ uint32_t cconvInitConvert(ConverterRecord* record, const ConvertOptions* options
   clearState(*record);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
   if (ksv::anyTableWaits()) ksv::mendEncodingTables(*charset);
-  makeTablesReady(*charset, &SubsetDef::fromUcs, charset->findings.encodingTablesAreReady);
+  makeTablesReady(*charset, &GroupDef::fromUcs, charset->findings.encodingTablesAreReady);
   record->targetCharset = charset;
   record->targetCharsetId = charset->id;
   record->targetEncoder = ksv::encoderOf(*charset);
@@ -125,7 +125,7 @@ uint32_t cconvChgCharset(ConverterRecord* record, uint32_t sourceParameters[3],
   ksv::LoadedCharset* charset = ksv::findCharsetByName(name.charset);
   if (charset == nullptr) return finish(*record, KSV_STATUS_FAILURE);
   if (ksv::anyTableWaits()) ksv::mendDecodingTables(*charset);
-  makeTablesReady(*charset, &SubsetDef::toUcs, charset->findings.decodingTablesAreReady);
+  makeTablesReady(*charset, &GroupDef::toUcs, charset->findings.decodingTablesAreReady);
   record->sourceCharset = charset;
   record->sourceCharsetId = charset->id;
   record->sourceDecoder = ksv::decoderOf(*charset);

@@ -6,9 +6,9 @@
 namespace ksv {
 namespace {
 
-bool mendMembers(const CharsetDef& charset, CodeTable SubsetDef::*table) {
+bool mendGroups(const CharsetDef& charset, CodeTable GroupDef::*table) {
   bool all = true;
-  for (SubsetDef* group : charset.members) {
+  for (GroupDef* group : charset.groups) {
     if (!group->isUser()) all = mendTable(group->*table) && all;
   }
   return all;
@@ -16,12 +16,10 @@ bool mendMembers(const CharsetDef& charset, CodeTable SubsetDef::*table) {
 
 }  // namespace
 
-bool mendDecodingTables(const CharsetDef& charset) {
-  return mendMembers(charset, &SubsetDef::toUcs);
-}
+bool mendDecodingTables(const CharsetDef& charset) { return mendGroups(charset, &GroupDef::toUcs); }
 
 bool mendEncodingTables(const CharsetDef& charset) {
-  bool all = mendMembers(charset, &SubsetDef::fromUcs);
+  bool all = mendGroups(charset, &GroupDef::fromUcs);
   for (const auto& tables : charset.destTables) {
     for (const auto& table : *tables) all = mendTable(*table) && all;
   }

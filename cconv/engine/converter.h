@@ -34,7 +34,7 @@ inline void countOneMore(int32_t& count) {
 }
 
 // Leaves a character of a group behind for the encoder, positions aside.
-inline void deliverCharacter(ConverterRecord& record, const SubsetDef& group, uint32_t rawCode,
+inline void deliverCharacter(ConverterRecord& record, const GroupDef& group, uint32_t rawCode,
                              uint32_t groupCode, uint32_t unicodeCode) {
   record.decodedGroup = group.id;
   record.decodedGroupType = group.type();

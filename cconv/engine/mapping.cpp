@@ -7,7 +7,7 @@
 namespace ksv {
 namespace {
 
-void takeGroup(ConverterRecord& record, const SubsetDef& group, uint32_t outputCode,
+void takeGroup(ConverterRecord& record, const GroupDef& group, uint32_t outputCode,
                uint16_t sequenceLength) {
   record.targetGroup = group.id;
   record.targetGroupType = group.type();
@@ -19,13 +19,13 @@ void takeGroup(ConverterRecord& record, const SubsetDef& group, uint32_t outputC
 // The group that the character was decoded in passes its code on unchanged; a
 // user-defined group of the target takes its share of the Private Use Area.
 bool mapWithinSameGroup(ConverterRecord& record, const CharsetDef& target) {
-  if (!target.hasUserMembers()) {
-    const int member = target.memberWithId(record.decodedGroup);
-    if (member < 0) return false;
-    takeGroup(record, *target.members[static_cast<size_t>(member)], record.groupCode, 0);
+  if (!target.hasUserGroups()) {
+    const GroupDef* group = target.findGroup(record.decodedGroup);
+    if (group == nullptr) return false;
+    takeGroup(record, *group, record.groupCode, 0);
     return true;
   }
-  for (const SubsetDef* group : target.members) {
+  for (const GroupDef* group : target.groups) {
     if (group->isUser()) {
       uint32_t code = 0;
       if (!group->ucsToUserCode(record.unicodeCode, code)) continue;
@@ -43,7 +43,7 @@ bool mapWithinSameGroup(ConverterRecord& record, const CharsetDef& target) {
 // For codecs that only find the group and its code.
 void completeUnicode(ConverterRecord& record) {
   if (record.unicodeCode != 0 || record.groupCode == 0) return;
-  const SubsetDef* group = findSubsetById(record.decodedGroup);
+  const GroupDef* group = findGroupById(record.decodedGroup);
   if (group == nullptr) return;
   if (group->id == charset_id::kJisX0213) {
     if (const Composition* composed = findComposition(record.groupCode)) {
@@ -56,8 +56,8 @@ void completeUnicode(ConverterRecord& record) {
   if (tableLookup(group->toUcs, record.groupCode, unicode)) record.unicodeCode = unicode;
 }
 
-// Whether the member's own table has the character.
-bool memberTableHolds(const SubsetDef& group, uint32_t unicode, uint32_t& code) {
+// Whether the group's own table has the character.
+bool groupTableHolds(const GroupDef& group, uint32_t unicode, uint32_t& code) {
   const CodeTable& table = group.fromUcs;
   const CodeTable::Answers answers = table.answers();
   if (answers == CodeTable::Answers::kNothing) return false;
@@ -69,16 +69,16 @@ bool memberTableHolds(const SubsetDef& group, uint32_t unicode, uint32_t& code) 
   return code != 0 || (unicode == 0 && table.low == 0 && table.coverage.coversZero());
 }
 
-// Walks the members in order; the first that has the character, in its table or
+// Walks the groups in order; the first that has the character, in its table or
 // in one of its destination tables, takes it.
-EncodedCode walkMembers(const CharsetDef& target, uint32_t unicode) {
+EncodedCode walkGroups(const CharsetDef& target, uint32_t unicode) {
   EncodedCode found;
-  for (size_t member = 0; member < target.members.count(); ++member) {
-    const SubsetDef& group = *target.members[member];
+  for (size_t index = 0; index < target.groups.count(); ++index) {
+    const GroupDef& group = *target.groups[index];
     if (group.isUser()) continue;
-    found.member = static_cast<uint16_t>(member + 1);
-    if (memberTableHolds(group, unicode, found.code)) return found;
-    const TableList* tables = target.destTablesOf(member);
+    found.group = static_cast<uint16_t>(index + 1);
+    if (groupTableHolds(group, unicode, found.code)) return found;
+    const TableList* tables = target.destTablesOf(index);
     if (tables != nullptr && tableListLookup(*tables, unicode, found.code, found.sequenceLength)) {
       return found;
     }
@@ -90,15 +90,15 @@ EncodedCode encodeUnicode(const LoadedCharset& target, uint32_t unicode) {
   EncodedCode found;
   if (target.findings.encodedCodes.find(unicode, found)) return found;
   const ProvisionalAnswers provisional;
-  found = walkMembers(target, unicode);
+  found = walkGroups(target, unicode);
   if (!provisional.any()) target.findings.encodedCodes.remember(unicode, found);
   return found;
 }
 
 // Where control codes go that no group has.
-const SubsetDef* fallbackGroup(const CharsetDef& target) {
-  const SubsetDef* narrowest = nullptr;
-  for (const SubsetDef* group : target.members) {
+const GroupDef* fallbackGroup(const CharsetDef& target) {
+  const GroupDef* narrowest = nullptr;
+  for (const GroupDef* group : target.groups) {
     if (group->id == charset_id::kIso646Irv || group->id == charset_id::kJisX0201Latin) {
       return group;
     }
@@ -109,7 +109,7 @@ const SubsetDef* fallbackGroup(const CharsetDef& target) {
 
 bool mapControlCode(ConverterRecord& record, const CharsetDef& target) {
   if (!isControlCode(record.groupCode)) return false;
-  const SubsetDef* group = fallbackGroup(target);
+  const GroupDef* group = fallbackGroup(target);
   if (group == nullptr) return false;
   takeGroup(record, *group, record.groupCode, 0);
   return true;
@@ -118,14 +118,14 @@ bool mapControlCode(ConverterRecord& record, const CharsetDef& target) {
 bool mapThroughUnicode(ConverterRecord& record, const LoadedCharset& target) {
   completeUnicode(record);
   if (record.unicodeCode == 0 && record.rawCode != 0) return mapControlCode(record, target);
-  const SubsetDef* first = target.firstPlainMember();
+  const GroupDef* first = target.firstPlainGroup();
   if (first != nullptr && first->fromUcs.isIdentity()) {
     takeGroup(record, *first, record.unicodeCode, 0);
     return true;
   }
   const EncodedCode found = encodeUnicode(target, record.unicodeCode);
-  if (found.member == 0) return mapControlCode(record, target);
-  takeGroup(record, *target.members[found.member - 1u], found.code, found.sequenceLength);
+  if (found.group == 0) return mapControlCode(record, target);
+  takeGroup(record, *target.groups[found.group - 1u], found.code, found.sequenceLength);
   return true;
 }
 
@@ -171,7 +171,7 @@ bool windows31JMaps(uint32_t unicode) {
   const CharsetDef* charset = findCharsetById(charset_id::kWindows31J);
   if (charset == nullptr) return false;
   bool maps = false;
-  for (SubsetDef* group : charset->members) {
+  for (GroupDef* group : charset->groups) {
     if (group->isUser()) continue;
     ensureTableLoaded(&group->fromUcs);
     uint32_t code = 0;

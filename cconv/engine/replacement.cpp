@@ -20,7 +20,7 @@ constexpr ReplacementPair kLastResort = {kQuestionMark, kQuestionMark};
 // Group, type, code and width of the character in the first group that has a code
 // other than 0 for it. Leaves the replacement alone when none has.
 bool findReplacement(const CharsetDef& target, uint32_t unicode, uint32_t (&replacement)[4]) {
-  for (const SubsetDef* group : target.members) {
+  for (const GroupDef* group : target.groups) {
     if (group->isUser()) continue;
     uint32_t code = 0;
     if (!tableLookup(group->fromUcs, unicode, code) || code == 0) continue;

@@ -10,7 +10,7 @@ constexpr uint32_t kWidestSkip = 4;
 
 // Whether the group has the code, and the character that it stands for. Control
 // codes belong to every group; those without a character of their own give 0.
-bool groupHolds(const SubsetDef& group, uint32_t groupCode, uint32_t& unicode) {
+bool groupHolds(const GroupDef& group, uint32_t groupCode, uint32_t& unicode) {
   if (group.isUser()) return group.userCodeToUcs(groupCode, unicode);
   unicode = 0;
   if (tableLookup(group.toUcs, groupCode, unicode) && unicode != 0) return true;
@@ -29,7 +29,7 @@ void decodeByRules(ConverterRecord& record, ByteTransform transform) {
   const uint8_t* bytes = record.input + record.inputPosition;
   bool incomplete = false;
   uint32_t widestRead = 1;
-  for (const SubsetDef* group : sourceCharset(record)->members) {
+  for (const GroupDef* group : sourceCharset(record)->groups) {
     const uint32_t width = group->bytesPerCode;
     if (width == 0) continue;  // it would hold a character of no bytes, for ever
     if (width > left) {

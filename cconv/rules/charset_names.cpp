@@ -2,17 +2,14 @@
 
 #include <cstring>
 
+#include "common/byte_blocks.h"
+
 namespace ksv {
 namespace {
 
-constexpr uint64_t everyByte(uint8_t byte) { return uint64_t{0x0101010101010101} * byte; }
-
 // Lowers A to Z in each of eight bytes.
 constexpr uint64_t lowered(uint64_t bytes) {
-  const uint64_t low = bytes & everyByte(0x7F);
-  const uint64_t fromA = low + everyByte(0x80 - 'A');
-  const uint64_t aboveZ = low + everyByte(0x7F - 'Z');
-  return bytes | (fromA & ~aboveZ & ~bytes & everyByte(0x80)) >> 2;
+  return bytes | (~bytesOutside<'A', 'Z'>(bytes) & kHighBits) >> 2;
 }
 
 template <typename Word>
@@ -52,7 +49,7 @@ inline size_t CharsetNames::hashOf(std::string_view name) {
 }
 
 LoadedCharset* CharsetNames::find(std::string_view name) const {
-  if (name.size() > kLongest) return nullptr;
+  if (name.size() > limits::kLongestQuickName) return nullptr;
   const Key key = keyOf(name);
   for (size_t place = hashOf(name);; ++place) {
     const Slot& slot = slots_[place % kSlots];
@@ -61,7 +58,9 @@ LoadedCharset* CharsetNames::find(std::string_view name) const {
 }
 
 void CharsetNames::enter(std::string_view name, LoadedCharset* charset) {
-  if (name.size() > kLongest || count_ == kMostNames || find(name) != nullptr) return;
+  if (name.size() > limits::kLongestQuickName || count_ == limits::kMostQuickNames ||
+      find(name) != nullptr)
+    return;
   size_t place = hashOf(name);
   while (slots_[place % kSlots].charset != nullptr) ++place;
   slots_[place % kSlots] = {keyOf(name), charset};

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "cconv/limits.h"
+
 namespace ksv {
 
 struct LoadedCharset;
@@ -23,10 +25,7 @@ class CharsetNames {
   LoadedCharset* find(std::string_view name) const;
 
  private:
-  static constexpr size_t kLongest = 16;
-  // A quarter is filled by the charsets of a large directory.
-  static constexpr size_t kSlots = 256;
-  static constexpr size_t kMostNames = 128;
+  static constexpr size_t kSlots = limits::kSlotsOfQuickNames;
 
   struct Key {
     uint64_t first = 0;  // the first eight bytes, or as many as there are

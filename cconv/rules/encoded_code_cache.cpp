@@ -27,7 +27,7 @@ EncodedCodeCache::~EncodedCodeCache() {
 }
 
 void EncodedCodeCache::remember(uint32_t unicode, const EncodedCode& found) {
-  if (unicode >= kCodes || found.member > 0x7FFF) return;
+  if (unicode >= kCodes || found.group > 0x7FFF) return;
   Page* page = nullptr;
   if (unicode < kFirstBeyond) {
     page = madeAt(pages_[unicode >> 8]);
@@ -36,7 +36,7 @@ void EncodedCodeCache::remember(uint32_t unicode, const EncodedCode& found) {
   }
   if (page == nullptr) return;
   const uint64_t entry =
-      kKnown | uint64_t{found.member} << 48 | uint64_t{found.sequenceLength} << 32 | found.code;
+      kKnown | uint64_t{found.group} << 48 | uint64_t{found.sequenceLength} << 32 | found.code;
   pauseForTests(PublicationStep::kWord);
   (*page)[unicode & 0xFF].store(entry, std::memory_order_relaxed);
 }

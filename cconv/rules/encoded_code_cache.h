@@ -5,16 +5,18 @@
 #include <atomic>
 #include <cstdint>
 
+#include "cconv/limits.h"
+
 namespace ksv {
 
 // What a charset writes for a Unicode code.
 struct EncodedCode {
   uint32_t code = 0;
   uint16_t sequenceLength = 0;  // non-zero: a destination table's sequence
-  uint16_t member = 0;          // index of the member plus 1; 0: no member has it
+  uint16_t group = 0;           // index of the group in the charset plus 1; 0: none has it
 };
 
-// Remembers, for one charset, what the walk along its members found for a
+// Remembers, for one charset, what the walk along its groups found for a
 // Unicode code. Filled code by code by whoever asks first; safe from any thread: pages are
 // published zeroed, and an entry is a word that says all by itself (publication.h).
 // At most 8.9 MB a charset, when all of Unicode is asked for.
@@ -31,7 +33,7 @@ class EncodedCodeCache {
     const uint64_t entry = (*page)[unicode & 0xFF].load(std::memory_order_relaxed);
     found.code = static_cast<uint32_t>(entry);
     found.sequenceLength = static_cast<uint16_t>(entry >> 32);
-    found.member = static_cast<uint16_t>((entry >> 48) & 0x7FFF);
+    found.group = static_cast<uint16_t>((entry >> 48) & 0x7FFF);
     return entry != 0;
   }
 
@@ -39,7 +41,7 @@ class EncodedCodeCache {
   void remember(uint32_t unicode, const EncodedCode& found);
 
  private:
-  static constexpr uint32_t kCodes = 0x110000;
+  static constexpr uint32_t kCodes = limits::kRememberedCodes;
   static constexpr uint64_t kKnown = uint64_t{1} << 63;
   static constexpr uint32_t kFirstBeyond = 0x10000;
   using Page = std::array<std::atomic<uint64_t>, 256>;

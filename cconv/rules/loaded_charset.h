@@ -17,7 +17,7 @@ struct CharsetFindings {
   // What the codec table has for the names of the rule file; null until somebody has looked.
   std::atomic<const CodecEntry*> encoder = nullptr;
   std::atomic<const CodecEntry*> decoder = nullptr;
-  // Whether the tables from and to Unicode of all members are as they will stay: those
+  // Whether the tables from and to Unicode of all groups are as they will stay: those
   // that have a file are loaded. Set by whoever finds it so, behind what makes it so: the
   // tables' own flags, which he has seen.
   std::atomic<bool> encodingTablesAreReady = false;

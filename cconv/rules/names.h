@@ -1,4 +1,4 @@
-// Charset and subset names, and the numbers they are found by.
+// Charset and group names, and the numbers they are found by.
 #pragma once
 
 #include <cstddef>

@@ -42,10 +42,10 @@ bool RuleLists::addCharset(std::unique_ptr<LoadedCharset> charset) {
   return true;
 }
 
-bool RuleLists::addSubset(std::unique_ptr<SubsetDef> subset) {
+bool RuleLists::addGroup(std::unique_ptr<GroupDef> group) {
   derived.reset();
-  SubsetDef* added = subset.get();
-  if (!enter(subsets_, subsetsById_, std::move(subset))) return false;
+  GroupDef* added = group.get();
+  if (!enter(groups_, groupsById_, std::move(group))) return false;
   const CharsetId wellKnown = added->id - kFirstWellKnown;
   if (wellKnown < kWellKnownCount && wellKnown_[wellKnown] == nullptr) {
     wellKnown_[wellKnown] = added;
@@ -91,12 +91,6 @@ namespace {
 constexpr char kMutexName[] = "CtableMutex";
 constexpr char kPathSetting[] = "Charsetpath";
 
-platform::NamedMutex* openTableMutex() try {
-  return platform::NamedMutex::open(kMutexName).release();
-} catch (const std::bad_alloc&) {
-  return nullptr;
-}
-
 }  // namespace
 }  // namespace ksv
 
@@ -114,7 +108,8 @@ int startProcess() {
     return 1;
   }
   // Left from a start that failed: the lock outlives it.
-  if (ruleBase.tableMutex == nullptr) ruleBase.tableMutex = ksv::openTableMutex();
+  if (ruleBase.tableMutex == nullptr)
+    ruleBase.tableMutex = ksv::platform::NamedMutex::open(ksv::kMutexName).release();
   ruleBase.blockSize = 0;
   ruleBase.lists = new (std::nothrow) ksv::RuleLists;
   if (ruleBase.lists == nullptr) return 0;

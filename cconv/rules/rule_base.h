@@ -50,34 +50,34 @@ class RuleLists {
  public:
   // Both return false when the list is full.
   bool addCharset(std::unique_ptr<LoadedCharset> charset);
-  bool addSubset(std::unique_ptr<SubsetDef> subset);
+  bool addGroup(std::unique_ptr<GroupDef> group);
 
   LoadedCharset* findCharset(CharsetId id) const;
   // The charset whose number is that of the name.
   LoadedCharset* findCharset(std::string_view name) const;
-  SubsetDef* findSubset(CharsetId id) const {
+  GroupDef* findGroup(CharsetId id) const {
     const CharsetId wellKnown = id - kFirstWellKnown;
     if (wellKnown < kWellKnownCount) return wellKnown_[wellKnown];
-    const auto found = subsetsById_.find(id);
-    return found == subsetsById_.end() ? nullptr : found->second;
+    const auto found = groupsById_.find(id);
+    return found == groupsById_.end() ? nullptr : found->second;
   }
 
   // Filled by the conversion engine; reset before anything is added.
   DerivedPlace derived;
 
   const RuleList<std::unique_ptr<LoadedCharset>>& charsets() const { return charsets_; }
-  const RuleList<std::unique_ptr<SubsetDef>>& subsets() const { return subsets_; }
+  const RuleList<std::unique_ptr<GroupDef>>& groups() const { return groups_; }
 
  private:
   static constexpr CharsetId kFirstWellKnown = 2001;
   static constexpr CharsetId kWellKnownCount = 12;
 
   RuleList<std::unique_ptr<LoadedCharset>> charsets_;
-  RuleList<std::unique_ptr<SubsetDef>> subsets_;
+  RuleList<std::unique_ptr<GroupDef>> groups_;
   std::unordered_map<CharsetId, LoadedCharset*> charsetsById_;
   CharsetNames charsetsByName_;
-  std::unordered_map<CharsetId, SubsetDef*> subsetsById_;
-  SubsetDef* wellKnown_[kWellKnownCount] = {};
+  std::unordered_map<CharsetId, GroupDef*> groupsById_;
+  GroupDef* wellKnown_[kWellKnownCount] = {};
 };
 
 struct RuleBase {
@@ -106,8 +106,8 @@ extern constinit RuleBase ruleBase;
 inline LoadedCharset* findCharsetById(CharsetId id) {
   return ruleBase.lists != nullptr ? ruleBase.lists->findCharset(id) : nullptr;
 }
-inline SubsetDef* findSubsetById(CharsetId id) {
-  return ruleBase.lists != nullptr ? ruleBase.lists->findSubset(id) : nullptr;
+inline GroupDef* findGroupById(CharsetId id) {
+  return ruleBase.lists != nullptr ? ruleBase.lists->findGroup(id) : nullptr;
 }
 // By name, without regard to case. A null name, or one of 260 bytes or more, is
 // unknown.

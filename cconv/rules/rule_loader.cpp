@@ -11,6 +11,7 @@
 #include "cconv/rules/rule_path.h"
 #include "common/directory.h"
 #include "common/faults.h"
+#include "common/guard.h"
 #include "ksv_cconv.h"
 
 namespace ksv {
@@ -38,11 +39,11 @@ bool attachTableFile(const RuleText& declaring, const RuleElement& element, Code
   return true;
 }
 
-// Reads the file that a member of a charset refers to. Null when it cannot.
-const RuleText* readReferencedFile(const RuleElement& member, RuleFiles& files) {
-  const auto entity = member.entityReference();
+// Reads the file of the group that a charset file refers to. Null when it cannot.
+const RuleText* readReferencedFile(const RuleElement& element, RuleFiles& files) {
+  const auto entity = element.entityReference();
   if (!entity) return nullptr;
-  const RuleText& charsetText = member.text();
+  const RuleText& charsetText = element.text();
   const auto file = entityFile(charsetText, *entity);
   return file ? files.read(*file, charsetText.encoding, charsetText.bigEndian) : nullptr;
 }
@@ -52,27 +53,27 @@ void passRanges(RuleReader& reader) {
 }
 
 // "defined" and "srtable", both optional, in this order.
-bool readCodesAndTable(const RuleText& charsetText, RuleReader& reader, SubsetDef& subset) {
+bool readCodesAndTable(const RuleText& charsetText, RuleReader& reader, GroupDef& group) {
   if (const auto defined = reader.passElement("defined")) {
-    if (!parseDefinedRanges(*defined, subset.defined)) return false;
+    if (!parseDefinedRanges(*defined, group.defined)) return false;
   }
   const auto table = reader.findElement("srtable");
-  return !table || (attachTableFile(charsetText, *table, subset.toUcs) &&
-                    attachTableFile(charsetText, *table, subset.fromUcs));
+  return !table || (attachTableFile(charsetText, *table, group.toUcs) &&
+                    attachTableFile(charsetText, *table, group.fromUcs));
 }
 
-struct SubsetForm {
+struct GroupForm {
   const char* rootTag;
   const char* codeTag;
-  SubsetKind kind;
+  GroupKind kind;
 };
-constexpr SubsetForm kBaseForm = {"subseta", "code", SubsetKind::kBase};
-constexpr SubsetForm kDifferenceForm = {"subsetb", "codeb", SubsetKind::kDifference};
+constexpr GroupForm kBaseForm = {"subseta", "code", GroupKind::kBase};
+constexpr GroupForm kDifferenceForm = {"subsetb", "codeb", GroupKind::kDifference};
 
 // A base or difference set. Each element is looked for behind the one before.
-std::unique_ptr<SubsetDef> buildSubset(const RuleElement& member, const SubsetForm& form,
-                                       RuleFiles& files) {
-  const RuleText* const text = readReferencedFile(member, files);
+std::unique_ptr<GroupDef> buildGroup(const RuleElement& element, const GroupForm& form,
+                                     RuleFiles& files) {
+  const RuleText* const text = readReferencedFile(element, files);
   if (text == nullptr) return nullptr;
   RuleReader reader(*text);
   if (!reader.enterElement(form.rootTag)) return nullptr;
@@ -83,17 +84,17 @@ std::unique_ptr<SubsetDef> buildSubset(const RuleElement& member, const SubsetFo
   const auto code = reader.enterElement(form.codeTag);
   if (!code) return nullptr;
 
-  std::string subsetName = name->content();
-  if (!fitsName(subsetName)) return nullptr;
-  auto subset = std::make_unique<SubsetDef>(std::move(subsetName), form.kind, decimalBytes(*code));
-  if (form.kind == SubsetKind::kBase) {
+  std::string groupName = name->content();
+  if (!fitsName(groupName)) return nullptr;
+  auto group = std::make_unique<GroupDef>(std::move(groupName), form.kind, decimalBytes(*code));
+  if (form.kind == GroupKind::kBase) {
     passRanges(reader);
   } else {
-    subset->basedon = code->attribute("basedon=").value_or("");
+    group->basedon = code->attribute("basedon=").value_or("");
   }
-  if (!readCodesAndTable(member.text(), reader, *subset)) return nullptr;
-  subset->lang = lang->attribute("domain=").value_or("");
-  return subset;
+  if (!readCodesAndTable(element.text(), reader, *group)) return nullptr;
+  group->lang = lang->attribute("domain=").value_or("");
+  return group;
 }
 
 // A quoted hexadecimal attribute, kept to 16 bits, from inside the element on.
@@ -105,27 +106,27 @@ std::optional<uint16_t> hexAttribute(const RuleElement& element, const char* wor
   return static_cast<uint16_t>(parseHex(*value));
 }
 
-std::unique_ptr<SubsetDef> buildUserSubset(const RuleElement& member, RuleFiles& files) {
-  const RuleText* const text = readReferencedFile(member, files);
+std::unique_ptr<GroupDef> buildUserGroup(const RuleElement& element, RuleFiles& files) {
+  const RuleText* const text = readReferencedFile(element, files);
   if (text == nullptr) return nullptr;
   RuleReader reader(*text);
   const auto name = reader.passElement("name");
   if (!name) return nullptr;
   const auto code = reader.enterElement("codec");
   if (!code) return nullptr;
-  std::string subsetName = name->content();
-  if (!fitsName(subsetName)) return nullptr;
-  auto subset =
-      std::make_unique<SubsetDef>(std::move(subsetName), SubsetKind::kUser, decimalBytes(*code));
+  std::string groupName = name->content();
+  if (!fitsName(groupName)) return nullptr;
+  auto group =
+      std::make_unique<GroupDef>(std::move(groupName), GroupKind::kUser, decimalBytes(*code));
   passRanges(reader);
   if (const auto range = reader.findElement("defrange")) {
     const auto start = hexAttribute(*range, "start=");
     const auto number = hexAttribute(*range, "number=");
     if (!start || !number) return nullptr;
-    subset->defStart = *start;
-    subset->defNumber = *number;
+    group->defStart = *start;
+    group->defNumber = *number;
   }
-  return subset;
+  return group;
 }
 
 // The codec names of the "rule" element; both or none. The second is searched
@@ -157,57 +158,57 @@ std::unique_ptr<CodeTable> buildDestTable(const RuleElement& element) {
   return table;
 }
 
-// The "dstable" elements whose content ends inside the member's.
-std::unique_ptr<TableList> readDestTables(const RuleElement& member) {
+// The "dstable" elements whose content ends inside the group's.
+std::unique_ptr<TableList> readDestTables(const RuleElement& group) {
   auto tables = std::make_unique<TableList>();
-  RuleReader reader(member);
+  RuleReader reader(group);
   while (const auto element = reader.passElement("dstable")) {
-    if (element->end() >= member.end()) break;
+    if (element->end() >= group.end()) break;
     auto table = buildDestTable(*element);
     if (table && tables->append(std::move(table)) == 0) return nullptr;
   }
   return tables;
 }
 
-// The first definition of a subset in the process wins; a later one is dropped.
-bool addMember(CharsetDef& charset, std::unique_ptr<SubsetDef> subset) {
-  const CharsetId id = subset->id;
-  if (findSubsetById(id) == nullptr && !ruleBase.lists->addSubset(std::move(subset))) return false;
-  return charset.members.append(findSubsetById(id)) != 0;
+// The first definition of a group in the process wins; a later one is dropped.
+bool addGroup(CharsetDef& charset, std::unique_ptr<GroupDef> group) {
+  const CharsetId id = group->id;
+  if (findGroupById(id) == nullptr && !ruleBase.lists->addGroup(std::move(group))) return false;
+  return charset.groups.append(findGroupById(id)) != 0;
 }
 
-struct MemberElement {
+struct GroupElement {
   RuleElement content;
   bool isDifference;
 };
 
 // The next "baseset" or "diffset", whichever comes first.
-std::optional<MemberElement> nextMember(const RuleReader& reader) {
+std::optional<GroupElement> nextGroup(const RuleReader& reader) {
   const auto base = reader.findElement("baseset");
   const auto difference = reader.findElement("diffset");
   if (difference && (!base || difference->start() < base->start()))
-    return MemberElement{*difference, true};
-  if (base) return MemberElement{*base, false};
+    return GroupElement{*difference, true};
+  if (base) return GroupElement{*base, false};
   return std::nullopt;
 }
 
-bool readMembers(RuleReader reader, CharsetDef& charset, RuleFiles& files) {
-  while (const auto member = nextMember(reader)) {
-    auto subset =
-        buildSubset(member->content, member->isDifference ? kDifferenceForm : kBaseForm, files);
-    if (!subset) return false;
-    auto tables = readDestTables(member->content);
+bool readGroups(RuleReader reader, CharsetDef& charset, RuleFiles& files) {
+  while (const auto element = nextGroup(reader)) {
+    auto group =
+        buildGroup(element->content, element->isDifference ? kDifferenceForm : kBaseForm, files);
+    if (!group) return false;
+    auto tables = readDestTables(element->content);
     if (!tables || charset.destTables.append(std::move(tables)) == 0) return false;
-    if (!addMember(charset, std::move(subset))) return false;
-    reader.passElement(member->content);
+    if (!addGroup(charset, std::move(group))) return false;
+    reader.passElement(element->content);
   }
   const auto user = reader.findElement("eudcset");
   if (!user) return true;
-  auto subset = buildUserSubset(*user, files);
-  return subset && addMember(charset, std::move(subset));
+  auto group = buildUserGroup(*user, files);
+  return group && addGroup(charset, std::move(group));
 }
 
-// The subset files stand in the charset directory beside the charset files, so this
+// The group files stand in the charset directory beside the charset files, so this
 // is asked to load them, too.
 bool loadCharset(const std::string& path, RuleFiles& files) {
   constexpr TextEncodingKind kDefault = TextEncodingKind::kUtf16;
@@ -225,8 +226,8 @@ bool loadCharset(const std::string& path, RuleFiles& files) {
   if (!fitsName(charset->name)) return false;
   charset->id = nameToId(charset->name.data());
   if (findCharsetById(charset->id) != nullptr) return true;
-  // Members may stand in front of all this.
-  if (!readRuleNames(reader, *charset) || !readMembers(RuleReader(text), *charset, files))
+  // Groups may stand in front of all this.
+  if (!readRuleNames(reader, *charset) || !readGroups(RuleReader(text), *charset, files))
     return false;
   charset->buildIndexes();
   return ruleBase.lists->addCharset(std::move(charset));
@@ -274,11 +275,10 @@ bool parseDefinedRanges(const RuleElement& defined, RangeSet& ranges) {
 
 }  // namespace ksv
 
-int cconvLoadRule() try {
-  const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
-  if (ksv::ruleBase.lists == nullptr) return 0;
-  return ksv::loadAllRuleFiles(ksv::ruleBase.path()) > 0 ? 1 : 0;
-} catch (const std::bad_alloc&) {
-  ksv::noteNoMemory("");
-  return 0;
+int cconvLoadRule() {
+  return ksv::guardedAndNoted(0, [] {
+    const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
+    if (ksv::ruleBase.lists == nullptr) return 0;
+    return ksv::loadAllRuleFiles(ksv::ruleBase.path()) > 0 ? 1 : 0;
+  });
 }

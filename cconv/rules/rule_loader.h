@@ -1,14 +1,14 @@
-// Loading of rule files: one file a charset, which names its member subsets and
+// Loading of rule files: one file a charset, which names its groups and
 // their tables through entity declarations.
 //
 //     <charset>                     a charset file
 //       <name>Shift_JIS</name>
 //       <rule construle="constShift_JIS" destrule="destShift_JIS"/>
-//       <baseset>&subset;             kind 1, in the order members are tried
+//       <baseset>&group;             kind 1, in the order groups are tried
 //         <dstable bytenum="2">&table;</dstable>
 //       </baseset>
-//       <diffset>&subset;</diffset>   kind 2
-//       <eudcset>&subset;</eudcset>   kind 3
+//       <diffset>&group;</diffset>   kind 2
+//       <eudcset>&group;</eudcset>   kind 3
 //     </charset>
 #pragma once
 

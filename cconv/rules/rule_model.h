@@ -1,4 +1,4 @@
-// The rule model: charsets and the subsets that they are made of, as the rule files describe
+// The rule model: charsets and the groups that they are made of, as the rule files describe
 // them, and the indexes that stand beside the model's lists so that no look-up walks them.
 // What conversions learn of a charset stands in loaded_charset.h.
 #pragma once
@@ -14,7 +14,7 @@
 
 namespace ksv {
 
-enum class SubsetKind : uint16_t { kBase = 1, kDifference = 2, kUser = 3 };
+enum class GroupKind : uint16_t { kBase = 1, kDifference = 2, kUser = 3 };
 
 struct CodeRange {
   uint32_t first;
@@ -30,12 +30,12 @@ struct RangeSet {
 };
 
 // One character set that charsets are built from.
-struct SubsetDef {
-  SubsetDef(std::string subsetName, SubsetKind subsetKind, uint16_t bytes);
+struct GroupDef {
+  GroupDef(std::string groupName, GroupKind groupKind, uint16_t bytes);
 
   std::string name;  // as written in the rule file
   CharsetId id;
-  SubsetKind kind;
+  GroupKind kind;
   uint16_t bytesPerCode;
   std::string lang;
   RangeSet defined;
@@ -46,7 +46,7 @@ struct SubsetDef {
   uint16_t defNumber = 0;  // which map onto U+E000 and up
 
   uint32_t type() const { return static_cast<uint32_t>(kind); }
-  bool isUser() const { return kind == SubsetKind::kUser; }
+  bool isUser() const { return kind == GroupKind::kUser; }
 
   // The share of a user-defined set in the Private Use Area, there and back; false
   // outside it.
@@ -69,36 +69,36 @@ struct SubsetDef {
 struct CharsetDef {
   std::string name;  // lower-cased
   CharsetId id = 0;
-  std::string construle;         // the encoder's name in the codec table
-  std::string destrule;          // the decoder's
-  RuleList<SubsetDef*> members;  // owned by the registry of subsets
-  // One list for each base or difference member, in member order.
+  std::string construle;       // the encoder's name in the codec table
+  std::string destrule;        // the decoder's
+  RuleList<GroupDef*> groups;  // tried in this order; owned by RuleLists
+  // One list for each base or difference group, in their order.
   RuleList<std::unique_ptr<TableList>> destTables;
 
-  // Call once when all members are there.
+  // Call once when all groups are there.
   void buildIndexes();
 
-  // Index of the first member with that id, -1 when there is none.
-  int memberWithId(CharsetId subset) const {
-    for (uint32_t slot = subset & idSlotMask_;; slot = (slot + 1) & idSlotMask_) {
-      const int member = idSlots_[slot];
-      if (member < 0 || members[static_cast<size_t>(member)]->id == subset) return member;
+  // The first group with that id, null when there is none.
+  GroupDef* findGroup(CharsetId group) const {
+    for (uint32_t slot = group & idSlotMask_;; slot = (slot + 1) & idSlotMask_) {
+      GroupDef* const found = idSlots_[slot];
+      if (found == nullptr || found->id == group) return found;
     }
   }
 
-  const TableList* destTablesOf(size_t member) const {
-    return member < destTables.count() ? destTables[member].get() : nullptr;
+  const TableList* destTablesOf(size_t group) const {
+    return group < destTables.count() ? destTables[group].get() : nullptr;
   }
 
-  // The first member that is not user-defined, null when there is none.
-  const SubsetDef* firstPlainMember() const { return firstPlainMember_; }
-  bool hasUserMembers() const { return hasUserMembers_; }
+  // The first group that is not user-defined, null when there is none.
+  const GroupDef* firstPlainGroup() const { return firstPlainGroup_; }
+  bool hasUserGroups() const { return hasUserGroups_; }
 
  private:
-  std::vector<int32_t> idSlots_;  // open addressing by id, -1: free
+  std::vector<GroupDef*> idSlots_;  // open addressing by id, null: free
   uint32_t idSlotMask_ = 0;
-  const SubsetDef* firstPlainMember_ = nullptr;
-  bool hasUserMembers_ = false;
+  const GroupDef* firstPlainGroup_ = nullptr;
+  bool hasUserGroups_ = false;
 };
 
 }  // namespace ksv

@@ -204,9 +204,9 @@ TEST(CharsetDirectory, gives_every_subset_an_id_of_its_own) {
   size_t files = 0;
   for (const fs::path& file : filesOf(charsetDirectory(), ".xml"))
     files += file.filename().string().starts_with("set.") ? 1 : 0;
-  EXPECT_EQ(ksv::ruleBase.lists->subsets().count(), files);
+  EXPECT_EQ(ksv::ruleBase.lists->groups().count(), files);
   std::set<ksv::CharsetId> ids;
-  for (const auto& subset : ksv::ruleBase.lists->subsets())
+  for (const auto& subset : ksv::ruleBase.lists->groups())
     EXPECT_TRUE(ids.insert(subset->id).second);
 }
 
@@ -258,7 +258,7 @@ std::set<std::string> tablesReadFor(const std::string& source, const std::string
   const RuleBase rules;
   Converter(source, target, ByteOrder::kBig).convert("A");
   std::set<std::string> files;
-  for (const auto& subset : ksv::ruleBase.lists->subsets()) {
+  for (const auto& subset : ksv::ruleBase.lists->groups()) {
     for (const ksv::CodeTable* table : {&subset->toUcs, &subset->fromUcs})
       if (table->isLoaded()) files.insert(table->fileName);
   }

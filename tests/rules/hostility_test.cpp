@@ -105,13 +105,13 @@ TEST_F(HostileFiles, deeply_nested_are_read_without_recursion) {
   EXPECT_EQ(ruleBase.lists->charsets().count(), 0);
 }
 
-TEST_F(HostileFiles, that_include_themselves_as_a_member_end) {
+TEST_F(HostileFiles, that_include_themselves_as_a_group_end) {
   EXPECT_FALSE(
       loads(charset(entity("self", "charset.xml"), "<name>cs</name><baseset>&self;</baseset>")));
   EXPECT_TRUE(loads(charset(entity("self", "charset.xml"),
                             "<name>cs</name><baseset>&self;</baseset><subseta><name>s</name>"
                             "<lang x=\"\"/><code x=\"\"/></subseta>")));
-  EXPECT_EQ(findCharsetByName("cs")->members.count(), 1);
+  EXPECT_EQ(findCharsetByName("cs")->groups.count(), 1);
 }
 
 TEST_F(HostileFiles, with_entities_of_no_name_or_a_huge_one_are_refused) {
@@ -124,21 +124,21 @@ TEST_F(HostileFiles, with_entities_of_no_name_or_a_huge_one_are_refused) {
 // Each entity is declared far from where the search for it begins.
 std::string manyEntities(size_t count) {
   std::string declarations;
-  std::string members;
+  std::string groups;
   for (size_t i = 0; i < count; ++i) {
     const std::string name = "n" + std::to_string(100000 + i);
     declarations += entity(name, "s.set");
-    members.insert(0, "<baseset>&" + name + ";</baseset>");
+    groups.insert(0, "<baseset>&" + name + ";</baseset>");
   }
-  return charset(declarations, "<name>cs</name>" + members);
+  return charset(declarations, "<name>cs</name>" + groups);
 }
 
 TEST_F(HostileFiles, of_thousands_of_entities_are_searched_in_proportion_to_their_size) {
-  directory_.writeRule("s.set", baseSubset("s"));
+  directory_.writeRule("s.set", baseGroup("s"));
   const std::string most = manyEntities(550);
   ASSERT_GT(most.size(), 30000u);
   EXPECT_TRUE(loads(most)) << "as many as there is room for in 32 Ki characters";
-  EXPECT_EQ(findCharsetByName("cs")->members.count(), 550);
+  EXPECT_EQ(findCharsetByName("cs")->groups.count(), 550);
   endProcess();
   ASSERT_EQ(startProcess(), 1);
   const std::string tooMany = manyEntities(20000);
@@ -146,16 +146,16 @@ TEST_F(HostileFiles, of_thousands_of_entities_are_searched_in_proportion_to_thei
 }
 
 TEST_F(HostileFiles, that_name_one_entity_thousands_of_times_are_searched_for_it_once) {
-  directory_.writeRule("s.set", baseSubset("s"));
+  directory_.writeRule("s.set", baseGroup("s"));
   const std::string declarations = repeated("<!-- -->x ", kMillion) + entity("set", "s.set");
-  const std::string members = repeated("<baseset>&set;</baseset>", 24 * 60000);
-  expectLinear([&] { EXPECT_TRUE(loads(charset(declarations, "<name>cs</name>" + members))); });
-  EXPECT_EQ(findCharsetByName("cs")->members.count(), 60000);
+  const std::string groups = repeated("<baseset>&set;</baseset>", 24 * 60000);
+  expectLinear([&] { EXPECT_TRUE(loads(charset(declarations, "<name>cs</name>" + groups))); });
+  EXPECT_EQ(findCharsetByName("cs")->groups.count(), 60000);
 }
 
 TEST_F(HostileFiles,
        of_thousands_of_elements_that_lack_what_is_looked_for_are_read_in_linear_time) {
-  directory_.writeRule("s.set", baseSubset("s"));
+  directory_.writeRule("s.set", baseGroup("s"));
   const std::string declarations = entity("set", "s.set") + entity("t", "t.txt");
   int number = 0;
   for (const char* element : {"<dstable>x</dstable>", "<dstable>&x</dstable>",
@@ -181,11 +181,11 @@ TEST_F(HostileFiles, with_a_huge_bytenum_convert_nothing_and_allocate_nothing) {
                             "<name>cs</name><baseset>&set;<dstable bytenum=\"FFFFFFFFFFFF\">"
                             "&table;</dstable></baseset>")));
   const CharsetDef& found = *findCharsetByName("cs");
-  SubsetDef& subset = *found.members[0];
-  EXPECT_EQ(subset.bytesPerCode, 65535);
-  EXPECT_TRUE(ensureTableLoaded(&subset.fromUcs));
+  GroupDef& group = *found.groups[0];
+  EXPECT_EQ(group.bytesPerCode, 65535);
+  EXPECT_TRUE(ensureTableLoaded(&group.fromUcs));
   uint32_t value = 0;
-  EXPECT_TRUE(tableLookup(subset.fromUcs, 0x3001, value));
+  EXPECT_TRUE(tableLookup(group.fromUcs, 0x3001, value));
   EXPECT_EQ(value, 0x8141u);
   uint16_t bytes = 0;
   EXPECT_TRUE(tableListLookup(*found.destTables[0], 0x3000, value, bytes));
@@ -228,10 +228,10 @@ TEST_F(NamesAtTheirLimit, have_259_bytes_for_a_charset) {
   EXPECT_EQ(cconvInitConvert(&record, nullptr, std::string(kMillion, 'n').c_str()), 1u);
 }
 
-TEST_F(NamesAtTheirLimit, have_259_bytes_for_a_subset) {
+TEST_F(NamesAtTheirLimit, have_259_bytes_for_a_group) {
   for (const size_t length : {259u, 260u}) {
     const std::string number = std::to_string(length);
-    directory_.writeRule("s.xml", baseSubset(std::string(length, 's')));
+    directory_.writeRule("s.xml", baseGroup(std::string(length, 's')));
     directory_.writeRule("u.xml", "<name>" + std::string(length, 'u') + "</name><codec x=\"\"/>");
     const std::string declarations = entity("set", "s.xml") + entity("user", "u.xml");
     EXPECT_EQ(loads(charset(declarations, "<name>a" + number + "</name><baseset>&set;</baseset>")),
@@ -242,7 +242,7 @@ TEST_F(NamesAtTheirLimit, have_259_bytes_for_a_subset) {
 }
 
 TEST_F(NamesAtTheirLimit, have_259_bytes_for_a_table_file) {
-  directory_.writeRule("s.xml", baseSubset("s", "<srtable>&table;</srtable>"));
+  directory_.writeRule("s.xml", baseGroup("s", "<srtable>&table;</srtable>"));
   // Long by going nowhere, so that every system opens it.
   const std::string here = repeated("./", 254);
   for (const size_t length : {259u, 260u}) {
@@ -254,9 +254,9 @@ TEST_F(NamesAtTheirLimit, have_259_bytes_for_a_table_file) {
                                           "<dstable>&table;</dstable></baseset>"));
     EXPECT_EQ(loaded, length == 259);
   }
-  SubsetDef& subset = *findCharsetByName("a259")->members[0];
+  GroupDef& group = *findCharsetByName("a259")->groups[0];
   directory_.writeTable("t.txt", "8140 3000\r\n8141 3001");
-  EXPECT_TRUE(ensureTableLoaded(&subset.toUcs));
+  EXPECT_TRUE(ensureTableLoaded(&group.toUcs));
   EXPECT_EQ(directory_.read("t.cmp"), compiledBytes({{0x8140, 0x3000}, {0x8141, 0x3001}}));
 }
 
@@ -293,7 +293,7 @@ TEST_F(HostileFiles, of_random_bytes_are_refused_or_loaded_and_never_more) {
   }
   for (const auto& found : ruleBase.lists->charsets()) {
     EXPECT_EQ(findCharsetById(found->id), found.get());
-    for (const SubsetDef* member : found->members) EXPECT_EQ(findSubsetById(member->id), member);
+    for (const GroupDef* group : found->groups) EXPECT_EQ(findGroupById(group->id), group);
   }
 }
 

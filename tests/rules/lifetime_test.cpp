@@ -28,7 +28,7 @@ TEST_F(Lifetime, start_makes_empty_lists_and_the_lock) {
   EXPECT_EQ(ruleBase.refCount, 1u);
   ASSERT_NE(ruleBase.lists, nullptr);
   EXPECT_EQ(ruleBase.lists->charsets().count(), 0);
-  EXPECT_EQ(ruleBase.lists->subsets().count(), 0);
+  EXPECT_EQ(ruleBase.lists->groups().count(), 0);
   EXPECT_NE(ruleBase.tableMutex, nullptr);
   endProcess();
   EXPECT_EQ(ruleBase.refCount, 0u);
@@ -119,7 +119,7 @@ TEST_F(Lifetime, the_start_behind_an_unmatched_end_has_no_lists_and_every_call_f
   EXPECT_EQ(cconvEnumGroup(0, name), 0u);
   EXPECT_STREQ(name, "left alone");
   EXPECT_EQ(findCharsetById(1006), nullptr);
-  EXPECT_EQ(findSubsetById(2006), nullptr);
+  EXPECT_EQ(findGroupById(2006), nullptr);
   ConverterRecord record = {};
   EXPECT_EQ(cconvInitConvert(&record, nullptr, "aaa"), 1u);
   EXPECT_EQ(cconvChgCharset(&record, nullptr, "aaa"), 1u);

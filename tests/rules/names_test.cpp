@@ -110,17 +110,17 @@ TEST(RuleListsByNumber, give_the_first_record_with_a_number) {
   EXPECT_EQ(lists.findCharset(4293)->name, "ab");
 
   for (const char* name : {"ca", "ab", "JIS_X0208-1990", "jis_x0208-1990", "NEC_extset"}) {
-    EXPECT_TRUE(lists.addSubset(std::make_unique<SubsetDef>(name, SubsetKind::kBase, 2)));
+    EXPECT_TRUE(lists.addGroup(std::make_unique<GroupDef>(name, GroupKind::kBase, 2)));
   }
-  EXPECT_EQ(lists.findSubset(4293)->name, "ca");
-  EXPECT_EQ(lists.findSubset(2006)->name, "JIS_X0208-1990");
-  EXPECT_EQ(lists.findSubset(2008)->name, "NEC_extset");
+  EXPECT_EQ(lists.findGroup(4293)->name, "ca");
+  EXPECT_EQ(lists.findGroup(2006)->name, "JIS_X0208-1990");
+  EXPECT_EQ(lists.findGroup(2008)->name, "NEC_extset");
   for (const CharsetId absent : {0u, 2000u, 2001u, 2012u, 2013u, 4294u, 4294967295u}) {
-    EXPECT_EQ(lists.findSubset(absent), nullptr) << absent;
+    EXPECT_EQ(lists.findGroup(absent), nullptr) << absent;
   }
 }
 
-TEST(RuleListsByNumber, take_65535_charsets_and_65535_subsets) {
+TEST(RuleListsByNumber, take_65535_charsets_and_65535_groups) {
   RuleLists lists;
   for (uint32_t i = 0; i < 65535; ++i) {
     auto charset = std::make_unique<LoadedCharset>();

@@ -11,9 +11,9 @@ namespace {
 class NoMemory : public CharsetDirectoryTest {
  protected:
   NoMemory() {
-    directory_.writeRule("s.set", baseSubset("a_subset_with_a_name_that_is_long",
-                                             "<defined>8140-84BE 8740</defined>"
-                                             "<srtable>&mapping;</srtable>"));
+    directory_.writeRule("s.set", baseGroup("a_subset_with_a_name_that_is_long",
+                                            "<defined>8140-84BE 8740</defined>"
+                                            "<srtable>&mapping;</srtable>"));
     directory_.writeRule("u.set", "<name>a_user_set_with_a_long_name</name><codec x=\"\"/>");
     const std::string declarations =
         entity("base", "s.set") + entity("user", "u.set") + entity("mapping", "t.txt");
@@ -30,12 +30,12 @@ class NoMemory : public CharsetDirectoryTest {
   static void expectConsistent() {
     for (const auto& found : ruleBase.lists->charsets()) {
       EXPECT_EQ(findCharsetById(found->id), found.get());
-      EXPECT_EQ(found->members.count(), 2);
+      EXPECT_EQ(found->groups.count(), 2);
       EXPECT_EQ(found->destTables.count(), 1);
-      for (const SubsetDef* member : found->members) EXPECT_EQ(findSubsetById(member->id), member);
+      for (const GroupDef* group : found->groups) EXPECT_EQ(findGroupById(group->id), group);
     }
-    for (const auto& subset : ruleBase.lists->subsets()) {
-      EXPECT_EQ(findSubsetById(subset->id), subset.get()) << "no second of the same number";
+    for (const auto& group : ruleBase.lists->groups()) {
+      EXPECT_EQ(findGroupById(group->id), group.get()) << "no second of the same number";
     }
   }
 

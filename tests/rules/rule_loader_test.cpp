@@ -22,9 +22,9 @@ class RuleLoading : public RuleBaseTest {
     return loadRuleFile("charset.xml");
   }
 
-  static std::vector<std::string> memberNames(const CharsetDef& charset) {
+  static std::vector<std::string> groupNames(const CharsetDef& charset) {
     std::vector<std::string> names;
-    for (const SubsetDef* member : charset.members) names.push_back(member->name);
+    for (const GroupDef* group : charset.groups) names.push_back(group->name);
     return names;
   }
 
@@ -34,16 +34,16 @@ class RuleLoading : public RuleBaseTest {
     return files;
   }
 
-  // The only member of a charset whose member element and subset file are given.
-  const SubsetDef* member(const std::string& element, const std::string& subset,
-                          const std::string& declarations = "") {
-    directory_.writeRule("subset.xml", subset);
+  // The only group of a charset whose group element and group file are given.
+  const GroupDef* onlyGroup(const std::string& element, const std::string& group,
+                            const std::string& declarations = "") {
+    directory_.writeRule("subset.xml", group);
     const CharsetDef* const found = load(
         charset(entity("subset", "subset.xml") + declarations, "<name>cs</name>" + element), "cs");
     EXPECT_NE(found, nullptr);
     if (found == nullptr) return nullptr;
-    EXPECT_EQ(found->members.count(), 1);
-    return found->members[0];
+    EXPECT_EQ(found->groups.count(), 1);
+    return found->groups[0];
   }
 
   using Names = std::vector<std::string>;
@@ -59,7 +59,7 @@ TEST_F(RuleLoading, gives_a_charset_its_name_and_codecs) {
   EXPECT_EQ(found->id, 1001u);
   EXPECT_EQ(found->construle, "constShift_JIS") << "its case is kept";
   EXPECT_EQ(found->destrule, "destShift_JIS");
-  EXPECT_EQ(found->members.count(), 0);
+  EXPECT_EQ(found->groups.count(), 0);
   EXPECT_EQ(found->destTables.count(), 0);
 }
 
@@ -68,8 +68,7 @@ TEST_F(RuleLoading, works_in_every_encoding_and_byte_order) {
   for (const TextForm& form : kAllForms) {
     SCOPED_TRACE(form.label);
     const std::string name = "cs" + std::to_string(++number);
-    directory_.writeRule("subset.xml", baseSubset("set" + name, "<srtable>&table;</srtable>"),
-                         form);
+    directory_.writeRule("subset.xml", baseGroup("set" + name, "<srtable>&table;</srtable>"), form);
     const CharsetDef* const found =
         load(charset(entity("subset", "subset.xml") + entity("table", "t.txt"),
                      "<name>" + name +
@@ -77,9 +76,9 @@ TEST_F(RuleLoading, works_in_every_encoding_and_byte_order) {
                          "<dstable bytenum=\"2\">&table;</dstable></baseset>"),
              name, form);
     ASSERT_NE(found, nullptr);
-    const SubsetDef& subset = *found->members[0];
+    const GroupDef& group = *found->groups[0];
     const CodeTable* const destination = (*found->destTables[0])[0].get();
-    for (const CodeTable* table : {&subset.toUcs, &subset.fromUcs, destination}) {
+    for (const CodeTable* table : {&group.toUcs, &group.fromUcs, destination}) {
       EXPECT_EQ(table->fileName, "t.txt");
       EXPECT_EQ(table->sourceEncoding, form.kind);
       EXPECT_EQ(table->sourceBigEndian, form.bigEndian);
@@ -87,20 +86,19 @@ TEST_F(RuleLoading, works_in_every_encoding_and_byte_order) {
   }
 }
 
-TEST_F(RuleLoading, reads_a_subset_file_as_its_charset_file_unless_it_says_otherwise) {
-  directory_.write("plain.xml",
-                   encode(kUcs2Big, baseSubset("plain", "<srtable>&table;</srtable>")));
-  directory_.writeRule("other.xml", baseSubset("other", "<srtable>&table;</srtable>"), kUcs4Little);
+TEST_F(RuleLoading, reads_a_group_file_as_its_charset_file_unless_it_says_otherwise) {
+  directory_.write("plain.xml", encode(kUcs2Big, baseGroup("plain", "<srtable>&table;</srtable>")));
+  directory_.writeRule("other.xml", baseGroup("other", "<srtable>&table;</srtable>"), kUcs4Little);
   const CharsetDef* const found =
       load(charset(entity("first", "plain.xml") + entity("second", "other.xml") +
                        entity("table", "t.txt"),
                    "<name>cs</name><baseset>&first;</baseset><baseset>&second;</baseset>"),
            "cs", kUcs2Big);
   ASSERT_NE(found, nullptr);
-  ASSERT_EQ(memberNames(*found), (Names{"plain", "other"}));
-  for (const SubsetDef* subset : found->members) {
-    EXPECT_EQ(subset->toUcs.sourceEncoding, TextEncodingKind::kUcs2) << "as the declaring file";
-    EXPECT_TRUE(subset->fromUcs.sourceBigEndian);
+  ASSERT_EQ(groupNames(*found), (Names{"plain", "other"}));
+  for (const GroupDef* group : found->groups) {
+    EXPECT_EQ(group->toUcs.sourceEncoding, TextEncodingKind::kUcs2) << "as the declaring file";
+    EXPECT_TRUE(group->fromUcs.sourceBigEndian);
   }
 }
 
@@ -156,132 +154,132 @@ TEST_F(RuleLoading, accepts_a_charset_that_is_there_without_adding_or_reading_on
   EXPECT_EQ(findCharsetByName("ca")->name, "ab");
 }
 
-TEST_F(RuleLoading, reads_the_elements_of_a_base_subset) {
-  const SubsetDef* const subset =
-      member("<baseset>&subset;</baseset>",
-             "<subseta><name>JIS_X0208-1990</name><lang domain=\"ja\"/><code bytenum=\"3\"/>"
-             "<range first=\"21\" last=\"7E\"/><range>8140-9FFC</range>"
-             "<defined>8140-84BE 8740</defined><srtable>&table;</srtable></subseta>",
-             entity("table", "JIS0208.TXT"));
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->name, "JIS_X0208-1990");
-  EXPECT_EQ(subset->id, 2006u);
-  EXPECT_EQ(subset->kind, SubsetKind::kBase);
-  EXPECT_EQ(subset->bytesPerCode, 3);
-  EXPECT_EQ(subset->fromUcs.valueBytes, 3);
-  EXPECT_EQ(subset->toUcs.valueBytes, 4);
-  EXPECT_EQ(subset->lang, "ja");
-  EXPECT_EQ(subset->basedon, "");
-  ASSERT_EQ(subset->defined.ranges.count(), 2);
-  EXPECT_EQ(subset->defined.ranges[0].first, 0x8140u);
-  EXPECT_EQ(subset->defined.ranges[0].last, 0x84BEu);
-  EXPECT_EQ(subset->defined.ranges[1].first, 0x8740u);
-  EXPECT_EQ(subset->defined.ranges[1].last, 0x8740u);
-  EXPECT_EQ(subset->defined.low, 0u);
-  EXPECT_EQ(subset->defined.high, 0x84BEu);
-  EXPECT_EQ(subset->toUcs.fileName, "JIS0208.TXT") << "its case is kept";
-  EXPECT_EQ(subset->fromUcs.fileName, "JIS0208.TXT");
+TEST_F(RuleLoading, reads_the_elements_of_a_base_group) {
+  const GroupDef* const group =
+      onlyGroup("<baseset>&subset;</baseset>",
+                "<subseta><name>JIS_X0208-1990</name><lang domain=\"ja\"/><code bytenum=\"3\"/>"
+                "<range first=\"21\" last=\"7E\"/><range>8140-9FFC</range>"
+                "<defined>8140-84BE 8740</defined><srtable>&table;</srtable></subseta>",
+                entity("table", "JIS0208.TXT"));
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->name, "JIS_X0208-1990");
+  EXPECT_EQ(group->id, 2006u);
+  EXPECT_EQ(group->kind, GroupKind::kBase);
+  EXPECT_EQ(group->bytesPerCode, 3);
+  EXPECT_EQ(group->fromUcs.valueBytes, 3);
+  EXPECT_EQ(group->toUcs.valueBytes, 4);
+  EXPECT_EQ(group->lang, "ja");
+  EXPECT_EQ(group->basedon, "");
+  ASSERT_EQ(group->defined.ranges.count(), 2);
+  EXPECT_EQ(group->defined.ranges[0].first, 0x8140u);
+  EXPECT_EQ(group->defined.ranges[0].last, 0x84BEu);
+  EXPECT_EQ(group->defined.ranges[1].first, 0x8740u);
+  EXPECT_EQ(group->defined.ranges[1].last, 0x8740u);
+  EXPECT_EQ(group->defined.low, 0u);
+  EXPECT_EQ(group->defined.high, 0x84BEu);
+  EXPECT_EQ(group->toUcs.fileName, "JIS0208.TXT") << "its case is kept";
+  EXPECT_EQ(group->fromUcs.fileName, "JIS0208.TXT");
 }
 
-TEST_F(RuleLoading, reads_the_elements_of_a_difference_subset) {
-  const SubsetDef* const subset =
-      member("<diffset>&subset;</diffset>",
-             "<subsetb><name>JIS-78-83</name><lang domain=\"ja\"/>"
-             "<codeb bytenum=\"2\" basedon=\"JIS_C6226-1978\"/>"
-             "<defined>3021-3022</defined><srtable>&table;</srtable></subsetb>",
-             entity("table", "diff.txt"));
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->id, 2010u);
-  EXPECT_EQ(subset->kind, SubsetKind::kDifference);
-  EXPECT_EQ(subset->basedon, "JIS_C6226-1978");
-  EXPECT_EQ(subset->bytesPerCode, 2);
-  EXPECT_EQ(subset->lang, "ja");
-  EXPECT_EQ(subset->defined.high, 0x3022u);
-  EXPECT_EQ(subset->toUcs.fileName, "diff.txt");
+TEST_F(RuleLoading, reads_the_elements_of_a_difference_group) {
+  const GroupDef* const group =
+      onlyGroup("<diffset>&subset;</diffset>",
+                "<subsetb><name>JIS-78-83</name><lang domain=\"ja\"/>"
+                "<codeb bytenum=\"2\" basedon=\"JIS_C6226-1978\"/>"
+                "<defined>3021-3022</defined><srtable>&table;</srtable></subsetb>",
+                entity("table", "diff.txt"));
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->id, 2010u);
+  EXPECT_EQ(group->kind, GroupKind::kDifference);
+  EXPECT_EQ(group->basedon, "JIS_C6226-1978");
+  EXPECT_EQ(group->bytesPerCode, 2);
+  EXPECT_EQ(group->lang, "ja");
+  EXPECT_EQ(group->defined.high, 0x3022u);
+  EXPECT_EQ(group->toUcs.fileName, "diff.txt");
 }
 
 TEST_F(RuleLoading, reads_the_elements_of_a_user_set) {
-  const SubsetDef* const subset =
-      member("<eudcset>&subset;</eudcset>",
-             "<name>WINDOWS31J-usr</name><codec bytenum=\"2\"/><range>F040-F9FC</range>"
-             "<defrange start=\"F040\" number=\"758\"/>"
-             "<lang domain=\"ja\"/><defined>1-2</defined><srtable>&table;</srtable>",
-             entity("table", "t.txt"));
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->id, 3001u);
-  EXPECT_EQ(subset->kind, SubsetKind::kUser);
-  EXPECT_EQ(subset->defStart, 0xF040);
-  EXPECT_EQ(subset->defNumber, 0x758);
-  EXPECT_EQ(subset->lang, "") << "not read";
-  EXPECT_EQ(subset->defined.ranges.count(), 0) << "not read";
-  EXPECT_EQ(subset->toUcs.fileName, "") << "not read";
+  const GroupDef* const group =
+      onlyGroup("<eudcset>&subset;</eudcset>",
+                "<name>WINDOWS31J-usr</name><codec bytenum=\"2\"/><range>F040-F9FC</range>"
+                "<defrange start=\"F040\" number=\"758\"/>"
+                "<lang domain=\"ja\"/><defined>1-2</defined><srtable>&table;</srtable>",
+                entity("table", "t.txt"));
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->id, 3001u);
+  EXPECT_EQ(group->kind, GroupKind::kUser);
+  EXPECT_EQ(group->defStart, 0xF040);
+  EXPECT_EQ(group->defNumber, 0x758);
+  EXPECT_EQ(group->lang, "") << "not read";
+  EXPECT_EQ(group->defined.ranges.count(), 0) << "not read";
+  EXPECT_EQ(group->toUcs.fileName, "") << "not read";
   EXPECT_EQ(findCharsetByName("cs")->destTables.count(), 0);
-  EXPECT_TRUE(findCharsetByName("cs")->hasUserMembers());
+  EXPECT_TRUE(findCharsetByName("cs")->hasUserGroups());
 }
 
-TEST_F(RuleLoading, fills_in_what_a_subset_leaves_out) {
-  const SubsetDef* const subset = member(
+TEST_F(RuleLoading, fills_in_what_a_group_leaves_out) {
+  const GroupDef* const group = onlyGroup(
       "<baseset>&subset;</baseset>", "<subseta><name>s</name><lang></lang><code></code></subseta>");
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->lang, "");
-  EXPECT_EQ(subset->bytesPerCode, 2);
-  EXPECT_EQ(subset->defined.ranges.count(), 0);
-  EXPECT_EQ(subset->defined.high, 0u);
-  EXPECT_EQ(subset->toUcs.fileName, "");
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->lang, "");
+  EXPECT_EQ(group->bytesPerCode, 2);
+  EXPECT_EQ(group->defined.ranges.count(), 0);
+  EXPECT_EQ(group->defined.high, 0u);
+  EXPECT_EQ(group->toUcs.fileName, "");
   uint32_t value = 0;
-  EXPECT_TRUE(tableLookup(subset->toUcs, 0x3042, value)) << "every code is itself";
+  EXPECT_TRUE(tableLookup(group->toUcs, 0x3042, value)) << "every code is itself";
   EXPECT_EQ(value, 0x3042u);
 }
 
 TEST_F(RuleLoading, fills_in_what_a_user_set_leaves_out) {
-  const SubsetDef* const subset =
-      member("<eudcset>&subset;</eudcset>", "<name>s</name><codec x=\"\"/>");
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->bytesPerCode, 2);
-  EXPECT_EQ(subset->defStart, 0);
-  EXPECT_EQ(subset->defNumber, 0);
+  const GroupDef* const group =
+      onlyGroup("<eudcset>&subset;</eudcset>", "<name>s</name><codec x=\"\"/>");
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->bytesPerCode, 2);
+  EXPECT_EQ(group->defStart, 0);
+  EXPECT_EQ(group->defNumber, 0);
 }
 
 TEST_F(RuleLoading, keeps_16_bits_of_a_user_range) {
-  const SubsetDef* const subset =
-      member("<eudcset>&subset;</eudcset>",
-             "<name>s</name><codec x=\"\"/><defrange start=\" \t1F040g\" number=\"\"/>");
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->defStart, 0xF040);
-  EXPECT_EQ(subset->defNumber, 0);
+  const GroupDef* const group =
+      onlyGroup("<eudcset>&subset;</eudcset>",
+                "<name>s</name><codec x=\"\"/><defrange start=\" \t1F040g\" number=\"\"/>");
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->defStart, 0xF040);
+  EXPECT_EQ(group->defNumber, 0);
 }
 
 TEST_F(RuleLoading, takes_attributes_of_other_elements_behind_defrange_too) {
-  const SubsetDef* const subset =
-      member("<eudcset>&subset;</eudcset>",
-             "<name>s</name><codec x=\"\"/><defrange number=\"9\"/><x start=\"8\"/>");
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->defStart, 8);
-  EXPECT_EQ(subset->defNumber, 9);
+  const GroupDef* const group =
+      onlyGroup("<eudcset>&subset;</eudcset>",
+                "<name>s</name><codec x=\"\"/><defrange number=\"9\"/><x start=\"8\"/>");
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->defStart, 8);
+  EXPECT_EQ(group->defNumber, 9);
 }
 
 TEST_F(RuleLoading, reads_bytenum_as_decimal_on_code_and_hexadecimal_on_dstable) {
-  const SubsetDef* const subset =
-      member("<baseset>&subset;<dstable bytenum=\"10\">&table;</dstable></baseset>",
-             "<subseta><name>s</name><lang x=\"\"/><code bytenum=\"10\"/></subseta>",
-             entity("table", "t.txt"));
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->bytesPerCode, 10);
+  const GroupDef* const group =
+      onlyGroup("<baseset>&subset;<dstable bytenum=\"10\">&table;</dstable></baseset>",
+                "<subseta><name>s</name><lang x=\"\"/><code bytenum=\"10\"/></subseta>",
+                entity("table", "t.txt"));
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->bytesPerCode, 10);
   const CodeTable& table = *(*findCharsetByName("cs")->destTables[0])[0];
   EXPECT_EQ(table.valueBytes, 16);
   EXPECT_EQ(table.keyColumn, CodeTable::kSecondColumn);
 }
 
 TEST_F(RuleLoading, ignores_bytenum_behind_the_code_element) {
-  const SubsetDef* const subset =
-      member("<baseset>&subset;</baseset>",
-             "<subseta><name>s</name><lang x=\"\"/><code></code><x bytenum=\"7\"/></subseta>");
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->bytesPerCode, 2);
+  const GroupDef* const group =
+      onlyGroup("<baseset>&subset;</baseset>",
+                "<subseta><name>s</name><lang x=\"\"/><code></code><x bytenum=\"7\"/></subseta>");
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->bytesPerCode, 2);
 }
 
 TEST_F(RuleLoading, reads_bytenum_of_a_dstable_that_does_not_end_with_the_word) {
-  directory_.writeRule("subset.xml", baseSubset("s"));
+  directory_.writeRule("subset.xml", baseGroup("s"));
   const CharsetDef* const found =
       load(charset(entity("subset", "subset.xml") + entity("table", "t.txt"),
                    "<name>cs</name><baseset>&subset;<dstable>&table; bytenum=</dstable>"
@@ -316,13 +314,13 @@ TEST_F(RuleLoading, keeps_16_bits_of_any_bytenum) {
                          ">&table;</dstable></baseset>"),
              name);
     ASSERT_NE(found, nullptr);
-    EXPECT_EQ(found->members[0]->bytesPerCode, row.decimal);
+    EXPECT_EQ(found->groups[0]->bytesPerCode, row.decimal);
     EXPECT_EQ((*found->destTables[0])[0]->valueBytes, row.hexadecimal);
   }
 }
 
-TEST_F(RuleLoading, tries_members_in_the_order_of_their_elements) {
-  directory_.writeRule("a.xml", baseSubset("sa"));
+TEST_F(RuleLoading, tries_groups_in_the_order_of_their_elements) {
+  directory_.writeRule("a.xml", baseGroup("sa"));
   directory_.writeRule("b.xml", "<subsetb><name>sb</name><lang x=\"\"/><codeb x=\"\"/></subsetb>");
   directory_.writeRule("c.xml", "<name>sc</name><codec x=\"\"/>");
   const std::string declarations =
@@ -333,39 +331,39 @@ TEST_F(RuleLoading, tries_members_in_the_order_of_their_elements) {
                    "<eudcset>&gamma;</eudcset>"),
            "c1");
   ASSERT_NE(found, nullptr);
-  EXPECT_EQ(memberNames(*found), (Names{"sb", "sa", "sc"}));
+  EXPECT_EQ(groupNames(*found), (Names{"sb", "sa", "sc"}));
   EXPECT_EQ(found->destTables.count(), 2) << "none for the user set";
   found = load(charset(declarations,
                        "<name>c2</name><baseset>&alpha;</baseset><diffset>&beta;</diffset>"
                        "<baseset>&alpha;</baseset>"),
                "c2");
   ASSERT_NE(found, nullptr);
-  EXPECT_EQ(memberNames(*found), (Names{"sa", "sb", "sa"})) << "one may come twice";
+  EXPECT_EQ(groupNames(*found), (Names{"sa", "sb", "sa"})) << "one may come twice";
 }
 
-TEST_F(RuleLoading, looks_for_the_user_set_behind_the_last_member_only) {
-  directory_.writeRule("a.xml", baseSubset("sa"));
+TEST_F(RuleLoading, looks_for_the_user_set_behind_the_last_group_only) {
+  directory_.writeRule("a.xml", baseGroup("sa"));
   directory_.writeRule("c.xml", "<name>sc</name><codec x=\"\"/>");
   const CharsetDef* const found =
       load(charset(entity("alpha", "a.xml") + entity("gamma", "c.xml"),
                    "<name>cs</name><eudcset>&gamma;</eudcset><baseset>&alpha;</baseset>"),
            "cs");
   ASSERT_NE(found, nullptr);
-  EXPECT_EQ(memberNames(*found), Names{"sa"});
+  EXPECT_EQ(groupNames(*found), Names{"sa"});
 }
 
-TEST_F(RuleLoading, finds_members_in_front_of_the_charset_element_too) {
-  directory_.writeRule("a.xml", baseSubset("sa"));
+TEST_F(RuleLoading, finds_groups_in_front_of_the_charset_element_too) {
+  directory_.writeRule("a.xml", baseGroup("sa"));
   const CharsetDef* const found = load(
       entity("alpha", "a.xml") + "<baseset>&alpha;</baseset><charset><name>cs</name></charset>",
       "cs");
   ASSERT_NE(found, nullptr);
-  EXPECT_EQ(memberNames(*found), Names{"sa"});
+  EXPECT_EQ(groupNames(*found), Names{"sa"});
 }
 
-TEST_F(RuleLoading, attaches_the_destination_tables_inside_their_member) {
-  directory_.writeRule("a.xml", baseSubset("sa"));
-  directory_.writeRule("b.xml", baseSubset("sb"));
+TEST_F(RuleLoading, attaches_the_destination_tables_inside_their_group) {
+  directory_.writeRule("a.xml", baseGroup("sa"));
+  directory_.writeRule("b.xml", baseGroup("sb"));
   const CharsetDef* const found =
       load(charset(entity("alpha", "a.xml") + entity("beta", "b.xml") + entity("one", "1.txt") +
                        entity("two", "2.txt") + entity("three", "3.txt"),
@@ -385,7 +383,7 @@ TEST_F(RuleLoading, attaches_the_destination_tables_inside_their_member) {
 }
 
 TEST_F(RuleLoading, skips_a_destination_table_that_cannot_be_resolved) {
-  directory_.writeRule("a.xml", baseSubset("sa"));
+  directory_.writeRule("a.xml", baseGroup("sa"));
   const CharsetDef* const found =
       load(charset(entity("alpha", "a.xml") + entity("two", "2.txt"),
                    "<name>cs</name><baseset>&alpha;<dstable>&undeclared;</dstable>"
@@ -395,59 +393,58 @@ TEST_F(RuleLoading, skips_a_destination_table_that_cannot_be_resolved) {
   EXPECT_EQ(tableFiles(*found->destTables[0]), Names{"2.txt"});
 }
 
-TEST_F(RuleLoading, shares_a_subset_among_charsets_and_keeps_the_first_definition) {
-  directory_.writeRule("a.xml", baseSubset("Shared", "<defined>1-2</defined>"));
+TEST_F(RuleLoading, shares_a_group_among_charsets_and_keeps_the_first_definition) {
+  directory_.writeRule("a.xml", baseGroup("Shared", "<defined>1-2</defined>"));
   const std::string declarations = entity("alpha", "a.xml");
   const CharsetDef* const first =
       load(charset(declarations, "<name>c1</name><baseset>&alpha;</baseset>"), "c1");
-  directory_.writeRule("a.xml", baseSubset("SHARED", "<defined>1-9</defined>"));
+  directory_.writeRule("a.xml", baseGroup("SHARED", "<defined>1-9</defined>"));
   const CharsetDef* const second =
       load(charset(declarations, "<name>c2</name><baseset>&alpha;</baseset>"), "c2");
   ASSERT_NE(first, nullptr);
   ASSERT_NE(second, nullptr);
-  EXPECT_EQ(first->members[0], second->members[0]);
-  EXPECT_EQ(second->members[0]->name, "Shared");
-  EXPECT_EQ(second->members[0]->defined.high, 2u);
-  EXPECT_EQ(ruleBase.lists->subsets().count(), 1);
+  EXPECT_EQ(first->groups[0], second->groups[0]);
+  EXPECT_EQ(second->groups[0]->name, "Shared");
+  EXPECT_EQ(second->groups[0]->defined.high, 2u);
+  EXPECT_EQ(ruleBase.lists->groups().count(), 1);
 }
 
-TEST_F(RuleLoading, reads_the_subset_table_from_the_declarations_of_the_charset_file) {
-  const SubsetDef* const subset =
-      member("<baseset>&subset;</baseset>",
-             entity("table", "wrong.txt") + baseSubset("s", "<srtable>&table;</srtable>"),
-             entity("table", "right.txt"));
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->toUcs.fileName, "right.txt");
+TEST_F(RuleLoading, reads_the_group_table_from_the_declarations_of_the_charset_file) {
+  const GroupDef* const group =
+      onlyGroup("<baseset>&subset;</baseset>",
+                entity("table", "wrong.txt") + baseGroup("s", "<srtable>&table;</srtable>"),
+                entity("table", "right.txt"));
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->toUcs.fileName, "right.txt");
 }
 
 TEST_F(RuleLoading, passes_over_ranges_and_looks_for_codes_and_table_behind_them) {
-  const SubsetDef* const subset =
-      member("<baseset>&subset;</baseset>",
-             baseSubset("s",
-                        "<defined>1-2</defined><srtable>&table;</srtable>"
-                        "<range>3-4</range><range>5-6</range>"),
-             entity("table", "t.txt"));
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->defined.ranges.count(), 0);
-  EXPECT_EQ(subset->toUcs.fileName, "");
+  const GroupDef* const group =
+      onlyGroup("<baseset>&subset;</baseset>",
+                baseGroup("s",
+                          "<defined>1-2</defined><srtable>&table;</srtable>"
+                          "<range>3-4</range><range>5-6</range>"),
+                entity("table", "t.txt"));
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->defined.ranges.count(), 0);
+  EXPECT_EQ(group->toUcs.fileName, "");
 }
 
 TEST_F(RuleLoading, looks_for_the_table_behind_the_defined_codes) {
-  const SubsetDef* const subset =
-      member("<baseset>&subset;</baseset>",
-             baseSubset("s", "<srtable>&table;</srtable><defined>1-2</defined>"),
-             entity("table", "t.txt"));
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->defined.high, 2u);
-  EXPECT_EQ(subset->toUcs.fileName, "");
+  const GroupDef* const group = onlyGroup(
+      "<baseset>&subset;</baseset>",
+      baseGroup("s", "<srtable>&table;</srtable><defined>1-2</defined>"), entity("table", "t.txt"));
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->defined.high, 2u);
+  EXPECT_EQ(group->toUcs.fileName, "");
 }
 
-TEST_F(RuleLoading, does_not_pass_over_ranges_of_a_difference_subset) {
-  const SubsetDef* const subset = member("<diffset>&subset;</diffset>",
-                                         "<subsetb><name>s</name><lang x=\"\"/><codeb x=\"\"/>"
-                                         "<defined>1-2</defined><range>3-4</range></subsetb>");
-  ASSERT_NE(subset, nullptr);
-  EXPECT_EQ(subset->defined.high, 2u);
+TEST_F(RuleLoading, does_not_pass_over_ranges_of_a_difference_group) {
+  const GroupDef* const group = onlyGroup("<diffset>&subset;</diffset>",
+                                          "<subsetb><name>s</name><lang x=\"\"/><codeb x=\"\"/>"
+                                          "<defined>1-2</defined><range>3-4</range></subsetb>");
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->defined.high, 2u);
 }
 
 std::string rangesOf(std::string_view text) {
@@ -511,29 +508,29 @@ TEST(DefinedRanges, number_65535_at_most) {
   EXPECT_EQ(set.ranges.count(), 65535);
 }
 
-// A charset file with a good first and a bad second member.
+// A charset file with a good first and a bad second group.
 class FailedLoading : public RuleLoading {
  protected:
-  void expectRejected(const std::string& element, const std::string& subset,
+  void expectRejected(const std::string& element, const std::string& group,
                       const std::string& declarations = "") {
-    SCOPED_TRACE(element + "\n" + subset + "\n" + declarations);
+    SCOPED_TRACE(element + "\n" + group + "\n" + declarations);
     const std::string number = std::to_string(++number_);
-    directory_.writeRule("good.xml", baseSubset("good" + number));
-    directory_.writeRule("bad.xml", subset);
+    directory_.writeRule("good.xml", baseGroup("good" + number));
+    directory_.writeRule("bad.xml", group);
     EXPECT_FALSE(
         loads(charset(entity("fine", "good.xml") + entity("poor", "bad.xml") + declarations,
                       "<name>cs" + number + "</name><baseset>&fine;</baseset>" + element)));
     EXPECT_EQ(ruleBase.lists->charsets().count(), 0);
-    EXPECT_EQ(ruleBase.lists->subsets().count(), number_) << "the first member stays registered";
+    EXPECT_EQ(ruleBase.lists->groups().count(), number_) << "the first member stays registered";
     char name[] = "set";
-    EXPECT_EQ(findSubsetById(nameToId(name)), nullptr);
+    EXPECT_EQ(findGroupById(nameToId(name)), nullptr);
   }
 
   int number_ = 0;
 };
 
-TEST_F(FailedLoading, by_a_member_without_a_file) {
-  const std::string good = baseSubset("set");
+TEST_F(FailedLoading, by_a_group_without_a_file) {
+  const std::string good = baseGroup("set");
   expectRejected("<baseset>none</baseset>", good);
   expectRejected("<baseset>&poor</baseset>", good);
   expectRejected("<baseset>&undeclared;</baseset>", good);
@@ -544,7 +541,7 @@ TEST_F(FailedLoading, by_a_member_without_a_file) {
   expectRejected("<baseset>&poor;</baseset>", "");
 }
 
-TEST_F(FailedLoading, by_a_base_subset_without_a_required_element) {
+TEST_F(FailedLoading, by_a_base_group_without_a_required_element) {
   const std::string element = "<baseset>&poor;</baseset>";
   const std::string name = "<name>set</name>";
   const std::string lang = "<lang domain=\"ja\"/>";
@@ -560,7 +557,7 @@ TEST_F(FailedLoading, by_a_base_subset_without_a_required_element) {
   expectRejected(element, name + "<subseta>" + lang + code + "</subseta>");
 }
 
-TEST_F(FailedLoading, by_a_difference_subset_without_a_required_element) {
+TEST_F(FailedLoading, by_a_difference_group_without_a_required_element) {
   const std::string element = "<diffset>&poor;</diffset>";
   const std::string name = "<name>set</name>";
   const std::string lang = "<lang domain=\"ja\"/>";
@@ -591,21 +588,21 @@ TEST_F(FailedLoading, by_a_user_range_without_start_or_number) {
 
 TEST_F(FailedLoading, by_a_table_that_cannot_be_resolved) {
   const std::string element = "<baseset>&poor;</baseset>";
-  expectRejected(element, baseSubset("set", "<srtable>&table;</srtable>"));
-  expectRejected(element, baseSubset("set", "<srtable>table</srtable>"), entity("table", "t.txt"));
-  expectRejected(element, baseSubset("set", "<srtable>&table;</srtable>"),
+  expectRejected(element, baseGroup("set", "<srtable>&table;</srtable>"));
+  expectRejected(element, baseGroup("set", "<srtable>table</srtable>"), entity("table", "t.txt"));
+  expectRejected(element, baseGroup("set", "<srtable>&table;</srtable>"),
                  "<!ENTITY table SYSTEM 't.txt'>");
   expectRejected(element,
-                 entity("table", "t.txt") + baseSubset("set", "<srtable>&table;</srtable>"));
+                 entity("table", "t.txt") + baseGroup("set", "<srtable>&table;</srtable>"));
 }
 
-TEST_F(FailedLoading, by_a_member_whose_markup_is_not_closed) {
+TEST_F(FailedLoading, by_a_group_whose_markup_is_not_closed) {
   // The element is not found at all, so that the charset is loaded without it.
-  directory_.writeRule("good.xml", baseSubset("good"));
+  directory_.writeRule("good.xml", baseGroup("good"));
   const CharsetDef* const found =
       load(entity("fine", "good.xml") + "<charset><name>cs</name></charset><baseset>&fine;", "cs");
   ASSERT_NE(found, nullptr);
-  EXPECT_EQ(found->members.count(), 0);
+  EXPECT_EQ(found->groups.count(), 0);
 }
 
 using LoadingAll = RuleBaseTest;
@@ -647,13 +644,13 @@ TEST_F(LoadingAll, of_nothing_but_bad_files_fails) {
 TEST_F(LoadingAll, twice_adds_nothing_and_succeeds_again) {
   directory_.writeRule(
       "a.xml", charset(entity("one", "sub.set"), "<name>aaa</name><baseset>&one;</baseset>"));
-  directory_.writeRule("sub.set", baseSubset("s"));
+  directory_.writeRule("sub.set", baseGroup("s"));
   EXPECT_EQ(cconvLoadRule(), 1);
   const CharsetDef* const before = findCharsetByName("aaa");
   EXPECT_EQ(cconvLoadRule(), 1);
   EXPECT_EQ(findCharsetByName("aaa"), before);
   EXPECT_EQ(ruleBase.lists->charsets().count(), 1);
-  EXPECT_EQ(ruleBase.lists->subsets().count(), 1);
+  EXPECT_EQ(ruleBase.lists->groups().count(), 1);
   directory_.writeRule("b.xml", charset("", "<name>bbb</name>"));
   EXPECT_EQ(cconvLoadRule(), 1);
   EXPECT_EQ(ruleBase.lists->charsets().count(), 2) << "what has come since is added";
@@ -669,14 +666,14 @@ TEST_F(LoadingAll, counts_a_charset_that_another_file_defined) {
 TEST_F(LoadingAll, fills_no_table) {
   directory_.writeRule("a.xml", charset(entity("one", "sub.set") + entity("table", "t.txt"),
                                         "<name>aaa</name><baseset>&one;</baseset>"));
-  directory_.writeRule("sub.set", baseSubset("s", "<srtable>&table;</srtable>"));
+  directory_.writeRule("sub.set", baseGroup("s", "<srtable>&table;</srtable>"));
   directory_.writeTable("t.txt", "8140 3000");
   EXPECT_EQ(cconvLoadRule(), 1);
-  EXPECT_EQ(ruleBase.lists->subsets()[0]->toUcs.reading, CodeTable::Reading::kNotRead);
+  EXPECT_EQ(ruleBase.lists->groups()[0]->toUcs.reading, CodeTable::Reading::kNotRead);
   EXPECT_FALSE(directory_.has("t.cmp"));
 }
 
-TEST_F(LoadingAll, takes_a_subset_file_that_is_also_met_by_itself) {
+TEST_F(LoadingAll, takes_a_group_file_that_is_also_met_by_itself) {
   const std::string body =
       charset(entity("one", "b.xml"), "<name>x</name><baseset>&one;</baseset>");
   for (const char* name : {"a.xml", "c.xml"}) {
@@ -684,15 +681,15 @@ TEST_F(LoadingAll, takes_a_subset_file_that_is_also_met_by_itself) {
     own.replace(own.find("<name>x") + 6, 1, name, 1);
     directory_.writeRule(name, own);
   }
-  directory_.writeRule("b.xml", baseSubset("s"));
+  directory_.writeRule("b.xml", baseGroup("s"));
   EXPECT_EQ(cconvLoadRule(), 1);
   ASSERT_EQ(ruleBase.lists->charsets().count(), 2);
-  EXPECT_EQ(ruleBase.lists->subsets().count(), 1);
-  EXPECT_EQ(ruleBase.lists->charsets()[1]->members[0], ruleBase.lists->subsets()[0].get());
+  EXPECT_EQ(ruleBase.lists->groups().count(), 1);
+  EXPECT_EQ(ruleBase.lists->charsets()[1]->groups[0], ruleBase.lists->groups()[0].get());
 }
 
 TEST_F(LoadingAll, reads_a_shared_file_without_a_name_as_each_charset_is_encoded) {
-  directory_.write("sub.set", encode(kUtf16Little, baseSubset("s")));
+  directory_.write("sub.set", encode(kUtf16Little, baseGroup("s")));
   int number = 0;
   for (const TextForm& form : {kUtf16Big, kUtf16Little, kUcs2Little, kUcs4Little}) {
     const std::string name = std::to_string(number++);

@@ -1,6 +1,7 @@
-// Subsets, the indexes of a charset, and what it remembers of its members.
+// Groups, the indexes of a charset, and what it remembers of its groups.
 #include "cconv/rules/rule_model.h"
 
+#include <algorithm>
 #include <thread>
 
 #include "cconv/rules/encoded_code_cache.h"
@@ -9,17 +10,17 @@
 namespace ksv::test {
 namespace {
 
-TEST(Subset, has_a_table_from_and_one_to_its_codes) {
-  const SubsetDef subset("JIS_X0208-1990", SubsetKind::kDifference, 3);
-  EXPECT_EQ(subset.name, "JIS_X0208-1990") << "its case is kept";
-  EXPECT_EQ(subset.id, 2006u);
-  EXPECT_EQ(subset.type(), 2u);
-  EXPECT_EQ(subset.bytesPerCode, 3);
-  EXPECT_EQ(subset.toUcs.keyColumn, CodeTable::kFirstColumn);
-  EXPECT_EQ(subset.toUcs.valueBytes, 4);
-  EXPECT_EQ(subset.fromUcs.keyColumn, CodeTable::kSecondColumn);
-  EXPECT_EQ(subset.fromUcs.valueBytes, 3);
-  for (const CodeTable* table : {&subset.toUcs, &subset.fromUcs}) {
+TEST(Group, has_a_table_from_and_one_to_its_codes) {
+  const GroupDef group("JIS_X0208-1990", GroupKind::kDifference, 3);
+  EXPECT_EQ(group.name, "JIS_X0208-1990") << "its case is kept";
+  EXPECT_EQ(group.id, 2006u);
+  EXPECT_EQ(group.type(), 2u);
+  EXPECT_EQ(group.bytesPerCode, 3);
+  EXPECT_EQ(group.toUcs.keyColumn, CodeTable::kFirstColumn);
+  EXPECT_EQ(group.toUcs.valueBytes, 4);
+  EXPECT_EQ(group.fromUcs.keyColumn, CodeTable::kSecondColumn);
+  EXPECT_EQ(group.fromUcs.valueBytes, 3);
+  for (const CodeTable* table : {&group.toUcs, &group.fromUcs}) {
     EXPECT_EQ(table->low, 0u);
     EXPECT_EQ(table->high, 0u);
     EXPECT_FALSE(table->hasEntries);
@@ -27,44 +28,44 @@ TEST(Subset, has_a_table_from_and_one_to_its_codes) {
     EXPECT_EQ(table->reading, CodeTable::Reading::kNotRead);
     EXPECT_FALSE(table->isLoaded());
   }
-  EXPECT_TRUE(subset.lang.empty());
-  EXPECT_TRUE(subset.basedon.empty());
-  EXPECT_EQ(subset.defined.ranges.count(), 0);
-  EXPECT_EQ(subset.defined.low, 0u);
-  EXPECT_EQ(subset.defined.high, 0u);
-  EXPECT_EQ(subset.defStart, 0);
-  EXPECT_EQ(subset.defNumber, 0);
+  EXPECT_TRUE(group.lang.empty());
+  EXPECT_TRUE(group.basedon.empty());
+  EXPECT_EQ(group.defined.ranges.count(), 0);
+  EXPECT_EQ(group.defined.low, 0u);
+  EXPECT_EQ(group.defined.high, 0u);
+  EXPECT_EQ(group.defStart, 0);
+  EXPECT_EQ(group.defNumber, 0);
 }
 
-TEST(CharsetMembers, are_found_by_number_the_first_of_equals) {
-  std::vector<std::unique_ptr<SubsetDef>> owned;
+TEST(CharsetGroups, are_found_by_number_the_first_of_equals) {
+  std::vector<std::unique_ptr<GroupDef>> owned;
   CharsetDef charset;
   charset.buildIndexes();
-  EXPECT_EQ(charset.memberWithId(2006), -1);
-  EXPECT_EQ(charset.firstPlainMember(), nullptr);
-  EXPECT_FALSE(charset.hasUserMembers());
-  const auto add = [&](const std::string& name, SubsetKind kind) {
-    owned.push_back(std::make_unique<SubsetDef>(name, kind, 2));
-    charset.members.append(owned.back().get());
+  EXPECT_EQ(charset.findGroup(2006), nullptr);
+  EXPECT_EQ(charset.firstPlainGroup(), nullptr);
+  EXPECT_FALSE(charset.hasUserGroups());
+  const auto add = [&](const std::string& name, GroupKind kind) {
+    owned.push_back(std::make_unique<GroupDef>(name, kind, 2));
+    charset.groups.append(owned.back().get());
   };
-  add("user", SubsetKind::kUser);
-  add("ab", SubsetKind::kDifference);
-  add("ca", SubsetKind::kBase);  // the number of "ab"
-  for (int i = 0; i < 500; ++i) add("set" + std::to_string(i), SubsetKind::kBase);
+  add("user", GroupKind::kUser);
+  add("ab", GroupKind::kDifference);
+  add("ca", GroupKind::kBase);  // the number of "ab"
+  for (int i = 0; i < 500; ++i) add("set" + std::to_string(i), GroupKind::kBase);
   charset.buildIndexes();
-  EXPECT_EQ(charset.memberWithId(4293), 1);
-  EXPECT_EQ(charset.memberWithId(1), -1);
-  EXPECT_EQ(charset.firstPlainMember(), owned[1].get());
-  EXPECT_TRUE(charset.hasUserMembers());
+  EXPECT_EQ(charset.findGroup(4293), owned[1].get());
+  EXPECT_EQ(charset.findGroup(1), nullptr);
+  EXPECT_EQ(charset.firstPlainGroup(), owned[1].get());
+  EXPECT_TRUE(charset.hasUserGroups());
   for (size_t i = 0; i < owned.size(); ++i) {
-    const int found = charset.memberWithId(owned[i]->id);
-    ASSERT_GE(found, 0);
-    ASSERT_LE(static_cast<size_t>(found), i);
-    EXPECT_EQ(owned[static_cast<size_t>(found)]->id, owned[i]->id);
+    const CharsetId id = owned[i]->id;
+    const auto first = std::find_if(owned.begin(), owned.end(),
+                                    [&](const auto& group) { return group->id == id; });
+    EXPECT_EQ(charset.findGroup(id), first->get());
   }
 }
 
-TEST(CharsetMembers, without_destination_tables_have_none) {
+TEST(CharsetGroups, without_destination_tables_have_none) {
   CharsetDef charset;
   charset.destTables.append(std::make_unique<TableList>());
   EXPECT_EQ(charset.destTablesOf(0), charset.destTables[0].get());
@@ -77,12 +78,12 @@ TEST(EncodedCodes, are_remembered_for_every_unicode_code) {
   EXPECT_FALSE(cache.find(0, found));
   cache.remember(0, {0, 0, 0});
   EXPECT_TRUE(cache.find(0, found)) << "that no member has it is known too";
-  EXPECT_EQ(found.member, 0);
+  EXPECT_EQ(found.group, 0);
   cache.remember(0x10FFFF, {0xFFFFFFFF, 0xFFFF, 0x7FFF});
   EXPECT_TRUE(cache.find(0x10FFFF, found));
   EXPECT_EQ(found.code, 0xFFFFFFFFu);
   EXPECT_EQ(found.sequenceLength, 0xFFFF);
-  EXPECT_EQ(found.member, 0x7FFF);
+  EXPECT_EQ(found.group, 0x7FFF);
   cache.remember(0x110000, {1, 0, 1});
   EXPECT_FALSE(cache.find(0x110000, found));
   EXPECT_FALSE(cache.find(0xFFFFFFFF, found));

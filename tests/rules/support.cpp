@@ -67,7 +67,7 @@ std::string charset(const std::string& declarations, const std::string& content)
          "\r\n</charset>\r\n";
 }
 
-std::string baseSubset(const std::string& name, const std::string& behindCode) {
+std::string baseGroup(const std::string& name, const std::string& behindCode) {
   return "<subseta>\r\n<name>" + name + "</name>\r\n<lang domain=\"ja\"/>\r\n" +
          "<code bytenum=\"2\"/>\r\n" + behindCode + "\r\n</subseta>\r\n";
 }

@@ -104,8 +104,8 @@ class RuleBaseTest : public CharsetDirectoryTest {
 std::string entity(const std::string& name, const std::string& file);
 // A charset file: the declarations stand in front of the element.
 std::string charset(const std::string& declarations, const std::string& content);
-// A subset file of kind 1, its code element two bytes wide.
-std::string baseSubset(const std::string& name, const std::string& behindCode = "");
+// A group file of kind 1, its code element two bytes wide.
+std::string baseGroup(const std::string& name, const std::string& behindCode = "");
 
 // A table of 32-bit values with a file. A file makes the difference between a
 // table that is not loaded and one that never will be.

@@ -79,9 +79,9 @@ TEST_F(ColdTables, give_eight_threads_the_same_results) {
       });
     }
     for (std::thread& thread : threads) thread.join();
-    for (const auto& subset : ruleBase.lists->subsets()) {
-      EXPECT_TRUE(subset->toUcs.isLoaded());
-      EXPECT_EQ(subset->toUcs.reading, CodeTable::Reading::kAskedFor) << "filled once";
+    for (const auto& group : ruleBase.lists->groups()) {
+      EXPECT_TRUE(group->toUcs.isLoaded());
+      EXPECT_EQ(group->toUcs.reading, CodeTable::Reading::kAskedFor) << "filled once";
     }
     forgetWhatIsLoaded();
   }

@@ -1,5 +1,5 @@
 // What decoders of charsets in which the bytes alone tell the group have in
-// common: the group has to be one of the source charset's members, and its table
+// common: the group has to be one of the source charset's own, and its table
 // is left to the mapping.
 #pragma once
 
@@ -8,7 +8,7 @@
 namespace ksv {
 
 // A code of a group, as it stands in the text, in so many bytes.
-struct MemberCode {
+struct GroupCode {
   CharsetId group;
   uint32_t code;
   int32_t length;
@@ -19,15 +19,14 @@ inline void rejectFirstByte(ConverterRecord& record) {
   record.status = KSV_STATUS_INVALID;
 }
 
-inline void deliverMemberCode(ConverterRecord& record, const MemberCode& found) {
-  const CharsetDef& source = *sourceCharset(record);
-  const int member = source.memberWithId(found.group);
-  if (member < 0) {
+inline void deliverGroupCode(ConverterRecord& record, const GroupCode& found) {
+  const GroupDef* group = sourceCharset(record)->findGroup(found.group);
+  if (group == nullptr) {
     rejectFirstByte(record);
     return;
   }
   record.inputPosition += found.length;
-  deliverCharacter(record, *source.members[static_cast<size_t>(member)], found.code, found.code, 0);
+  deliverCharacter(record, *group, found.code, found.code, 0);
 }
 
 }  // namespace ksv

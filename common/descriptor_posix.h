@@ -1,0 +1,30 @@
+// An open descriptor. Only the *_posix.cpp files include it.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace ksv::platform {
+
+class Descriptor {
+ public:
+  // Takes what a call gives, -1 included.
+  explicit Descriptor(int number = -1) : number_(number) {}
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  ~Descriptor() {
+    if (number_ >= 0) ::close(number_);
+  }
+
+  explicit operator bool() const { return number_ >= 0; }
+  int get() const { return number_; }
+
+ private:
+  int number_;
+};
+
+}  // namespace ksv::platform
