@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "escapes.h"
 #include "failure.h"
 #include "inputs.h"
 #include "platform.h"

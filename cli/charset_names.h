@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "unicode_check.h"
+#include "unicode_form.h"
 
 namespace ksv_cli {
 

@@ -14,6 +14,7 @@
 #include "jobs.h"
 #include "ksv_cconv.h"
 #include "number_option.h"
+#include "operands.h"
 #include "resource_limits.h"
 #include "result_line.h"
 #include "work_list.h"

@@ -8,7 +8,6 @@
 #include "escapes.h"
 #include "failure.h"
 #include "platform.h"
-#include "result_line.h"
 #include "system_faults.h"
 
 namespace ksv_cli {

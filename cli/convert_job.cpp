@@ -17,6 +17,7 @@
 #include "jobs.h"
 #include "ksv_cconv.h"
 #include "number_option.h"
+#include "operands.h"
 #include "rule_base.h"
 #include "unicode_check.h"
 #include "visible_replacement.h"

@@ -8,10 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "escapes.h"
 #include "failure.h"
-#include "inputs.h"
 #include "jobs.h"
 #include "number_option.h"
+#include "operands.h"
 #include "result_line.h"
 #include "text_detection.h"
 #include "work_list.h"

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "platform.h"
+
 namespace ksv_cli {
 namespace {
 
@@ -48,6 +50,10 @@ std::string escaped(std::string_view text, Backslash backslash) {
     }
   }
   return shown;
+}
+
+std::string shownName(const std::string& name) {
+  return escaped(name, platform::backslashSeparates() ? Backslash::kStays : Backslash::kIsDoubled);
 }
 
 }  // namespace ksv_cli

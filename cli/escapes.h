@@ -13,6 +13,10 @@ enum class Backslash { kStays, kIsDoubled };
 // behind them where they stand in UTF-8. All other bytes stay.
 std::string escaped(std::string_view text, Backslash backslash);
 
+// A name that keeps to its field of a line: escaped, and where a backslash is no separator
+// it is doubled, so that each name is shown in one way.
+std::string shownName(const std::string& name);
+
 }  // namespace ksv_cli
 
 #endif

@@ -2,7 +2,6 @@
 
 #include "base64.h"
 #include "escapes.h"
-#include "platform.h"
 #include "unicode_check.h"
 
 namespace ksv_cli {
@@ -43,10 +42,6 @@ nlohmann::ordered_json failureRecord(const std::string& path, const Failure& fai
   if (failure.offset()) error["offset"] = *failure.offset();
   record["error"] = std::move(error);
   return record;
-}
-
-std::string shownName(const std::string& name) {
-  return escaped(name, platform::backslashSeparates() ? Backslash::kStays : Backslash::kIsDoubled);
 }
 
 std::string nameField(const std::string& name, ResultForm form) {

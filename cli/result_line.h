@@ -39,11 +39,6 @@ nlohmann::ordered_json recordOf(const std::string& path, ResultForm form);
 // The record of an input that failed.
 nlohmann::ordered_json failureRecord(const std::string& path, const Failure& failure);
 
-// A name that keeps to its field of a line: tabs, line ends and other control
-// characters as \t, \n, \r, \xHH and \u00HH. Where a backslash is no separator it is
-// doubled, so that each name is shown in one way.
-std::string shownName(const std::string& name);
-
 // A name as a line of text of that form has it.
 std::string nameField(const std::string& name, ResultForm form);
 

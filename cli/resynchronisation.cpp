@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "unicode_check.h"
+
 namespace ksv_cli {
 namespace {
 

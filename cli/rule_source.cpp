@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "cconv/limits.h"
+#include "escapes.h"
 #include "failure.h"
 #include "inputs.h"
 #include "platform.h"
-#include "result_line.h"
 
 namespace ksv_cli {
 namespace {

@@ -15,6 +15,7 @@
 #include "named_input.h"
 #include "number_option.h"
 #include "ole_tree.h"
+#include "operands.h"
 #include "output_charset.h"
 #include "result_line.h"
 #include "rule_base.h"

@@ -8,9 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace ksv_cli {
+#include "unicode_form.h"
 
-enum class UnicodeForm { kNone, kUtf8, kUtf16, kUcs2, kUcs4 };
+namespace ksv_cli {
 
 enum class ScanEnd {
   kAll,         // everything is well-formed
