@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "file_converter.h"
-#include "rule_base.h"
+#include "cli/charsets/rule_base.h"
+#include "cli/text/file_converter.h"
 
 namespace ksv_cli_tests {
 
