@@ -1,6 +1,5 @@
 // aliases.txt of a charset directory: names that its charsets bring.
-#ifndef KSV_CLI_ALIAS_FILE_H
-#define KSV_CLI_ALIAS_FILE_H
+#pragma once
 
 #include <cstddef>
 #include <string>
@@ -33,5 +32,3 @@ struct AliasFile {
 AliasFile readAliases(const std::string& directory);
 
 }  // namespace ksv_cli
-
-#endif

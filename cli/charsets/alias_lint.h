@@ -1,6 +1,5 @@
 // What is wrong with the aliases that a charset directory brings.
-#ifndef KSV_CLI_ALIAS_LINT_H
-#define KSV_CLI_ALIAS_LINT_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -14,5 +13,3 @@ void lintAliases(const std::string& directory, const std::vector<std::string>& c
                  std::vector<Fault>& faults);
 
 }  // namespace ksv_cli
-
-#endif

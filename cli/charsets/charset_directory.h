@@ -1,6 +1,5 @@
 // Where the charset directory is that the library loads.
-#ifndef KSV_CLI_CHARSET_DIRECTORY_H
-#define KSV_CLI_CHARSET_DIRECTORY_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -11,5 +10,3 @@ namespace ksv_cli {
 std::optional<std::string> charsetDirectory();
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // The names under which a charset can be given on the command line.
-#ifndef KSV_CLI_CHARSET_NAMES_H
-#define KSV_CLI_CHARSET_NAMES_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -83,5 +82,3 @@ class CharsetNames {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // The codecs that a rule file can name.
-#ifndef KSV_CLI_CODEC_NAMES_H
-#define KSV_CLI_CODEC_NAMES_H
+#pragma once
 
 namespace ksv_cli {
 
@@ -26,5 +25,3 @@ inline constexpr const char* kCodecNames[] = {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // How names of charsets are compared.
-#ifndef KSV_CLI_NAME_MATCHING_H
-#define KSV_CLI_NAME_MATCHING_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -22,5 +21,3 @@ std::vector<std::string> nearestNames(std::string_view name,
                                       const std::vector<std::string>& candidates);
 
 }  // namespace ksv_cli
-
-#endif

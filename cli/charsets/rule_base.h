@@ -1,6 +1,5 @@
 // The library's conversion functions, started with the charset directory loaded.
-#ifndef KSV_CLI_RULE_BASE_H
-#define KSV_CLI_RULE_BASE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -30,5 +29,3 @@ class RuleBase {
 };
 
 }  // namespace ksv_cli
-
-#endif

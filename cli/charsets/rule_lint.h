@@ -1,7 +1,6 @@
 // What is wrong with a charset directory. The library loads what it can and passes over
 // the rest in silence; here it is told.
-#ifndef KSV_CLI_RULE_LINT_H
-#define KSV_CLI_RULE_LINT_H
+#pragma once
 
 #include <set>
 #include <string>
@@ -26,5 +25,3 @@ LintFindings lintCharsetDirectory(const std::string& directory);
 std::string shownFault(const Fault& fault);
 
 }  // namespace ksv_cli
-
-#endif

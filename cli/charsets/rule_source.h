@@ -1,7 +1,6 @@
 // Rule files and tables as a person looks at them, with their lines. The library's own
 // reader forgets these, and passes over in silence what is told here.
-#ifndef KSV_CLI_RULE_SOURCE_H
-#define KSV_CLI_RULE_SOURCE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -107,5 +106,3 @@ class RuleSource {
 };
 
 }  // namespace ksv_cli
-
-#endif

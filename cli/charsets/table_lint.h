@@ -1,6 +1,5 @@
 // What is wrong with a code table.
-#ifndef KSV_CLI_TABLE_LINT_H
-#define KSV_CLI_TABLE_LINT_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -33,5 +32,3 @@ std::string compiledName(const std::string& table);
 void lintTable(const std::string& directory, const TableUse& use, std::vector<Fault>& faults);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // Converts a list of files, several at once when asked to.
-#ifndef KSV_CLI_BATCH_H
-#define KSV_CLI_BATCH_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -30,5 +29,3 @@ int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
                  const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs);
 
 }  // namespace ksv_cli
-
-#endif

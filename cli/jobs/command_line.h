@@ -1,6 +1,5 @@
 // The command without its process.
-#ifndef KSV_CLI_COMMAND_LINE_H
-#define KSV_CLI_COMMAND_LINE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -12,5 +11,3 @@ namespace ksv_cli {
 int runCommand(std::vector<std::string> arguments);
 
 }  // namespace ksv_cli
-
-#endif

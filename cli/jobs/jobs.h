@@ -1,7 +1,6 @@
 // The jobs of the command. Each adds its subcommand to the parser and, when that
 // is the one given, leaves the exit status of its work.
-#ifndef KSV_CLI_JOBS_H
-#define KSV_CLI_JOBS_H
+#pragma once
 
 namespace CLI {
 class App;
@@ -20,5 +19,3 @@ void addOleJob(CLI::App& app, int& exitStatus);
 void addLintJob(CLI::App& app, int& exitStatus);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // Options that take whole numbers.
-#ifndef KSV_CLI_NUMBER_OPTION_H
-#define KSV_CLI_NUMBER_OPTION_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 #include <cstddef>
@@ -15,5 +14,3 @@ CLI::Validator numberFrom(uint64_t lowest, uint64_t highest);
 void addJobsOption(CLI::App& job, size_t& jobs, const char* help);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // The storages and streams of a compound document, with the names that people gave them.
-#ifndef KSV_CLI_OLE_TREE_H
-#define KSV_CLI_OLE_TREE_H
+#pragma once
 
 #include <cstdint>
 #include <memory>
@@ -51,5 +50,3 @@ class OleTree {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // The operands of a job, and what they name.
-#ifndef KSV_CLI_OPERANDS_H
-#define KSV_CLI_OPERANDS_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -24,5 +23,3 @@ std::vector<std::string> inputsNamedBy(const std::vector<std::string>& operands,
                                        const FileList& list);
 
 }  // namespace ksv_cli
-
-#endif

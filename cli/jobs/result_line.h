@@ -1,6 +1,5 @@
 // A result as one line of standard output.
-#ifndef KSV_CLI_RESULT_LINE_H
-#define KSV_CLI_RESULT_LINE_H
+#pragma once
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -51,5 +50,3 @@ std::string orHyphen(const char* text);
 std::string joinedByCommas(const std::vector<std::string>& words);
 
 }  // namespace ksv_cli
-
-#endif

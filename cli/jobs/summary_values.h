@@ -1,6 +1,5 @@
 // The properties of documents as values of JSON.
-#ifndef KSV_CLI_SUMMARY_VALUES_H
-#define KSV_CLI_SUMMARY_VALUES_H
+#pragma once
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -19,5 +18,3 @@ nlohmann::ordered_json valueOf(const std::string& text, ValueType type);
 std::string rfc3339(const std::string& text);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // Documents that are sound, and yet cannot be read.
-#ifndef KSV_CLI_UNSUPPORTED_DOCUMENT_H
-#define KSV_CLI_UNSUPPORTED_DOCUMENT_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -18,5 +17,3 @@ std::optional<Failure> unsupportedFile(const std::string& path);
 std::optional<Failure> unsupportedStream(const std::string& path, uint32_t size);
 
 }  // namespace ksv_cli
-
-#endif

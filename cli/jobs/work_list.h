@@ -1,6 +1,5 @@
 // Works through a list of inputs, on several at once when asked to.
-#ifndef KSV_CLI_WORK_LIST_H
-#define KSV_CLI_WORK_LIST_H
+#pragma once
 
 #include <atomic>
 #include <condition_variable>
@@ -81,5 +80,3 @@ class WorkList {
 };
 
 }  // namespace ksv_cli
-
-#endif

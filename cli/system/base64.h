@@ -1,5 +1,5 @@
-#ifndef KSV_CLI_BASE64_H
-#define KSV_CLI_BASE64_H
+// Bytes as text for JSON, which has none of its own for them.
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -10,5 +10,3 @@ namespace ksv_cli {
 std::string base64(std::string_view bytes);
 
 }  // namespace ksv_cli
-
-#endif

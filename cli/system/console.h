@@ -1,6 +1,5 @@
 // Standard error: diagnostics, a line each, and the progress of long work.
-#ifndef KSV_CLI_CONSOLE_H
-#define KSV_CLI_CONSOLE_H
+#pragma once
 
 #include <chrono>
 #include <cstdint>
@@ -57,5 +56,3 @@ class Console {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // An open file, and the words of the system for what it refuses.
-#ifndef KSV_CLI_DESCRIPTOR_POSIX_H
-#define KSV_CLI_DESCRIPTOR_POSIX_H
+#pragma once
 
 #include <unistd.h>
 
@@ -67,5 +66,3 @@ class Descriptor {
 };
 
 }  // namespace ksv_cli::platform
-
-#endif

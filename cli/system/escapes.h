@@ -1,6 +1,5 @@
 // Control characters in a form that can be shown.
-#ifndef KSV_CLI_ESCAPES_H
-#define KSV_CLI_ESCAPES_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -18,5 +17,3 @@ std::string escaped(std::string_view text, Backslash backslash);
 std::string shownName(const std::string& name);
 
 }  // namespace ksv_cli
-
-#endif

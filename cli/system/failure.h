@@ -1,6 +1,5 @@
 // The two ways a job of the command ends early.
-#ifndef KSV_CLI_FAILURE_H
-#define KSV_CLI_FAILURE_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -46,5 +45,3 @@ class UsageError : public std::runtime_error {
 enum ExitStatus { kExitDone = 0, kExitFailed = 1, kExitUsage = 2 };
 
 }  // namespace ksv_cli
-
-#endif

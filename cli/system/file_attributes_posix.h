@@ -1,6 +1,5 @@
 // What a file has besides its bytes.
-#ifndef KSV_CLI_FILE_ATTRIBUTES_POSIX_H
-#define KSV_CLI_FILE_ATTRIBUTES_POSIX_H
+#pragma once
 
 #include <string>
 
@@ -15,5 +14,3 @@ enum class WhatIsRefused { kFails, kGivesUp };
 void handOnAttributes(const std::string& path, int to, WhatIsRefused whatIsRefused);
 
 }  // namespace ksv_cli::platform
-
-#endif

@@ -1,6 +1,5 @@
 // Whether a file that was converted where it is may be replaced by the result.
-#ifndef KSV_CLI_IN_PLACE_H
-#define KSV_CLI_IN_PLACE_H
+#pragma once
 
 #include "cli/system/platform.h"
 #include "cli/system/streams.h"
@@ -14,5 +13,3 @@ bool haveSameBytes(ByteSource& one, ByteSource& other);
 void checkThatNothingIsLost(const platform::FileFacts& original, const platform::FileFacts& now);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // The inputs of a job: files, and standard input.
-#ifndef KSV_CLI_INPUTS_H
-#define KSV_CLI_INPUTS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -29,5 +28,3 @@ uint64_t knownSize(const std::string& input);
 uint64_t totalSize(const std::vector<std::string>& inputs);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // Inputs that are opened by their names.
-#ifndef KSV_CLI_NAMED_INPUT_H
-#define KSV_CLI_NAMED_INPUT_H
+#pragma once
 
 #include <memory>
 #include <string>
@@ -25,5 +24,3 @@ class NamedInput {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,5 +1,5 @@
-#ifndef KSV_CLI_PENDING_FILE_POSIX_H
-#define KSV_CLI_PENDING_FILE_POSIX_H
+// Files that take their place when they are complete: what has to be known of the process.
+#pragma once
 
 namespace ksv_cli::platform {
 
@@ -8,5 +8,3 @@ namespace ksv_cli::platform {
 void readModeOfNewFiles();
 
 }  // namespace ksv_cli::platform
-
-#endif

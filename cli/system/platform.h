@@ -1,8 +1,7 @@
 // What the command needs of the operating system; one platform_*.cpp a system.
 // Paths are UTF-8. Everything here reports errors by throwing Failure with the
 // system's own words.
-#ifndef KSV_CLI_PLATFORM_H
-#define KSV_CLI_PLATFORM_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -147,5 +146,3 @@ bool backslashSeparates();
 std::string placeKey(const std::string& path);
 
 }  // namespace ksv_cli::platform
-
-#endif

@@ -1,6 +1,5 @@
 // Every bound of what a text, a mail or a document may cost the command beyond its output.
-#ifndef KSV_CLI_RESOURCE_LIMITS_H
-#define KSV_CLI_RESOURCE_LIMITS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -35,5 +34,3 @@ constexpr size_t kDeepestStorage = 256;
 constexpr uint64_t kMostJobs = 256;
 
 }  // namespace ksv_cli::limits
-
-#endif

@@ -1,6 +1,5 @@
 // Where the bytes of a conversion come from and go to.
-#ifndef KSV_CLI_STREAMS_H
-#define KSV_CLI_STREAMS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -28,5 +27,3 @@ class ByteSink {
 };
 
 }  // namespace ksv_cli
-
-#endif

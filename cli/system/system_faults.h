@@ -1,6 +1,5 @@
 // System errors that the library has noted and its calls are silent about.
-#ifndef KSV_CLI_SYSTEM_FAULTS_H
-#define KSV_CLI_SYSTEM_FAULTS_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -29,5 +28,3 @@ std::string causeInWords();
 std::string compiledTableError();
 
 }  // namespace ksv_cli
-
-#endif

@@ -3,8 +3,7 @@
 // Whoever creates, renames or removes one does so in a NamesSection. A signal that
 // ends the process waits until no thread is in such a section, and lets none in any
 // more: so it finds every file under the name that is noted for it, at any instant.
-#ifndef KSV_CLI_TEMPORARY_NAMES_POSIX_H
-#define KSV_CLI_TEMPORARY_NAMES_POSIX_H
+#pragma once
 
 #include <signal.h>
 
@@ -72,5 +71,3 @@ class PassingFile {
 };
 
 }  // namespace ksv_cli::platform
-
-#endif

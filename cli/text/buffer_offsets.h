@@ -1,6 +1,5 @@
 // Where the bytes of a buffer stand in the stream that they were read from.
-#ifndef KSV_CLI_BUFFER_OFFSETS_H
-#define KSV_CLI_BUFFER_OFFSETS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -43,5 +42,3 @@ class BufferOffsets {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // What can be seen of a text without knowing its charset, in one pass.
-#ifndef KSV_CLI_BYTE_FACTS_H
-#define KSV_CLI_BYTE_FACTS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -40,5 +39,3 @@ struct ByteFacts {
 ByteFacts byteFacts(ByteSource& source);
 
 }  // namespace ksv_cli
-
-#endif

@@ -6,8 +6,7 @@
 // with a character of several bytes; a text of ASCII only is ASCII. Else each charset reads the
 // text by its real tables, and of the readings that are valid the one is taken whose
 // characters are the most usual ones in its language, if it leads clearly.
-#ifndef KSV_CLI_CHARSET_JUDGE_H
-#define KSV_CLI_CHARSET_JUDGE_H
+#pragma once
 
 #include <memory>
 #include <optional>
@@ -79,5 +78,3 @@ class CharsetJudge {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // Where Unicode text may be cut without a change of what it converts to.
-#ifndef KSV_CLI_CHUNK_BOUNDARY_H
-#define KSV_CLI_CHUNK_BOUNDARY_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -17,5 +16,3 @@ namespace ksv_cli {
 size_t safeCut(UnicodeForm form, bool bigEndian, const uint8_t* text, size_t length);
 
 }  // namespace ksv_cli
-
-#endif

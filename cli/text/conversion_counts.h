@@ -1,6 +1,5 @@
 // What a conversion left out or wrote otherwise.
-#ifndef KSV_CLI_CONVERSION_COUNTS_H
-#define KSV_CLI_CONVERSION_COUNTS_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -28,5 +27,3 @@ struct ConversionCounts {
 };
 
 }  // namespace ksv_cli
-
-#endif

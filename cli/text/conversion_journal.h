@@ -1,6 +1,5 @@
 // Tells from which input byte an output byte came, for a while after the conversion.
-#ifndef KSV_CLI_CONVERSION_JOURNAL_H
-#define KSV_CLI_CONVERSION_JOURNAL_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -40,5 +39,3 @@ class ConversionJournal {
 };
 
 }  // namespace ksv_cli
-
-#endif

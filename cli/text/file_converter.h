@@ -4,8 +4,7 @@
 // Unicode form or in ISO-2022-JP, cut where a cut changes nothing, and converted; what the cut
 // leaves over goes in front of the next piece. The result is that of a single
 // cconvConvert call over the whole text, whatever the size of the pieces.
-#ifndef KSV_CLI_FILE_CONVERTER_H
-#define KSV_CLI_FILE_CONVERTER_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -110,5 +109,3 @@ class FileConverter {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -3,8 +3,7 @@
 // The converter waits at an escape sequence that it does not know as if the rest of
 // it were to come, and takes any two bytes for a pair; so the command looks at such
 // text itself before it hands it on.
-#ifndef KSV_CLI_ISO_2022_CHECK_H
-#define KSV_CLI_ISO_2022_CHECK_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -40,5 +39,3 @@ class Iso2022Scanner {
 };
 
 }  // namespace ksv_cli
-
-#endif

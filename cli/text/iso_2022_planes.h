@@ -3,8 +3,7 @@
 // An escape sequence holds until the next one. The converter, however, reads only one
 // character of plane 2 behind it, and writes other characters behind one of JIS X 0213
 // without going back to their set.
-#ifndef KSV_CLI_ISO_2022_PLANES_H
-#define KSV_CLI_ISO_2022_PLANES_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -54,5 +53,3 @@ class PlaneSink : public ByteSink {
 };
 
 }  // namespace ksv_cli
-
-#endif

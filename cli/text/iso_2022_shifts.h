@@ -1,6 +1,5 @@
 // ISO-2022-JP with half-width katakana behind SO, as older mail has it.
-#ifndef KSV_CLI_ISO_2022_SHIFTS_H
-#define KSV_CLI_ISO_2022_SHIFTS_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -24,5 +23,3 @@ class ShiftSource : public RewritingSource {
 };
 
 }  // namespace ksv_cli
-
-#endif

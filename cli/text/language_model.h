@@ -4,8 +4,7 @@
 // comes next. Of two readings of the same bytes the one that costs less is the likelier,
 // and n bits less make it 2 to the n times likelier, as far as the model is true. The model
 // looks at the character and at the group (kana, han, ...) of the one before it.
-#ifndef KSV_CLI_LANGUAGE_MODEL_H
-#define KSV_CLI_LANGUAGE_MODEL_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -78,5 +77,3 @@ class TextCost {
 };
 
 }  // namespace ksv_cli
-
-#endif

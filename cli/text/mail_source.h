@@ -1,6 +1,5 @@
 // A text in UTF-7 or HZ-GB-2312, handed on as the UTF-8 that the library makes of it.
-#ifndef KSV_CLI_MAIL_SOURCE_H
-#define KSV_CLI_MAIL_SOURCE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -58,5 +57,3 @@ class MailSource : public ByteSource {
 };
 
 }  // namespace ksv_cli
-
-#endif

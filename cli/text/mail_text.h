@@ -3,8 +3,7 @@
 // Both switch modes inside the text, and the library converts all that it is given
 // from the first byte in each call. So a piece of UTF-7 ends outside a base64 run;
 // one of HZ, whose modes can be closed anywhere, ends outside GB mode.
-#ifndef KSV_CLI_MAIL_TEXT_H
-#define KSV_CLI_MAIL_TEXT_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -53,5 +52,3 @@ class HzReader : public MailReader {
 };
 
 }  // namespace ksv_cli
-
-#endif

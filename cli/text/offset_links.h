@@ -1,6 +1,5 @@
 // Where the bytes of a text come from that is made from another one piece by piece.
-#ifndef KSV_CLI_OFFSET_LINKS_H
-#define KSV_CLI_OFFSET_LINKS_H
+#pragma once
 
 #include <algorithm>
 #include <cstdint>
@@ -41,5 +40,3 @@ class OffsetLinks {
 };
 
 }  // namespace ksv_cli
-
-#endif

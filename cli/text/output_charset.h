@@ -1,6 +1,5 @@
 // The charset in which texts are put out that were put together in UTF-8.
-#ifndef KSV_CLI_OUTPUT_CHARSET_H
-#define KSV_CLI_OUTPUT_CHARSET_H
+#pragma once
 
 #include <string>
 
@@ -34,5 +33,3 @@ class OutputCharset {
 };
 
 }  // namespace ksv_cli
-
-#endif

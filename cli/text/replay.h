@@ -1,6 +1,5 @@
 // Finds where a character that a converter stopped at begins.
-#ifndef KSV_CLI_REPLAY_H
-#define KSV_CLI_REPLAY_H
+#pragma once
 
 #include <cstdint>
 
@@ -21,5 +20,3 @@ int32_t characterStart(const ConverterRecord& before, int32_t reported);
 int32_t characterBehindOutput(const ConverterRecord& before, int32_t outputBytes);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // A text that can be read from its beginning as often as its judge asks for it.
-#ifndef KSV_CLI_REREADABLE_TEXT_H
-#define KSV_CLI_REREADABLE_TEXT_H
+#pragma once
 
 #include <cstdint>
 #include <memory>
@@ -53,5 +52,3 @@ class RereadableText {
 };
 
 }  // namespace ksv_cli
-
-#endif

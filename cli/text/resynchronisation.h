@@ -1,6 +1,5 @@
 // Where a text goes on behind bytes that are no character of its charset.
-#ifndef KSV_CLI_RESYNCHRONISATION_H
-#define KSV_CLI_RESYNCHRONISATION_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -21,5 +20,3 @@ size_t badSequenceLength(const CharsetChoice& charset, const uint8_t* text, size
 size_t unitSize(const CharsetChoice& charset);
 
 }  // namespace ksv_cli
-
-#endif

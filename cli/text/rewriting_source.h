@@ -1,6 +1,5 @@
 // Input that is written in another way on its way to the converter, byte by byte.
-#ifndef KSV_CLI_REWRITING_SOURCE_H
-#define KSV_CLI_REWRITING_SOURCE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -41,5 +40,3 @@ class RewritingSource : public ByteSource {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // The charsets of one byte a character that a text may be in.
-#ifndef KSV_CLI_SINGLE_BYTE_TABLES_H
-#define KSV_CLI_SINGLE_BYTE_TABLES_H
+#pragma once
 
 #include <array>
 #include <cstdint>
@@ -43,5 +42,3 @@ class SingleByteTables {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // Converts a whole text, by the way that its charsets ask for.
-#ifndef KSV_CLI_TEXT_CONVERSION_H
-#define KSV_CLI_TEXT_CONVERSION_H
+#pragma once
 
 #include "cli/system/streams.h"
 #include "cli/text/file_converter.h"
@@ -14,5 +13,3 @@ ConversionCounts convertText(const ConversionSettings& settings, ByteSource& sou
                              ByteSink& sink);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // The charset that a text says it is in.
-#ifndef KSV_CLI_TEXT_DECLARATION_H
-#define KSV_CLI_TEXT_DECLARATION_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -14,5 +13,3 @@ namespace ksv_cli {
 std::optional<std::string> declaredCharset(std::string_view beginning);
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // In which encoding a text is written.
-#ifndef KSV_CLI_TEXT_DETECTION_H
-#define KSV_CLI_TEXT_DETECTION_H
+#pragma once
 
 #include <cstdint>
 #include <memory>
@@ -53,5 +52,3 @@ ChosenSource chooseSource(const DetectedText& text, const CharsetNames& names);
 std::string joinedByOr(const std::vector<std::string>& words);
 
 }  // namespace ksv_cli
-
-#endif

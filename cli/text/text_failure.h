@@ -1,6 +1,5 @@
 // What is wrong with a text, in words.
-#ifndef KSV_CLI_TEXT_FAILURE_H
-#define KSV_CLI_TEXT_FAILURE_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -18,5 +17,3 @@ Failure invalidText(const std::string& charset, std::optional<uint8_t> byte, uin
 Failure truncatedText(const std::string& charset, uint64_t offset);
 
 }  // namespace ksv_cli
-
-#endif

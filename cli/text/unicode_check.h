@@ -2,8 +2,7 @@
 //
 // The converters of the library take any value that the bytes spell, so the
 // command looks at Unicode input itself before it hands it on.
-#ifndef KSV_CLI_UNICODE_CHECK_H
-#define KSV_CLI_UNICODE_CHECK_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -36,5 +35,3 @@ size_t byteOrderMark(UnicodeForm form, bool orderIsFixed, const uint8_t* text, s
                      bool& bigEndian);
 
 }  // namespace ksv_cli
-
-#endif

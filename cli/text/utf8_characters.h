@@ -1,6 +1,5 @@
 // The characters of well-formed UTF-8 that comes byte by byte.
-#ifndef KSV_CLI_UTF8_CHARACTERS_H
-#define KSV_CLI_UTF8_CHARACTERS_H
+#pragma once
 
 #include <cstdint>
 
@@ -28,5 +27,3 @@ class Utf8Characters {
 };
 
 }  // namespace ksv_cli
-
-#endif

@@ -1,6 +1,5 @@
 // What is written for characters that a charset lacks.
-#ifndef KSV_CLI_VISIBLE_REPLACEMENT_H
-#define KSV_CLI_VISIBLE_REPLACEMENT_H
+#pragma once
 
 #include <string>
 
@@ -13,5 +12,3 @@ namespace ksv_cli {
 void makeReplacementVisible(const std::string& targetCharset, ConvertOptions& options);
 
 }  // namespace ksv_cli
-
-#endif
