@@ -1,6 +1,5 @@
 // ksv charsets: the charsets that can be named, a line each.
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -8,6 +7,7 @@
 #include "cli/charsets/charset_names.h"
 #include "cli/charsets/rule_base.h"
 #include "cli/jobs/jobs.h"
+#include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"
 #include "cli/system/console.h"
 
@@ -39,16 +39,16 @@ int listCharsets(bool json) {
 
 }  // namespace
 
-void addCharsetsJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("charsets", "List the charsets that can be named");
-  job->footer(
+void addCharsetsJob(OptionParser& parser) {
+  Subcommand job = parser.job("charsets", "List the charsets that can be named");
+  job.footer(
       "A line a charset: its name, a tab, its aliases. Names are taken without regard to\n"
       "case and punctuation. The charsets are those of the charset directory, which may bring\n"
       "names of its own in aliases.txt. UTF-7 and HZ-GB-2312, which need ISO-10646-UCS-4 and\n"
       "ChineseGBK of it, can be read, but not written.");
   auto json = std::make_shared<bool>(false);
-  job->add_flag("--json", *json, "One JSON object a line: name, aliases, sourceOnly");
-  job->callback([json, &exitStatus] { exitStatus = listCharsets(*json); });
+  job.flag("--json", *json, "One JSON object a line: name, aliases, sourceOnly");
+  job.work([json] { return listCharsets(*json); });
 }
 
 }  // namespace ksv_cli

@@ -1,6 +1,5 @@
 // ksv check: the charset of a text, by its mark, its XML declaration or its bytes.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -9,8 +8,8 @@
 #include <vector>
 
 #include "cli/jobs/jobs.h"
-#include "cli/jobs/number_option.h"
 #include "cli/jobs/operands.h"
+#include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"
 #include "cli/jobs/work_list.h"
 #include "cli/system/escapes.h"
@@ -38,7 +37,7 @@ struct Arguments {
   std::vector<std::string> operands;
   bool json = false;
   bool classic = false;
-  size_t jobs = 1;
+  uint64_t jobs = 1;
 };
 
 EncodingCheckRecord check(const std::string& input) {
@@ -105,16 +104,16 @@ int checkAll(const Arguments& arguments) {
 
 }  // namespace
 
-void addCheckJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("check", "Name the charset of a text as it declares it");
+void addCheckJob(OptionParser& parser) {
+  Subcommand job = parser.job("check", "Name the charset of a text as it declares it");
   auto arguments = std::make_shared<Arguments>();
-  job->add_option("FILE", arguments->operands, "The texts")->type_name("");
-  job->add_flag("--json", arguments->json, "One JSON object a line");
-  job->add_flag("--classic", arguments->classic,
-                "Exactly what the library answers, in the form that programs rely on");
-  addJobsOption(*job, arguments->jobs, "Work on N files at once");
-  job->footer(kFooter);
-  job->callback([arguments, &exitStatus] { exitStatus = checkAll(*arguments); });
+  job.operands("FILE", arguments->operands, "The texts");
+  job.flag("--json", arguments->json, "One JSON object a line");
+  job.flag("--classic", arguments->classic,
+           "Exactly what the library answers, in the form that programs rely on");
+  job.workers(arguments->jobs, "Work on N files at once");
+  job.footer(kFooter);
+  job.work([arguments] { return checkAll(*arguments); });
 }
 
 }  // namespace ksv_cli

@@ -1,6 +1,5 @@
 // ksv convert: text files from one charset to another.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -12,8 +11,8 @@
 #include "cli/charsets/rule_base.h"
 #include "cli/jobs/batch.h"
 #include "cli/jobs/jobs.h"
-#include "cli/jobs/number_option.h"
 #include "cli/jobs/operands.h"
+#include "cli/jobs/options.h"
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
 #include "cli/text/charset_judge.h"
@@ -24,9 +23,6 @@
 
 namespace ksv_cli {
 namespace {
-
-// A bare --in-place: no suffix can have a separator in it.
-constexpr char kNoSuffix[] = "/";
 
 // Tags that go back to the default language are written as "no language", which
 // is what this default stands for.
@@ -69,59 +65,47 @@ constexpr char kFooter[] =
 struct Arguments {
   std::vector<std::string> inputs;
   std::string target;
-  std::string source;
-  std::string outputFile;
-  std::string outputDirectory;
-  std::string inPlace;
+  std::optional<std::string> source;
+  std::optional<std::string> outputFile;
+  std::optional<std::string> outputDirectory;
+  std::optional<std::string> inPlace;
   bool touches = false;
   std::string newline = "keep";
   bool mark = false;
   std::string byteOrder;
   std::string invalid = "fail";
   std::string unmappable = "fail";
-  std::string replacement;
+  std::optional<std::string> replacement;
   std::string references;
-  std::string language;
-  std::string detectLanguage;
+  std::optional<std::string> language;
+  std::optional<std::string> detectLanguage;
   bool guess = false;
   bool classic = false;
   bool strict = false;
-  size_t jobs = 1;
-  size_t blockSize = ConversionSettings{}.blockSize;
+  uint64_t jobs = 1;
+  uint64_t blockSize = ConversionSettings{}.blockSize;
 };
 
-// What a group of options is about, so that their presence can be told from an
-// empty value.
-struct GivenOptions {
-  bool source;
-  bool outputFile;
-  bool outputDirectory;
-  bool inPlace;
-  bool replacement;
-  bool language;
-  bool detectLanguage;
-};
-
-OutputPlan outputPlan(const Arguments& arguments, const GivenOptions& given) {
-  if (given.outputFile + given.outputDirectory + given.inPlace > 1)
+OutputPlan outputPlan(const Arguments& arguments) {
+  const std::optional<std::string>& file = arguments.outputFile;
+  const std::optional<std::string>& directory = arguments.outputDirectory;
+  const std::optional<std::string>& inPlace = arguments.inPlace;
+  if (file.has_value() + directory.has_value() + inPlace.has_value() > 1)
     throw UsageError("of -o, --output-dir and --in-place only one can be given");
-  if (arguments.touches && !given.inPlace) throw UsageError("--touch is for --in-place only");
-  if (given.outputFile && arguments.inputs.size() > 1)
+  if (arguments.touches && !inPlace) throw UsageError("--touch is for --in-place only");
+  if (file && arguments.inputs.size() > 1)
     throw UsageError("-o takes one input; --output-dir takes several");
   const bool readsStandardInput = std::find(arguments.inputs.begin(), arguments.inputs.end(),
                                             kStandardStream) != arguments.inputs.end();
-  if (readsStandardInput && (given.inPlace || given.outputDirectory))
+  if (readsStandardInput && (inPlace || directory))
     throw UsageError("standard input has no name for --output-dir or --in-place");
 
-  if (given.outputDirectory) return {OutputPlan::Kind::kDirectory, arguments.outputDirectory, ""};
-  if (given.outputFile && arguments.outputFile != kStandardStream)
-    return {OutputPlan::Kind::kFile, arguments.outputFile, ""};
-  if (!given.inPlace) return {};
-  if (arguments.inPlace == kNoSuffix)
-    return {OutputPlan::Kind::kInPlace, "", "", !arguments.touches};
-  if (arguments.inPlace.find_first_of("/\\") != std::string::npos)
+  if (directory) return {OutputPlan::Kind::kDirectory, *directory, ""};
+  if (file && *file != kStandardStream) return {OutputPlan::Kind::kFile, *file, ""};
+  if (!inPlace) return {};
+  if (inPlace->find_first_of("/\\") != std::string::npos)
     throw UsageError("the suffix of --in-place holds a path separator");
-  return {OutputPlan::Kind::kInPlace, "", arguments.inPlace, !arguments.touches};
+  return {OutputPlan::Kind::kInPlace, "", *inPlace, !arguments.touches};
 }
 
 CharsetChoice findSource(const CharsetNames& names, const std::string& name) {
@@ -186,11 +170,10 @@ void setLanguage(const std::string& language, ConversionSettings& settings) {
               sizeof kUndeterminedLanguage);
 }
 
-ConversionSettings conversionSettings(const Arguments& arguments, const GivenOptions& given,
-                                      const CharsetNames& names) {
+ConversionSettings conversionSettings(const Arguments& arguments, const CharsetNames& names) {
   ConversionSettings settings;
   settings.target = findTarget(names, arguments.target);
-  if (given.source) settings.source = findSource(names, arguments.source);
+  if (arguments.source) settings.source = findSource(names, *arguments.source);
   settings.skipInvalid = arguments.invalid == "skip";
   settings.isStrict = arguments.strict;
   settings.blockSize = arguments.blockSize;
@@ -199,15 +182,15 @@ ConversionSettings conversionSettings(const Arguments& arguments, const GivenOpt
   options.outputBigEndian = writesBigEndian(arguments, settings.target);
   options.writeByteOrderMark = arguments.mark;
   options.replaceUnmappable = arguments.unmappable == "replace";
-  if (given.replacement) {
-    options.narrowReplacement = replacementUnit(arguments.replacement);
+  if (arguments.replacement) {
+    options.narrowReplacement = replacementUnit(*arguments.replacement);
     options.wideReplacement = options.narrowReplacement;
   } else if (options.replaceUnmappable != 0) {
     makeReplacementVisible(settings.target.name, options);
   }
   setNewlines(arguments.newline, options);
   setReferences(arguments, settings.target, options);
-  if (given.language) setLanguage(arguments.language, settings);
+  if (arguments.language) setLanguage(*arguments.language, settings);
   return settings;
 }
 
@@ -222,21 +205,10 @@ void checkReplacement(const ConversionSettings& settings, const std::string& rep
     throw UsageError("the replacement " + replacement + " is not in " + settings.target.display);
 }
 
-// The parser would show the value of a bare --in-place.
-class HelpFormatter : public CLI::Formatter {
- public:
-  std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
-    std::string name = CLI::Formatter::make_option_name(option, isPositional);
-    const std::string bareValue = std::string("{") + kNoSuffix + "}";
-    const size_t at = name.find(bareValue);
-    return at == std::string::npos ? name : name.replace(at, bareValue.size(), "[=SUFFIX]");
-  }
-};
-
 // How the charset of a text is found out that -f does not name.
-SourceFinder sourceFinder(const Arguments& arguments, const GivenOptions& given,
-                          const CharsetNames& names) {
-  if (arguments.classic && (arguments.guess || given.detectLanguage))
+SourceFinder sourceFinder(const Arguments& arguments, const CharsetNames& names) {
+  const std::optional<std::string>& languageName = arguments.detectLanguage;
+  if (arguments.classic && (arguments.guess || languageName))
     throw UsageError("--classic goes with neither --guess nor --detect-language");
   if (arguments.classic)
     return [&names](const std::string& input) {
@@ -245,107 +217,81 @@ SourceFinder sourceFinder(const Arguments& arguments, const GivenOptions& given,
       return JudgedText{std::move(text.source), std::move(chosen)};
     };
   const TextLanguage language =
-      given.detectLanguage ? textLanguageNamed(arguments.detectLanguage) : textLanguageOfUser();
+      languageName ? textLanguageNamed(*languageName) : textLanguageOfUser();
   const auto judge =
-      std::make_shared<CharsetJudge>(names, language, arguments.guess, !given.detectLanguage);
+      std::make_shared<CharsetJudge>(names, language, arguments.guess, !languageName);
   return [judge](const std::string& input) { return judge->judge(input); };
 }
 
-int convert(Arguments arguments, const GivenOptions& given) {
+int convert(Arguments arguments) {
   arguments.inputs = inputsNamedBy(arguments.inputs);
-  const OutputPlan plan = outputPlan(arguments, given);
+  const OutputPlan plan = outputPlan(arguments);
   const RuleBase ruleBase;
   const CharsetNames names = ruleBase.names();
-  const ConversionSettings settings = conversionSettings(arguments, given, names);
-  if (given.replacement) checkReplacement(settings, arguments.replacement);
-  return convertBatch(settings, sourceFinder(arguments, given, names), plan, arguments.inputs,
+  const ConversionSettings settings = conversionSettings(arguments, names);
+  if (arguments.replacement) checkReplacement(settings, *arguments.replacement);
+  return convertBatch(settings, sourceFinder(arguments, names), plan, arguments.inputs,
                       arguments.jobs);
 }
 
-void addCharacterOptions(CLI::App& job, Arguments& arguments) {
-  job.add_option("--newline", arguments.newline, "Line ends of the output; default: keep")
-      ->check(CLI::IsMember({"keep", "lf", "crlf", "cr"}))
-      ->type_name("FORM");
-  job.add_flag("--bom", arguments.mark, "Begin Unicode output with a byte-order mark");
-  job.add_option("--byte-order", arguments.byteOrder, "Byte order of Unicode output")
-      ->check(CLI::IsMember({"little", "big"}))
-      ->type_name("ORDER");
-  job.add_option("--invalid", arguments.invalid, "What invalid input does; default: fail")
-      ->check(CLI::IsMember({"fail", "skip"}))
-      ->type_name("ACTION");
-  job.add_option("--unmappable", arguments.unmappable,
-                 "What a character does that the target lacks; default: fail")
-      ->check(CLI::IsMember({"fail", "replace"}))
-      ->type_name("ACTION");
-  job.add_option("--replacement", arguments.replacement,
-                 "What --unmappable replace writes; default: a geta mark or ?")
-      ->type_name("CHAR");
-  job.add_flag("--strict", arguments.strict,
-               "Exit with 1 when something was skipped or replaced; the result is written");
-  job.add_option("--references", arguments.references,
-                 "UCS-2 output: characters outside Windows-31J as &#x...; or &#...;")
-      ->check(CLI::IsMember({"hex", "decimal"}))
-      ->type_name("BASE");
-  job.add_option("--language", arguments.language,
-                 "UTF-8, UTF-16, UCS-4 output: announce this language in front of the text")
-      ->type_name("NAME");
+void addCharacterOptions(Subcommand& job, Arguments& arguments) {
+  job.value("--newline", "FORM", arguments.newline, "Line ends of the output; default: keep",
+            {.oneOf = {"keep", "lf", "crlf", "cr"}});
+  job.flag("--bom", arguments.mark, "Begin Unicode output with a byte-order mark");
+  job.value("--byte-order", "ORDER", arguments.byteOrder, "Byte order of Unicode output",
+            {.oneOf = {"little", "big"}});
+  job.value("--invalid", "ACTION", arguments.invalid, "What invalid input does; default: fail",
+            {.oneOf = {"fail", "skip"}});
+  job.value("--unmappable", "ACTION", arguments.unmappable,
+            "What a character does that the target lacks; default: fail",
+            {.oneOf = {"fail", "replace"}});
+  job.value("--replacement", "CHAR", arguments.replacement,
+            "What --unmappable replace writes; default: a geta mark or ?");
+  job.flag("--strict", arguments.strict,
+           "Exit with 1 when something was skipped or replaced; the result is written");
+  job.value("--references", "BASE", arguments.references,
+            "UCS-2 output: characters outside Windows-31J as &#x...; or &#...;",
+            {.oneOf = {"hex", "decimal"}});
+  job.value("--language", "NAME", arguments.language,
+            "UTF-8, UTF-16, UCS-4 output: announce this language in front of the text");
 }
 
-void addDetectionOptions(CLI::App& job, Arguments& arguments) {
-  job.add_option("--detect-language", arguments.detectLanguage,
-                 "Without -f: the language of the texts; default: that of LC_ALL, LC_CTYPE or LANG")
-      ->check(CLI::IsMember({"ja", "zh-cn", "zh-tw", "ko", "any"}, CLI::ignore_case))
-      ->type_name("NAME");
-  job.add_flag("--guess", arguments.guess,
-               "Without -f: where no charset is clear, take the likeliest");
-  job.add_flag("--classic", arguments.classic,
-               "Without -f: detect the charset as this command did before");
+void addDetectionOptions(Subcommand& job, Arguments& arguments) {
+  job.value("--detect-language", "NAME", arguments.detectLanguage,
+            "Without -f: the language of the texts; default: that of LC_ALL, LC_CTYPE or LANG",
+            {.oneOf = {"ja", "zh-cn", "zh-tw", "ko", "any"}, .ignoresCase = true});
+  job.flag("--guess", arguments.guess, "Without -f: where no charset is clear, take the likeliest");
+  job.flag("--classic", arguments.classic,
+           "Without -f: detect the charset as this command did before");
 }
 
-void addPlaceOptions(CLI::App& job, Arguments& arguments) {
-  job.add_option("-o,--output", arguments.outputFile, "Write the result of one input to FILE")
-      ->type_name("FILE");
-  job.add_option("--output-dir", arguments.outputDirectory,
-                 "Write each result to DIR, under the name of its input")
-      ->type_name("DIR");
-  job.add_flag(std::string("--in-place{") + kNoSuffix + "}", arguments.inPlace,
-               "Replace each input; with SUFFIX the original is kept under its name and SUFFIX");
-  job.add_flag("--touch", arguments.touches,
-               "With --in-place: the time of a converted file becomes the present one");
+void addPlaceOptions(Subcommand& job, Arguments& arguments) {
+  job.value("-o,--output", "FILE", arguments.outputFile, "Write the result of one input to FILE");
+  job.value("--output-dir", "DIR", arguments.outputDirectory,
+            "Write each result to DIR, under the name of its input");
+  job.flagOrValue("--in-place", "SUFFIX", arguments.inPlace,
+                  "Replace each input; with SUFFIX the original is kept under its name and SUFFIX");
+  job.flag("--touch", arguments.touches,
+           "With --in-place: the time of a converted file becomes the present one");
 }
 
 }  // namespace
 
-void addConvertJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("convert", "Convert text from one charset to another");
-  job->formatter(std::make_shared<HelpFormatter>());
-  job->get_formatter()->column_width(32);
+void addConvertJob(OptionParser& parser) {
+  Subcommand job = parser.job("convert", "Convert text from one charset to another");
   auto arguments = std::make_shared<Arguments>();
-  job->add_option("FILE", arguments->inputs, "The texts")->type_name("");
-  job->add_option("-t,--to", arguments->target, "The charset to write")
-      ->required()
-      ->type_name("CHARSET");
-  job->add_option("-f,--from", arguments->source,
-                  "The charset of the input; default: each text is detected")
-      ->type_name("CHARSET");
-  addDetectionOptions(*job, *arguments);
-  addPlaceOptions(*job, *arguments);
-  addCharacterOptions(*job, *arguments);
-  addJobsOption(*job, arguments->jobs, "Work on N files at once");
-  job->add_option("--block-size", arguments->blockSize, "Bytes read at once")
-      ->check(numberFrom(16, 64 * 1024 * 1024))
-      ->group("");
-  job->footer(kFooter);
-  job->callback([job, arguments, &exitStatus] {
-    const GivenOptions given = {job->count("-f") != 0,
-                                job->count("-o") != 0,
-                                job->count("--output-dir") != 0,
-                                job->count("--in-place") != 0,
-                                job->count("--replacement") != 0,
-                                job->count("--language") != 0,
-                                job->count("--detect-language") != 0};
-    exitStatus = convert(*arguments, given);
-  });
+  job.operands("FILE", arguments->inputs, "The texts");
+  job.value("-t,--to", "CHARSET", arguments->target, "The charset to write", {.required = true});
+  job.value("-f,--from", "CHARSET", arguments->source,
+            "The charset of the input; default: each text is detected");
+  addDetectionOptions(job, *arguments);
+  addPlaceOptions(job, *arguments);
+  addCharacterOptions(job, *arguments);
+  job.workers(arguments->jobs, "Work on N files at once");
+  job.number("--block-size", "BYTES", arguments->blockSize, {16, 64 * 1024 * 1024},
+             "Bytes read at once", {.hidden = true});
+  job.footer(kFooter);
+  job.work([arguments] { return convert(*arguments); });
 }
 
 }  // namespace ksv_cli

@@ -1,6 +1,5 @@
 // ksv cut: the leading piece of a text that breaks no character.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <limits>
 #include <memory>
@@ -12,7 +11,7 @@
 #include "cli/charsets/charset_names.h"
 #include "cli/charsets/rule_base.h"
 #include "cli/jobs/jobs.h"
-#include "cli/jobs/number_option.h"
+#include "cli/jobs/options.h"
 #include "cli/system/console.h"
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
@@ -27,11 +26,11 @@ namespace {
 // a CR LF.
 constexpr size_t kWidestUnit = 4;
 
-constexpr int64_t kMostBytes = std::numeric_limits<int32_t>::max() - int64_t{kWidestUnit};
+constexpr uint64_t kMostBytes = std::numeric_limits<int32_t>::max() - uint64_t{kWidestUnit};
 
 struct CutArguments {
   std::string charset;
-  int64_t bytes = 0;
+  uint64_t bytes = 0;
   std::string input = kStandardStream;
 };
 
@@ -128,22 +127,18 @@ int cut(const CutArguments& arguments) {
 
 }  // namespace
 
-void addCutJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("cut", "Write the beginning of a text, no character broken");
+void addCutJob(OptionParser& parser) {
+  Subcommand job = parser.job("cut", "Write the beginning of a text, no character broken");
   auto arguments = std::make_shared<CutArguments>();
-  job->add_option("FILE", arguments->input, "The text; none, or -, is standard input")
-      ->type_name("");
-  job->add_option("-c,--charset", arguments->charset, "The charset of the text")
-      ->required()
-      ->type_name("CHARSET");
-  job->add_option("-n,--bytes", arguments->bytes, "The most bytes to write")
-      ->required()
-      ->check(numberFrom(0, std::numeric_limits<int64_t>::max()))
-      ->type_name("BYTES");
-  job->footer(
+  job.operand("FILE", arguments->input, "The text; none, or -, is standard input");
+  job.value("-c,--charset", "CHARSET", arguments->charset, "The charset of the text",
+            {.required = true});
+  job.number("-n,--bytes", "BYTES", arguments->bytes, {0, std::numeric_limits<int64_t>::max()},
+             "The most bytes to write", {.required = true});
+  job.footer(
       "No character, escape sequence or CR LF is cut apart; what does not fit whole is left\n"
       "out. CHARSET is one that 'ksv charsets' lists, as far as its texts can be cut.");
-  job->callback([arguments, &exitStatus] { exitStatus = cut(*arguments); });
+  job.work([arguments] { return cut(*arguments); });
 }
 
 }  // namespace ksv_cli

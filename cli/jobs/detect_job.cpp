@@ -1,6 +1,5 @@
 // ksv detect: in which encodings text files are written, a line each.
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -9,8 +8,8 @@
 #include <vector>
 
 #include "cli/jobs/jobs.h"
-#include "cli/jobs/number_option.h"
 #include "cli/jobs/operands.h"
+#include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"
 #include "cli/jobs/work_list.h"
 #include "cli/system/escapes.h"
@@ -42,7 +41,7 @@ struct Arguments {
   std::string language;
   bool json = false;
   bool classic = false;
-  size_t jobs = 1;
+  uint64_t jobs = 1;
 };
 
 std::string hexadecimal(uint32_t word) {
@@ -111,22 +110,20 @@ int detect(const Arguments& arguments) {
 
 }  // namespace
 
-void addDetectJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("detect", "Tell in which encodings text files are written");
+void addDetectJob(OptionParser& parser) {
+  Subcommand job = parser.job("detect", "Tell in which encodings text files are written");
   auto arguments = std::make_shared<Arguments>();
-  job->add_option("FILE", arguments->operands, "The texts")->type_name("");
-  job->add_option("--files-from", arguments->list.path, "Read names of further files from LIST")
-      ->type_name("LIST");
-  job->add_flag("--null", arguments->list.endsNamesWithNul,
-                "The names of the list end with NUL, not with a line end");
-  job->add_option("--language", arguments->language, "The language of the texts")
-      ->type_name("NAME");
-  job->add_flag("--json", arguments->json, "One JSON object a line");
-  job->add_flag("--classic", arguments->classic,
-                "Exactly what the library answers, in the form that programs rely on");
-  addJobsOption(*job, arguments->jobs, "Work on N files at once");
-  job->footer(kFooter);
-  job->callback([arguments, &exitStatus] { exitStatus = detect(*arguments); });
+  job.operands("FILE", arguments->operands, "The texts");
+  job.value("--files-from", "LIST", arguments->list.path, "Read names of further files from LIST");
+  job.flag("--null", arguments->list.endsNamesWithNul,
+           "The names of the list end with NUL, not with a line end");
+  job.value("--language", "NAME", arguments->language, "The language of the texts");
+  job.flag("--json", arguments->json, "One JSON object a line");
+  job.flag("--classic", arguments->classic,
+           "Exactly what the library answers, in the form that programs rely on");
+  job.workers(arguments->jobs, "Work on N files at once");
+  job.footer(kFooter);
+  job.work([arguments] { return detect(*arguments); });
 }
 
 }  // namespace ksv_cli

@@ -1,21 +1,18 @@
-// The jobs of the command. Each adds its subcommand to the parser and, when that
-// is the one given, leaves the exit status of its work.
+// The jobs of the command. Each adds its subcommand, its options and its work to the parser.
 #pragma once
-
-namespace CLI {
-class App;
-}
 
 namespace ksv_cli {
 
-void addConvertJob(CLI::App& app, int& exitStatus);
-void addDetectJob(CLI::App& app, int& exitStatus);
-void addCheckJob(CLI::App& app, int& exitStatus);
-void addCharsetsJob(CLI::App& app, int& exitStatus);
-void addTablesJob(CLI::App& app, int& exitStatus);
-void addCutJob(CLI::App& app, int& exitStatus);
-void addSummaryJob(CLI::App& app, int& exitStatus);
-void addOleJob(CLI::App& app, int& exitStatus);
-void addLintJob(CLI::App& app, int& exitStatus);
+class OptionParser;
+
+void addConvertJob(OptionParser& parser);
+void addDetectJob(OptionParser& parser);
+void addCheckJob(OptionParser& parser);
+void addCharsetsJob(OptionParser& parser);
+void addTablesJob(OptionParser& parser);
+void addCutJob(OptionParser& parser);
+void addSummaryJob(OptionParser& parser);
+void addOleJob(OptionParser& parser);
+void addLintJob(OptionParser& parser);
 
 }  // namespace ksv_cli

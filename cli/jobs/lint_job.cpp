@@ -1,6 +1,5 @@
 // ksv lint: what is wrong with a charset directory, a line each.
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,6 +7,7 @@
 #include "cli/charsets/charset_directory.h"
 #include "cli/charsets/rule_lint.h"
 #include "cli/jobs/jobs.h"
+#include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"
 #include "cli/system/console.h"
 #include "cli/system/escapes.h"
@@ -70,13 +70,13 @@ int lint(const Arguments& arguments) {
 
 }  // namespace
 
-void addLintJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("lint", "Tell what is wrong with a charset directory");
+void addLintJob(OptionParser& parser) {
+  Subcommand job = parser.job("lint", "Tell what is wrong with a charset directory");
   auto arguments = std::make_shared<Arguments>();
-  job->add_option("DIR", arguments->directory, "The charset directory")->type_name("");
-  job->add_flag("--json", arguments->json, "One JSON object a line: path, line, reason");
-  job->footer(kFooter);
-  job->callback([arguments, &exitStatus] { exitStatus = lint(*arguments); });
+  job.operand("DIR", arguments->directory, "The charset directory");
+  job.flag("--json", arguments->json, "One JSON object a line: path, line, reason");
+  job.footer(kFooter);
+  job.work([arguments] { return lint(*arguments); });
 }
 
 }  // namespace ksv_cli

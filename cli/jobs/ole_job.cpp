@@ -1,6 +1,5 @@
 // ksv ole: what is in a compound document.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
 #include <functional>
@@ -10,6 +9,7 @@
 
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/ole_tree.h"
+#include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"
 #include "cli/jobs/unsupported_document.h"
 #include "cli/system/console.h"
@@ -136,38 +136,34 @@ int reportingFailures(const OleArguments& arguments,
   }
 }
 
-void addFile(CLI::App& job, OleArguments& arguments) {
-  job.add_option("FILE", arguments.input, "The document; - is standard input")
-      ->required()
-      ->type_name("");
-  job.add_flag("--classic", arguments.classic,
-               "Exactly what the library answers, in the form that programs rely on");
+void addFile(Subcommand& part, OleArguments& arguments) {
+  part.operand("FILE", arguments.input, "The document; - is standard input", {.required = true});
+  part.flag("--classic", arguments.classic,
+            "Exactly what the library answers, in the form that programs rely on");
 }
 
 }  // namespace
 
-void addOleJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("ole", "Show what is in a compound document");
-  job->require_subcommand(1);
+void addOleJob(OptionParser& parser) {
+  Subcommand job = parser.job("ole", "Show what is in a compound document");
   auto arguments = std::make_shared<OleArguments>();
 
-  CLI::App* listJob = job->add_subcommand("list", "Draw the tree of storages and streams");
-  addFile(*listJob, *arguments);
-  listJob->add_flag("--json", arguments->json, "One JSON object a line: path, type, size");
-  listJob->footer(
+  Subcommand listing = job.part("list", "Draw the tree of storages and streams");
+  addFile(listing, *arguments);
+  listing.flag("--json", arguments->json, "One JSON object a line: path, type, size");
+  listing.footer(
       "Storages end in '/', streams are followed by their size in bytes. A character of a\n"
       "name that cannot be shown, '/' and '\\' are written \\xHH or \\uHHHH.");
-  listJob->callback([arguments, &exitStatus] { exitStatus = reportingFailures(*arguments, list); });
+  listing.work([arguments] { return reportingFailures(*arguments, list); });
 
-  CLI::App* catJob = job->add_subcommand("cat", "Write the bytes of a stream to standard output");
-  addFile(*catJob, *arguments);
-  catJob->add_option("PATH", arguments->path, "The stream, as 'ksv ole list' shows it")
-      ->required()
-      ->type_name("");
-  catJob->footer(
+  Subcommand copying = job.part("cat", "Write the bytes of a stream to standard output");
+  addFile(copying, *arguments);
+  copying.operand("PATH", arguments->path, "The stream, as 'ksv ole list' shows it",
+                  {.required = true});
+  copying.footer(
       "PATH is the names of the storages and of the stream with '/' between them. A name that\n"
       "is not there as it is given is looked for without regard to case.");
-  catJob->callback([arguments, &exitStatus] { exitStatus = reportingFailures(*arguments, cat); });
+  copying.work([arguments] { return reportingFailures(*arguments, cat); });
 }
 
 }  // namespace ksv_cli

@@ -1,6 +1,5 @@
 // ksv summary: the properties of compound documents.
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,9 +9,9 @@
 #include "cli/charsets/charset_names.h"
 #include "cli/charsets/rule_base.h"
 #include "cli/jobs/jobs.h"
-#include "cli/jobs/number_option.h"
 #include "cli/jobs/ole_tree.h"
 #include "cli/jobs/operands.h"
+#include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"
 #include "cli/jobs/summary_values.h"
 #include "cli/jobs/work_list.h"
@@ -31,7 +30,7 @@ struct SummaryArguments {
   std::string charset = "UTF-8";
   bool json = false;
   bool classic = false;
-  size_t jobs = 1;
+  uint64_t jobs = 1;
 
   ResultForm form() const { return classic ? ResultForm::kClassic : ResultForm::kFull; }
 };
@@ -198,18 +197,16 @@ int summarise(const SummaryArguments& arguments) {
 
 }  // namespace
 
-void addSummaryJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("summary", "Show the properties of compound documents");
+void addSummaryJob(OptionParser& parser) {
+  Subcommand job = parser.job("summary", "Show the properties of compound documents");
   auto arguments = std::make_shared<SummaryArguments>();
-  job->add_option("FILE", arguments->inputs, "The documents; none, or -, is standard input")
-      ->type_name("");
-  job->add_option("-t,--to", arguments->charset, "Charset of the output; default: UTF-8")
-      ->type_name("CHARSET");
-  job->add_flag("--json", arguments->json, "One JSON object a line, with the properties it has");
-  job->add_flag("--classic", arguments->classic,
-                "Exactly what the library answers, in the form that programs rely on");
-  addJobsOption(*job, arguments->jobs, "Work on N documents at once");
-  job->footer(
+  job.operands("FILE", arguments->inputs, "The documents; none, or -, is standard input");
+  job.value("-t,--to", "CHARSET", arguments->charset, "Charset of the output; default: UTF-8");
+  job.flag("--json", arguments->json, "One JSON object a line, with the properties it has");
+  job.flag("--classic", arguments->classic,
+           "Exactly what the library answers, in the form that programs rely on");
+  job.workers(arguments->jobs, "Work on N documents at once");
+  job.footer(
       "Each document is a line with its name and a line for each property that it has: title,\n"
       "subject, author, keywords, comments, category, manager, company, created, last saved,\n"
       "last saved by, revision, application, presentation format, slides, notes, paragraphs,\n"
@@ -220,7 +217,7 @@ void addSummaryJob(CLI::App& app, int& exitStatus) {
       "CHARSET lacks is replaced in text, which is told on standard error, and escaped in JSON.\n"
       "\n"
       "Exit status: 0 all well, 1 at least one document failed, 2 wrong usage.");
-  job->callback([arguments, &exitStatus] { exitStatus = summarise(*arguments); });
+  job.work([arguments] { return summarise(*arguments); });
 }
 
 }  // namespace ksv_cli

@@ -1,6 +1,5 @@
 // ksv tables: makes every compiled code table of the charset directory.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <optional>
 #include <set>
@@ -12,6 +11,7 @@
 #include "cli/charsets/rule_lint.h"
 #include "cli/charsets/rule_source.h"
 #include "cli/jobs/jobs.h"
+#include "cli/jobs/options.h"
 #include "cli/system/console.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
@@ -117,15 +117,15 @@ int fillTables() {
 
 }  // namespace
 
-void addTablesJob(CLI::App& app, int& exitStatus) {
-  CLI::App* job = app.add_subcommand("tables", "Fill every code table of the charset directory");
-  job->footer(
+void addTablesJob(OptionParser& parser) {
+  Subcommand job = parser.job("tables", "Fill every code table of the charset directory");
+  job.footer(
       "The first use of a code table compiles it, which leaves a .cmp file beside it when the\n"
       "directory can be written to. This does so for all of them. What is wrong with the\n"
       "directory is told on standard error, as 'ksv lint' tells it.\n"
       "\n"
       "Exit status: 0 all well, 1 a charset cannot be set up, or the directory has faults.");
-  job->callback([&exitStatus] { exitStatus = fillTables(); });
+  job.work(fillTables);
 }
 
 }  // namespace ksv_cli
