@@ -38,6 +38,7 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
+// Of decimal digits only.
 std::optional<uint64_t> numberIn(const std::string& text) {
   uint64_t value = 0;
   const char* end = text.data() + text.size();
@@ -130,8 +131,10 @@ void Subcommand::flagOrValue(const char* name, const char* type, std::optional<s
 
 void Subcommand::number(const char* names, const char* type, uint64_t& value, NumberRange range,
                         const char* help, const OptionTerms& terms) {
-  CLI::Option* option = parsed_->app.add_option(names, value, help)->type_name(type);
-  applyTerms(*option->check(numberFrom(range)), terms);
+  // The parser's own conversion would read 010 as 8.
+  const auto take = [&value](const std::string& text) { value = *numberIn(text); };
+  CLI::Option* option = parsed_->app.add_option_function<std::string>(names, take, help);
+  applyTerms(*option->type_name(type)->check(numberFrom(range)), terms);
 }
 
 void Subcommand::workers(uint64_t& count, const char* help) {
