@@ -6,7 +6,8 @@
 #include "cli/jobs/command_line.h"
 #include "cli/system/console.h"
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/process.h"
+#include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
 
 int main(int argumentCount, char** arguments) {

@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "cli/charsets/rule_source.h"
-#include "cli/system/platform.h"
+#include "cli/system/paths.h"
 
 namespace ksv_cli {
 namespace {

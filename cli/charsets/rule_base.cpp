@@ -5,7 +5,7 @@
 
 #include "cli/charsets/alias_file.h"
 #include "cli/charsets/charset_directory.h"
-#include "cli/system/platform.h"
+#include "cli/system/process.h"
 #include "cli/system/system_faults.h"
 #include "ksv_cconv.h"
 

@@ -14,7 +14,7 @@
 #include "cli/charsets/codec_names.h"
 #include "cli/charsets/name_matching.h"
 #include "cli/charsets/rule_source.h"
-#include "cli/system/platform.h"
+#include "cli/system/paths.h"
 
 namespace ksv_cli {
 namespace {

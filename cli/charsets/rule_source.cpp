@@ -6,8 +6,8 @@
 #include "cconv/limits.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
+#include "cli/system/files.h"
 #include "cli/system/inputs.h"
-#include "cli/system/platform.h"
 
 namespace ksv_cli {
 namespace {

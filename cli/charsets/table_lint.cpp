@@ -4,7 +4,7 @@
 #include <optional>
 #include <utility>
 
-#include "cli/system/platform.h"
+#include "cli/system/paths.h"
 
 namespace ksv_cli {
 namespace {

@@ -9,8 +9,11 @@
 #include "cli/jobs/work_list.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
+#include "cli/system/files.h"
 #include "cli/system/inputs.h"
-#include "cli/system/platform.h"
+#include "cli/system/paths.h"
+#include "cli/system/pending_file.h"
+#include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
 #include "cli/text/text_conversion.h"
 

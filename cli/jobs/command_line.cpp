@@ -7,7 +7,7 @@
 #include "cli/jobs/options.h"
 #include "cli/system/console.h"
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/standard_streams.h"
 
 namespace ksv_cli {
 namespace {

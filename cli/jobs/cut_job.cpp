@@ -15,7 +15,7 @@
 #include "cli/system/console.h"
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
-#include "cli/system/platform.h"
+#include "cli/system/standard_streams.h"
 #include "ksv_cconv.h"
 #include "ksv_cut.h"
 

@@ -12,7 +12,7 @@
 #include "cli/system/console.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
 
 namespace ksv_cli {

@@ -16,7 +16,7 @@
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
 #include "cli/system/named_input.h"
-#include "cli/system/platform.h"
+#include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
 
 namespace ksv_cli {

@@ -7,7 +7,7 @@
 
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
-#include "cli/system/platform.h"
+#include "cli/system/paths.h"
 
 namespace ksv_cli {
 namespace {

@@ -18,6 +18,7 @@
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
 #include "cli/system/named_input.h"
+#include "cli/system/process.h"
 #include "cli/system/system_faults.h"
 #include "cli/text/output_charset.h"
 #include "ksv_ole.h"

@@ -15,7 +15,8 @@
 #include "cli/system/console.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/paths.h"
+#include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
 #include "ksv_cconv.h"
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <vector>
 
+#include "cli/system/files.h"
 #include "cli/system/inputs.h"
-#include "cli/system/platform.h"
 
 namespace ksv_cli {
 namespace {

@@ -4,7 +4,8 @@
 #include <exception>
 
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/process.h"
+#include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
 
 namespace ksv_cli {

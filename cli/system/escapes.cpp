@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "cli/system/platform.h"
+#include "cli/system/paths.h"
 
 namespace ksv_cli {
 namespace {

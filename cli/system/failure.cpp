@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "cli/system/platform.h"
+#include "cli/system/process.h"
 
 namespace ksv_cli {
 

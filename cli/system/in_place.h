@@ -1,7 +1,7 @@
 // Whether a file that was converted where it is may be replaced by the result.
 #pragma once
 
-#include "cli/system/platform.h"
+#include "cli/system/files.h"
 #include "cli/system/streams.h"
 
 namespace ksv_cli {

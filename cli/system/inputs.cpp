@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/system/failure.h"
+#include "cli/system/standard_streams.h"
 
 namespace ksv_cli {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/system/platform.h"
+#include "cli/system/files.h"
 #include "cli/system/streams.h"
 
 namespace ksv_cli {

@@ -11,7 +11,7 @@
 #include <new>
 #include <typeinfo>
 
-#include "cli/system/platform.h"
+#include "cli/system/process.h"
 
 namespace ksv_cli {
 namespace {

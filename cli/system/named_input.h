@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "cli/system/platform.h"
+#include "cli/system/temporary_file.h"
 
 namespace ksv_cli {
 

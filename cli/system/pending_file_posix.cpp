@@ -14,7 +14,7 @@
 #include "cli/system/descriptor_posix.h"
 #include "cli/system/file_attributes_posix.h"
 #include "cli/system/in_place.h"
-#include "cli/system/platform.h"
+#include "cli/system/pending_file.h"
 #include "cli/system/temporary_names_posix.h"
 
 namespace ksv_cli::platform {
@@ -189,32 +189,6 @@ class ConvertedFile : public PosixPendingFile {
   bool isLinked_ = false;
 };
 
-// What fails here has nothing to do with the input that is copied.
-template <typename Action>
-auto onTemporaryFile(Action action) {
-  try {
-    return action();
-  } catch (const Failure& failure) {
-    throw Failure(std::string("a temporary file cannot be written: ") + failure.what());
-  }
-}
-
-class PosixTemporaryFile : public TemporaryFile {
- public:
-  explicit PosixTemporaryFile(const std::string& directory) : file_(directory) {}
-
-  void write(const uint8_t* bytes, size_t size) override {
-    onTemporaryFile([&] { file_.descriptor().writeAll(bytes, size); });
-  }
-  const std::string& finish() override {
-    onTemporaryFile([&] { file_.descriptor().closeChecked(); });
-    return file_.path();
-  }
-
- private:
-  PassingFile file_;
-};
-
 }  // namespace
 
 void readModeOfNewFiles() {
@@ -231,12 +205,6 @@ std::unique_ptr<PendingFile> PendingFile::create(const std::string& path) {
 std::unique_ptr<PendingFile> PendingFile::createInPlace(const std::string& path,
                                                         const InPlace& how) {
   return std::make_unique<ConvertedFile>(path, how);
-}
-
-std::unique_ptr<TemporaryFile> TemporaryFile::create() {
-  const std::string directory = environmentValue("TMPDIR");
-  return onTemporaryFile(
-      [&] { return std::make_unique<PosixTemporaryFile>(directory.empty() ? "/tmp" : directory); });
 }
 
 }  // namespace ksv_cli::platform

@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/process.h"
 #include "common/faults.h"
 
 namespace ksv_cli {

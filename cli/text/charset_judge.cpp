@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/process.h"
 #include "cli/text/file_converter.h"
 #include "cli/text/text_conversion.h"
 #include "cli/text/text_declaration.h"

@@ -9,8 +9,8 @@
 
 #include "cli/system/console.h"
 #include "cli/system/failure.h"
+#include "cli/system/files.h"
 #include "cli/system/inputs.h"
-#include "cli/system/platform.h"
 #include "cli/system/resource_limits.h"
 #include "ksv_file.h"
 #include "ksv_path.h"

@@ -5,10 +5,11 @@
 #include <utility>
 
 #include "cli/system/failure.h"
+#include "cli/system/files.h"
 #include "cli/system/inputs.h"
-#include "cli/system/platform.h"
 #include "cli/system/resource_limits.h"
 #include "cli/system/system_faults.h"
+#include "cli/system/temporary_file.h"
 #include "cli/text/rereadable_text.h"
 #include "ksv_detect.h"
 

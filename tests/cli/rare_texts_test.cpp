@@ -11,7 +11,7 @@
 #include "cli/jobs/summary_values.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/files.h"
 #include "cli/system/streams.h"
 #include "cli/text/byte_facts.h"
 #include "cli/text/charset_judge.h"

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "cli/system/failure.h"
-#include "cli/system/platform.h"
+#include "cli/system/files.h"
 #include "cli/system/streams.h"
 #include "cli/text/buffer_offsets.h"
 #include "cli/text/conversion_journal.h"
