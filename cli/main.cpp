@@ -3,11 +3,12 @@
 #include <exception>
 #include <new>
 
-#include "command_line.h"
-#include "console.h"
-#include "failure.h"
-#include "platform.h"
-#include "system_faults.h"
+#include "cli/jobs/command_line.h"
+#include "cli/system/console.h"
+#include "cli/system/failure.h"
+#include "cli/system/process.h"
+#include "cli/system/standard_streams.h"
+#include "cli/system/system_faults.h"
 
 int main(int argumentCount, char** arguments) {
   using namespace ksv_cli;

@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "command_line.h"
-#include "failure.h"
+#include "cli/jobs/command_line.h"
+#include "cli/system/failure.h"
 #include "fuzz/scratch_directory.h"
 #include "fuzz/support.h"
 #include "tests/system/system.h"

@@ -1,16 +1,16 @@
 // In which charset a text is read that -f does not name, and when it is refused.
 
-#include "charset_judge.h"
+#include "cli/text/charset_judge.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/system/failure.h"
+#include "cli/text/text_conversion.h"
+#include "cli/text/utf8_characters.h"
 #include "command.h"
-#include "failure.h"
 #include "in_process.h"
-#include "text_conversion.h"
-#include "utf8_characters.h"
 
 namespace ksv_cli_tests {
 namespace {

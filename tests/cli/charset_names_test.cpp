@@ -1,9 +1,9 @@
-#include "charset_names.h"
+#include "cli/charsets/charset_names.h"
 
 #include <gtest/gtest.h>
 
+#include "cli/charsets/name_matching.h"
 #include "in_process.h"
-#include "name_matching.h"
 
 namespace ksv_cli_tests {
 namespace {

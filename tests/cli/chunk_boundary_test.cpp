@@ -1,4 +1,4 @@
-#include "chunk_boundary.h"
+#include "cli/text/chunk_boundary.h"
 
 #include <gtest/gtest.h>
 

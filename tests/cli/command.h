@@ -1,6 +1,5 @@
 // Runs the built command in a process of its own, in a directory of its own.
-#ifndef KSV_TESTS_CLI_COMMAND_H
-#define KSV_TESTS_CLI_COMMAND_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -43,5 +42,3 @@ class CommandTest : public testing::Test {
 };
 
 }  // namespace ksv_cli_tests
-
-#endif

@@ -25,6 +25,11 @@ TEST_F(Cut, leaves_out_the_character_that_does_not_fit) {
             bytes({0x42, 0x30, 0, 0}));
 }
 
+TEST_F(Cut, takes_a_number_with_zeros_in_front_for_a_decimal_one) {
+  EXPECT_EQ(ksv({"cut", "-c", "utf8", "-n", "010"}, "0123456789ab").out, "0123456789");
+  EXPECT_EQ(ksv({"cut", "-c", "utf8", "-n", "08"}, "0123456789ab").out, "01234567");
+}
+
 TEST_F(Cut, takes_the_rule_that_fits_the_charset) {
   EXPECT_EQ(cut("Shift_JIS-2004", 3, bytes({0x82, 0xF5, 0x82, 0xF6, 'a'})), bytes({0x82, 0xF5}));
   EXPECT_EQ(cut("EUC-JIS-2004", 4, bytes({0xA4, 0xF7, 0x8F, 0xA1, 0xA1, 'a'})),

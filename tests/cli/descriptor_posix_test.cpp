@@ -1,5 +1,5 @@
 // Bound to POSIX: an open file that the system refuses something.
-#include "descriptor_posix.h"
+#include "cli/system/descriptor_posix.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

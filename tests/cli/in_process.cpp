@@ -8,11 +8,11 @@
 #include <random>
 #include <vector>
 
+#include "cli/system/failure.h"
+#include "cli/text/text_conversion.h"
 #include "command.h"
-#include "failure.h"
 #include "ksv_cconv.h"
 #include "tests/system/system.h"
-#include "text_conversion.h"
 
 namespace ksv_cli_tests {
 namespace {

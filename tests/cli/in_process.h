@@ -1,6 +1,5 @@
 // Conversions inside the test process, for checks that need thousands of them.
-#ifndef KSV_TESTS_CLI_IN_PROCESS_H
-#define KSV_TESTS_CLI_IN_PROCESS_H
+#pragma once
 
 #include <functional>
 #include <iosfwd>
@@ -8,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "file_converter.h"
-#include "rule_base.h"
+#include "cli/charsets/rule_base.h"
+#include "cli/text/file_converter.h"
 
 namespace ksv_cli_tests {
 
@@ -55,5 +54,3 @@ std::string encoded(const std::string& charset, const std::string& utf8);
 const Converting& converting();
 
 }  // namespace ksv_cli_tests
-
-#endif

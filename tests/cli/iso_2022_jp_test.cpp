@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "cli/text/iso_2022_check.h"
 #include "command.h"
 #include "in_process.h"
-#include "iso_2022_check.h"
 
 namespace ksv_cli_tests {
 namespace {

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "charset_directory.h"
+#include "cli/charsets/charset_directory.h"
 #include "command.h"
 #include "tests/common/support.h"
 #include "tests/system/system.h"

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "codec_names.h"
+#include "cli/charsets/codec_names.h"
 #include "command.h"
 
 namespace ksv_cli_tests {

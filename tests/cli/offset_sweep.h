@@ -1,7 +1,6 @@
 // Offsets of bad, lacking and cut characters, at every place around the borders of
 // the pieces that a text is read in.
-#ifndef KSV_TESTS_CLI_OFFSET_SWEEP_H
-#define KSV_TESTS_CLI_OFFSET_SWEEP_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
@@ -34,5 +33,3 @@ void expectLackingCharacterNamed(const LackingText& text);
 void expectTruncatedCharacterNamed(const std::string& charset);
 
 }  // namespace ksv_cli_tests
-
-#endif

@@ -1,7 +1,6 @@
 // Starting the built command: a POSIX side (process_posix.cpp) and a Windows side
 // (process_windows.cpp). Paths and arguments are UTF-8.
-#ifndef KSV_TESTS_CLI_PROCESS_H
-#define KSV_TESTS_CLI_PROCESS_H
+#pragma once
 
 #include <cstdint>
 #include <initializer_list>
@@ -50,5 +49,3 @@ Process startCommand(const std::string& directory, const std::vector<std::string
 Outcome finishCommand(Process process);
 
 }  // namespace ksv_cli_tests
-
-#endif

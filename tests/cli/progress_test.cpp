@@ -1,8 +1,8 @@
 // Progress shows on a terminal only. The tests of each system make one; here is
 // what needs none.
 
+#include "cli/system/console.h"
 #include "command.h"
-#include "console.h"
 
 namespace ksv_cli_tests {
 namespace {

@@ -7,21 +7,21 @@
 #include <utility>
 #include <vector>
 
-#include "byte_facts.h"
-#include "charset_judge.h"
+#include "cli/charsets/name_matching.h"
+#include "cli/jobs/summary_values.h"
+#include "cli/system/escapes.h"
+#include "cli/system/failure.h"
+#include "cli/system/files.h"
+#include "cli/system/streams.h"
+#include "cli/text/byte_facts.h"
+#include "cli/text/charset_judge.h"
+#include "cli/text/resynchronisation.h"
+#include "cli/text/text_declaration.h"
+#include "cli/text/text_detection.h"
 #include "command.h"
-#include "escapes.h"
-#include "failure.h"
 #include "in_process.h"
 #include "ksv_detect.h"
-#include "name_matching.h"
-#include "platform.h"
-#include "resynchronisation.h"
-#include "streams.h"
-#include "summary_values.h"
 #include "tests/system/system.h"
-#include "text_declaration.h"
-#include "text_detection.h"
 
 namespace ksv_cli_tests {
 namespace {

@@ -1,4 +1,4 @@
-#include "replay.h"
+#include "cli/text/replay.h"
 
 #include <gtest/gtest.h>
 

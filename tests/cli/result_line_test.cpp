@@ -1,12 +1,12 @@
 // What records and lines are made of: base64, escapes, and the values of properties.
 
-#include "result_line.h"
+#include "cli/jobs/result_line.h"
 
 #include <gtest/gtest.h>
 
-#include "base64.h"
-#include "escapes.h"
-#include "summary_values.h"
+#include "cli/jobs/summary_values.h"
+#include "cli/system/base64.h"
+#include "cli/system/escapes.h"
 
 namespace ksv_cli_tests {
 namespace {

@@ -1,6 +1,6 @@
 // Where --invalid skip goes on, and what it says it skipped.
 
-#include "resynchronisation.h"
+#include "cli/text/resynchronisation.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 // How a rule file is looked at for faults, and the faults of files that are hardly rule files.
 
-#include "rule_source.h"
+#include "cli/charsets/rule_source.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "rule_lint.h"
+#include "cli/charsets/rule_lint.h"
 #include "tests/system/system.h"
 
 namespace ksv_cli_tests {

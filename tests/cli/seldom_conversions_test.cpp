@@ -6,15 +6,15 @@
 #include <cstring>
 #include <string>
 
-#include "buffer_offsets.h"
-#include "conversion_journal.h"
-#include "failure.h"
+#include "cli/system/failure.h"
+#include "cli/system/files.h"
+#include "cli/system/streams.h"
+#include "cli/text/buffer_offsets.h"
+#include "cli/text/conversion_journal.h"
+#include "cli/text/iso_2022_planes.h"
+#include "cli/text/text_conversion.h"
+#include "cli/text/text_failure.h"
 #include "in_process.h"
-#include "iso_2022_planes.h"
-#include "platform.h"
-#include "streams.h"
-#include "text_conversion.h"
-#include "text_failure.h"
 
 namespace ksv_cli_tests {
 namespace {

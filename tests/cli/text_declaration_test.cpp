@@ -1,6 +1,6 @@
 // What charset XML and HTML texts declare.
 
-#include "text_declaration.h"
+#include "cli/text/text_declaration.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "unicode_check.h"
+#include "cli/text/unicode_check.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,17 @@
+#include "cli/charsets/charset_directory.h"
+
+#include "common/platform.h"
+#include "ksv_cconv.h"
+
+namespace ksv_cli {
+
+std::optional<std::string> charsetDirectory() {
+  char setting[KSV_NAME_SIZE];
+  if (!ksv::platform::readSetting("Charsetpath", setting, sizeof setting)) return std::nullopt;
+  std::string directory = setting;
+  const bool isRoot = directory.size() == 1;
+  if (!isRoot && directory.back() == ksv::platform::pathSeparator()) directory.pop_back();
+  return directory;
+}
+
+}  // namespace ksv_cli

@@ -1,0 +1,51 @@
+#include "cli/charsets/rule_base.h"
+
+#include <optional>
+#include <utility>
+
+#include "cli/charsets/alias_file.h"
+#include "cli/charsets/charset_directory.h"
+#include "cli/system/process.h"
+#include "cli/system/system_faults.h"
+#include "ksv_cconv.h"
+
+namespace ksv_cli {
+namespace {
+
+// Names the directory for a message. Which one the library takes when the
+// variable is not set is its own affair.
+std::string directoryForMessages() {
+  const std::string fromEnvironment = platform::environmentValue("Charsetpath");
+  return fromEnvironment.empty() ? "charset directory" : fromEnvironment;
+}
+
+}  // namespace
+
+RuleBase::RuleBase() {
+  if (startProcess() == 0) throw Unusable{directoryForMessages(), platform::kOutOfMemory};
+  const bool isLoaded = cconvLoadRule() != 0;
+  const std::optional<std::string> fault = systemFault();
+  if (isLoaded && !fault) return;
+  endProcess();
+  throw Unusable{directoryForMessages(),
+                 fault.value_or("holds no charset rule file that can be read")};
+}
+
+RuleBase::~RuleBase() { endProcess(); }
+
+std::vector<std::string> RuleBase::charsets() const {
+  std::vector<std::string> names;
+  char name[KSV_NAME_SIZE];
+  for (int32_t index = 0; cconvEnumGroup(index, name) != 0; ++index) names.emplace_back(name);
+  return names;
+}
+
+CharsetNames RuleBase::names() const {
+  std::vector<CharsetAlias> aliases;
+  if (const std::optional<std::string> directory = charsetDirectory())
+    for (AliasLine& line : readAliases(*directory).aliases)
+      aliases.push_back(std::move(line.alias));
+  return CharsetNames(charsets(), std::move(aliases));
+}
+
+}  // namespace ksv_cli

@@ -1,0 +1,31 @@
+// The library's conversion functions, started with the charset directory loaded.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/charsets/charset_names.h"
+
+namespace ksv_cli {
+
+class RuleBase {
+ public:
+  // Throws RuleBase::Unusable when there is nothing to convert with.
+  RuleBase();
+  ~RuleBase();
+  RuleBase(const RuleBase&) = delete;
+  RuleBase& operator=(const RuleBase&) = delete;
+
+  struct Unusable {
+    std::string directory;
+    std::string reason;
+  };
+
+  // The names of the charsets in load order.
+  std::vector<std::string> charsets() const;
+
+  // The names under which they can be given.
+  CharsetNames names() const;
+};
+
+}  // namespace ksv_cli

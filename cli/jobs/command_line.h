@@ -1,0 +1,13 @@
+// The command without its process.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ksv_cli {
+
+// Does what the arguments ask for, which are those behind the name of the program, in UTF-8 where
+// the system has paths in it. Returns the exit status; whatever went wrong has been told.
+int runCommand(std::vector<std::string> arguments);
+
+}  // namespace ksv_cli

@@ -1,0 +1,34 @@
+// Paths and directories. Paths are UTF-8. What fails throws Failure with the system's own words.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ksv_cli::platform {
+
+// The files that an operand names: where the shell leaves that to its commands,
+// those that match * and ? in its last component, in ascending order. An operand
+// without a match stands for itself.
+std::vector<std::string> filesNamedBy(const std::string& operand);
+
+void createDirectories(const std::string& path);
+
+// The names of the files in a directory, in ascending order. Throws Failure.
+std::vector<std::string> filesIn(const std::string& directory);
+
+// Whether names that differ in case only are one file's.
+bool namesHaveNoCase();
+
+// The path of a file of that name in the directory, and the name that a path ends in.
+std::string joinPath(const std::string& directory, const std::string& name);
+std::string lastComponent(const std::string& path);
+
+// Whether a backslash parts the components of the paths of this system. Otherwise it is
+// a character of names.
+bool backslashSeparates();
+
+// Equal for two paths that can be seen to name one place, whether or not a file is
+// there.
+std::string placeKey(const std::string& path);
+
+}  // namespace ksv_cli::platform

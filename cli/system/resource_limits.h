@@ -1,0 +1,36 @@
+// Every bound of what a text, a mail or a document may cost the command beyond its output.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ksv_cli::limits {
+
+// ---- Texts. Memory does not grow with them. ----
+
+// A piece that converts to nothing without its continuation is read on, up to here: a language
+// tag has at most 260 characters.
+constexpr size_t kLongestCarry = 1024 * 1024;
+// What a text from a pipe that is read more than once keeps in memory; the rest goes to a file.
+constexpr size_t kMostInMemory = 4 * 1024 * 1024;
+// More of a text than this changes nothing: detection reads no chunk behind 4 MiB, and this is
+// more than the chunk that reaches over it.
+constexpr size_t kMostLookedAt = 4 * 1024 * 1024 + 64 * 1024;
+// So much of a text is checked; a declaration stands at its beginning.
+constexpr size_t kMostChecked = 1024 * 1024;
+
+// ---- Mails. ----
+
+// Runs of UTF-7 and HZ have the length of a line or a paragraph; one above this is no text.
+constexpr size_t kLongestRun = 1024 * 1024;
+
+// ---- Documents. ----
+
+// Deeper than any document nests its storages; each level is shown in front of all below.
+constexpr size_t kDeepestStorage = 256;
+
+// ---- Work side by side. ----
+
+constexpr uint64_t kMostJobs = 256;
+
+}  // namespace ksv_cli::limits

@@ -1,0 +1,32 @@
+#include <unistd.h>
+
+#include "cli/system/failure.h"
+#include "cli/system/files_posix.h"
+#include "cli/system/standard_streams.h"
+
+namespace ksv_cli::platform {
+
+FileFacts standardInputFacts() { return factsOfDescriptor(STDIN_FILENO); }
+FileFacts standardOutputFacts() { return factsOfDescriptor(STDOUT_FILENO); }
+
+std::unique_ptr<ByteSource> openStandardInput() {
+  return std::make_unique<DescriptorSource>(STDIN_FILENO);
+}
+
+std::unique_ptr<ByteSink> openStandardOutput() {
+  return std::make_unique<DescriptorSink>(STDOUT_FILENO);
+}
+
+bool standardErrorIsTerminal() { return ::isatty(STDERR_FILENO) != 0; }
+
+bool standardErrorTakesEscapes() { return standardErrorIsTerminal(); }
+
+void writeToStandardError(std::string_view text) {
+  try {
+    Descriptor(STDERR_FILENO).writeAll(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+  } catch (const Failure&) {
+    // There is nowhere left to say so.
+  }
+}
+
+}  // namespace ksv_cli::platform

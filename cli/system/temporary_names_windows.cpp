@@ -1,0 +1,72 @@
+#include "cli/system/temporary_names_windows.h"
+
+#include <exception>
+#include <iterator>
+#include <random>
+#include <system_error>
+
+#include "cli/system/console.h"
+#include "cli/system/process.h"
+#include "cli/system/wide_text_windows.h"
+
+namespace ksv_cli::platform {
+namespace {
+
+// Other threads may be anywhere, so the process ends without asking them.
+BOOL WINAPI endAtInterrupt(DWORD) {
+  temporaryNames().removeAllForGood();
+  return ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(STATUS_CONTROL_C_EXIT));
+}
+
+std::wstring randomName() {
+  static constexpr wchar_t kLetters[] = L"0123456789abcdefghijklmnopqrstuvwxyz";
+  std::random_device random;
+  std::wstring name = L".ksv-";
+  for (int i = 0; i < 12; ++i) name += kLetters[random() % (std::size(kLetters) - 1)];
+  return name;
+}
+
+}  // namespace
+
+// Never destroyed: an interrupt may come until the very end.
+TemporaryNames& temporaryNames() {
+  static TemporaryNames& names = *new TemporaryNames;
+  return names;
+}
+
+void removeTemporaryFilesAtInterrupts() { ::SetConsoleCtrlHandler(endAtInterrupt, TRUE); }
+
+PassingFile::PassingFile(const std::wstring& directory)
+    : path_(systemPath(directory + randomName())), file_(create()) {}
+
+PassingFile::~PassingFile() {
+  const DWORD error = temporaryNames().guarded([this](std::set<std::wstring>& names) {
+    const bool isThere = names.erase(path_) != 0;
+    return !isThere || ::DeleteFileW(path_.c_str()) ? ERROR_SUCCESS : ::GetLastError();
+  });
+  if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) tellStays(error);
+}
+
+// Others may remove it while it is open, as an interrupt does.
+HANDLE PassingFile::create() const {
+  return temporaryNames().guarded([this](std::set<std::wstring>& names) {
+    const auto name = names.insert(path_).first;
+    const HANDLE handle =
+        ::CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                      CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) return handle;
+    const DWORD error = ::GetLastError();
+    names.erase(name);
+    fail(error);
+  });
+}
+
+void PassingFile::tellStays(DWORD error) const noexcept {
+  try {
+    tellLeftOver(utf8Of(path_), {static_cast<int>(error), std::system_category()});
+  } catch (const std::exception&) {
+    tellOutOfMemory();
+  }
+}
+
+}  // namespace ksv_cli::platform
