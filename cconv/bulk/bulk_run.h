@@ -9,6 +9,7 @@
 
 #include "cconv/bulk/position.h"
 #include "cconv/bulk/short_table.h"
+#include "common/byte_blocks.h"
 
 namespace ksv {
 
@@ -156,30 +157,15 @@ KSV_IN_LOOP bool takeFour(const RunTables& run, BulkPosition& at, const uint32_t
   return true;
 }
 
-inline uint64_t loadEight(const uint8_t* bytes) {
-  uint64_t eight;
-  std::memcpy(&eight, bytes, sizeof eight);
-  return eight;
-}
-
-constexpr uint64_t kHighBits = 0x8080808080808080;
 constexpr bool kIsLittleEndian = std::endian::native == std::endian::little;
 
 // How many of eight bytes stand before the first that is not ASCII.
 constexpr uint32_t leadingAscii(uint64_t eight) {
-  const uint64_t high = eight & kHighBits;
-  const int bits = kIsLittleEndian ? std::countr_zero(high) : std::countl_zero(high);
-  return static_cast<uint32_t>(bits) / 8;
-}
-
-// Whether some byte of eight ASCII bytes equals c.
-constexpr bool hasByte(uint64_t eight, uint8_t c) {
-  const uint64_t difference = eight ^ 0x0101010101010101 * c;
-  return ((difference - 0x0101010101010101) & ~difference & kHighBits) != 0;
+  return static_cast<uint32_t>(bytesBeforeHighBit(eight & kHighBits));
 }
 
 // Of eight ASCII bytes: one more than the last of them is the high bit.
-constexpr bool hasDelete(uint64_t eight) { return ((eight + 0x0101010101010101) & kHighBits) != 0; }
+constexpr bool hasDelete(uint64_t eight) { return ((eight + blockOf(1)) & kHighBits) != 0; }
 
 constexpr bool hasStop(uint64_t eight, const AsciiStops& stops) {
   return (stops.lineEnds && (hasByte(eight, '\r') || hasByte(eight, '\n'))) ||
@@ -192,14 +178,14 @@ KSV_IN_LOOP bool isAsciiBlock(const uint8_t* input, const AsciiStops& stops) {
   uint64_t all = 0;
   uint64_t allAndOne = 0;
   for (uint32_t i = 0; i < kAsciiBlock; i += 8) {
-    const uint64_t eight = loadEight(input + i);
+    const uint64_t eight = blockAt(input + i);
     all |= eight;
-    allAndOne |= eight + 0x0101010101010101;
+    allAndOne |= eight + blockOf(1);
   }
   if ((all & kHighBits) != 0 || (stops.del && (allAndOne & kHighBits) != 0)) return false;
   if (!stops.lineEnds && !stops.escape) return true;
   for (uint32_t i = 0; i < kAsciiBlock; i += 8) {
-    if (hasStop(loadEight(input + i), stops)) return false;
+    if (hasStop(blockAt(input + i), stops)) return false;
   }
   return true;
 }
@@ -236,7 +222,7 @@ KSV_IN_LOOP uint32_t takeAscii(const RunTables& run, BulkPosition& at, uint32_t 
     if (blocks > 0) return 8;
   }
   // Behind the leading ones it may stop in vain, which is no harm.
-  if (run.stops.any() && hasStop(loadEight(at.input) & ~kHighBits, run.stops)) return 0;
+  if (run.stops.any() && hasStop(blockAt(at.input) & ~kHighBits, run.stops)) return 0;
   writeAscii<kAscii, 8>(at.output, at.input);
   at.output += leading * kAsciiWidth<kAscii>;
   at.advance(leading, leading);
@@ -251,10 +237,10 @@ KSV_IN_LOOP bool takeAsciiUnits(const RunTables& run, BulkPosition& at, uint32_t
   constexpr uint64_t kNotAscii = kHighByteFirst ? 0x80FF80FF80FF80FF : 0xFF80FF80FF80FF80;
   bool any = false;
   while (wanted - at.characters >= kUnits) {
-    if (((loadEight(at.input) | loadEight(at.input + 8)) & kNotAscii) != 0) break;
+    if (((blockAt(at.input) | blockAt(at.input + 8)) & kNotAscii) != 0) break;
     uint8_t bytes[kUnits];
     for (uint32_t i = 0; i < kUnits; ++i) bytes[i] = at.input[2 * i + (kBigEndian ? 1 : 0)];
-    if (run.stops.any() && hasStop(loadEight(bytes), run.stops)) break;
+    if (run.stops.any() && hasStop(blockAt(bytes), run.stops)) break;
     std::memcpy(at.output, bytes, kUnits);
     at.output += kUnits;
     at.advance(2 * kUnits, kUnits);

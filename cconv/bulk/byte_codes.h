@@ -40,7 +40,7 @@ class ByteCodes : public Unshifted {
   static void runShort(const RunTables& run, BulkPosition& position, uint32_t wanted) {
     BulkPosition at = position;
     while (wanted - at.characters >= 8) {
-      const uint64_t eight = loadEight(at.input);
+      const uint64_t eight = blockAt(at.input);
       const uint32_t leading = leadingAscii(eight);
       if (kAscii != AsciiOutput::kOther && leading > 0) {
         if (takeAscii<kAscii>(run, at, wanted, leading) > 0) continue;

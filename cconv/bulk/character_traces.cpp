@@ -1,15 +1,17 @@
 #include "cconv/bulk/character_traces.h"
 
+#include <memory>
 #include <new>
 
 #include "cconv/limits.h"
 #include "cconv/rules/publication.h"
+#include "common/budget.h"
 
 namespace ksv {
 namespace {
 
 // The tables of a process together.
-constinit std::atomic<uint32_t> tablesInUse = 0;
+constinit Budget tableBudget(limits::kMostTraceTables);
 
 }  // namespace
 
@@ -37,7 +39,7 @@ CharacterTraces::~CharacterTraces() {
   Slots* slots = slots_.load(std::memory_order_relaxed);
   if (slots == nullptr) return;
   delete slots;
-  tablesInUse.fetch_sub(1, std::memory_order_relaxed);
+  tableBudget.giveBack();
 }
 
 inline CharacterTraces::Key CharacterTraces::keyOf(const uint8_t* bytes, ptrdiff_t length) {
@@ -81,18 +83,14 @@ void CharacterTraces::remember(const uint8_t* bytes, ptrdiff_t length,
 }
 
 CharacterTraces::Slots* CharacterTraces::slotsToFill() {
-  Slots* present = slots_.load(std::memory_order_acquire);
+  Slots* const present = slots_.load(std::memory_order_acquire);
   if (present != nullptr) return present;
-  Slots* made = nullptr;
-  if (tablesInUse.fetch_add(1, std::memory_order_relaxed) < limits::kMostTraceTables) {
-    made = new (std::nothrow) Slots;
-    pauseForTests(PublicationStep::kMade);
-    if (made != nullptr && slots_.compare_exchange_strong(present, made, std::memory_order_acq_rel))
-      return made;
-    delete made;
-  }
-  tablesInUse.fetch_sub(1, std::memory_order_relaxed);
-  return present;
+  if (!tableBudget.take()) return nullptr;
+  std::unique_ptr<Slots> made(new (std::nothrow) Slots);
+  Slots* const own = made.get();
+  Slots* const published = own == nullptr ? nullptr : publish(slots_, std::move(made));
+  if (published != own || own == nullptr) tableBudget.giveBack();
+  return published;
 }
 
 }  // namespace ksv

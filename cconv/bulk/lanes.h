@@ -112,16 +112,6 @@ class Lanes {
   // By what is designated in the output: nothing, or a group of the codec.
   static constexpr uint32_t kDesignations = 1 + kMostDesignatedGroup;
 
-  // Enters what was made, unless another thread was first; gives what is there.
-  template <typename Made>
-  static Made* publish(std::atomic<Made*>& slot, std::unique_ptr<Made> made) {
-    Made* published = nullptr;
-    pauseForTests(PublicationStep::kMade);
-    if (!slot.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel))
-      return published;
-    return made.release();
-  }
-
   [[gnu::cold]] Lane* makeLane(const Form& form, const BulkPosition& at,
                                std::atomic<Lane*>& slot) const {
     std::unique_ptr<Lane> made(new (std::nothrow) Lane{});

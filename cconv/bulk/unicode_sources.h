@@ -6,7 +6,8 @@
 
 #include "cconv/bulk/source_form.h"
 #include "cconv/engine/composition.h"
-#include "cconv/rules/text_units.h"
+#include "common/byte_order.h"
+#include "common/utf16.h"
 
 namespace ksv::source_forms {
 
@@ -59,7 +60,7 @@ class Utf8 : public UnicodeSource {
   static void runShort(const RunTables& run, BulkPosition& position, uint32_t wanted) {
     BulkPosition at = position;
     while (wanted - at.characters >= 8) {
-      const uint64_t eight = loadEight(at.input);
+      const uint64_t eight = blockAt(at.input);
       if (const uint32_t leading = leadingAscii(eight);
           kAscii != AsciiOutput::kOther && leading > 0) {
         if (takeAscii<kAscii>(run, at, wanted, leading) > 0) continue;
@@ -100,7 +101,7 @@ class Utf8 : public UnicodeSource {
   // Whether four characters of three bytes follow each other.
   KSV_IN_LOOP static bool areThreeBytesEach(const uint8_t* input, uint64_t firstEight) {
     return (firstEight & 0xC0F0C0C0F0C0C0F0) == 0x80E08080E08080E0 &&
-           (loadEight(input + 4) & 0xC0C0F0C0C0F0C0C0) == 0x8080E08080E08080;
+           (blockAt(input + 4) & 0xC0C0F0C0C0F0C0C0) == 0x8080E08080E08080;
   }
 
   static uint32_t twoBytes(const uint8_t* input) {
@@ -164,7 +165,7 @@ class Utf16 : public TwoByteSource {
     const uint32_t unit = readUnit(input, 2, kBigEndian);
     if (!isSurrogate(unit)) return find(unit, 2, makeBytes);
     const uint32_t second = readUnit(input + 2, 2, kBigEndian);
-    if (!isHighSurrogate(unit) || !isSurrogate(second) || isHighSurrogate(second)) return kNothing;
+    if (!isHighSurrogate(unit) || !isLowSurrogate(second)) return kNothing;
     return find(joinSurrogates(unit, second), 4, makeBytes);
   }
 
@@ -193,8 +194,8 @@ class Utf16 : public TwoByteSource {
       putUnit(bytes, value, 2, kBigEndian);
       return 2;
     }
-    putUnit(bytes, 0xD7C0 + (value >> 10), 2, kBigEndian);
-    putUnit(bytes + 2, 0xDC00 | (value & 0x3FF), 2, kBigEndian);
+    putUnit(bytes, highSurrogateOf(value), 2, kBigEndian);
+    putUnit(bytes + 2, lowSurrogateOf(value), 2, kBigEndian);
     return 4;
   }
 };

@@ -5,7 +5,8 @@
 #include "cconv/engine/language_tag.h"
 #include "cconv/engine/mapping.h"
 #include "cconv/engine/unit_writer.h"
-#include "cconv/rules/text_units.h"
+#include "common/byte_order.h"
+#include "common/utf16.h"
 
 namespace ksv::codecs {
 namespace {
@@ -248,8 +249,8 @@ bool writeUtf16Unit(ConverterRecord& record, uint32_t value, uint32_t) {
   if (value <= 0xFFFF) return plainUnit(record, value, 2);
   if (value > kHighestScalar) return refuse(record, KSV_STATUS_UNMAPPABLE);
   if (!hasRoom(record, 4)) return refuse(record, KSV_STATUS_FULL);
-  return plainUnit(record, 0xD800 + (value - 0x10000) / 1024, 2) &&
-         plainUnit(record, 0xDC00 + value % 1024, 2);
+  return plainUnit(record, highSurrogateOf(value), 2) &&
+         plainUnit(record, lowSurrogateOf(value), 2);
 }
 
 // Also the forms of five and six bytes, for values that are no scalar values.

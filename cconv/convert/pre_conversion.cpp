@@ -3,7 +3,7 @@
 #include <cstring>
 #include <optional>
 
-#include "cconv/rules/text_units.h"
+#include "common/utf16.h"
 
 namespace ksv {
 namespace {
@@ -61,7 +61,7 @@ class Utf7Reader {
     const uint32_t unit = bits_ >> bitCount_;
     bits_ &= (1u << bitCount_) - 1;
     if (isHighSurrogate(unit_)) {
-      if (!isSurrogate(unit) || isHighSurrogate(unit)) return false;
+      if (!isLowSurrogate(unit)) return false;
       unit_ = joinSurrogates(unit_, unit);
     } else {
       unit_ = unit;

@@ -1,7 +1,7 @@
 #include "cconv/engine/rule_driven_decoder.h"
 
 #include "cconv/engine/converter.h"
-#include "cconv/rules/text_units.h"
+#include "common/byte_order.h"
 
 namespace ksv {
 namespace {

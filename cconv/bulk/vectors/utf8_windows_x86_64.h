@@ -166,7 +166,7 @@ void runUtf8ToUnits(const RunTables& run, BulkPosition& position, uint32_t wante
   const PlainCheck plain{PlainBits(*run.pages)};
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted) {
-    if (const uint32_t leading = leadingAscii(loadEight(at.input)); leading > 0) {
+    if (const uint32_t leading = leadingAscii(blockAt(at.input)); leading > 0) {
       if (takeAscii<kAscii>(run, at, wanted, leading) > 0) continue;
     }
     const bool isLonger = at.input[0] >= 0xE0;
