@@ -12,11 +12,11 @@
 namespace ksv_cli {
 namespace {
 
-// Names the directory for a message. Which one the library takes when the
-// variable is not set is its own affair.
+// As the user has written it, if he has.
 std::string directoryForMessages() {
   const std::string fromEnvironment = platform::environmentValue("Charsetpath");
-  return fromEnvironment.empty() ? "charset directory" : fromEnvironment;
+  if (!fromEnvironment.empty()) return fromEnvironment;
+  return charsetDirectory().value_or("charset directory");
 }
 
 }  // namespace

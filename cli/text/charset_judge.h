@@ -11,25 +11,16 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "cli/charsets/charset_names.h"
 #include "cli/text/byte_facts.h"
-#include "cli/text/language_model.h"
 #include "cli/text/rereadable_text.h"
 #include "cli/text/single_byte_tables.h"
 #include "cli/text/text_detection.h"
+#include "cli/text/text_language.h"
 
 namespace ksv_cli {
-
-// The language of the texts: one of the first four models; none: any.
-using TextLanguage = std::optional<Language>;
-
-// "ja", "zh-cn", "zh-tw", "ko" or "any".
-TextLanguage textLanguageNamed(std::string_view name);
-// That of the user's environment: LC_ALL, LC_CTYPE or LANG.
-TextLanguage textLanguageOfUser();
 
 struct JudgedText {
   std::unique_ptr<ByteSource> source;
@@ -48,32 +39,15 @@ class CharsetJudge {
   JudgedText judge(const std::string& input) const;
 
  private:
-  struct Reading;
-
   std::optional<ChosenSource> byMark(const std::vector<uint8_t>& beginning) const;
   std::optional<ChosenSource> byDeclaration(RereadableText& text) const;
   std::optional<ChosenSource> byForm(const ByteFacts& facts) const;
   ChosenSource byReadings(RereadableText& text, const ByteFacts& facts) const;
 
-  std::vector<Reading> readings(RereadableText& text, const ByteFacts& facts) const;
-  void addCharsetsOfPairs(RereadableText& text, const ByteFacts& facts,
-                          std::vector<Reading>& readings) const;
-  void addUnicodeForms(RereadableText& text, const ByteFacts& facts,
-                       std::vector<Reading>& readings) const;
-  void addSingleByteCharsets(const ByteFacts& facts, std::vector<Reading>& readings) const;
-  ChosenSource choose(const std::vector<Reading>& readings, const ByteFacts& facts) const;
-  static ChosenSource chosenReading(const Reading& reading);
-  uint64_t leastLead() const;
-  uint64_t clearLead(const Reading& best, const Reading& other, const ByteFacts& facts) const;
-  uint64_t leadOverUnknown(const ByteFacts& facts) const;
-  std::vector<std::string> rivals(const std::vector<Reading>& readings, const Reading& best,
-                                  const ByteFacts& facts) const;
-
   const CharsetNames& names_;
   const TextLanguage language_;
   const bool guess_;
-  // Of texts that say too little for a language that is only supposed; null where none is.
-  const std::unique_ptr<const CharsetJudge> withoutLanguage_;
+  const bool isSupposed_;
   const SingleByteTables singleBytes_;
 };
 

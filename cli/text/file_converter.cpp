@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
-#include <cstring>
-#include <optional>
 
 #include "cli/system/failure.h"
 #include "cli/system/resource_limits.h"
-#include "cli/text/chunk_boundary.h"
 #include "cli/text/conversion_journal.h"
 #include "cli/text/replay.h"
 #include "cli/text/resynchronisation.h"
@@ -21,8 +18,6 @@ namespace {
 // above 1 KiB.
 constexpr size_t kSmallestOutput = 2048;
 
-constexpr size_t kLongestMark = 4;
-constexpr size_t kUsualCarry = 64;
 constexpr uint8_t kEscape = 0x1B;
 
 template <typename... Values>
@@ -46,12 +41,11 @@ std::string utf8Of(uint32_t character) {
 FileConverter::FileConverter(const ConversionSettings& settings, ByteSource& source, ByteSink& sink,
                              ConversionJournal* journal)
     : settings_(settings),
-      source_(source),
+      text_(settings.source, settings.skipInvalid ? IllFormed::kIsLeftOut : IllFormed::kEndsText,
+            settings.blockSize, source),
       sink_(sink),
       journal_(journal),
-      inputCapacity_(settings.blockSize + kUsualCarry),
       outputCapacity_(std::max(2 * settings.blockSize, kSmallestOutput)) {
-  input_ = std::make_unique_for_overwrite<uint8_t[]>(inputCapacity_);
   output_ = std::make_unique_for_overwrite<uint8_t[]>(outputCapacity_);
 }
 
@@ -63,21 +57,19 @@ void FileConverter::run() {
 
 void FileConverter::begin() {
   setUpTarget();
-  fill();
-  while (!atEnd_ && held_ < kLongestMark) fill();
-  skipByteOrderMark();
+  text_.begin();
   setUpSource();
 }
 
 bool FileConverter::convertPiece() {
-  checkNewBytes();
+  counts_.invalidBytes += text_.check();
   convertHeld();
-  if (malformed_) failMalformed();
-  if (!atEnd_) {
-    fill();
+  if (text_.isMalformed()) text_.failMalformed();
+  if (!text_.isAtEnd()) {
+    text_.read();
     return true;
   }
-  if (readFailure_) std::rethrow_exception(readFailure_);
+  text_.throwReadFailure();
   finish();
   return false;
 }
@@ -92,106 +84,40 @@ void FileConverter::setUpTarget() {
                    settings_.source.kind != CharsetKind::kIso2022;
 }
 
-// Byte-oriented charsets are read most significant byte first. What is invalid is skipped here:
-// the library's decoders go on behind it each in a way of its own.
+// Byte-oriented charsets are read most significant byte first.
+bool FileConverter::readsBigEndian() const {
+  return settings_.source.hasByteOrder() ? text_.bigEndian() : true;
+}
+
+// What is invalid is skipped here: the library's decoders go on behind it each in a way of its own.
 void FileConverter::setUpSource() {
-  const bool bigEndian = settings_.source.hasByteOrder() ? bigEndian_ : true;
-  uint32_t parameters[3] = {bigEndian, 0, 0};
+  uint32_t parameters[3] = {readsBigEndian(), 0, 0};
   if (cconvChgCharset(&record_, parameters, settings_.source.name.c_str()) != KSV_STATUS_DONE)
     throw Failure("the charset " + settings_.source.display + " cannot be set up");
   if (!settings_.language.empty()) cconvChgLang(&record_, settings_.language.c_str());
 }
 
-void FileConverter::fill() {
-  if (inputCapacity_ - held_ < settings_.blockSize) {
-    const size_t capacity = held_ + settings_.blockSize;
-    auto larger = std::make_unique_for_overwrite<uint8_t[]>(capacity);
-    std::memcpy(larger.get(), input_.get(), held_);
-    input_ = std::move(larger);
-    inputCapacity_ = capacity;
-  }
-  size_t count = 0;
-  try {
-    count = source_.read(input_.get() + held_, settings_.blockSize);
-  } catch (const Failure&) {
-    readFailure_ = std::current_exception();
-  }
-  held_ += count;
-  atEnd_ = count == 0;
-}
-
-void FileConverter::skipByteOrderMark() {
-  const bool orderIsFixed = settings_.source.order != ByteOrder::kOpen;
-  bigEndian_ = settings_.source.order == ByteOrder::kBig;
-  discard(byteOrderMark(settings_.source.form, orderIsFixed, input_.get(), held_, bigEndian_));
-}
-
-void FileConverter::checkNewBytes() {
-  if (settings_.skipInvalid)
-    dropIllFormed();
-  else
-    findIllFormed();
-}
-
-void FileConverter::findIllFormed() {
-  const ScanResult scan = scanNewBytes(checked_);
-  checked_ += scan.wellFormed;
-  truncated_ = scan.end == ScanEnd::kIncomplete;
-  malformed_ = scan.end == ScanEnd::kInvalid || (truncated_ && atEnd_);
-}
-
-// Closes the gaps in one pass, so that much ill-formed text costs no more.
-void FileConverter::dropIllFormed() {
-  size_t from = checked_;
-  for (;;) {
-    const ScanResult scan = scanNewBytes(from);
-    std::memmove(input_.get() + checked_, input_.get() + from, scan.wellFormed);
-    checked_ += scan.wellFormed;
-    from += scan.wellFormed;
-    if (scan.end == ScanEnd::kAll || (scan.end == ScanEnd::kIncomplete && !atEnd_)) break;
-    offsets_.noteGap(checked_, scan.badLength);
-    counts_.invalidBytes += scan.badLength;
-    from += scan.badLength;
-  }
-  std::memmove(input_.get() + checked_, input_.get() + from, held_ - from);
-  held_ = checked_ + (held_ - from);
-}
-
-ScanResult FileConverter::scanNewBytes(size_t from) {
-  const uint8_t* text = input_.get() + from;
-  const size_t length = held_ - from;
-  if (settings_.source.kind == CharsetKind::kIso2022) return iso2022_.scan(text, length);
-  return scanUnicode(settings_.source.form, bigEndian_, text, length);
-}
-
-// How much of the held text can be converted now. An escape sequence goes with the
-// character behind it, which is not read alike in a call of its own.
-size_t FileConverter::cutOfHeld() const {
-  if (isLastPiece()) return checked_;
-  if (settings_.source.kind == CharsetKind::kIso2022)
-    return checked_ - std::min(checked_, iso2022_.escapesAtEnd());
-  return safeCut(settings_.source.form, bigEndian_, input_.get(), checked_);
-}
-
 void FileConverter::convertHeld() {
-  const size_t end = cutOfHeld();
+  const size_t end = text_.cut();
   size_t used = convert(0, end);
-  if (used < end && atEnd_ && !malformed_) {
-    if (readFailure_) std::rethrow_exception(readFailure_);
-    if (!settings_.skipInvalid) failTruncated(used);
+  if (used < end && text_.isAtEnd() && !text_.isMalformed()) {
+    text_.throwReadFailure();
+    if (!settings_.skipInvalid) text_.failTruncated(used);
     used = convertBehindTruncated(used, end);
   }
-  if (!isLastPiece() && used == 0 && held_ > limits::kLongestCarry) failInvalid(0);
-  discard(used);
+  if (!text_.isLastPiece() && used == 0 && text_.size() > limits::kLongestCarry)
+    text_.failInvalid(0);
+  text_.discard(used);
 }
 
 // Leaves out a sequence that the end of the text cuts. The bytes behind it may be characters
 // in their own right, but not behind an escape.
 size_t FileConverter::convertBehindTruncated(size_t at, size_t end) {
   while (at < end) {
-    const bool standsAlone = settings_.source.form == UnicodeForm::kNone && input_[at] != kEscape;
+    const bool standsAlone =
+        settings_.source.form == UnicodeForm::kNone && text_.bytes()[at] != kEscape;
     const size_t length =
-        standsAlone ? badSequenceLength(settings_.source, input_.get() + at, end - at, true)
+        standsAlone ? badSequenceLength(settings_.source, text_.bytes() + at, end - at, true)
                     : end - at;
     counts_.invalidBytes += length;
     at = convert(at + length, end);
@@ -216,19 +142,19 @@ uint32_t FileConverter::convertOnce(ConverterRecord& before) {
   aimAtOutput();
   before = record_;
   const uint32_t status = cconvConvert(&record_);
-  if (journal_ != nullptr) journal_->note(before, record_, offsets_);
+  if (journal_ != nullptr) journal_->note(before, record_, text_.offsets());
   drain();
   const bool moved = record_.inputPosition != before.inputPosition || record_.outputPosition != 0;
   if (status == KSV_STATUS_FULL && !moved)
     throw Failure("a character is longer than the output buffer" +
-                  atOffset(fileOffset(static_cast<size_t>(record_.inputPosition))));
+                  atOffset(text_.fileOffset(static_cast<size_t>(record_.inputPosition))));
   return status;
 }
 
 // Returns the position up to which the bytes are used; what is left over needs
 // the bytes that follow.
 size_t FileConverter::convert(size_t begin, size_t end) {
-  record_.input = input_.get();
+  record_.input = text_.bytes();
   record_.inputPosition = static_cast<int32_t>(begin);
   size_t escape = nextEscape(begin, end);
   size_t limit = escape;
@@ -268,9 +194,9 @@ size_t FileConverter::convert(size_t begin, size_t end) {
 
 // Skips bytes that are no character. False when more of them are needed to see how many.
 bool FileConverter::takeInvalid(size_t start, size_t end) {
-  if (!settings_.skipInvalid) failInvalid(start);
+  if (!settings_.skipInvalid) text_.failInvalid(start);
   const size_t length =
-      badSequenceLength(settings_.source, input_.get() + start, end - start, isLastPiece());
+      badSequenceLength(settings_.source, text_.bytes() + start, end - start, text_.isLastPiece());
   counts_.invalidBytes += length;
   record_.inputPosition = static_cast<int32_t>(start + length);
   return length != 0;
@@ -307,11 +233,11 @@ void FileConverter::writeReplacement(size_t start, size_t end) {
 size_t FileConverter::nextEscape(size_t begin, size_t end) const {
   if (!refusesEscape_) return end;
   const size_t unit = unitSize(settings_.source);
-  const bool bigEndian = settings_.source.hasByteOrder() ? bigEndian_ : true;
+  const bool bigEndian = readsBigEndian();
   for (size_t at = begin; at + unit <= end; at += unit) {
     uint32_t value = 0;
     for (size_t i = 0; i < unit; ++i)
-      value = value << 8 | input_[at + (bigEndian ? i : unit - 1 - i)];
+      value = value << 8 | text_.bytes()[at + (bigEndian ? i : unit - 1 - i)];
     if (value == kEscape) return at;
   }
   return end;
@@ -361,41 +287,13 @@ void FileConverter::finish() {
   if (status != KSV_STATUS_DONE) throw Failure("the end of the text cannot be written");
 }
 
-void FileConverter::discard(size_t used) {
-  std::memmove(input_.get(), input_.get() + used, held_ - used);
-  offsets_.advance(used);
-  source_.forgetBefore(offsets_.offset(0));
-  held_ -= used;
-  checked_ -= std::min(checked_, used);
-}
-
-uint64_t FileConverter::fileOffset(size_t position) const {
-  return source_.fileOffset(offsets_.offset(position));
-}
-
-void FileConverter::failMalformed() const {
-  if (readFailure_) std::rethrow_exception(readFailure_);
-  if (truncated_) failTruncated(checked_);
-  failInvalid(checked_);
-}
-
-void FileConverter::failInvalid(size_t position) const {
-  std::optional<uint8_t> byte;
-  if (position < held_) byte = input_[position];
-  throw invalidText(settings_.source.display, byte, fileOffset(position));
-}
-
-void FileConverter::failTruncated(size_t position) const {
-  throw truncatedText(settings_.source.display, fileOffset(position));
-}
-
 void FileConverter::failUnmappable(size_t position) const {
   // A code that stands for no character is lacking in the source.
   const bool isCharacter = record_.unicodeCode != 0;
   const std::string what = isCharacter ? formatted("U+%04" PRIX32, record_.unicodeCode)
                                        : formatted("the code 0x%02" PRIX32, record_.rawCode);
   const CharsetChoice& lacking = isCharacter ? settings_.target : settings_.source;
-  throw Failure(what + " is not in " + lacking.display + atOffset(fileOffset(position)));
+  throw Failure(what + " is not in " + lacking.display + atOffset(text_.fileOffset(position)));
 }
 
 }  // namespace ksv_cli

@@ -1,22 +1,18 @@
 // Converts one text of any length with one converter record.
 //
-// The text goes through in pieces: a piece is read, checked when it is in a
-// Unicode form or in ISO-2022-JP, cut where a cut changes nothing, and converted; what the cut
-// leaves over goes in front of the next piece. The result is that of a single
-// cconvConvert call over the whole text, whatever the size of the pieces.
+// The text goes through in pieces, which checked_text.h reads, checks and cuts. The result is
+// that of a single cconvConvert call over the whole text, whatever the size of the pieces.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <memory>
 #include <string>
 
 #include "cli/charsets/charset_names.h"
 #include "cli/system/streams.h"
-#include "cli/text/buffer_offsets.h"
+#include "cli/text/checked_text.h"
 #include "cli/text/conversion_counts.h"
-#include "cli/text/iso_2022_check.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
@@ -54,13 +50,7 @@ class FileConverter {
  private:
   void setUpTarget();
   void setUpSource();
-  void fill();
-  void skipByteOrderMark();
-  void checkNewBytes();
-  void findIllFormed();
-  void dropIllFormed();
-  ScanResult scanNewBytes(size_t from);
-  size_t cutOfHeld() const;
+  bool readsBigEndian() const;
   void convertHeld();
   size_t convert(size_t begin, size_t end);
   uint32_t convertOnce(ConverterRecord& before);
@@ -74,38 +64,20 @@ class FileConverter {
   void aimAtOutput();
   void drain();
   void finish();
-  void discard(size_t used);
-  bool isLastPiece() const { return atEnd_ || malformed_; }
-
-  uint64_t fileOffset(size_t position) const;
-  [[noreturn]] void failMalformed() const;
-  [[noreturn]] void failInvalid(size_t position) const;
-  [[noreturn]] void failTruncated(size_t position) const;
   [[noreturn]] void failUnmappable(size_t position) const;
 
   const ConversionSettings& settings_;
-  ByteSource& source_;
+  CheckedText text_;
   ByteSink& sink_;
   ConversionJournal* journal_;
   ConverterRecord record_{};
-  Iso2022Scanner iso2022_;
   ConversionCounts counts_;
   bool refusesEscape_ = false;  // U+001B would begin an escape sequence of the target
 
-  std::unique_ptr<uint8_t[]> input_;
-  size_t inputCapacity_;
   std::unique_ptr<uint8_t[]> output_;
   size_t outputCapacity_;
 
-  size_t held_ = 0;     // bytes in the input buffer
-  size_t checked_ = 0;  // of these, whole well-formed characters
-  BufferOffsets offsets_;
-  bool bigEndian_ = false;
-  bool atEnd_ = false;      // the buffer holds the end of the text
-  bool malformed_ = false;  // bad bytes stand at checked_
-  bool truncated_ = false;  // and they are the beginning of a character
   bool wroteAny_ = false;
-  std::exception_ptr readFailure_;
 };
 
 }  // namespace ksv_cli

@@ -67,6 +67,15 @@ TEST_F(Charsets, of_an_empty_directory_are_a_failure_in_one_line) {
   }
 }
 
+TEST_F(Charsets, of_an_empty_directory_that_a_configuration_file_names_are_told_by_its_path) {
+  fs::create_directory(path("none"));
+  write("ksv_conf.ini", "Charsetpath=" + path("none") + "\n");
+  setEnvironment("Charsetpath", "");
+  for (const char* place : {"XDG_CONFIG_HOME", "APPDATA"}) setEnvironment(place, path(""));
+  EXPECT_EQ(ksv({"charsets"}).err,
+            "ksv: " + path("none") + ": holds no charset rule file that can be read\n");
+}
+
 class Tables : public CommandTest {
  protected:
   // A charset directory of the test's own without its compiled tables.

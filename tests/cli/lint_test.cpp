@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <sstream>
 
 #include "cli/charsets/codec_names.h"
@@ -21,6 +24,18 @@ std::string utf16(const std::string& ascii) {
 }
 
 const std::string kHead = "<?xml version=\"1.0\" encoding=\"UTF-16\"?>\r\n";
+
+// The ends of the names in the rows of the table of codecs: "constNAME" and "destNAME".
+void addCodecsNamedIn(const fs::path& source, std::set<std::string>& codecs) {
+  std::ifstream file(source);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  for (const std::string beginning : {"\"const", "\"dest"})
+    for (size_t at = text.find(beginning); at != std::string::npos;
+         at = text.find(beginning, at + 1)) {
+      const size_t name = at + beginning.size();
+      codecs.insert(text.substr(name, text.find('"', name) - name));
+    }
+}
 
 // A directory with one charset of single bytes, without a fault.
 class Lint : public CommandTest {
@@ -97,6 +112,28 @@ TEST_F(Lint, names_the_codecs_of_the_library) {
   EXPECT_EQ(faults(), "quay.xml:8: names the unknown codec constSame\n");
   change("quay.xml", charset_, "destrule", "distrule");
   EXPECT_EQ(faults(), "quay.xml:8: has a <rule> without destrule=\n");
+}
+
+TEST_F(Lint, takes_no_codec_for_one_that_the_library_does_not_set_up) {
+  const auto statusWith = [&](const std::string& encoder, const std::string& decoder) {
+    std::string text = charset_;
+    text.replace(text.find("constSAME"), 9, encoder).replace(text.find("destSAME"), 8, decoder);
+    put("quay.xml", text);
+    return ksv({"convert", "-f", "quay", "-t", "quay"}).status;
+  };
+  for (const std::string codec : ksv_cli::kCodecNames)
+    EXPECT_EQ(statusWith("const" + codec, "dest" + codec), 0) << codec;
+  EXPECT_EQ(statusWith("constSame", "destSAME"), 1);
+  EXPECT_EQ(statusWith("constSAME", "destSame"), 1);
+}
+
+TEST_F(Lint, knows_every_codec_of_the_library) {
+  const fs::path sources = fs::path(KSV_COMMAND_PAGE).parent_path().parent_path();
+  std::set<std::string> codecs;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(sources / "cconv"))
+    if (entry.path().filename() == "codec_table.cpp") addCodecsNamedIn(entry.path(), codecs);
+  EXPECT_EQ(codecs, std::set<std::string>(std::begin(ksv_cli::kCodecNames),
+                                          std::end(ksv_cli::kCodecNames)));
 }
 
 TEST_F(Lint, tells_files_in_other_encodings) {

@@ -1,0 +1,163 @@
+#include "cli/jobs/convert_plan.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "cli/system/failure.h"
+#include "cli/system/inputs.h"
+#include "cli/text/charset_judge.h"
+#include "cli/text/text_detection.h"
+#include "cli/text/unicode_check.h"
+#include "cli/text/visible_replacement.h"
+#include "ksv_cconv.h"
+
+namespace ksv_cli {
+namespace {
+
+// Tags that go back to the default language are written as "no language", which
+// is what this default stands for.
+constexpr char kUndeterminedLanguage[] = "und";
+
+CharsetChoice findSource(const CharsetNames& names, const std::string& name) {
+  const std::optional<CharsetChoice> choice = names.findSource(name);
+  if (!choice) throw UsageError(names.unknown(name));
+  return *choice;
+}
+
+CharsetChoice findTarget(const CharsetNames& names, const std::string& name) {
+  const std::optional<CharsetChoice> choice = names.find(name);
+  if (choice) return *choice;
+  if (names.findSource(name)) throw UsageError(name + " can be read, but not written");
+  throw UsageError(names.unknown(name));
+}
+
+// A character of one to three bytes of UTF-8 is one of the first 65,536.
+uint16_t replacementUnit(const std::string& text) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  const size_t length = text.size();
+  const bool isWellFormed =
+      scanUnicode(UnicodeForm::kUtf8, false, bytes, length).end == ScanEnd::kAll;
+  const size_t expected = length == 0 ? 0 : bytes[0] < 0x80 ? 1 : bytes[0] < 0xE0 ? 2 : 3;
+  if (!isWellFormed || length == 0 || length != expected)
+    throw UsageError("--replacement takes one character up to U+FFFF");
+  if (length == 1) return bytes[0];
+  if (length == 2) return static_cast<uint16_t>((bytes[0] & 0x1F) << 6 | (bytes[1] & 0x3F));
+  return static_cast<uint16_t>((bytes[0] & 0x0F) << 12 | (bytes[1] & 0x3F) << 6 |
+                               (bytes[2] & 0x3F));
+}
+
+bool writesBigEndian(const ConvertArguments& arguments, const CharsetChoice& target) {
+  if (!target.hasByteOrder()) return true;
+  if (arguments.byteOrder.empty()) return target.order == ByteOrder::kBig;
+  const ByteOrder asked = arguments.byteOrder == "big" ? ByteOrder::kBig : ByteOrder::kLittle;
+  if (target.order != ByteOrder::kOpen && target.order != asked)
+    throw UsageError("--byte-order " + arguments.byteOrder + " contradicts the charset " +
+                     arguments.target);
+  return asked == ByteOrder::kBig;
+}
+
+void setNewlines(const std::string& newline, ConvertOptions& options) {
+  options.convertNewlines = newline != "keep";
+  options.newlineForm = newline == "lf"   ? KSV_NEWLINE_LF
+                        : newline == "cr" ? KSV_NEWLINE_CR
+                                          : KSV_NEWLINE_CRLF;
+}
+
+void setReferences(const ConvertArguments& arguments, const CharsetChoice& target,
+                   ConvertOptions& options) {
+  if (arguments.references.empty()) return;
+  if (target.form != UnicodeForm::kUcs2) throw UsageError("--references is for UCS-2 targets only");
+  options.supplementaryMode = arguments.references == "hex" ? 1 : 2;
+}
+
+void setLanguage(const std::string& language, ConversionSettings& settings) {
+  const bool isPrintable =
+      std::all_of(language.begin(), language.end(), [](char c) { return c > ' ' && c <= '~'; });
+  if (language.empty() || language.size() >= KSV_NAME_SIZE || !isPrintable)
+    throw UsageError("--language takes a name in printable ASCII, at most 259 characters");
+  settings.language = language;
+  std::memcpy(settings.options.defaultLanguage, kUndeterminedLanguage,
+              sizeof kUndeterminedLanguage);
+}
+
+// A converter that takes another replacement than the one asked for shows that
+// the target has no such character.
+void checkReplacement(const ConversionSettings& settings, const std::string& replacement) {
+  ConverterRecord record{};
+  ConvertOptions options = settings.options;
+  options.replaceUnmappable = 1;
+  cconvInitConvert(&record, &options, settings.target.name.c_str());
+  if (record.options.narrowReplacement != options.narrowReplacement)
+    throw UsageError("the replacement " + replacement + " is not in " + settings.target.display);
+}
+
+}  // namespace
+
+OutputPlan outputPlan(const ConvertArguments& arguments) {
+  const std::optional<std::string>& file = arguments.outputFile;
+  const std::optional<std::string>& directory = arguments.outputDirectory;
+  const std::optional<std::string>& inPlace = arguments.inPlace;
+  if (file.has_value() + directory.has_value() + inPlace.has_value() > 1)
+    throw UsageError("of -o, --output-dir and --in-place only one can be given");
+  if (arguments.touches && !inPlace) throw UsageError("--touch is for --in-place only");
+  if (file && arguments.inputs.size() > 1)
+    throw UsageError("-o takes one input; --output-dir takes several");
+  const bool readsStandardInput = std::find(arguments.inputs.begin(), arguments.inputs.end(),
+                                            kStandardStream) != arguments.inputs.end();
+  if (readsStandardInput && (inPlace || directory))
+    throw UsageError("standard input has no name for --output-dir or --in-place");
+
+  if (directory) return {OutputPlan::Kind::kDirectory, *directory, ""};
+  if (file && *file != kStandardStream) return {OutputPlan::Kind::kFile, *file, ""};
+  if (!inPlace) return {};
+  if (inPlace->find_first_of("/\\") != std::string::npos)
+    throw UsageError("the suffix of --in-place holds a path separator");
+  return {OutputPlan::Kind::kInPlace, "", *inPlace, !arguments.touches};
+}
+
+ConversionSettings conversionSettings(const ConvertArguments& arguments,
+                                      const CharsetNames& names) {
+  ConversionSettings settings;
+  settings.target = findTarget(names, arguments.target);
+  if (arguments.source) settings.source = findSource(names, *arguments.source);
+  settings.skipInvalid = arguments.invalid == "skip";
+  settings.isStrict = arguments.strict;
+  settings.blockSize = arguments.blockSize;
+
+  ConvertOptions& options = settings.options;
+  options.outputBigEndian = writesBigEndian(arguments, settings.target);
+  options.writeByteOrderMark = arguments.mark;
+  options.replaceUnmappable = arguments.unmappable == "replace";
+  if (arguments.replacement) {
+    options.narrowReplacement = replacementUnit(*arguments.replacement);
+    options.wideReplacement = options.narrowReplacement;
+  } else if (options.replaceUnmappable != 0) {
+    makeReplacementVisible(settings.target.name, options);
+  }
+  setNewlines(arguments.newline, options);
+  setReferences(arguments, settings.target, options);
+  if (arguments.language) setLanguage(*arguments.language, settings);
+  if (arguments.replacement) checkReplacement(settings, *arguments.replacement);
+  return settings;
+}
+
+SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names) {
+  const std::optional<std::string>& languageName = arguments.detectLanguage;
+  if (arguments.classic && (arguments.guess || languageName))
+    throw UsageError("--classic goes with neither --guess nor --detect-language");
+  if (arguments.classic)
+    return [&names](const std::string& input) {
+      DetectedText text = openAndDetect(input, nullptr);
+      ChosenSource chosen = chooseSource(text, names);
+      return JudgedText{std::move(text.source), std::move(chosen)};
+    };
+  const TextLanguage language =
+      languageName ? textLanguageNamed(*languageName) : textLanguageOfUser();
+  const auto judge =
+      std::make_shared<CharsetJudge>(names, language, arguments.guess, !languageName);
+  return [judge](const std::string& input) { return judge->judge(input); };
+}
+
+}  // namespace ksv_cli

@@ -1,0 +1,50 @@
+// What the options of ksv convert ask for.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/charsets/charset_names.h"
+#include "cli/jobs/batch.h"
+#include "cli/text/file_converter.h"
+
+namespace ksv_cli {
+
+struct ConvertArguments {
+  std::vector<std::string> inputs;
+  std::string target;
+  std::optional<std::string> source;
+  std::optional<std::string> outputFile;
+  std::optional<std::string> outputDirectory;
+  std::optional<std::string> inPlace;
+  bool touches = false;
+  std::string newline = "keep";
+  bool mark = false;
+  std::string byteOrder;
+  std::string invalid = "fail";
+  std::string unmappable = "fail";
+  std::optional<std::string> replacement;
+  std::string references;
+  std::optional<std::string> language;
+  std::optional<std::string> detectLanguage;
+  bool guess = false;
+  bool classic = false;
+  bool strict = false;
+  uint64_t jobs = 1;
+  uint64_t blockSize = ConversionSettings{}.blockSize;
+};
+
+// All of these throw UsageError for what cannot be meant.
+
+// Where the results go.
+OutputPlan outputPlan(const ConvertArguments& arguments);
+
+// How they are made. The rule base has to be loaded.
+ConversionSettings conversionSettings(const ConvertArguments& arguments, const CharsetNames& names);
+
+// How the charset of a text is found out that -f does not name. names stays the caller's.
+SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names);
+
+}  // namespace ksv_cli
