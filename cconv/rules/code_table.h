@@ -37,6 +37,20 @@ class BlockCoverage {
 
 struct CodeTable {
   enum KeyColumn : uint32_t { kSecondColumn = 0, kFirstColumn = 1 };
+  // How far its file has come, whatever that held.
+  enum class Reading : uint8_t {
+    kNotRead,
+    kReadAhead,  // to know what it holds: nobody has asked for it yet
+    kAskedFor,
+    kAskedForAgain  // an empty table answers nothing any more
+  };
+  // What readers may rely on.
+  enum class State : uint8_t {
+    kNotLoaded,
+    kUnread,         // the same, because a system error has left nothing of it
+    kLoaded,         // set last when a table is filled: whoever sees it sees the values too
+    kLoadedCutShort  // nobody looks at the values, which may be read anew
+  };
 
   CodeTable(KeyColumn column, uint16_t bytes) : keyColumn(column), valueBytes(bytes) {}
   ~CodeTable() { setState(State::kNotLoaded); }
@@ -49,21 +63,8 @@ struct CodeTable {
   std::string fileName;  // empty: no file, never loaded
   TextEncodingKind sourceEncoding = TextEncodingKind::kUnknown;
   bool sourceBigEndian = false;
-  // How far its file has come, whatever that held. Under the lock.
-  enum class Reading : uint8_t {
-    kNotRead,
-    kReadAhead,  // to know what it holds: nobody has asked for it yet
-    kAskedFor,
-    kAskedForAgain  // an empty table answers nothing any more
-  };
-  Reading reading = Reading::kNotRead;
+  Reading reading = Reading::kNotRead;  // looked at under the lock only
   bool isCutShort = false;  // by a system error, which has been noted: read again when asked for
-  enum class State : uint8_t {
-    kNotLoaded,
-    kUnread,         // the same, because a system error has left nothing of it
-    kLoaded,         // set last when a table is filled: whoever sees it sees the values too
-    kLoadedCutShort  // nobody looks at the values, which may be read anew
-  };
   std::atomic<State> state = State::kNotLoaded;
   BlockCoverage coverage;
   CodeStore values;

@@ -26,6 +26,8 @@
 namespace ksv {
 namespace {
 
+using Reading = CodeTable::Reading;
+
 constexpr size_t kRecordSize = 8;
 // A table whose only key is 0 or above this stays unloaded, as an empty one does.
 constexpr uint32_t kHighestLoneKey = 0xFFFFFFF;
@@ -146,9 +148,11 @@ void forgetValues(CodeTable& table) {
   table.isCutShort = false;
 }
 
-// Reads the table, once, and again where a system error has cut it short.
-void fill(CodeTable& table) try {
-  if (table.reading != CodeTable::Reading::kNotRead) {
+// Reads the table, once, and again where a system error has cut it short. How far it has come
+// says so before it is read: whoever finds it half read, in a forked process, leaves it alone.
+void fill(CodeTable& table, Reading reached) try {
+  const Reading before = std::exchange(table.reading, reached);
+  if (before != Reading::kNotRead) {
     if (!table.isCutShort) return;
     forgetValues(table);
   }
@@ -165,13 +169,11 @@ void setLoaded(CodeTable& table) {
 
 // False when it still has to be asked for.
 bool load(CodeTable& table) {
-  using Reading = CodeTable::Reading;
   if (table.isWhole()) return true;
   // At the second attempt an empty table answers nothing any more, instead of passing
   // every code through.
   const bool isFirst = table.reading < Reading::kAskedFor;
-  fill(table);
-  table.reading = isFirst ? Reading::kAskedFor : Reading::kAskedForAgain;
+  fill(table, isFirst ? Reading::kAskedFor : Reading::kAskedForAgain);
   if (!isFirst || isFilled(table)) {
     setLoaded(table);
   } else if (table.isCutShort) {
@@ -183,11 +185,11 @@ bool load(CodeTable& table) {
 // What the first attempt does, if it is enough. A table that asks for a second one is read
 // and counts as not asked for yet.
 void loadAhead(CodeTable& table) {
-  using Reading = CodeTable::Reading;
   if (table.isLoaded() || table.reading >= Reading::kAskedFor) return;
-  fill(table);
-  table.reading = isFilled(table) ? Reading::kAskedFor : Reading::kReadAhead;
-  if (isFilled(table)) setLoaded(table);
+  fill(table, Reading::kReadAhead);
+  if (!isFilled(table)) return;
+  table.reading = Reading::kAskedFor;
+  setLoaded(table);
 }
 
 // An empty one is passed over now, and has nothing to answer with later.

@@ -1,6 +1,8 @@
 // Code tables: insertion, look-up, the coverage of blocks, and lists of tables.
 #include "cconv/rules/code_table.h"
 
+#include "cconv/rules/publication.h"
+#include "ksv_cconv.h"
 #include "tests/rules/support.h"
 
 namespace ksv::test {
@@ -341,6 +343,24 @@ TEST_F(TableLoading, counts_its_attempts_and_gives_up_at_the_second) {
   EXPECT_EQ(lookUp(*table, 7), kNotFound);
   EXPECT_TRUE(ensureTableLoaded(table.get()));
   EXPECT_EQ(table->reading, CodeTable::Reading::kAskedForAgain);
+}
+
+// What a thread that is cancelled leaves behind, or another process that is forked meanwhile.
+TEST_F(TableLoading, that_is_broken_off_has_been_an_attempt) {
+  struct BrokenOff {};
+  directory_.writeTable("a.txt", "8140 10\r\n8141 11");
+  auto table = tableOf("a.txt");
+  publicationPauseForTests = [](PublicationStep step) {
+    if (step == PublicationStep::kFilling) throw BrokenOff();
+  };
+  EXPECT_THROW(ensureTableLoaded(table.get()), BrokenOff);
+  publicationPauseForTests = nullptr;
+  EXPECT_NE(unlockMutex(), 0) << "it died as the holder";
+  EXPECT_EQ(table->reading, CodeTable::Reading::kAskedFor);
+  EXPECT_FALSE(table->isLoaded());
+  EXPECT_TRUE(ensureTableLoaded(table.get())) << "with what had been read by then";
+  EXPECT_EQ(table->reading, CodeTable::Reading::kAskedForAgain);
+  EXPECT_EQ(lookUp(*table, 0x8140), kNotFound);
 }
 
 TEST_F(TableLoading, notes_answers_that_a_later_load_may_change) {
