@@ -1,5 +1,5 @@
 # The reference converter, and the test that holds the library against it.
-add_executable(differential_tests
+ksv_add_test_program(differential_tests
   ${CMAKE_CURRENT_LIST_DIR}/differential_generate.cpp
   ${CMAKE_CURRENT_LIST_DIR}/differential_harness.cpp
   ${CMAKE_CURRENT_LIST_DIR}/differential_test.cpp
@@ -19,6 +19,9 @@ add_executable(differential_tests
 target_include_directories(differential_tests PRIVATE ${CMAKE_CURRENT_LIST_DIR})
 target_compile_definitions(differential_tests
   PRIVATE KSV_TEST_CHARSET_DIRECTORY="${KSV_TEST_CHARSET_DIRECTORY}")
-target_link_libraries(differential_tests PRIVATE ksv_internal ksv_test_system)
 add_dependencies(differential_tests ksv_charset)
-ksv_discover_tests(differential_tests)
+ksv_add_shares(differential_tests SHARES 4 COST 100)
+
+# All of it runs long.
+get_target_property(sources differential_tests SOURCES)
+ksv_optimise(${sources})

@@ -8,8 +8,6 @@
 //                --recovers                   one call is refused: what follows has to be right
 //                --closing-fails              closing is refused: descriptors are not counted
 //                --removing-fails             removing is refused: files may stay
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -18,6 +16,7 @@
 
 #include "tests/faults/walk.h"
 #include "tests/system/system.h"
+#include "tests/system/test_program.h"
 
 namespace ksv::test {
 namespace {
@@ -114,8 +113,7 @@ int main(int argc, char** argv) try {
   ksv::test::watchBlocksOfLibrary();
   const ksv::test::Arguments arguments = ksv::test::commandLine(argc, argv);
   if (const auto result = ksv::test::runAsTold(arguments)) return *result;
-  testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
+  return ksv::test::runTests(argc, argv);
 } catch (const std::exception& error) {
   std::printf("not begun: %s\n", error.what());
   return 3;
