@@ -13,6 +13,7 @@
 #include "cconv/bulk/position.h"
 #include "cconv/bulk/short_text.h"
 #include "cconv/bulk/source_form.h"
+#include "cconv/rules/names.h"
 
 namespace ksv {
 

@@ -14,12 +14,12 @@ HEADING = "## The folders, and who may include whom"
 NOTHING = ("nothing of ours", "–")
 EVERYTHING = "everything"
 AND_BELOW = "and below"
-NOT_EACH_OTHER = "not each other"
+APART = re.compile(r"\s*only (`.*`) includes?\b")
 NAME = re.compile(r"`([^`]+)`")
 INCLUDE = re.compile(r'\s*#\s*include\s+"([^"]+)"')
 SUFFIXES = (".h", ".c", ".cpp")
 # Where the compiler looks for a header, behind the folder of the file itself.
-SEARCHED = ("", "include", "cli", "tests/convert")
+SEARCHED = ("", "include", "tests/convert")
 
 
 class TableError(Exception):
@@ -33,7 +33,7 @@ class Row:
     names: list = field(default_factory=list)  # folders, with a slash at the end, and headers
     below: list = field(default_factory=list)  # folders whose own row holds as well
     apart: bool = False                        # its files do not include each other
-    exempt: list = field(default_factory=list)
+    exempt: list = field(default_factory=list)  # but for these
 
 
 def table_of(page):
@@ -63,13 +63,13 @@ def parsed_row(folder, allowed):
         row.everything = True
     elif allowed not in NOTHING:
         for clause in allowed.split(";"):
-            if NOT_EACH_OTHER in clause:
+            apart = APART.match(clause)
+            if apart:
                 row.apart = True
-                row.exempt += NAME.findall(clause)
+                row.exempt += NAME.findall(apart[1])
             else:
                 row.names += NAME.findall(clause)
-                row.below += [folder_of(name) for name in
-                              re.findall(rf"`([^`]+)` {AND_BELOW}", clause)]
+                row.below += map(folder_of, NAME.findall(clause.rpartition(AND_BELOW)[0]))
         if not row.names and not row.apart:
             raise TableError(f"{PAGE}: what {folder} may include is not in backticks: {allowed}")
     return row
@@ -156,6 +156,9 @@ def missing_names(rows, tree):
         for below in row.below:
             if below not in rows:
                 yield f"{PAGE}: {folder} may include {below} and below, which has no row"
+        for name in row.exempt:
+            if folder + name not in tree.known:
+                yield f"{PAGE}: {folder} has no {name}"
 
 
 def told_allowed(rows, folder):

@@ -20,7 +20,8 @@ How rows are read.
 | `include/` | `a.h` | nothing of ours |
 | `low/` | | `include/` |
 | `low/engine/` | | `low/` and below |
-| `low/parts/` | | `low/engine/` and below; not each other, but for `list.cpp` |
+| `low/parts/` | | `low/engine/` and below; only `list.cpp` includes parts |
+| `low/calls/` | | `low/parts/`, `low/engine/` and below |
 | `top/` | | `include/`; for names, and nothing else, `low/names.h` |
 | `data/` | | – |
 | `tests/`, `bench/` | | everything |
@@ -37,8 +38,9 @@ class Includes(unittest.TestCase):
         self.root = Path(self.scratch.name)
         self.table = TABLE
         for header in ("include/ksv_a.h", "low/names.h", "low/tables.h", "low/engine/step.h",
-                       "low/parts/one.h", "low/parts/two.h", "top/job.h"):
+                       "low/parts/one.h", "low/parts/two.h", "low/calls/calls.h", "top/job.h"):
             self.write(header, "")
+        self.write("low/parts/list.cpp", "")
 
     def tearDown(self):
         self.scratch.cleanup()
@@ -63,9 +65,10 @@ class Includes(unittest.TestCase):
 
     def test_what_is_allowed_is_not_told(self):
         for path, header in (("low/a.cpp", "ksv_a.h"), ("low/a.cpp", "low/names.h"),
-                             ("top/a.cpp", "low/names.h"), ("top/a.cpp", "job.h"),
+                             ("top/a.cpp", "low/names.h"), ("top/a.cpp", "top/job.h"),
                              ("low/engine/a.cpp", "ksv_a.h"), ("low/parts/one.cpp", "low/tables.h"),
                              ("low/parts/one.cpp", "low/parts/one.h"),
+                             ("low/calls/a.cpp", "low/tables.h"), ("low/calls/a.cpp", "low/parts/one.h"),
                              ("low/parts/one_posix.cpp", "low/parts/one.h"),
                              ("tests/a.cpp", "low/tables.h"), ("top/a.cpp", "made_by_the_build.h")):
             with self.subTest(path=path, header=header):
@@ -100,9 +103,11 @@ class Includes(unittest.TestCase):
 
     def test_names_that_are_gone_are_told(self):
         (self.root / "low/names.h").unlink()
+        (self.root / "low/parts/list.cpp").unlink()
         self.assertEqual(
             self.found(),
-            [f"{includes.PAGE}: top/ may include low/names.h, which is not there"])
+            [f"{includes.PAGE}: low/parts/ has no list.cpp",
+             f"{includes.PAGE}: top/ may include low/names.h, which is not there"])
 
     def test_a_row_without_backticks_is_told(self):
         self.table = TABLE.replace("`low/` and below |", "low and below |")
