@@ -5,6 +5,13 @@ find_package(Python3 3.11 REQUIRED COMPONENTS Interpreter)
 set(KSV_RUN_SHARE ${CMAKE_CURRENT_LIST_DIR}/../scripts/testing/run_share.py)
 set(KSV_OWN_PROCESS ${CMAKE_CURRENT_LIST_DIR}/own_process.txt)
 
+# What a test may take, in seconds: more where it is emulated or its branches are counted.
+if(KSV_COVERAGE OR (CMAKE_CROSSCOMPILING AND NOT WIN32))
+  set(KSV_TEST_SECONDS 900)
+else()
+  set(KSV_TEST_SECONDS 300)
+endif()
+
 # ksv_add_shares(program [SHARES count] [SERIAL filter] [COST seconds] [LABEL label])
 # SHARES says over how many tests of ctest the tests are dealt out. Those that SERIAL names run
 # while no other test does. Of programs that run side by side those of the highest COST start first.
@@ -36,7 +43,7 @@ endfunction()
 function(ksv_add_share program name share filter)
   add_test(NAME ${name}
            COMMAND Python3::Interpreter -B ${KSV_RUN_SHARE} --share ${share} --only=${filter}
-                   --own-process ${KSV_OWN_PROCESS}
+                   --own-process ${KSV_OWN_PROCESS} --seconds ${KSV_TEST_SECONDS}
                    --results ${PROJECT_BINARY_DIR}/test_results/${name}.json
                    -- ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${program}>)
 endfunction()

@@ -1,9 +1,12 @@
 #!/usr/bin/env python3
-"""The running and the counting of tests: run_share.py and test_preset.py.
+"""The running and the counting of tests: run_share.py and test_preset.py; and scripts/check.
 
     testing_test.py PROJECT MADE_UP_TESTS
 """
+import importlib.machinery
+import importlib.util
 import json
+import os
 import subprocess
 import sys
 import tempfile
@@ -15,6 +18,18 @@ PROJECT, PROGRAM = (Path(argument).resolve() for argument in sys.argv[1:3])
 TESTING = PROJECT / "scripts" / "testing"
 sys.path.insert(0, str(TESTING))
 import run_share  # noqa: E402
+
+
+def loaded(path):
+    """A script without the ending that modules have."""
+    loader = importlib.machinery.SourceFileLoader("check", str(path))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("check", loader))
+    sys.modules["check"] = module
+    loader.exec_module(module)
+    return module
+
+
+check = loaded(PROJECT / "scripts" / "check")
 
 NUMBERS = [f"All/Numbers.are_small/{i}" for i in range(5)]
 
@@ -107,6 +122,17 @@ class Shares(Scratch):
             [*NUMBERS, "Plain.passes", "Plain.passes_too", "Plain.is_skipped"]))
         self.assertTrue(all(len(share) in (2, 3) for share in shares))
 
+    def test_tests_that_nobody_wants_to_wait_for_are_left_out_and_count_for_the_preset(self):
+        long_ones = self.directory / "long"
+        long_ones.write_text("*Numbers.*  # why\nHanging.*\n")
+        results = self.directory / "results.json"
+        subprocess.run([sys.executable, "-B", TESTING / "run_share.py", "--only=*Numbers.*:Plain.p*",
+                        "--results", results, "--", PROGRAM], capture_output=True, check=True,
+                       env=os.environ | {"KSV_TESTS_LEFT_OUT": str(long_ones)})
+        found = json.loads(results.read_text())
+        self.assertEqual(list(found["outcomes"]), ["Plain.passes", "Plain.passes_too"])
+        self.assertIn(NUMBERS[0], found["listed"])
+
     def test_a_filter_may_leave_out(self):
         self.assertEqual(list(self.outcomes("*Numbers.*-*/0:*/1:*/2:*/3")), [NUMBERS[4]])
 
@@ -182,6 +208,26 @@ class Presets(Scratch):
         self.assertEqual(status, 1)
         self.assertIn("FAILED: good: no results", output)
         self.assertEqual(last, "0 passed, 2 failed")
+
+
+class Families(unittest.TestCase):
+    def test_a_file_belongs_to_the_family_of_its_innermost_folder(self):
+        for path, family in (("cconv/rules/names.h", "rules"), ("cconv/engine/mapping.cpp", "convert"),
+                             ("tests/convert/bulk_test.cpp", "convert"),
+                             ("tests/convert/reference/rules.cpp", "differential"),
+                             ("cli/main.cpp", "cli"), ("include/ksv_ole.h", "exports"),
+                             ("README.md", None), ("cmake/exports.cmake", None)):
+            self.assertEqual(check.family_of(path), family, path)
+
+    def test_every_folder_of_a_family_is_there_and_every_program_has_a_family(self):
+        for family in check.FAMILIES.values():
+            for folder in family.folders:
+                self.assertTrue((PROJECT / folder).is_dir(), folder)
+        targets = {target for family in check.FAMILIES.values() for target in family.targets}
+        for lists in (PROJECT / "tests").rglob("CMakeLists.txt"):
+            for line in lists.read_text().splitlines():
+                if line.startswith("ksv_add_shares("):
+                    self.assertIn(line[len("ksv_add_shares("):].split()[0].rstrip(")"), targets)
 
 
 if __name__ == "__main__":
