@@ -1,6 +1,7 @@
 #include "cli/text/reading_choice.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "cli/system/failure.h"
 #include "cli/text/language_model.h"
