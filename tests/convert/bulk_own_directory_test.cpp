@@ -34,7 +34,7 @@ class BulkOfOwnCharsets : public OwnDirectory {
 };
 
 // 41 is written as 00 41, and D5 in the same text as one byte.
-TEST_F(BulkOfOwnCharsets, CodesOfOneByteAmongAsciiInUnits) {
+TEST_F(BulkOfOwnCharsets, codes_of_one_byte_among_ascii_in_units) {
   const std::string ascii = lines(0, 0x7F);
   const Group kana = {"jis_x0201kana", 1, "D5 FF95"};
   load({{"single", "SAME", {{"ascii", 1, ascii}, kana}},
@@ -49,7 +49,7 @@ TEST_F(BulkOfOwnCharsets, CodesOfOneByteAmongAsciiInUnits) {
 
 // A destination table whose only key is 0 answers from the second question on. Questions
 // that no text has asked must not count.
-TEST_F(BulkOfOwnCharsets, ALoneKeyAnswersFromTheSecondCharacterOnThatAsksForIt) {
+TEST_F(BulkOfOwnCharsets, a_lone_key_answers_from_the_second_character_on_that_asks_for_it) {
   load({{"iso-10646-ucs-4", "ISO-10646-UCS-4", {{"any-unicode", 4, ""}}},
         {"lone", "SAME", {{"pairs", 2, "2121 3000\r\n2122 3001", "4142 0"}}}});
   Bytes text;

@@ -49,7 +49,7 @@ std::vector<int32_t> randomCapacities(Random& random) {
 
 using Bulk = BulkTest;
 
-TEST_F(Bulk, RandomTextConvertsAsTheEngineConvertsIt) {
+TEST_F(Bulk, random_text_converts_as_the_engine_converts_it) {
   Random random(20261121);
   for (int round = 0; round < 3; ++round) {
     for (const char* source : kCharsets) {
@@ -63,7 +63,7 @@ TEST_F(Bulk, RandomTextConvertsAsTheEngineConvertsIt) {
   }
 }
 
-TEST_F(Bulk, RandomBytesConvertAsTheEngineConvertsThem) {
+TEST_F(Bulk, random_bytes_convert_as_the_engine_converts_them) {
   Random random(7);
   for (int round = 0; round < 2; ++round) {
     for (const char* source : kCharsets) {
@@ -78,7 +78,7 @@ TEST_F(Bulk, RandomBytesConvertAsTheEngineConvertsThem) {
   }
 }
 
-TEST_F(Bulk, TheShortestTextsConvertAsTheEngineConvertsThem) {
+TEST_F(Bulk, the_shortest_texts_convert_as_the_engine_converts_them) {
   Random random(8);
   for (const char* source : kCharsets) {
     startAnew();
@@ -151,7 +151,7 @@ void expectSameWithStrangers(Random& random, const char* source, const char* tar
   }
 }
 
-TEST_F(Bulk, LongOrdinaryTextsConvertAsTheEngineConvertsThem) {
+TEST_F(Bulk, long_ordinary_texts_convert_as_the_engine_converts_them) {
   Random random(11);
   for (const char* source : kUsualSources) {
     for (const char* target : kUsualTargets) {
@@ -161,7 +161,7 @@ TEST_F(Bulk, LongOrdinaryTextsConvertAsTheEngineConvertsThem) {
   }
 }
 
-TEST_F(Bulk, AStrangerAtEveryPlaceOfAnOrdinaryText) {
+TEST_F(Bulk, a_stranger_at_every_place_of_an_ordinary_text) {
   Random random(12);
   for (const char* source : kUsualSources) {
     for (const char* target : kUsualTargets) {
@@ -181,7 +181,7 @@ class WithVectorsUpTo {
   }
 };
 
-TEST_F(Bulk, UnicodeFormsConvertAsTheEngineConvertsThemWithLesserVectors) {
+TEST_F(Bulk, unicode_forms_convert_as_the_engine_converts_them_with_lesser_vectors) {
   using enum ksv::vector_runs::VectorLevel;
   constexpr const char* kForms[] = {"UTF-8", "UTF-16", "ISO-10646-UCS-2", "ISO-8859-1"};
   Random random(13);
@@ -210,7 +210,7 @@ Bytes bufferAfter(const Conversion& setup, const Bytes& input, size_t capacity) 
   return buffer;
 }
 
-TEST_F(Bulk, TouchesNothingBehindTheOutputOfAShortText) {
+TEST_F(Bulk, touches_nothing_behind_the_output_of_a_short_text) {
   Random random(10);
   for (const char* source : kCharsets) {
     startAnew();
@@ -229,7 +229,7 @@ TEST_F(Bulk, TouchesNothingBehindTheOutputOfAShortText) {
   }
 }
 
-TEST_F(Bulk, EveryOutputSizeAroundTheBatches) {
+TEST_F(Bulk, every_output_size_around_the_batches) {
   const Bytes input = [] {
     Bytes text;
     for (int i = 0; i < 600; ++i) text += i % 7 == 0 ? bytes("41") : bytes("82 A0");
@@ -241,7 +241,7 @@ TEST_F(Bulk, EveryOutputSizeAroundTheBatches) {
   }
 }
 
-TEST_F(Bulk, AnInvalidByteAtEveryPlace) {
+TEST_F(Bulk, an_invalid_byte_at_every_place) {
   Bytes good;
   for (int i = 0; i < 700; ++i) good += bytes("82 A0");
   for (size_t at = 0; at < 300; ++at) {
@@ -255,7 +255,7 @@ TEST_F(Bulk, AnInvalidByteAtEveryPlace) {
   }
 }
 
-TEST_F(Bulk, AMarkAtEveryPlaceComposesWithItsBase) {
+TEST_F(Bulk, a_mark_at_every_place_composes_with_its_base) {
   for (size_t at = 0; at < 200; ++at) {
     std::vector<uint32_t> values(600, 0x304B);
     values[at] = 0x309A;
@@ -266,7 +266,7 @@ TEST_F(Bulk, AMarkAtEveryPlaceComposesWithItsBase) {
   }
 }
 
-TEST_F(Bulk, WritesNothingBehindTheOutputsEnd) {
+TEST_F(Bulk, writes_nothing_behind_the_outputs_end) {
   for (int32_t capacity = 1000; capacity < 1040; ++capacity) {
     Converter converter({"Shift_JIS", "UTF-8"});
     Bytes input;

@@ -54,12 +54,12 @@ Bytes characterOf(uint32_t number) {
   return character;
 }
 
-TEST(CharacterTracesOf, AnEmptyTableAreNone) {
+TEST(CharacterTracesOf, an_empty_table_are_none) {
   const CharacterTraces traces;
   EXPECT_EQ(find(traces, "A"), nullptr);
 }
 
-TEST(CharacterTracesOf, TheSameBytesInAnotherLengthAreOthers) {
+TEST(CharacterTracesOf, the_same_bytes_in_another_length_are_others) {
   CharacterTraces traces;
   remember(traces, bytes("41"), 1);
   remember(traces, bytes("00 41"), 2);
@@ -74,14 +74,14 @@ TEST(CharacterTracesOf, TheSameBytesInAnotherLengthAreOthers) {
   EXPECT_EQ(find(traces, bytes("FF FF FF FF")), nullptr);
 }
 
-TEST(CharacterTracesOf, ACharacterAreTheFirstThatWereLeft) {
+TEST(CharacterTracesOf, a_character_are_the_first_that_were_left) {
   CharacterTraces traces;
   remember(traces, "A", 1);
   remember(traces, "A", 2);
   EXPECT_TRUE(isTraceOf(find(traces, "A"), 1));
 }
 
-TEST(CharacterTracesOf, ManyCharactersAreTheirOwnOrNone) {
+TEST(CharacterTracesOf, many_characters_are_their_own_or_none) {
   CharacterTraces traces;
   constexpr uint32_t kCharacters = 20000;
   for (uint32_t number = 1; number <= kCharacters; ++number)
@@ -97,7 +97,7 @@ TEST(CharacterTracesOf, ManyCharactersAreTheirOwnOrNone) {
   EXPECT_LE(found, 2048u);
 }
 
-TEST(CharacterTracesOf, ManyThreadsAreNeverHalfThere) {
+TEST(CharacterTracesOf, many_threads_are_never_half_there) {
   CharacterTraces traces;
   constexpr uint32_t kCharacters = 3000;
   std::atomic<int> ready = 0;
@@ -179,7 +179,7 @@ class ShortTexts : public BulkTest {
   }
 };
 
-TEST_F(ShortTexts, LeaveTheRecordOfTheEngineWhateverTheyEndWith) {
+TEST_F(ShortTexts, leave_the_record_of_the_engine_whatever_they_end_with) {
   std::mt19937 random(20261121);
   for (const char* source : kCharsets) {
     const std::vector<Bytes> characters = alphabet(source);
@@ -199,7 +199,7 @@ TEST_F(ShortTexts, LeaveTheRecordOfTheEngineWhateverTheyEndWith) {
   }
 }
 
-TEST_F(ShortTexts, EndWithEveryPairOfCharacters) {
+TEST_F(ShortTexts, end_with_every_pair_of_characters) {
   for (const auto& [source, target] : {std::pair{"Shift_JIS", "UTF-8"},
                                        {"UTF-8", "WINDOWS31J"},
                                        {"EUC-JP", "UTF-16"},
@@ -222,7 +222,7 @@ TEST_F(ShortTexts, EndWithEveryPairOfCharacters) {
   }
 }
 
-TEST_F(ShortTexts, MayBeginAnywhereBehindTheirEndToo) {
+TEST_F(ShortTexts, may_begin_anywhere_behind_their_end_too) {
   for (int32_t position = 0; position < 60; ++position) {
     for (const int32_t outputPosition : {0, 5, 399, 400, 401}) {
       const auto recordBehind = [&] {
@@ -243,7 +243,7 @@ TEST_F(ShortTexts, MayBeginAnywhereBehindTheirEndToo) {
   }
 }
 
-TEST_F(ShortTexts, AreTheSameInEveryThread) {
+TEST_F(ShortTexts, are_the_same_in_every_thread) {
   const std::vector<Bytes> characters = alphabet("UTF-8");
   std::mt19937 random(3);
   std::vector<Bytes> texts;
@@ -311,7 +311,7 @@ Bytes convertLetters() {
   return result.output;
 }
 
-TEST(RememberedCharacters, EndWithTheirRuleBase) {
+TEST(RememberedCharacters, end_with_their_rule_base) {
   const BulkAlways bulkAlways;
   for (const uint32_t movedBy : {0u, 0x20u, 1u, 0x20u}) {
     class Directory : public OwnDirectory {
@@ -333,7 +333,7 @@ TEST(RememberedCharacters, EndWithTheirRuleBase) {
 
 using LaterRules = OwnDirectory;
 
-TEST_F(LaterRules, AreFoundBesideThoseThatAreThere) {
+TEST_F(LaterRules, are_found_beside_those_that_are_there) {
   const BulkAlways bulkAlways;
   load({letters(0x20), kAnyUtf8});
   EXPECT_EQ(convertLetters(), movedLetters(0x20));
@@ -349,7 +349,7 @@ TEST_F(LaterRules, AreFoundBesideThoseThatAreThere) {
 
 using EmptyTables = OwnDirectory;
 
-TEST_F(EmptyTables, PassEveryCodeUntilTheSecondAttempt) {
+TEST_F(EmptyTables, pass_every_code_until_the_second_attempt) {
   // A table whose only key is 0 counts as empty.
   load({{"nothing", "SAME", {{"nothing-set", 1, "0 0"}}}, kAnyUtf8});
   ConverterRecord record = {};

@@ -20,7 +20,7 @@ ConverterRecord filledRecord() {
   return record;
 }
 
-TEST_F(ConverterApi, InitOfAnUnknownCharsetClearsTheStateAndFails) {
+TEST_F(ConverterApi, init_of_an_unknown_charset_clears_the_state_and_fails) {
   ConverterRecord record = filledRecord();
   EXPECT_EQ(cconvInitConvert(&record, nullptr, "no-such-charset"), 1u);
   EXPECT_EQ(record.status, 1u);
@@ -38,7 +38,7 @@ TEST_F(ConverterApi, InitOfAnUnknownCharsetClearsTheStateAndFails) {
   EXPECT_EQ(newlineForm, 0x5A5A5A5Au);
 }
 
-TEST_F(ConverterApi, InitWithoutOptionsZeroesThem) {
+TEST_F(ConverterApi, init_without_options_zeroes_them) {
   ConverterRecord record = filledRecord();
   EXPECT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   const ConvertOptions zero = {};
@@ -48,7 +48,7 @@ TEST_F(ConverterApi, InitWithoutOptionsZeroesThem) {
   EXPECT_NE(record.targetCharset, nullptr);
 }
 
-TEST_F(ConverterApi, InitTakesTheOptionsThatStandInTheRecord) {
+TEST_F(ConverterApi, init_takes_the_options_that_stand_in_the_record) {
   ConverterRecord record = filledRecord();
   record.options.replaceUnmappable = 0;
   const ConvertOptions before = record.options;
@@ -58,7 +58,7 @@ TEST_F(ConverterApi, InitTakesTheOptionsThatStandInTheRecord) {
   EXPECT_EQ(record.defaultLanguage[259], '\0');
 }
 
-TEST_F(ConverterApi, InitCopiesEveryByteOfTheOptionsAndClearsTheStateBesideThem) {
+TEST_F(ConverterApi, init_copies_every_byte_of_the_options_and_clears_the_state_beside_them) {
   ConvertOptions options = {};
   std::memset(&options, 0xA5, sizeof options);
   options.replaceUnmappable = 0;
@@ -79,7 +79,7 @@ TEST_F(ConverterApi, InitCopiesEveryByteOfTheOptionsAndClearsTheStateBesideThem)
   EXPECT_EQ(std::memcmp(&record, &expected, sizeof record), 0);
 }
 
-TEST_F(ConverterApi, CharsetNamesAreFoundWithoutRegardToCase) {
+TEST_F(ConverterApi, charset_names_are_found_without_regard_to_case) {
   ConverterRecord record = {};
   char name[] = "sHiFt_jIs";
   EXPECT_EQ(cconvInitConvert(&record, nullptr, name), 0u);
@@ -87,7 +87,7 @@ TEST_F(ConverterApi, CharsetNamesAreFoundWithoutRegardToCase) {
   EXPECT_STREQ(name, "sHiFt_jIs");
 }
 
-TEST_F(ConverterApi, NullAndOverlongNamesAreUnknown) {
+TEST_F(ConverterApi, null_and_overlong_names_are_unknown) {
   ConverterRecord record = {};
   EXPECT_EQ(cconvInitConvert(&record, nullptr, nullptr), 1u);
   EXPECT_EQ(cconvInitConvert(&record, nullptr, std::string(260, 'a').c_str()), 1u);
@@ -95,7 +95,7 @@ TEST_F(ConverterApi, NullAndOverlongNamesAreUnknown) {
   EXPECT_EQ(cconvInitConvert(&record, nullptr, std::string(259, 'a').c_str()), 1u);
 }
 
-TEST_F(ConverterApi, InitCopiesTheDefaultLanguageThreeTimes) {
+TEST_F(ConverterApi, init_copies_the_default_language_three_times) {
   ConverterRecord record = {};
   ConvertOptions options = {};
   std::strcpy(options.defaultLanguage, "ja");
@@ -105,7 +105,7 @@ TEST_F(ConverterApi, InitCopiesTheDefaultLanguageThreeTimes) {
   EXPECT_STREQ(record.currentLanguage, "ja");
 }
 
-TEST_F(ConverterApi, ADefaultLanguageWithoutTerminatorIsCutToFit) {
+TEST_F(ConverterApi, a_default_language_without_terminator_is_cut_to_fit) {
   ConverterRecord record = {};
   ConvertOptions options = {};
   std::memset(options.defaultLanguage, 'x', sizeof options.defaultLanguage);
@@ -113,7 +113,7 @@ TEST_F(ConverterApi, ADefaultLanguageWithoutTerminatorIsCutToFit) {
   EXPECT_EQ(std::strlen(record.defaultLanguage), 259u);
 }
 
-TEST_F(ConverterApi, ChangeCharsetSetsTheSourceFields) {
+TEST_F(ConverterApi, change_charset_sets_the_source_fields) {
   ConverterRecord record = {};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   record.decodedGroup = record.decodedGroupType = record.unicodeCode = record.rawCode = 99;
@@ -132,7 +132,7 @@ TEST_F(ConverterApi, ChangeCharsetSetsTheSourceFields) {
   EXPECT_EQ(record.skipInvalid, 9u);
 }
 
-TEST_F(ConverterApi, ChangeCharsetWithoutParametersZeroesThem) {
+TEST_F(ConverterApi, change_charset_without_parameters_zeroes_them) {
   ConverterRecord record = {};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   record.inputBigEndian = record.detectByteOrderMark = record.skipInvalid = 1;
@@ -140,7 +140,7 @@ TEST_F(ConverterApi, ChangeCharsetWithoutParametersZeroesThem) {
   EXPECT_EQ(record.inputBigEndian | record.detectByteOrderMark | record.skipInvalid, 0u);
 }
 
-TEST_F(ConverterApi, ChangeToAnUnknownCharsetKeepsTheSourceButNotThePreConversion) {
+TEST_F(ConverterApi, change_to_an_unknown_charset_keeps_the_source_but_not_the_pre_conversion) {
   ConverterRecord record = {};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   uint32_t parameters[3] = {1, 0, 1};
@@ -155,7 +155,7 @@ TEST_F(ConverterApi, ChangeToAnUnknownCharsetKeepsTheSourceButNotThePreConversio
   EXPECT_EQ(record.skipInvalid, 1u);
 }
 
-TEST_F(ConverterApi, Utf7ForcesLittleEndianInTheCallersArray) {
+TEST_F(ConverterApi, utf7_forces_little_endian_in_the_callers_array) {
   ConverterRecord record = {};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   uint32_t parameters[3] = {1, 1, 1};
@@ -166,7 +166,7 @@ TEST_F(ConverterApi, Utf7ForcesLittleEndianInTheCallersArray) {
   EXPECT_EQ(record.sourceCharsetId, 1004u);
 }
 
-TEST_F(ConverterApi, Utf7InLowerCaseIsAnOrdinaryName) {
+TEST_F(ConverterApi, utf7_in_lower_case_is_an_ordinary_name) {
   ConverterRecord record = {};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   uint32_t parameters[3] = {1, 0, 0};
@@ -175,14 +175,14 @@ TEST_F(ConverterApi, Utf7InLowerCaseIsAnOrdinaryName) {
   EXPECT_EQ(record.preConversion, 0u);
 }
 
-TEST_F(ConverterApi, HzStoresItsPreConversionBeforeItsCharsetIsLookedUp) {
+TEST_F(ConverterApi, hz_stores_its_pre_conversion_before_its_charset_is_looked_up) {
   ConverterRecord record = {};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   cconvChgCharset(&record, nullptr, "HZ-GB-2312");
   EXPECT_EQ(record.preConversion, 2u);
 }
 
-TEST_F(ConverterApi, ChangeLanguageCopiesTheName) {
+TEST_F(ConverterApi, change_language_copies_the_name) {
   ConverterRecord record = {};
   record.status = 99;
   EXPECT_EQ(cconvChgLang(&record, "fr"), 0u);
@@ -193,7 +193,7 @@ TEST_F(ConverterApi, ChangeLanguageCopiesTheName) {
   EXPECT_EQ(record.inputBigEndian, 0u);
 }
 
-TEST_F(ConverterApi, AZeroedRecordCannotConvertButTerminates) {
+TEST_F(ConverterApi, a_zeroed_record_cannot_convert_but_terminates) {
   ConverterRecord record = {};
   EXPECT_EQ(cconvConvert(&record), 1u);
   EXPECT_EQ(record.status, 1u);
@@ -201,13 +201,13 @@ TEST_F(ConverterApi, AZeroedRecordCannotConvertButTerminates) {
   EXPECT_EQ(record.status, 0u);
 }
 
-TEST_F(ConverterApi, ARecordWithoutSourceCannotConvert) {
+TEST_F(ConverterApi, a_record_without_source_cannot_convert) {
   ConverterRecord record = {};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   EXPECT_EQ(cconvConvert(&record), 1u);
 }
 
-TEST_F(ConverterApi, TerminationOfAnInitialisedRecordCallsTheEncoder) {
+TEST_F(ConverterApi, termination_of_an_initialised_record_calls_the_encoder) {
   ConverterRecord record = {};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), 0u);
   record.status = 99;
@@ -215,7 +215,7 @@ TEST_F(ConverterApi, TerminationOfAnInitialisedRecordCallsTheEncoder) {
   EXPECT_EQ(record.status, 0u);
 }
 
-TEST_F(ConverterApi, TerminationWritesAPendingMark) {
+TEST_F(ConverterApi, termination_writes_a_pending_mark) {
   Conversion setup{"Shift_JIS", "UTF-8"};
   setup.options.writeByteOrderMark = 1;
   Converter converter(setup);
@@ -230,7 +230,7 @@ TEST_F(ConverterApi, TerminationWritesAPendingMark) {
   EXPECT_EQ(converter.record.outputPosition, 3);
 }
 
-TEST_F(ConverterApi, NullRecordsFail) {
+TEST_F(ConverterApi, null_records_fail) {
   EXPECT_EQ(cconvInitConvert(nullptr, nullptr, "UTF-8"), 1u);
   EXPECT_EQ(cconvChgCharset(nullptr, nullptr, "UTF-8"), 1u);
   EXPECT_EQ(cconvChgLang(nullptr, "ja"), 1u);
@@ -238,7 +238,7 @@ TEST_F(ConverterApi, NullRecordsFail) {
   EXPECT_EQ(cconvTermConvert(nullptr), 1u);
 }
 
-TEST_F(ConverterApi, UnusableBuffersFail) {
+TEST_F(ConverterApi, unusable_buffers_fail) {
   Converter converter({"Shift_JIS", "UTF-8"});
   converter.give("abc", 10);
   converter.record.inputPosition = -1;
@@ -254,7 +254,7 @@ TEST_F(ConverterApi, UnusableBuffersFail) {
   EXPECT_EQ(cconvConvert(&converter.record), 1u);
 }
 
-TEST_F(ConverterApi, AnEmptyInputIsDone) {
+TEST_F(ConverterApi, an_empty_input_is_done) {
   Converter converter({"Shift_JIS", "UTF-8"});
   EXPECT_EQ(converter.convert(), 0u);
   converter.give("abc", 10);
@@ -265,7 +265,7 @@ TEST_F(ConverterApi, AnEmptyInputIsDone) {
   EXPECT_EQ(converter.convert(), 0u);
 }
 
-TEST_F(ConverterApi, EnumerationGivesTheLoadedNamesInOrder) {
+TEST_F(ConverterApi, enumeration_gives_the_loaded_names_in_order) {
   char name[260];
   std::vector<std::string> names;
   for (int32_t i = 0; cconvEnumGroup(i, name) == 1; ++i) names.push_back(name);
@@ -278,7 +278,7 @@ TEST_F(ConverterApi, EnumerationGivesTheLoadedNamesInOrder) {
   EXPECT_EQ(name[0], 'x');
 }
 
-TEST_F(ConverterApi, OnlyTheExactNamesAreEndianAware) {
+TEST_F(ConverterApi, only_the_exact_names_are_endian_aware) {
   EXPECT_EQ(cconvIsEndianAware("UTF-16"), 1u);
   EXPECT_EQ(cconvIsEndianAware("ISO-10646-UCS-2"), 1u);
   EXPECT_EQ(cconvIsEndianAware("ISO-10646-UCS-4"), 1u);
@@ -288,7 +288,7 @@ TEST_F(ConverterApi, OnlyTheExactNamesAreEndianAware) {
   EXPECT_EQ(cconvIsEndianAware(nullptr), 0u);
 }
 
-TEST_F(ConverterApi, ReplacementsOfTheOptionsAreLookedUpInTheTarget) {
+TEST_F(ConverterApi, replacements_of_the_options_are_looked_up_in_the_target) {
   ConverterRecord record = {};
   ConvertOptions options = {};
   options.replaceUnmappable = 1;
@@ -301,7 +301,7 @@ TEST_F(ConverterApi, ReplacementsOfTheOptionsAreLookedUpInTheTarget) {
   EXPECT_EQ(std::memcmp(record.wideReplacement, wide, sizeof wide), 0);
 }
 
-TEST_F(ConverterApi, ReplacementsThatTheTargetLacksGiveWayToTheDefaults) {
+TEST_F(ConverterApi, replacements_that_the_target_lacks_give_way_to_the_defaults) {
   ConverterRecord record = {};
   ConvertOptions options = {};
   options.replaceUnmappable = 1;
@@ -314,7 +314,7 @@ TEST_F(ConverterApi, ReplacementsThatTheTargetLacksGiveWayToTheDefaults) {
   EXPECT_EQ(record.wideReplacement[2], 0x222Eu);
 }
 
-TEST_F(ConverterApi, ReplacementsAreLeftAloneWhenNotAskedFor) {
+TEST_F(ConverterApi, replacements_are_left_alone_when_not_asked_for) {
   ConverterRecord record = {};
   ConvertOptions options = {};
   options.wideReplacement = 0x0E01;

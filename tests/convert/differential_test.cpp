@@ -304,7 +304,7 @@ void runBothPaths(Session& session, const ksv_reference::RuleDirectory& rules, u
   }
 }
 
-TEST(Differential, RandomDirectories) {
+TEST(Differential, random_directories) {
   startWatchdog();
   Totals totals;
   const int directories = scaled(40);
@@ -327,7 +327,7 @@ TEST(Differential, RandomDirectories) {
   EXPECT_TRUE(totals.differences.empty());
 }
 
-TEST(Differential, LanguageTags) {
+TEST(Differential, language_tags) {
   startWatchdog();
   Totals totals;
   const int directories = scaled(4);
@@ -350,7 +350,7 @@ TEST(Differential, LanguageTags) {
   EXPECT_TRUE(totals.differences.empty());
 }
 
-TEST(Differential, ShippedDirectory) {
+TEST(Differential, shipped_directory) {
   startWatchdog();
   Totals totals;
   const char* named = std::getenv("KSV_TEST_CHARSET_DIRECTORY");

@@ -40,12 +40,12 @@ class Iso2022Jp : public OwnDirectory {
   static Result done(const Bytes& output, int32_t position) { return {0, position, output}; }
 };
 
-TEST_F(Iso2022Jp, BeginsReadingInAscii) {
+TEST_F(Iso2022Jp, begins_reading_in_ascii) {
   EXPECT_EQ(read("A"), done(bytes("00 00 00 41"), 1));
   EXPECT_EQ(read("A", "latin-only"), (Result{13, 1, ""})) << "which has to be a member";
 }
 
-TEST_F(Iso2022Jp, ReadsEachEscapeSequence) {
+TEST_F(Iso2022Jp, reads_each_escape_sequence) {
   EXPECT_EQ(read("\x1B$B\x24\x22\x30\x21"), done(bytes("00 00 30 42 00 00 4E 9C"), 7));
   EXPECT_EQ(read("\x1B$@\x30\x22"), done(bytes("00 00 55 16"), 5));
   EXPECT_EQ(read("\x1B(J\x5C"), done(bytes("00 00 00 A5"), 4));
@@ -56,21 +56,21 @@ TEST_F(Iso2022Jp, ReadsEachEscapeSequence) {
   EXPECT_EQ(read("\x1B(J\x1B(B\x1B$B\x24\x22"), done(bytes("00 00 30 42"), 11)) << "several";
 }
 
-TEST_F(Iso2022Jp, ReadsTheSecondOfTwoPlane2CharactersAsPlane1) {
+TEST_F(Iso2022Jp, reads_the_second_of_two_plane_2_characters_as_plane_1) {
   EXPECT_EQ(read("\x1B$(P\x21\x21\x21\x21", "iso-2022-jp-2004"),
             done(bytes("00 02 00 89 00 00 20 00"), 8));
   EXPECT_EQ(read("\x1B$(P\x21\x21\x1B$(P\x21\x22", "iso-2022-jp-2004"),
             done(bytes("00 02 00 89 00 02 0B B7"), 12));
 }
 
-TEST_F(Iso2022Jp, WaitsAtAnEscapeSequenceThatIsUnknownOrCut) {
+TEST_F(Iso2022Jp, waits_at_an_escape_sequence_that_is_unknown_or_cut) {
   for (const char* rest : {"", "$", "(", "$(", "$(O", "$A", "(H", "xyz", "$I", "$I1"}) {
     EXPECT_EQ(read(Bytes("A\x1B") + rest), (Result{12, 1, bytes("00 00 00 41")})) << rest;
   }
   EXPECT_EQ(read("\x1B(J\x1B$(O"), (Result{12, 3, ""})) << "behind those that were taken";
 }
 
-TEST_F(Iso2022Jp, TakesAnEscapeSequenceAtTheEnd) {
+TEST_F(Iso2022Jp, takes_an_escape_sequence_at_the_end) {
   Converter converter({"iso-2022-jp", "ISO-10646-UCS-4"});
   converter.give("\x1B$B\x24\x22", 8);
   converter.showInput(3);
@@ -82,7 +82,7 @@ TEST_F(Iso2022Jp, TakesAnEscapeSequenceAtTheEnd) {
   EXPECT_EQ(hex(converter.written()), "00 00 30 42");
 }
 
-TEST_F(Iso2022Jp, ForgetsThePlaneOfAnEscapeSequenceAtTheEnd) {
+TEST_F(Iso2022Jp, forgets_the_plane_of_an_escape_sequence_at_the_end) {
   Converter converter({"iso-2022-jp-2004", "ISO-10646-UCS-4"});
   converter.give("\x1B$(P\x21\x21", 8);
   converter.showInput(4);
@@ -92,7 +92,7 @@ TEST_F(Iso2022Jp, ForgetsThePlaneOfAnEscapeSequenceAtTheEnd) {
   EXPECT_EQ(hex(converter.written()), "00 00 20 00") << "plane 1";
 }
 
-TEST_F(Iso2022Jp, GoesBackBeforeTheEscapeSequenceOfAPairThatIsCut) {
+TEST_F(Iso2022Jp, goes_back_before_the_escape_sequence_of_a_pair_that_is_cut) {
   Converter converter({"iso-2022-jp-2004", "ISO-10646-UCS-4"});
   converter.give("\x1B$(P\x21\x21", 8);
   converter.showInput(5);
@@ -103,7 +103,7 @@ TEST_F(Iso2022Jp, GoesBackBeforeTheEscapeSequenceOfAPairThatIsCut) {
   EXPECT_EQ(hex(converter.written()), "00 02 00 89");
 }
 
-TEST_F(Iso2022Jp, ReadsLineEndsAndTabsAmongPairsAsAscii) {
+TEST_F(Iso2022Jp, reads_line_ends_and_tabs_among_pairs_as_ascii) {
   EXPECT_EQ(read("\x1B$B\x24\x22\r\n\t\x24\x22"),
             done(bytes("00 00 30 42 00 00 00 0D 00 00 00 0A 00 00 00 09 00 00 30 42"), 10));
   Converter converter({"iso-2022-jp", "ISO-10646-UCS-4"});
@@ -116,18 +116,18 @@ TEST_F(Iso2022Jp, ReadsLineEndsAndTabsAmongPairsAsAscii) {
   EXPECT_EQ(read("\x1B$B\x20\x21"), (Result{23, 5, ""})) << "a blank begins a pair";
 }
 
-TEST_F(Iso2022Jp, RefusesAByteOfAGroupThatIsNoMember) {
+TEST_F(Iso2022Jp, refuses_a_byte_of_a_group_that_is_no_member) {
   EXPECT_EQ(read("\x1B$B\x24\x22", "ascii-only"), (Result{13, 4, ""}));
 }
 
-TEST_F(OwnDirectory, Iso2022JpReadsNoGroupThreeBytesWide) {
+TEST_F(OwnDirectory, iso2022_jp_reads_no_group_three_bytes_wide) {
   load({{"wide-kana", "ISO-2022-JP", {kAscii, {"jis_x0201kana", 3, "31 FF71"}}},
         {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kUnicode}}});
   EXPECT_EQ(convertWhole({"wide-kana", "ISO-10646-UCS-4"}, "\x1B(I\x31\x31\x31"),
             (Result{13, 4, ""}));
 }
 
-TEST_F(Iso2022Jp, CountsACharacterAndLeavesItsCode) {
+TEST_F(Iso2022Jp, counts_a_character_and_leaves_its_code) {
   Converter converter({"iso-2022-jp-2004", "ISO-10646-UCS-4"});
   converter.give("\x1B$(P\x21\x21", 8);
   EXPECT_EQ(converter.convert(), 0u);
@@ -137,41 +137,41 @@ TEST_F(Iso2022Jp, CountsACharacterAndLeavesItsCode) {
   EXPECT_EQ(converter.record.groupCode, 0x12121u);
 }
 
-TEST_F(Iso2022Jp, WritesTheEscapeSequenceOfTheFirstCharacterAlways) {
+TEST_F(Iso2022Jp, writes_the_escape_sequence_of_the_first_character_always) {
   EXPECT_EQ(write("00 00 00 41 00 00 00 42"), done("\x1B(BAB", 8));
   EXPECT_EQ(write("00 00 30 42"), done("\x1B$B\x24\x22", 4));
   EXPECT_EQ(write("00 00 00 A5"), done("\x1B(J\x5C", 4));
   EXPECT_EQ(write("00 00 55 16"), done("\x1B$@\x30\x22", 4));
 }
 
-TEST_F(Iso2022Jp, WritesKatakanaBehindAnEscapeSequenceItDoesNotRead) {
+TEST_F(Iso2022Jp, writes_katakana_behind_an_escape_sequence_it_does_not_read) {
   const Result written = write("00 00 FF 71");
   EXPECT_EQ(written, done("\x1B$I\xB1", 4));
   EXPECT_EQ(read(written.output), (Result{12, 0, ""}));
 }
 
-TEST_F(Iso2022Jp, WritesEscapeSequencesBetweenGroupsOnly) {
+TEST_F(Iso2022Jp, writes_escape_sequences_between_groups_only) {
   EXPECT_EQ(write("00 00 30 42 00 00 4E 9C 00 00 00 41 00 00 00 42 00 00 30 42"),
             done("\x1B$B\x24\x22\x30\x21\x1B(BAB\x1B$B\x24\x22", 20));
 }
 
-TEST_F(Iso2022Jp, WritesJisX0208ForIso2022Jp2004BehindTheSequenceOfPlane1) {
+TEST_F(Iso2022Jp, writes_jis_x0208_for_iso2022_jp2004_behind_the_sequence_of_plane_1) {
   EXPECT_EQ(write("00 00 4E 9C", "iso-2022-jp-2004"), done("\x1B$(Q\x30\x21", 4));
 }
 
-TEST_F(Iso2022Jp, WritesASequenceBeforeEachCharacterOfJisX0213) {
+TEST_F(Iso2022Jp, writes_a_sequence_before_each_character_of_jis_x0213) {
   EXPECT_EQ(write("00 00 30 44 00 00 30 44 00 02 00 89 00 02 0B B7", "iso-2022-jp-2004"),
             done("\x1B$(Q\x24\x24\x1B$(Q\x24\x24\x1B$(P\x21\x21\x1B$(P\x21\x22", 16));
 }
 
-TEST_F(Iso2022Jp, WritesTheGroupBeforeJisX0213WithoutItsSequence) {
+TEST_F(Iso2022Jp, writes_the_group_before_jis_x0213_without_its_sequence) {
   EXPECT_EQ(write("00 00 00 41 00 00 30 44 00 00 00 41", "iso-2022-jp-2004"),
             done("\x1B(BA\x1B$(Q\x24\x24"
                  "A",
                  12));
 }
 
-TEST_F(Iso2022Jp, KeepsTheDesignationsInTheRecord) {
+TEST_F(Iso2022Jp, keeps_the_designations_in_the_record) {
   Converter converter({"ISO-10646-UCS-4", "iso-2022-jp-2004"});
   converter.give(bytes("00 00 00 41"), 40);
   EXPECT_EQ(converter.convert(), 0u);
@@ -189,7 +189,7 @@ TEST_F(Iso2022Jp, KeepsTheDesignationsInTheRecord) {
 
 // Of 1B 24 28 50 21 21 there is room for the sequence, and for its character there is not:
 // both go back, and with them what the sequence has left in the record.
-TEST_F(Iso2022Jp, ForgetsThePlaneWhoseCharacterDoesNotFit) {
+TEST_F(Iso2022Jp, forgets_the_plane_whose_character_does_not_fit) {
   Converter converter({"ISO-10646-UCS-4", "iso-2022-jp-2004"});
   converter.give(bytes("00 02 00 89"), 5);
   EXPECT_EQ(converter.convert(), 22u);
@@ -201,17 +201,17 @@ TEST_F(Iso2022Jp, ForgetsThePlaneWhoseCharacterDoesNotFit) {
   EXPECT_EQ(converter.record.designatedPlane, 11u) << "as before it";
 }
 
-TEST_F(Iso2022Jp, RefusesAGroupWithoutASequence) {
+TEST_F(Iso2022Jp, refuses_a_group_without_a_sequence) {
   EXPECT_EQ(write("00 00 4E 02", "with-0212"), (Result{23, 4, ""}));
 }
 
-TEST_F(Iso2022Jp, WritesPairsInTheOrderThatIsAsked) {
+TEST_F(Iso2022Jp, writes_pairs_in_the_order_that_is_asked) {
   Conversion little = {"ISO-10646-UCS-4", "iso-2022-jp"};
   little.options.outputBigEndian = 0;
   EXPECT_EQ(convertWhole(little, bytes("00 00 30 42")), done("\x1B$B\x22\x24", 4));
 }
 
-TEST_F(Iso2022Jp, ClosesATextThatDidNotEndInAscii) {
+TEST_F(Iso2022Jp, closes_a_text_that_did_not_end_in_ascii) {
   Converter converter({"ISO-10646-UCS-4", "iso-2022-jp"});
   converter.give(bytes("00 00 30 42"), 7);
   EXPECT_EQ(converter.convert(), 0u);
@@ -223,7 +223,7 @@ TEST_F(Iso2022Jp, ClosesATextThatDidNotEndInAscii) {
   EXPECT_EQ(converter.record.designatedGroup, 2006u) << "stands as it was";
 }
 
-TEST_F(Iso2022Jp, ClosesNothingBehindAscii) {
+TEST_F(Iso2022Jp, closes_nothing_behind_ascii) {
   Converter converter({"ISO-10646-UCS-4", "iso-2022-jp"});
   converter.give(bytes("00 00 30 42 00 00 00 41"), 40);
   EXPECT_EQ(converter.convert(), 0u);
@@ -231,7 +231,7 @@ TEST_F(Iso2022Jp, ClosesNothingBehindAscii) {
   EXPECT_EQ(converter.written(), "\x1B$B\x24\x22\x1B(BA");
 }
 
-TEST_F(Iso2022Jp, ClosesAnEmptyText) {
+TEST_F(Iso2022Jp, closes_an_empty_text) {
   Converter converter({"ISO-10646-UCS-4", "iso-2022-jp"});
   converter.give("", 8);
   EXPECT_EQ(converter.convert(), 0u);
@@ -239,7 +239,7 @@ TEST_F(Iso2022Jp, ClosesAnEmptyText) {
   EXPECT_EQ(converter.written(), "\x1B(B") << "no character was of ASCII";
 }
 
-TEST_F(Iso2022Jp, KeepsASequenceThatFitsWithoutItsCharacter) {
+TEST_F(Iso2022Jp, keeps_a_sequence_that_fits_without_its_character) {
   Converter converter({"ISO-10646-UCS-4", "iso-2022-jp"});
   converter.give(bytes("00 00 30 42"), 2);
   EXPECT_EQ(converter.convert(), 22u);
@@ -255,7 +255,7 @@ TEST_F(Iso2022Jp, KeepsASequenceThatFitsWithoutItsCharacter) {
   EXPECT_EQ(converter.written(), "\x1B$B\x24\x22");
 }
 
-TEST_F(Iso2022Jp, TakesBackASequenceOfJisX0213WithoutItsCharacter) {
+TEST_F(Iso2022Jp, takes_back_a_sequence_of_jis_x0213_without_its_character) {
   for (int32_t room = 1; room < 6; ++room) {
     Converter converter({"ISO-10646-UCS-4", "iso-2022-jp-2004"});
     converter.give(bytes("00 00 30 44"), room);
@@ -267,7 +267,7 @@ TEST_F(Iso2022Jp, TakesBackASequenceOfJisX0213WithoutItsCharacter) {
   }
 }
 
-TEST_F(Iso2022Jp, HasTheRowsOfVendorsBehindTheSequenceOfJisX0208InMail) {
+TEST_F(Iso2022Jp, has_the_rows_of_vendors_behind_the_sequence_of_jis_x0208_in_mail) {
   const Bytes characters = bytes("00 00 30 42 00 00 24 60 00 00 7E 8A 00 00 30 42");
   const Bytes mail = "\x1B$B\x24\x22\x2D\x21\x79\x21\x24\x22";
   EXPECT_EQ(read(mail, "cp50220"), done(characters, 11));
@@ -276,14 +276,14 @@ TEST_F(Iso2022Jp, HasTheRowsOfVendorsBehindTheSequenceOfJisX0208InMail) {
       << "the edition of 1978 stands for it";
 }
 
-TEST_F(Iso2022Jp, HasNoRowsOfVendorsInAnyOtherCharset) {
+TEST_F(Iso2022Jp, has_no_rows_of_vendors_in_any_other_charset) {
   EXPECT_EQ(read("\x1B$B\x24\x22\x2D\x21", "with-nec").status, 23u);
   EXPECT_EQ(write("00 00 24 60", "with-nec").status, 23u);
   EXPECT_EQ(read("\x1B$@\x24\x22", "with-nec"), (Result{13, 4, ""}));
   EXPECT_EQ(convertWhole({"cp50220", "iso-2022-jp"}, "\x1B$B\x2D\x21").status, 23u);
 }
 
-TEST_F(Iso2022Jp, WritesLongTextsAsItWritesShortOnes) {
+TEST_F(Iso2022Jp, writes_long_texts_as_it_writes_short_ones) {
   // A state that a table of whole characters would lose.
   Bytes codes;
   Bytes expected = "\x1B$B";
@@ -294,7 +294,7 @@ TEST_F(Iso2022Jp, WritesLongTextsAsItWritesShortOnes) {
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "iso-2022-jp"}, codes), done(expected, 4000));
 }
 
-TEST_F(Iso2022Jp, WritesReplacementsBehindTheirSequences) {
+TEST_F(Iso2022Jp, writes_replacements_behind_their_sequences) {
   Conversion replacing = {"ISO-10646-UCS-4", "iso-2022-jp"};
   replacing.options.replaceUnmappable = 1;
   EXPECT_EQ(convertWhole(replacing, bytes("00 00 0E 01 00 00 00 41")),

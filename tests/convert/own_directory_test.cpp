@@ -47,7 +47,7 @@ class TagsOfTheInput : public OwnDirectory {
   }
 };
 
-TEST_F(TagsOfTheInput, SetTheCurrentLanguageAndDeliverTheNextCharacter) {
+TEST_F(TagsOfTheInput, set_the_current_language_and_deliver_the_next_character) {
   Converter converter(conversion());
   converter.give(tag("fr") + "A", 100);
   EXPECT_EQ(converter.convert(), 0u);
@@ -56,7 +56,7 @@ TEST_F(TagsOfTheInput, SetTheCurrentLanguageAndDeliverTheNextCharacter) {
   EXPECT_EQ(converter.record.charactersRead, 1);
 }
 
-TEST_F(TagsOfTheInput, ThatEndWithACancelAreNoCharacterAndStayPassed) {
+TEST_F(TagsOfTheInput, that_end_with_a_cancel_are_no_character_and_stay_passed) {
   Converter converter(conversion());
   converter.give(tag("fr") + utf8(0xE007F) + "A", 100);
   EXPECT_EQ(converter.convert(), 13u);
@@ -66,7 +66,7 @@ TEST_F(TagsOfTheInput, ThatEndWithACancelAreNoCharacterAndStayPassed) {
   EXPECT_EQ(hex(converter.written()), "00 00 00 41");
 }
 
-TEST_F(TagsOfTheInput, ThatTheEndCutsWaitAtTheirBeginning) {
+TEST_F(TagsOfTheInput, that_the_end_cuts_wait_at_their_beginning) {
   Converter converter(conversion());
   converter.give(tag("fr") + "A", 100);
   converter.showInput(12);
@@ -80,7 +80,7 @@ TEST_F(TagsOfTheInput, ThatTheEndCutsWaitAtTheirBeginning) {
   EXPECT_STREQ(converter.record.currentLanguage, "fr");
 }
 
-TEST_F(TagsOfTheInput, ThatABadValueCutsWaitAtTheirBeginningOrAreSteppedOver) {
+TEST_F(TagsOfTheInput, that_a_bad_value_cuts_wait_at_their_beginning_or_are_stepped_over) {
   const Bytes text = tag("fr") + "\xE3\x81\x84" + "A";
   Converter strict(conversion());
   strict.give(text, 100);
@@ -89,7 +89,7 @@ TEST_F(TagsOfTheInput, ThatABadValueCutsWaitAtTheirBeginningOrAreSteppedOver) {
   EXPECT_EQ(convertWhole(conversion(true), text), (Result{0, 16, bytes("00 00 00 41")}));
 }
 
-TEST_F(TagsOfTheInput, HoldAtMost259Characters) {
+TEST_F(TagsOfTheInput, hold_at_most_259_characters) {
   Converter fits(conversion());
   fits.give(tag(std::string(259, 'a')) + "A", 100);
   EXPECT_EQ(fits.convert(), 0u);
@@ -102,7 +102,7 @@ TEST_F(TagsOfTheInput, HoldAtMost259Characters) {
 
 // F3 A0 80 81 F3 A0 81 A6 F3 A0 81 B2 F3 A0 80 81 F3 A0 81 A4 F3 A0 81 A5 42: the inner tag
 // stores "de", and then the outer one, for which B is the character behind it, too, "fr".
-TEST_F(TagsOfTheInput, InsideEachOtherLeaveTheOutermostLanguageBehindACharacter) {
+TEST_F(TagsOfTheInput, inside_each_other_leave_the_outermost_language_behind_a_character) {
   for (const Bytes& text : {tag("fr") + tag("de"), tag("fr") + tag("de") + tag("it")}) {
     Converter converter(conversion());
     converter.give(text + "B", 100);
@@ -114,7 +114,7 @@ TEST_F(TagsOfTheInput, InsideEachOtherLeaveTheOutermostLanguageBehindACharacter)
 }
 
 // The cancel is no character for the tags around the innermost, so that they wait as a whole.
-TEST_F(TagsOfTheInput, InsideEachOtherLeaveTheInnermostLanguageBehindACancel) {
+TEST_F(TagsOfTheInput, inside_each_other_leave_the_innermost_language_behind_a_cancel) {
   Converter strict(conversion());
   strict.give(tag("fr") + tag("it") + tag("de") + utf8(0xE007F) + "B", 100);
   EXPECT_EQ(strict.convert(), 13u);
@@ -127,7 +127,7 @@ TEST_F(TagsOfTheInput, InsideEachOtherLeaveTheInnermostLanguageBehindACancel) {
   EXPECT_STREQ(lenient.record.currentLanguage, "de");
 }
 
-TEST_F(TagsOfTheInput, InsideEachOtherHold259CharactersEach) {
+TEST_F(TagsOfTheInput, inside_each_other_hold_259_characters_each) {
   Converter fits(conversion());
   fits.give(tag(std::string(259, 'a')) + tag(std::string(259, 'b')) + "A", 100);
   EXPECT_EQ(fits.convert(), 0u);
@@ -139,7 +139,7 @@ TEST_F(TagsOfTheInput, InsideEachOtherHold259CharactersEach) {
   EXPECT_STREQ(overflows.record.currentLanguage, "");
 }
 
-TEST_F(TagsOfTheInput, InsideEachOtherWaitAtTheOutermostForWhatCutsThem) {
+TEST_F(TagsOfTheInput, inside_each_other_wait_at_the_outermost_for_what_cuts_them) {
   for (const auto& [end, status] :
        {std::pair<Bytes, uint32_t>{"", 0}, {"\xF3\xA0", 12}, {"\xE3\x81\x84", 13}}) {
     Converter converter(conversion());
@@ -151,7 +151,7 @@ TEST_F(TagsOfTheInput, InsideEachOtherWaitAtTheOutermostForWhatCutsThem) {
 }
 
 // In time and stack that do not grow with their number.
-TEST_F(TagsOfTheInput, AreReadHoweverManyStandInsideEachOther) {
+TEST_F(TagsOfTheInput, are_read_however_many_stand_inside_each_other) {
   Bytes text = tag("fr");
   for (int i = 0; i < 200000; ++i) text += utf8(0xE0001);
   Converter converter(conversion());
@@ -164,7 +164,7 @@ TEST_F(TagsOfTheInput, AreReadHoweverManyStandInsideEachOther) {
   EXPECT_EQ(convertWhole(conversion(), text), (Result{0, 0, ""}));
 }
 
-TEST_F(TagsOfTheInput, FullOutputBehindATagReadsItAgain) {
+TEST_F(TagsOfTheInput, full_output_behind_a_tag_reads_it_again) {
   Converter converter(conversion());
   converter.give(tag("fr") + "A", 3);
   EXPECT_EQ(converter.convert(), 22u);
@@ -172,7 +172,7 @@ TEST_F(TagsOfTheInput, FullOutputBehindATagReadsItAgain) {
   EXPECT_EQ(converter.record.charactersRead, 0);
 }
 
-TEST_F(TagsOfTheInput, CharactersWithoutTheirTagPassWithoutAGroup) {
+TEST_F(TagsOfTheInput, characters_without_their_tag_pass_without_a_group) {
   Converter converter(conversion());
   converter.give(utf8(0xE0041), 100);
   EXPECT_EQ(converter.convert(), 0u);
@@ -185,7 +185,7 @@ TEST_F(TagsOfTheInput, CharactersWithoutTheirTagPassWithoutAGroup) {
 
 using SmallUnicode = TagsOfTheInput;
 
-TEST_F(SmallUnicode, AValueThatNoGroupHoldsStaysUnlessSkipped) {
+TEST_F(SmallUnicode, a_value_that_no_group_holds_stays_unless_skipped) {
   EXPECT_EQ(convertWhole(conversion(),
                          "A\xE3\x81\x84"
                          "B"),
@@ -196,17 +196,17 @@ TEST_F(SmallUnicode, AValueThatNoGroupHoldsStaysUnlessSkipped) {
             (Result{0, 5, bytes("00 00 00 41 00 00 00 42")}));
 }
 
-TEST_F(SmallUnicode, EveryValueBelow80IsHeld) {
+TEST_F(SmallUnicode, every_value_below_80_is_held) {
   EXPECT_EQ(convertWhole(conversion(), "z").status, 0u);
 }
 
-TEST_F(SmallUnicode, ATargetWithATableRefusesWhatItLacks) {
+TEST_F(SmallUnicode, a_target_with_a_table_refuses_what_it_lacks) {
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("00 00 30 44")).status, 23u);
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("00 00 30 42")).output,
             "\xE3\x81\x82");
 }
 
-TEST_F(SmallUnicode, ATableTakesNulOnlyWhenALineHasIt) {
+TEST_F(SmallUnicode, a_table_takes_nul_only_when_a_line_has_it) {
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("00 00 00 00")),
             (Result{0, 4, Bytes(1, '\0')}));
   load({{"with-nul", "SAME", {{"pairs-with-nul", 2, "0 0\r\n41 41"}, {"letter", 1, "42 42"}}},
@@ -234,7 +234,7 @@ class Same : public OwnDirectory {
   }
 };
 
-TEST_F(Same, GroupsAreTriedInOrderWithTheirWidths) {
+TEST_F(Same, groups_are_tried_in_order_with_their_widths) {
   EXPECT_EQ(hex(convertWhole(toUcs4(), bytes("41 81 40 42 81 42")).output),
             "00 00 00 41 00 00 30 42 00 00 00 42 00 01 F6 00");
   EXPECT_EQ(
@@ -243,24 +243,24 @@ TEST_F(Same, GroupsAreTriedInOrderWithTheirWidths) {
       "41 81 41 81 42");
 }
 
-TEST_F(Same, LittleEndianInputSwapsWideCodesOnly) {
+TEST_F(Same, little_endian_input_swaps_wide_codes_only) {
   Conversion conversion = toUcs4();
   conversion.parameters[0] = 0;
   EXPECT_EQ(hex(convertWhole(conversion, bytes("41 40 81")).output), "00 00 00 41 00 00 30 42");
 }
 
-TEST_F(Same, AnIncompleteGroupMakesTheEndWait) {
+TEST_F(Same, an_incomplete_group_makes_the_end_wait) {
   EXPECT_EQ(convertWhole(toUcs4(), bytes("41 81")), (Result{12, 1, bytes("00 00 00 41")}));
   EXPECT_EQ(convertWhole(toUcs4(), bytes("FF")).status, 12u);
 }
 
-TEST_F(Same, InvalidBytesStayOrAreSkippedByTheWidestGroupThatWasRead) {
+TEST_F(Same, invalid_bytes_stay_or_are_skipped_by_the_widest_group_that_was_read) {
   EXPECT_EQ(convertWhole(toUcs4(), bytes("41 FF FF 42")), (Result{13, 1, bytes("00 00 00 41")}));
   EXPECT_EQ(convertWhole(toUcs4(true), bytes("41 FF FF 42")),
             (Result{0, 4, bytes("00 00 00 41 00 00 00 42")}));
 }
 
-TEST_F(Same, ControlCodesBelongToEveryGroup) {
+TEST_F(Same, control_codes_belong_to_every_group) {
   Converter converter(toUcs4());
   converter.give(bytes("07"), 10);
   EXPECT_EQ(converter.convert(), 0u);
@@ -269,7 +269,7 @@ TEST_F(Same, ControlCodesBelongToEveryGroup) {
   EXPECT_EQ(hex(converter.written()), "00 00 00 07");
 }
 
-TEST_F(Same, ControlCodesThatATargetLacksGoToItsNarrowestGroup) {
+TEST_F(Same, control_codes_that_a_target_lacks_go_to_its_narrowest_group) {
   EXPECT_EQ(hex(convertWhole({"ISO-10646-UCS-4", "mixed"}, bytes("00 00 00 07")).output), "07");
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "mixed"}, bytes("00 00 00 09")).status, 23u);
   load({{"wide-first", "SAME", {kWide, {"four", 4, "81408140 4E00"}, kNarrow}},
@@ -285,7 +285,7 @@ TEST_F(Same, ControlCodesThatATargetLacksGoToItsNarrowestGroup) {
   EXPECT_EQ(converter.record.targetGroup, first) << "the first of two";
 }
 
-TEST_F(Same, AMarkIsDroppedByATargetThatIsNeitherJapaneseNorUnicode) {
+TEST_F(Same, a_mark_is_dropped_by_a_target_that_is_neither_japanese_nor_unicode) {
   load({{"utf-8", "UTF-8", {kAnyUnicode}}, {"kana", "SAME", {{"kana-set", 2, "1 304B"}}}});
   EXPECT_EQ(hex(convertWhole({"UTF-8", "kana"}, "\xE3\x81\x8B\xE3\x82\x9A").output), "00 01");
 }
@@ -302,7 +302,7 @@ class Sequences : public OwnDirectory {
   }
 };
 
-TEST_F(Sequences, AreWrittenAsUnitsOfTheGroupsWidth) {
+TEST_F(Sequences, are_written_as_units_of_the_groups_width) {
   loadTarget("4", 2);
   Converter converter({"ISO-10646-UCS-4", "target"});
   converter.give(bytes("00 00 30 44"), 10);
@@ -312,7 +312,7 @@ TEST_F(Sequences, AreWrittenAsUnitsOfTheGroupsWidth) {
   EXPECT_EQ(converter.record.sequenceLength, 4u);
 }
 
-TEST_F(Sequences, AreWholeOrNotThere) {
+TEST_F(Sequences, are_whole_or_not_there) {
   loadTarget("4", 2);
   Converter converter({"ISO-10646-UCS-4", "target"});
   converter.give(bytes("00 00 30 44"), 3);
@@ -322,22 +322,22 @@ TEST_F(Sequences, AreWholeOrNotThere) {
   EXPECT_EQ(converter.record.inputPosition, 0);
 }
 
-TEST_F(Sequences, LeaveOutBytesThatMakeNoUnit) {
+TEST_F(Sequences, leave_out_bytes_that_make_no_unit) {
   loadTarget("3", 2);  // 82 83 84: one unit of 82 83
   EXPECT_EQ(hex(convertSequence().output), "82 83");
 }
 
-TEST_F(Sequences, LongerThanFourBytesBeginWithZeroes) {
+TEST_F(Sequences, longer_than_four_bytes_begin_with_zeroes) {
   loadTarget("6", 2);
   EXPECT_EQ(hex(convertSequence().output), "00 00 81 82 83 84");
 }
 
-TEST_F(Sequences, ShorterThanAUnitFail) {
+TEST_F(Sequences, shorter_than_a_unit_fail) {
   loadTarget("1", 2);
   EXPECT_EQ(convertSequence(), (Result{1, 4, ""}));
 }
 
-TEST_F(Sequences, FollowTheOutputsByteOrder) {
+TEST_F(Sequences, follow_the_outputs_byte_order) {
   loadTarget("4", 2);
   Conversion conversion{"ISO-10646-UCS-4", "target"};
   conversion.options.outputBigEndian = 0;
@@ -355,13 +355,13 @@ class UserGroups : public OwnDirectory {
   }
 };
 
-TEST_F(UserGroups, MapOntoThePrivateUseArea) {
+TEST_F(UserGroups, map_onto_the_private_use_area) {
   EXPECT_EQ(hex(convertWhole({"with-user", "ISO-10646-UCS-4"}, bytes("F0 40 F0 42")).output),
             "00 00 E0 00 00 00 E0 02");
   EXPECT_EQ(convertWhole({"with-user", "ISO-10646-UCS-4"}, bytes("F0 43")).status, 13u);
 }
 
-TEST_F(UserGroups, TakeTheirShareOfThePrivateUseArea) {
+TEST_F(UserGroups, take_their_share_of_the_private_use_area) {
   Converter converter({"ISO-10646-UCS-4", "with-user"});
   converter.give(bytes("00 00 E0 02"), 10);
   EXPECT_EQ(converter.convert(), 0u);
@@ -372,7 +372,7 @@ TEST_F(UserGroups, TakeTheirShareOfThePrivateUseArea) {
 
 class OddCharsets : public OwnDirectory {};
 
-TEST_F(OddCharsets, AGroupOfWidthZeroHoldsNothingAndEndsNoCall) {
+TEST_F(OddCharsets, a_group_of_width_zero_holds_nothing_and_ends_no_call) {
   load({{"empty", "SAME", {{"no-width", 0, ""}}},
         {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
   EXPECT_EQ(convertWhole({"empty", "ISO-10646-UCS-4"}, "AB"), (Result{13, 0, ""}));
@@ -382,7 +382,7 @@ TEST_F(OddCharsets, AGroupOfWidthZeroHoldsNothingAndEndsNoCall) {
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "empty"}, bytes("00 00 00 41")), (Result{0, 4, ""}));
 }
 
-TEST_F(OddCharsets, AnUnknownCodecNameFailsTheConversion) {
+TEST_F(OddCharsets, an_unknown_codec_name_fails_the_conversion) {
   load({{"nothing", "NoSuchCodec", {kNarrow}},
         {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
   Converter from({"nothing", "ISO-10646-UCS-4"});
@@ -394,7 +394,7 @@ TEST_F(OddCharsets, AnUnknownCodecNameFailsTheConversion) {
   EXPECT_EQ(to.terminate(), 0u);
 }
 
-TEST_F(OddCharsets, ACodeOutsideTheRowsOfShiftJisIsUnmappable) {
+TEST_F(OddCharsets, a_code_outside_the_rows_of_shift_jis_is_unmappable) {
   load({{"shift_jis", "Shift_JIS", {{"jis_x0208-1990", 2, "9A21 3042\r\n2422 3044"}}},
         {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "shift_jis"}, bytes("00 00 30 42")),
@@ -403,7 +403,7 @@ TEST_F(OddCharsets, ACodeOutsideTheRowsOfShiftJisIsUnmappable) {
             "82 A0");
 }
 
-TEST_F(OddCharsets, AReplacementThatIsRefusedItselfEndsTheCall) {
+TEST_F(OddCharsets, a_replacement_that_is_refused_itself_ends_the_call) {
   // The replacement's code has no place in the rows.
   load({{"shift_jis", "Shift_JIS", {{"jis_x0208-1990", 2, "9A21 3013\r\n9A22 3F"}}},
         {"iso-10646-ucs-4", "ISO-10646-UCS-4", {kAnyUnicode}}});
@@ -412,7 +412,7 @@ TEST_F(OddCharsets, AReplacementThatIsRefusedItselfEndsTheCall) {
   EXPECT_EQ(convertWhole(conversion, bytes("00 00 4E 00")), (Result{23, 4, ""}));
 }
 
-TEST_F(OddCharsets, WithoutAnyReplacementTheLastPairIsStoredUntested) {
+TEST_F(OddCharsets, without_any_replacement_the_last_pair_is_stored_untested) {
   load({{"letters", "SAME", {kNarrow}}});
   ConverterRecord record = {};
   ConvertOptions options = {};
@@ -424,7 +424,7 @@ TEST_F(OddCharsets, WithoutAnyReplacementTheLastPairIsStoredUntested) {
   EXPECT_EQ(record.wideReplacement[0], 0u);
 }
 
-TEST_F(OddCharsets, AWideReplacementIsLookedUpWithoutANarrowOne) {
+TEST_F(OddCharsets, a_wide_replacement_is_looked_up_without_a_narrow_one) {
   load({{"letters", "SAME", {kNarrow, {"pairs", 2, "2122 FF1D"}}}});
   ConverterRecord record = {};
   ConvertOptions options = {};
@@ -436,7 +436,7 @@ TEST_F(OddCharsets, AWideReplacementIsLookedUpWithoutANarrowOne) {
   EXPECT_EQ(record.wideReplacement[3], 2u);
 }
 
-TEST_F(OddCharsets, AReplacementWithoutACodeIsNone) {
+TEST_F(OddCharsets, a_replacement_without_a_code_is_none) {
   load({{"letters", "SAME", {{"no-codes", 1, "0 3F\r\n41 41"}, {"pairs", 2, "2122 3013"}}}});
   ConverterRecord record = {};
   ConvertOptions options = {};
@@ -446,14 +446,14 @@ TEST_F(OddCharsets, AReplacementWithoutACodeIsNone) {
   EXPECT_EQ(record.wideReplacement[2], 0x2122u);
 }
 
-TEST_F(OddCharsets, AGroupOfTheSourceThatTheTargetHasTooPassesItsCode) {
+TEST_F(OddCharsets, a_group_of_the_source_that_the_target_has_too_passes_its_code) {
   // 42 is U+0042 in the table, yet the code goes through unchanged.
   const Group shared = {"shared-set", 1, "42 43\r\n43 42"};
   load({{"one", "SAME", {shared}}, {"two", "SAME", {shared}}});
   EXPECT_EQ(convertWhole({"one", "two"}, "BC").output, "BC");
 }
 
-TEST_F(OddCharsets, ACodeThatATableMakesALineEndTakesTheFormInLongTextsToo) {
+TEST_F(OddCharsets, a_code_that_a_table_makes_a_line_end_takes_the_form_in_long_texts_too) {
   load({{"shift_jis",
          "Shift_JIS",
          {{"jis_x0201latin", 1, ""}, {"jis_x0208-1990", 2, "3021 D\r\n3022 4E9C"}}},
@@ -466,7 +466,7 @@ TEST_F(OddCharsets, ACodeThatATableMakesALineEndTakesTheFormInLongTextsToo) {
             letters + "\n" + letters);
 }
 
-TEST_F(OddCharsets, HzGoesThroughTheGbkCharset) {
+TEST_F(OddCharsets, hz_goes_through_the_gbk_charset) {
   load({{"chinesegbk",
          "SAME",
          {{"ascii-set", 1, "61 61"}, {"gbk-set", 2, "D6D0 4E2D\r\nCEC4 6587"}}},
@@ -480,7 +480,7 @@ TEST_F(OddCharsets, HzGoesThroughTheGbkCharset) {
   EXPECT_EQ(converter.written(), "\xE4\xB8\xAD");
 }
 
-TEST_F(OddCharsets, AnEncoderNamedAsDecoderEndsTheCall) {
+TEST_F(OddCharsets, an_encoder_named_as_decoder_ends_the_call) {
   load({{"letters", "SAME", {kNarrow}, "constSAME"}, {"none", "SAME", {{"empty", 0, "41 41"}}}});
   Converter filling({"letters", "letters"});
   filling.give("ABA", 10);
@@ -492,7 +492,7 @@ TEST_F(OddCharsets, AnEncoderNamedAsDecoderEndsTheCall) {
   EXPECT_EQ(standing.record.outputPosition, 0);
 }
 
-TEST_F(OddCharsets, TheInputDumpAppendsWhatIsConverted) {
+TEST_F(OddCharsets, the_input_dump_appends_what_is_converted) {
   load({{"letters", "SAME", {kNarrow}}});
   ksv::inputDumpPath = "dump.bin";
   Converter converter({"letters", "letters"});

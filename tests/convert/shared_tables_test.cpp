@@ -207,7 +207,7 @@ class SharedTables : public testing::Test {
   std::vector<SharedText> texts_;
 };
 
-TEST_F(SharedTables, GiveThreadsThatStartOnEmptyOnesWhatOneThreadGets) {
+TEST_F(SharedTables, give_threads_that_start_on_empty_ones_what_one_thread_gets) {
   const Delayed delayed;
   Random random(1);
   for (int round = 0; round < KSV_TEST_STARTS; ++round)

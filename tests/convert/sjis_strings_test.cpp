@@ -42,30 +42,30 @@ void expectBytes(const StringResult& got, int result, const std::string& hexText
 
 using SjisStrings = ConversionTest;
 
-TEST_F(SjisStrings, PairsAreWrittenLeastSignificantByteFirst) {
+TEST_F(SjisStrings, pairs_are_written_least_significant_byte_first) {
   expectBytes(toSjis(u"あ"), 0, "A0 82 EE");
   expectBytes(toSjis(u"表A"), 0, "5C 95 41 EE EE");
 }
 
-TEST_F(SjisStrings, TheLoneByteOfTheTerminatorEndsTheConversionWith0) {
+TEST_F(SjisStrings, the_lone_byte_of_the_terminator_ends_the_conversion_with_0) {
   expectBytes(toSjis(u""), 0, "EE");
   expectBytes(toSjis(u"A"), 0, "41 EE EE");
   expectBytes(toSjis(u"abc"), 0, "61 62 63 EE EE EE EE");
 }
 
-TEST_F(SjisStrings, HalfWidthKatakanaAreSingleBytes) {
+TEST_F(SjisStrings, half_width_katakana_are_single_bytes) {
   expectBytes(toSjis(u"ｱｲ"), 0, "B1 B2 EE EE EE");
 }
 
-TEST_F(SjisStrings, ExtensionsAreWrittenToo) { expectBytes(toSjis(u"①"), 0, "40 87 EE"); }
+TEST_F(SjisStrings, extensions_are_written_too) { expectBytes(toSjis(u"①"), 0, "40 87 EE"); }
 
-TEST_F(SjisStrings, LineEndsBecomeCrLfAsFarAsThereIsRoom) {
+TEST_F(SjisStrings, line_ends_become_cr_lf_as_far_as_there_is_room) {
   expectBytes(toSjis(u"a\nb"), 0, "61 0D 0A 62 EE EE EE");
   expectBytes(toSjis(u"a\rb\r\nc"), 0, "61 0D 0A 62 0D 0A 63 EE EE EE EE EE EE");
   expectBytes(toSjis(u"あ\n"), 0, "A0 82 0D 0A EE");
 }
 
-TEST_F(SjisStrings, WhatCannotBeWrittenIsReplaced) {
+TEST_F(SjisStrings, what_cannot_be_written_is_replaced) {
   // The converter's own replacement for wide characters: a geta mark or the like.
   const StringResult replaced = toSjis(u"a\u0E01b");
   EXPECT_EQ(replaced.result, 0);
@@ -73,33 +73,33 @@ TEST_F(SjisStrings, WhatCannotBeWrittenIsReplaced) {
 }
 
 // Not as they are written: what one of the two functions makes the other does not read.
-TEST_F(SjisStrings, PairsAreReadLeadByteFirst) {
+TEST_F(SjisStrings, pairs_are_read_lead_byte_first) {
   expectBytes(toUcs2("\x82\xA0"), 1, "42 30 00 00 EE");
   expectBytes(toUcs2("\xA0\x82"), 1, "00 00 EE EE EE");
 }
 
-TEST_F(SjisStrings, ATerminatorWithoutRoomGives0) {
+TEST_F(SjisStrings, a_terminator_without_room_gives_0) {
   expectBytes(toUcs2(""), 0, "EE");
   expectBytes(toUcs2("A"), 0, "41 00 EE");
   expectBytes(toUcs2("ab"), 0, "61 00 62 00 EE");
 }
 
-TEST_F(SjisStrings, APairLeavesRoomForTheTerminator) {
+TEST_F(SjisStrings, a_pair_leaves_room_for_the_terminator) {
   expectBytes(toUcs2("A\x82\xA0"), 1, "41 00 42 30 00 00 EE");
   expectBytes(toUcs2("\x82\xA0\x95\x5C"), 1, "42 30 68 88 00 00 EE EE EE");
   expectBytes(toUcs2("\xB1\x87\x40"), 1, "71 FF 60 24 00 00 EE");
 }
 
-TEST_F(SjisStrings, WhatCannotBeReadIsSkipped) {
+TEST_F(SjisStrings, what_cannot_be_read_is_skipped) {
   expectBytes(toUcs2("\xFF\x41"), 1, "41 00 00 00 EE");
 }
 
-TEST_F(SjisStrings, LineEndsReadBecomeCrLf) {
+TEST_F(SjisStrings, line_ends_read_become_cr_lf) {
   expectBytes(toUcs2("\x82\xA0\n"), 0, "42 30 0D 00 0A 00 EE");
   expectBytes(toUcs2("\x82\xA0\x82\xA0\n"), 1, "42 30 42 30 0D 00 0A 00 00 00 EE");
 }
 
-TEST_F(SjisStrings, LineEndsAloneFillTheRoom) {
+TEST_F(SjisStrings, line_ends_alone_fill_the_room) {
   expectBytes(toSjis(u"\n\n\n\n"), 0, "0D 0A 0D 0A 0D 0A 0D 0A EE");
   EXPECT_EQ(toUcs2("\n").result, 0) << "3 bytes for the 4 of a line end";
 }
@@ -127,7 +127,7 @@ class ByHand {
   Conversion setup_;
 };
 
-TEST_F(SjisStrings, AreConversionsOfTheirBytesForEveryUnit) {
+TEST_F(SjisStrings, are_conversions_of_their_bytes_for_every_unit) {
   const ByHand byHand("ISO-10646-UCS-2", "WINDOWS31J");
   for (unsigned unit = 1; unit < 0x10000; ++unit) {
     const std::u16string text = {u'a', static_cast<char16_t>(unit), u'b'};
@@ -140,7 +140,7 @@ TEST_F(SjisStrings, AreConversionsOfTheirBytesForEveryUnit) {
   }
 }
 
-TEST_F(SjisStrings, AreConversionsOfTheirBytesForEveryPair) {
+TEST_F(SjisStrings, are_conversions_of_their_bytes_for_every_pair) {
   const ByHand byHand("WINDOWS31J", "ISO-10646-UCS-2");
   for (unsigned pair = 0x0100; pair < 0x10000; ++pair) {
     if ((pair & 0xFF) == 0) continue;
@@ -149,7 +149,7 @@ TEST_F(SjisStrings, AreConversionsOfTheirBytesForEveryPair) {
   }
 }
 
-TEST_F(SjisStrings, NullGives0) {
+TEST_F(SjisStrings, null_gives_0) {
   uint16_t units[4] = {'a', 0};
   char text[4] = "a";
   EXPECT_EQ(KSV_ucs2sjisstr(nullptr, units), 0);
@@ -160,7 +160,7 @@ TEST_F(SjisStrings, NullGives0) {
   EXPECT_STREQ(text, "a");
 }
 
-TEST(SjisStringsWithoutRules, Give0AndWriteNothing) {
+TEST(SjisStringsWithoutRules, give_0_and_write_nothing) {
   EXPECT_EQ(hex(toSjis(u"あ").written), "EE EE EE");
   EXPECT_EQ(toSjis(u"あ").result, 0);
   expectBytes(toUcs2("\x82\xA0"), 0, "EE EE EE EE EE");

@@ -117,7 +117,7 @@ Outcome convertInPieces(const Vector& vector, int32_t cut, int32_t capacity) {
 
 class Split : public ConversionTest, public testing::WithParamInterface<size_t> {};
 
-TEST_P(Split, TheResultIsTheSameAtEveryCut) {
+TEST_P(Split, the_result_is_the_same_at_every_cut) {
   const Vector vector = vectors()[GetParam()];
   SCOPED_TRACE(vector.name);
   const Outcome whole = convertInOneCall(vector);

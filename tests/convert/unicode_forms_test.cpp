@@ -18,24 +18,24 @@ Bytes toUcs4(const char* source, const Bytes& input) {
   return convertWhole({source, "ISO-10646-UCS-4"}, input).output;
 }
 
-TEST_F(UnicodeForms, SurrogatePairsAreReadInEitherOrder) {
+TEST_F(UnicodeForms, surrogate_pairs_are_read_in_either_order) {
   EXPECT_EQ(hex(toUcs4("UTF-16", bytes("D8 3D DE 00"))), "00 01 F6 00");
   EXPECT_EQ(hex(toUcs4("UTF-16", bytes("DE 00 D8 3D"))), "00 01 F6 00");
 }
 
-TEST_F(UnicodeForms, ASurrogateTakesAnyUnitBehindIt) {
+TEST_F(UnicodeForms, a_surrogate_takes_any_unit_behind_it) {
   // (D83D - D7F7) * 400 + 41, and (41 - D7F7) * 400 + DE00 mod 2^32.
   EXPECT_EQ(hex(toUcs4("UTF-16", bytes("D8 3D 00 41"))), "00 01 18 41");
   EXPECT_EQ(hex(toUcs4("UTF-16", bytes("DE 00 00 41"))), "FC A2 06 00");
 }
 
-TEST_F(UnicodeForms, ACutPairWaitsAtItsFirstUnit) {
+TEST_F(UnicodeForms, a_cut_pair_waits_at_its_first_unit) {
   EXPECT_EQ(convertWhole({"UTF-16", "UTF-8"}, bytes("00 41 D8 3D")), (Result{12, 2, "A"}));
   EXPECT_EQ(convertWhole({"UTF-16", "UTF-8"}, bytes("00 41 00")), (Result{12, 2, "A"}));
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("00 00 00")), (Result{12, 0, ""}));
 }
 
-TEST_F(UnicodeForms, Utf8ReadsOverlongFormsAndStrayBytes) {
+TEST_F(UnicodeForms, utf8_reads_overlong_forms_and_stray_bytes) {
   EXPECT_EQ(hex(toUcs4("UTF-8", bytes("C0 80"))), "00 00 00 00");
   EXPECT_EQ(hex(toUcs4("UTF-8", bytes("80"))), "00 00 00 80");
   EXPECT_EQ(hex(toUcs4("UTF-8", bytes("C1 41"))), "00 00 00 41");
@@ -44,7 +44,7 @@ TEST_F(UnicodeForms, Utf8ReadsOverlongFormsAndStrayBytes) {
   EXPECT_EQ(hex(toUcs4("UTF-8", bytes("FD BF BF BF BF BF"))), "7F FF FF FF");
 }
 
-TEST_F(UnicodeForms, Utf8PassesOverFeAndFf) {
+TEST_F(UnicodeForms, utf8_passes_over_fe_and_ff) {
   EXPECT_EQ(convertWhole({"UTF-8", "UTF-8"}, bytes("41 FE FF 42")), (Result{0, 4, "AB"}));
   EXPECT_EQ(convertWhole({"UTF-8", "UTF-8"}, bytes("41 FE FF")), (Result{0, 3, "A"}));
   EXPECT_EQ(convertWhole({"UTF-8", "UTF-8"}, bytes("FE E3 81")), (Result{12, 1, ""}));
@@ -53,7 +53,7 @@ TEST_F(UnicodeForms, Utf8PassesOverFeAndFf) {
             "82 F5");
 }
 
-TEST_F(UnicodeForms, Utf8WritesValuesOfEveryLength) {
+TEST_F(UnicodeForms, utf8_writes_values_of_every_length) {
   const auto toUtf8 = [](const char* ucs4) {
     return hex(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes(ucs4)).output);
   };
@@ -70,14 +70,14 @@ TEST_F(UnicodeForms, Utf8WritesValuesOfEveryLength) {
   EXPECT_EQ(toUtf8("7F FF FF FF"), "FD BF BF BF BF BF");
 }
 
-TEST_F(UnicodeForms, ValuesThatAFormCannotWriteAreUnmappable) {
+TEST_F(UnicodeForms, values_that_a_form_cannot_write_are_unmappable) {
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-8"}, bytes("80 00 00 00")), (Result{23, 4, ""}));
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-16"}, bytes("00 11 00 00")), (Result{23, 4, ""}));
   EXPECT_EQ(convertWhole({"ISO-10646-UCS-4", "UTF-16"}, bytes("00 10 FF FF")),
             (Result{0, 4, bytes("DB FF DF FF")}));
 }
 
-TEST_F(UnicodeForms, APairIsWholeOrNotThere) {
+TEST_F(UnicodeForms, a_pair_is_whole_or_not_there) {
   Converter converter({"UTF-8", "UTF-16"});
   converter.give("\xF0\x9F\x98\x80", 3);
   EXPECT_EQ(converter.convert(), 22u);
@@ -89,7 +89,7 @@ TEST_F(UnicodeForms, APairIsWholeOrNotThere) {
   EXPECT_EQ(converter.record.charactersRead, 1);
 }
 
-TEST_F(UnicodeForms, MarksAreFoundOnceAndDecideTheByteOrder) {
+TEST_F(UnicodeForms, marks_are_found_once_and_decide_the_byte_order) {
   struct Case {
     const char* source;
     const char* input;
@@ -112,7 +112,7 @@ TEST_F(UnicodeForms, MarksAreFoundOnceAndDecideTheByteOrder) {
   }
 }
 
-TEST_F(UnicodeForms, WithoutAMarkNothingIsSkippedAndTheLookEnds) {
+TEST_F(UnicodeForms, without_a_mark_nothing_is_skipped_and_the_look_ends) {
   Conversion setup{"UTF-16", "UTF-8"};
   setup.parameters[1] = 1;
   Converter converter(setup);
@@ -122,7 +122,7 @@ TEST_F(UnicodeForms, WithoutAMarkNothingIsSkippedAndTheLookEnds) {
   EXPECT_EQ(converter.record.detectByteOrderMark, 0u);
 }
 
-TEST_F(UnicodeForms, OneMarkByteMakesAMarkOfAUtf16Pair) {
+TEST_F(UnicodeForms, one_mark_byte_makes_a_mark_of_a_utf16_pair) {
   Conversion setup{"UTF-16", "UTF-8"};
   setup.parameters = {1, 1, 0};
   EXPECT_EQ(convertWhole(setup, bytes("FF 41 42 00")).output, "B");
@@ -130,7 +130,7 @@ TEST_F(UnicodeForms, OneMarkByteMakesAMarkOfAUtf16Pair) {
   EXPECT_EQ(convertWhole(setup, bytes("FE 41 00 42")).output, "B");
 }
 
-TEST_F(UnicodeForms, TooFewBytesForAMarkKeepLookingForIt) {
+TEST_F(UnicodeForms, too_few_bytes_for_a_mark_keep_looking_for_it) {
   for (const char* source : {"UTF-16", "ISO-10646-UCS-2", "ISO-10646-UCS-4", "UTF-8"}) {
     Conversion setup{source, "UTF-8"};
     setup.parameters[1] = 1;
@@ -142,7 +142,7 @@ TEST_F(UnicodeForms, TooFewBytesForAMarkKeepLookingForIt) {
   }
 }
 
-TEST_F(UnicodeForms, AMarkIsNoCharacterBetweenTwoRawCodes) {
+TEST_F(UnicodeForms, a_mark_is_no_character_between_two_raw_codes) {
   Converter converter({"Shift_JIS", "UTF-8"});
   converter.give("AB", 10);
   EXPECT_EQ(converter.convert(), 0u);
@@ -155,7 +155,7 @@ TEST_F(UnicodeForms, AMarkIsNoCharacterBetweenTwoRawCodes) {
   EXPECT_EQ(converter.record.rawCode, 0u);
 }
 
-TEST_F(UnicodeForms, FullOutputBehindAnInputMarkStaysBehindIt) {
+TEST_F(UnicodeForms, full_output_behind_an_input_mark_stays_behind_it) {
   Conversion setup{"UTF-8", "UTF-8"};
   setup.parameters[1] = 1;
   Converter converter(setup);
@@ -167,7 +167,7 @@ TEST_F(UnicodeForms, FullOutputBehindAnInputMarkStaysBehindIt) {
   EXPECT_EQ(hex(converter.written()), "E3 81 82");
 }
 
-TEST_F(UnicodeForms, MarksAreWrittenOnceBeforeTheFirstCharacter) {
+TEST_F(UnicodeForms, marks_are_written_once_before_the_first_character) {
   struct Case {
     const char* target;
     const char* output;
@@ -186,7 +186,7 @@ TEST_F(UnicodeForms, MarksAreWrittenOnceBeforeTheFirstCharacter) {
   }
 }
 
-TEST_F(UnicodeForms, AUtf8MarkSetsTheOutputByteOrder) {
+TEST_F(UnicodeForms, a_utf8_mark_sets_the_output_byte_order) {
   Conversion setup = littleEndian("UTF-8", "UTF-8");
   setup.options.writeByteOrderMark = 1;
   Converter converter(setup);
@@ -196,7 +196,7 @@ TEST_F(UnicodeForms, AUtf8MarkSetsTheOutputByteOrder) {
   EXPECT_EQ(converter.record.options.outputBigEndian, 1u);
 }
 
-TEST_F(UnicodeForms, AMarkThatFitsStaysWhenItsCharacterDoesNot) {
+TEST_F(UnicodeForms, a_mark_that_fits_stays_when_its_character_does_not) {
   Conversion setup{"UTF-8", "UTF-16"};
   setup.options.writeByteOrderMark = 1;
   Converter converter(setup);
@@ -210,14 +210,14 @@ TEST_F(UnicodeForms, AMarkThatFitsStaysWhenItsCharacterDoesNot) {
   EXPECT_EQ(hex(converter.written()), "FE FF 00 41");
 }
 
-TEST_F(UnicodeForms, LittleEndianUnits) {
+TEST_F(UnicodeForms, little_endian_units) {
   EXPECT_EQ(hex(convertWhole(littleEndian("UTF-16", "UTF-16"), bytes("3D D8 00 DE")).output),
             "3D D8 00 DE");
   EXPECT_EQ(hex(convertWhole(littleEndian("UTF-16", "ISO-10646-UCS-4"), bytes("42 30")).output),
             "42 30 00 00");
 }
 
-TEST_F(UnicodeForms, ABaseAndItsMarkStayTwoCharactersInUnicode) {
+TEST_F(UnicodeForms, a_base_and_its_mark_stay_two_characters_in_unicode) {
   Converter converter({"UTF-8", "UTF-16"});
   converter.give("\xE3\x81\x8B\xE3\x82\x9A", 10);
   EXPECT_EQ(converter.convert(), 0u);
@@ -227,7 +227,7 @@ TEST_F(UnicodeForms, ABaseAndItsMarkStayTwoCharactersInUnicode) {
   EXPECT_EQ(converter.record.unitsWritten, 2);
 }
 
-TEST_F(UnicodeForms, AMarkThatDoesNotComposeIsACharacterOfItsOwn) {
+TEST_F(UnicodeForms, a_mark_that_does_not_compose_is_a_character_of_its_own) {
   Converter converter({"UTF-8", "UTF-16"});
   converter.give("\xE3\x81\x82\xE3\x82\x9A", 10);
   EXPECT_EQ(converter.convert(), 0u);
@@ -235,7 +235,7 @@ TEST_F(UnicodeForms, AMarkThatDoesNotComposeIsACharacterOfItsOwn) {
   EXPECT_EQ(converter.record.secondCode, 0u);
 }
 
-TEST_F(UnicodeForms, Ucs4DoesNotCompose) {
+TEST_F(UnicodeForms, ucs4_does_not_compose) {
   Converter converter({"ISO-10646-UCS-4", "Shift_JIS-2004"});
   converter.give(bytes("00 00 00 E6 00 00 03 00"), 10);
   EXPECT_EQ(converter.convert(), 0u);
@@ -251,14 +251,14 @@ class LanguageTags : public ConversionTest {
   }
 };
 
-TEST_F(LanguageTags, NoneIsWrittenBeforeTheLanguageChanges) {
+TEST_F(LanguageTags, none_is_written_before_the_language_changes) {
   Converter converter(tagged("UTF-16", "ja"));
   converter.give("A", 100);
   EXPECT_EQ(converter.convert(), 0u);
   EXPECT_EQ(hex(converter.written()), "00 41");
 }
 
-TEST_F(LanguageTags, AnotherLanguageIsAnnouncedBeforeTheNextCharacter) {
+TEST_F(LanguageTags, another_language_is_announced_before_the_next_character) {
   Converter converter(tagged("ISO-10646-UCS-4", "ja"));
   cconvChgLang(&converter.record, "fr");
   converter.give("AB", 100);
@@ -272,7 +272,7 @@ TEST_F(LanguageTags, AnotherLanguageIsAnnouncedBeforeTheNextCharacter) {
   EXPECT_EQ(hex(converter.written()), "00 0E 00 01 00 0E 00 7F 00 00 00 43");
 }
 
-TEST_F(LanguageTags, AnEmptyLanguageIsTheDefault) {
+TEST_F(LanguageTags, an_empty_language_is_the_default) {
   Converter converter(tagged("UTF-8", "ja"));
   cconvChgLang(&converter.record, "fr");
   converter.give("A", 100);
@@ -284,7 +284,7 @@ TEST_F(LanguageTags, AnEmptyLanguageIsTheDefault) {
   EXPECT_STREQ(converter.record.currentLanguage, "ja");
 }
 
-TEST_F(LanguageTags, WithoutADefaultNoneIsWritten) {
+TEST_F(LanguageTags, without_a_default_none_is_written) {
   Converter converter(tagged("UTF-8", ""));
   cconvChgLang(&converter.record, "fr");
   converter.give("A", 100);
@@ -292,7 +292,7 @@ TEST_F(LanguageTags, WithoutADefaultNoneIsWritten) {
   EXPECT_EQ(converter.written(), "A");
 }
 
-TEST_F(LanguageTags, Ucs2WritesNone) {
+TEST_F(LanguageTags, ucs2_writes_none) {
   Converter converter(tagged("ISO-10646-UCS-2", "ja"));
   cconvChgLang(&converter.record, "fr");
   converter.give("A", 100);
@@ -300,7 +300,7 @@ TEST_F(LanguageTags, Ucs2WritesNone) {
   EXPECT_EQ(hex(converter.written()), "00 41");
 }
 
-TEST_F(LanguageTags, ATagIsWholeOrNotThereAndStaysWithoutItsCharacter) {
+TEST_F(LanguageTags, a_tag_is_whole_or_not_there_and_stays_without_its_character) {
   for (int32_t capacity = 1; capacity < 12; ++capacity) {
     Converter converter(tagged("UTF-8", "ja"));
     cconvChgLang(&converter.record, "fr");
@@ -322,7 +322,7 @@ TEST_F(LanguageTags, ATagIsWholeOrNotThereAndStaysWithoutItsCharacter) {
   EXPECT_EQ(hex(converter.written()), "F3 A0 80 81 F3 A0 81 A6 F3 A0 81 B2 E3 81 82");
 }
 
-TEST_F(LanguageTags, WithoutATableTagsOfTheInputAreCharacters) {
+TEST_F(LanguageTags, without_a_table_tags_of_the_input_are_characters) {
   const Bytes tag = bytes("F3 A0 80 81 F3 A0 81 A6 41");
   EXPECT_EQ(convertWhole({"UTF-8", "UTF-8"}, tag), (Result{0, 9, tag}));
 }

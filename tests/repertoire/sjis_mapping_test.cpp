@@ -44,13 +44,13 @@ Mapping libraryMapping(uint16_t (*map)(uint16_t)) {
   return mapping;
 }
 
-TEST(SjisMapping, IsCodePage932WithoutItsExtensions) {
+TEST(SjisMapping, is_code_page_932_without_its_extensions) {
   const Mapping mapping = libraryMapping(KSV_sjistounicode);
   EXPECT_EQ(mapping.size(), 7037u);
   EXPECT_EQ(mapping, referenceMapping());
 }
 
-TEST(SjisMapping, IsWrittenAsItIsReadAndThreeCharactersMore) {
+TEST(SjisMapping, is_written_as_it_is_read_and_three_characters_more) {
   Mapping wanted = {{0x00AD, 0x2D}, {0x00B7, 0x8145}, {0x203E, 0x7E}};
   for (const auto& [code, character] : referenceMapping()) wanted[character] = code;
   EXPECT_EQ(libraryMapping(KSV_unicodetosjis), wanted);

@@ -7,6 +7,7 @@ import importlib.machinery
 import importlib.util
 import json
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -208,6 +209,19 @@ class Presets(Scratch):
         self.assertEqual(status, 1)
         self.assertIn("FAILED: good: no results", output)
         self.assertEqual(last, "0 passed, 2 failed")
+
+
+TEST = re.compile(r"^TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", re.MULTILINE)
+
+
+class Lists(unittest.TestCase):
+    def test_every_pattern_of_the_lists_of_tests_names_one(self):
+        tests = [".".join(found) for source in (PROJECT / "tests").rglob("*.cpp")
+                 for found in TEST.findall(source.read_text())]
+        for name in ("own_process.txt", "long.txt"):
+            for pattern in run_share.patterns_in(PROJECT / "tests" / name):
+                self.assertTrue(any(run_share.matches_any([pattern], test) for test in tests),
+                                f"{name}: no test is {pattern}")
 
 
 class Families(unittest.TestCase):
