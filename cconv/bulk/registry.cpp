@@ -4,7 +4,6 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <new>
 
 #include "cconv/bulk/byte_codes.h"
 #include "cconv/bulk/form_converter.h"
@@ -13,6 +12,7 @@
 #include "cconv/engine/converter.h"
 #include "cconv/limits.h"
 #include "cconv/rules/table_loader.h"
+#include "common/guard.h"
 
 namespace ksv {
 namespace {
@@ -209,7 +209,7 @@ BulkConverters& convertersOfProcess() {
 
 }  // namespace
 
-BulkConverter* findBulkConverter(const ConverterRecord& record) try {
+BulkConverter* findBulkConverter(const ConverterRecord& record) {
   const BulkPath path = bulkPath();
   const bool always = path == BulkPath::kAlways || path == BulkPath::kAlwaysWithoutVectors;
   const int64_t bytes = always ? kLeastInput : bytesLeft(record);
@@ -217,10 +217,9 @@ BulkConverter* findBulkConverter(const ConverterRecord& record) try {
   const TextKind kind = {sourceDecoder(record)->sourceForm, targetEncoder(record)->keepsState};
   // With a supplementary mode a character's output depends on the replacements too.
   if (kind.form == SourceForm::kOther || record.options.supplementaryMode != 0) return nullptr;
-  return ruleBase.lists == nullptr ? nullptr
-                                   : convertersOfProcess().find(keyOf(record), kind, bytes);
-} catch (const std::bad_alloc&) {
-  return nullptr;
+  if (ruleBase.lists == nullptr) return nullptr;
+  return guarded<BulkConverter*>(
+      nullptr, [&] { return convertersOfProcess().find(keyOf(record), kind, bytes); });
 }
 
 BulkPath bulkPath() { return chosenPath.load(std::memory_order_relaxed); }

@@ -1,5 +1,7 @@
 #include "cconv/codecs/unicode_forms.h"
 
+#include <algorithm>
+
 #include "cconv/engine/byte_order_mark.h"
 #include "cconv/engine/composition.h"
 #include "cconv/engine/language_tag.h"
@@ -7,6 +9,7 @@
 #include "cconv/engine/unit_writer.h"
 #include "common/byte_order.h"
 #include "common/utf16.h"
+#include "common/utf8.h"
 
 namespace ksv::codecs {
 namespace {
@@ -52,11 +55,9 @@ struct Utf8Form {
     return ReadResult::kRead;
   }
 
+  // As UTF-8 was first defined; FE and FF begin six bytes, too.
   static int32_t sequenceLength(uint8_t lead) {
-    if (lead < 0xE0) return 2;
-    if (lead < 0xF0) return 3;
-    if (lead < 0xF8) return 4;
-    return lead < 0xFC ? 5 : 6;
+    return static_cast<int32_t>(std::min<size_t>(utf8Length(lead), 6));
   }
 };
 

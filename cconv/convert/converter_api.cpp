@@ -2,7 +2,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstring>
-#include <new>
 
 #include "cconv/codecs/codec_table.h"
 #include "cconv/convert/driver.h"
@@ -12,6 +11,7 @@
 #include "cconv/engine/language_tag.h"
 #include "cconv/engine/replacement.h"
 #include "cconv/rules/table_loader.h"
+#include "common/guard.h"
 #include "ksv_cconv.h"
 
 namespace {
@@ -72,6 +72,28 @@ void setLanguages(ConverterRecord& record) {
 uint32_t finish(ConverterRecord& record, uint32_t status) {
   record.status = status;
   return status;
+}
+
+// What a step leaves as the status; where it finds no memory, failure.
+template <typename Step>
+uint32_t orFailure(ConverterRecord& record, Step step) {
+  const bool isDone = ksv::guarded(false, [&] {
+    step(record);
+    return true;
+  });
+  return isDone ? record.status : finish(record, KSV_STATUS_FAILURE);
+}
+
+void closeText(ConverterRecord& record) {
+  const ksv::CodecEntry* encoder = ksv::targetEncoder(record);
+  if (encoder == nullptr) {
+    record.status = KSV_STATUS_DONE;
+  } else if (!ksv::buffersAreUsable(record)) {
+    record.status = KSV_STATUS_FAILURE;
+  } else {
+    record.status = KSV_STATUS_FLUSH;
+    encoder->function(record);
+  }
 }
 
 struct PreConvertedName {
@@ -146,23 +168,14 @@ uint32_t cconvChgLang(ConverterRecord* record, const char* language) {
   return finish(*record, KSV_STATUS_DONE);
 }
 
-uint32_t cconvConvert(ConverterRecord* record) try {
+uint32_t cconvConvert(ConverterRecord* record) {
   if (record == nullptr) return KSV_STATUS_FAILURE;
-  return ksv::convert(*record);
-} catch (const std::bad_alloc&) {
-  return finish(*record, KSV_STATUS_FAILURE);
+  return orFailure(*record, ksv::convert);
 }
 
-uint32_t cconvTermConvert(ConverterRecord* record) try {
+uint32_t cconvTermConvert(ConverterRecord* record) {
   if (record == nullptr) return KSV_STATUS_FAILURE;
-  const ksv::CodecEntry* encoder = ksv::targetEncoder(*record);
-  if (encoder == nullptr) return finish(*record, KSV_STATUS_DONE);
-  if (!ksv::buffersAreUsable(*record)) return finish(*record, KSV_STATUS_FAILURE);
-  record->status = KSV_STATUS_FLUSH;
-  encoder->function(*record);
-  return record->status;
-} catch (const std::bad_alloc&) {
-  return finish(*record, KSV_STATUS_FAILURE);
+  return orFailure(*record, closeText);
 }
 
 uint32_t cconvEnumGroup(int32_t index, char* nameOut) {

@@ -76,8 +76,7 @@ std::string asJson(const std::string& path, const EncodingCheckRecord& record, R
 std::string charsetField(const EncodingCheckRecord& record, ResultForm form) {
   std::string name = record.name;
   if (form == ResultForm::kFull) return escaped(name, Backslash::kIsDoubled);
-  std::replace_if(
-      name.begin(), name.end(), [](char c) { return (c >= '\0' && c < ' ') || c == '\x7F'; }, '?');
+  std::replace_if(name.begin(), name.end(), isAsciiControl, '?');
   return name;
 }
 

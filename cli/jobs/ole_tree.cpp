@@ -7,6 +7,7 @@
 #include "cli/system/failure.h"
 #include "cli/system/resource_limits.h"
 #include "cli/system/system_faults.h"
+#include "common/utf16.h"
 
 namespace ksv_cli {
 namespace {
@@ -48,11 +49,11 @@ std::string shownName(const std::u16string& name) {
   std::string shown;
   for (size_t i = 0; i < name.size(); ++i) {
     const char16_t unit = name[i];
-    const bool isHigh = unit >= 0xD800 && unit < 0xDC00;
-    const bool isPair = isHigh && i + 1 < name.size() && (name[i + 1] & 0xFC00) == 0xDC00;
+    const bool isPair =
+        ksv::isHighSurrogate(unit) && i + 1 < name.size() && ksv::isLowSurrogate(name[i + 1]);
     if (isPair) {
-      appendUtf8(shown, 0x10000 + ((unit & 0x3FFu) << 10) + (name[++i] & 0x3FFu));
-    } else if ((unit & 0xF800) == 0xD800 || !isShown(unit)) {
+      appendUtf8(shown, ksv::joinSurrogates(unit, name[++i]));
+    } else if (ksv::isSurrogate(unit) || !isShown(unit)) {
       appendEscape(shown, unit);
     } else {
       appendUtf8(shown, unit);

@@ -40,7 +40,7 @@ std::string escaped(std::string_view text, Backslash backslash) {
   std::string shown;
   for (size_t at = 0; at < text.size(); ++at) {
     const char c = text[at];
-    if ((c >= '\0' && c < ' ') || c == '\x7F') {
+    if (isAsciiControl(c)) {
       shown += escapeOf(c);
     } else if (isLateControl(text.substr(at))) {
       shown += hexadecimal("\\u00%02X", static_cast<uint8_t>(text[++at]));

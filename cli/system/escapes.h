@@ -6,6 +6,8 @@
 
 namespace ksv_cli {
 
+inline bool isAsciiControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
+
 enum class Backslash { kStays, kIsDoubled };
 
 // With \t, \n, \r, \xHH for the control characters of ASCII, and \u00HH for those

@@ -1,5 +1,8 @@
 #include "cli/text/chunk_boundary.h"
 
+#include "common/byte_order.h"
+#include "common/utf16.h"
+
 namespace ksv_cli {
 namespace {
 
@@ -19,13 +22,8 @@ Character utf8Before(const uint8_t* text, size_t end) {
 
 // Surrogates need no joining: no mark or base of interest lies above U+FFFF.
 Character utf16Before(const uint8_t* text, size_t end, bool bigEndian) {
-  const auto unit = [&](size_t at) {
-    return static_cast<uint32_t>(bigEndian ? text[at] << 8 | text[at + 1]
-                                           : text[at + 1] << 8 | text[at]);
-  };
-  const uint32_t last = unit(end - 2);
-  const bool isLowSurrogate = last >= 0xDC00 && last <= 0xDFFF;
-  return {end - (isLowSurrogate ? 4 : 2), last};
+  const uint32_t last = ksv::readUnit16(text + end - 2, bigEndian);
+  return {end - (ksv::isLowSurrogate(last) ? 4 : 2), last};
 }
 
 // The marks that combine are these five. The two tone letters are bases of each

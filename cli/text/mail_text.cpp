@@ -3,6 +3,8 @@
 #include <string_view>
 #include <utility>
 
+#include "common/utf16.h"
+
 namespace ksv_cli {
 namespace {
 
@@ -79,8 +81,8 @@ class Base64Run {
   }
 
   void takeUnit(uint32_t unit) {
-    const bool isHigh = unit >= 0xD800 && unit <= 0xDBFF;
-    const bool isLow = unit >= 0xDC00 && unit <= 0xDFFF;
+    const bool isHigh = ksv::isHighSurrogate(unit);
+    const bool isLow = ksv::isLowSurrogate(unit);
     ++units_;
     if (hasHigh_ != isLow) {
       faultAt_ = hasHigh_ ? highAt_ : unitAt_;

@@ -2,10 +2,19 @@
 
 #include <array>
 #include <bit>
-#include <cstring>
+
+#include "common/byte_blocks.h"
+#include "common/byte_order.h"
+#include "common/utf16.h"
 
 namespace ksv_cli {
 namespace {
+
+using ksv::blockAt;
+using ksv::isHighSurrogate;
+using ksv::isLowSurrogate;
+using ksv::isSurrogate;
+using ksv::readUnit16;
 
 // What may follow a lead byte of UTF-8: the length of the sequence (0: no lead
 // byte) and the bounds of its second byte; the later ones are 80-BF.
@@ -29,15 +38,9 @@ constexpr std::array<LeadByte, 256> makeLeadBytes() {
 
 constexpr std::array<LeadByte, 256> kLeadBytes = makeLeadBytes();
 
-uint64_t loadEight(const uint8_t* text) {
-  uint64_t bytes;
-  std::memcpy(&bytes, text, sizeof bytes);
-  return bytes;
-}
-
 size_t skipAscii(const uint8_t* text, size_t at, size_t length) {
   constexpr uint64_t kHighBits = 0x8080808080808080u;
-  while (length - at >= 16 && ((loadEight(text + at) | loadEight(text + at + 8)) & kHighBits) == 0)
+  while (length - at >= 16 && ((blockAt(text + at) | blockAt(text + at + 8)) & kHighBits) == 0)
     at += 16;
   while (at < length && text[at] < 0x80) ++at;
   return at;
@@ -80,15 +83,6 @@ ScanResult scanUtf8(const uint8_t* text, size_t length) {
   }
 }
 
-bool isHighSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool isLowSurrogate(uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
-bool isSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
-
-uint32_t unitAt(const uint8_t* text, bool bigEndian) {
-  return bigEndian ? static_cast<uint32_t>(text[0] << 8 | text[1])
-                   : static_cast<uint32_t>(text[1] << 8 | text[0]);
-}
-
 // Four units at a time, as far as none of them is a surrogate. A lane becomes
 // zero exactly when its unit's high byte is D8-DF.
 size_t skipPlainUnits(const uint8_t* text, size_t at, size_t length, bool bigEndian) {
@@ -96,7 +90,7 @@ size_t skipPlainUnits(const uint8_t* text, size_t at, size_t length, bool bigEnd
   const uint64_t mask = highByteFirst ? 0x00F800F800F800F8u : 0xF800F800F800F800u;
   const uint64_t surrogate = highByteFirst ? 0x00D800D800D800D8u : 0xD800D800D800D800u;
   while (length - at >= 8) {
-    const uint64_t lanes = (loadEight(text + at) & mask) ^ surrogate;
+    const uint64_t lanes = (blockAt(text + at) & mask) ^ surrogate;
     if (((lanes - 0x0001000100010001u) & ~lanes & 0x8000800080008000u) != 0) break;
     at += 8;
   }
@@ -108,14 +102,14 @@ ScanResult scanSixteenBit(const uint8_t* text, size_t length, bool bigEndian, bo
   for (;;) {
     at = skipPlainUnits(text, at, length, bigEndian);
     if (length - at < 2) break;
-    const uint32_t unit = unitAt(text + at, bigEndian);
+    const uint32_t unit = readUnit16(text + at, bigEndian);
     if (!isSurrogate(unit)) {
       at += 2;
       continue;
     }
     if (!pairs || !isHighSurrogate(unit)) return {at, ScanEnd::kInvalid, 2};
     if (length - at < 4) break;
-    if (!isLowSurrogate(unitAt(text + at + 2, bigEndian))) return {at, ScanEnd::kInvalid, 2};
+    if (!isLowSurrogate(readUnit16(text + at + 2, bigEndian))) return {at, ScanEnd::kInvalid, 2};
     at += 4;
   }
   if (at == length) return {length, ScanEnd::kAll, 0};
@@ -125,8 +119,8 @@ ScanResult scanSixteenBit(const uint8_t* text, size_t length, bool bigEndian, bo
 ScanResult scanUcs4(const uint8_t* text, size_t length, bool bigEndian) {
   size_t at = 0;
   for (; length - at >= 4; at += 4) {
-    const uint32_t first = unitAt(text + at, bigEndian);
-    const uint32_t second = unitAt(text + at + 2, bigEndian);
+    const uint32_t first = readUnit16(text + at, bigEndian);
+    const uint32_t second = readUnit16(text + at + 2, bigEndian);
     const uint32_t value = bigEndian ? first << 16 | second : second << 16 | first;
     if (value > 0x10FFFF || isSurrogate(value)) return {at, ScanEnd::kInvalid, 4};
   }
