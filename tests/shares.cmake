@@ -42,7 +42,7 @@ endfunction()
 
 function(ksv_add_share program name share filter)
   add_test(NAME ${name}
-           COMMAND Python3::Interpreter -B ${KSV_RUN_SHARE} --share ${share} --only=${filter}
+           COMMAND ${Python3_EXECUTABLE} -B ${KSV_RUN_SHARE} --share ${share} --only=${filter}
                    --own-process ${KSV_OWN_PROCESS} --seconds ${KSV_TEST_SECONDS}
                    --results ${PROJECT_BINARY_DIR}/test_results/${name}.json
                    -- ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${program}>)
