@@ -23,6 +23,7 @@ from collections import Counter, defaultdict
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
+from debian_texts import unpack  # noqa: E402
 from detection_accuracy import read_text  # noqa: E402
 
 PACKAGES = ("installation-guide-amd64", "manpages-ja", "manpages-zh", "manpages-ru",
@@ -45,19 +46,6 @@ LANGUAGES = {
     "Thai": ("th_TH.UTF-8", "any", ((None, "usr/share/locale/th/LC_MESSAGES"),), ("tis_620",)),
 }
 SIZES = (8, 16, 32, 64, 256, 1024, 4096)
-
-
-def unpack(work):
-    packages = work / "packages"
-    packages.mkdir(parents=True, exist_ok=True)
-    for package in PACKAGES:
-        if (packages / package).is_dir():
-            continue
-        subprocess.run(["apt-get", "download", "-q", package], cwd=packages, check=True,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        archive = next(packages.glob(f"{package}_*.deb"))
-        subprocess.run(["dpkg-deb", "-x", archive, packages / package], check=True)
-    return packages
 
 
 def texts_of(packages, folders, most):
@@ -150,7 +138,7 @@ def main():
     parser.add_argument("--only", default="", help="languages, with commas")
     arguments = parser.parse_args()
     ksv = arguments.ksv.resolve()
-    packages = unpack(arguments.work)
+    packages = unpack(arguments.work, PACKAGES)
     folder = arguments.work / "pieces"
     (folder / "out").mkdir(parents=True, exist_ok=True)
 

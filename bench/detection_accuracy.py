@@ -21,6 +21,8 @@ import sys
 from collections import Counter
 from pathlib import Path
 
+from debian_texts import unpack
+
 PACKAGES = ("installation-guide-amd64", "manpages-ja", "manpages-zh")
 GUIDE = "usr/share/doc/installation-guide-amd64"
 
@@ -48,19 +50,6 @@ CODECS = {
 }
 LENGTHS = {"whole": None, "200 bytes": 200, "40 bytes": 40}
 NO_PREFERENCE = "none"
-
-
-def unpack(work):
-    packages = work / "packages"
-    packages.mkdir(parents=True, exist_ok=True)
-    for package in PACKAGES:
-        if (packages / package).is_dir():
-            continue
-        subprocess.run(["apt-get", "download", "-q", package], cwd=packages, check=True,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        archive = next(packages.glob(f"{package}_*.deb"))
-        subprocess.run(["dpkg-deb", "-x", archive, packages / package], check=True)
-    return packages
 
 
 def plain_html(text):
@@ -152,7 +141,7 @@ def main():
     parser.add_argument("--work", type=Path, required=True, help="where packages and texts go")
     parser.add_argument("--texts", type=int, default=60, help="texts of each folder")
     arguments = parser.parse_args()
-    packages = unpack(arguments.work)
+    packages = unpack(arguments.work, PACKAGES)
 
     rows = []
     files = 0

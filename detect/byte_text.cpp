@@ -6,10 +6,10 @@
 #include <cstdint>
 
 #include "common/byte_order.h"
-#include "detect/byte_blocks.h"
 #include "detect/character_sets.h"
 #include "detect/code_set.h"
 #include "detect/scorers.h"
+#include "detect/text_blocks.h"
 
 namespace ksv::detect {
 namespace {

@@ -1,9 +1,9 @@
 #include "detect/check_scores.h"
 
 #include "common/byte_order.h"
-#include "detect/byte_blocks.h"
 #include "detect/candidate.h"
 #include "detect/character_sets.h"
+#include "detect/text_blocks.h"
 
 namespace ksv::detect {
 namespace {

@@ -7,9 +7,9 @@
 #include <optional>
 
 #include "common/byte_order.h"
-#include "detect/byte_blocks.h"
 #include "detect/candidate.h"
 #include "detect/check_scores.h"
+#include "detect/text_blocks.h"
 #include "ksv_cconv.h"
 
 namespace ksv::detect {

@@ -3,9 +3,9 @@
 #include "common/byte_order.h"
 #include "common/utf16.h"
 #include "common/utf8.h"
-#include "detect/byte_blocks.h"
 #include "detect/character_sets.h"
 #include "detect/scorers.h"
+#include "detect/text_blocks.h"
 
 namespace ksv::detect {
 namespace {

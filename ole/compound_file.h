@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "ole/directory.h"
+#include "ole/directory_entries.h"
 #include "ole/limits.h"
 #include "ole/paged_file.h"
 #include "ole/sectors.h"

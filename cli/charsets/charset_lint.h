@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "cconv/rules/names.h"
-#include "cli/charsets/rule_files.h"
+#include "cli/charsets/rule_file_set.h"
 #include "cli/charsets/rule_source.h"
 #include "cli/charsets/table_lint.h"
 
@@ -37,7 +37,7 @@ class NameRegister {
 class CharsetLint {
  public:
   // Both stay the caller's.
-  CharsetLint(RuleFiles& files, std::vector<Fault>& faults) : files_(files), faults_(faults) {}
+  CharsetLint(RuleFileSet& files, std::vector<Fault>& faults) : files_(files), faults_(faults) {}
 
   // root: the charset in the source of the file.
   void lint(const std::string& file, const RuleSource& source, RuleSource::Span root);
@@ -67,7 +67,7 @@ class CharsetLint {
                    const std::string& declaringFile, const RuleSource& declaring, Span span,
                    unsigned width);
 
-  RuleFiles& files_;
+  RuleFileSet& files_;
   std::vector<Fault>& faults_;
   std::set<std::string> tables_;
   std::vector<std::string> charsets_;

@@ -7,7 +7,7 @@
 #include "cli/charsets/alias_lint.h"
 #include "cli/charsets/charset_lint.h"
 #include "cli/charsets/name_matching.h"
-#include "cli/charsets/rule_files.h"
+#include "cli/charsets/rule_file_set.h"
 #include "cli/charsets/rule_source.h"
 #include "cli/system/paths.h"
 
@@ -72,7 +72,7 @@ class DirectoryLint {
   const std::string& directory_;
   std::vector<Fault> faults_;
   std::vector<std::string> unreadable_;
-  RuleFiles files_;
+  RuleFileSet files_;
   CharsetLint charsets_;
 };
 

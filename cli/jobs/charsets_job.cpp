@@ -4,8 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "cli/charsets/charset_names.h"
-#include "cli/charsets/rule_base.h"
+#include "cli/charsets/given_charset.h"
+#include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"

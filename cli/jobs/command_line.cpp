@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "cli/charsets/rule_base.h"
+#include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/options.h"
 #include "cli/system/console.h"

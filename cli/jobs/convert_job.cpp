@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "cli/charsets/charset_names.h"
-#include "cli/charsets/rule_base.h"
+#include "cli/charsets/given_charset.h"
+#include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/batch.h"
 #include "cli/jobs/convert_plan.h"
 #include "cli/jobs/jobs.h"

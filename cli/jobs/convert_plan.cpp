@@ -8,7 +8,7 @@
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
 #include "cli/text/charset_judge.h"
-#include "cli/text/text_detection.h"
+#include "cli/text/detection.h"
 #include "cli/text/unicode_check.h"
 #include "cli/text/visible_replacement.h"
 #include "ksv_cconv.h"

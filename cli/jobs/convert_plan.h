@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/jobs/batch.h"
 #include "cli/text/file_converter.h"
 

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
-#include "cli/charsets/rule_base.h"
+#include "cli/charsets/given_charset.h"
+#include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/options.h"
 #include "cli/system/console.h"

@@ -14,7 +14,7 @@
 #include "cli/jobs/work_list.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
-#include "cli/text/text_detection.h"
+#include "cli/text/detection.h"
 
 namespace ksv_cli {
 namespace {

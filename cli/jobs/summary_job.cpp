@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
-#include "cli/charsets/rule_base.h"
+#include "cli/charsets/given_charset.h"
+#include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/ole_tree.h"
 #include "cli/jobs/operands.h"

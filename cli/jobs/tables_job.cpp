@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "cli/charsets/charset_directory.h"
-#include "cli/charsets/rule_base.h"
+#include "cli/charsets/loaded_rules.h"
 #include "cli/charsets/rule_lint.h"
 #include "cli/charsets/rule_source.h"
 #include "cli/jobs/jobs.h"

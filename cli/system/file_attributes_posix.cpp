@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/system/descriptor_posix.h"
+#include "cli/system/open_file_posix.h"
 
 namespace ksv_cli::platform {
 namespace {

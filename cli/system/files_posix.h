@@ -1,8 +1,8 @@
 // What files and standard streams share.
 #pragma once
 
-#include "cli/system/descriptor_posix.h"
 #include "cli/system/files.h"
+#include "cli/system/open_file_posix.h"
 #include "cli/system/streams.h"
 
 namespace ksv_cli::platform {
@@ -13,7 +13,7 @@ class DescriptorSource : public ByteSource {
   size_t read(uint8_t* buffer, size_t size) override { return descriptor_.readSome(buffer, size); }
 
  private:
-  Descriptor descriptor_;
+  OpenFile descriptor_;
 };
 
 class DescriptorSink : public ByteSink {
@@ -22,7 +22,7 @@ class DescriptorSink : public ByteSink {
   void write(const uint8_t* bytes, size_t size) override { descriptor_.writeAll(bytes, size); }
 
  private:
-  Descriptor descriptor_;
+  OpenFile descriptor_;
 };
 
 // Of a stream that is closed there is nothing to tell.

@@ -4,7 +4,7 @@
 #include <memory>
 #include <system_error>
 
-#include "cli/system/wide_text_windows.h"
+#include "cli/system/system_paths_windows.h"
 
 namespace ksv_cli::platform {
 namespace {
@@ -15,7 +15,7 @@ class FileSource : public ByteSource {
   size_t read(uint8_t* buffer, size_t size) override { return source_.read(buffer, size); }
 
  private:
-  Handle handle_;
+  OpenFile handle_;
   HandleSource source_;
 };
 
@@ -25,7 +25,7 @@ class FileSink : public ByteSink {
   void write(const uint8_t* bytes, size_t size) override { writeAll(handle_.get(), bytes, size); }
 
  private:
-  Handle handle_;
+  OpenFile handle_;
 };
 
 int64_t countOf(const FILETIME& time) {
@@ -90,7 +90,7 @@ FileFacts fileFacts(const std::string& path) {
     facts.kind = FileKind::kOther;
     return facts;
   }
-  const Handle file(openToLook(units));
+  const OpenFile file(openToLook(units));
   return file.isOpen() ? factsOf(file.get()) : facts;
 }
 

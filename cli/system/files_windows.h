@@ -8,7 +8,7 @@
 #include <string>
 
 #include "cli/system/files.h"
-#include "cli/system/handle_windows.h"
+#include "cli/system/open_file_windows.h"
 #include "cli/system/streams.h"
 
 namespace ksv_cli::platform {

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <system_error>
 
-#include "cli/system/descriptor_posix.h"
 #include "cli/system/failure.h"
 #include "cli/system/files.h"
+#include "cli/system/open_file_posix.h"
 #include "cli/system/paths.h"
 
 namespace ksv_cli::platform {

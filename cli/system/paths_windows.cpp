@@ -5,9 +5,10 @@
 #include <system_error>
 
 #include "cli/system/files.h"
-#include "cli/system/handle_windows.h"
+#include "cli/system/open_file_windows.h"
 #include "cli/system/paths.h"
-#include "cli/system/wide_text_windows.h"
+#include "cli/system/system_paths_windows.h"
+#include "common/wide_text_windows.h"
 
 namespace ksv_cli::platform {
 namespace {
@@ -80,7 +81,7 @@ bool backslashSeparates() { return true; }
 std::string placeKey(const std::string& path) {
   std::optional<std::wstring> units = utf16Of(path);
   if (!units) return path;
-  std::wstring full = fullPath(*units);
+  std::wstring full = ksv::platform::absolutePath(units->c_str());
   ::CharUpperBuffW(full.data(), static_cast<DWORD>(full.size()));
   return utf8Of(full);
 }

@@ -11,9 +11,9 @@
 #include <string>
 #include <system_error>
 
-#include "cli/system/descriptor_posix.h"
 #include "cli/system/file_attributes_posix.h"
 #include "cli/system/in_place.h"
+#include "cli/system/open_file_posix.h"
 #include "cli/system/pending_file.h"
 #include "cli/system/temporary_names_posix.h"
 
@@ -57,7 +57,7 @@ void synchronise(int number) {
 // A directory that may be written to, but not read, waits for all there is.
 void synchroniseDirectory(const std::string& path) {
   const std::string name = path.empty() ? "." : path;
-  const Descriptor directory(::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const OpenFile directory(::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (directory.isOpen())
     synchronise(directory.number());
   else

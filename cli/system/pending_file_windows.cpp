@@ -6,11 +6,12 @@
 
 #include "cli/system/failure.h"
 #include "cli/system/files_windows.h"
-#include "cli/system/handle_windows.h"
 #include "cli/system/in_place.h"
+#include "cli/system/open_file_windows.h"
 #include "cli/system/pending_file.h"
+#include "cli/system/system_paths_windows.h"
 #include "cli/system/temporary_names_windows.h"
-#include "cli/system/wide_text_windows.h"
+#include "common/wide_text_windows.h"
 
 namespace ksv_cli::platform {
 namespace {
@@ -25,9 +26,9 @@ std::wstring linkEnd(const std::wstring& path) {
   const bool isLink =
       attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
   if (!isLink) return path;
-  const Handle file(openToLook(path));
+  const OpenFile file(openToLook(path));
   if (!file.isOpen()) fail(::GetLastError());
-  const std::wstring end = written([&](wchar_t* buffer, DWORD size) {
+  const std::wstring end = ksv::platform::writtenBy([&](wchar_t* buffer, DWORD size) {
     return ::GetFinalPathNameByHandleW(file.get(), buffer, size, FILE_NAME_NORMALIZED);
   });
   return end.empty() ? path : end;
@@ -41,8 +42,8 @@ class BackupName {
   explicit BackupName(const std::string& shown) {
     if (shown.empty()) return;
     path_ = systemPath(shown);
-    const Handle file(::CreateFileW(path_.c_str(), GENERIC_WRITE, kShareAll, nullptr, CREATE_NEW,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    const OpenFile file(::CreateFileW(path_.c_str(), GENERIC_WRITE, kShareAll, nullptr, CREATE_NEW,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
     if (file.isOpen()) return;
     const DWORD error = ::GetLastError();
     if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS)
@@ -128,8 +129,8 @@ class WindowsPendingFile : public PendingFile {
 
   // Which the calls that replace it report as a matter of rights.
   void refuseFileInUse() const {
-    const Handle file(::CreateFileW(place_.c_str(), DELETE, kShareAll, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    const OpenFile file(::CreateFileW(place_.c_str(), DELETE, kShareAll, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.isOpen() && ::GetLastError() == ERROR_SHARING_VIOLATION)
       fail(ERROR_SHARING_VIOLATION);
   }

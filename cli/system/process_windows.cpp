@@ -3,10 +3,11 @@
 #include <string_view>
 
 #include "cli/system/failure.h"
-#include "cli/system/handle_windows.h"
+#include "cli/system/open_file_windows.h"
 #include "cli/system/process.h"
+#include "cli/system/system_paths_windows.h"
 #include "cli/system/temporary_names_windows.h"
-#include "cli/system/wide_text_windows.h"
+#include "common/wide_text_windows.h"
 
 namespace ksv_cli::platform {
 
@@ -24,7 +25,7 @@ std::string errorText(int error) { return words(static_cast<DWORD>(error)); }
 
 std::string environmentValue(const char* name) {
   const std::wstring units = *utf16Of(name);
-  return utf8Of(written([&](wchar_t* buffer, DWORD size) {
+  return utf8Of(ksv::platform::writtenBy([&](wchar_t* buffer, DWORD size) {
     return ::GetEnvironmentVariableW(units.c_str(), buffer, size);
   }));
 }

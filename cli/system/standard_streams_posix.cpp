@@ -23,7 +23,7 @@ bool standardErrorTakesEscapes() { return standardErrorIsTerminal(); }
 
 void writeToStandardError(std::string_view text) {
   try {
-    Descriptor(STDERR_FILENO).writeAll(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+    OpenFile(STDERR_FILENO).writeAll(reinterpret_cast<const uint8_t*>(text.data()), text.size());
   } catch (const Failure&) {
     // There is nowhere left to say so.
   }

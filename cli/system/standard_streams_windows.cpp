@@ -7,9 +7,9 @@
 
 #include "cli/system/failure.h"
 #include "cli/system/files_windows.h"
-#include "cli/system/handle_windows.h"
+#include "cli/system/open_file_windows.h"
 #include "cli/system/standard_streams.h"
-#include "cli/system/wide_text_windows.h"
+#include "cli/system/system_paths_windows.h"
 
 namespace ksv_cli::platform {
 namespace {

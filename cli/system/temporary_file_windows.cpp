@@ -1,15 +1,17 @@
 #include <windows.h>
 
-#include "cli/system/handle_windows.h"
+#include "cli/system/open_file_windows.h"
+#include "cli/system/system_paths_windows.h"
 #include "cli/system/temporary_file.h"
 #include "cli/system/temporary_names_windows.h"
-#include "cli/system/wide_text_windows.h"
+#include "common/wide_text_windows.h"
 
 namespace ksv_cli::platform {
 namespace {
 
 std::wstring temporaryDirectory() {
-  return written([](wchar_t* buffer, DWORD size) { return ::GetTempPathW(size, buffer); });
+  return ksv::platform::writtenBy(
+      [](wchar_t* buffer, DWORD size) { return ::GetTempPathW(size, buffer); });
 }
 
 class WindowsTemporaryFile : public TemporaryFile {

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <string>
 
-#include "cli/system/descriptor_posix.h"
+#include "cli/system/open_file_posix.h"
 
 namespace ksv_cli::platform {
 
@@ -59,14 +59,14 @@ class PassingFile {
   PassingFile& operator=(const PassingFile&) = delete;
 
   const std::string& path() const { return name_.path(); }
-  Descriptor& descriptor() { return descriptor_; }
+  OpenFile& descriptor() { return descriptor_; }
 
   // In a NamesSection; errno tells why it failed.
   bool renameTo(const std::string& place);
 
  private:
   PassingName name_;
-  Descriptor descriptor_;
+  OpenFile descriptor_;
   bool isThere_ = true;
 };
 

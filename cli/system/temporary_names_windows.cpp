@@ -7,7 +7,7 @@
 
 #include "cli/system/console.h"
 #include "cli/system/process.h"
-#include "cli/system/wide_text_windows.h"
+#include "cli/system/system_paths_windows.h"
 
 namespace ksv_cli::platform {
 namespace {

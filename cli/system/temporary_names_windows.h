@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 
-#include "cli/system/handle_windows.h"
+#include "cli/system/open_file_windows.h"
 
 namespace ksv_cli::platform {
 
@@ -57,7 +57,7 @@ class PassingFile {
   PassingFile& operator=(const PassingFile&) = delete;
 
   const std::wstring& path() const { return path_; }
-  Handle& handle() { return file_; }
+  OpenFile& handle() { return file_; }
 
   // Does what renames the file, and forgets its name. What action throws leaves it.
   template <typename Action>
@@ -73,7 +73,7 @@ class PassingFile {
   void tellStays(DWORD error) const noexcept;
 
   std::wstring path_;
-  Handle file_;
+  OpenFile file_;
 };
 
 }  // namespace ksv_cli::platform

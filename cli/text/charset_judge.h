@@ -13,11 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/text/byte_facts.h"
+#include "cli/text/detection.h"
 #include "cli/text/rereadable_text.h"
 #include "cli/text/single_byte_tables.h"
-#include "cli/text/text_detection.h"
 #include "cli/text/text_language.h"
 
 namespace ksv_cli {

@@ -10,7 +10,7 @@
 #include <exception>
 #include <memory>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/system/streams.h"
 #include "cli/text/buffer_offsets.h"
 #include "cli/text/iso_2022_check.h"

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/system/streams.h"
 #include "cli/text/checked_text.h"
 #include "cli/text/conversion_counts.h"

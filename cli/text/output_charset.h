@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/text/file_converter.h"
 
 namespace ksv_cli {

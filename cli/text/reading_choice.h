@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/text/byte_facts.h"
-#include "cli/text/text_detection.h"
+#include "cli/text/detection.h"
 #include "cli/text/text_language.h"
 #include "cli/text/text_readings.h"
 

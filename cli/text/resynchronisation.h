@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 
 namespace ksv_cli {
 

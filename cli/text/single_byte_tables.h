@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/text/byte_facts.h"
 #include "cli/text/language_model.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/text/byte_facts.h"
 #include "cli/text/rereadable_text.h"
 #include "cli/text/single_byte_tables.h"

@@ -1,7 +1,6 @@
-#include "cli/charsets/charset_names.h"
-
 #include <gtest/gtest.h>
 
+#include "cli/charsets/given_charset.h"
 #include "cli/charsets/name_matching.h"
 #include "in_process.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/rule_base.h"
+#include "cli/charsets/loaded_rules.h"
 #include "cli/text/file_converter.h"
 
 namespace ksv_cli_tests {

@@ -11,10 +11,10 @@
 
 namespace ksv_cli {
 
-class RuleFiles {
+class RuleFileSet {
  public:
   // Both stay the caller's.
-  RuleFiles(const std::string& directory, std::vector<Fault>& faults)
+  RuleFileSet(const std::string& directory, std::vector<Fault>& faults)
       : directory_(directory), faults_(faults) {}
 
   const std::string& directory() const { return directory_; }

@@ -1,15 +1,15 @@
 // Bound to POSIX: an open file that the system refuses something.
-#include "cli/system/descriptor_posix.h"
-
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "cli/system/open_file_posix.h"
+
 namespace ksv_cli_tests {
 namespace {
 
-using ksv_cli::platform::Descriptor;
+using ksv_cli::platform::OpenFile;
 
 template <typename Action>
 std::string failureOf(Action action) {
@@ -22,7 +22,7 @@ std::string failureOf(Action action) {
 }
 
 TEST(OpenFile, is_closed_once) {
-  Descriptor file(::open("/dev/null", O_WRONLY));
+  OpenFile file(::open("/dev/null", O_WRONLY));
   ASSERT_TRUE(file.isOpen());
   file.closeChecked();
   EXPECT_FALSE(file.isOpen());
@@ -33,7 +33,7 @@ TEST(OpenFile, that_cannot_be_closed_or_used_says_why) {
   const int number = ::open("/dev/null", O_RDONLY);
   const uint8_t byte = 'a';
   uint8_t unused;
-  Descriptor file(number);
+  OpenFile file(number);
   EXPECT_EQ(failureOf([&] { file.writeAll(&byte, 1); }), "Bad file descriptor");
   ::close(number);
   EXPECT_EQ(failureOf([&] { file.readSome(&unused, 1); }), "Bad file descriptor");
@@ -42,7 +42,7 @@ TEST(OpenFile, that_cannot_be_closed_or_used_says_why) {
 }
 
 TEST(OpenFile, takes_nothing_on_a_full_device) {
-  Descriptor full(::open("/dev/full", O_WRONLY));
+  OpenFile full(::open("/dev/full", O_WRONLY));
   if (!full.isOpen()) GTEST_SKIP() << "there is none here";
   const uint8_t byte = 'a';
   EXPECT_EQ(failureOf([&] { full.writeAll(&byte, 1); }), "No space left on device");

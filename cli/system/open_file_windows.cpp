@@ -1,11 +1,11 @@
-#include "cli/system/handle_windows.h"
+#include "cli/system/open_file_windows.h"
 
 #include <algorithm>
 #include <cwchar>
 #include <iterator>
 
 #include "cli/system/failure.h"
-#include "cli/system/wide_text_windows.h"
+#include "cli/system/system_paths_windows.h"
 
 namespace ksv_cli::platform {
 namespace {

@@ -1,9 +1,10 @@
-#include "cli/system/wide_text_windows.h"
+#include "cli/system/system_paths_windows.h"
 
 #include <system_error>
 #include <utility>
 
-#include "cli/system/handle_windows.h"
+#include "cli/system/open_file_windows.h"
+#include "common/wide_text_windows.h"
 
 namespace ksv_cli::platform {
 
@@ -26,12 +27,6 @@ std::optional<std::wstring> utf16Of(std::string_view text) {
   return units;
 }
 
-std::wstring fullPath(const std::wstring& path) {
-  return written([&](wchar_t* buffer, DWORD size) {
-    return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr);
-  });
-}
-
 bool isVerbatimOrDevice(const std::wstring& path) {
   const std::wstring begin = path.substr(0, 4);
   return begin == L"\\\\?\\" || begin == L"\\\\.\\" || begin == L"//?/" || begin == L"//./";
@@ -40,7 +35,7 @@ bool isVerbatimOrDevice(const std::wstring& path) {
 std::wstring systemPath(std::wstring path) {
   constexpr size_t kLongest = MAX_PATH - 12;
   if (path.size() < kLongest || isVerbatimOrDevice(path)) return path;
-  const std::wstring full = fullPath(path);
+  const std::wstring full = ksv::platform::absolutePath(path.c_str());
   if (full.empty()) return path;
   return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
 }

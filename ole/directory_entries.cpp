@@ -1,4 +1,4 @@
-#include "ole/directory.h"
+#include "ole/directory_entries.h"
 
 #include <algorithm>
 #include <cstring>

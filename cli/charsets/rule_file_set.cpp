@@ -1,4 +1,4 @@
-#include "cli/charsets/rule_files.h"
+#include "cli/charsets/rule_file_set.h"
 
 #include <cstdint>
 
@@ -6,7 +6,7 @@
 
 namespace ksv_cli {
 
-const RuleSource* RuleFiles::read(const std::string& name) {
+const RuleSource* RuleFileSet::read(const std::string& name) {
   const auto known = sources_.find(name);
   if (known != sources_.end()) return known->second ? &*known->second : nullptr;
   const auto bytes = fileBytes(platform::joinPath(directory_, name));
@@ -19,7 +19,7 @@ const RuleSource* RuleFiles::read(const std::string& name) {
   return source ? &*source : nullptr;
 }
 
-bool RuleFiles::isThere(const std::string& name) const {
+bool RuleFileSet::isThere(const std::string& name) const {
   return isRegularFile(platform::joinPath(directory_, name));
 }
 

@@ -16,19 +16,6 @@ std::string utf8Of(std::wstring_view units);
 // None when the bytes are no UTF-8.
 std::optional<std::wstring> utf16Of(std::string_view text);
 
-// What call writes into a buffer that is as large as it asks for; empty: it failed.
-template <typename Call>
-std::wstring written(Call call) {
-  std::wstring units(MAX_PATH, L'\0');
-  for (;;) {
-    const DWORD length = call(units.data(), static_cast<DWORD>(units.size()));
-    const bool fits = length < units.size();
-    units.resize(length);
-    if (fits) return units;
-  }
-}
-
-std::wstring fullPath(const std::wstring& path);
 bool isVerbatimOrDevice(const std::wstring& path);
 
 // A path as the system takes it: one that is too long for the usual form in the

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 
 namespace ksv_cli {
 

@@ -1,4 +1,4 @@
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 
 #include <algorithm>
 #include <set>

@@ -1,4 +1,4 @@
-#include "cli/charsets/rule_base.h"
+#include "cli/charsets/loaded_rules.h"
 
 #include <optional>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "cli/text/text_detection.h"
+#include "cli/text/detection.h"
 
 #include <algorithm>
 #include <cstring>

@@ -24,14 +24,14 @@ inline bool isOneOf(int error, std::initializer_list<int> errors) {
   return false;
 }
 
-class Descriptor {
+class OpenFile {
  public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
+  explicit OpenFile(int number) : number_(number) {}
+  ~OpenFile() {
     if (number_ > STDERR_FILENO) ::close(number_);
   }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
 
   int number() const { return number_; }
   bool isOpen() const { return number_ >= 0; }

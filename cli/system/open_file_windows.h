@@ -20,14 +20,14 @@ std::string words(DWORD error);
 [[noreturn]] void fail(DWORD error);
 [[noreturn]] void fail(std::errc error);
 
-class Handle {
+class OpenFile {
  public:
-  explicit Handle(HANDLE value) : value_(value) {}
-  ~Handle() {
+  explicit OpenFile(HANDLE value) : value_(value) {}
+  ~OpenFile() {
     if (isOpen()) ::CloseHandle(value_);
   }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
 
   HANDLE get() const { return value_; }
   bool isOpen() const { return value_ != INVALID_HANDLE_VALUE; }

@@ -1,6 +1,6 @@
 // The scorer of ISO-2022-JP.
-#include "detect/byte_blocks.h"
 #include "detect/scorers.h"
+#include "detect/text_blocks.h"
 
 namespace ksv::detect {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_names.h"
+#include "cli/charsets/given_charset.h"
 #include "cli/system/streams.h"
 
 namespace ksv_cli {
