@@ -21,15 +21,14 @@ template <typename Form>
 class FormConverter : public BulkConverter {
  public:
   // designates: the output has escape sequences.
-  explicit FormConverter(bool designates)
-      : pages_(Form::kPages), lanes_(pages_, designates), shortTexts_(lanes_) {}
+  explicit FormConverter(bool designates) : pages_(Form::kPages), lanes_(pages_, designates) {}
 
   void runAhead(ConverterRecord& record) override {
     if (languageMayBeDue(record)) return;
     const uint32_t withoutMemory = pages_.timesWithoutMemory();
     const Form form{TableCursor(pages_, record)};
     if (pages_.timesWithoutMemory() != withoutMemory) return;
-    if (!Form::kShifts && !lanes_.designates() && shortTexts_.convert(form, record)) return;
+    if (!Form::kShifts && !lanes_.designates() && shortTexts_.convert(form, lanes_, record)) return;
     const uint8_t* const inputEnd = record.input + record.inputLength;
     const uint8_t* const outputEnd = record.output + record.outputCapacity;
 

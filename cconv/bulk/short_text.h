@@ -15,19 +15,17 @@ namespace ksv {
 template <typename Form>
 class ShortTexts {
  public:
-  explicit ShortTexts(Lanes<Form>& lanes) : lanes_(lanes) {}
-
   // Converts as far as short entries answer, and leaves the text as it is
   // where another way is better. Its bytes are collected, since nothing behind the output
-  // may be touched.
-  bool convert(const Form& form, ConverterRecord& record) {
+  // may be touched. Has one caller, for which a call of its own would be a tenth of its time.
+  KSV_IN_LOOP bool convert(const Form& form, Lanes<Form>& lanes, ConverterRecord& record) {
     BulkPosition start = positionOf(record);
     const uint8_t* const inputEnd = record.input + record.inputLength;
     uint8_t* const output = start.output;
     const ptrdiff_t bytes = inputEnd - start.input;
     const ptrdiff_t room = record.output + record.outputCapacity - output;
     if (bytes <= 0 || bytes > kLongestText) return false;
-    Lane* const lane = lanes_.at(form, start);
+    Lane* const lane = lanes.at(form, start);
     if (lane == nullptr || !lane->table.isThere()) return false;
     const RunTables run = lane->run();
     Scratch scratch;
@@ -40,7 +38,7 @@ class ShortTexts {
       const ptrdiff_t left = inputEnd - at.input;
       const Place place = {at.input, at.output};
       if (!Form::takeLast(run, at, left)) [[unlikely]] {
-        if (!lanes_.learnShort(form, at, left, *lane) || !Form::takeLast(run, at, left)) break;
+        if (!lanes.learnShort(form, at, left, *lane) || !Form::takeLast(run, at, left)) break;
       }
       beforeLast = last;
       last = place;
@@ -119,7 +117,6 @@ class ShortTexts {
     if (record.status == KSV_STATUS_WRITTEN) traces_.remember(begin, end - begin, record);
   }
 
-  Lanes<Form>& lanes_;
   CharacterTraces traces_;
 };
 

@@ -97,18 +97,6 @@ void encodeStep(ConverterRecord& record, CodecFunction encode, const CharacterSt
 
 }  // namespace
 
-bool endsAtBuffers(ConverterRecord& record) {
-  if (record.inputPosition >= record.inputLength) {
-    record.status = KSV_STATUS_DONE;
-    return true;
-  }
-  if (record.outputPosition >= record.outputCapacity) {
-    record.status = KSV_STATUS_FULL;
-    return true;
-  }
-  return false;
-}
-
 void convertByCharacters(ConverterRecord& record, int32_t characters) {
   const CodecFunction decode = sourceDecoder(record)->function;
   const CodecFunction encode = targetEncoder(record)->function;

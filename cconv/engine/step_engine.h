@@ -7,7 +7,17 @@
 namespace ksv {
 
 // Sets the status at the end of the input, or of the room for output; whether it did.
-bool endsAtBuffers(ConverterRecord& record);
+inline bool endsAtBuffers(ConverterRecord& record) {
+  if (record.inputPosition >= record.inputLength) {
+    record.status = KSV_STATUS_DONE;
+    return true;
+  }
+  if (record.outputPosition >= record.outputCapacity) {
+    record.status = KSV_STATUS_FULL;
+    return true;
+  }
+  return false;
+}
 
 // Converts at most that many characters while the status is 21.
 void convertByCharacters(ConverterRecord& record, int32_t characters);
