@@ -1,6 +1,7 @@
 #include "cconv/engine/step_engine.h"
 
 #include "cconv/engine/converter.h"
+#include "cconv/engine/unit_writer.h"
 
 namespace ksv {
 namespace {
@@ -51,13 +52,11 @@ Step decodeStep(ConverterRecord& record, CodecFunction decode, CharacterStart& s
 // Every line end becomes code 13, which the unit writer turns into the newline
 // form. True for the LF of a CR LF, which is dropped.
 bool rewriteLineEnd(ConverterRecord& record) {
-  constexpr uint32_t kCr = 13;
-  constexpr uint32_t kLf = 10;
-  if (record.rawCode == kLf && record.previousRawCode == kCr) return true;
-  if (record.rawCode == kLf || record.rawCode == kCr || record.unicodeCode == 0x2028 ||
+  if (record.rawCode == kLineFeed && record.previousRawCode == kCarriageReturn) return true;
+  if (record.rawCode == kLineFeed || record.rawCode == kCarriageReturn || record.unicodeCode == 0x2028 ||
       record.unicodeCode == 0x2029) {
-    record.groupCode = kCr;
-    record.unicodeCode = kCr;
+    record.groupCode = kCarriageReturn;
+    record.unicodeCode = kCarriageReturn;
   }
   return false;
 }

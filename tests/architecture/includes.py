@@ -19,7 +19,7 @@ NAME = re.compile(r"`([^`]+)`")
 INCLUDE = re.compile(r'\s*#\s*include\s+"([^"]+)"')
 SUFFIXES = (".h", ".c", ".cpp")
 # Where the compiler looks for a header, behind the folder of the file itself.
-SEARCHED = ("", "include", "cli", "tests/convert")
+SEARCHED = ("", "include", "tests/convert")
 
 
 class TableError(Exception):
