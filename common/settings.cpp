@@ -119,28 +119,32 @@ bool acceptInstalled(const Destination& destination) {
   return false;
 }
 
-bool lookUp(const Destination& destination) {
+SettingOrigin lookUp(const Destination& destination) {
   const std::string key(destination.key);
-  for (const auto& find : {settingFromLibrary, environmentValue}) {
-    const std::optional<std::string> value = find(key.c_str());
-    if (value && destination.accept(*value)) return true;
-  }
-  if (acceptFromConfiguration(destination)) return true;
-  return destination.isDirectory() && acceptInstalled(destination);
+  const auto acceptValue = [&](const std::optional<std::string>& value) {
+    return value && destination.accept(*value);
+  };
+  if (acceptValue(settingFromLibrary(key.c_str()))) return SettingOrigin::kSettingsLibrary;
+  if (acceptValue(environmentValue(key.c_str()))) return SettingOrigin::kEnvironment;
+  if (acceptFromConfiguration(destination)) return SettingOrigin::kConfigurationFile;
+  if (destination.isDirectory() && acceptInstalled(destination))
+    return SettingOrigin::kInstallation;
+  return SettingOrigin::kNone;
 }
 
 }  // namespace
 
-bool readSetting(const char* key, char* buffer, size_t size) {
-  if (size == 0) return false;
+SettingOrigin readSetting(const char* key, char* buffer, size_t size) {
+  if (size == 0) return SettingOrigin::kNone;
   buffer[0] = '\0';
   try {
-    if (lookUp({key, buffer, size})) return true;
+    const SettingOrigin origin = lookUp({key, buffer, size});
+    if (origin != SettingOrigin::kNone) return origin;
   } catch (const std::bad_alloc&) {
     noteNoMemory(key);
   }
   buffer[0] = '\0';
-  return false;
+  return SettingOrigin::kNone;
 }
 
 }  // namespace ksv::platform
