@@ -93,10 +93,18 @@ class InputFile {
   SystemError error_ = 0;
 };
 
+// Where a setting was found.
+struct SettingOrigin {
+  enum class Place { kNowhere, kSettingsLibrary, kEnvironment, kConfigurationFile, kInstallation };
+  Place place = Place::kNowhere;
+  std::string file;  // of a configuration file
+};
+
 // Looks the setting up where this system keeps settings and copies its value,
 // terminator included, into buffer. False when it is not set or does not fit:
-// buffer is the empty string then. A directory ends in a separator.
-bool readSetting(const char* key, char* buffer, size_t size);
+// buffer is the empty string then. A directory ends in a separator. Whoever asks is told
+// where the value was found.
+bool readSetting(const char* key, char* buffer, size_t size, SettingOrigin* origin = nullptr);
 
 // The value of an environment variable; none when it is not set or empty.
 std::optional<std::string> environmentValue(const char* name);
