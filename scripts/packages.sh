@@ -7,7 +7,11 @@ readonly packages=(
   libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
   clang libclang-rt-14-dev locales
   doxygen strace
+  mandoc zsh fish
 )
+# For scripts/site, beside the others.
+readonly site_packages=(python3-markdown)
+
 # For the Windows build and its tests; not every machine can have them.
 readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)
 
