@@ -44,7 +44,7 @@ def inline(text: str) -> str:
 
 
 def _guarded(line: str) -> str:
-    return "\\&" + line if line.startswith((".", "'")) else line
+    return "\\&" + line if line.startswith((".", "'", " ")) else line
 
 
 class Page:
