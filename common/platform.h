@@ -97,7 +97,7 @@ class InputFile {
 struct SettingOrigin {
   enum class Place { kNowhere, kSettingsLibrary, kEnvironment, kConfigurationFile, kInstallation };
   Place place = Place::kNowhere;
-  std::string file;  // of a configuration file
+  std::string name;  // of the variable of the environment; the path of the configuration file
 };
 
 // Looks the setting up where this system keeps settings and copies its value,

@@ -23,6 +23,13 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 // that of programs which hold the library themselves: the build knows.
 constexpr char kInstalledCharsets[] = KSV_CHARSET_RELATIVE;
 constexpr char kInstalledCharsetsFromPrograms[] = KSV_CHARSET_RELATIVE_TO_PROGRAMS;
+// Where this build is to be installed, for programs that hold the library and lie elsewhere.
+// Empty where nobody can say who may write there.
+constexpr char kCharsetsOfBuild[] = KSV_CHARSET_OF_BUILD;
+
+// Where those have put the charset directory who install nothing, such as the tests of a
+// program that is built together with the library.
+constexpr char kCharsetVariable[] = "KSV_CHARSETS";
 
 std::string withSeparator(std::string directory) {
   if (!directory.empty() && !isSeparator(directory.back())) directory.push_back(pathSeparator());
@@ -111,7 +118,7 @@ std::optional<std::string> acceptFromConfiguration(const Destination& destinatio
 
 // The build tree has its charset directory beside the library, an installation
 // in its data directory.
-bool acceptInstalled(const Destination& destination) {
+bool acceptFromOwnPlace(const Destination& destination) {
   const std::optional<std::string> library = libraryDirectory();
   if (!library) return false;
   for (const char* relative : {"charset", kInstalledCharsets, kInstalledCharsetsFromPrograms,
@@ -122,17 +129,27 @@ bool acceptInstalled(const Destination& destination) {
   return false;
 }
 
+// For the charset directory alone, behind all that is looked up for any key.
+SettingOrigin acceptInstalled(const Destination& destination) {
+  using Place = SettingOrigin::Place;
+  const std::optional<std::string> named = environmentValue(kCharsetVariable);
+  if (named && destination.accept(*named)) return {Place::kEnvironment, kCharsetVariable};
+  if (acceptFromOwnPlace(destination)) return {Place::kInstallation, ""};
+  const auto directory = canonicalDirectory(kCharsetsOfBuild);
+  if (directory && destination.accept(*directory)) return {Place::kInstallation, ""};
+  return {};
+}
+
 SettingOrigin lookUp(const Destination& destination) {
   using Place = SettingOrigin::Place;
   const std::string key(destination.key);
   if (const auto value = settingFromLibrary(key.c_str()); value && destination.accept(*value))
     return {Place::kSettingsLibrary, ""};
   if (const auto value = environmentValue(key.c_str()); value && destination.accept(*value))
-    return {Place::kEnvironment, ""};
+    return {Place::kEnvironment, key};
   if (auto file = acceptFromConfiguration(destination))
     return {Place::kConfigurationFile, std::move(*file)};
-  if (destination.isDirectory() && acceptInstalled(destination)) return {Place::kInstallation, ""};
-  return {};
+  return destination.isDirectory() ? acceptInstalled(destination) : SettingOrigin();
 }
 
 }  // namespace

@@ -16,9 +16,9 @@ std::string shownOrigin(const ksv::platform::SettingOrigin& origin) {
     case Place::kSettingsLibrary:
       return "by the library of settings";
     case Place::kEnvironment:
-      return std::string("by the environment variable ") + kSetting;
+      return "by the environment variable " + origin.name;
     case Place::kConfigurationFile:
-      return "by " + origin.file;
+      return "by " + origin.name;
     case Place::kInstallation:
       return "as installed with the program";
     case Place::kNowhere:

@@ -1,6 +1,7 @@
 #include "tests/common/settings_fixture.h"
 
 using ksv::test::kCharsetKey;
+using ksv::test::kCharsetVariable;
 using ksv::test::kSeparator;
 using ksv::test::pathOf;
 using ksv::test::ScopedVariable;
@@ -91,6 +92,28 @@ TEST_F(Settings, come_from_a_file_with_a_byte_order_mark) {
   EXPECT_NE(read(), "/d" + kSeparator);
 }
 
+TEST_F(Settings, of_the_charset_directory_come_from_KSV_CHARSETS_behind_all_that_is_configured) {
+  ScopedVariable charsets(kCharsetVariable, "/from/variable");
+  EXPECT_EQ(read(), "/from/variable" + kSeparator);
+  configure("Charsetpath=/from/file\n");
+  EXPECT_EQ(read(), "/from/file" + kSeparator);
+  ScopedVariable value(kCharsetKey, "/from/environment");
+  EXPECT_EQ(read(), "/from/environment" + kSeparator);
+}
+
+TEST_F(Settings, in_KSV_CHARSETS_that_are_empty_or_too_long_leave_their_turn_to_the_next) {
+  const std::string next = read();
+  for (const std::string& value : {std::string(), std::string(259, 'd')}) {
+    ScopedVariable charsets(kCharsetVariable, value);
+    EXPECT_EQ(read(), next);
+  }
+}
+
+TEST_F(Settings, in_KSV_CHARSETS_answer_no_other_key) {
+  ScopedVariable charsets(kCharsetVariable, "/from/variable");
+  EXPECT_EQ(read("KsvTestKey"), "none");
+}
+
 TEST_F(Settings, come_from_the_charset_directory_beside_the_library_last) {
   const std::vector<std::string> places = ksv::platform::configurationDirectories();
   for (size_t i = 1; i < places.size(); ++i) {
@@ -128,10 +151,11 @@ TEST_F(Settings, say_where_they_were_found) {
   configure("Charsetpath=/from/file\n");
   EXPECT_TRUE(ksv::platform::readSetting(kCharsetKey, buffer, sizeof buffer, &origin));
   EXPECT_EQ(origin.place, Origin::Place::kConfigurationFile);
-  EXPECT_TRUE(origin.file.ends_with("ksv_conf.ini")) << origin.file;
+  EXPECT_TRUE(origin.name.ends_with("ksv_conf.ini")) << origin.name;
   ScopedVariable value(kCharsetKey, "/from/environment");
   EXPECT_TRUE(ksv::platform::readSetting(kCharsetKey, buffer, sizeof buffer, &origin));
   EXPECT_EQ(origin.place, Origin::Place::kEnvironment);
+  EXPECT_EQ(origin.name, kCharsetKey);
   EXPECT_FALSE(ksv::platform::readSetting("Nothing", buffer, sizeof buffer, &origin));
   EXPECT_EQ(origin.place, Origin::Place::kNowhere);
 }
