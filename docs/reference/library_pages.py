@@ -226,7 +226,7 @@ class Manual:
         page = self._begin([header.name, *header.functions()], header.summary)
         page.heading("SYNOPSIS")
         page.lines(roff.bold(f"#include <{header.name}.h>"))
-        page.paragraph(f"Link with {roff.bold('-lksv_comm')}.")
+        page.paragraph(f"Link with {roff.bold('-lksv_comm')}, as {roff.bold('ksv_comm')}(3) shows.")
         page.heading("DESCRIPTION")
         add_comment(page, header.description)
         for entry in header.entries:
