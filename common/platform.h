@@ -123,20 +123,30 @@ class InputFile {
   SystemError error_ = 0;
 };
 
-// Where the value of a setting comes from. A directory that came with the library is known by
-// where it lies, without anybody setting it.
-enum class SettingOrigin : uint8_t {
-  kNone,
-  kSettingsLibrary,
-  kEnvironment,
-  kConfigurationFile,
-  kInstallation
+// Where a setting was found.
+struct SettingOrigin {
+  enum class Place {
+    kNowhere,
+    kSettingsLibrary,
+    kEnvironment,
+    kConfigurationFile,
+    kNamedInstallation,  // by a variable of the environment
+    kInstallation        // where the library looks for one by itself
+  };
+  Place place = Place::kNowhere;
+  std::string name;  // of the variable of the environment; the path of the configuration file
+
+  // Whether it is a charset directory that came with the library, and not one of somebody's own.
+  bool isInstallation() const {
+    return place == Place::kNamedInstallation || place == Place::kInstallation;
+  }
 };
 
 // Looks the setting up where this system keeps settings and copies its value,
-// terminator included, into buffer. kNone when it is not set or does not fit:
-// buffer is the empty string then. A directory ends in a separator.
-SettingOrigin readSetting(const char* key, char* buffer, size_t size);
+// terminator included, into buffer. False when it is not set or does not fit:
+// buffer is the empty string then. A directory ends in a separator. Whoever asks is told
+// where the value was found.
+bool readSetting(const char* key, char* buffer, size_t size, SettingOrigin* origin = nullptr);
 
 // The value of an environment variable; none when it is not set or empty.
 std::optional<std::string> environmentValue(const char* name);

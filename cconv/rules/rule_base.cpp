@@ -115,8 +115,9 @@ using ksv::ruleBase;
 
 int startProcess() {
   char path[sizeof ruleBase.charsetPath];
-  const auto origin = ksv::platform::readSetting(ksv::kPathSetting, path, sizeof path);
-  ruleBase.setPath(path, origin == ksv::platform::SettingOrigin::kInstallation);
+  ksv::platform::SettingOrigin origin;
+  ksv::platform::readSetting(ksv::kPathSetting, path, sizeof path, &origin);
+  ruleBase.setPath(path, origin.isInstallation());
   const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
   if (ruleBase.refCount != 0) {
     // Behind an unmatched endProcess this wraps to 0 without lists; every

@@ -26,7 +26,7 @@ class Settings : public testing::Test {
   static std::string read(const char* key = kCharsetKey, size_t size = 260) {
     char buffer[300];
     std::memset(buffer, 'x', sizeof buffer);
-    if (platform::readSetting(key, buffer, size) != platform::SettingOrigin::kNone) return buffer;
+    if (platform::readSetting(key, buffer, size)) return buffer;
     EXPECT_EQ(buffer[0], size == 0 ? 'x' : '\0');
     return "none";
   }
