@@ -133,7 +133,7 @@ bool acceptFromOwnPlace(const Destination& destination) {
 SettingOrigin acceptInstalled(const Destination& destination) {
   using Place = SettingOrigin::Place;
   const std::optional<std::string> named = environmentValue(kCharsetVariable);
-  if (named && destination.accept(*named)) return {Place::kEnvironment, kCharsetVariable};
+  if (named && destination.accept(*named)) return {Place::kNamedInstallation, kCharsetVariable};
   if (acceptFromOwnPlace(destination)) return {Place::kInstallation, ""};
   const auto directory = canonicalDirectory(kCharsetsOfBuild);
   if (directory && destination.accept(*directory)) return {Place::kInstallation, ""};

@@ -16,6 +16,7 @@ std::string shownOrigin(const ksv::platform::SettingOrigin& origin) {
     case Place::kSettingsLibrary:
       return "by the library of settings";
     case Place::kEnvironment:
+    case Place::kNamedInstallation:
       return "by the environment variable " + origin.name;
     case Place::kConfigurationFile:
       return "by " + origin.name;
