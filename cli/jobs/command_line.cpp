@@ -12,6 +12,13 @@
 namespace ksv_cli {
 namespace {
 
+constexpr char kName[] = "ksv";
+constexpr char kDescription[] = "Converts text between character encodings.";
+constexpr char kVersion[] = "ksv " KSV_VERSION;
+constexpr char kFooter[] =
+    "'ksv JOB --help' tells the options of a job, 'ksv doctor' whether all is in place.";
+
+// Those of one group stand together in the help, and the groups as their first jobs do.
 void addJobs(OptionParser& parser) {
   addConvertJob(parser);
   addDetectJob(parser);
@@ -22,6 +29,8 @@ void addJobs(OptionParser& parser) {
   addSummaryJob(parser);
   addOleJob(parser);
   addLintJob(parser);
+  addDoctorJob(parser);
+  parser.footer(kFooter);
 }
 
 // Wrong usage names the job it was meant for and where help is.
@@ -35,7 +44,7 @@ int reportUsage(const std::string& job, const std::string& reason) {
 }  // namespace
 
 int runCommand(std::vector<std::string> arguments) {
-  OptionParser parser("ksv", "Converts text between character encodings.", "ksv " KSV_VERSION);
+  OptionParser parser(kName, kDescription, kVersion);
   addJobs(parser);
   try {
     const Request request = parser.parse(std::move(arguments));
@@ -46,6 +55,12 @@ int runCommand(std::vector<std::string> arguments) {
     platform::writeToStandardError(diagnostic(unusable.directory, unusable.reason));
     return kExitFailed;
   }
+}
+
+DeclaredCommand declaredCommand() {
+  OptionParser parser(kName, kDescription, kVersion);
+  addJobs(parser);
+  return parser.declared();
 }
 
 }  // namespace ksv_cli
