@@ -6,7 +6,9 @@
 #include "cli/charsets/compiled_tables.h"
 #include "cli/charsets/loaded_rules.h"
 #include "cli/charsets/name_matching.h"
+#include "cli/charsets/rule_source.h"
 #include "cli/system/failure.h"
+#include "cli/system/paths.h"
 #include "cli/system/processor.h"
 #include "cli/system/system_faults.h"
 #include "cli/system/temporary_file.h"
@@ -92,7 +94,11 @@ CheckFinding checkCompiledTables(const Surroundings& around) {
     return wrong(std::to_string(missing.size()) + " of " + std::to_string(tables.size()) +
                      " missing: " + listed(missing),
                  "run 'ksv tables' as a user who may write there");
-  return ok("all " + std::to_string(tables.size()) + " as their texts say");
+  const auto compared = std::count_if(tables.begin(), tables.end(), [&](const std::string& table) {
+    return isRegularFile(platform::joinPath(around.directory->path, table));
+  });
+  return ok("all " + std::to_string(tables.size()) + " are there, " + std::to_string(compared) +
+            " are what their texts say");
 }
 
 CheckFinding checkCharsets(const Surroundings& around) {

@@ -27,7 +27,8 @@ NAVIGATION = {
                     "docs/cutting.md", "docs/strings.md", "docs/mapping.md", "docs/files.md",
                     "docs/paths.md", "docs/log.md", "docs/memory.md"],
     "Charsets": ["charsets/README.md"],
-    "What it promises": ["docs/security.md", "docs/faults.md", "docs/windows.md"],
+    "What it promises": ["docs/security.md", "docs/faults.md", "docs/windows.md",
+                         "docs/licences.md"],
     "How it is made": ["docs/architecture.md", "CONTRIBUTING.md", "bench/README.md",
                        "fuzz/README.md", "docs/coverage.md", "docs/mutation.md"],
 }
@@ -111,7 +112,7 @@ class Site:
                          flags=re.DOTALL)
         content = content.replace("<pre>", '<pre tabindex="0">')
         # What is short stays in one line.
-        content = re.sub(r"<code>([^<]{1,24})</code>", r'<code class="short">\1</code>', content)
+        content = re.sub(r"<code>([^<]{1,32})</code>", r'<code class="short">\1</code>', content)
         content = re.sub(r'<(h[23]) id="([^"]+)">(.*?)</\1>',
                          r'<\1 id="\2">\3<a class="anchor" href="#\2" aria-label="This section">#</a>'
                          r"</\1>", content, flags=re.DOTALL)

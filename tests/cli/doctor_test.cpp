@@ -129,6 +129,14 @@ TEST_F(Doctor, misses_a_compiled_table_and_makes_none) {
   EXPECT_EQ(ksv({"doctor"}).status, 0);
 }
 
+TEST_F(Doctor, does_without_the_texts_of_compiled_tables) {
+  useSmallDirectory();
+  fs::remove(pathOf(path("small/iso-8859-5.txt")));
+  Records found;
+  EXPECT_EQ(records(found).status, 0);
+  EXPECT_EQ(found["compiledTables"].at("value"), "all 1 are there, 0 are what their texts say");
+}
+
 TEST_F(Doctor, sees_a_compiled_table_that_is_cut_short) {
   useSmallDirectory();
   const std::string table = compiledTable();
