@@ -103,20 +103,29 @@ std::string withoutJob(const CLI::App& app) {
 struct Subcommand::Parsed {
   CLI::App& app;
   std::function<int()>& chosenWork;
+  OptionParser::Purpose purpose;
   DeclaredJob declared;
   std::vector<std::function<void()>> whenGiven = {};
   std::vector<std::shared_ptr<Parsed>> parts = {};
 
-  Parsed(CLI::App& added, std::function<int()>& work, const char* group)
-      : app(added),
-        chosenWork(work),
-        declared{.name = app.get_name(),
-                 .group = group,
-                 .help = app.get_description(),
-                 .options = {declaredOption(kHelpNames, "", kHelpOfHelp)}} {}
+  Parsed(CLI::App& added, std::function<int()>& work, OptionParser::Purpose why)
+      : app(added), chosenWork(work), purpose(why) {
+    if (!isDeclared()) return;
+    declared.name = app.get_name();
+    declared.help = app.get_description();
+    declared.options = {declaredOption(kHelpNames, "", kHelpOfHelp)};
+  }
 
-  void declare(DeclaredOption option, const OptionTerms& terms = {}) {
-    if (!terms.hidden) declared.options.push_back(std::move(option));
+  bool isDeclared() const { return purpose == OptionParser::Purpose::kDeclaration; }
+
+  // Null where nobody asks for it.
+  DeclaredOption* declare(const char* names, const char* value, const char* help,
+                          const OptionTerms& terms = {}) {
+    return terms.hidden ? nullptr : declareIn(declared.options, names, value, help, terms);
+  }
+  DeclaredOption* declareOperand(const char* name, const char* help,
+                                 const OptionTerms& terms = {}) {
+    return declareIn(declared.operands, name, name, help, terms);
   }
 
   void setWhenGiven(const CLI::Option* option, std::shared_ptr<std::string> text,
@@ -131,36 +140,43 @@ struct Subcommand::Parsed {
     for (const auto& part : parts) job.parts.push_back(part->whole());
     return job;
   }
+
+ private:
+  DeclaredOption* declareIn(std::vector<DeclaredOption>& options, const char* names,
+                            const char* value, const char* help, const OptionTerms& terms) {
+    if (!isDeclared()) return nullptr;
+    options.push_back(declaredOption(names, value, help, terms));
+    return &options.back();
+  }
 };
 
 void Subcommand::operand(const char* name, std::string& value, const char* help,
                          const OptionTerms& terms) {
-  parsed_->declared.operands.push_back(declaredOption(name, name, help, terms));
+  parsed_->declareOperand(name, help, terms);
   applyTerms(*parsed_->app.add_option(name, value, help)->type_name(""), terms);
 }
 
 void Subcommand::operands(const char* name, std::vector<std::string>& values, const char* help) {
-  DeclaredOption declared = declaredOption(name, name, help);
-  declared.repeats = true;
-  parsed_->declared.operands.push_back(std::move(declared));
+  if (DeclaredOption* const declared = parsed_->declareOperand(name, help))
+    declared->repeats = true;
   parsed_->app.add_option(name, values, help)->type_name("");
 }
 
 void Subcommand::flag(const char* names, bool& value, const char* help) {
-  parsed_->declare(declaredOption(names, "", help));
+  parsed_->declare(names, "", help);
   parsed_->app.add_flag(names, value, help);
 }
 
 void Subcommand::value(const char* names, const char* type, std::string& value, const char* help,
                        const OptionTerms& terms) {
-  parsed_->declare(declaredOption(names, type, help, terms), terms);
+  parsed_->declare(names, type, help, terms);
   applyTerms(*parsed_->app.add_option(names, value, help)->type_name(type), terms);
 }
 
 void Subcommand::value(const char* names, const char* type, std::optional<std::string>& value,
                        const char* help, const OptionTerms& terms) {
   const auto text = std::make_shared<std::string>();
-  parsed_->declare(declaredOption(names, type, help, terms), terms);
+  parsed_->declare(names, type, help, terms);
   CLI::Option* option = parsed_->app.add_option(names, *text, help)->type_name(type);
   applyTerms(*option, terms);
   parsed_->setWhenGiven(option, text, value);
@@ -169,9 +185,8 @@ void Subcommand::value(const char* names, const char* type, std::optional<std::s
 void Subcommand::flagOrValue(const char* name, const char* type, std::optional<std::string>& value,
                              const char* help) {
   const auto text = std::make_shared<std::string>();
-  DeclaredOption declared = declaredOption(name, type, help);
-  declared.valueMayLack = true;
-  parsed_->declare(std::move(declared));
+  if (DeclaredOption* const declared = parsed_->declare(name, type, help))
+    declared->valueMayLack = true;
   CLI::Option* option = parsed_->app.add_flag(withBareValue(name), *text, help);
   option->type_name(type);
   parsed_->setWhenGiven(option, text, value);
@@ -184,7 +199,7 @@ void Subcommand::number(const char* names, const char* type, uint64_t& value, Nu
                         const char* help, const OptionTerms& terms) {
   // The parser's own conversion would read 010 as 8.
   const auto take = [&value](const std::string& text) { value = *numberIn(text); };
-  parsed_->declare(declaredOption(names, type, help, terms), terms);
+  parsed_->declare(names, type, help, terms);
   CLI::Option* option = parsed_->app.add_option_function<std::string>(names, take, help);
   applyTerms(*option->type_name(type)->check(numberFrom(range)), terms);
 }
@@ -194,7 +209,7 @@ void Subcommand::workers(uint64_t& count, const char* help) {
 }
 
 void Subcommand::footer(const char* text) {
-  parsed_->declared.footer = text;
+  if (parsed_->isDeclared()) parsed_->declared.footer = text;
   parsed_->app.footer(text);
 }
 
@@ -202,7 +217,7 @@ Subcommand Subcommand::part(const char* name, const char* help) {
   // Not under the heading of its job, which a part takes over.
   CLI::App* added = parsed_->app.add_subcommand(name, help)->group("Subcommands");
   parsed_->app.require_subcommand(1);
-  parsed_->parts.push_back(std::make_shared<Parsed>(*added, parsed_->chosenWork, ""));
+  parsed_->parts.push_back(std::make_shared<Parsed>(*added, parsed_->chosenWork, parsed_->purpose));
   return Subcommand(parsed_->parts.back());
 }
 
@@ -216,12 +231,14 @@ void Subcommand::work(std::function<int()> work) {
 struct OptionParser::Parsed {
   CLI::App app;
   std::string version;
+  Purpose purpose;
   std::function<int()> chosenWork = {};
   std::vector<std::shared_ptr<Subcommand::Parsed>> jobs = {};
 };
 
-OptionParser::OptionParser(const char* name, const char* description, const char* version)
-    : parsed_(new Parsed{CLI::App(description, name), version}) {
+OptionParser::OptionParser(const char* name, const char* description, const char* version,
+                           Purpose purpose)
+    : parsed_(new Parsed{CLI::App(description, name), version, purpose}) {
   CLI::App& app = parsed_->app;
   app.set_version_flag(kVersionNames, version, kHelpOfVersion);
   app.set_help_flag(kHelpNames, kHelpOfHelp);
@@ -234,7 +251,9 @@ OptionParser::~OptionParser() = default;
 
 Subcommand OptionParser::job(const char* group, const char* name, const char* help) {
   CLI::App* added = parsed_->app.add_subcommand(name, help)->group(group);
-  parsed_->jobs.push_back(std::make_shared<Subcommand::Parsed>(*added, parsed_->chosenWork, group));
+  parsed_->jobs.push_back(
+      std::make_shared<Subcommand::Parsed>(*added, parsed_->chosenWork, parsed_->purpose));
+  parsed_->jobs.back()->declared.group = group;
   return Subcommand(parsed_->jobs.back());
 }
 

@@ -77,7 +77,10 @@ struct Request {
 
 class OptionParser {
  public:
-  OptionParser(const char* name, const char* description, const char* version);
+  enum class Purpose { kParsing, kDeclaration };
+
+  OptionParser(const char* name, const char* description, const char* version,
+               Purpose purpose = Purpose::kParsing);
   ~OptionParser();
 
   // group: the heading under which the help of the command lists it.
@@ -85,7 +88,7 @@ class OptionParser {
   // What the help says behind the jobs. Those that are added later take it over.
   void footer(const char* text);
 
-  // All that has been added.
+  // All that has been added, for which it was made.
   DeclaredCommand declared() const;
 
   // To be called once. Throws UsageError.
