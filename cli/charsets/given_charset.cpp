@@ -19,7 +19,7 @@ constexpr UsualAlias kUsualAliases[] = {
 #include "charset_aliases.inc"
 };
 
-UnicodeForm formOf(std::string_view lowerName) {
+UnicodeForm unicodeFormOf(std::string_view lowerName) {
   if (lowerName == "utf-8") return UnicodeForm::kUtf8;
   if (lowerName == "utf-16") return UnicodeForm::kUtf16;
   if (lowerName == "iso-10646-ucs-2") return UnicodeForm::kUcs2;
@@ -88,7 +88,7 @@ std::string CharsetNames::displayName(const std::string& lowerName) const {
 }
 
 CharsetChoice CharsetNames::makeChoice(const std::string& lowerName, ByteOrder order) const {
-  return {lowerName, displayName(lowerName), formOf(lowerName), order, kindOf(lowerName)};
+  return {lowerName, displayName(lowerName), unicodeFormOf(lowerName), order, kindOf(lowerName)};
 }
 
 bool CharsetNames::isNameOf(std::string_view name, const char* charset) const {
