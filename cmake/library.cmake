@@ -14,8 +14,8 @@ if(WIN32)
   set_target_properties(ksv_comm PROPERTIES PREFIX "")
   target_sources(ksv_comm PRIVATE ${KSV_MODULE_DEFINITION})
 else()
-  set_target_properties(ksv_comm PROPERTIES VERSION ${PROJECT_VERSION}
-                        SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${KSV_VERSION_SCRIPT})
+  set_target_properties(ksv_comm PROPERTIES VERSION ${KSV_ABI_VERSION}.${PROJECT_VERSION}
+                        SOVERSION ${KSV_ABI_VERSION} LINK_DEPENDS ${KSV_VERSION_SCRIPT})
   target_link_options(ksv_comm PRIVATE -Wl,--version-script=${KSV_VERSION_SCRIPT}
                       -Wl,--no-undefined)
 endif()
