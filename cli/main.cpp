@@ -7,6 +7,7 @@
 #include "cli/system/console.h"
 #include "cli/system/failure.h"
 #include "cli/system/process.h"
+#include "cli/system/rights.h"
 #include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
 
@@ -15,6 +16,7 @@ int main(int argumentCount, char** arguments) {
   try {
     noteWantOfMemory();
     platform::prepareProcess();
+    platform::dropUnneededRights();
     const int exitStatus = runCommand(platform::commandLineArguments(argumentCount, arguments));
     return exitStatus == kExitDone && isAnythingLeftOver() ? kExitFailed : exitStatus;
   } catch (const std::bad_alloc&) {

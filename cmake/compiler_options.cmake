@@ -1,7 +1,9 @@
-# One target that everything of ours links: warnings as errors, and the
-# sanitizers when they are asked for.
+# One target that everything of ours links: warnings, and the sanitizers when they are asked for.
 add_library(ksv_options INTERFACE)
-target_compile_options(ksv_options INTERFACE -Wall -Wextra -Wconversion -Werror)
+target_compile_options(ksv_options INTERFACE -Wall -Wextra -Wconversion)
+if(KSV_WERROR)
+  target_compile_options(ksv_options INTERFACE -Werror)
+endif()
 
 if(KSV_SANITIZE)
   target_compile_options(ksv_options INTERFACE -fsanitize=address,undefined
@@ -18,10 +20,12 @@ if(KSV_BUILD_FUZZERS)
   target_compile_options(ksv_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# What is counted links this as well: the tests themselves need no counters, only what makes
+include(cmake/hardening.cmake)
+
+# What is shipped links this as well, and is what KSV_COVERAGE counts: the tests themselves need no counters, only what makes
 # room for those of others.
 add_library(ksv_counted INTERFACE)
-target_link_libraries(ksv_counted INTERFACE ksv_options)
+target_link_libraries(ksv_counted INTERFACE ksv_options ksv_hardening)
 
 if(KSV_COVERAGE)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")

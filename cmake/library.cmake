@@ -1,30 +1,55 @@
-# ksv_comm: the exported library, and the same objects as a static archive for
-# tests, benchmarks and fuzzers that look inside.
+# The libraries that others link.
 include(cmake/exports.cmake)
-
 find_package(Threads REQUIRED)
-set(KSV_OBJECTS $<TARGET_OBJECTS:ksv_common> $<TARGET_OBJECTS:ksv_cconv>
-    $<TARGET_OBJECTS:ksv_detect> $<TARGET_OBJECTS:ksv_ole_reader> $<TARGET_OBJECTS:ksv_ole>)
 
-add_library(ksv_comm SHARED ${KSV_OBJECTS})
-target_include_directories(ksv_comm PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-                           $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/ksv_comm>)
-target_link_libraries(ksv_comm PRIVATE ksv_options Threads::Threads ${CMAKE_DL_LIBS})
-if(WIN32)
-  set_target_properties(ksv_comm PROPERTIES PREFIX "")
-  target_sources(ksv_comm PRIVATE ${KSV_MODULE_DEFINITION})
-else()
-  set_target_properties(ksv_comm PROPERTIES VERSION ${KSV_ABI_VERSION}.${PROJECT_VERSION}
-                        SOVERSION ${KSV_ABI_VERSION} LINK_DEPENDS ${KSV_VERSION_SCRIPT})
-  target_link_options(ksv_comm PRIVATE -Wl,--version-script=${KSV_VERSION_SCRIPT}
-                      -Wl,--no-undefined)
-endif()
+# ksv_add_library(name SOVERSION number EXPORTS list DESCRIPTION text OBJECTS object...
+#                 [TARGET target])
+# Of these objects the shared library NAME, which exports what the list names and nothing else, and
+# the archive of the same name: the targets TARGET and TARGET_static, TARGET being NAME unless
+# a program has that name. Others know them as ksv::NAME and ksv::NAME_static, and get them by
+# find_package, pkg-config and as a part of their own build alike.
+function(ksv_add_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 library "" "SOVERSION;EXPORTS;DESCRIPTION;TARGET" "OBJECTS")
+  if(NOT library_TARGET)
+    set(library_TARGET ${name})
+  endif()
+  ksv_write_exports(${name} ${PROJECT_SOURCE_DIR}/${library_EXPORTS})
+  ksv_add_shared_library(${library_TARGET} ${name} ${library_SOVERSION} ${library_OBJECTS})
+  ksv_add_archive(${library_TARGET}_static ${name} ${library_OBJECTS})
+  set_property(GLOBAL APPEND PROPERTY KSV_LIBRARIES ${library_TARGET})
+  set_target_properties(${library_TARGET} PROPERTIES KSV_DESCRIPTION "${library_DESCRIPTION}")
+endfunction()
 
-add_library(ksv_internal STATIC EXCLUDE_FROM_ALL ${KSV_OBJECTS})
-target_include_directories(ksv_internal PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR})
-target_link_libraries(ksv_internal PUBLIC ksv_options Threads::Threads ${CMAKE_DL_LIBS})
+function(ksv_add_shared_library target name soversion)
+  set(exports ${PROJECT_BINARY_DIR}/${name})
+  add_library(${target} SHARED ${ARGN})
+  ksv_show_library(${target} ${name} ${name})
+  # None of ours is needed for linking against it.
+  target_link_libraries(${target} PRIVATE ksv_hardening ksv_options)
+  if(WIN32)
+    set_target_properties(${target} PROPERTIES PREFIX "")
+    target_sources(${target} PRIVATE ${exports}.def)
+  else()
+    set_target_properties(${target} PROPERTIES VERSION ${soversion}.${PROJECT_VERSION}
+                          SOVERSION ${soversion} LINK_DEPENDS ${exports}.map)
+    target_link_options(${target} PRIVATE -Wl,--version-script=${exports}.map -Wl,--no-undefined)
+  endif()
+endfunction()
 
-install(TARGETS ksv_comm LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ksv_comm
-        FILES_MATCHING PATTERN "*.h")
+function(ksv_add_archive target name)
+  add_library(${target} STATIC ${ARGN})
+  ksv_show_library(${target} ${name} ${name}_static)
+  if(NOT KSV_BUILD_STATIC)
+    set_target_properties(${target} PROPERTIES EXCLUDE_FROM_ALL ON)
+  endif()
+endfunction()
+
+# What those see who link it.
+function(ksv_show_library target file name)
+  add_library(ksv::${name} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME ${file} EXPORT_NAME ${name})
+  target_include_directories(${target} PUBLIC
+                             $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+                             $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/ksv_comm>)
+  target_link_libraries(${target} PRIVATE Threads::Threads ${CMAKE_DL_LIBS})
+endfunction()

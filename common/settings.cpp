@@ -22,6 +22,13 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 // that of programs which hold the library themselves: the build knows.
 constexpr char kInstalledCharsets[] = KSV_CHARSET_RELATIVE;
 constexpr char kInstalledCharsetsFromPrograms[] = KSV_CHARSET_RELATIVE_TO_PROGRAMS;
+// Where this build is to be installed, for programs that hold the library and lie elsewhere.
+// Empty where nobody can say who may write there.
+constexpr char kCharsetsOfBuild[] = KSV_CHARSET_OF_BUILD;
+
+// Where those have put the charset directory who install nothing, such as the tests of a
+// program that is built together with the library.
+constexpr char kCharsetVariable[] = "KSV_CHARSETS";
 
 std::string withSeparator(std::string directory) {
   if (!directory.empty() && !isSeparator(directory.back())) directory.push_back(pathSeparator());
@@ -108,7 +115,7 @@ bool acceptFromConfiguration(const Destination& destination) {
 
 // The build tree has its charset directory beside the library, an installation
 // in its data directory.
-bool acceptInstalled(const Destination& destination) {
+bool acceptFromOwnPlace(const Destination& destination) {
   const std::optional<std::string> library = libraryDirectory();
   if (!library) return false;
   for (const char* relative : {"charset", kInstalledCharsets, kInstalledCharsetsFromPrograms,
@@ -117,6 +124,15 @@ bool acceptInstalled(const Destination& destination) {
     if (directory && destination.accept(*directory)) return true;
   }
   return false;
+}
+
+// For the charset directory alone, behind all that is looked up for any key.
+bool acceptInstalled(const Destination& destination) {
+  const std::optional<std::string> named = environmentValue(kCharsetVariable);
+  if (named && destination.accept(*named)) return true;
+  if (acceptFromOwnPlace(destination)) return true;
+  const auto directory = canonicalDirectory(kCharsetsOfBuild);
+  return directory && destination.accept(*directory);
 }
 
 bool lookUp(const Destination& destination) {

@@ -1,9 +1,10 @@
-# Sourced by the scripts beside it: what a Debian machine needs to build and test,
-# and how to get it.
+# Sourced by the scripts beside it: what a Debian machine needs, by purpose, and how to get it.
 
-readonly packages=(
-  g++ cmake ninja-build git python3
-  libcli11-dev nlohmann-json3-dev
+# To build what is installed.
+readonly build_packages=(g++ cmake ninja-build python3 libcli11-dev nlohmann-json3-dev)
+# To build and run tests and benchmarks.
+readonly test_packages=(
+  "${build_packages[@]}" git
   libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
   clang libclang-rt-14-dev locales
   doxygen strace
@@ -11,7 +12,9 @@ readonly packages=(
 # For the Windows build and its tests; not every machine can have them.
 readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)
 
-# For scripts/coverage, beside the others.
+# For scripts/release, beside those that build: the Debian packages.
+readonly release_packages=(debhelper dpkg-dev fakeroot lintian pkg-config)
+# For scripts/coverage, beside those of the tests.
 readonly coverage_packages=(llvm)
 
 # Those of the packages named that are not installed.
@@ -30,11 +33,10 @@ apt_install() {
   run_quietly env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
 }
 
-# Installs what is missing, of the packages named as well, as root; anyone else is told the line
-# to run.
+# Installs what is missing of the packages named, as root; anyone else is told the line to run.
 install_packages() {
   local missing
-  mapfile -t missing < <(missing_packages "${packages[@]}" "$@")
+  mapfile -t missing < <(missing_packages "$@")
   if ((${#missing[@]} == 0)); then return; fi
   if ((EUID != 0)); then
     echo "Some packages are missing. Run this, and then $0 again:" >&2

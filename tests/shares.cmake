@@ -1,6 +1,6 @@
 # The tests of a GoogleTest program as tests of ctest: shares of them, each run in as few
 # processes as can be, since starting one takes longer than most tests.
-find_package(Python3 3.11 REQUIRED COMPONENTS Interpreter)
+find_package(Python3 3.10 REQUIRED COMPONENTS Interpreter)
 
 set(KSV_RUN_SHARE ${CMAKE_CURRENT_LIST_DIR}/../scripts/testing/run_share.py)
 set(KSV_OWN_PROCESS ${CMAKE_CURRENT_LIST_DIR}/own_process.txt)

@@ -10,13 +10,15 @@
 namespace ksv::test {
 
 inline constexpr char kCharsetKey[] = "Charsetpath";
+inline constexpr char kCharsetVariable[] = "KSV_CHARSETS";
 
 // A user whose settings stand in the current directory, and nowhere else at first.
 class Settings : public testing::Test {
  protected:
   Settings()
       : configuration_(kConfigurationVariable, directory_.path()),
-        value_(kCharsetKey, std::nullopt) {}
+        value_(kCharsetKey, std::nullopt),
+        charsets_(kCharsetVariable, std::nullopt) {}
 
   static void configure(const std::string& text) { writeFile("ksv_conf.ini", text); }
 
@@ -32,6 +34,7 @@ class Settings : public testing::Test {
   TempDirectory directory_;
   ScopedVariable configuration_;
   ScopedVariable value_;
+  ScopedVariable charsets_;
 };
 
 }  // namespace ksv::test

@@ -62,6 +62,42 @@ TEST_F(Settings, of_the_user_come_before_those_of_etc) {
 
 namespace {
 
+const ksv::test::ChildBody kTellCharsetDirectory(
+    "tell the charset directory", [](const ksv::test::Arguments&) {
+      char buffer[260];
+      if (!ksv::platform::readSetting(ksv::test::kCharsetKey, buffer, sizeof buffer)) return 1;
+      return std::string(buffer) == KSV_TEST_CHARSETS_OF_BUILD "/" ? 0 : 2;
+    });
+
+// This program, started from a place that has no charset directory.
+int runElsewhere(const std::string& program, const char* body) {
+  return ksv::test::runInChild([&] {
+    execl(program.c_str(), program.c_str(), ksv::test::kChildOption, body,
+          static_cast<char*>(nullptr));
+    return 3;
+  });
+}
+
+}  // namespace
+
+TEST_F(Settings, of_a_program_that_lies_elsewhere_come_from_where_the_build_is_installed) {
+  namespace fs = std::filesystem;
+  const std::string program = directory_.path() + "/program";
+  fs::copy_file(ksv::test::ownExecutable(), program);
+  const fs::path charsets = KSV_TEST_CHARSETS_OF_BUILD;
+  const std::string data = charsets.parent_path().parent_path();
+  const int result = ksv::test::runInChild([&] {
+    if (!hasOwnEtc() || mount("ksv_tests", data.c_str(), "tmpfs", 0, "mode=755") != 0) return 77;
+    if (runElsewhere(program, kTellCharsetDirectory.name) != 1) return 4;
+    fs::create_directories(charsets);
+    return runElsewhere(program, kTellCharsetDirectory.name);
+  });
+  if (result == 77) GTEST_SKIP() << "the system gives no directories of its own to this user";
+  EXPECT_EQ(result, 0);
+}
+
+namespace {
+
 // The loader knows this program by the name that it was started with, which means nothing
 // any more in another directory.
 const ksv::test::ChildBody kTellLibraryDirectory(

@@ -1,6 +1,7 @@
 #include "tests/common/settings_fixture.h"
 
 using ksv::test::kCharsetKey;
+using ksv::test::kCharsetVariable;
 using ksv::test::kSeparator;
 using ksv::test::pathOf;
 using ksv::test::ScopedVariable;
@@ -89,6 +90,28 @@ TEST_F(Settings, come_from_a_file_with_a_byte_order_mark) {
       "Other=x\n\xEF\xBB\xBF"
       "Charsetpath=/d\n");
   EXPECT_NE(read(), "/d" + kSeparator);
+}
+
+TEST_F(Settings, of_the_charset_directory_come_from_KSV_CHARSETS_behind_all_that_is_configured) {
+  ScopedVariable charsets(kCharsetVariable, "/from/variable");
+  EXPECT_EQ(read(), "/from/variable" + kSeparator);
+  configure("Charsetpath=/from/file\n");
+  EXPECT_EQ(read(), "/from/file" + kSeparator);
+  ScopedVariable value(kCharsetKey, "/from/environment");
+  EXPECT_EQ(read(), "/from/environment" + kSeparator);
+}
+
+TEST_F(Settings, in_KSV_CHARSETS_that_are_empty_or_too_long_leave_their_turn_to_the_next) {
+  const std::string next = read();
+  for (const std::string& value : {std::string(), std::string(259, 'd')}) {
+    ScopedVariable charsets(kCharsetVariable, value);
+    EXPECT_EQ(read(), next);
+  }
+}
+
+TEST_F(Settings, in_KSV_CHARSETS_answer_no_other_key) {
+  ScopedVariable charsets(kCharsetVariable, "/from/variable");
+  EXPECT_EQ(read("KsvTestKey"), "none");
 }
 
 TEST_F(Settings, come_from_the_charset_directory_beside_the_library_last) {

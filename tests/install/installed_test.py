@@ -1,0 +1,292 @@
+#!/usr/bin/env python3
+"""Installs a build tree, moves what was installed, and uses it as others do.
+
+    installed_test.py --build DIR --cmake CMAKE [--toolchain FILE] [--emulator COMMAND...]
+
+The libraries, the command and the charset directory have to be built already.
+"""
+import argparse
+import os
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+COMPONENTS = ("runtime", "development", "command", "data", "texts", "licences")
+NIHON = "E6 97 A5 E6 9C AC"
+NOBODY = 65534
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", type=Path, required=True)
+    parser.add_argument("--cmake", default="cmake")
+    parser.add_argument("--toolchain", type=Path)
+    parser.add_argument("--emulator", nargs="*", default=[])
+    return parser.parse_args()
+
+
+ARGUMENTS = parse_arguments()
+
+
+def cached(name):
+    """What the build tree was configured with."""
+    found = re.search(rf"^{name}:[A-Z]+=(.*)$",
+                      (ARGUMENTS.build / "CMakeCache.txt").read_text(), re.MULTILINE)
+    return found.group(1) if found else ""
+
+
+def is_windows():
+    return (ARGUMENTS.build / "ksv.exe").exists()
+
+
+def run(*command, **options):
+    """What a command prints; its failure is the test's."""
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, text=True, errors="replace", check=False,
+                          **options)
+    if done.returncode != 0:
+        raise AssertionError(f"{shlex.join(map(str, command))} gave {done.returncode}:\n"
+                             f"{done.stdout}")
+    return done.stdout
+
+
+def install(prefix, *options):
+    run(ARGUMENTS.cmake, "--install", ARGUMENTS.build, "--prefix", prefix, *options)
+
+
+def files_below(directory):
+    return {str(path.relative_to(directory)) for path in directory.rglob("*")
+            if not path.is_dir() or path.is_symlink()}
+
+
+def without_settings(**settings):
+    """An environment in which nothing says where the charset directory is."""
+    kept = {name: value for name, value in os.environ.items()
+            if name not in ("Charsetpath", "KSV_CHARSETS", "XDG_CONFIG_HOME")}
+    if not is_windows():
+        kept["HOME"] = "/nowhere"
+    return {**kept, **settings}
+
+
+def execute(program, *arguments, **options):
+    options.setdefault("env", without_settings())
+    return run(*ARGUMENTS.emulator, program, *arguments, **options)
+
+
+class Installed(unittest.TestCase):
+    """An installation that lies elsewhere than it was installed to."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = tempfile.TemporaryDirectory(prefix="ksv_install")
+        cls.directory = Path(cls.scratch.name)
+        cls.directory.chmod(0o755)
+        first = cls.directory / "first"
+        install(first)
+        cls.prefix = cls.directory / "moved"
+        first.rename(cls.prefix)
+        cls.ending = ".exe" if is_windows() else ""
+        cls.libraries = cls.prefix / (cached("CMAKE_INSTALL_LIBDIR") or "lib")
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.scratch.cleanup()
+
+    def command(self):
+        return self.prefix / "bin" / f"ksv{self.ending}"
+
+    def convert_by_command(self, prefix=None, **options):
+        command = (prefix or self.prefix) / "bin" / f"ksv{self.ending}"
+        text = self.directory / "text.sjis"
+        text.write_bytes(b"\x93\xFA\x96\x7B")
+        return execute(command, "convert", "-f", "Shift_JIS", "-t", "UTF-8", text, **options)
+
+    def run_beside_library(self, program, **options):
+        """As a program that is installed with the library; on Windows the system finds the
+        library there."""
+        place = self.prefix / "bin" / program.name
+        shutil.copy(program, place)
+        try:
+            return execute(place, **options)
+        finally:
+            place.unlink()
+
+
+class Components(Installed):
+    def test_are_the_whole_installation_and_have_no_file_in_common(self):
+        whole = files_below(self.prefix)
+        parts = []
+        for component in COMPONENTS:
+            prefix = self.directory / component
+            install(prefix, "--component", component)
+            parts.append(files_below(prefix))
+        self.assertEqual(set().union(*parts), whole)
+        self.assertEqual(sum(map(len, parts)), len(whole))
+
+    def test_hold_what_their_names_say(self):
+        def ending_with(component, endings):
+            prefix = self.directory / f"{component}_alone"
+            install(prefix, "--component", component)
+            files = files_below(prefix)
+            self.assertNotEqual(files, set(), component)
+            return {file for file in files if not file.endswith(endings)}
+        self.assertEqual(ending_with("texts", ".txt"), set())
+        self.assertEqual(ending_with("data", (".xml", ".cmp")), set())
+        self.assertEqual(ending_with("command", f"ksv{self.ending}"), set())
+        self.assertEqual(ending_with("development", (".h", ".cmake", ".pc", ".a", ".so")), set())
+
+    def test_without_texts_convert_by_every_charset_and_need_no_place_to_write(self):
+        prefix = self.directory / "without_texts"
+        for component in ("runtime", "command", "data"):
+            install(prefix, "--component", component)
+        before = files_below(prefix)
+        self.assertIn("filled", execute(prefix / "bin" / f"ksv{self.ending}", "tables"))
+        self.assertEqual(self.convert_by_command(prefix), "日本")
+        self.assertEqual(files_below(prefix), before)
+
+
+class Command(Installed):
+    def test_converts_without_any_setting(self):
+        self.assertEqual(self.convert_by_command(encoding="utf-8"), "日本")
+
+    def test_takes_the_directory_of_KSV_CHARSETS(self):
+        empty = self.directory / "empty"
+        empty.mkdir()
+        with self.assertRaisesRegex(AssertionError, "holds no charset rule file"):
+            self.convert_by_command(env=without_settings(KSV_CHARSETS=str(empty)))
+
+    def test_converts_for_users_who_may_not_write_to_the_installation(self):
+        if is_windows() or os.name != "posix":
+            self.skipTest("another system asks for its users otherwise")
+        def state():
+            return {str(path): path.lstat().st_mtime_ns for path in self.prefix.rglob("*")}
+        for path in self.prefix.rglob("*"):
+            if not path.is_symlink():
+                path.chmod(path.stat().st_mode & ~0o222)
+        before = state()
+        options = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if os.geteuid() == 0 else {}
+        self.assertEqual(self.convert_by_command(**options), "日本")
+        execute(self.command(), "tables", **options)
+        self.assertEqual(state(), before)
+
+
+class FindPackage(Installed):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.built = cls.directory / "consumer"
+        cls.configure(cls.built)
+        run(ARGUMENTS.cmake, "--build", cls.built)
+
+    @classmethod
+    def configure(cls, directory, *options):
+        toolchain = [f"-DCMAKE_TOOLCHAIN_FILE={ARGUMENTS.toolchain}"] if ARGUMENTS.toolchain else [
+            f"-DCMAKE_C_COMPILER={cached('CMAKE_C_COMPILER')}",
+            f"-DCMAKE_CXX_COMPILER={cached('CMAKE_CXX_COMPILER')}"]
+        run(ARGUMENTS.cmake, "-S", HERE / "consumer", "-B", directory, "-G", "Ninja", *toolchain,
+            "-DKSV_BY=find_package", f"-Dksv_ROOT={cls.prefix}", "-DCMAKE_BUILD_TYPE=Release",
+            *options)
+
+    def program(self, name):
+        return self.built / f"{name}{self.ending}"
+
+    def test_gives_programs_the_shared_library(self):
+        self.assertEqual(self.run_beside_library(self.program("c_shared")), f"{NIHON} in C\n")
+        self.assertEqual(self.run_beside_library(self.program("cpp_shared")), f"{NIHON} in C++\n")
+
+    def test_gives_programs_the_archive_which_finds_its_charsets_from_beside(self):
+        self.assertEqual(self.run_beside_library(self.program("c_static")), f"{NIHON} in C\n")
+        self.assertEqual(self.run_beside_library(self.program("cpp_static")), f"{NIHON} in C++\n")
+
+    def test_tells_where_the_charsets_are_for_programs_that_lie_elsewhere(self):
+        charsets = (self.built / "charset_directory.txt").read_text()
+        self.assertEqual(Path(charsets), self.prefix / "share" / "ksv_comm" / "charset")
+        for program in ("c_static", "cpp_static"):
+            with self.subTest(program):
+                self.assertIn(NIHON, execute(self.program(program),
+                                             env=without_settings(KSV_CHARSETS=charsets)))
+
+    def test_gives_the_archive_to_a_project_that_knows_no_cpp(self):
+        directory = self.directory / "consumer_in_c"
+        self.configure(directory, "-DONLY_IN_C=ON")
+        run(ARGUMENTS.cmake, "--build", directory)
+        program = directory / f"c_static{self.ending}"
+        self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
+
+    def test_finds_no_other_major_version_and_no_unknown_component(self):
+        for wanted, answer in (("99", 0), ("COMPONENTS wood", 0), ("COMPONENTS static", 1)):
+            with self.subTest(wanted):
+                script = self.directory / "find"
+                script.mkdir(exist_ok=True)
+                (script / "CMakeLists.txt").write_text(
+                    "cmake_minimum_required(VERSION 3.22)\nproject(find LANGUAGES C)\n"
+                    f"find_package(ksv {wanted} QUIET)\nmessage(STATUS \"found ${{ksv_FOUND}}\")\n")
+                said = run(ARGUMENTS.cmake, "-S", script, "-B", script / "build", "-G", "Ninja",
+                           f"-Dksv_ROOT={self.prefix}")
+                self.assertRegex(said, f"found {answer}")
+
+
+class PkgConfig(Installed):
+    def pkg_config(self, *options):
+        environment = {**os.environ, "PKG_CONFIG_LIBDIR": str(self.libraries / "pkgconfig")}
+        return run("pkg-config", *options, "ksv_comm", env=environment).strip()
+
+    def build(self, name, *options):
+        program = self.directory / f"{name}{self.ending}"
+        run(cached("CMAKE_C_COMPILER") or self.c_compiler(), HERE / "consumer" / "convert.c",
+            "-o", program, *options)
+        return program
+
+    @staticmethod
+    def c_compiler():
+        found = re.search(r"CMAKE_C_COMPILER (\S+)\)", ARGUMENTS.toolchain.read_text())
+        return found.group(1)
+
+    def test_gives_a_program_in_c_the_shared_library(self):
+        options = shlex.split(self.pkg_config("--cflags", "--libs"))
+        if not is_windows():
+            options.append(f"-Wl,-rpath,{self.libraries}")
+        program = self.build("by_pkg_config", *options)
+        self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
+
+    def test_gives_a_program_in_c_all_that_the_archive_needs(self):
+        options = shlex.split(self.pkg_config("--static", "--cflags", "--libs"))
+        program = self.build("by_pkg_config_static", "-static", *options)
+        self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
+
+    def test_tells_version_and_place_of_the_charsets(self):
+        self.assertRegex(self.pkg_config("--modversion"), r"^\d+\.\d+\.\d+$")
+        charsets = Path(self.pkg_config("--variable=charsetdir"))
+        self.assertTrue((charsets / "utf-8.xml").is_file(), charsets)
+
+
+class SharedLibrary(Installed):
+    def test_has_its_interface_and_its_release_in_its_name(self):
+        if is_windows():
+            self.skipTest("libraries have one name there")
+        version = cached("CMAKE_PROJECT_VERSION")
+        real = self.libraries / f"libksv_comm.so.{version}"
+        self.assertTrue(real.is_file() and not real.is_symlink())
+        link = self.libraries / "libksv_comm.so"
+        self.assertEqual(link.resolve(), real)
+        described = run("readelf", "-d", real)
+        soname = re.search(r"\(SONAME\).*\[(.*)\]", described).group(1)
+        self.assertRegex(soname, r"^libksv_comm\.so\.\d+$")
+        self.assertEqual((self.libraries / soname).resolve(), real)
+
+    def test_and_the_command_search_no_directory_that_others_name(self):
+        if is_windows():
+            self.skipTest("programs hold no search path there")
+        for file in (self.libraries / "libksv_comm.so", self.command()):
+            self.assertNotRegex(run("readelf", "-d", file), "RPATH|RUNPATH")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
