@@ -31,7 +31,8 @@ def abi_version(root):
 
 
 def header(abi):
-    return f"libksv_comm.so.{abi} libksv{abi} #MINVER#"
+    return (f"libksv_comm.so.{abi} libksv{abi} #MINVER#\n"
+            "* Build-Depends-Package: libksv-dev")
 
 
 def known_versions(text):

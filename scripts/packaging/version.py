@@ -38,8 +38,9 @@ def release_in_changelog(root):
 
 
 def debian_version(root):
-    """Of the package's version what stands before its revision."""
-    return first_match(root / "debian" / "changelog", rf"\A[a-z0-9.+-]+ \({VERSION}-\d+\) ")[1]
+    """Of the package's version what stands before the number of a change of the packaging alone."""
+    return first_match(root / "debian" / "changelog",
+                       rf"\A[a-z0-9.+-]+ \({VERSION}(?:\+deb\d+)?\) ")[1]
 
 
 def command_version(command):

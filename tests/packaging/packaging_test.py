@@ -45,13 +45,17 @@ class Versions(MadeUpTree):
                                      f"project(ksv_comm VERSION {project} LANGUAGES C)\n")
         self.write("CHANGELOG.md", f"# Changelog\n\n## {changelog} – 2026-01-02\n\n"
                                    "## 1.0.0 – 2025-01-02\n")
-        self.write("debian/changelog", f"ksv-comm ({debian}-4) unstable; urgency=low\n\n"
-                                       "ksv-comm (1.0.0-1) unstable; urgency=low\n")
+        self.write("debian/changelog", f"ksv-comm ({debian}) unstable; urgency=low\n\n"
+                                       "ksv-comm (1.0.0) unstable; urgency=low\n")
 
     def test_agree_when_each_place_has_the_newest(self):
         self.write_tree()
         says = self.program("echo ksv 1.2.3\n")
         self.assertEqual(version.disagreements(self.root, [says]), [])
+
+    def test_agree_where_only_the_packaging_is_newer(self):
+        self.write_tree(debian="1.2.3+deb4")
+        self.assertEqual(version.disagreements(self.root), [])
 
     def test_of_other_releases_are_told_by_their_place(self):
         for place, others in (("CHANGELOG.md", {"changelog": "1.2.2"}),
@@ -82,7 +86,8 @@ class DebianSymbols(MadeUpTree):
         self.write_tree("7 two\n8 one\n")
         known = "libksv_comm.so.0 libksv0 #MINVER#\n two@Base 1.0.0\n"
         self.assertEqual(debian_symbols.symbols_text(self.root, known),
-                         "libksv_comm.so.0 libksv0 #MINVER#\n one@Base 1.2.3\n two@Base 1.0.0\n")
+                         "libksv_comm.so.0 libksv0 #MINVER#\n"
+                         "* Build-Depends-Package: libksv-dev\n one@Base 1.2.3\n two@Base 1.0.0\n")
 
     def test_that_are_gone_are_an_error(self):
         self.write_tree("8 one\n")
