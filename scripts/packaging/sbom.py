@@ -27,31 +27,51 @@ from version import ROOT, project_version
 SUPPLIER = "Organization: The ksv_comm developers"
 COPYRIGHT = "The ksv_comm developers"
 LICENCE = "Apache-2.0"
-GCC_RUNTIME = "GPL-3.0-or-later WITH GCC-exception-3.1"
 EPOCH = "SOURCE_DATE_EPOCH"
+LICENCES_PAGE = ROOT / "docs" / "licences.md"
+FACTS_LICENCE = "CC0-1.0"
+# A licence in a table of the page; what else stands there is prose.
+LICENCE_NAME = re.compile(r"\b(?:[A-Za-z]+-)+[0-9]+(?:\.[0-9]+)?(?:-[A-Za-z]+)*"
+                          r"(?: WITH [A-Za-z0-9.-]+)?|\bMIT\b")
 
 
 @dataclass(frozen=True)
 class Foreign:
-    """A Debian package that is compiled in, linked to, or builds."""
+    """What others made that is compiled in, linked to, builds, or was a source of facts. What is
+    shipped has a row on the page of licences, which begins with this text."""
 
     package: str
-    licence: str
+    row: str = ""
     purpose: str = "LIBRARY"
 
 
-CLI11 = Foreign("libcli11-dev", "BSD-3-Clause")
-JSON_LIBRARY = Foreign("nlohmann-json3-dev", "MIT")
-COMPILED_INTO_COMMAND = (CLI11, JSON_LIBRARY)
-LINKED_ON_LINUX = (Foreign("libstdc++6", GCC_RUNTIME), Foreign("libgcc-s1", GCC_RUNTIME),
-                   Foreign("libc6", "LGPL-2.1-or-later"))
-LINKED_ON_WINDOWS = (Foreign("g++-mingw-w64-x86-64-posix", GCC_RUNTIME),
-                     Foreign("mingw-w64-x86-64-dev", "ZPL-2.1 AND MIT"))
-TOOLS = (Foreign("g++-12", "GPL-3.0-or-later", "APPLICATION"),
-         Foreign("binutils", "GPL-3.0-or-later", "APPLICATION"),
-         Foreign("cmake", "BSD-3-Clause", "APPLICATION"),
-         Foreign("ninja-build", "Apache-2.0", "APPLICATION"),
-         Foreign("python3", "PSF-2.0", "APPLICATION"))
+COMPILED_INTO_COMMAND = (Foreign("libcli11-dev", "CLI11"),
+                         Foreign("nlohmann-json3-dev", "JSON for Modern C++"))
+LINKED_ON_LINUX = (Foreign("libstdc++6"), Foreign("libgcc-s1"), Foreign("libc6"))
+LINKED_ON_WINDOWS = (Foreign("g++-mingw-w64-x86-64-posix", "libstdc++ and libgcc"),
+                     Foreign("mingw-w64-x86-64-dev", "the run-time library of MinGW-w64"))
+TOOLS = tuple(Foreign(package, purpose="APPLICATION")
+              for package in ("g++-12", "binutils", "cmake", "ninja-build", "python3"))
+TOOLS_FOR_WINDOWS = (Foreign("g++-mingw-w64-x86-64-posix", "libstdc++ and libgcc"),
+                     *(Foreign(package, purpose="APPLICATION") for package in
+                       ("binutils-mingw-w64-x86-64", "cmake", "ninja-build", "python3")))
+SOURCES_OF_FACTS = (("glibc", "glibc:"), ("Python", "Python: its codecs"))
+
+
+def cells_of(row):
+    """Those of the one line of a table on the page that has a cell which begins so."""
+    lines = LICENCES_PAGE.read_text(encoding="utf-8").splitlines()
+    tables = [[cell.strip() for cell in line.strip("|").split("|")]
+              for line in lines if line.startswith("|")]
+    found = [cells for cells in tables if any(cell.startswith(row) for cell in cells)]
+    if len(found) != 1:
+        raise SystemExit(f"sbom: {LICENCES_PAGE.name} has {len(found)} rows for {row}")
+    return found[0]
+
+
+def licences_of(foreign):
+    """As the page has them; of what is not shipped nothing is asserted."""
+    return LICENCE_NAME.findall(cells_of(foreign.row)[-1]) if foreign.row else []
 
 
 @dataclass(frozen=True)
@@ -97,8 +117,8 @@ def is_source(path):
     return re.fullmatch(r"ksv_comm-[0-9.]+\.tar\.gz", path.name) is not None
 
 
-def linked_to(path):
-    return LINKED_ON_WINDOWS if path.suffix == ".zip" else LINKED_ON_LINUX
+def is_for_windows(path):
+    return path.suffix == ".zip"
 
 
 def is_command(name):
@@ -110,18 +130,22 @@ def is_program(name):
     return is_command(name) or re.search(r"\.so(\.\d+)*$|\.dll$", name) is not None
 
 
+def is_fact(name):
+    return Path(name).parent.name == "charset"
+
+
+def foreign_in(name, path):
+    """What others made that is in a file: on Windows the run-time libraries, too."""
+    foreign = list(COMPILED_INTO_COMMAND) if is_command(name) else []
+    return foreign + (list(LINKED_ON_WINDOWS) if is_program(name) and is_for_windows(path) else [])
+
+
 def licences_in(name, path):
-    """Those of a file, the library's own first. On Windows the run-time libraries are in it."""
-    licences = [LICENCE]
-    if is_command(name):
-        licences += [foreign.licence for foreign in COMPILED_INTO_COMMAND]
-    if is_program(name) and path.suffix == ".zip":
-        licences += [foreign.licence for foreign in linked_to(path)]
+    """Those of a file, the library's own first."""
+    licences = [FACTS_LICENCE if is_fact(name) else LICENCE]
+    for foreign in foreign_in(name, path):
+        licences += licences_of(foreign)
     return list(dict.fromkeys(licences))
-
-
-def all_of(licences):
-    return " AND ".join(f"({licence})" if " AND " in licence else licence for licence in licences)
 
 
 def type_of(name):
@@ -151,12 +175,8 @@ def file_element(path, file, number):
     return {"SPDXID": identifier(path.name, f"file{number}"),
             "fileName": "./" + file.name.removeprefix("./"), "fileTypes": [type_of(file.name)],
             "checksums": [checksum("sha1", file.content), checksum("sha256", file.content)],
-            "licenseConcluded": all_of(licences), "licenseInfoInFiles": atoms(licences),
+            "licenseConcluded": " AND ".join(licences), "licenseInfoInFiles": licences,
             "copyrightText": COPYRIGHT}
-
-
-def atoms(licences):
-    return sorted({atom for licence in licences for atom in licence.split(" AND ")})
 
 
 def verification_code(elements):
@@ -174,7 +194,7 @@ def artefact_element(path, elements, version):
                 "primaryPackagePurpose": "SOURCE" if is_source(path) else "INSTALL"}
     licences = sorted({licence for element in elements
                        for licence in element["licenseInfoInFiles"]} or {LICENCE})
-    artefact["licenseConcluded"] = all_of(licences)
+    artefact["licenseConcluded"] = " AND ".join(licences)
     if elements:
         artefact["licenseInfoFromFiles"] = licences
         artefact["packageVerificationCode"] = {
@@ -196,7 +216,7 @@ def foreign_element(foreign):
     return {"SPDXID": identifier(foreign.package), "name": foreign.package, "versionInfo": version,
             "supplier": "Organization: Debian", "downloadLocation": "NOASSERTION",
             "filesAnalyzed": False, "licenseConcluded": "NOASSERTION",
-            "licenseDeclared": foreign.licence, "copyrightText": "NOASSERTION",
+            "licenseDeclared": " AND ".join(licences_of(foreign)) or "NOASSERTION", "copyrightText": "NOASSERTION",
             "primaryPackagePurpose": foreign.purpose,
             "externalRefs": [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
                               "referenceLocator": purl(foreign.package, version)}]}
@@ -205,6 +225,17 @@ def foreign_element(foreign):
 def purl(package, version):
     escaped = version.replace("+", "%2B").replace(":", "%3A").replace("~", "%7E")
     return f"pkg:deb/debian/{package.replace('+', '%2B')}@{escaped}"
+
+
+def facts_element(name, row):
+    """Facts in which no copyright is claimed, whatever the licence of what they were read from."""
+    cells = cells_of(row)
+    return {"SPDXID": identifier("facts", name), "name": name, "versionInfo": cells[1],
+            "downloadLocation": "NOASSERTION", "filesAnalyzed": False,
+            "licenseConcluded": FACTS_LICENCE, "copyrightText": "NONE",
+            "licenseDeclared": " AND ".join(LICENCE_NAME.findall(cells[-1])),
+            "primaryPackagePurpose": "OTHER",
+            "comment": f"The source of facts only ({LICENCES_PAGE.name}): {cells[0]}"}
 
 
 class Release:
@@ -229,23 +260,22 @@ class Release:
         for element in elements:
             self.relations.append(relation(name, "CONTAINS", element["SPDXID"]))
             self.add_links(path, element)
-        for tool in TOOLS if is_installed else ():
-            self.relate(tool, "BUILD_TOOL_OF", name)
-
-    def relate(self, foreign, kind, other):
-        self.foreign[foreign.package] = foreign
-        self.relations.append(relation(identifier(foreign.package), kind, other))
+        if any(is_fact(element["fileName"]) for element in elements):
+            for facts, _ in SOURCES_OF_FACTS:
+                self.relations.append(relation(name, "GENERATED_FROM", identifier("facts", facts)))
+        if is_installed:
+            for tool in TOOLS_FOR_WINDOWS if is_for_windows(path) else TOOLS:
+                self.foreign[tool.package] = tool
+                self.relations.append(relation(identifier(tool.package), "BUILD_TOOL_OF", name))
 
     def add_links(self, path, element):
-        program = element["SPDXID"]
-        links = [(foreign, "STATIC_LINK") for foreign in COMPILED_INTO_COMMAND
-                 if is_command(element["fileName"])]
-        if is_program(element["fileName"]):
-            kind = "STATIC_LINK" if path.suffix == ".zip" else "DYNAMIC_LINK"
-            links += [(foreign, kind) for foreign in linked_to(path)]
+        name = element["fileName"]
+        links = [(foreign, "STATIC_LINK") for foreign in foreign_in(name, path)]
+        if is_program(name) and not is_for_windows(path):
+            links += [(foreign, "DYNAMIC_LINK") for foreign in LINKED_ON_LINUX]
         for foreign, kind in links:
             self.foreign[foreign.package] = foreign
-            self.relations.append(relation(program, kind, identifier(foreign.package)))
+            self.relations.append(relation(element["SPDXID"], kind, identifier(foreign.package)))
 
     def add_sources(self):
         """Each artefact that is installed is made from the source archive, where there is one."""
@@ -258,7 +288,8 @@ class Release:
     def document(self, created):
         self.add_sources()
         foreign = [foreign_element(self.foreign[package]) for package in sorted(self.foreign)]
-        content = {"packages": self.artefacts + foreign, "files": self.files,
+        facts = [facts_element(*source) for source in SOURCES_OF_FACTS]
+        content = {"packages": self.artefacts + foreign + facts, "files": self.files,
                    "relationships": self.relations}
         key = hashlib.sha256(json.dumps(content, sort_keys=True).encode()).hexdigest()
         return {"spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT",
