@@ -15,10 +15,11 @@ import itertools
 import re
 import struct
 import sys
-import tomllib
 from collections.abc import Iterable, Iterator
 from pathlib import Path
 from typing import Any
+
+import toml_subset
 
 HERE = Path(__file__).resolve().parent
 
@@ -260,8 +261,10 @@ def _load(path: Path, required: set[str], optional: set[str]) -> dict[str, Any]:
     """Loads a description and checks its keys."""
     if not path.is_file():
         raise DescriptionError(f"{path}: no such description")
-    with path.open("rb") as file:
-        description = tomllib.load(file)
+    try:
+        description = toml_subset.load(path)
+    except ValueError as error:
+        raise DescriptionError(f"{path}: {error}") from error
     keys = description.keys()
     if not required <= keys <= required | optional:
         raise DescriptionError(f"{path}: keys {sorted(keys)}, expected {sorted(required)} "

@@ -82,5 +82,6 @@ endforeach()
 ksv_install_package()
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ksv_comm COMPONENT development
         FILES_MATCHING PATTERN "*.h")
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licences)
+install(FILES LICENSE docs/licences.md docs/notices.txt
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licences)
 install(DIRECTORY LICENSES DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licences)

@@ -81,7 +81,7 @@ class Target:
         with log.open("wb") as output:
             process = subprocess.Popen([self.executable, *map(str, arguments)], cwd=self.scratch,
                                        env=environment, stdin=subprocess.DEVNULL, stdout=output,
-                                       stderr=subprocess.STDOUT, process_group=0)
+                                       stderr=subprocess.STDOUT, start_new_session=True)
         self.group = process.pid
         watch = threading.Timer(seconds, self.stop)
         watch.daemon = True

@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
-"""That the scripts of scripts/packaging find what is wrong, on trees and archives made up for it.
+"""That the scripts of scripts/packaging find what is wrong, on trees and archives made up for it, and
+that the lists of the packages agree with those of the project.
 
     packaging_test.py DIRECTORY_OF_SCRIPTS
 """
 import hashlib
 import io
+import re
 import sys
 import tarfile
 import tempfile
@@ -14,10 +16,13 @@ from pathlib import Path
 from unittest import mock
 
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(Path(sys.argv.pop(1)).resolve() / "packaging"))
+SCRIPTS = Path(sys.argv.pop(1)).resolve()
+PROJECT = SCRIPTS.parent
+sys.path[:0] = [str(SCRIPTS / "packaging"), str(PROJECT / "charsets")]
 import check_installed
 import debian_symbols
 import sbom
+import toml_subset
 import version
 
 
@@ -93,6 +98,27 @@ class DebianSymbols(MadeUpTree):
         self.write_tree("8 one\n")
         with self.assertRaisesRegex(debian_symbols.SymbolsError, "no longer exported: two"):
             debian_symbols.symbols_text(self.root, "x x x\n one@Base 1.0.0\n two@Base 1.0.0\n")
+
+
+class DebianCopyright(unittest.TestCase):
+    """REUSE.toml says file by file which licence there is, debian/copyright the same."""
+
+    def licences_in_reuse(self):
+        tables = toml_subset.load(PROJECT / "REUSE.toml")["annotations"]
+        return {path.replace("**", "*"): table["SPDX-License-Identifier"] for table in tables
+                for path in ([table["path"]] if isinstance(table["path"], str) else table["path"])}
+
+    def licences_in_debian(self):
+        text = (PROJECT / "debian" / "copyright").read_text(encoding="utf-8")
+        stanzas = re.findall(r"^Files:((?: [^\n]*\n)+).*?^License: (\S+)", text,
+                             re.MULTILINE | re.DOTALL)
+        return {path: licence for paths, licence in stanzas for path in paths.split()}
+
+    def test_names_the_files_that_have_another_licence(self):
+        others = {path: licence for path, licence in self.licences_in_reuse().items()
+                  if licence != "Apache-2.0"}
+        self.assertEqual(self.licences_in_debian(), {"*": "Apache-2.0", **others})
+        self.assertGreater(len(others), 10)
 
 
 class Sbom(MadeUpTree):

@@ -45,7 +45,7 @@ class GenerateTest(unittest.TestCase):
     def run_generator(self) -> subprocess.CompletedProcess[str]:
         """Runs the generator over what has been described."""
         return subprocess.run(
-            [sys.executable, GENERATOR, self.output, "--descriptions", self.root],
+            [sys.executable, "-B", GENERATOR, self.output, "--descriptions", self.root],
             capture_output=True, text=True, check=False)
 
     def assert_refused(self, reason: str) -> None:
