@@ -40,8 +40,13 @@ def without_settings():
 
 
 def run(command, given=b""):
-    done = subprocess.run(command, input=given, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                          timeout=300, check=False, env=without_settings())
+    """What a command prints that reads this from a file. A pipe of this system has no end that
+    programs for Windows would see."""
+    with tempfile.TemporaryFile() as text:
+        text.write(given)
+        text.seek(0)
+        done = subprocess.run(command, stdin=text, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              timeout=300, check=False, env=without_settings())
     if done.returncode != 0:
         raise Difference(f"{shlex.join(map(str, command))} ended with {done.returncode}: "
                          f"{done.stderr.decode('utf-8', 'replace').strip()}")
