@@ -19,6 +19,7 @@ from collections.abc import Iterable, Iterator
 from pathlib import Path
 from typing import Any
 
+import pack
 import toml_subset
 
 HERE = Path(__file__).resolve().parent
@@ -45,7 +46,8 @@ CODECS = {
     "ISO-2022-JP-2004", "CP50220", "OASYS_WIN", "OASYS_ONLINE",
 }
 
-GENERATED_SUFFIXES = {".xml", ".txt", ".cmp"}
+PACKED_FILE = "charsets.pack"
+GENERATED_SUFFIXES = {".xml", ".txt", ".cmp", ".pack"}
 
 
 class DescriptionError(Exception):
@@ -475,10 +477,44 @@ def directory_files(charsets: list[Charset]) -> dict[str, bytes]:
         files[f"{table.base}.cmp"] = compiled_table(table)
     if len(files) != len(rules) + 2 * len(tables):
         raise DescriptionError("two files share a name")
+    files[PACKED_FILE] = packed_directory(charsets, files, tables)
     for name in files:
         if not re.fullmatch(r"[a-z0-9._-]+", name):
             raise DescriptionError(f"{name}: not a lower-case file name")
     return files
+
+
+def packed_directory(charsets: list[Charset], files: dict[str, bytes],
+                     tables: dict[str, Table]) -> bytes:
+    """All of the directory in one file, with charsets and subsets in the order in which the
+    library comes upon them: by the names of the charsets' files, and as these name them."""
+    ordered = sorted(charsets, key=lambda charset: f"{charset.base}.xml")
+    members = [member for charset in ordered for member in charset.members]
+    subsets = list({member.subset.base: member.subset for member in members}.values())
+    bases = list(tables)
+    packed = pack.Pack()
+    for subset in subsets:
+        if subset.table:
+            file = bases.index(subset.table.base)
+            packed.add_table(file, subset.table.pairs, first_is_key=True, width=4)
+            packed.add_table(file, subset.table.pairs, first_is_key=False, width=subset.width)
+    one_way = {(table.base, member.subset.one_way_width) for member in members
+               for table in member.one_way}
+    for base, width in sorted(one_way):
+        packed.add_table(bases.index(base), tables[base].pairs, first_is_key=False, width=width)
+    return packed.bytes(
+        {name: content for name, content in files.items() if name.endswith(".xml")},
+        [pack.PackedFile(f"{base}.txt", len(files[f"{base}.txt"]), table.pairs)
+         for base, table in tables.items()],
+        [pack.PackedSubset(subset.name, subset.language, subset.width,
+                           bases.index(subset.table.base) if subset.table else None)
+         for subset in subsets],
+        [pack.PackedCharset(charset.name, charset.codec,
+                            [(subsets.index(member.subset),
+                              [(bases.index(table.base), member.subset.one_way_width)
+                               for table in member.one_way])
+                             for member in charset.members])
+         for charset in ordered])
 
 
 def check(charsets: list[Charset]) -> None:

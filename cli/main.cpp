@@ -3,6 +3,7 @@
 #include <exception>
 #include <new>
 
+#include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/command_line.h"
 #include "cli/system/console.h"
 #include "cli/system/failure.h"
@@ -15,6 +16,7 @@ int main(int argumentCount, char** arguments) {
   using namespace ksv_cli;
   try {
     noteWantOfMemory();
+    RuleBase::leaveToSystem();
     platform::prepareProcess();
     platform::dropUnneededRights();
     const int exitStatus = runCommand(platform::commandLineArguments(argumentCount, arguments));

@@ -27,4 +27,8 @@ constexpr uint32_t readUnit16(const uint8_t* bytes, bool bigEndian) {
   return bigEndian ? uint32_t{bytes[0]} << 8 | bytes[1] : uint32_t{bytes[1]} << 8 | bytes[0];
 }
 
+constexpr void writeUnit32LittleEndian(uint8_t* bytes, uint32_t value) {
+  for (int i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(value >> (8 * i));
+}
+
 }  // namespace ksv

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -97,6 +98,21 @@ size_t InputFile::read(void* buffer, size_t count) {
     total += static_cast<size_t>(came);
   }
   return total;
+}
+
+MappedBytes InputFile::map() {
+  if (size_ <= 0) return {};
+  const auto size = static_cast<size_t>(size_);
+  void* const bytes = mmap(nullptr, size, PROT_READ, MAP_SHARED, static_cast<int>(handle_), 0);
+  if (bytes == MAP_FAILED) {
+    error_ = errno;
+    return {};
+  }
+  return {static_cast<const uint8_t*>(bytes), size};
+}
+
+MappedBytes::~MappedBytes() {
+  if (bytes_ != nullptr) munmap(const_cast<uint8_t*>(bytes_), size_);
 }
 
 int seekFile(std::FILE* stream, int64_t offset, int origin) {

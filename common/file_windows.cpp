@@ -174,6 +174,23 @@ size_t InputFile::read(void* buffer, size_t count) {
   return total;
 }
 
+MappedBytes InputFile::map() {
+  if (size_ <= 0) return {};
+  const Handle section(
+      CreateFileMappingW(reinterpret_cast<HANDLE>(handle_), nullptr, PAGE_READONLY, 0, 0, nullptr));
+  const void* const bytes =
+      section ? MapViewOfFile(section.get(), FILE_MAP_READ, 0, 0, 0) : nullptr;
+  if (bytes == nullptr) {
+    error_ = static_cast<int>(GetLastError());
+    return {};
+  }
+  return {static_cast<const uint8_t*>(bytes), static_cast<size_t>(size_)};
+}
+
+MappedBytes::~MappedBytes() {
+  if (bytes_ != nullptr) UnmapViewOfFile(bytes_);
+}
+
 int seekFile(std::FILE* stream, int64_t offset, int origin) {
   return _fseeki64(stream, offset, origin);
 }

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ksv::platform {
@@ -62,6 +63,32 @@ SystemError accessDenied();
 // The error of the call that has just failed on this thread.
 SystemError lastError();
 
+// The bytes of a file where the system shows them to this process and to all others that look at
+// them, as long as this lives. Who cuts such a file short under it ends the process: files that
+// are mapped are replaced, never changed.
+class MappedBytes {
+ public:
+  MappedBytes() = default;
+  MappedBytes(const uint8_t* bytes, size_t size) : bytes_(bytes), size_(size) {}
+  MappedBytes(MappedBytes&& other) noexcept
+      : bytes_(std::exchange(other.bytes_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+  MappedBytes& operator=(MappedBytes&& other) noexcept {
+    std::swap(bytes_, other.bytes_);
+    std::swap(size_, other.size_);
+    return *this;
+  }
+  ~MappedBytes();
+
+  explicit operator bool() const { return bytes_ != nullptr; }
+  // Of a page's alignment.
+  const uint8_t* bytes() const { return bytes_; }
+  size_t size() const { return size_; }
+
+ private:
+  const uint8_t* bytes_ = nullptr;
+  size_t size_ = 0;
+};
+
 // A file that is read from its beginning, without the buffer and the lock of a
 // stream: for those who read large pieces, or very many files.
 class InputFile {
@@ -83,6 +110,9 @@ class InputFile {
   // ends or the system refuses.
   size_t read(void* buffer, size_t count);
 
+  // All of the file, which may be closed then. None when it is empty or the system refuses.
+  MappedBytes map();
+
   // What the system refused with, when it was opened or read. 0 where nothing stands at
   // path: that is an answer.
   SystemError error() const { return error_; }
@@ -93,10 +123,30 @@ class InputFile {
   SystemError error_ = 0;
 };
 
+// Where a setting was found.
+struct SettingOrigin {
+  enum class Place {
+    kNowhere,
+    kSettingsLibrary,
+    kEnvironment,
+    kConfigurationFile,
+    kNamedInstallation,  // by a variable of the environment
+    kInstallation        // where the library looks for one by itself
+  };
+  Place place = Place::kNowhere;
+  std::string name;  // of the variable of the environment; the path of the configuration file
+
+  // Whether it is a charset directory that came with the library, and not one of somebody's own.
+  bool isInstallation() const {
+    return place == Place::kNamedInstallation || place == Place::kInstallation;
+  }
+};
+
 // Looks the setting up where this system keeps settings and copies its value,
 // terminator included, into buffer. False when it is not set or does not fit:
-// buffer is the empty string then. A directory ends in a separator.
-bool readSetting(const char* key, char* buffer, size_t size);
+// buffer is the empty string then. A directory ends in a separator. Whoever asks is told
+// where the value was found.
+bool readSetting(const char* key, char* buffer, size_t size, SettingOrigin* origin = nullptr);
 
 // The value of an environment variable; none when it is not set or empty.
 std::optional<std::string> environmentValue(const char* name);

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "common/faults.h"
 #include "common/path.h"
@@ -106,11 +107,13 @@ bool acceptFromFile(const std::string& path, const Destination& destination) {
   return isFound;
 }
 
-bool acceptFromConfiguration(const Destination& destination) {
+// The file that has the setting.
+std::optional<std::string> acceptFromConfiguration(const Destination& destination) {
   for (const std::string& directory : configurationDirectories()) {
-    if (acceptFromFile(withSeparator(directory) + kConfigurationFile, destination)) return true;
+    std::string file = withSeparator(directory) + kConfigurationFile;
+    if (acceptFromFile(file, destination)) return file;
   }
-  return false;
+  return std::nullopt;
 }
 
 // The build tree has its charset directory beside the library, an installation
@@ -127,31 +130,38 @@ bool acceptFromOwnPlace(const Destination& destination) {
 }
 
 // For the charset directory alone, behind all that is looked up for any key.
-bool acceptInstalled(const Destination& destination) {
+SettingOrigin acceptInstalled(const Destination& destination) {
+  using Place = SettingOrigin::Place;
   const std::optional<std::string> named = environmentValue(kCharsetVariable);
-  if (named && destination.accept(*named)) return true;
-  if (acceptFromOwnPlace(destination)) return true;
+  if (named && destination.accept(*named)) return {Place::kNamedInstallation, kCharsetVariable};
+  if (acceptFromOwnPlace(destination)) return {Place::kInstallation, ""};
   const auto directory = canonicalDirectory(kCharsetsOfBuild);
-  return directory && destination.accept(*directory);
+  if (directory && destination.accept(*directory)) return {Place::kInstallation, ""};
+  return {};
 }
 
-bool lookUp(const Destination& destination) {
+SettingOrigin lookUp(const Destination& destination) {
+  using Place = SettingOrigin::Place;
   const std::string key(destination.key);
-  for (const auto& find : {settingFromLibrary, environmentValue}) {
-    const std::optional<std::string> value = find(key.c_str());
-    if (value && destination.accept(*value)) return true;
-  }
-  if (acceptFromConfiguration(destination)) return true;
-  return destination.isDirectory() && acceptInstalled(destination);
+  if (const auto value = settingFromLibrary(key.c_str()); value && destination.accept(*value))
+    return {Place::kSettingsLibrary, ""};
+  if (const auto value = environmentValue(key.c_str()); value && destination.accept(*value))
+    return {Place::kEnvironment, key};
+  if (auto file = acceptFromConfiguration(destination))
+    return {Place::kConfigurationFile, std::move(*file)};
+  return destination.isDirectory() ? acceptInstalled(destination) : SettingOrigin();
 }
 
 }  // namespace
 
-bool readSetting(const char* key, char* buffer, size_t size) {
+bool readSetting(const char* key, char* buffer, size_t size, SettingOrigin* origin) {
   if (size == 0) return false;
   buffer[0] = '\0';
   try {
-    if (lookUp({key, buffer, size})) return true;
+    SettingOrigin found = lookUp({key, buffer, size});
+    const bool isFound = found.place != SettingOrigin::Place::kNowhere;
+    if (origin != nullptr) *origin = std::move(found);
+    if (isFound) return true;
   } catch (const std::bad_alloc&) {
     noteNoMemory(key);
   }

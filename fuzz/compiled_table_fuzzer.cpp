@@ -98,7 +98,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   ksv::CharsetDef* charset = ksv::findCharsetByName("Fuzzed");
   require(charset != nullptr && charset->groups.count() == 1, "the charset has its member");
   ksv::GroupDef& subset = *charset->groups[0];
-  const uint32_t entries = blockSize != 0 ? blockSize : ksv::RuleBase::kDefaultBlockSize;
+  const uint32_t entries = blockSize != 0 ? blockSize : ksv::kDefaultBlockSize;
   ksv_fuzz::requireSameTable(subset.toUcs, ReferenceTable(pairs, true, 4, entries));
   ksv_fuzz::requireSameTable(
       subset.fromUcs, ReferenceTable(pairs, false, static_cast<uint16_t>(bytesPerCode), entries));

@@ -154,7 +154,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     table.sourceBigEndian = bigEndian;
     const bool firstIsKey = column == ksv::CodeTable::kFirstColumn;
     ksv_fuzz::requireSameTable(
-        table, ksv_fuzz::ReferenceTable(pairs, firstIsKey, 4, ksv::RuleBase::kDefaultBlockSize));
+        table, ksv_fuzz::ReferenceTable(pairs, firstIsKey, 4, ksv::kDefaultBlockSize));
     require(directory.read("table.cmp") == compiledFormOf(pairs), "every pair is compiled");
     directory.remove("table.txt");
   }

@@ -8,7 +8,11 @@ readonly test_packages=(
   libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
   clang libclang-rt-14-dev locales
   doxygen strace
+  mandoc zsh fish
 )
+# For scripts/site, beside those of building.
+readonly site_packages=(python3-markdown doxygen mandoc)
+
 # For the Windows build and its tests; not every machine can have them.
 readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)
 

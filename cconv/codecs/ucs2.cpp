@@ -7,12 +7,12 @@
 #include "cconv/engine/mapping.h"
 #include "cconv/engine/rule_driven_decoder.h"
 #include "cconv/engine/unit_writer.h"
+#include "common/utf16.h"
 
 namespace ksv::codecs {
 namespace {
 
 constexpr uint32_t kFirstSupplementary = 0x10000;
-constexpr uint32_t kHighestScalar = 0x10FFFF;
 constexpr uint32_t kHexadecimalReferences = 1;  // supplementaryMode; other modes: decimal
 
 // A numeric character reference (XML 1.0, section 4.1), a unit a character. It is

@@ -16,7 +16,6 @@ namespace {
 
 constexpr uint32_t kFirstTagCharacter = 0xE0020;
 constexpr uint32_t kLastTagCharacter = 0xE007E;
-constexpr uint32_t kHighestScalar = 0x10FFFF;
 
 // --- Reading one value. ---
 //

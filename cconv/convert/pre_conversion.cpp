@@ -1,8 +1,8 @@
 #include "cconv/convert/pre_conversion.h"
 
-#include <cstring>
 #include <optional>
 
+#include "common/byte_order.h"
 #include "common/utf16.h"
 
 namespace ksv {
@@ -124,7 +124,7 @@ PreConverted preConvertUtf7(const uint8_t* input, int32_t length, uint8_t* outpu
       converted.truncated = true;
       break;
     }
-    std::memcpy(output + converted.length, &*value, kUnit);
+    writeUnit32LittleEndian(output + converted.length, *value);
     converted.length += kUnit;
   }
   return converted;

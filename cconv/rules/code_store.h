@@ -9,6 +9,8 @@
 // no branch for it. A table of JIS X 0208 takes 46 KB, one of the BMP 280 KB.
 // A directory for every plane of 32-bit keys was refused: 880 of them for the
 // four-byte codes of GB18030 are 14 MB, the hash 2 MB.
+//
+// The values of a packed table stay where they are, in a file that all processes share.
 #pragma once
 
 #include <array>
@@ -17,43 +19,60 @@
 #include <memory>
 #include <vector>
 
+#include "cconv/rules/packed_table.h"
+
 namespace ksv {
 
 class CodeStore {
  public:
-  CodeStore();
+  CodeStore() = default;
+  // Nothing is stored into one that a packed table fills.
+  explicit CodeStore(const PackedTable& packed) : packed_(packed) {}
 
   // The value stored last for key, 0 when there is none.
   uint32_t find(uint32_t key) const {
-    const uint32_t page =
-        key < kDirectKeys ? (*planes_[key >> 16])[(key >> 4) & 0xFFF] : findHashedPage(key >> 4);
-    return pages_[page][key & 0xF];
+    if (own_ != nullptr) return own_->find(key);
+    return packed_.isThere() ? packed_.find(key) : 0;
   }
 
   // Throws std::bad_alloc when there is no memory; the store is then unchanged.
   void store(uint32_t key, uint32_t value);
 
  private:
-  static constexpr uint32_t kDirectKeys = 0x110000;
-  using Page = std::array<uint32_t, 16>;
-  using Directory = std::array<uint32_t, 4096>;
-  struct HashSlot {
-    uint32_t keyPrefix;
-    uint32_t page;  // 0: the slot is free
+  static constexpr uint32_t kDirectKeys = kDirectPageKeys;
+
+  // What is stored here. Most stores of a process stay empty, and take no room for it.
+  class Own {
+   public:
+    Own();
+    uint32_t find(uint32_t key) const {
+      const uint32_t page =
+          key < kDirectKeys ? (*planes_[key >> 16])[(key >> 4) & 0xFFF] : findHashedPage(key >> 4);
+      return pages_[page][key & 0xF];
+    }
+    void store(uint32_t key, uint32_t value);
+
+   private:
+    using Page = std::array<uint32_t, 16>;
+    using Directory = std::array<uint32_t, 4096>;
+
+    static const Directory kEmptyDirectory;
+
+    uint32_t findHashedPage(uint32_t keyPrefix) const {
+      return hash_.empty() ? 0 : hash_[pageSlotOf(hash_.data(), hash_.size(), keyPrefix)].page;
+    }
+    uint32_t* pageNumberFor(uint32_t key);
+    void growHash();
+
+    std::vector<Page> pages_;
+    std::array<const Directory*, (kDirectKeys >> 16)> planes_;
+    std::array<std::unique_ptr<Directory>, (kDirectKeys >> 16)> ownedPlanes_;
+    std::vector<PageSlot> hash_;  // never more than half full
+    size_t hashedPages_ = 0;
   };
 
-  static const Directory kEmptyDirectory;
-
-  uint32_t findHashedPage(uint32_t keyPrefix) const;
-  size_t hashSlotOf(uint32_t keyPrefix) const;
-  uint32_t* pageNumberFor(uint32_t key);
-  void growHash();
-
-  std::vector<Page> pages_;
-  std::array<const Directory*, (kDirectKeys >> 16)> planes_;
-  std::array<std::unique_ptr<Directory>, (kDirectKeys >> 16)> ownedPlanes_;
-  std::vector<HashSlot> hash_;
-  size_t hashedPages_ = 0;
+  std::unique_ptr<Own> own_;
+  PackedTable packed_;
 };
 
 }  // namespace ksv

@@ -103,9 +103,17 @@ struct CodeTable {
 extern constinit std::atomic<uint32_t> tablesThatWait;
 inline bool anyTableWaits() { return tablesThatWait.load(std::memory_order_relaxed) != 0; }
 
+constexpr uint32_t kDefaultBlockSize = 4096;
+
 // Stores value under key in a block of blockSize keys (made when no block covers
 // the key yet). False when no block can be made.
 bool tableInsert(CodeTable& table, uint32_t key, uint32_t value, uint32_t blockSize);
+
+// The same for a line of the table's file, of which one number is the key.
+inline bool insertPair(CodeTable& table, uint32_t first, uint32_t second, uint32_t blockSize) {
+  const bool firstIsKey = table.keyColumn == CodeTable::kFirstColumn;
+  return tableInsert(table, firstIsKey ? first : second, firstIsKey ? second : first, blockSize);
+}
 
 // The mapping of key. A table that is not loaded maps every key to itself; a
 // stored 0 is no mapping, except for key 0.

@@ -20,20 +20,17 @@ Item* madeAt(std::atomic<Item*>& place) {
 }  // namespace
 
 EncodedCodeCache::~EncodedCodeCache() {
-  for (auto& page : pages_) delete page.load(std::memory_order_relaxed);
-  const std::unique_ptr<PagesBeyond> beyond(pagesBeyond_.load(std::memory_order_relaxed));
-  if (beyond == nullptr) return;
-  for (auto& page : *beyond) delete page.load(std::memory_order_relaxed);
+  for (auto& place : planes_) {
+    const std::unique_ptr<Plane> plane(place.load(std::memory_order_relaxed));
+    if (plane == nullptr) continue;
+    for (auto& page : *plane) delete page.load(std::memory_order_relaxed);
+  }
 }
 
 void EncodedCodeCache::remember(uint32_t unicode, const EncodedCode& found) {
   if (unicode >= kCodes || found.group > 0x7FFF) return;
-  Page* page = nullptr;
-  if (unicode < kFirstBeyond) {
-    page = madeAt(pages_[unicode >> 8]);
-  } else if (PagesBeyond* beyond = madeAt(pagesBeyond_)) {
-    page = madeAt((*beyond)[(unicode - kFirstBeyond) >> 8]);
-  }
+  Plane* const plane = madeAt(planes_[unicode >> 16]);
+  Page* const page = plane == nullptr ? nullptr : madeAt((*plane)[unicode >> 8 & 0xFF]);
   if (page == nullptr) return;
   const uint64_t entry =
       kKnown | uint64_t{found.group} << 48 | uint64_t{found.sequenceLength} << 32 | found.code;

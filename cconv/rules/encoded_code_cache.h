@@ -43,21 +43,19 @@ class EncodedCodeCache {
  private:
   static constexpr uint32_t kCodes = limits::kRememberedCodes;
   static constexpr uint64_t kKnown = uint64_t{1} << 63;
-  static constexpr uint32_t kFirstBeyond = 0x10000;
   using Page = std::array<std::atomic<uint64_t>, 256>;
-  // Every charset has a cache, and few have characters beyond plane 0: of those pages
-  // there is nothing until one is needed.
-  using PagesBeyond = std::array<std::atomic<Page*>, (kCodes - kFirstBeyond) / 256>;
+  // Every charset has a cache, and few are used: there is nothing of a plane until a page of it
+  // is needed.
+  using Plane = std::array<std::atomic<Page*>, 256>;
 
   const Page* pageOf(uint32_t unicode) const {
-    if (unicode < kFirstBeyond) return pages_[unicode >> 8].load(std::memory_order_acquire);
-    const PagesBeyond* beyond = pagesBeyond_.load(std::memory_order_acquire);
-    if (beyond == nullptr || unicode >= kCodes) return nullptr;
-    return (*beyond)[(unicode - kFirstBeyond) >> 8].load(std::memory_order_acquire);
+    if (unicode >= kCodes) return nullptr;
+    const Plane* plane = planes_[unicode >> 16].load(std::memory_order_acquire);
+    return plane == nullptr ? nullptr
+                            : (*plane)[unicode >> 8 & 0xFF].load(std::memory_order_acquire);
   }
 
-  std::array<std::atomic<Page*>, kFirstBeyond / 256> pages_ = {};
-  std::atomic<PagesBeyond*> pagesBeyond_ = nullptr;
+  std::array<std::atomic<Plane*>, (kCodes >> 16)> planes_ = {};
 };
 
 }  // namespace ksv

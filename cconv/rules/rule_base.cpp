@@ -66,6 +66,12 @@ LoadedCharset* RuleLists::findCharset(std::string_view name) const {
   return findCharset(nameToId(lowered));
 }
 
+bool addGroup(CharsetDef& charset, std::unique_ptr<GroupDef> group) {
+  const CharsetId id = group->id;
+  if (findGroupById(id) == nullptr && !ruleBase.lists->addGroup(std::move(group))) return false;
+  return charset.groups.append(findGroupById(id)) != 0;
+}
+
 LoadedCharset* findCharsetByName(const char* name) {
   if (name == nullptr || ruleBase.lists == nullptr) return nullptr;
   return ruleBase.lists->findCharset(std::string_view(name, strnlen(name, kNameSize)));
@@ -76,14 +82,25 @@ std::mutex& lifetimeMutex() {
   return mutex;
 }
 
-void RuleBase::setPath(const char* path) {
+void RuleBase::setPath(const char* path, bool isInstalled) {
   const std::lock_guard<std::mutex> guard(pathMutex());
   std::strcpy(charsetPath, path);
+  pathIsInstalled = isInstalled;
 }
 
 std::string RuleBase::path() const {
   const std::lock_guard<std::mutex> guard(pathMutex());
   return charsetPath;
+}
+
+std::optional<std::string> RuleBase::installedPath() const {
+  const std::lock_guard<std::mutex> guard(pathMutex());
+  return pathIsInstalled ? std::optional<std::string>(charsetPath) : std::nullopt;
+}
+
+const PackedCharsets* RuleBase::packed() const {
+  if (lists == nullptr || lists->packed == nullptr) return nullptr;
+  return installedPath() == lists->packed->directory() ? lists->packed.get() : nullptr;
 }
 
 namespace {
@@ -98,8 +115,9 @@ using ksv::ruleBase;
 
 int startProcess() {
   char path[sizeof ruleBase.charsetPath];
-  ksv::platform::readSetting(ksv::kPathSetting, path, sizeof path);
-  ruleBase.setPath(path);
+  ksv::platform::SettingOrigin origin;
+  ksv::platform::readSetting(ksv::kPathSetting, path, sizeof path, &origin);
+  ruleBase.setPath(path, origin.isInstallation());
   const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
   if (ruleBase.refCount != 0) {
     // Behind an unmatched endProcess this wraps to 0 without lists; every

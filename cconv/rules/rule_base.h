@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -13,6 +14,7 @@
 
 #include "cconv/rules/charset_names.h"
 #include "cconv/rules/loaded_charset.h"
+#include "cconv/rules/packed_charsets.h"
 #include "cconv/rules/publication.h"
 #include "common/platform.h"
 
@@ -65,6 +67,10 @@ class RuleLists {
   // Filled by the conversion engine; reset before anything is added.
   DerivedPlace derived;
 
+  // What stands packed in the installed directory; null where there is none. Set before anything
+  // is added.
+  std::unique_ptr<const PackedCharsets> packed;
+
   const RuleList<std::unique_ptr<LoadedCharset>>& charsets() const { return charsets_; }
   const RuleList<std::unique_ptr<GroupDef>>& groups() const { return groups_; }
 
@@ -84,17 +90,22 @@ struct RuleBase {
   uint32_t refCount = 0;
   std::atomic<uint16_t> blockSize = 0;  // 0: kDefaultBlockSize
   char charsetPath[kNameSize] = {};
+  bool pathIsInstalled = false;
   platform::NamedMutex* tableMutex = nullptr;
   RuleLists* lists = nullptr;
 
-  static constexpr uint32_t kDefaultBlockSize = 4096;
   uint32_t entriesPerBlock() const {
     const uint16_t entries = blockSize.load(std::memory_order_relaxed);
     return entries != 0 ? entries : kDefaultBlockSize;
   }
-  // The path, which every start may change while others read it.
-  void setPath(const char* path);
+  // The path, which every start may change while others read it, and whether it is that of
+  // the directory which came with the library, without any setting.
+  void setPath(const char* path, bool isInstalled);
   std::string path() const;
+  std::optional<std::string> installedPath() const;
+
+  // What is packed in the directory that the path names, if that counts; null else.
+  const PackedCharsets* packed() const;
 };
 
 // Held by who starts, ends or loads: threads that count their own use may do so at once.
@@ -109,6 +120,10 @@ inline LoadedCharset* findCharsetById(CharsetId id) {
 inline GroupDef* findGroupById(CharsetId id) {
   return ruleBase.lists != nullptr ? ruleBase.lists->findGroup(id) : nullptr;
 }
+// Adds the group to the charset. The first definition of a group in the process wins; a later
+// one is dropped. False when a list is full.
+bool addGroup(CharsetDef& charset, std::unique_ptr<GroupDef> group);
+
 // By name, without regard to case. A null name, or one of 260 bytes or more, is
 // unknown.
 LoadedCharset* findCharsetByName(const char* name);

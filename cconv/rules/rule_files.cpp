@@ -13,15 +13,25 @@
 namespace ksv {
 namespace {
 
-std::vector<uint8_t> readWholeFile(const std::string& path) {
+// None where there is no such file.
+std::optional<std::vector<uint8_t>> readWholeFile(const std::string& path) {
   std::vector<uint8_t> bytes;
   platform::InputFile file(path.c_str(), platform::InputFile::Takes::kRegularFile);
+  if (file.size() < 0 && file.error() == 0) return std::nullopt;
   if (file.size() > 0 && file.size() <= limits::kLargestFile) {
     bytes.resize(static_cast<size_t>(file.size()));
     if (file.read(bytes.data(), bytes.size()) != bytes.size()) bytes.clear();
   }
   noteFault(FaultSubject::kRuleFile, path, file.error());
   return bytes;
+}
+
+// What is packed under that name, as the file was.
+std::vector<uint8_t> packedFile(const std::string& name) {
+  const PackedCharsets* const packed = ruleBase.packed();
+  const auto* const file = packed == nullptr ? nullptr : packed->catalog().findRuleFile(name);
+  if (file == nullptr) return {};
+  return {file->content.begin(), file->content.end()};
 }
 
 // The name that a path's file has in the charset directory.
@@ -34,7 +44,8 @@ std::string ruleFileName(const std::string& path) {
 bool readNamedText(const std::string& fileName, TextEncodingKind defaultEncoding,
                    bool defaultBigEndian, RuleText& text) {
   text = RuleText();
-  text.bytes = readWholeFile(ruleBase.path() + fileName);
+  auto bytes = readWholeFile(ruleBase.path() + fileName);
+  text.bytes = bytes ? std::move(*bytes) : packedFile(fileName);
   if (text.bytes.empty()) return false;
   if (!detectEncoding(text)) {
     text.encoding = defaultEncoding;

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "cconv/rules/packed_rules.h"
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_files.h"
 #include "cconv/rules/rule_path.h"
@@ -170,13 +171,6 @@ std::unique_ptr<TableList> readDestTables(const RuleElement& group) {
   return tables;
 }
 
-// The first definition of a group in the process wins; a later one is dropped.
-bool addGroup(CharsetDef& charset, std::unique_ptr<GroupDef> group) {
-  const CharsetId id = group->id;
-  if (findGroupById(id) == nullptr && !ruleBase.lists->addGroup(std::move(group))) return false;
-  return charset.groups.append(findGroupById(id)) != 0;
-}
-
 struct GroupElement {
   RuleElement content;
   bool isDifference;
@@ -233,13 +227,29 @@ bool loadCharset(const std::string& path, RuleFiles& files) {
   return ruleBase.lists->addCharset(std::move(charset));
 }
 
-size_t loadAllRuleFiles(const std::string& directory) {
+std::vector<std::string> namesOfRuleFiles(const std::string& directory) {
   const PathParts pattern = splitPath(directory + "*.xml");
+  platform::SystemError error = 0;
+  std::vector<std::string> names = matchingNames(joinPath(pattern).c_str(), &error);
+  noteFault(FaultSubject::kCharsetDirectory, directory, error);
+  return names;
+}
+
+// Once a process: what has been loaded stays as it is.
+void openPackedCharsets() {
+  if (ruleBase.lists->packed != nullptr) return;
+  if (const auto directory = ruleBase.installedPath())
+    ruleBase.lists->packed = PackedCharsets::open(*directory);
+}
+
+size_t loadAllRuleFiles(const std::string& directory) {
+  std::vector<std::string> names = namesOfRuleFiles(directory);
+  if (const PackedCharsets* const packed = ruleBase.packed()) {
+    if (isAsPacked(names, *packed)) return loadPackedRules(*packed);
+    names = withPackedNames(std::move(names), *packed);
+  }
   RuleFiles files;
   size_t accepted = 0;
-  platform::SystemError error = 0;
-  const std::vector<std::string> names = matchingNames(joinPath(pattern).c_str(), &error);
-  noteFault(FaultSubject::kCharsetDirectory, directory, error);
   for (const std::string& name : names) {
     try {
       if (loadCharset(directory + name, files)) ++accepted;
@@ -279,6 +289,7 @@ int cconvLoadRule() {
   return ksv::guardedAndNoted(0, [] {
     const std::lock_guard<std::mutex> guard(ksv::lifetimeMutex());
     if (ksv::ruleBase.lists == nullptr) return 0;
+    ksv::openPackedCharsets();
     return ksv::loadAllRuleFiles(ksv::ruleBase.path()) > 0 ? 1 : 0;
   });
 }

@@ -4,7 +4,8 @@
 // that needs it writes a compiled copy beside it: no header, one record of two
 // little-endian 32-bit numbers for each pair, in the order of the text. Every
 // later process reads that copy. The copy appears complete or not at all, so
-// whoever is killed while writing it leaves nothing that could be read.
+// whoever is killed while writing it leaves nothing that could be read. Tables of the
+// directory that came with the library may stand packed in one file, and are used from there.
 #include "cconv/rules/table_loader.h"
 
 #include <cstring>
@@ -48,12 +49,6 @@ TablePaths pathsOf(const CodeTable& table) {
   return paths;
 }
 
-bool insertPair(CodeTable& table, uint32_t first, uint32_t second) {
-  const bool firstIsKey = table.keyColumn == CodeTable::kFirstColumn;
-  return tableInsert(table, firstIsKey ? first : second, firstIsKey ? second : first,
-                     ruleBase.entriesPerBlock());
-}
-
 // A fill that a system error has ended, which must not look like the end of the data.
 void cutShort(CodeTable& table, const std::string& path, platform::SystemError error) {
   table.isCutShort = true;
@@ -68,7 +63,9 @@ void insertRecords(CodeTable& table, platform::InputFile& file) {
   // A last partial record is no record.
   for (size_t at = 0; at + kRecordSize <= bytes; at += kRecordSize) {
     const uint8_t* record = records.get() + at;
-    if (!insertPair(table, readUnit(record, 4, false), readUnit(record + 4, 4, false))) break;
+    if (!insertPair(table, readUnit(record, 4, false), readUnit(record + 4, 4, false),
+                    ruleBase.entriesPerBlock()))
+      break;
   }
 }
 
@@ -86,10 +83,8 @@ bool loadCompiled(CodeTable& table, const std::string& path, platform::SystemErr
 
 bool writeRecord(platform::ReplacementFile& file, uint32_t first, uint32_t second) {
   uint8_t record[kRecordSize];
-  for (int i = 0; i < 4; ++i) {
-    record[i] = static_cast<uint8_t>(first >> (8 * i));
-    record[4 + i] = static_cast<uint8_t>(second >> (8 * i));
-  }
+  writeUnit32LittleEndian(record, first);
+  writeUnit32LittleEndian(record + 4, second);
   return file.write(record, sizeof record);
 }
 
@@ -100,7 +95,7 @@ void insertText(CodeTable& table, TableReader& reader,
     const auto first = reader.nextNumber();
     const auto second = first ? reader.nextNumber() : std::nullopt;
     if (!second) break;
-    if (!insertPair(table, *first, *second)) break;
+    if (!insertPair(table, *first, *second, ruleBase.entriesPerBlock())) break;
     if (compiled && !writeRecord(*compiled, *first, *second)) {
       noteUnwrittenTable(platform::lastError());
       compiled.reset();
@@ -133,19 +128,27 @@ bool isFilled(const CodeTable& table) {
   return table.low != table.high || (table.low != 0 && table.low <= kHighestLoneKey);
 }
 
-void read(CodeTable& table) {
-  const TablePaths paths = pathsOf(table);
-  platform::SystemError refused = 0;
-  if (!loadCompiled(table, paths.compiled, refused)) compile(table, paths, refused);
-}
-
 void forgetValues(CodeTable& table) {
-  CodeStore empty;
-  table.values = std::move(empty);
+  table.values = CodeStore();
   table.coverage = BlockCoverage();
   table.low = table.high = 0;
   table.hasEntries = false;
   table.isCutShort = false;
+}
+
+bool readPacked(CodeTable& table) {
+  const PackedCharsets* const packed = ruleBase.packed();
+  if (packed == nullptr) return false;
+  if (packed->fill(table, ruleBase.entriesPerBlock())) return true;
+  forgetValues(table);
+  return false;
+}
+
+void read(CodeTable& table) {
+  if (readPacked(table)) return;
+  const TablePaths paths = pathsOf(table);
+  platform::SystemError refused = 0;
+  if (!loadCompiled(table, paths.compiled, refused)) compile(table, paths, refused);
 }
 
 // Reads the table, once, and again where a system error has cut it short. How far it has come

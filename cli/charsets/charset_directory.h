@@ -6,7 +6,14 @@
 
 namespace ksv_cli {
 
-// Without a separator at its end. None when no setting names one and none is installed.
+struct FoundCharsetDirectory {
+  std::string path;     // without a separator at its end
+  std::string namedBy;  // who says so: a setting, or that it is installed there
+};
+
+// None when no setting names one and none is installed.
+std::optional<FoundCharsetDirectory> findCharsetDirectory();
+// Its path.
 std::optional<std::string> charsetDirectory();
 
 }  // namespace ksv_cli

@@ -64,16 +64,27 @@ CharsetNames::CharsetNames(std::vector<std::string> directoryNames,
                            std::vector<CharsetAlias> aliases)
     : directoryNames_(std::move(directoryNames)), aliases_(std::move(aliases)) {
   for (std::string& name : directoryNames_) name = lowered(name);
+}
+
+template <class Visit>
+bool CharsetNames::anyAlias(Visit visit) const {
+  for (const CharsetAlias& row : aliases_)
+    if (visit(row.alias, row.charset, row.order)) return true;
   for (const UsualAlias& row : kUsualAliases)
-    aliases_.push_back({row.alias, row.charset, row.order});
+    if (visit(row.alias, row.charset, row.order)) return true;
+  return false;
 }
 
 // The directory knows its charsets by lower-case names; the usual spelling
 // stands with the aliases.
 std::string CharsetNames::displayName(const std::string& lowerName) const {
-  for (const CharsetAlias& row : aliases_)
-    if (lowered(row.charset) == lowerName) return row.charset;
-  return lowerName;
+  std::string display = lowerName;
+  anyAlias([&](std::string_view, std::string_view charset, ByteOrder) {
+    if (lowered(charset) != lowerName) return false;
+    display = charset;
+    return true;
+  });
+  return display;
 }
 
 CharsetChoice CharsetNames::makeChoice(const std::string& lowerName, ByteOrder order) const {
@@ -83,8 +94,8 @@ CharsetChoice CharsetNames::makeChoice(const std::string& lowerName, ByteOrder o
 bool CharsetNames::isNameOf(std::string_view name, const char* charset) const {
   const std::string wanted = foldedName(name);
   if (foldedName(charset) == wanted) return true;
-  return std::any_of(aliases_.begin(), aliases_.end(), [&](const CharsetAlias& row) {
-    return foldedName(row.alias) == wanted && row.charset == charset;
+  return anyAlias([&](std::string_view alias, std::string_view named, ByteOrder) {
+    return foldedName(alias) == wanted && named == charset;
   });
 }
 
@@ -99,11 +110,13 @@ std::optional<CharsetChoice> CharsetNames::findBy(std::string (*key)(std::string
   if (wanted.empty()) return std::nullopt;
   for (const std::string& charset : directoryNames_)
     if (key(charset) == wanted) return makeChoice(charset, ByteOrder::kOpen);
-  for (const CharsetAlias& row : aliases_) {
-    const std::string charset = lowered(row.charset);
-    if (key(row.alias) == wanted && holds(charset)) return makeChoice(charset, row.order);
-  }
-  return std::nullopt;
+  std::optional<CharsetChoice> choice;
+  anyAlias([&](std::string_view alias, std::string_view named, ByteOrder order) {
+    if (key(alias) != wanted || !holds(lowered(named))) return false;
+    choice = makeChoice(lowered(named), order);
+    return true;
+  });
+  return choice;
 }
 
 std::optional<CharsetChoice> CharsetNames::find(std::string_view name) const {
@@ -165,11 +178,12 @@ std::string CharsetNames::unknown(const std::string& name) const {
 std::vector<std::string> CharsetNames::aliasesOf(std::string_view lowerName) const {
   std::vector<std::string> aliases;
   std::set<std::string> taken;
-  for (const CharsetAlias& row : aliases_) {
-    const bool isFirst = taken.insert(lowered(row.alias)).second;
-    if (isFirst && lowered(row.charset) == lowerName && !holds(lowered(row.alias)))
-      aliases.push_back(row.alias);
-  }
+  anyAlias([&](std::string_view alias, std::string_view charset, ByteOrder) {
+    const bool isFirst = taken.insert(lowered(alias)).second;
+    if (isFirst && lowered(charset) == lowerName && !holds(lowered(alias)))
+      aliases.emplace_back(alias);
+    return false;
+  });
   return aliases;
 }
 

@@ -66,6 +66,9 @@ class CharsetNames {
   std::vector<CharsetListing> list() const;
 
  private:
+  // Whether visit(alias, charset, order) is true for one, those of the directory first.
+  template <class Visit>
+  bool anyAlias(Visit visit) const;
   bool holds(std::string_view lowerName) const;
   std::optional<CharsetChoice> findBy(std::string (*key)(std::string_view),
                                       std::string_view name) const;
@@ -78,7 +81,7 @@ class CharsetNames {
   bool isNameOf(std::string_view name, const char* charset) const;
 
   std::vector<std::string> directoryNames_;
-  std::vector<CharsetAlias> aliases_;
+  std::vector<CharsetAlias> aliases_;  // of the directory
 };
 
 }  // namespace ksv_cli

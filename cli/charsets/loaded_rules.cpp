@@ -1,5 +1,6 @@
 #include "cli/charsets/loaded_rules.h"
 
+#include <atomic>
 #include <optional>
 #include <utility>
 
@@ -19,6 +20,8 @@ std::string directoryForMessages() {
   return charsetDirectory().value_or("charset directory");
 }
 
+std::atomic<bool> isLeftToSystem = false;
+
 }  // namespace
 
 RuleBase::RuleBase() {
@@ -31,7 +34,11 @@ RuleBase::RuleBase() {
                  fault.value_or("holds no charset rule file that can be read")};
 }
 
-RuleBase::~RuleBase() { endProcess(); }
+RuleBase::~RuleBase() {
+  if (!isLeftToSystem) endProcess();
+}
+
+void RuleBase::leaveToSystem() { isLeftToSystem = true; }
 
 std::vector<std::string> RuleBase::charsets() const {
   std::vector<std::string> names;

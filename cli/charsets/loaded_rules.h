@@ -21,6 +21,9 @@ class RuleBase {
     std::string reason;
   };
 
+  // From here on nothing is taken apart piece by piece: the process ends, and all goes with it.
+  static void leaveToSystem();
+
   // The names of the charsets in load order.
   std::vector<std::string> charsets() const;
 

@@ -40,7 +40,7 @@ int listCharsets(bool json) {
 }  // namespace
 
 void addCharsetsJob(OptionParser& parser) {
-  Subcommand job = parser.job("charsets", "List the charsets that can be named");
+  Subcommand job = parser.job(groups::kCharsets, "charsets", "List the charsets that can be named");
   job.footer(
       "A line a charset: its name, a tab, its aliases. Names are taken without regard to\n"
       "case and punctuation. The charsets are those of the charset directory, which may bring\n"

@@ -104,7 +104,8 @@ int checkAll(const Arguments& arguments) {
 }  // namespace
 
 void addCheckJob(OptionParser& parser) {
-  Subcommand job = parser.job("check", "Name the charset of a text as it declares it");
+  Subcommand job =
+      parser.job(groups::kJudging, "check", "Name the charset of a text as it declares it");
   auto arguments = std::make_shared<Arguments>();
   job.operands("FILE", arguments->operands, "The texts");
   job.flag("--json", arguments->json, "One JSON object a line");

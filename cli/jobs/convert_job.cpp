@@ -102,7 +102,8 @@ void addPlaceOptions(Subcommand& job, ConvertArguments& arguments) {
 }  // namespace
 
 void addConvertJob(OptionParser& parser) {
-  Subcommand job = parser.job("convert", "Convert text from one charset to another");
+  Subcommand job =
+      parser.job(groups::kTexts, "convert", "Convert text from one charset to another");
   auto arguments = std::make_shared<ConvertArguments>();
   job.operands("FILE", arguments->inputs, "The texts");
   job.value("-t,--to", "CHARSET", arguments->target, "The charset to write", {.required = true});

@@ -128,7 +128,8 @@ int cut(const CutArguments& arguments) {
 }  // namespace
 
 void addCutJob(OptionParser& parser) {
-  Subcommand job = parser.job("cut", "Write the beginning of a text, no character broken");
+  Subcommand job =
+      parser.job(groups::kTexts, "cut", "Write the beginning of a text, no character broken");
   auto arguments = std::make_shared<CutArguments>();
   job.operand("FILE", arguments->input, "The text; none, or -, is standard input");
   job.value("-c,--charset", "CHARSET", arguments->charset, "The charset of the text",

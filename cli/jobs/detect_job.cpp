@@ -111,7 +111,8 @@ int detect(const Arguments& arguments) {
 }  // namespace
 
 void addDetectJob(OptionParser& parser) {
-  Subcommand job = parser.job("detect", "Tell in which encodings text files are written");
+  Subcommand job =
+      parser.job(groups::kJudging, "detect", "Tell in which encodings text files are written");
   auto arguments = std::make_shared<Arguments>();
   job.operands("FILE", arguments->operands, "The texts");
   job.value("--files-from", "LIST", arguments->list.path, "Read names of further files from LIST");

@@ -71,7 +71,8 @@ int lint(const Arguments& arguments) {
 }  // namespace
 
 void addLintJob(OptionParser& parser) {
-  Subcommand job = parser.job("lint", "Tell what is wrong with a charset directory");
+  Subcommand job =
+      parser.job(groups::kCharsets, "lint", "Tell what is wrong with a charset directory");
   auto arguments = std::make_shared<Arguments>();
   job.operand("DIR", arguments->directory, "The charset directory");
   job.flag("--json", arguments->json, "One JSON object a line: path, line, reason");

@@ -145,7 +145,7 @@ void addFile(Subcommand& part, OleArguments& arguments) {
 }  // namespace
 
 void addOleJob(OptionParser& parser) {
-  Subcommand job = parser.job("ole", "Show what is in a compound document");
+  Subcommand job = parser.job(groups::kDocuments, "ole", "Show what is in a compound document");
   auto arguments = std::make_shared<OleArguments>();
 
   Subcommand listing = job.part("list", "Draw the tree of storages and streams");

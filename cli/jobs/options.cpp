@@ -68,6 +68,27 @@ void applyTerms(CLI::Option& option, const OptionTerms& terms) {
     option.check(CLI::IsMember(terms.oneOf));
 }
 
+std::vector<std::string> namesIn(const std::string& list) {
+  std::vector<std::string> names;
+  std::istringstream words(list);
+  for (std::string name; std::getline(words, name, ',');) names.push_back(name);
+  return names;
+}
+
+DeclaredOption declaredOption(const char* names, const char* value, const char* help,
+                              const OptionTerms& terms = {}) {
+  return {.names = namesIn(names),
+          .value = value,
+          .required = terms.required,
+          .oneOf = terms.oneOf,
+          .help = help};
+}
+
+constexpr char kHelpNames[] = "-h,--help";
+constexpr char kHelpOfHelp[] = "Print this help, and exit";
+constexpr char kVersionNames[] = "--version";
+constexpr char kHelpOfVersion[] = "Print name and version, and exit";
+
 std::string withoutJob(const CLI::App& app) {
   const std::vector<std::string> unknown = app.remaining();
   if (!unknown.empty()) return unknown.front() + " is neither a job nor an option";
@@ -82,7 +103,30 @@ std::string withoutJob(const CLI::App& app) {
 struct Subcommand::Parsed {
   CLI::App& app;
   std::function<int()>& chosenWork;
+  OptionParser::Purpose purpose;
+  DeclaredJob declared;
   std::vector<std::function<void()>> whenGiven = {};
+  std::vector<std::shared_ptr<Parsed>> parts = {};
+
+  Parsed(CLI::App& added, std::function<int()>& work, OptionParser::Purpose why)
+      : app(added), chosenWork(work), purpose(why) {
+    if (!isDeclared()) return;
+    declared.name = app.get_name();
+    declared.help = app.get_description();
+    declared.options = {declaredOption(kHelpNames, "", kHelpOfHelp)};
+  }
+
+  bool isDeclared() const { return purpose == OptionParser::Purpose::kDeclaration; }
+
+  // Null where nobody asks for it.
+  DeclaredOption* declare(const char* names, const char* value, const char* help,
+                          const OptionTerms& terms = {}) {
+    return terms.hidden ? nullptr : declareIn(declared.options, names, value, help, terms);
+  }
+  DeclaredOption* declareOperand(const char* name, const char* help,
+                                 const OptionTerms& terms = {}) {
+    return declareIn(declared.operands, name, name, help, terms);
+  }
 
   void setWhenGiven(const CLI::Option* option, std::shared_ptr<std::string> text,
                     std::optional<std::string>& value) {
@@ -90,29 +134,49 @@ struct Subcommand::Parsed {
       if (option->count() != 0) value = *text;
     });
   }
+
+  DeclaredJob whole() const {
+    DeclaredJob job = declared;
+    for (const auto& part : parts) job.parts.push_back(part->whole());
+    return job;
+  }
+
+ private:
+  DeclaredOption* declareIn(std::vector<DeclaredOption>& options, const char* names,
+                            const char* value, const char* help, const OptionTerms& terms) {
+    if (!isDeclared()) return nullptr;
+    options.push_back(declaredOption(names, value, help, terms));
+    return &options.back();
+  }
 };
 
 void Subcommand::operand(const char* name, std::string& value, const char* help,
                          const OptionTerms& terms) {
+  parsed_->declareOperand(name, help, terms);
   applyTerms(*parsed_->app.add_option(name, value, help)->type_name(""), terms);
 }
 
 void Subcommand::operands(const char* name, std::vector<std::string>& values, const char* help) {
+  if (DeclaredOption* const declared = parsed_->declareOperand(name, help))
+    declared->repeats = true;
   parsed_->app.add_option(name, values, help)->type_name("");
 }
 
 void Subcommand::flag(const char* names, bool& value, const char* help) {
+  parsed_->declare(names, "", help);
   parsed_->app.add_flag(names, value, help);
 }
 
 void Subcommand::value(const char* names, const char* type, std::string& value, const char* help,
                        const OptionTerms& terms) {
+  parsed_->declare(names, type, help, terms);
   applyTerms(*parsed_->app.add_option(names, value, help)->type_name(type), terms);
 }
 
 void Subcommand::value(const char* names, const char* type, std::optional<std::string>& value,
                        const char* help, const OptionTerms& terms) {
   const auto text = std::make_shared<std::string>();
+  parsed_->declare(names, type, help, terms);
   CLI::Option* option = parsed_->app.add_option(names, *text, help)->type_name(type);
   applyTerms(*option, terms);
   parsed_->setWhenGiven(option, text, value);
@@ -121,6 +185,8 @@ void Subcommand::value(const char* names, const char* type, std::optional<std::s
 void Subcommand::flagOrValue(const char* name, const char* type, std::optional<std::string>& value,
                              const char* help) {
   const auto text = std::make_shared<std::string>();
+  if (DeclaredOption* const declared = parsed_->declare(name, type, help))
+    declared->valueMayLack = true;
   CLI::Option* option = parsed_->app.add_flag(withBareValue(name), *text, help);
   option->type_name(type);
   parsed_->setWhenGiven(option, text, value);
@@ -133,6 +199,7 @@ void Subcommand::number(const char* names, const char* type, uint64_t& value, Nu
                         const char* help, const OptionTerms& terms) {
   // The parser's own conversion would read 010 as 8.
   const auto take = [&value](const std::string& text) { value = *numberIn(text); };
+  parsed_->declare(names, type, help, terms);
   CLI::Option* option = parsed_->app.add_option_function<std::string>(names, take, help);
   applyTerms(*option->type_name(type)->check(numberFrom(range)), terms);
 }
@@ -141,16 +208,21 @@ void Subcommand::workers(uint64_t& count, const char* help) {
   number("-j,--jobs", "N", count, {1, limits::kMostJobs}, help);
 }
 
-void Subcommand::footer(const char* text) { parsed_->app.footer(text); }
+void Subcommand::footer(const char* text) {
+  if (parsed_->isDeclared()) parsed_->declared.footer = text;
+  parsed_->app.footer(text);
+}
 
 Subcommand Subcommand::part(const char* name, const char* help) {
+  // Not under the heading of its job, which a part takes over.
+  CLI::App* added = parsed_->app.add_subcommand(name, help)->group("Subcommands");
   parsed_->app.require_subcommand(1);
-  return Subcommand(std::make_shared<Parsed>(
-      Parsed{*parsed_->app.add_subcommand(name, help), parsed_->chosenWork}));
+  parsed_->parts.push_back(std::make_shared<Parsed>(*added, parsed_->chosenWork, parsed_->purpose));
+  return Subcommand(parsed_->parts.back());
 }
 
 void Subcommand::work(std::function<int()> work) {
-  parsed_->app.callback([parsed = parsed_, work = std::move(work)] {
+  parsed_->app.callback([parsed = parsed_.get(), work = std::move(work)] {
     for (const std::function<void()>& set : parsed->whenGiven) set();
     parsed->chosenWork = work;
   });
@@ -158,14 +230,18 @@ void Subcommand::work(std::function<int()> work) {
 
 struct OptionParser::Parsed {
   CLI::App app;
+  std::string version;
+  Purpose purpose;
   std::function<int()> chosenWork = {};
+  std::vector<std::shared_ptr<Subcommand::Parsed>> jobs = {};
 };
 
-OptionParser::OptionParser(const char* name, const char* description, const char* version)
-    : parsed_(new Parsed{CLI::App(description, name)}) {
+OptionParser::OptionParser(const char* name, const char* description, const char* version,
+                           Purpose purpose)
+    : parsed_(new Parsed{CLI::App(description, name), version, purpose}) {
   CLI::App& app = parsed_->app;
-  app.set_version_flag("--version", version, "Print name and version, and exit");
-  app.set_help_flag("-h,--help", "Print this help, and exit");
+  app.set_version_flag(kVersionNames, version, kHelpOfVersion);
+  app.set_help_flag(kHelpNames, kHelpOfHelp);
   app.allow_windows_style_options(false);  // "/" begins a path everywhere
   app.require_subcommand(1);
   app.formatter(std::make_shared<HelpFormatter>());
@@ -173,9 +249,26 @@ OptionParser::OptionParser(const char* name, const char* description, const char
 
 OptionParser::~OptionParser() = default;
 
-Subcommand OptionParser::job(const char* name, const char* help) {
-  return Subcommand(std::make_shared<Subcommand::Parsed>(
-      Subcommand::Parsed{*parsed_->app.add_subcommand(name, help), parsed_->chosenWork}));
+Subcommand OptionParser::job(const char* group, const char* name, const char* help) {
+  CLI::App* added = parsed_->app.add_subcommand(name, help)->group(group);
+  parsed_->jobs.push_back(
+      std::make_shared<Subcommand::Parsed>(*added, parsed_->chosenWork, parsed_->purpose));
+  parsed_->jobs.back()->declared.group = group;
+  return Subcommand(parsed_->jobs.back());
+}
+
+void OptionParser::footer(const char* text) { parsed_->app.footer(text); }
+
+DeclaredCommand OptionParser::declared() const {
+  const CLI::App& app = parsed_->app;
+  DeclaredCommand command = {.name = app.get_name(),
+                             .version = parsed_->version,
+                             .help = app.get_description(),
+                             .footer = app.get_footer(),
+                             .options = {declaredOption(kHelpNames, "", kHelpOfHelp),
+                                         declaredOption(kVersionNames, "", kHelpOfVersion)}};
+  for (const auto& job : parsed_->jobs) command.jobs.push_back(job->whole());
+  return command;
 }
 
 Request OptionParser::parse(std::vector<std::string> arguments) {

@@ -3,9 +3,9 @@
 // A job is added to the parser with its options, each of which says where its value goes, and
 // with its work:
 //
-//   Subcommand job = parser.job("cut", "Write the beginning of a text, no character broken");
-//   job.value("-c,--charset", "CHARSET", charset, "The charset of the text", {.required = true});
-//   job.work([&] { return cut(charset); });
+//   Subcommand job = parser.job(groups::kTexts, "cut", "Write the beginning of a text, no character
+//   broken"); job.value("-c,--charset", "CHARSET", charset, "The charset of the text", {.required =
+//   true}); job.work([&] { return cut(charset); });
 #pragma once
 
 #include <cstdint>
@@ -15,6 +15,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "cli/jobs/option_table.h"
 
 namespace ksv_cli {
 
@@ -75,10 +77,19 @@ struct Request {
 
 class OptionParser {
  public:
-  OptionParser(const char* name, const char* description, const char* version);
+  enum class Purpose { kParsing, kDeclaration };
+
+  OptionParser(const char* name, const char* description, const char* version,
+               Purpose purpose = Purpose::kParsing);
   ~OptionParser();
 
-  Subcommand job(const char* name, const char* help);
+  // group: the heading under which the help of the command lists it.
+  Subcommand job(const char* group, const char* name, const char* help);
+  // What the help says behind the jobs. Those that are added later take it over.
+  void footer(const char* text);
+
+  // All that has been added, for which it was made.
+  DeclaredCommand declared() const;
 
   // To be called once. Throws UsageError.
   Request parse(std::vector<std::string> arguments);

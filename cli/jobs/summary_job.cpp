@@ -199,7 +199,8 @@ int summarise(const SummaryArguments& arguments) {
 }  // namespace
 
 void addSummaryJob(OptionParser& parser) {
-  Subcommand job = parser.job("summary", "Show the properties of compound documents");
+  Subcommand job =
+      parser.job(groups::kDocuments, "summary", "Show the properties of compound documents");
   auto arguments = std::make_shared<SummaryArguments>();
   job.operands("FILE", arguments->inputs, "The documents; none, or -, is standard input");
   job.value("-t,--to", "CHARSET", arguments->charset, "Charset of the output; default: UTF-8");

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "cli/charsets/charset_directory.h"
+#include "cli/charsets/compiled_tables.h"
 #include "cli/charsets/loaded_rules.h"
 #include "cli/charsets/rule_lint.h"
-#include "cli/charsets/rule_source.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/options.h"
 #include "cli/system/console.h"
@@ -84,14 +84,10 @@ void tellFaults(const LintFindings& found) {
 bool tellMissingCopies(const std::string& directory, const std::set<std::string>& tables) {
   const std::string words = compiledTableError();
   const std::string reason = "cannot be made" + (words.empty() ? "" : ": " + words);
-  bool anyMissing = false;
-  for (const std::string& table : tables) {
-    const std::string compiled = platform::joinPath(directory, compiledName(table));
-    if (isRegularFile(compiled) || !isRegularFile(platform::joinPath(directory, table))) continue;
-    anyMissing = true;
-    platform::writeToStandardError(diagnostic(compiled, reason));
-  }
-  return anyMissing;
+  const std::vector<std::string> missing = missingCompiledTables(directory, tables);
+  for (const std::string& compiled : missing)
+    platform::writeToStandardError(diagnostic(platform::joinPath(directory, compiled), reason));
+  return !missing.empty();
 }
 
 int fillTables() {
@@ -119,7 +115,8 @@ int fillTables() {
 }  // namespace
 
 void addTablesJob(OptionParser& parser) {
-  Subcommand job = parser.job("tables", "Fill every code table of the charset directory");
+  Subcommand job =
+      parser.job(groups::kCharsets, "tables", "Fill every code table of the charset directory");
   job.footer(
       "The first use of a code table compiles it, which leaves a .cmp file beside it when the\n"
       "directory can be written to. This does so for all of them. What is wrong with the\n"

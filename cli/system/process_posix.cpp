@@ -27,7 +27,6 @@ std::string environmentValue(const char* name) {
 
 void prepareProcess() {
   for (const int signalNumber : {SIGPIPE, SIGXFSZ}) ::signal(signalNumber, SIG_IGN);
-  removeTemporaryFilesAtSignals();
   readModeOfNewFiles();
 }
 

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstring>
 #include <filesystem>
+#include <mutex>
 #include <random>
 
 #include "cli/system/console.h"
@@ -88,6 +89,11 @@ bool endsProcess(int signalNumber) {
   return true;
 }
 
+void removeTemporaryFilesAtSignals() {
+  for (int signalNumber = 1; signalNumber <= SIGRTMAX; ++signalNumber)
+    if (endsProcess(signalNumber)) catchUnlessHandled(signalNumber);
+}
+
 std::string randomName() {
   static constexpr char kLetters[] = "0123456789abcdefghijklmnopqrstuvwxyz";
   std::random_device random;
@@ -119,11 +125,6 @@ void removeTemporaryFiles() noexcept {
   temporaryNames.unlinkAll();
 }
 
-void removeTemporaryFilesAtSignals() {
-  for (int signalNumber = 1; signalNumber <= SIGRTMAX; ++signalNumber)
-    if (endsProcess(signalNumber)) catchUnlessHandled(signalNumber);
-}
-
 // Signals are kept from a thread that is counted, which a handler would wait for.
 NamesSection::NamesSection() {
   sigset_t all;
@@ -145,6 +146,9 @@ NamesSection::~NamesSection() {
 
 PassingName::PassingName(const std::string& directory)
     : path_((std::filesystem::path(directory) / randomName()).string()) {
+  // Most commands make no file, and are spared a hundred calls of the system.
+  static std::once_flag signalsAreCaught;
+  std::call_once(signalsAreCaught, removeTemporaryFilesAtSignals);
   const NamesSection section;
   slot_ = temporaryNames.add(path_);
 }

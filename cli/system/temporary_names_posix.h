@@ -14,10 +14,6 @@
 
 namespace ksv_cli::platform {
 
-// From here on every signal that would end the process, and is not ignored, removes
-// the files first. To be called once, before any thread starts.
-void removeTemporaryFilesAtSignals();
-
 // Removes them once no other thread is about to change one; from then on none does.
 void removeTemporaryFiles() noexcept;
 
@@ -32,7 +28,8 @@ class NamesSection {
   sigset_t before_;
 };
 
-// A name in a directory that no other file has.
+// A name in a directory that no other file has. From the first one on every signal that would end
+// the process, and is not ignored, removes the files first.
 class PassingName {
  public:
   // directory: empty for the current one.

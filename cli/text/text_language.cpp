@@ -1,28 +1,48 @@
 #include "cli/text/text_language.h"
 
 #include <cstring>
-#include <string>
+#include <utility>
 
 #include "cli/system/process.h"
 
 namespace ksv_cli {
+namespace {
+
+constexpr std::pair<const char*, Language> kNames[] = {
+    {"ja", Language::kJapanese},
+    {"zh-cn", Language::kSimplifiedChinese},
+    {"zh-tw", Language::kTraditionalChinese},
+    {"ko", Language::kKorean},
+};
+
+}  // namespace
 
 TextLanguage textLanguageNamed(std::string_view name) {
-  if (name == "ja") return Language::kJapanese;
-  if (name == "zh-cn") return Language::kSimplifiedChinese;
-  if (name == "zh-tw") return Language::kTraditionalChinese;
-  if (name == "ko") return Language::kKorean;
+  for (const auto& [known, language] : kNames)
+    if (name == known) return language;
   return std::nullopt;
 }
 
-TextLanguage textLanguageOfUser() {
-  std::string locale;
-  for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"})
-    if (locale.empty()) locale = platform::environmentValue(variable);
+const char* nameOfTextLanguage(TextLanguage language) {
+  for (const auto& [name, known] : kNames)
+    if (language == known) return name;
+  return "any";
+}
+
+Locale localeOfUser() {
+  for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    std::string name = platform::environmentValue(variable);
+    if (!name.empty()) return {std::move(name), variable};
+  }
+  return {};
+}
+
+TextLanguage textLanguageOf(const Locale& locale) {
+  const std::string& name = locale.name;
   const auto isOf = [&](const char* language) {
     const size_t length = std::strlen(language);
-    return locale.starts_with(language) &&
-           (locale.size() == length || std::strchr("_-.@", locale[length]) != nullptr);
+    return name.starts_with(language) &&
+           (name.size() == length || std::strchr("_-.@", name[length]) != nullptr);
   };
   if (isOf("ja")) return Language::kJapanese;
   if (isOf("ko")) return Language::kKorean;

@@ -16,7 +16,7 @@ namespace {
 using namespace ksv::test;  // what makes the documents
 
 const std::vector<std::string> kJobs = {"convert", "detect",   "check",  "summary", "ole",
-                                        "cut",     "charsets", "tables", "lint"};
+                                        "cut",     "charsets", "tables", "lint",    "doctor"};
 
 class CommandPage : public CommandTest {
  protected:
@@ -35,6 +35,14 @@ class CommandPage : public CommandTest {
       if (end > at + 2) options.insert(text.substr(at, end - at));
     }
     return options;
+  }
+
+  // Of the help of the command: what stands behind its options.
+  static std::string jobsOf(const std::string& help) {
+    const size_t options = help.find("\nOptions:");
+    const size_t behind = help.find("\n\n", options);
+    EXPECT_NE(behind, std::string::npos) << help;
+    return help.substr(behind);
   }
 
   // The first word of each line that is set in by two blanks and more.
@@ -60,7 +68,7 @@ class CommandPage : public CommandTest {
 
 TEST_F(CommandPage, tells_every_job) {
   const std::string help = ksv({"--help"}).out;
-  const std::set<std::string> found = namesIn(help.substr(help.find("Subcommands")));
+  const std::set<std::string> found = namesIn(jobsOf(help));
   EXPECT_EQ(found, std::set<std::string>(kJobs.begin(), kJobs.end())) << help;
   for (const std::string& name : kJobs) EXPECT_NE(section(name), "");
 }
@@ -100,6 +108,7 @@ TEST_F(CommandPage, tells_every_field_of_each_record) {
   expectTold("charsets", ksv({"charsets", "--json"}).out);
   std::filesystem::create_directory(pathOf(path("empty")));
   expectTold("lint", ksv({"lint", "--json", "empty"}).out);
+  expectTold("doctor", ksv({"doctor", "--json"}).out);
   for (const std::string field : {"`path`", "`pathBytes`", "`error.reason`", "`error.offset`"})
     EXPECT_NE(page_.substr(0, page_.find("\n## `ksv")).find(field), std::string::npos);
 }

@@ -1,6 +1,7 @@
 // The command line itself: help, version, and what cannot be followed.
 
 #include <filesystem>
+#include <utility>
 
 #include "command.h"
 
@@ -34,11 +35,29 @@ TEST_F(Usage, help_is_everywhere) {
                                                     {"charsets", "--help"},
                                                     {"tables", "--help"},
                                                     {"cut", "--help"},
+                                                    {"doctor", "--help"},
                                                     {"-h"}}) {
     const Outcome outcome = ksv(arguments);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_NE(outcome.out.find("Usage: ksv"), std::string::npos) << outcome.out;
+  }
+}
+
+TEST_F(Usage, help_lists_the_jobs_under_what_they_are_for) {
+  const std::string help = ksv({"--help"}).out;
+  const std::vector<std::pair<std::string, std::vector<std::string>>> groups = {
+      {"Convert and cut", {"convert", "cut"}},
+      {"Judge and check", {"detect", "check"}},
+      {"Charset directory", {"charsets", "tables", "lint"}},
+      {"Documents", {"summary", "ole"}},
+      {"Installation", {"doctor"}}};
+  for (const auto& [heading, jobs] : groups) {
+    const size_t begin = help.find("\n" + heading + ":\n");
+    ASSERT_NE(begin, std::string::npos) << heading << "\n" << help;
+    const std::string group = help.substr(begin, help.find("\n\n", begin + 1) - begin);
+    for (const std::string& job : jobs)
+      EXPECT_NE(group.find("\n  " + job + " "), std::string::npos) << job << group;
   }
 }
 
@@ -52,7 +71,9 @@ TEST_F(Usage, help_of_convert_tells_every_option) {
 }
 
 TEST_F(Usage, needs_a_job_that_exists) {
-  expectWrong({}, "a job is needed: convert, detect, check, charsets, tables, cut, summary, ole, lint");
+  expectWrong({},
+              "a job is needed: convert, detect, check, charsets, tables, cut, summary, ole, lint, "
+              "doctor (see 'ksv --help')");
   expectWrong({"translate"}, "translate");
   expectWrong({"--frobnicate"}, "--frobnicate");
 }

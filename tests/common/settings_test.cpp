@@ -143,3 +143,19 @@ TEST(LibraryDirectory, is_where_this_program_lies) {
   ASSERT_TRUE(directory);
   EXPECT_EQ(textOf(pathOf(*directory)), textOf(pathOf(ksv::test::ownExecutable()).parent_path()));
 }
+
+TEST_F(Settings, say_where_they_were_found) {
+  using Origin = ksv::platform::SettingOrigin;
+  char buffer[260];
+  Origin origin;
+  configure("Charsetpath=/from/file\n");
+  EXPECT_TRUE(ksv::platform::readSetting(kCharsetKey, buffer, sizeof buffer, &origin));
+  EXPECT_EQ(origin.place, Origin::Place::kConfigurationFile);
+  EXPECT_TRUE(origin.name.ends_with("ksv_conf.ini")) << origin.name;
+  ScopedVariable value(kCharsetKey, "/from/environment");
+  EXPECT_TRUE(ksv::platform::readSetting(kCharsetKey, buffer, sizeof buffer, &origin));
+  EXPECT_EQ(origin.place, Origin::Place::kEnvironment);
+  EXPECT_EQ(origin.name, kCharsetKey);
+  EXPECT_FALSE(ksv::platform::readSetting("Nothing", buffer, sizeof buffer, &origin));
+  EXPECT_EQ(origin.place, Origin::Place::kNowhere);
+}

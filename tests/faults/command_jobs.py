@@ -136,6 +136,8 @@ def _directory_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
         Job("convert-compiling", [ksv, "convert", "-f", "sjis", "-t", "utf8"], bare, env=env,
             stdin=_SJIS, out=_UTF8, any_after=True, may_lack=re.compile(r"\.cmp$"), passing=passing),
         Job("lint", [ksv, "lint", "charset"], rooms.of("shift_jis", "utf-8"), env=env, out=b""),
+        Job("doctor-json", [ksv, "doctor", "--json"], rooms.of("iso-646irv"),
+            env={"Charsetpath": "charset", "TMPDIR": "tmp"}, holds=b'"charsets","verdict":"ok"'),
         Job("lint-json", [ksv, "lint", "--json"], rooms.of("iso-646irv"), env=env, out=b""),
     ]
 

@@ -139,8 +139,18 @@ class Components(Installed):
             return {file for file in files if not file.endswith(endings)}
         self.assertEqual(ending_with("texts", ".txt"), set())
         self.assertEqual(ending_with("data", (".xml", ".cmp")), set())
-        self.assertEqual(ending_with("command", f"ksv{self.ending}"), set())
-        self.assertEqual(ending_with("development", (".h", ".cmake", ".pc", ".a", ".so")), set())
+        self.assertEqual(ending_with("command", (f"ksv{self.ending}", ".1", ".fish")), set())
+        self.assertEqual(ending_with("development", (".h", ".cmake", ".pc", ".a", ".so", ".3")),
+                         set())
+
+    def test_bring_what_man_and_shells_look_for(self):
+        if is_windows():
+            self.skipTest("Windows has neither")
+        files = files_below(self.prefix)
+        for name in ("man/man1/ksv.1", "man/man1/ksv-convert.1", "man/man3/ksv_comm.3",
+                     "man/man3/ksv_cconv.3", "bash-completion/completions/ksv",
+                     "zsh/site-functions/_ksv", "fish/vendor_completions.d/ksv.fish"):
+            self.assertIn(f"share/{name}", files)
 
     def test_without_texts_convert_by_every_charset_and_need_no_place_to_write(self):
         prefix = self.directory / "without_texts"

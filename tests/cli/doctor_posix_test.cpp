@@ -1,0 +1,46 @@
+// ksv doctor where the system says where settings and temporary files are.
+
+#include <filesystem>
+
+#include "command.h"
+#include "tests/common/support.h"
+
+namespace ksv_cli_tests {
+namespace {
+
+using DoctorOnPosix = CommandTest;
+
+TEST_F(DoctorOnPosix, names_the_configuration_file_that_names_the_directory) {
+  setEnvironment("Charsetpath", "");
+  setEnvironment("XDG_CONFIG_HOME", path(""));
+  write("ksv_conf.ini", "Charsetpath=" + charsetDirectory() + "\n");
+  EXPECT_NE(ksv({"doctor"}).out.find(charsetDirectory() + ", named by " + path("ksv_conf.ini\n")),
+            std::string::npos)
+      << ksv({"doctor"}).out;
+}
+
+TEST_F(DoctorOnPosix, finds_the_directory_that_is_installed_with_the_program) {
+  setEnvironment("Charsetpath", "");
+  setEnvironment("XDG_CONFIG_HOME", path(""));
+  EXPECT_NE(ksv({"doctor"}).out.find(", named as installed with the program\n"), std::string::npos);
+}
+
+TEST_F(DoctorOnPosix, tells_that_no_temporary_file_can_be_written) {
+  setEnvironment("TMPDIR", path("nowhere"));
+  const Outcome outcome = ksv({"doctor"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.out.find("\nwrong  temporary files      a temporary file cannot be written: "),
+            std::string::npos)
+      << outcome.out;
+  EXPECT_NE(outcome.out.find("TMPDIR"), std::string::npos);
+}
+
+TEST_F(DoctorOnPosix, leaves_no_temporary_file) {
+  std::filesystem::create_directory(path("tmp"));
+  setEnvironment("TMPDIR", path("tmp"));
+  EXPECT_NE(ksv({"doctor"}).out.find("can be written in " + path("tmp\n")), std::string::npos);
+  EXPECT_TRUE(files("tmp").empty());
+}
+
+}  // namespace
+}  // namespace ksv_cli_tests
