@@ -18,6 +18,7 @@ readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)
 
 # For scripts/release, beside those that build: the Debian packages.
 readonly release_packages=(debhelper dpkg-dev fakeroot lintian pkg-config)
+
 # For scripts/coverage, beside those of the tests.
 readonly coverage_packages=(llvm)
 

@@ -216,7 +216,8 @@ def foreign_element(foreign):
     return {"SPDXID": identifier(foreign.package), "name": foreign.package, "versionInfo": version,
             "supplier": "Organization: Debian", "downloadLocation": "NOASSERTION",
             "filesAnalyzed": False, "licenseConcluded": "NOASSERTION",
-            "licenseDeclared": " AND ".join(licences_of(foreign)) or "NOASSERTION", "copyrightText": "NOASSERTION",
+            "licenseDeclared": " AND ".join(licences_of(foreign)) or "NOASSERTION",
+            "copyrightText": "NOASSERTION",
             "primaryPackagePurpose": foreign.purpose,
             "externalRefs": [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
                               "referenceLocator": purl(foreign.package, version)}]}
