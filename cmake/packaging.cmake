@@ -1,5 +1,5 @@
-# Archives by CPack: what an installation has without the table texts, and the texts in an archive of
-# their own. With SOURCE_DATE_EPOCH set, the same bytes come of the same files.
+# Archives by CPack: what programs need, and what the packed charset file was made of in an archive
+# of its own. With SOURCE_DATE_EPOCH set, the same bytes come of the same files.
 set(CPACK_PACKAGE_NAME ksv_comm)
 set(CPACK_PACKAGE_VENDOR "The ksv_comm developers")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")

@@ -103,24 +103,27 @@ bool PackedCharsets::readSections() {
   return catalog.has_value();
 }
 
-bool PackedCharsets::isOverridden(std::string_view name, uint64_t size) const {
+bool PackedCharsets::goesBefore(const std::string& name, uint64_t packedSize) const {
   platform::FileStatus status;
-  const std::string path = directory_ + std::string(name);
-  if (!platform::fileStatus(path.c_str(), status)) return false;
-  return static_cast<uint64_t>(status.size) != size || status.writeTime > writeTime_;
+  if (!platform::fileStatus((directory_ + name).c_str(), status)) return false;
+  return static_cast<uint64_t>(status.size) != packedSize || status.writeTime > writeTime_;
 }
 
-bool PackedCharsets::mayBeFilledFrom(const PackedCatalog::TableFile& file) const {
+bool PackedCharsets::isOverridden(const PackedCatalog::RuleFile& file) const {
+  return goesBefore(std::string(file.name), file.content.size());
+}
+
+bool PackedCharsets::isOverridden(const PackedCatalog::TableFile& file) const {
   constexpr uint64_t kRecordSize = 8;
-  return !isOverridden(compiledName(file.name), kRecordSize * file.lineCount) &&
-         !isOverridden(file.name, file.textSize);
+  return goesBefore(compiledName(file.name), kRecordSize * file.lineCount) ||
+         goesBefore(std::string(file.name), file.textSize);
 }
 
 bool PackedCharsets::fill(CodeTable& table, uint32_t entriesPerBlock) const {
   const std::optional<uint32_t> number = catalog_.findTableFile(table.fileName);
   if (!number) return false;
   const PackedCatalog::TableFile& file = catalog_.tableFiles[*number];
-  if (!mayBeFilledFrom(file)) return false;
+  if (isOverridden(file)) return false;
   // With fewer lines than blocks may be made, it makes no difference how large these are.
   const TableEntry* const entry =
       entriesPerBlock == kDefaultBlockSize || file.lineCount <= limits::kMostBlocks

@@ -33,9 +33,10 @@ class PackedCharsets {
   const std::string& directory() const { return directory_; }
   const PackedCatalog& catalog() const { return catalog_; }
 
-  // Whether the file of that name stands in the directory and goes before what is packed, which
-  // has size bytes.
-  bool isOverridden(std::string_view name, uint64_t size) const;
+  // Whether a file that stands in the directory goes before the packed one; of a table its text or
+  // its compiled form.
+  bool isOverridden(const PackedCatalog::RuleFile& file) const;
+  bool isOverridden(const PackedCatalog::TableFile& file) const;
 
   // Fills the table with what its compiled file would give, in blocks of so many keys. False
   // when that is not packed, or what stands in the directory goes before it.
@@ -63,7 +64,7 @@ class PackedCharsets {
   bool isSound(const PackedTable& table) const;
   bool isSoundBlock(uint32_t block) const;
   bool isSoundPage(uint32_t page) const;
-  bool mayBeFilledFrom(const PackedCatalog::TableFile& file) const;
+  bool goesBefore(const std::string& name, uint64_t packedSize) const;
 
   std::string directory_;
   platform::MappedBytes mapping_;

@@ -75,7 +75,7 @@ bool addCharset(const PackedCatalog& catalog, const PackedCatalog::Charset& pack
 bool isAsPacked(const std::vector<std::string>& names, const PackedCharsets& packed) {
   return std::ranges::all_of(names, [&](const std::string& name) {
     const PackedCatalog::RuleFile* const file = packed.catalog().findRuleFile(name);
-    return file != nullptr && !packed.isOverridden(name, file->content.size());
+    return file != nullptr && !packed.isOverridden(*file);
   });
 }
 

@@ -1,5 +1,6 @@
 #include "cconv/rules/rule_loader.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 #include <optional>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "cconv/rules/packed_rules.h"
+#include "cconv/rules/packed_use.h"
 #include "cconv/rules/rule_base.h"
 #include "cconv/rules/rule_files.h"
 #include "cconv/rules/rule_path.h"
@@ -235,9 +237,11 @@ std::vector<std::string> namesOfRuleFiles(const std::string& directory) {
   return names;
 }
 
+std::atomic<bool> packedCharsetsAreUsed = true;
+
 // Once a process: what has been loaded stays as it is.
 void openPackedCharsets() {
-  if (ruleBase.lists->packed != nullptr) return;
+  if (ruleBase.lists->packed != nullptr || !packedCharsetsAreUsed) return;
   if (const auto directory = ruleBase.installedPath())
     ruleBase.lists->packed = PackedCharsets::open(*directory);
 }
@@ -262,6 +266,8 @@ size_t loadAllRuleFiles(const std::string& directory) {
 }
 
 }  // namespace
+
+void usePackedCharsets(bool areUsed) { packedCharsetsAreUsed = areUsed; }
 
 bool loadRuleFile(const std::string& path) {
   RuleFiles files;

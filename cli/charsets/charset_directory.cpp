@@ -37,7 +37,7 @@ std::optional<FoundCharsetDirectory> findCharsetDirectory() {
   std::string directory = setting;
   const bool isRoot = directory.size() == 1;
   if (!isRoot && directory.back() == ksv::platform::pathSeparator()) directory.pop_back();
-  return FoundCharsetDirectory{std::move(directory), shownOrigin(origin)};
+  return FoundCharsetDirectory{std::move(directory), shownOrigin(origin), origin.isInstallation()};
 }
 
 std::optional<std::string> charsetDirectory() {

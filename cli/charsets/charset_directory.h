@@ -9,6 +9,7 @@ namespace ksv_cli {
 struct FoundCharsetDirectory {
   std::string path;     // without a separator at its end
   std::string namedBy;  // who says so: a setting, or that it is installed there
+  bool isInstallation;  // the one that came with the library: what is packed in it counts
 };
 
 // None when no setting names one and none is installed.

@@ -7,6 +7,7 @@
 #include "cli/charsets/alias_lint.h"
 #include "cli/charsets/charset_lint.h"
 #include "cli/charsets/name_matching.h"
+#include "cli/charsets/packed_directory.h"
 #include "cli/charsets/rule_file_set.h"
 #include "cli/charsets/rule_source.h"
 #include "cli/system/paths.h"
@@ -45,7 +46,8 @@ class DirectoryLint {
   // What rests on all rule files says nothing while one of them is not known.
   void lintWhole() {
     if (!unreadable_.empty()) return;
-    if (charsets_.charsets().empty()) add(".", 0, "holds no charset rule file that can be read");
+    if (charsets_.charsets().empty() && !packedDirectory(directory_))
+      add(".", 0, "holds no charset rule file that can be read");
     lintAliases(directory_, charsets_.charsets(), faults_);
   }
 

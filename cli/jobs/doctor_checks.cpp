@@ -6,6 +6,7 @@
 #include "cli/charsets/compiled_tables.h"
 #include "cli/charsets/loaded_rules.h"
 #include "cli/charsets/name_matching.h"
+#include "cli/charsets/packed_directory.h"
 #include "cli/charsets/rule_source.h"
 #include "cli/system/failure.h"
 #include "cli/system/paths.h"
@@ -101,6 +102,18 @@ CheckFinding checkCompiledTables(const Surroundings& around) {
             " are what their texts say");
 }
 
+CheckFinding checkPackedCharsets(const Surroundings& around) {
+  if (!around.directory) return withoutDirectory();
+  const auto packed = packedDirectory(around.directory->path);
+  if (!packed) return ok("none: rule files and tables are read");
+  const std::string text = counted(packed->charsets, "charset", "charsets") + ", " +
+                           counted(packed->tables, "table", "tables");
+  if (!around.directory->isInstallation)
+    return note(text + ", not used where a setting names the directory", "");
+  if (packed->overridden.empty()) return ok(text);
+  return note(text + ", of which others go before: " + listed(packed->overridden), "");
+}
+
 CheckFinding checkCharsets(const Surroundings& around) {
   if (!around.lint) return withoutDirectory();
   try {
@@ -169,6 +182,7 @@ const std::vector<Check>& doctorChecks() {
       {"charsetDirectory", "charset directory", checkDirectory},
       {"ruleFiles", "rule files", checkRuleFiles},
       {"compiledTables", "compiled tables", checkCompiledTables},
+      {"packedCharsets", "packed charsets", checkPackedCharsets},
       {"charsets", "charsets", checkCharsets},
       {"locale", "locale", checkLocale},
       {"temporaryFiles", "temporary files", checkTemporaryFiles},

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cconv/rules/packed_use.h"
 #include "cli/charsets/charset_directory.h"
 #include "cli/charsets/compiled_tables.h"
 #include "cli/charsets/loaded_rules.h"
@@ -90,10 +91,19 @@ bool tellMissingCopies(const std::string& directory, const std::set<std::string>
   return !missing.empty();
 }
 
+bool holdsRuleFiles(const std::string& directory) try {
+  const std::vector<std::string> names = platform::filesIn(directory);
+  return std::ranges::any_of(names, [](const auto& name) { return name.ends_with(".xml"); });
+} catch (const Failure&) {
+  return true;  // loading them tells what is wrong
+}
+
 int fillTables() {
+  const std::optional<std::string> directory = charsetDirectory();
+  // Compiled files come of filling tables from their texts, where there are any.
+  if (directory && holdsRuleFiles(*directory)) ksv::usePackedCharsets(false);
   const RuleBase ruleBase;
   // What the library passes over in silence.
-  const std::optional<std::string> directory = charsetDirectory();
   const LintFindings found = directory ? lintCharsetDirectory(*directory) : LintFindings{};
   tellFaults(found);
   const std::vector<std::string> charsets = ruleBase.charsets();

@@ -149,7 +149,7 @@ def licences_in(name, path):
 
 
 def type_of(name):
-    if is_program(name) or Path(name).suffix in (".a", ".cmp"):
+    if is_program(name) or Path(name).suffix in (".a", ".cmp", ".pack"):
         return "BINARY"
     return "SOURCE" if Path(name).suffix in (".h", ".cmake", ".pc") else "TEXT"
 

@@ -41,6 +41,16 @@ void CommandTest::setEnvironment(const std::string& name, const std::string& val
   environment_[name] = value;
 }
 
+void CommandTest::useCharsetDirectoryOf(const std::string& charset) {
+  std::filesystem::create_directory(pathOf(path(charset)));
+  for (const auto& entry : std::filesystem::directory_iterator(pathOf(charsetDirectory()))) {
+    const std::string name = ksv::test::textOf(entry.path().filename());
+    if (name.find(charset + ".") != std::string::npos)
+      std::filesystem::copy_file(entry.path(), pathOf(path(charset + "/" + name)));
+  }
+  setEnvironment("Charsetpath", path(charset));
+}
+
 Process CommandTest::start(const std::vector<std::string>& arguments,
                            const StandardStreams& streams) const {
   std::vector<std::unique_ptr<ksv::test::ScopedVariable>> variables;

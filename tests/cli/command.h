@@ -34,6 +34,9 @@ class CommandTest : public testing::Test {
   // The names in the test's directory, sorted, those with a leading dot included.
   std::vector<std::string> files(const std::string& below = ".") const;
   void setEnvironment(const std::string& name, const std::string& value);
+  // Makes a charset directory of the files that have a charset's name in theirs, and has the
+  // command take it. Looking through the whole one takes long.
+  void useCharsetDirectoryOf(const std::string& charset);
 
  private:
   std::string directory_;

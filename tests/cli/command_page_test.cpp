@@ -108,6 +108,7 @@ TEST_F(CommandPage, tells_every_field_of_each_record) {
   expectTold("charsets", ksv({"charsets", "--json"}).out);
   std::filesystem::create_directory(pathOf(path("empty")));
   expectTold("lint", ksv({"lint", "--json", "empty"}).out);
+  setEnvironment("Charsetpath", path("empty"));
   expectTold("doctor", ksv({"doctor", "--json"}).out);
   for (const std::string field : {"`path`", "`pathBytes`", "`error.reason`", "`error.offset`"})
     EXPECT_NE(page_.substr(0, page_.find("\n## `ksv")).find(field), std::string::npos);

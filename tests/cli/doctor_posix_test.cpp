@@ -11,12 +11,14 @@ namespace {
 using DoctorOnPosix = CommandTest;
 
 TEST_F(DoctorOnPosix, names_the_configuration_file_that_names_the_directory) {
+  useCharsetDirectoryOf("iso-8859-5");
   setEnvironment("Charsetpath", "");
   setEnvironment("XDG_CONFIG_HOME", path(""));
-  write("ksv_conf.ini", "Charsetpath=" + charsetDirectory() + "\n");
-  EXPECT_NE(ksv({"doctor"}).out.find(charsetDirectory() + ", named by " + path("ksv_conf.ini\n")),
-            std::string::npos)
-      << ksv({"doctor"}).out;
+  const std::string directory = path("iso-8859-5");
+  write("ksv_conf.ini", "Charsetpath=" + directory + "\n");
+  const Outcome outcome = ksv({"doctor"});
+  EXPECT_NE(outcome.out.find(directory + ", named by " + path("ksv_conf.ini\n")), std::string::npos)
+      << outcome.out;
 }
 
 TEST_F(DoctorOnPosix, finds_the_directory_that_is_installed_with_the_program) {
@@ -26,6 +28,7 @@ TEST_F(DoctorOnPosix, finds_the_directory_that_is_installed_with_the_program) {
 }
 
 TEST_F(DoctorOnPosix, tells_that_no_temporary_file_can_be_written) {
+  useCharsetDirectoryOf("iso-8859-5");
   setEnvironment("TMPDIR", path("nowhere"));
   const Outcome outcome = ksv({"doctor"});
   EXPECT_EQ(outcome.status, 1);
@@ -36,6 +39,7 @@ TEST_F(DoctorOnPosix, tells_that_no_temporary_file_can_be_written) {
 }
 
 TEST_F(DoctorOnPosix, leaves_no_temporary_file) {
+  useCharsetDirectoryOf("iso-8859-5");
   std::filesystem::create_directory(path("tmp"));
   setEnvironment("TMPDIR", path("tmp"));
   EXPECT_NE(ksv({"doctor"}).out.find("can be written in " + path("tmp\n")), std::string::npos);

@@ -137,8 +137,8 @@ class Components(Installed):
             files = files_below(prefix)
             self.assertNotEqual(files, set(), component)
             return {file for file in files if not file.endswith(endings)}
-        self.assertEqual(ending_with("texts", ".txt"), set())
-        self.assertEqual(ending_with("data", (".xml", ".cmp")), set())
+        self.assertEqual(ending_with("texts", (".xml", ".txt", ".cmp")), set())
+        self.assertEqual(ending_with("data", ".pack"), set())
         self.assertEqual(ending_with("command", (f"ksv{self.ending}", ".1", ".fish")), set())
         self.assertEqual(ending_with("development", (".h", ".cmake", ".pc", ".a", ".so", ".3")),
                          set())
@@ -152,14 +152,74 @@ class Components(Installed):
                      "zsh/site-functions/_ksv", "fish/vendor_completions.d/ksv.fish"):
             self.assertIn(f"share/{name}", files)
 
-    def test_without_texts_convert_by_every_charset_and_need_no_place_to_write(self):
-        prefix = self.directory / "without_texts"
+
+
+class WithoutTexts(Installed):
+    """The packed charsets alone."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.whole = cls.prefix
+        cls.prefix = cls.directory / "without_texts"
         for component in ("runtime", "command", "data"):
-            install(prefix, "--component", component)
-        before = files_below(prefix)
-        self.assertIn("filled", execute(prefix / "bin" / f"ksv{self.ending}", "tables"))
-        self.assertEqual(self.convert_by_command(prefix), "日本")
-        self.assertEqual(files_below(prefix), before)
+            install(cls.prefix, "--component", component)
+
+    def charset_directory(self):
+        return next(self.prefix.rglob("charsets.pack")).parent
+
+    def test_converts_by_every_charset_and_needs_no_place_to_write(self):
+        before = files_below(self.prefix)
+        self.assertIn("filled", execute(self.command(), "tables"))
+        self.assertEqual(self.convert_by_command(encoding="utf-8"), "日本")
+        self.assertEqual(files_below(self.prefix), before)
+
+    def test_knows_the_charsets_that_the_files_describe(self):
+        files = next(self.whole.rglob("charsets.pack")).parent
+        named = without_settings(Charsetpath=str(files))
+        self.assertEqual(execute(self.command(), "charsets"),
+                         execute(self.command(), "charsets", env=named))
+
+    def test_is_in_order(self):
+        told = execute(self.command(), "doctor")
+        self.assertRegex(told, "packed charsets.*56 charsets, 61 tables")
+        self.assertEqual(execute(self.command(), "lint"), "")
+
+    def test_says_so_where_a_setting_names_the_directory_whose_files_are_not_there(self):
+        with self.assertRaisesRegex(AssertionError, "holds no charset rule file"):
+            self.convert_by_command(
+                env=without_settings(Charsetpath=str(self.charset_directory())))
+
+    def test_takes_a_charset_that_is_put_beside_the_packed_ones(self):
+        directory = self.charset_directory()
+        files = next(self.whole.rglob("charsets.pack")).parent
+        rules = (files / "koi8-r.xml").read_bytes().decode("utf-16")
+        own = rules.replace("<name>KOI8-R", "<name>OWN-R")
+        self.assertNotEqual(own, rules)
+        added = directory / "own-r.xml"
+        added.write_bytes(b"\xff\xfe" + own.encode("utf-16-le"))
+        try:
+            text = self.directory / "text.own"
+            text.write_bytes(b"\xc1\xc2")
+            self.assertEqual(execute(self.command(), "convert", "-f", "own-r", "-t", "UTF-8", text,
+                                     encoding="utf-8"), "аб")
+            self.assertEqual(self.convert_by_command(encoding="utf-8"), "日本")
+        finally:
+            added.unlink()
+
+    def test_opens_the_packed_file_and_the_directory_and_the_text(self):
+        if is_windows() or shutil.which("strace") is None:
+            self.skipTest("needs strace")
+        text = self.directory / "text.sjis"
+        text.write_bytes(b"\x93\xFA\x96\x7B")
+        log = self.directory / "opened"
+        execute("strace", "-o", log, "-e", "trace=open,openat", self.command(), "convert", "-f",
+                "sjis", "-t", "UTF-8", text)
+        opened = re.findall(r'"([^"\n]*)".*\) = \d', log.read_text())
+        own = [path for path in opened
+               if path.startswith(str(self.directory)) and not path.endswith(".so")]
+        self.assertEqual(own, [str(self.charset_directory() / "charsets.pack"),
+                               str(self.charset_directory()) + "/", str(text)])
 
 
 class Command(Installed):

@@ -116,12 +116,12 @@ void fillAllTables(const RuleBase& rules) {
   }
 }
 
-TEST(CharsetDirectory, has_lower_case_ascii_file_names_of_three_kinds) {
+TEST(CharsetDirectory, has_lower_case_ascii_file_names_of_four_kinds) {
   for (const fs::path& file : filesOf(charsetDirectory(), "")) {
     EXPECT_EQ(file.filename().string().find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789._-"),
               std::string::npos)
         << file;
-    EXPECT_TRUE(std::set<fs::path>({".xml", ".txt", ".cmp"}).contains(file.extension())) << file;
+    EXPECT_TRUE(std::set<fs::path>({".xml", ".txt", ".cmp", ".pack"}).contains(file.extension())) << file;
   }
 }
 

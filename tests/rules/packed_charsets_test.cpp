@@ -261,7 +261,7 @@ TEST_F(BesideThePack, a_rule_file_of_another_size_goes_before_the_packed_one) {
   ASSERT_NE(packed, nullptr);
   const auto* const file = packed->catalog().findRuleFile("set.jis_x0208-1990.xml");
   ASSERT_NE(file, nullptr);
-  EXPECT_TRUE(packed->isOverridden(file->name, file->content.size()));
+  EXPECT_TRUE(packed->isOverridden(*file));
   const LoadedFrom loaded = load();
   EXPECT_NE(findCharsetByName("shift_jis"), nullptr);
 }
