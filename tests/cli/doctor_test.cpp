@@ -14,9 +14,9 @@ namespace {
 namespace fs = std::filesystem;
 using ksv::test::pathOf;
 
-const std::vector<std::string> kChecks = {"version",          "build",     "vectorInstructions",
-                                          "charsetDirectory", "ruleFiles", "compiledTables",
-                                          "charsets",         "locale",    "temporaryFiles"};
+const std::vector<std::string> kChecks = {
+    "version",        "build",          "vectorInstructions", "charsetDirectory", "ruleFiles",
+    "compiledTables", "packedCharsets", "charsets",           "locale",           "temporaryFiles"};
 
 constexpr char kCharset[] = "iso-8859-5";
 
