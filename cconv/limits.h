@@ -34,6 +34,9 @@ constexpr uint64_t entityComparisons(size_t characters) {
 constexpr int kMostDigits = 64;
 // Blocks of keys, each of the same size.
 constexpr uint32_t kMostBlocks = kMostItems;
+// Lines of a table of a packed directory, where a few bytes can stand for many lines: four times as
+// many as the largest shipped one has.
+constexpr uint32_t kMostPackedLines = uint32_t{1} << 22;
 // Values stand in pages of 16: a key far from all others costs 64 bytes and its place in the index.
 
 // ---- What is remembered for speed, in a process. Behind these the engine converts. ----

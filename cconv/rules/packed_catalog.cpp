@@ -67,7 +67,7 @@ class CatalogReader {
     PackedCatalog::TableFile file;
     file.name = name();
     file.textSize = stream_.number();
-    file.lineCount = stream_.number();
+    file.lineCount = below(limits::kMostPackedLines + 1);
     file.records = dataBytes();
     return file;
   }

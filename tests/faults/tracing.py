@@ -38,6 +38,7 @@ ERRORS = {
     "shmget": ("ENOSPC",), "semget": ("ENOSPC",), "memfd_create": ("EMFILE", "ENOMEM"),
     "fchdir": ("EIO",), "chdir": ("EIO",), "fadvise64": ("EIO",), "ioctl": ("EIO",),
     "copy_file_range": ("EIO", "ENOSPC"), "sendfile": ("EIO", "ENOSPC"),
+    "prctl": ("EINVAL", "EPERM"), "seccomp": ("EINVAL", "ENOMEM", "ENOSYS"),
 }
 
 # These cannot fail in a way a program could answer: they start and end it, or set what it runs on.

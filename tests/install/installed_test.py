@@ -257,11 +257,14 @@ class FindPackage(Installed):
 
     @classmethod
     def configure(cls, directory, *options):
-        toolchain = [f"-DCMAKE_TOOLCHAIN_FILE={ARGUMENTS.toolchain}"] if ARGUMENTS.toolchain else [
+        # Toolchain files let packages be looked for among the target's own only.
+        toolchain = [f"-DCMAKE_TOOLCHAIN_FILE={ARGUMENTS.toolchain}",
+                     f"-Dksv_DIR={cls.libraries}/cmake/ksv"] if ARGUMENTS.toolchain else [
             f"-DCMAKE_C_COMPILER={cached('CMAKE_C_COMPILER')}",
             f"-DCMAKE_CXX_COMPILER={cached('CMAKE_CXX_COMPILER')}"]
         run(ARGUMENTS.cmake, "-S", HERE / "consumer", "-B", directory, "-G", "Ninja", *toolchain,
-            "-DKSV_BY=find_package", f"-Dksv_ROOT={cls.prefix}", "-DCMAKE_BUILD_TYPE=Release",
+            "-DKSV_BY=find_package",
+            f"-DKSV_VERSION={cached('CMAKE_PROJECT_VERSION')}", f"-Dksv_ROOT={cls.prefix}", "-DCMAKE_BUILD_TYPE=Release",
             *options)
 
     def program(self, name):

@@ -65,7 +65,7 @@ class GenerateTest(unittest.TestCase):
         self.charset("Example", ["plain"])
         self.assertEqual(self.run_generator().returncode, 0)
         self.assertEqual({path.name for path in self.output.iterdir()},
-                         {"example.xml", "set.plain.xml", "plain.txt", "plain.cmp"})
+                         {"example.xml", "set.plain.xml", "plain.txt", "plain.cmp", "charsets.pack"})
         compiled = (self.output / "plain.cmp").read_bytes()
         self.assertEqual(len(compiled), 0x80 * 8)
         self.assertEqual(compiled[0x41 * 8:0x42 * 8], bytes([0x41, 0, 0, 0, 0x41, 0, 0, 0]))

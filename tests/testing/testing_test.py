@@ -230,7 +230,7 @@ class Families(unittest.TestCase):
                              ("tests/convert/bulk_test.cpp", "convert"),
                              ("tests/convert/reference/rules.cpp", "differential"),
                              ("cli/main.cpp", "cli"), ("include/ksv_ole.h", "exports"),
-                             ("README.md", None), ("cmake/exports.cmake", None)):
+                             ("README.md", None), ("cmake/exports.cmake", "install")):
             self.assertEqual(check.family_of(path), family, path)
 
     def test_every_folder_of_a_family_is_there_and_every_program_has_a_family(self):
