@@ -30,8 +30,8 @@ function(ksv_add_shared_library target name soversion)
     set_target_properties(${target} PROPERTIES PREFIX "")
     target_sources(${target} PRIVATE ${exports}.def)
   else()
-    set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${soversion}
-                          LINK_DEPENDS ${exports}.map)
+    set_target_properties(${target} PROPERTIES VERSION ${soversion}.${PROJECT_VERSION}
+                          SOVERSION ${soversion} LINK_DEPENDS ${exports}.map)
     target_link_options(${target} PRIVATE -Wl,--version-script=${exports}.map -Wl,--no-undefined)
   endif()
 endfunction()

@@ -16,6 +16,9 @@ readonly site_packages=(python3-markdown doxygen mandoc)
 # For the Windows build and its tests; not every machine can have them.
 readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)
 
+# For scripts/release, beside those that build: the Debian packages.
+readonly release_packages=(debhelper dpkg-dev fakeroot lintian pkg-config)
+
 # For scripts/coverage, beside those of the tests.
 readonly coverage_packages=(llvm)
 

@@ -27,10 +27,11 @@ NAVIGATION = {
                     "docs/cutting.md", "docs/strings.md", "docs/mapping.md", "docs/files.md",
                     "docs/paths.md", "docs/log.md", "docs/memory.md"],
     "Charsets": ["charsets/README.md"],
-    "What it promises": ["docs/security.md", "docs/faults.md", "docs/windows.md",
-                         "docs/licences.md"],
+    "What it promises": ["docs/security.md", "docs/faults.md", "docs/abi.md",
+                         "docs/windows.md", "docs/licences.md"],
     "How it is made": ["docs/architecture.md", "CONTRIBUTING.md", "bench/README.md",
-                       "fuzz/README.md", "docs/coverage.md", "docs/mutation.md"],
+                       "fuzz/README.md", "docs/coverage.md", "docs/mutation.md",
+                       "docs/releasing.md"],
 }
 # Pages that others link to, and that no list names.
 OTHERS = ["CHANGELOG.md", "docs/samples/README.md"]
