@@ -1,10 +1,10 @@
 #include "cconv/convert/pre_conversion.h"
 
 #include <cstdio>
-#include <cstring>
 #include <limits>
 #include <vector>
 
+#include "common/byte_order.h"
 #include "tests/convert/converter.h"
 
 namespace ksv_test {
@@ -25,8 +25,7 @@ PreConversionResult utf7(const Bytes& input, int32_t capacity = 400) {
                           static_cast<int32_t>(input.size()), output.data(), capacity);
   Bytes text;
   for (int32_t i = 0; i < converted.length; i += 4) {
-    uint32_t value;
-    std::memcpy(&value, &output[static_cast<size_t>(i)], 4);
+    const uint32_t value = ksv::readUnit(&output[static_cast<size_t>(i)], 4, false);
     char shown[12];
     if (value >= 0x20 && value < 0x7F) {
       text += static_cast<char>(value);
