@@ -345,7 +345,7 @@ class SharedLibrary(Installed):
         if is_windows():
             self.skipTest("libraries have one name there")
         version = cached("CMAKE_PROJECT_VERSION")
-        real = self.libraries / f"libksv_comm.so.{version}"
+        real = self.libraries / f"libksv_comm.so.0.{version}"
         self.assertTrue(real.is_file() and not real.is_symlink())
         link = self.libraries / "libksv_comm.so"
         self.assertEqual(link.resolve(), real)
