@@ -47,9 +47,13 @@ class Foreign:
 
 COMPILED_INTO_COMMAND = (Foreign("libcli11-dev", "CLI11"),
                          Foreign("nlohmann-json3-dev", "JSON for Modern C++"))
-LINKED_ON_LINUX = (Foreign("libstdc++6"), Foreign("libgcc-s1"), Foreign("libc6"))
-LINKED_ON_WINDOWS = (Foreign("g++-mingw-w64-x86-64-posix", "libstdc++ and libgcc"),
-                     Foreign("mingw-w64-x86-64-dev", "the run-time library of MinGW-w64"))
+# By the names under which programs ask the system for them.
+SYSTEM_LIBRARIES = {b"libstdc++.so.6": Foreign("libstdc++6"), b"libgcc_s.so.1": Foreign("libgcc-s1"),
+                    b"libc.so.6": Foreign("libc6")}
+LINKED_IN_ON_LINUX = (Foreign("libstdc++-12-dev", "libstdc++ and libgcc"),
+                      Foreign("libgcc-12-dev", "libstdc++ and libgcc"))
+LINKED_IN_ON_WINDOWS = (Foreign("g++-mingw-w64-x86-64-posix", "libstdc++ and libgcc"),
+                        Foreign("mingw-w64-x86-64-dev", "the run-time library of MinGW-w64"))
 TOOLS = tuple(Foreign(package, purpose="APPLICATION")
               for package in ("g++-12", "binutils", "cmake", "ninja-build", "python3"))
 TOOLS_FOR_WINDOWS = (Foreign("g++-mingw-w64-x86-64-posix", "libstdc++ and libgcc"),
@@ -134,16 +138,29 @@ def is_fact(name):
     return Path(name).parent.name == "charset"
 
 
-def foreign_in(name, path):
-    """What others made that is in a file: on Windows the run-time libraries, too."""
-    foreign = list(COMPILED_INTO_COMMAND) if is_command(name) else []
-    return foreign + (list(LINKED_ON_WINDOWS) if is_program(name) and is_for_windows(path) else [])
+def libraries_asked_for(file):
+    """What a program for Linux takes from the system."""
+    return [foreign for name, foreign in SYSTEM_LIBRARIES.items() if name + b"\0" in file.content]
 
 
-def licences_in(name, path):
+def runtime_in(file, path):
+    """The run-time libraries that a program has inside, since it does not ask for the system's."""
+    if is_for_windows(path):
+        return list(LINKED_IN_ON_WINDOWS)
+    has_its_own = SYSTEM_LIBRARIES[b"libstdc++.so.6"] not in libraries_asked_for(file)
+    return list(LINKED_IN_ON_LINUX) if has_its_own else []
+
+
+def foreign_in(file, path):
+    """What others made that is in a file."""
+    foreign = list(COMPILED_INTO_COMMAND) if is_command(file.name) else []
+    return foreign + (runtime_in(file, path) if is_program(file.name) else [])
+
+
+def licences_in(file, path):
     """Those of a file, the library's own first."""
-    licences = [FACTS_LICENCE if is_fact(name) else LICENCE]
-    for foreign in foreign_in(name, path):
+    licences = [FACTS_LICENCE if is_fact(file.name) else LICENCE]
+    for foreign in foreign_in(file, path):
         licences += licences_of(foreign)
     return list(dict.fromkeys(licences))
 
@@ -171,7 +188,7 @@ def relation(one, kind, other):
 
 
 def file_element(path, file, number):
-    licences = licences_in(file.name, path)
+    licences = licences_in(file, path)
     return {"SPDXID": identifier(path.name, f"file{number}"),
             "fileName": "./" + file.name.removeprefix("./"), "fileTypes": [type_of(file.name)],
             "checksums": [checksum("sha1", file.content), checksum("sha256", file.content)],
@@ -251,16 +268,16 @@ class Release:
 
     def add(self, path):
         is_installed = not is_source(path)
-        elements = [file_element(path, file, number)
-                    for number, file in enumerate(files_of(path) if is_installed else [])]
+        files = files_of(path) if is_installed else []
+        elements = [file_element(path, file, number) for number, file in enumerate(files)]
         artefact = artefact_element(path, elements, self.version)
         self.artefacts.append(artefact)
         self.files += elements
         name = artefact["SPDXID"]
         self.relations.append(relation("SPDXRef-DOCUMENT", "DESCRIBES", name))
-        for element in elements:
+        for file, element in zip(files, elements):
             self.relations.append(relation(name, "CONTAINS", element["SPDXID"]))
-            self.add_links(path, element)
+            self.add_links(path, file, element["SPDXID"])
         if any(is_fact(element["fileName"]) for element in elements):
             for facts, _ in SOURCES_OF_FACTS:
                 self.relations.append(relation(name, "GENERATED_FROM", identifier("facts", facts)))
@@ -269,14 +286,13 @@ class Release:
                 self.foreign[tool.package] = tool
                 self.relations.append(relation(identifier(tool.package), "BUILD_TOOL_OF", name))
 
-    def add_links(self, path, element):
-        name = element["fileName"]
-        links = [(foreign, "STATIC_LINK") for foreign in foreign_in(name, path)]
-        if is_program(name) and not is_for_windows(path):
-            links += [(foreign, "DYNAMIC_LINK") for foreign in LINKED_ON_LINUX]
+    def add_links(self, path, file, name):
+        links = [(foreign, "STATIC_LINK") for foreign in foreign_in(file, path)]
+        if is_program(file.name) and not is_for_windows(path):
+            links += [(foreign, "DYNAMIC_LINK") for foreign in libraries_asked_for(file)]
         for foreign, kind in links:
             self.foreign[foreign.package] = foreign
-            self.relations.append(relation(element["SPDXID"], kind, identifier(foreign.package)))
+            self.relations.append(relation(name, kind, identifier(foreign.package)))
 
     def add_sources(self):
         """Each artefact that is installed is made from the source archive, where there is one."""

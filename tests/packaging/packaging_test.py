@@ -153,7 +153,7 @@ class Sbom(MadeUpTree):
     def archives(self):
         return (self.tar("ksv_comm-1.2.3.tar.gz", {"ksv_comm-1.2.3/a.cpp": b"int a;\n"}),
                 self.tar("ksv_comm-1.2.3-linux-x86_64.tar.gz",
-                         {"t/bin/ksv": b"\x7fELF", "t/lib/libksv_comm.so.0.1.2.3": b"\x7fELF2",
+                         {"t/bin/ksv": b"\x7fELF", "t/lib/libksv_comm.so.0.1.2.3": b"\x7fELF\0libstdc++.so.6\0libc.so.6\0",
                           "t/share/ksv_comm/charset/a.cmp": b"\0"}),
                 self.zip("ksv_comm-1.2.3-windows-amd64.zip",
                          {"t/bin/ksv.exe": b"MZ", "t/bin/ksv_comm.dll": b"MZ2"}))
@@ -170,7 +170,8 @@ class Sbom(MadeUpTree):
 
     def test_names_what_is_compiled_into_a_program(self):
         licences = self.licences(self.document(*self.archives()))
-        self.assertEqual(licences["./t/bin/ksv"], "Apache-2.0 AND BSD-3-Clause AND MIT")
+        self.assertEqual(licences["./t/bin/ksv"], "Apache-2.0 AND BSD-3-Clause AND MIT AND "
+                                                  "GPL-3.0-or-later WITH GCC-exception-3.1")
         self.assertEqual(licences["./t/lib/libksv_comm.so.0.1.2.3"], "Apache-2.0")
         self.assertEqual(licences["./t/bin/ksv_comm.dll"],
                          "Apache-2.0 AND GPL-3.0-or-later WITH GCC-exception-3.1 AND ZPL-2.1 AND MIT")
@@ -194,6 +195,14 @@ class Sbom(MadeUpTree):
             (linux, "SPDXRef-ksv-comm-1.2.3.tar.gz"),
             ("SPDXRef-ksv-comm-1.2.3-windows-amd64.zip", "SPDXRef-ksv-comm-1.2.3.tar.gz"),
             (linux, "SPDXRef-facts-glibc"), (linux, "SPDXRef-facts-Python")})
+
+    def test_tells_what_a_program_has_inside_from_what_it_asks_for(self):
+        kinds = {}
+        for relationship in self.document(*self.archives())["relationships"]:
+            if relationship["relatedSpdxElement"].startswith("SPDXRef-libstdc"):
+                kinds[relationship["relatedSpdxElement"]] = relationship["relationshipType"]
+        self.assertEqual(kinds, {"SPDXRef-libstdc-12-dev": "STATIC_LINK",
+                                 "SPDXRef-libstdc-6": "DYNAMIC_LINK"})
 
     def test_verifies_a_package_by_the_sum_over_its_files(self):
         packages = {package["name"]: package
