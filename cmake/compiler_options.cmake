@@ -1,6 +1,10 @@
 # One target that everything of ours links: warnings, and the sanitizers when they are asked for.
 add_library(ksv_options INTERFACE)
 target_compile_options(ksv_options INTERFACE -Wall -Wextra -Wconversion)
+# GCC 11 tells that it does nothing about fields that only one system uses, and is asked for nothing.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 12)
+  target_compile_options(ksv_options INTERFACE -Wno-attributes)
+endif()
 if(KSV_WERROR)
   target_compile_options(ksv_options INTERFACE -Werror)
 endif()

@@ -25,7 +25,7 @@ class Tracking : public testing::Test {
   }
 
   static std::string withAddress(const char* text, const void* block) {
-    std::array<char, 64> line;
+    std::array<char, 64> line{};
     std::snprintf(line.data(), line.size(), "%s %x\n", text,
                   static_cast<unsigned>(reinterpret_cast<uintptr_t>(block)));
     return line.data();
