@@ -5,7 +5,9 @@ option(KSV_HARDENING "Build what is shipped with the hardening of distributions"
 include(CheckCXXCompilerFlag)
 add_library(ksv_hardening INTERFACE)
 
+# What is taken and does nothing, as of another processor, is not known either.
 function(ksv_harden_compilation flag)
+  set(CMAKE_REQUIRED_FLAGS -Werror)
   string(MAKE_C_IDENTIFIER KSV_HAS${flag} variable)
   check_cxx_compiler_flag(${flag} ${variable})
   if(${variable})

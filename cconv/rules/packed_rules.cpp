@@ -84,8 +84,8 @@ std::vector<std::string> withPackedNames(std::vector<std::string> names,
   for (const PackedCatalog::RuleFile& file : packed.catalog().ruleFiles)
     names.emplace_back(file.name);
   std::ranges::sort(names);
-  const auto repeated = std::ranges::unique(names);
-  names.erase(repeated.begin(), repeated.end());
+  // Not of std::ranges, whose answer clang 14 cannot read in the C++ library of gcc.
+  names.erase(std::unique(names.begin(), names.end()), names.end());
   return names;
 }
 

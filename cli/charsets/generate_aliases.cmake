@@ -1,6 +1,6 @@
 # Turns charset_aliases.txt into the rows of the table in charset_names.cpp:
 #   cmake -DINPUT=charset_aliases.txt -DOUTPUT=charset_aliases.inc -P generate_aliases.cmake
-cmake_minimum_required(VERSION 3.25)
+cmake_minimum_required(VERSION 3.22)
 file(STRINGS ${INPUT} lines REGEX "^[^#]")
 
 set(seen)

@@ -118,7 +118,8 @@ void addDetectJob(OptionParser& parser) {
   job.value("--files-from", "LIST", arguments->list.path, "Read names of further files from LIST");
   job.flag("--null", arguments->list.endsNamesWithNul,
            "The names of the list end with NUL, not with a line end");
-  job.value("--language", "NAME", arguments->language, "The language of the texts");
+  job.value("--language", "NAME", arguments->language, "The language of the texts",
+            {.usual = {"Japanese", "Simplified Chinese", "Traditional Chinese", "Korean"}});
   job.flag("--json", arguments->json, "One JSON object a line");
   job.flag("--classic", arguments->classic,
            "Exactly what the library answers, in the form that programs rely on");

@@ -1,6 +1,8 @@
 #include "cli/jobs/doctor_checks.h"
 
 #include <algorithm>
+#include <set>
+#include <string_view>
 #include <utility>
 
 #include "cli/charsets/compiled_tables.h"

@@ -1,7 +1,6 @@
 // What 'ksv doctor' looks at: a list of checks, each of which says what it found.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>

@@ -21,8 +21,8 @@ constexpr char kFooter[] =
     "A line a check: ok, note or wrong; what is looked at; what was found. What can be done\n"
     "about it stands below it. Looked at are the version and how it was built, the vector\n"
     "instructions that conversion uses, where the charset directory is and who says so, its\n"
-    "rule files and compiled tables, the number of charsets, the locale, and whether\n"
-    "temporary files can be written. Nothing else is written.\n"
+    "rule files and compiled tables and their packed form, the number of charsets, the\n"
+    "locale, and whether temporary files can be written. Nothing else is written.\n"
     "\n"
     "Exit status: 0 all well, 1 something is wrong, 2 wrong usage.";
 

@@ -14,6 +14,7 @@ struct DeclaredOption {
   bool required = false;
   bool repeats = false;
   std::vector<std::string> oneOf = {};  // the values that there are; none: any
+  std::vector<std::string> usual = {};  // where any is taken: those that mean something
   std::string help = {};
 };
 

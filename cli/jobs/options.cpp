@@ -81,6 +81,7 @@ DeclaredOption declaredOption(const char* names, const char* value, const char* 
           .value = value,
           .required = terms.required,
           .oneOf = terms.oneOf,
+          .usual = terms.usual,
           .help = help};
 }
 

@@ -24,6 +24,7 @@ namespace ksv_cli {
 struct OptionTerms {
   bool required = false;
   std::vector<std::string> oneOf = {};  // the values that there are; none: any
+  std::vector<std::string> usual = {};  // where any is taken: those that mean something
   bool ignoresCase = false;             // of these
   bool hidden = false;                  // it is taken, but no help shows it
 };

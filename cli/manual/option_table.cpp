@@ -22,6 +22,7 @@ Json asJson(const DeclaredOption& option) {
           {"required", option.required},
           {"repeats", option.repeats},
           {"oneOf", option.oneOf},
+          {"usual", option.usual},
           {"help", option.help}};
 }
 

@@ -1,5 +1,5 @@
-// Where the system cannot be told, and under sanitizers, which look into their own process and start
-// a program that names what they found.
+// Where the system cannot be told, and under sanitizers, which look into their own process and
+// start a program that names what they found.
 #include "cli/system/rights.h"
 
 namespace ksv_cli::platform {

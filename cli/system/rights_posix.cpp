@@ -1,9 +1,7 @@
 // A filter in front of all system calls, which refuses the few that start programs, open
-// sockets or reach into other processes. It names what is refused, not what is allowed: the C library
-// takes other calls from release to release, and those above are the ones that get an intruder
-// anywhere. It costs a few microseconds at the start.
-#include "cli/system/rights.h"
-
+// sockets or reach into other processes. It names what is refused, not what is allowed: the C
+// library takes other calls from release to release, and those above are the ones that get an
+// intruder anywhere. It costs a few microseconds at the start.
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
@@ -15,6 +13,8 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+
+#include "cli/system/rights.h"
 
 namespace ksv_cli::platform {
 namespace {
@@ -30,7 +30,7 @@ constexpr uint32_t kMachine = 0;
 
 // Sockets can be had from an io_uring as well. A process of this kind has none before.
 constexpr uint32_t kRefusedCalls[] = {
-    SYS_execve,          SYS_execveat,         SYS_socket,         SYS_socketpair, SYS_ptrace,
+    SYS_execve,           SYS_execveat,          SYS_socket,        SYS_socketpair, SYS_ptrace,
     SYS_process_vm_readv, SYS_process_vm_writev, SYS_io_uring_setup};
 
 // Where x86-64 has the same calls under other numbers.

@@ -10,6 +10,7 @@ bring names of its own.
 from __future__ import annotations
 
 import json
+import shlex
 import sys
 from collections.abc import Iterator
 from pathlib import Path
@@ -43,6 +44,14 @@ def head(table: dict, sign: str = "#") -> str:
 BASH_FUNCTIONS = r'''
 # Those words that begin like the current one.
 _ksv_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$current"); }
+
+# The same of values with blanks in them.
+_ksv_values() {
+  local value
+  for value in "$@"; do
+    if [[ $value == "${current//\\/}"* ]]; then COMPREPLY+=("$(printf %q "$value")"); fi
+  done
+}
 
 _ksv_files() {
   compopt -o filenames 2>/dev/null
@@ -105,6 +114,8 @@ complete -F _ksv ksv
 def bash_value(option: dict) -> str:
     if option["oneOf"]:
         return f"_ksv_words '{' '.join(option['oneOf'])}'"
+    if option["usual"]:
+        return "_ksv_values " + " ".join(map(shlex.quote, option["usual"]))
     return {CHARSET: "_ksv_charsets", FILE: "_ksv_files -f", DIRECTORY: "_ksv_files -d",
             NOTHING: ":"}[kind_of(option)]
 
@@ -160,8 +171,9 @@ def zsh_help(text: str) -> str:
 
 
 def zsh_action(option: dict) -> str:
-    if option["oneOf"]:
-        return f"({' '.join(option['oneOf'])})"
+    if option["oneOf"] or option["usual"]:
+        values = [value.replace(" ", "\\ ") for value in option["oneOf"] or option["usual"]]
+        return f"({' '.join(values)})"
     return {CHARSET: "_ksv_charset", FILE: "_files", DIRECTORY: "_files -/",
             NOTHING: " "}[kind_of(option)]
 
@@ -258,8 +270,9 @@ def fish_quoted(text: str) -> str:
 
 
 def fish_value(option: dict) -> str:
-    if option["oneOf"]:
-        return f" -x -a {fish_quoted(' '.join(option['oneOf']))}"
+    values = option["oneOf"] or option["usual"]
+    if values:
+        return f" -x -a {fish_quoted(' '.join(map(shlex.quote, values)))}"
     return {CHARSET: " -x -a '(__ksv_charsets)'", FILE: " -r -F",
             DIRECTORY: " -x -a '(__fish_complete_directories)'", NOTHING: " -x"}[kind_of(option)]
 

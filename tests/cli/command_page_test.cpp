@@ -92,6 +92,17 @@ TEST_F(CommandPage, tells_every_option_of_each_job) {
   }
 }
 
+TEST_F(CommandPage, tells_every_check_of_doctor) {
+  setEnvironment("Charsetpath", path("nowhere"));
+  std::istringstream lines(ksv({"doctor", "--json"}).out);
+  size_t count = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    const std::string check = nlohmann::json::parse(line).at("check");
+    EXPECT_NE(section("doctor").find("| `" + check + "` |"), std::string::npos) << check;
+  }
+  EXPECT_GT(count, 0u);
+}
+
 TEST_F(CommandPage, tells_every_field_of_each_record) {
   write("text", "plain\n");
   write("document", document(summary({codePage(65001), text(2, "t"), text(3, "s"), text(4, "a"),

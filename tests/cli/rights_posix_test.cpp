@@ -1,7 +1,5 @@
-// Bound to POSIX: what the command gives up in front of everything else. A child process gives it up,
-// and then asks for it.
-#include "cli/system/rights.h"
-
+// Bound to POSIX: what the command gives up in front of everything else. A child process gives it
+// up, and then asks for it.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ptrace.h>
@@ -13,6 +11,7 @@
 #include <functional>
 #include <thread>
 
+#include "cli/system/rights.h"
 #include "tests/system/fork_posix.h"
 
 namespace ksv_cli_tests {

@@ -132,7 +132,8 @@ class CompletionTest(unittest.TestCase):
         for shell in self.shells:
             with self.subTest(shell=shell.name, line=line):
                 # Shells differ in what they put behind a word that a value or a name follows.
-                offers = {offer.rstrip("=/ ") for offer in shell.offers(line, self.room)}
+                offers = {offer.rstrip("=/ ").replace("\\ ", " ")
+                          for offer in shell.offers(line, self.room)}
                 # A value behind "=" is offered with or without what stands in front of it.
                 offers |= {offer.rsplit("=", 1)[-1] for offer in offers}
                 self.assertEqual(wanted - offers, set(), offers)
@@ -160,6 +161,11 @@ class CompletionTest(unittest.TestCase):
         self._expect("ksv convert --newline ", {"keep", "lf", "crlf", "cr"}, {"letter.txt", "big"})
         self._expect("ksv convert --byte-order=b", {"big"}, {"little"})
         self._expect("ksv convert -t utf8 --detect-language z", {"zh-cn", "zh-tw"}, {"ja"})
+
+    def test_values_with_blanks_are_one_word(self) -> None:
+        self._expect("ksv detect --language ", {"Japanese", "Simplified Chinese", "Korean"},
+                     {"Simplified", "Chinese", "letter.txt"})
+        self._expect("ksv detect --language Tr", {"Traditional Chinese"}, {"Japanese"})
 
     def test_charsets_are_those_of_the_directory_with_their_aliases(self) -> None:
         self._expect("ksv convert -t Shift", {"Shift_JIS", "Shift_JIS-2004"}, {"UTF-8"})
