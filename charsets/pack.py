@@ -4,10 +4,10 @@ All numbers are 32 bits wide, least significant byte first, and stand at multipl
 file begins with a header (HEADER names its fields); cconv/rules/packed_charsets.h reads it.
 
 A table is a tree. Of a key, the bits above the lowest ten choose an entry of the table's
-directory, or, where keys go beyond the last code of Unicode, those above the lowest four a slot
-of its hash. A directory entry names a block; a block has 64 pages; a page has a base and a
-template; a template has 16 steps, one for each key. The value is the base and the step together,
-and none where the step is 0. Blocks and templates that are alike stand once, for all tables: the
+directory. It names a block; a block has 64 pages; a page has a base and a template; a template has
+16 steps, one for each key. The value is the base and the step together, and none where the step is
+0. Keys beyond the last code of Unicode, which the four-byte codes of GB18030 are, have their pages
+in runs: each begins at a page of 16 keys, and its pages stand at equal distances. Blocks and templates that are alike stand once, for all tables: the
 codes of a set that follow their characters at an even distance share one template.
 
 Beside the tables stand, for whoever asks for a table in a form that is not there, the lines of
@@ -18,6 +18,7 @@ is, as a stream of numbers of seven bits a byte, the lowest first.
 from __future__ import annotations
 
 import dataclasses
+import itertools
 import struct
 from array import array
 from collections.abc import Iterable
@@ -110,10 +111,10 @@ class Pack:
                   if prefix * KEYS_A_PAGE <= LAST_UNICODE_KEY}
         hashed = {prefix: page for prefix, page in pages.items() if prefix not in direct}
         directory = self._directory(direct)
-        slots = _hash_slots(hashed)
+        runs = _runs(hashed)
         self._tables.append([file, int(first_is_key) | width << 8, min(values), max(values),
                              int(0 in values), self._put(directory), len(directory) // 4,
-                             self._put(slots), len(slots) // 8])
+                             self._put(runs), len(runs) // 16])
 
     def _pages_of(self, values: dict[int, int]) -> dict[int, int]:
         """The number of the page for each prefix of a key."""
@@ -221,19 +222,18 @@ def encode_records(pairs: list[Pair]) -> bytes:
     return bytes(stream)
 
 
-def _hash_slots(pages: dict[int, int]) -> bytes:
-    """Open addressing by the prefix of a key, never more than seven eighths full; a slot without
-    a page is free."""
-    if not pages:
-        return b""
-    count = 1 << (len(pages) * 8 // 7).bit_length()
-    slots = array("I", bytes(8 * count))
+def _runs(pages: dict[int, int]) -> bytes:
+    """Runs of pages by the prefixes of their keys: the first prefix, its page, how many pages there
+    are, one behind the other, and the distance of their prefixes."""
+    runs: list[list[int]] = []
     for prefix, page in sorted(pages.items()):
-        slot = ((prefix * 0x9E3779B1 & 0xFFFFFFFF) >> 7) & (count - 1)
-        while slots[2 * slot + 1]:
-            slot = (slot + 1) & (count - 1)
-        slots[2 * slot], slots[2 * slot + 1] = prefix, page
-    return _words(slots)
+        if runs:
+            first, first_page, count, distance = runs[-1]
+            if page == first_page + count and (count == 1 or prefix == first + count * distance):
+                runs[-1] = [first, first_page, count + 1, distance if count > 1 else prefix - first]
+                continue
+        runs.append([prefix, page, 1, 1])
+    return _words(itertools.chain.from_iterable(runs))
 
 
 def _words(numbers: Iterable[int]) -> bytes:

@@ -31,16 +31,25 @@ uint32_t* CodeStore::Own::pageNumberFor(uint32_t key) {
     return &(*ownedPlanes_[plane])[(key >> 4) & 0xFFF];
   }
   if ((hashedPages_ + 1) * 2 > hash_.size()) growHash();
-  PageSlot& slot = hash_[pageSlotOf(hash_.data(), hash_.size(), key >> 4)];
+  HashSlot& slot = hash_[hashSlotOf(key >> 4)];
   slot.keyPrefix = key >> 4;
   return &slot.page;
 }
 
+// The slot that holds keyPrefix, or the free slot where it belongs. The hash is
+// never more than half full, so the walk ends.
+size_t CodeStore::Own::hashSlotOf(uint32_t keyPrefix) const {
+  const size_t mask = hash_.size() - 1;
+  size_t slot = (keyPrefix * 0x9E3779B1u) >> 7 & mask;
+  while (hash_[slot].page != 0 && hash_[slot].keyPrefix != keyPrefix) slot = (slot + 1) & mask;
+  return slot;
+}
+
 void CodeStore::Own::growHash() {
-  std::vector<PageSlot> old(hash_.empty() ? 64 : hash_.size() * 2);
+  std::vector<HashSlot> old(hash_.empty() ? 64 : hash_.size() * 2);
   old.swap(hash_);
-  for (const PageSlot& slot : old) {
-    if (slot.page != 0) hash_[pageSlotOf(hash_.data(), hash_.size(), slot.keyPrefix)] = slot;
+  for (const HashSlot& slot : old) {
+    if (slot.page != 0) hash_[hashSlotOf(slot.keyPrefix)] = slot;
   }
 }
 

@@ -56,18 +56,24 @@ class CodeStore {
     using Page = std::array<uint32_t, 16>;
     using Directory = std::array<uint32_t, 4096>;
 
+    struct HashSlot {
+      uint32_t keyPrefix;
+      uint32_t page;  // 0: the slot is free
+    };
+
     static const Directory kEmptyDirectory;
 
     uint32_t findHashedPage(uint32_t keyPrefix) const {
-      return hash_.empty() ? 0 : hash_[pageSlotOf(hash_.data(), hash_.size(), keyPrefix)].page;
+      return hash_.empty() ? 0 : hash_[hashSlotOf(keyPrefix)].page;
     }
+    size_t hashSlotOf(uint32_t keyPrefix) const;
     uint32_t* pageNumberFor(uint32_t key);
     void growHash();
 
     std::vector<Page> pages_;
     std::array<const Directory*, (kDirectKeys >> 16)> planes_;
     std::array<std::unique_ptr<Directory>, (kDirectKeys >> 16)> ownedPlanes_;
-    std::vector<PageSlot> hash_;  // never more than half full
+    std::vector<HashSlot> hash_;  // never more than half full
     size_t hashedPages_ = 0;
   };
 

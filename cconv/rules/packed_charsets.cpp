@@ -154,29 +154,35 @@ const PackedCharsets::TableEntry* PackedCharsets::findTable(uint32_t file,
 std::optional<PackedTable> PackedCharsets::tableOf(const TableEntry& entry) const {
   Parts parts(data_);
   const Words directory = parts.at<uint32_t>(entry.directory, entry.directoryLength);
-  const std::span<const PageSlot> slots = parts.at<PageSlot>(entry.slots, entry.slotCount);
+  const auto runs = parts.at<PackedTable::Run>(entry.runs, entry.runCount);
   if (!parts.areSound()) return std::nullopt;
   PackedTable table;
   table.directory = directory.data();
   table.directoryLength = entry.directoryLength;
-  table.slots = slots.data();
-  table.slotCount = entry.slotCount;
+  table.runs = runs.data();
+  table.runCount = entry.runCount;
   table.blocks = blocks_.data();
   table.pages = pages_.data();
   table.templates = templates_.data();
   return isSound(table) ? std::optional(table) : std::nullopt;
 }
 
-// Whatever is asked for, nothing outside the file is read, and the walk over slots ends.
+// Whatever is asked for, nothing outside the file is read.
 bool PackedCharsets::isSound(const PackedTable& table) const {
   const Words directory(table.directory, table.directoryLength);
   if (!std::ranges::all_of(directory, [&](uint32_t block) { return isSoundBlock(block); }))
     return false;
-  const std::span<const PageSlot> slots(table.slots, table.slotCount);
-  if (slots.empty()) return true;
-  return std::has_single_bit(table.slotCount) &&
-         std::ranges::any_of(slots, [](const PageSlot& slot) { return slot.page == 0; }) &&
-         std::ranges::all_of(slots, [&](const PageSlot& slot) { return isSoundPage(slot.page); });
+  const std::span<const PackedTable::Run> runs(table.runs, table.runCount);
+  return std::ranges::is_sorted(runs, {}, &PackedTable::Run::firstPrefix) &&
+         std::ranges::all_of(runs, [&](const PackedTable::Run& run) { return isSoundRun(run); });
+}
+
+bool PackedCharsets::isSoundRun(const PackedTable::Run& run) const {
+  if (run.distance == 0 || run.count > pages_.size() || run.firstPage > pages_.size() - run.count)
+    return false;
+  for (uint32_t i = 0; i < run.count; ++i)
+    if (!isSoundPage(run.firstPage + i)) return false;
+  return true;
 }
 
 bool PackedCharsets::isSoundBlock(uint32_t block) const {

@@ -51,8 +51,8 @@ class PackedCharsets {
     uint32_t coversZero;
     uint32_t directory;  // in the data, in bytes
     uint32_t directoryLength;
-    uint32_t slots;  // as the directory
-    uint32_t slotCount;
+    uint32_t runs;  // as the directory
+    uint32_t runCount;
   };
   using Words = std::span<const uint32_t>;
 
@@ -62,6 +62,7 @@ class PackedCharsets {
   const TableEntry* findTable(uint32_t file, const CodeTable& table) const;
   std::optional<PackedTable> tableOf(const TableEntry& entry) const;
   bool isSound(const PackedTable& table) const;
+  bool isSoundRun(const PackedTable::Run& run) const;
   bool isSoundBlock(uint32_t block) const;
   bool isSoundPage(uint32_t page) const;
   bool goesBefore(const std::string& name, uint64_t packedSize) const;

@@ -2,28 +2,14 @@
 // stands. charsets/pack.py, which makes it, explains its tree.
 #pragma once
 
-#include <cstddef>
+#include <algorithm>
 #include <cstdint>
 
 namespace ksv {
 
-// Keys below this find their page through a directory, all others through a hash of what
-// stands above their low four bits. They are the codes of Unicode, and of all sets of two bytes.
+// Keys below this find their page through a directory, all others among runs of pages. They are
+// the codes of Unicode, and of all sets of two bytes.
 constexpr uint32_t kDirectPageKeys = 0x110000;
-
-struct PageSlot {
-  uint32_t keyPrefix;
-  uint32_t page;  // 0: the slot is free
-};
-
-// The slot that holds keyPrefix, or the free slot where it belongs. The number of slots is a
-// power of two, and one of them is free, so the walk ends.
-inline size_t pageSlotOf(const PageSlot* slots, size_t count, uint32_t keyPrefix) {
-  const size_t mask = count - 1;
-  size_t slot = (keyPrefix * 0x9E3779B1u) >> 7 & mask;
-  while (slots[slot].page != 0 && slots[slot].keyPrefix != keyPrefix) slot = (slot + 1) & mask;
-  return slot;
-}
 
 // All numbers in it have been checked: nothing that find() reads lies outside.
 struct PackedTable {
@@ -31,14 +17,21 @@ struct PackedTable {
     uint32_t base;
     uint32_t steps;  // the number of its template
   };
+  // Pages one behind the other, of keys whose bits above the low four grow by the distance.
+  struct Run {
+    uint32_t firstPrefix;
+    uint32_t firstPage;
+    uint32_t count;
+    uint32_t distance;
+  };
 
   static constexpr uint32_t kKeysAPage = 16;
   static constexpr uint32_t kPagesABlock = 64;
 
   const uint32_t* directory = nullptr;  // a block for each 1,024 keys
   uint32_t directoryLength = 0;
-  uint32_t slotCount = 0;
-  const PageSlot* slots = nullptr;
+  uint32_t runCount = 0;
+  const Run* runs = nullptr;  // in ascending order
   const uint32_t* blocks = nullptr;
   const Page* pages = nullptr;
   const uint32_t* templates = nullptr;
@@ -54,14 +47,22 @@ struct PackedTable {
 
  private:
   uint32_t pageOf(uint32_t key) const {
-    if (key >= kDirectPageKeys) return hashedPage(key / kKeysAPage);
+    if (key >= kDirectPageKeys) return pageInRuns(key / kKeysAPage);
     const uint32_t place = key / (kKeysAPage * kPagesABlock);
     if (place >= directoryLength) return 0;
     return blocks[directory[place] * kPagesABlock + key / kKeysAPage % kPagesABlock];
   }
 
-  uint32_t hashedPage(uint32_t keyPrefix) const {
-    return slotCount == 0 ? 0 : slots[pageSlotOf(slots, slotCount, keyPrefix)].page;
+  uint32_t pageInRuns(uint32_t keyPrefix) const {
+    const Run* const behind =
+        std::upper_bound(runs, runs + runCount, keyPrefix,
+                         [](uint32_t prefix, const Run& run) { return prefix < run.firstPrefix; });
+    if (behind == runs) return 0;
+    const Run& run = behind[-1];
+    const uint32_t distance = keyPrefix - run.firstPrefix;
+    if (distance % run.distance != 0) return 0;
+    const uint32_t place = distance / run.distance;
+    return place < run.count ? run.firstPage + place : 0;
   }
 };
 

@@ -52,8 +52,10 @@ size_t HandleSource::read(uint8_t* buffer, size_t size) {
     const DWORD error = isRead ? ERROR_SUCCESS : ::GetLastError();
     if (error == ERROR_BROKEN_PIPE || error == ERROR_HANDLE_EOF) return 0;
     if (error != ERROR_SUCCESS && error != ERROR_MORE_DATA) fail(error);
-    // A pipe hands out an empty message for an empty write; its end is an error.
+    // A pipe hands out an empty message for an empty write. Its end is an error of reading, or, of
+    // pipes that other systems share, only of looking into it.
     if (count != 0 || ::GetFileType(handle_) != FILE_TYPE_PIPE) return count;
+    if (!::PeekNamedPipe(handle_, nullptr, 0, nullptr, nullptr, nullptr)) return 0;
   }
 }
 
