@@ -22,6 +22,10 @@ const std::string kPackName = PackedCharsets::kFileName;
 
 std::unique_ptr<const PackedCharsets> shippedPack() { return PackedCharsets::open(kShipped); }
 
+void copyShipped(const std::string& name, const TempDirectory& directory) {
+  writeFile(directory.path() + "/" + name, readFile(kShipped + name));
+}
+
 void describe(std::ostream& text, const CodeTable& table) {
   text << ' ' << table.fileName << '/' << table.keyColumn << '/' << table.valueBytes << '/'
        << static_cast<uint32_t>(table.sourceEncoding) << '/' << table.sourceBigEndian;
@@ -120,7 +124,7 @@ void expectSameAnswers(const CodeTable& packed, const CodeTable& files, const Pa
 
 TEST(PackedRules, are_those_of_the_rule_files) {
   TempDirectory alone;
-  fs::copy(kShipped + kPackName, alone.path());
+  copyShipped(kPackName, alone);
   std::vector<std::string> packed;
   std::vector<std::string> files;
   {
@@ -138,7 +142,7 @@ TEST(PackedRules, are_those_of_the_rule_files) {
 
 TEST(PackedRules, do_not_count_where_a_setting_names_the_directory) {
   TempDirectory alone;
-  fs::copy(kShipped + kPackName, alone.path());
+  copyShipped(kPackName, alone);
   EXPECT_EQ(LoadedFrom(alone.path() + "/", false).result(), 0);
 }
 
@@ -206,7 +210,7 @@ TEST(PackedTables, are_filled_line_by_line_for_widths_that_no_rule_file_asks_for
 // A directory that came with the library, beside whose packed file something else may stand.
 class BesideThePack : public testing::Test {
  protected:
-  BesideThePack() { fs::copy(kShipped + kPackName, directory_.path()); }
+  BesideThePack() { copyShipped(kPackName, directory_); }
 
   std::string path(const std::string& name) const { return directory_.path() + "/" + name; }
   void write(const std::string& name, const std::string& bytes) const {
@@ -399,7 +403,7 @@ TEST_F(DamagedPack, leads_nowhere_outside_whatever_bytes_it_has) {
 TEST_F(DamagedPack, leaves_the_files_beside_it_to_be_read) {
   writeFile(directory_.path() + "/" + kPackName, bytes_.substr(0, 1000));
   for (const char* name : {"koi8-r.xml", "set.koi8-r.xml", "koi8-r.txt"})
-    fs::copy(kShipped + name, directory_.path());
+    copyShipped(name, directory_);
   const LoadedFrom loaded(directory_.path() + "/", true);
   EXPECT_EQ(loaded.result(), 1);
   EXPECT_NE(findCharsetByName("koi8-r"), nullptr);
