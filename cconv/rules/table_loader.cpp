@@ -119,6 +119,8 @@ void compile(CodeTable& table, const TablePaths& paths, platform::SystemError re
   } else if (error == 0 && refused != 0) {
     cutShort(table, paths.compiled, refused);
   }
+  // An empty copy would go before a packed table that can be used again one day.
+  if (!reader && ruleBase.packed() != nullptr) compiled.reset();
   if (error != 0) cutShort(table, paths.text, error);
   if (compiled && !table.isCutShort && !compiled->commit())
     noteUnwrittenTable(platform::lastError());

@@ -400,6 +400,21 @@ TEST_F(DamagedPack, leads_nowhere_outside_whatever_bytes_it_has) {
   }
 }
 
+// The number of blocks is put wrong, so that no table leads anywhere; what else there is stays.
+TEST_F(DamagedPack, leaves_no_empty_table_behind_that_would_go_before_a_sound_one) {
+  const uint32_t none = 1;
+  std::memcpy(bytes_.data() + 4 * 8, &none, 4);
+  writeFile(directory_.path() + "/" + kPackName, bytes_);
+  const LoadedFrom loaded(directory_.path() + "/", true);
+  EXPECT_EQ(loaded.result(), 1);
+  char name[] = "jis_x0208-1990";
+  GroupDef* const group = findGroupById(nameToId(name));
+  ASSERT_NE(group, nullptr);
+  ensureTableLoaded(&group->toUcs);
+  EXPECT_EQ(group->toUcs.values.find(0x2422), 0u);
+  EXPECT_FALSE(exists(directory_.path() + "/jis_x0208-1990.cmp"));
+}
+
 TEST_F(DamagedPack, leaves_the_files_beside_it_to_be_read) {
   writeFile(directory_.path() + "/" + kPackName, bytes_.substr(0, 1000));
   for (const char* name : {"koi8-r.xml", "set.koi8-r.xml", "koi8-r.txt"})
