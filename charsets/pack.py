@@ -35,9 +35,6 @@ KEYS_A_PAGE = 16
 PAGES_A_BLOCK = 64
 # Keys below this are covered by a block of any size that begins at them.
 FIRST_KEY_THAT_WRAPS = (1 << 32) - (1 << 16)
-# The library makes at most so many blocks of keys; a table with more lines could be cut short
-# where a host asks for small ones, and is then filled from its records.
-MOST_BLOCKS = 65535
 
 
 @dataclasses.dataclass(frozen=True)

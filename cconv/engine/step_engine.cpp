@@ -53,8 +53,8 @@ Step decodeStep(ConverterRecord& record, CodecFunction decode, CharacterStart& s
 // form. True for the LF of a CR LF, which is dropped.
 bool rewriteLineEnd(ConverterRecord& record) {
   if (record.rawCode == kLineFeed && record.previousRawCode == kCarriageReturn) return true;
-  if (record.rawCode == kLineFeed || record.rawCode == kCarriageReturn || record.unicodeCode == 0x2028 ||
-      record.unicodeCode == 0x2029) {
+  if (record.rawCode == kLineFeed || record.rawCode == kCarriageReturn ||
+      record.unicodeCode == 0x2028 || record.unicodeCode == 0x2029) {
     record.groupCode = kCarriageReturn;
     record.unicodeCode = kCarriageReturn;
   }

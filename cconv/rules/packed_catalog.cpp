@@ -1,7 +1,7 @@
 #include "cconv/rules/packed_catalog.h"
 
 #include <algorithm>
-#include <limits>
+#include <utility>
 
 #include "cconv/limits.h"
 

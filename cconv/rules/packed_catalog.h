@@ -56,11 +56,6 @@ struct PackedCatalog {
   std::optional<uint32_t> findTableFile(std::string_view name) const;
 };
 
-// Gives each line of a table to take(first, second), in their order, until it says false. Also
-// false when the records are not as many as the file should have.
-template <class Take>
-bool takeRecords(const PackedCatalog::TableFile& file, Take take);
-
 // A stream of numbers of seven bits a byte. Behind its end, and behind a number that is none,
 // it gives zeroes and is not sound any more.
 class PackedStream {
@@ -115,6 +110,8 @@ class PackedStream {
   bool isSound_ = true;
 };
 
+// Gives each line of a table to take(first, second), in their order, until it says false. False
+// when the records are not as many as the file should have.
 template <class Take>
 bool takeRecords(const PackedCatalog::TableFile& file, Take take) {
   PackedStream stream(file.records);

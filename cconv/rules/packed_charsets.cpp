@@ -1,7 +1,6 @@
 #include "cconv/rules/packed_charsets.h"
 
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 #include "cconv/limits.h"
