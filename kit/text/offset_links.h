@@ -11,10 +11,13 @@ class OffsetLinks {
  public:
   // From these two offsets on both texts go along together, up to the next link.
   void add(uint64_t made, uint64_t origin) {
-    const bool goesOn =
-        !links_.empty() && origin - links_.back().origin == made - links_.back().made;
-    if (!goesOn) links_.push_back({made, origin});
+    const bool goesOn = !links_.empty() && links_.back().movesOn &&
+                        origin - links_.back().origin == made - links_.back().made;
+    if (!goesOn) links_.push_back({made, origin, true});
   }
+
+  // All that is made from here on stems from this one place, up to the next link.
+  void addStanding(uint64_t made, uint64_t origin) { links_.push_back({made, origin, false}); }
 
   uint64_t originOf(uint64_t made) const {
     const auto behind =
@@ -22,7 +25,7 @@ class OffsetLinks {
                          [](uint64_t wanted, const Link& link) { return wanted < link.made; });
     if (behind == links_.begin()) return made;
     const Link& link = *(behind - 1);
-    return link.origin + (made - link.made);
+    return link.origin + (link.movesOn ? made - link.made : 0);
   }
 
   // What was made in front of the offset is not asked about any more.
@@ -34,6 +37,7 @@ class OffsetLinks {
   struct Link {
     uint64_t made;
     uint64_t origin;
+    bool movesOn;
   };
 
   std::deque<Link> links_;
