@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "cli/text/offset_links.h"
+#include "kit/text/offset_links.h"
 
 namespace ksv_kit {
 
@@ -42,7 +42,7 @@ class ChangeOutput {
     origin_ += length;
   }
 
-  ksv_cli::OffsetLinks links_;
+  OffsetLinks links_;
   uint64_t made_ = 0;
   uint64_t origin_ = 0;
   uint64_t latestCall_ = 0;
