@@ -233,6 +233,105 @@ typedef struct ksv_counts {
 
 KSV_API void ksv_converter_counts(const ksv_converter* converter, ksv_counts* counts);
 
+/* ---- What would be lost ---- */
+
+typedef enum ksv_loss_kind {
+  KSV_LOSS_INVALID = 0,    /* bytes that are no text */
+  KSV_LOSS_TRUNCATED = 1,  /* the text ends inside a character */
+  KSV_LOSS_UNMAPPABLE = 2, /* a character that the target does not have */
+  KSV_LOSS_RETURNS = 3     /* a character that is written, and is another one when it is read back */
+} ksv_loss_kind;
+
+/* One thing that is lost, told once however often it stands in the text. The texts are the report's. */
+typedef struct ksv_loss {
+  int32_t kind;        /* a ksv_loss_kind */
+  uint32_t code_point; /* KSV_NO_CODE_POINT where there is no character */
+  uint64_t count;
+  uint64_t offset;     /* the first place: from the beginning of the text, */
+  uint64_t line;       /* from 1 on, */
+  uint64_t column;     /* in characters, from 1 on */
+  uint32_t byte_count; /* of the source's bytes there, 0 where it is of no interest */
+  uint8_t bytes[KSV_BYTES_SHOWN];
+  uint32_t reserved;
+  const char* character_class; /* "private use", "emoji", "half-width", ...; "" without character */
+  const char* returns_as;      /* UTF-8, of KSV_LOSS_RETURNS; else "" */
+} ksv_loss;
+
+/* The sums of a report, in places of the text. */
+typedef struct ksv_loss_totals {
+  uint64_t bytes;
+  uint64_t characters;
+  uint64_t invalid; /* sequences of bytes */
+  uint64_t unmappable;
+  uint64_t return_as_other;
+  uint64_t untold; /* losses that found no entry any more, of which there are 10,000 */
+} ksv_loss_totals;
+
+typedef struct ksv_report ksv_report;
+
+/* A report on a text that comes in pieces, and on what the conversion would do to it. Nothing is
+ * converted for good; the policies of the options say only what replacements would be. */
+KSV_API ksv_result ksv_report_new(const char* from, const char* to, const ksv_options* options,
+                                  ksv_report** report, ksv_error* error);
+KSV_API void ksv_report_free(ksv_report* report);
+KSV_API ksv_result ksv_report_feed(ksv_report* report, const void* input, size_t length,
+                                   ksv_error* error);
+/* The text is complete. Only then there is something to be read in the report. */
+KSV_API ksv_result ksv_report_finish(ksv_report* report, ksv_error* error);
+
+/* How many different losses there are, and the one at an index, in the order of their first places;
+ * null behind the last. */
+KSV_API size_t ksv_report_count(const ksv_report* report);
+KSV_API const ksv_loss* ksv_report_loss(const ksv_report* report, size_t index);
+KSV_API void ksv_report_totals(const ksv_report* report, ksv_loss_totals* totals);
+
+/* What would stand in the place of a loss under a policy, as UTF-8; null where the policy has no say,
+ * and when there is no memory. The caller's: ksv_free. */
+KSV_API char* ksv_report_outcome(const ksv_report* report, size_t index, ksv_policy policy);
+
+/* The report as one JSON object, and as lines for a terminal. The caller's: ksv_free. */
+KSV_API char* ksv_report_json(const ksv_report* report);
+KSV_API char* ksv_report_table(const ksv_report* report);
+
+/* ---- Charsets ---- */
+
+/* A charset that can be read. It belongs to the library, which keeps it until the process ends. */
+typedef struct ksv_charset ksv_charset;
+
+/* By any of its names; null when no charset has it, or the charset directory cannot be read. */
+KSV_API const ksv_charset* ksv_charset_find(const char* name);
+/* The charsets in their order; null behind the last. */
+KSV_API const ksv_charset* ksv_charset_at(size_t index);
+
+/* Names. The name is the usual spelling; of the others null behind the last. */
+KSV_API const char* ksv_charset_name(const ksv_charset* charset);
+KSV_API const char* ksv_charset_alias(const ksv_charset* charset, size_t index);
+/* As mail names it (IANA's preferred MIME name), as the Encoding Standard does, and the number of
+ * the code page; null and 0 where there is none. */
+KSV_API const char* ksv_charset_mime_name(const ksv_charset* charset);
+KSV_API const char* ksv_charset_web_name(const ksv_charset* charset);
+KSV_API uint32_t ksv_charset_code_page(const ksv_charset* charset);
+
+KSV_API int ksv_charset_can_be_written(const ksv_charset* charset);
+/* Whether what bytes mean depends on escape or shift sequences in front of them. */
+KSV_API int ksv_charset_is_stateful(const ksv_charset* charset);
+/* The most bytes that one character takes when it is written, without what switches between sets. */
+KSV_API uint32_t ksv_charset_longest_character(const ksv_charset* charset);
+
+/* The characters that can be written, as ranges of code points, ascending and apart from each other:
+ * *ranges holds first and last of each, *count says how many ranges. Both are the library's. */
+KSV_API ksv_result ksv_charset_repertoire(const ksv_charset* charset, const uint32_t** ranges,
+                                          size_t* count, ksv_error* error);
+KSV_API int ksv_charset_has(const ksv_charset* charset, uint32_t code_point);
+
+/* Whether a text in UTF-8 can be written; when not, error tells the first character that cannot. */
+KSV_API ksv_result ksv_charset_can_hold(const ksv_charset* charset, const char* utf8, size_t length,
+                                        ksv_error* error);
+/* How many bytes it takes. */
+KSV_API ksv_result ksv_charset_encoded_length(const ksv_charset* charset, const char* utf8,
+                                              size_t length, size_t* encoded_length,
+                                              ksv_error* error);
+
 KSV_EXTERN_C_END
 
 #endif

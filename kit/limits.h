@@ -12,4 +12,7 @@ inline constexpr size_t kLongestCarry = 1024 * 1024;
 // Runs of UTF-7 and HZ have the length of a line or a paragraph; one above this is no text.
 inline constexpr size_t kLongestRun = 1024 * 1024;
 
+// Different things that a report tells of a text; real texts have a few dozen.
+inline constexpr size_t kMostLosses = 10000;
+
 }  // namespace ksv_kit::limits

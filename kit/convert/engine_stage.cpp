@@ -9,12 +9,11 @@
 #include "kit/text/chunk_boundary.h"
 #include "kit/text/replay.h"
 #include "kit/text/resynchronisation.h"
-#include "kit/unicode/utf8_text.h"
+#include "kit/text/utf8_text.h"
 
 namespace ksv_kit {
 namespace {
 
-constexpr size_t kLongestMark = 4;
 // The longest thing that is written whole is a language tag in UCS-4, a little above 1 KiB.
 constexpr size_t kSmallestOutput = 2048;
 constexpr uint32_t kEscape = 0x1B;
@@ -25,6 +24,22 @@ std::string formatted(const char* format, Value value) {
   char text[32];
   std::snprintf(text, sizeof text, format, value);
   return text;
+}
+
+// As long as a text is shorter than this, it may begin with a mark that is not all there.
+size_t longestMark(UnicodeForm form) {
+  switch (form) {
+    case UnicodeForm::kUtf8:
+      return 3;
+    case UnicodeForm::kUtf16:
+    case UnicodeForm::kUcs2:
+      return 2;
+    case UnicodeForm::kUcs4:
+      return 4;
+    case UnicodeForm::kNone:
+      break;
+  }
+  return 0;
 }
 
 // What an encoder remembers of what it has written.
@@ -84,7 +99,7 @@ bool EngineStage::take(const uint8_t* bytes, size_t size, PieceEnd end, ByteBuff
   text_.append(bytes, size);
   journal_.beginPiece();
   if (!hasBegun_) {
-    if (!isLast() && text_.size() < kLongestMark) return true;
+    if (!isLast() && text_.size() < longestMark(task_.source.form)) return true;
     begin();
   }
   const size_t before = out.size();

@@ -99,7 +99,7 @@ void Pipeline::addWritingEngine(bool readsUtf8) {
   EngineTask& engine = newEngineTask();
   engine.options = task_.options;
   engine.language = task_.language;
-  engine.tellsOrigins = hasPlanes(task_.target);
+  engine.tellsOrigins = task_.tellsOrigins || hasPlanes(task_.target);
   if (readsUtf8) {
     engine.source = utf8ShownAs(task_.source.display);
     engine.isWellFormed = true;

@@ -26,6 +26,7 @@ struct ConversionTask {
   std::vector<std::string> (*lookAlikes)(uint32_t) = nullptr;
   std::string language;  // announced in front of the text; empty: none
   bool keepsMark = false;
+  bool tellsOrigins = false;  // somebody will ask where what was made comes from
   // What happens to the characters on the way, as UTF-8, in this order. The task that they are
   // given is this one.
   std::vector<std::function<std::unique_ptr<Stage>(const ConversionTask&)>> changes;
@@ -40,6 +41,10 @@ class Pipeline {
   // problem(), and everything in front of that was appended.
   bool take(const uint8_t* bytes, size_t size, PieceEnd end, ByteBuffer& out);
   void restart();
+
+  // The place in the text that a byte of what was made comes from, both counted from the
+  // beginning. For a task that tells origins; asked for what the latest piece made.
+  uint64_t originOf(uint64_t made) const { return stages_.back()->placeOfMade(made); }
 
   const std::optional<Problem>& problem() const { return problem_; }
   ProblemCounts counts() const;

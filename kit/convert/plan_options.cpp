@@ -15,7 +15,9 @@
 #include "kit/profiles/profile.h"
 #include "kit/profiles/profile_change.h"
 #include "kit/text/unicode_check.h"
+#include "kit/unicode/look_alikes.h"
 #include "kit/unicode/normalization.h"
+#include "kit/unicode/normalization_system.h"
 #include "kit/unicode/widths.h"
 
 namespace ksv_kit {
@@ -23,16 +25,6 @@ namespace {
 
 constexpr char kReplacementCharacter[] = "\uFFFD";
 constexpr char kQuestionMark[] = "?";
-
-// What the library knows of the options; fields that the caller's library did not have yet are 0.
-ksv_options knownOptions(const ksv_options* options) {
-  ksv_options known = KSV_OPTIONS_INIT;
-  if (options == nullptr) return known;
-  constexpr size_t kLeast = offsetof(ksv_options, invalid_text);
-  if (options->size < kLeast) throw BadArgument("the options do not say their size");
-  std::memcpy(&known, options, std::min<size_t>(options->size, sizeof known));
-  return known;
-}
 
 void requireRange(int32_t value, int32_t last, const char* option) {
   if (value < 0 || value > last)
@@ -199,6 +191,7 @@ void addNormalization(ConversionTask& task, int32_t form) {
                                           NormalizationForm::kNfkc, NormalizationForm::kNfkd,
                                           NormalizationForm::kComposed};
   if (form == KSV_NO_NORMALIZATION) return;
+  if (!canNormalize()) throw BadArgument("this library was built without normalization");
   const NormalizationForm chosen = kForms[form - 1];
   add(task, [chosen] { return normalization(chosen); });
 }
@@ -237,6 +230,15 @@ void addChanges(const CharsetNames& names, const ksv_options& options, Conversio
 
 }  // namespace
 
+ksv_options knownOptions(const ksv_options* options) {
+  ksv_options known = KSV_OPTIONS_INIT;
+  if (options == nullptr) return known;
+  constexpr size_t kLeast = offsetof(ksv_options, invalid_text);
+  if (options->size < kLeast) throw BadArgument("the options do not say their size");
+  std::memcpy(&known, options, std::min<size_t>(options->size, sizeof known));
+  return known;
+}
+
 ConversionTask taskOf(const CharsetNames& names, const char* from, const char* to,
                       const ksv_options* given) {
   const ksv_options options = knownOptions(given);
@@ -248,6 +250,7 @@ ConversionTask taskOf(const CharsetNames& names, const char* from, const char* t
   task.options = engineOptions(options, task.target);
   task.invalid = policyOf(options.invalid, options.invalid_text, options, task.target);
   task.unmappable = policyOf(options.unmappable, options.unmappable_text, options, task.target);
+  task.lookAlikes = lookAlikes;
   task.keepsMark = options.mark == KSV_KEEP_MARK && task.target.form != UnicodeForm::kNone;
   return task;
 }

@@ -7,6 +7,10 @@
 
 namespace ksv_kit {
 
+// What this library knows of the options, which may be null; fields that the caller's library did
+// not have yet are 0. Throws BadArgument.
+ksv_options knownOptions(const ksv_options* options);
+
 // options may be null. Throws UnknownCharset, and BadArgument for what cannot be followed.
 ConversionTask taskOf(const CharsetNames& names, const char* from, const char* to,
                       const ksv_options* options);

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "kit/unicode/utf8_text.h"
+#include "kit/unicode/characters.h"
 
 namespace ksv_kit {
 

@@ -53,6 +53,9 @@ class Stage {
   // the beginning of the text. Asked for what the latest two pieces made.
   virtual uint64_t originOf(uint64_t made) const = 0;
 
+  // The same as a place in the whole text.
+  uint64_t placeOfMade(uint64_t made) const { return placeInText(originOf(made)); }
+
   virtual ProblemCounts counts() const { return {}; }
 
   void follow(const Stage& previous) { previous_ = &previous; }

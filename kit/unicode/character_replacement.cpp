@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "common/byte_blocks.h"
-#include "kit/unicode/utf8_text.h"
+#include "kit/unicode/characters.h"
 
 namespace ksv_kit {
 namespace {

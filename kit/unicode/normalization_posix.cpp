@@ -5,8 +5,8 @@
 #include <new>
 #include <vector>
 
+#include "kit/unicode/characters.h"
 #include "kit/unicode/normalization_system.h"
-#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {
@@ -71,6 +71,8 @@ void compose(Characters& characters) {
 
 }  // namespace
 
+bool canNormalize() { return true; }
+
 CharacterInForm characterInForm(NormalizationForm form, char32_t character) {
   const Decomposed found = decomposed(form, character);
   const utf8proc_int32_t first = found.characters[0];
@@ -89,7 +91,7 @@ void appendNormalized(NormalizationForm form, std::string_view text, std::string
   putMarksInOrder(characters);
   if (isComposed(form)) compose(characters);
   for (const utf8proc_int32_t character : characters) {
-    appendUtf8(static_cast<char32_t>(character), out);
+    appendUtf8(out, static_cast<uint32_t>(character));
   }
 }
 

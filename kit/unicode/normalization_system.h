@@ -9,6 +9,9 @@
 
 namespace ksv_kit {
 
+// False in a build without all that: texts stay as they are.
+bool canNormalize();
+
 struct CharacterInForm {
   bool stays;   // a text of this character alone is in the form
   bool begins;  // nothing in front of it changes it, nor does it change that

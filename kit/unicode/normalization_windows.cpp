@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "kit/unicode/characters.h"
 #include "kit/unicode/normalization_system.h"
-#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {
@@ -87,6 +87,8 @@ bool isSurrogate(char32_t character) { return character >= 0xD800 && character <
 
 }  // namespace
 
+bool canNormalize() { return true; }
+
 CharacterInForm characterInForm(NormalizationForm form, char32_t character) {
   if (character < 0x80 || isSurrogate(character)) return {true, true};
   const std::wstring units = unitsOf(character);
@@ -100,7 +102,7 @@ void appendNormalized(NormalizationForm form, std::string_view text, std::string
   const std::wstring units = normalizedUnits(form, utf16Of(text));
   for (size_t at = 0; at < units.size();) {
     const char32_t character = characterAt(units, at);
-    appendUtf8(character, out);
+    appendUtf8(out, character);
     at += character >= 0x10000 ? 2 : 1;
   }
 }

@@ -5,9 +5,9 @@
 #include <iostream>
 #include <vector>
 
+#include "kit/unicode/characters.h"
 #include "kit/unicode/normalization.h"
 #include "kit/unicode/normalization_system.h"
-#include "kit/unicode/utf8_text.h"
 #include "tests/kit/unicode/pieces.h"
 #include "tests/kit/unicode/unicode_data_posix.h"
 
@@ -36,7 +36,7 @@ struct TestLine {
 std::string textOf(const std::string& field) {
   std::istringstream codes(field);
   std::string text;
-  for (std::string code; codes >> code;) appendUtf8(codeRange(code).first, text);
+  for (std::string code; codes >> code;) appendUtf8(text, codeRange(code).first);
   return text;
 }
 
@@ -69,21 +69,6 @@ constexpr FormOfColumns kForms[] = {
     {Form::kNfkd, {4, 4, 4, 4, 4}},
 };
 
-// Those that have come to Unicode in a version behind the one that is known.
-std::vector<bool> assignedCharacters() {
-  std::vector<bool> assigned(0x110000);
-  eachLine(dataFile("DerivedAge.txt"), [&](const std::vector<std::string>& fields) {
-    const auto version = [](const std::string& text) {
-      const size_t dot = text.find('.');
-      return std::pair(std::stoi(text.substr(0, dot)), std::stoi(text.substr(dot + 1)));
-    };
-    if (version(fields[1]) > version(unicodeVersionOfNormalization())) return;
-    const CodeRange range = codeRange(fields[0]);
-    for (char32_t code = range.first; code <= range.last; ++code) assigned[code] = true;
-  });
-  return assigned;
-}
-
 bool areAssigned(const std::vector<bool>& assigned, const Columns& columns) {
   for (const std::string& column : columns) {
     for (const char32_t character : charactersOf(column)) {
@@ -94,7 +79,7 @@ bool areAssigned(const std::vector<bool>& assigned, const Columns& columns) {
 }
 
 TEST(NormalizationOfUnicode, passes_each_line_of_its_test_at_every_cut) {
-  const std::vector<bool> assigned = assignedCharacters();
+  const std::vector<bool> assigned = charactersUpTo(unicodeVersionOfNormalization());
   const std::vector<TestLine> lines = testLines();
   ASSERT_GT(lines.size(), 19'000U);
   size_t unassigned = 0;
@@ -127,7 +112,7 @@ TEST(NormalizationOfUnicode, leaves_every_other_character_as_it_is) {
   std::string others;
   for (char32_t character = 1; character < 0x110000; ++character) {
     if (isNamed[character] || (character >= 0xD800 && character <= 0xDFFF)) continue;
-    appendUtf8(character, others);
+    appendUtf8(others, character);
     others += '\n';
   }
   for (const FormOfColumns& form : kForms) {

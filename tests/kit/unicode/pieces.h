@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "kit/unicode/characters.h"
 #include "kit/unicode/text_change.h"
-#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 

@@ -1,12 +1,13 @@
 // The files of the Unicode Character Database, as Debian installs them.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <functional>
-#include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ksv_kit {
@@ -40,6 +41,21 @@ inline CodeRange codeRange(const std::string& field) {
   const size_t dots = field.find("..");
   const char32_t first = number(field.substr(0, dots));
   return {first, dots == std::string::npos ? first : number(field.substr(dots + 2))};
+}
+
+// Those that have been in Unicode since this version, such as "15.0.0", or an older one.
+inline std::vector<bool> charactersUpTo(const std::string& version) {
+  const auto parts = [](const std::string& text) {
+    const size_t dot = text.find('.');
+    return std::pair(std::stoi(text.substr(0, dot)), std::stoi(text.substr(dot + 1)));
+  };
+  std::vector<bool> characters(0x110000);
+  eachLine(KSV_UNICODE_DATA "/DerivedAge.txt", [&](const std::vector<std::string>& fields) {
+    if (parts(fields[1]) > parts(version)) return;
+    const CodeRange range = codeRange(fields[0]);
+    for (char32_t code = range.first; code <= range.last; ++code) characters[code] = true;
+  });
+  return characters;
 }
 
 }  // namespace ksv_kit

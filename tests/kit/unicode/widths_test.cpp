@@ -4,8 +4,8 @@
 
 #include <random>
 
+#include "kit/unicode/characters.h"
 #include "kit/unicode/normalization.h"
-#include "kit/unicode/utf8_text.h"
 #include "tests/kit/unicode/pieces.h"
 #include "tests/system/system.h"
 

@@ -1,0 +1,409 @@
+// ksv.hpp : ksv.h for C++17 and later. Header only.
+//
+//     std::string text = ksv::convert("SJIS", "UTF-8", bytes);
+//
+// What fails throws ksv::Error; whoever wants a value asks try_convert. Objects are owned by their
+// variables, are moved and not copied, and may be used as ksv.h says of the handles in them.
+#ifndef KSV_HPP
+#define KSV_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "ksv.h"
+
+namespace ksv {
+
+class Error : public std::runtime_error {
+ public:
+  explicit Error(const ksv_error& error) : std::runtime_error(error.message), error_(error) {}
+
+  ksv_result result() const noexcept { return static_cast<ksv_result>(error_.result); }
+  std::uint64_t offset() const noexcept { return error_.offset; }
+  std::uint64_t line() const noexcept { return error_.line; }
+  std::uint64_t column() const noexcept { return error_.column; }
+  // None where the error is not about a character.
+  std::optional<std::uint32_t> code_point() const noexcept {
+    if (error_.code_point == KSV_NO_CODE_POINT) return std::nullopt;
+    return error_.code_point;
+  }
+  const ksv_error& value() const noexcept { return error_; }
+
+ private:
+  ksv_error error_;
+};
+
+namespace detail {
+
+struct Free {
+  void operator()(void* block) const noexcept { ksv_free(block); }
+};
+using Text = std::unique_ptr<char, Free>;
+
+inline void require(ksv_result result, const ksv_error& error) {
+  if (result != KSV_OK) throw Error(error);
+}
+
+inline std::string taken(char* text) {
+  const Text owner(text);
+  return owner == nullptr ? std::string() : std::string(owner.get());
+}
+
+}  // namespace detail
+
+// The options of ksv.h, with texts and a function that live as long as they do.
+class Options {
+ public:
+  // What is asked about a problem: none ends the conversion, else what is written in its place.
+  using Ask = std::function<std::optional<std::string>(const ksv_problem&)>;
+
+  Options& invalid(ksv_policy policy) { return with(values_.invalid, policy); }
+  Options& unmappable(ksv_policy policy) { return with(values_.unmappable, policy); }
+  Options& invalid(std::string text) {
+    invalid_text_ = std::move(text);
+    return invalid(KSV_REPLACE);
+  }
+  Options& unmappable(std::string text) {
+    unmappable_text_ = std::move(text);
+    return unmappable(KSV_REPLACE);
+  }
+  // Asked about everything that is invalid or unmappable.
+  Options& ask(Ask function) {
+    ask_ = std::move(function);
+    return invalid(KSV_ASK).unmappable(KSV_ASK);
+  }
+  Options& newlines(ksv_newline form) { return with(values_.newlines, form); }
+  Options& mark(ksv_mark mark) { return with(values_.mark, mark); }
+  Options& byte_order(ksv_byte_order order) { return with(values_.byte_order, order); }
+  Options& normalization(ksv_normalization form) { return with(values_.normalization, form); }
+  Options& widths(std::uint32_t widths) {
+    values_.widths = widths;
+    return *this;
+  }
+  Options& profile(std::string name) {
+    profile_ = std::move(name);
+    return *this;
+  }
+  Options& profile_text(std::string text) {
+    profile_text_ = std::move(text);
+    return *this;
+  }
+
+  // What holds as long as this object stays where it is.
+  ksv_options values() const {
+    ksv_options options = values_;
+    options.invalid_text = pointer(invalid_text_);
+    options.unmappable_text = pointer(unmappable_text_);
+    options.profile = pointer(profile_);
+    options.profile_text = pointer(profile_text_);
+    if (ask_) {
+      options.ask = &Options::answer;
+      options.ask_context = const_cast<Options*>(this);
+    }
+    return options;
+  }
+
+ private:
+  template <typename Value>
+  Options& with(std::int32_t& field, Value value) {
+    field = static_cast<std::int32_t>(value);
+    return *this;
+  }
+  static const char* pointer(const std::optional<std::string>& text) {
+    return text ? text->c_str() : nullptr;
+  }
+  // An exception of the function's ends the conversion with the problem.
+  static std::int32_t answer(void* context, const ksv_problem* problem, const char** text,
+                             std::size_t* length) {
+    Options& options = *static_cast<Options*>(context);
+    try {
+      options.answer_ = options.ask_(*problem);
+    } catch (...) {
+      return KSV_FAIL;
+    }
+    if (!options.answer_) return KSV_FAIL;
+    *text = options.answer_->data();
+    *length = options.answer_->size();
+    return KSV_REPLACE;
+  }
+
+  ksv_options values_ = KSV_OPTIONS_INIT;
+  std::optional<std::string> invalid_text_;
+  std::optional<std::string> unmappable_text_;
+  std::optional<std::string> profile_;
+  std::optional<std::string> profile_text_;
+  Ask ask_;
+  std::optional<std::string> answer_;
+};
+
+// What does not change from text to text. Many threads may use one.
+class Plan {
+ public:
+  // A function of the options is asked as long as the plan and its converters are used: the
+  // options have to stay where they are.
+  Plan(const std::string& from, const std::string& to) : Plan(from, to, nullptr) {}
+  Plan(const std::string& from, const std::string& to, const Options& options) {
+    const ksv_options values = options.values();
+    make(from, to, &values);
+  }
+
+  std::string convert(std::string_view input) const {
+    char* output = nullptr;
+    std::size_t length = 0;
+    ksv_error error;
+    detail::require(
+        ksv_plan_convert(plan_.get(), input.data(), input.size(), &output, &length, &error), error);
+    const detail::Text owner(output);
+    return {output, length};
+  }
+
+  const ksv_plan* handle() const noexcept { return plan_.get(); }
+
+ private:
+  struct Delete {
+    void operator()(ksv_plan* plan) const noexcept { ksv_plan_free(plan); }
+  };
+
+  Plan(const std::string& from, const std::string& to, std::nullptr_t) { make(from, to, nullptr); }
+  void make(const std::string& from, const std::string& to, const ksv_options* options) {
+    ksv_plan* plan = nullptr;
+    ksv_error error;
+    detail::require(ksv_plan_new(from.c_str(), to.c_str(), options, &plan, &error), error);
+    plan_.reset(plan);
+  }
+
+  std::unique_ptr<ksv_plan, Delete> plan_;
+};
+
+inline std::string convert(const std::string& from, const std::string& to, std::string_view input) {
+  char* output = nullptr;
+  std::size_t length = 0;
+  ksv_error error;
+  detail::require(ksv_convert(from.c_str(), to.c_str(), nullptr, input.data(), input.size(),
+                              &output, &length, &error),
+                  error);
+  const detail::Text owner(output);
+  return {output, length};
+}
+
+inline std::string convert(const std::string& from, const std::string& to, std::string_view input,
+                           const Options& options) {
+  return Plan(from, to, options).convert(input);
+}
+
+// The text, or the error.
+struct Attempt {
+  std::string text;
+  ksv_error error{};
+
+  explicit operator bool() const noexcept { return error.result == KSV_OK; }
+};
+
+inline Attempt try_convert(const std::string& from, const std::string& to, std::string_view input,
+                           const Options& options = {}) {
+  Attempt attempt;
+  char* output = nullptr;
+  std::size_t length = 0;
+  const ksv_options values = options.values();
+  ksv_convert(from.c_str(), to.c_str(), &values, input.data(), input.size(), &output, &length,
+              &attempt.error);
+  const detail::Text owner(output);
+  if (output != nullptr) attempt.text.assign(output, length);
+  return attempt;
+}
+
+// A text that comes in pieces.
+class Converter {
+ public:
+  explicit Converter(const Plan& plan) {
+    ksv_converter* converter = nullptr;
+    ksv_error error;
+    detail::require(ksv_converter_new(plan.handle(), &converter, &error), error);
+    converter_.reset(converter);
+  }
+
+  // What becomes of the piece, as far as it can be told yet.
+  std::string feed(std::string_view piece) {
+    std::string made;
+    while (feedSome(piece, made)) {
+    }
+    return made;
+  }
+
+  // What is left of the text. The next piece begins a new one.
+  std::string finish() {
+    std::string made;
+    ksv_result result;
+    do {
+      Room room(made, 0);
+      ksv_error error;
+      result =
+          ksv_converter_finish(converter_.get(), room.begin(), room.size(), &room.used, &error);
+      if (result != KSV_OK && result != KSV_NO_ROOM) throw Error(error);
+    } while (result == KSV_NO_ROOM);
+    reset();
+    return made;
+  }
+
+  void reset() noexcept { ksv_converter_reset(converter_.get()); }
+
+  ksv_counts counts() const noexcept {
+    ksv_counts counts;
+    ksv_converter_counts(converter_.get(), &counts);
+    return counts;
+  }
+
+ private:
+  // Room behind what a text holds, cut to what of it was used.
+  struct Room {
+    Room(std::string& text, std::size_t wanted) : text_(text), at_(text.size()) {
+      constexpr std::size_t kLeast = 256;
+      text.resize(at_ + wanted + wanted / 2 + kLeast);
+    }
+    ~Room() { text_.resize(at_ + used); }
+    Room(const Room&) = delete;
+    Room& operator=(const Room&) = delete;
+
+    char* begin() { return &text_[at_]; }
+    std::size_t size() const { return text_.size() - at_; }
+
+    std::size_t used = 0;
+
+   private:
+    std::string& text_;
+    std::size_t at_;
+  };
+
+  bool feedSome(std::string_view& piece, std::string& made) {
+    Room room(made, piece.size());
+    std::size_t used = 0;
+    ksv_error error;
+    const ksv_result result =
+        ksv_converter_feed(converter_.get(), piece.data(), piece.size(), &used, room.begin(),
+                           room.size(), &room.used, &error);
+    piece.remove_prefix(used);
+    if (result != KSV_OK && result != KSV_NO_ROOM) throw Error(error);
+    return result == KSV_NO_ROOM;
+  }
+
+  struct Delete {
+    void operator()(ksv_converter* converter) const noexcept { ksv_converter_free(converter); }
+  };
+  std::unique_ptr<ksv_converter, Delete> converter_;
+};
+
+// What a conversion would lose.
+class Report {
+ public:
+  Report(const std::string& from, const std::string& to, std::string_view text,
+         const Options& options = {})
+      : Report(from, to, options) {
+    feed(text);
+    finish();
+  }
+  Report(const std::string& from, const std::string& to, const Options& options) {
+    const ksv_options values = options.values();
+    ksv_report* report = nullptr;
+    ksv_error error;
+    detail::require(ksv_report_new(from.c_str(), to.c_str(), &values, &report, &error), error);
+    report_.reset(report);
+  }
+
+  void feed(std::string_view piece) {
+    ksv_error error;
+    detail::require(ksv_report_feed(report_.get(), piece.data(), piece.size(), &error), error);
+  }
+  void finish() {
+    ksv_error error;
+    detail::require(ksv_report_finish(report_.get(), &error), error);
+  }
+
+  std::size_t size() const noexcept { return ksv_report_count(report_.get()); }
+  const ksv_loss& operator[](std::size_t index) const {
+    return *ksv_report_loss(report_.get(), index);
+  }
+  ksv_loss_totals totals() const noexcept {
+    ksv_loss_totals totals;
+    ksv_report_totals(report_.get(), &totals);
+    return totals;
+  }
+  std::optional<std::string> outcome(std::size_t index, ksv_policy policy) const {
+    char* const text = ksv_report_outcome(report_.get(), index, policy);
+    if (text == nullptr) return std::nullopt;
+    return detail::taken(text);
+  }
+  std::string json() const { return detail::taken(ksv_report_json(report_.get())); }
+  std::string table() const { return detail::taken(ksv_report_table(report_.get())); }
+
+ private:
+  struct Delete {
+    void operator()(ksv_report* report) const noexcept { ksv_report_free(report); }
+  };
+  std::unique_ptr<ksv_report, Delete> report_;
+};
+
+// A charset of the directory. Cheap to copy.
+class Charset {
+ public:
+  static std::optional<Charset> find(const std::string& name) {
+    const ksv_charset* const charset = ksv_charset_find(name.c_str());
+    if (charset == nullptr) return std::nullopt;
+    return Charset(charset);
+  }
+  static std::vector<Charset> all() {
+    std::vector<Charset> charsets;
+    for (std::size_t i = 0; const ksv_charset* charset = ksv_charset_at(i); ++i)
+      charsets.push_back(Charset(charset));
+    return charsets;
+  }
+
+  std::string name() const { return ksv_charset_name(charset_); }
+  std::vector<std::string> aliases() const {
+    std::vector<std::string> aliases;
+    for (std::size_t i = 0; const char* alias = ksv_charset_alias(charset_, i); ++i)
+      aliases.emplace_back(alias);
+    return aliases;
+  }
+  std::optional<std::string> mime_name() const { return named(ksv_charset_mime_name(charset_)); }
+  std::optional<std::string> web_name() const { return named(ksv_charset_web_name(charset_)); }
+  std::uint32_t code_page() const noexcept { return ksv_charset_code_page(charset_); }
+  bool can_be_written() const noexcept { return ksv_charset_can_be_written(charset_) != 0; }
+  bool is_stateful() const noexcept { return ksv_charset_is_stateful(charset_) != 0; }
+  std::uint32_t longest_character() const noexcept {
+    return ksv_charset_longest_character(charset_);
+  }
+  bool has(std::uint32_t code_point) const noexcept {
+    return ksv_charset_has(charset_, code_point) != 0;
+  }
+  bool can_hold(std::string_view utf8) const noexcept {
+    return ksv_charset_can_hold(charset_, utf8.data(), utf8.size(), nullptr) == KSV_OK;
+  }
+  std::size_t encoded_length(std::string_view utf8) const {
+    std::size_t length = 0;
+    ksv_error error;
+    detail::require(ksv_charset_encoded_length(charset_, utf8.data(), utf8.size(), &length, &error),
+                    error);
+    return length;
+  }
+
+ private:
+  explicit Charset(const ksv_charset* charset) : charset_(charset) {}
+  static std::optional<std::string> named(const char* name) {
+    if (name == nullptr) return std::nullopt;
+    return std::string(name);
+  }
+
+  const ksv_charset* charset_;
+};
+
+}  // namespace ksv
+
+#endif
