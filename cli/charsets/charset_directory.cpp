@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "cconv/rules/charset_path.h"
 #include "common/platform.h"
 #include "ksv_cconv.h"
 
@@ -28,22 +29,32 @@ std::string shownOrigin(const ksv::platform::SettingOrigin& origin) {
   return "";
 }
 
+std::string withoutSeparatorAtEnd(std::string directory) {
+  const bool isRoot = directory.size() == 1;
+  if (!isRoot && directory.back() == ksv::platform::pathSeparator()) directory.pop_back();
+  return directory;
+}
+
 }  // namespace
 
 std::optional<FoundCharsetDirectory> findCharsetDirectory() {
   char setting[KSV_NAME_SIZE];
   ksv::platform::SettingOrigin origin;
   if (!ksv::platform::readSetting(kSetting, setting, sizeof setting, &origin)) return std::nullopt;
-  std::string directory = setting;
-  const bool isRoot = directory.size() == 1;
-  if (!isRoot && directory.back() == ksv::platform::pathSeparator()) directory.pop_back();
-  return FoundCharsetDirectory{std::move(directory), shownOrigin(origin), origin.isInstallation()};
+  return FoundCharsetDirectory{withoutSeparatorAtEnd(setting), shownOrigin(origin),
+                               origin.isInstallation()};
 }
 
 std::optional<std::string> charsetDirectory() {
   std::optional<FoundCharsetDirectory> found = findCharsetDirectory();
   if (!found) return std::nullopt;
   return std::move(found->path);
+}
+
+std::optional<std::string> loadedCharsetDirectory() {
+  std::string directory = ksv::charsetPath();
+  if (directory.empty()) return std::nullopt;
+  return withoutSeparatorAtEnd(std::move(directory));
 }
 
 }  // namespace ksv_cli

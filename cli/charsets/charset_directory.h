@@ -16,5 +16,7 @@ struct FoundCharsetDirectory {
 std::optional<FoundCharsetDirectory> findCharsetDirectory();
 // Its path.
 std::optional<std::string> charsetDirectory();
+// The same of a library that has been started, without looking for it once more.
+std::optional<std::string> loadedCharsetDirectory();
 
 }  // namespace ksv_cli

@@ -49,7 +49,7 @@ std::vector<std::string> RuleBase::charsets() const {
 
 CharsetNames RuleBase::names() const {
   std::vector<CharsetAlias> aliases;
-  if (const std::optional<std::string> directory = charsetDirectory())
+  if (const std::optional<std::string> directory = loadedCharsetDirectory())
     for (AliasLine& line : readAliases(*directory).aliases)
       aliases.push_back(std::move(line.alias));
   return CharsetNames(charsets(), std::move(aliases));
