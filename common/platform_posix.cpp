@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdio>
 #include <fstream>
+#include <system_error>
 
 #include "common/platform.h"
 
@@ -67,6 +68,8 @@ std::optional<std::string> ownFile() {
 }
 
 }  // namespace
+
+std::string errorText(SystemError error) { return std::generic_category().message(error); }
 
 // A program that runs with more rights than its caller does not let the caller
 // choose where its tables come from and go to.

@@ -56,7 +56,8 @@ class Totals:
 class Target:
     """kept is the committed corpus, work the directory of everything else."""
 
-    def __init__(self, executable, kept, work, settings, scratch, dictionary=None):
+    def __init__(self, executable, kept, work, settings, scratch, dictionary=None,
+                 patience=20):
         self.name = executable.name
         self.executable = executable
         self.kept = kept
@@ -66,7 +67,7 @@ class Target:
         self.totals = Totals()
         self.group = None
         self.most_kept = settings.get("most_kept")
-        self.limits = [f"-max_len={settings.get('max_len', 4096)}", "-timeout=20",
+        self.limits = [f"-max_len={settings.get('max_len', 4096)}", f"-timeout={patience}",
                        "-rss_limit_mb=2048", *settings.get("options", [])]
         self.dictionary = [f"-dict={dictionary}"] if dictionary else []
         for directory in (self.working, self.findings, self.scratch):

@@ -1,0 +1,42 @@
+// Where the bytes of a text come from that is made from another one piece by piece.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+
+namespace ksv_kit {
+
+class OffsetLinks {
+ public:
+  // From these two offsets on both texts go along together, up to the next link.
+  void add(uint64_t made, uint64_t origin) {
+    const bool goesOn =
+        !links_.empty() && origin - links_.back().origin == made - links_.back().made;
+    if (!goesOn) links_.push_back({made, origin});
+  }
+
+  uint64_t originOf(uint64_t made) const {
+    const auto behind =
+        std::upper_bound(links_.begin(), links_.end(), made,
+                         [](uint64_t wanted, const Link& link) { return wanted < link.made; });
+    if (behind == links_.begin()) return made;
+    const Link& link = *(behind - 1);
+    return link.origin + (made - link.made);
+  }
+
+  // What was made in front of the offset is not asked about any more.
+  void forgetBefore(uint64_t made) {
+    while (links_.size() > 1 && links_[1].made <= made) links_.pop_front();
+  }
+
+ private:
+  struct Link {
+    uint64_t made;
+    uint64_t origin;
+  };
+
+  std::deque<Link> links_;
+};
+
+}  // namespace ksv_kit
