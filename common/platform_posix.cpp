@@ -5,8 +5,10 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <fstream>
+#include <new>
 #include <system_error>
 
 #include "common/platform.h"
@@ -19,6 +21,7 @@ const char ownAddress = 0;
 
 std::optional<std::string> resolved(const char* path) {
   char* name = realpath(path, nullptr);
+  if (name == nullptr && errno == ENOMEM) throw std::bad_alloc();
   if (name == nullptr) return std::nullopt;
   const std::unique_ptr<char, void (*)(void*)> owner(name, free);
   return std::string(name);
