@@ -1,10 +1,14 @@
 // Characters, settings and places of a POSIX system.
 #include <dlfcn.h>
 #include <stdlib.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <cstdio>
 #include <fstream>
+#include <new>
 #include <system_error>
 
 #include "common/platform.h"
@@ -17,6 +21,7 @@ const char ownAddress = 0;
 
 std::optional<std::string> resolved(const char* path) {
   char* name = realpath(path, nullptr);
+  if (name == nullptr && errno == ENOMEM) throw std::bad_alloc();
   if (name == nullptr) return std::nullopt;
   const std::unique_ptr<char, void (*)(void*)> owner(name, free);
   return std::string(name);
@@ -36,14 +41,33 @@ std::optional<std::string> mappedFile(uintptr_t address) {
   return std::nullopt;
 }
 
+// Whether what lies at this base is the program that the process began with. One that was given to
+// the loader by name has no loader of its own in the eyes of the system, which takes that for
+// the program.
+bool isProgram(const void* base) {
+  const auto entry = reinterpret_cast<const void*>(getauxval(AT_ENTRY));
+  Dl_info info;
+  return getauxval(AT_BASE) != 0 && dladdr(entry, &info) != 0 && info.dli_fbase == base;
+}
+
+// Asked for at the start of each conversion of a program that holds the library, and many times
+// faster than the list of all that is mapped.
+std::optional<std::string> programFile() {
+  std::array<char, 4096> path;
+  const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+  if (length <= 0 || static_cast<size_t>(length) == path.size()) return std::nullopt;
+  return std::string(path.data(), static_cast<size_t>(length));
+}
+
 // The loader only knows the name it was given, which means nothing any more when
 // it is relative and the current directory has changed.
 std::optional<std::string> ownFile() {
   Dl_info info;
-  if (dladdr(&ownAddress, &info) != 0 && info.dli_fname != nullptr && info.dli_fname[0] == '/') {
-    return resolved(info.dli_fname);
-  }
-  return mappedFile(reinterpret_cast<uintptr_t>(&ownAddress));
+  const bool isKnown = dladdr(&ownAddress, &info) != 0 && info.dli_fname != nullptr;
+  if (isKnown && info.dli_fname[0] == '/') return resolved(info.dli_fname);
+  std::optional<std::string> program;
+  if (isKnown && isProgram(info.dli_fbase)) program = programFile();
+  return program ? program : mappedFile(reinterpret_cast<uintptr_t>(&ownAddress));
 }
 
 }  // namespace

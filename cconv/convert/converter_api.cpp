@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstring>
+#include <string_view>
 
 #include "cconv/codecs/codec_table.h"
 #include "cconv/convert/driver.h"
@@ -10,6 +11,8 @@
 #include "cconv/engine/converter.h"
 #include "cconv/engine/language_tag.h"
 #include "cconv/engine/replacement.h"
+#include "cconv/rules/names.h"
+#include "cconv/rules/rule_base.h"
 #include "cconv/rules/table_loader.h"
 #include "common/guard.h"
 #include "ksv_cconv.h"
@@ -181,9 +184,11 @@ uint32_t cconvTermConvert(ConverterRecord* record) {
 uint32_t cconvEnumGroup(int32_t index, char* nameOut) {
   const ksv::RuleLists* lists = ksv::ruleBase.lists;
   if (index < 0 || nameOut == nullptr || lists == nullptr) return 0;
-  if (index >= lists->charsets().count()) return 0;
-  const CharsetDef& charset = *lists->charsets()[static_cast<size_t>(index)];
-  std::memcpy(nameOut, charset.name.c_str(), charset.name.size() + 1);
+  const auto place = static_cast<size_t>(index);
+  if (place >= lists->charsetCount()) return 0;
+  const std::string_view name = lists->charsetName(place);
+  nameOut[name.copy(nameOut, name.size())] = '\0';
+  ksv::lowerAscii(nameOut);
   return 1;
 }
 

@@ -53,7 +53,8 @@ LoadedCharset* CharsetNames::find(std::string_view name) const {
   const Key key = keyOf(name);
   for (size_t place = hashOf(name);; ++place) {
     const Slot& slot = slots_[place % kSlots];
-    if (slot.charset == nullptr || slot.key == key) return slot.charset;
+    LoadedCharset* const charset = slot.charset.load(std::memory_order_acquire);
+    if (charset == nullptr || slot.key == key) return charset;
   }
 }
 
@@ -62,8 +63,10 @@ void CharsetNames::enter(std::string_view name, LoadedCharset* charset) {
       find(name) != nullptr)
     return;
   size_t place = hashOf(name);
-  while (slots_[place % kSlots].charset != nullptr) ++place;
-  slots_[place % kSlots] = {keyOf(name), charset};
+  while (slots_[place % kSlots].charset.load(std::memory_order_relaxed) != nullptr) ++place;
+  Slot& slot = slots_[place % kSlots];
+  slot.key = keyOf(name);
+  slot.charset.store(charset, std::memory_order_release);
   ++count_;
 }
 

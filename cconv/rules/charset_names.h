@@ -2,10 +2,11 @@
 //
 // A name of at most 16 bytes is two numbers and a length, lowered and compared in a
 // few operations. Longer names, and those that find no place, are left to the numbers
-// of names.h, which tell every name.
+// of names.h, which tell every name. Names are found while others are entered.
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -18,7 +19,7 @@ struct LoadedCharset;
 
 class CharsetNames {
  public:
-  // The first charset that is entered under a name keeps it.
+  // By one thread at a time. The first charset that is entered under a name keeps it.
   void enter(std::string_view name, LoadedCharset* charset);
   // Without regard to the case of A to Z. Null when the name is not entered, which does
   // not say that no charset has it.
@@ -36,7 +37,7 @@ class CharsetNames {
   };
   struct Slot {
     Key key;
-    LoadedCharset* charset = nullptr;  // null: free
+    std::atomic<LoadedCharset*> charset = nullptr;  // null: free; set behind the key
   };
 
   static Key keyOf(std::string_view name);

@@ -1,6 +1,9 @@
 #include "cconv/rules/names.h"
 
-#include <string_view>
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <iterator>
 
 namespace ksv {
 namespace {
@@ -26,29 +29,55 @@ constexpr KnownName kKnownNames[] = {
 
 constexpr CharsetId kFirstHashedId = 4000;
 
+constexpr char lowered(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Lengths and last letters tell most names apart: which last letters the known names of a length
+// have, a bit each.
+class Endings {
+ public:
+  constexpr Endings() {
+    for (const KnownName& known : kKnownNames) bits_[known.name.size()] |= bitOf(known.name);
+  }
+  constexpr bool haveThatOf(std::string_view name) const {
+    return !name.empty() && name.size() < bits_.size() && (bits_[name.size()] & bitOf(name)) != 0;
+  }
+
+ private:
+  static constexpr uint32_t bitOf(std::string_view name) {
+    return uint32_t{1} << (name.back() & 0x1F);
+  }
+  std::array<uint32_t, 32> bits_{};
+};
+
+constexpr Endings kEndings;
+
+const KnownName* findKnown(std::string_view name) {
+  if (!kEndings.haveThatOf(name)) return nullptr;
+  const auto found = std::ranges::find_if(kKnownNames, [&](const KnownName& known) {
+    return std::ranges::equal(known.name, name, {}, {}, lowered);
+  });
+  return found == std::end(kKnownNames) ? nullptr : found;
+}
+
 }  // namespace
 
 void lowerAscii(char* text) {
-  for (; *text != '\0'; ++text) {
-    if (*text >= 'A' && *text <= 'Z') *text = static_cast<char>(*text - 'A' + 'a');
-  }
+  for (; *text != '\0'; ++text) *text = lowered(*text);
+}
+
+CharsetId idOfName(std::string_view name) {
+  if (const KnownName* const known = findKnown(name)) return known->id;
+  CharsetId id = kFirstHashedId;
+  for (uint32_t position = 1; const char c : name)
+    id += static_cast<unsigned char>(lowered(c)) * position++;
+  return id;
 }
 
 CharsetId nameToId(char* name) {
   lowerAscii(name);
-  const std::string_view lowered = name;
-  for (const KnownName& known : kKnownNames) {
-    // Lengths and last letters tell most names apart.
-    if (known.name.size() == lowered.size() && known.name.back() == lowered.back() &&
-        known.name == lowered) {
-      return known.id;
-    }
-  }
-  CharsetId id = kFirstHashedId;
-  for (uint32_t position = 1; *name != '\0'; ++name, ++position) {
-    id += static_cast<unsigned char>(*name) * position;
-  }
-  return id;
+  return idOfName(name);
 }
 
 }  // namespace ksv

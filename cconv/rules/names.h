@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "cconv/limits.h"
 
@@ -39,9 +40,12 @@ constexpr CharsetId kOasysExtset = 3003;
 // Lower-cases 'A' to 'Z' in place.
 void lowerAscii(char* text);
 
-// Lower-cases the caller's buffer in place and returns the number of the name:
-// that of the built-in table, else 4000 plus the sum of each byte times its
-// position counted from 1 (mod 2^32). Different names can share such a sum.
+// The number of a name, whatever its case: that of the built-in table, else 4000 plus
+// the sum of each byte of the lower-cased name times its position counted from 1 (mod
+// 2^32). Different names can share such a sum.
+CharsetId idOfName(std::string_view name);
+
+// The same of the caller's buffer, which is lower-cased in place.
 CharsetId nameToId(char* name);
 
 // DEL and the C0 controls except TAB, LF and CR.

@@ -33,12 +33,22 @@ class CatalogReader {
   void readItems(std::vector<Item>& items, Read readOne) {
     const uint32_t count = stream_.number();
     if (count > limits::kMostItems) isSound_ = false;
+    // However many it says there are, each takes a byte at least.
+    if (isSound() && items.empty()) items.reserve(std::min<size_t>(count, stream_.bytesLeft()));
     for (uint32_t i = 0; i < count && isSound(); ++i) items.push_back(readOne());
+  }
+
+  // Those of one thing of many, behind those of the things before.
+  template <class Item, class Read>
+  PackedCatalog::Range readRange(std::vector<Item>& items, Read readOne) {
+    const size_t first = items.size();
+    readItems(items, readOne);
+    return {static_cast<uint32_t>(first), static_cast<uint32_t>(items.size() - first)};
   }
 
   std::string_view name() {
     const std::string_view text = stream_.text();
-    if (text.size() >= limits::kNameSize) isSound_ = false;
+    if (text.size() >= limits::kNameSize || text.find('\0') != text.npos) isSound_ = false;
     return text;
   }
 
@@ -90,7 +100,7 @@ class CatalogReader {
   PackedCatalog::Member member() {
     PackedCatalog::Member member;
     member.group = below(catalog_.groups.size());
-    readItems(member.destTables, [&] { return destTable(); });
+    member.destTables = readRange(catalog_.destTables, [&] { return destTable(); });
     return member;
   }
 
@@ -98,7 +108,7 @@ class CatalogReader {
     PackedCatalog::Charset charset;
     charset.name = name();
     charset.codec = stream_.text();
-    readItems(charset.members, [&] { return member(); });
+    charset.members = readRange(catalog_.members, [&] { return member(); });
     return charset;
   }
 

@@ -34,23 +34,37 @@ struct PackedCatalog {
     uint32_t table;
     uint16_t bytesPerCode;
   };
+  // Some that stand one behind the other.
+  struct Range {
+    uint32_t first = 0;
+    uint32_t count = 0;
+  };
   struct Member {
     uint32_t group;
-    std::vector<DestTable> destTables;
+    Range destTables;
   };
   struct Charset {
     std::string_view name;
     std::string_view codec;
-    std::vector<Member> members;
+    Range members;
   };
 
   std::vector<RuleFile> ruleFiles;    // by name
   std::vector<TableFile> tableFiles;  // in no order
   std::vector<Group> groups;
   std::vector<Charset> charsets;  // in the order in which their files are read
+  std::vector<Member> members;    // of all charsets
+  std::vector<DestTable> destTables;
 
   // None when the stream, or anything it points to in the data, is not as it should be.
   static std::optional<PackedCatalog> read(Bytes stream, Bytes data);
+
+  std::span<const Member> membersOf(const Charset& charset) const {
+    return std::span(members).subspan(charset.members.first, charset.members.count);
+  }
+  std::span<const DestTable> destTablesOf(const Member& member) const {
+    return std::span(destTables).subspan(member.destTables.first, member.destTables.count);
+  }
 
   const RuleFile* findRuleFile(std::string_view name) const;
   std::optional<uint32_t> findTableFile(std::string_view name) const;
@@ -64,6 +78,7 @@ class PackedStream {
 
   bool isSound() const { return isSound_; }
   bool isAtEnd() const { return at_ == bytes_.size(); }
+  size_t bytesLeft() const { return bytes_.size() - at_; }
 
   uint32_t number() {
     const uint64_t value = rawNumber();

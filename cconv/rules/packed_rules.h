@@ -17,8 +17,8 @@ bool isAsPacked(const std::vector<std::string>& names, const PackedCharsets& pac
 std::vector<std::string> withPackedNames(std::vector<std::string> names,
                                          const PackedCharsets& packed);
 
-// Adds what loading all packed rule files, in the order of their names, would add. Returns how
-// many charsets those are.
+// Adds what loading all packed rule files, in the order of their names, would add, each charset to
+// be made when it is asked for. Returns how many charsets those are. May throw std::bad_alloc.
 size_t loadPackedRules(const PackedCharsets& packed);
 
 }  // namespace ksv

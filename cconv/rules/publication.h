@@ -3,7 +3,8 @@
 //
 // - Made whole, then published: the maker stores a pointer or a flag with release order
 //   when nothing about the thing will change any more, and readers load it with acquire
-//   order before they look at the thing. Code tables (CodeTable::state), pages
+//   order before they look at the thing. Charsets and groups of a packed directory and their
+//   names (PackedRuleSet, CharsetNames), code tables (CodeTable::state), pages
 //   (DirectTable, EncodedCodeCache), lanes and what they hold from the beginning
 //   (AsciiStops, SingleCodes), converters, traces (their key is the flag).
 // - Self-contained words: an aligned word that says all by itself, 0 while nobody knows.

@@ -15,6 +15,7 @@
 #include "cconv/rules/charset_names.h"
 #include "cconv/rules/loaded_charset.h"
 #include "cconv/rules/packed_charsets.h"
+#include "cconv/rules/packed_rule_set.h"
 #include "cconv/rules/publication.h"
 #include "common/platform.h"
 
@@ -47,21 +48,24 @@ class DerivedPlace {
   std::atomic<DerivedTables*> tables_ = nullptr;
 };
 
-// The two lists of the rule base, with an index by id beside each.
-class RuleLists {
+// The two lists of the rule base, with an index by id beside each. What came from rule files stands
+// in them, and behind it what is packed, which is made as it is asked for.
+class RuleLists final : private PackedRuleSet::Others {
  public:
-  // Both return false when the list is full.
+  // While nobody converts. Both return false when the list is full. What is packed is made before.
   bool addCharset(std::unique_ptr<LoadedCharset> charset);
   bool addGroup(std::unique_ptr<GroupDef> group);
+  // Adds what of this the lists lack; it has to stay as long as they do.
+  void addPacked(const PackedCharsets& packed);
 
   LoadedCharset* findCharset(CharsetId id) const;
   // The charset whose number is that of the name.
   LoadedCharset* findCharset(std::string_view name) const;
   GroupDef* findGroup(CharsetId id) const {
     const CharsetId wellKnown = id - kFirstWellKnown;
-    if (wellKnown < kWellKnownCount) return wellKnown_[wellKnown];
-    const auto found = groupsById_.find(id);
-    return found == groupsById_.end() ? nullptr : found->second;
+    if (wellKnown >= kWellKnownCount) return findAnyGroup(id);
+    GroupDef* const group = wellKnown_[wellKnown].load(std::memory_order_acquire);
+    return group != nullptr ? group : findPackedWellKnown(id);
   }
 
   // Filled by the conversion engine; reset before anything is added.
@@ -71,19 +75,32 @@ class RuleLists {
   // is added.
   std::unique_ptr<const PackedCharsets> packed;
 
-  const RuleList<std::unique_ptr<LoadedCharset>>& charsets() const { return charsets_; }
-  const RuleList<std::unique_ptr<GroupDef>>& groups() const { return groups_; }
+  size_t charsetCount() const;
+  // As it is written where it comes from. The index is below the count.
+  std::string_view charsetName(size_t index) const;
+
+  // All that there are, made. Without memory those that are in the lists.
+  const RuleList<std::unique_ptr<LoadedCharset>>& charsets();
+  const RuleList<std::unique_ptr<GroupDef>>& groups();
 
  private:
   static constexpr CharsetId kFirstWellKnown = 2001;
   static constexpr CharsetId kWellKnownCount = 12;
+
+  bool hasCharset(CharsetId id) const override { return charsetsById_.contains(id); }
+  GroupDef* groupOfFiles(CharsetId id) const override;
+  GroupDef* findAnyGroup(CharsetId id) const;
+  GroupDef* findPackedWellKnown(CharsetId id) const;
+  bool listPacked();
+  void enterWellKnown(GroupDef* group);
 
   RuleList<std::unique_ptr<LoadedCharset>> charsets_;
   RuleList<std::unique_ptr<GroupDef>> groups_;
   std::unordered_map<CharsetId, LoadedCharset*> charsetsById_;
   CharsetNames charsetsByName_;
   std::unordered_map<CharsetId, GroupDef*> groupsById_;
-  GroupDef* wellKnown_[kWellKnownCount] = {};
+  mutable std::atomic<GroupDef*> wellKnown_[kWellKnownCount] = {};
+  std::unique_ptr<PackedRuleSet> packedRules_;
 };
 
 struct RuleBase {

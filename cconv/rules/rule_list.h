@@ -21,6 +21,9 @@ class RuleList {
     return count();
   }
 
+  // Behind this, appending up to so many needs no memory.
+  void reserve(size_t items) { items_.reserve(items); }
+
   uint16_t count() const { return static_cast<uint16_t>(items_.size()); }
   bool empty() const { return items_.empty(); }
   const Item& operator[](size_t index) const { return items_[index]; }

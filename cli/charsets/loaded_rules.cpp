@@ -4,9 +4,11 @@
 #include <optional>
 #include <utility>
 
+#include "cconv/rules/charset_path.h"
 #include "cli/charsets/directory_aliases.h"
 #include "cli/system/process.h"
 #include "cli/system/system_faults.h"
+#include "common/platform.h"
 #include "kit/charsets/charset_directory.h"
 #include "ksv_cconv.h"
 
@@ -24,6 +26,14 @@ std::string directoryForMessages() {
   const std::string fromEnvironment = platform::environmentValue("Charsetpath");
   if (!fromEnvironment.empty()) return fromEnvironment;
   return charsetDirectory().value_or("charset directory");
+}
+
+// Where the library that has been started has its directory, without looking for it once more.
+std::optional<std::string> loadedCharsetDirectory() {
+  std::string directory = ksv::charsetPath();
+  const bool isRoot = directory.size() == 1;
+  if (!isRoot && directory.ends_with(ksv::platform::pathSeparator())) directory.pop_back();
+  return directory.empty() ? std::nullopt : std::optional(std::move(directory));
 }
 
 std::atomic<bool> isLeftToSystem = false;
@@ -55,7 +65,7 @@ std::vector<std::string> RuleBase::charsets() const {
 
 CharsetNames RuleBase::names() const {
   std::vector<CharsetAlias> aliases;
-  if (const std::optional<std::string> directory = charsetDirectory())
+  if (const std::optional<std::string> directory = loadedCharsetDirectory())
     for (AliasLine& line : directoryAliases(*directory).aliases)
       aliases.push_back(std::move(line.alias));
   return CharsetNames(charsets(), std::move(aliases));

@@ -70,7 +70,7 @@ int runCommand(std::vector<std::string> arguments) {
 }
 
 DeclaredCommand declaredCommand() {
-  OptionParser parser(kName, kDescription, kVersion, OptionParser::Purpose::kDeclaration);
+  OptionParser parser(kName, kDescription, kVersion);
   addJobs(parser, {});
   return parser.declared();
 }

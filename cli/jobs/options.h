@@ -1,4 +1,8 @@
-// The command line in the command's own words: options.cpp alone knows the parser that reads it.
+// The command line in the command's own words. What jobs say of it is only written down
+// (recorded_options.h). A line that consists of nothing but whole options and operands is read with
+// that at once (plain_arguments.h); what else there may be, help and mistakes included, is left to
+// the parser of a library (argument_parser.h), which takes longer to set up than a short text
+// takes to be converted.
 //
 // A job is added to the parser with its options, each of which says where its value goes, and
 // with its work:
@@ -10,36 +14,21 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "cli/jobs/option_table.h"
+#include "cli/jobs/recorded_options.h"
 
 namespace ksv_cli {
-
-// What holds of an option beyond its name.
-struct OptionTerms {
-  bool required = false;
-  std::vector<std::string> oneOf = {};  // the values that there are; none: any
-  std::vector<std::string> usual = {};  // where any is taken: those that mean something
-  bool ignoresCase = false;             // of these
-  bool hidden = false;                  // it is taken, but no help shows it
-};
-
-struct NumberRange {
-  uint64_t lowest;
-  uint64_t highest;
-};
 
 // A job, or a part of one. names: "-o,--output". type: what the help calls a value. Where values go
 // has to stay until the work is done; an optional one is set when the option is given.
 class Subcommand {
  public:
-  struct Parsed;  // as the parser has it
-  explicit Subcommand(std::shared_ptr<Parsed> parsed) : parsed_(std::move(parsed)) {}
+  // The job has to stay until the command line is read.
+  explicit Subcommand(RecordedJob& job) : job_(job) {}
 
   void operand(const char* name, std::string& value, const char* help,
                const OptionTerms& terms = {});
@@ -67,39 +56,41 @@ class Subcommand {
   void work(std::function<int()> work);
 
  private:
-  std::shared_ptr<Parsed> parsed_;
-};
+  void record(RecordedOption::Kind kind, const char* names, const char* type,
+              RecordedOption::Target target, const char* help, OptionTerms terms = {},
+              NumberRange range = {});
 
-// What a command line asks for: help or the version, or the work of a job.
-struct Request {
-  std::string answer;
-  std::function<int()> work;  // none: the answer is all
+  RecordedJob& job_;
 };
 
 class OptionParser {
  public:
-  enum class Purpose { kParsing, kDeclaration };
+  enum class Reading {
+    kAsFastAsMaybe,
+    kByLibraryAlone  // for tests: the answers are the same
+  };
 
   OptionParser(const char* name, const char* description, const char* version,
-               Purpose purpose = Purpose::kParsing);
+               Reading reading = Reading::kAsFastAsMaybe);
   ~OptionParser();
 
   // group: the heading under which the help of the command lists it.
   Subcommand job(const char* group, const char* name, const char* help);
-  // What the help says behind the jobs. Those that are added later take it over.
-  void footer(const char* text);
+  // What the help says behind the jobs.
+  void footer(const char* text) { recorded_.footer = text; }
 
-  // All that has been added, for which it was made.
+  // All that has been added.
   DeclaredCommand declared() const;
 
   // To be called once. Throws UsageError.
   Request parse(std::vector<std::string> arguments);
   // The job that was asked for; empty: none.
-  std::string chosenJob() const;
+  std::string chosenJob() const { return chosenJob_; }
 
  private:
-  struct Parsed;
-  const std::unique_ptr<Parsed> parsed_;
+  RecordedCommand recorded_;
+  const Reading reading_;
+  std::string chosenJob_;
 };
 
 }  // namespace ksv_cli

@@ -1,6 +1,9 @@
 #include "kit/charsets/charset_names.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -10,14 +13,57 @@ namespace ksv_kit {
 namespace {
 
 struct UsualAlias {
-  const char* alias;
-  const char* charset;
+  std::string_view alias;
+  std::string_view charset;
   ByteOrder order;
 };
 
-constexpr UsualAlias kUsualAliases[] = {
+constexpr UsualAlias kWrittenAliases[] = {
 #include "charset_aliases.inc"
 };
+
+// The same without an address in it, none of which the loader then has to correct at each start.
+struct PlacedAlias {
+  uint16_t alias;    // in the names, up to the charset
+  uint16_t charset;  // up to the end
+  uint16_t end;
+  ByteOrder order;
+};
+
+constexpr size_t writtenLength() {
+  size_t length = 0;
+  for (const UsualAlias& row : kWrittenAliases) length += row.alias.size() + row.charset.size();
+  return length;
+}
+
+struct UsualAliases {
+  std::array<char, writtenLength()> names{};
+  std::array<PlacedAlias, std::size(kWrittenAliases)> rows{};
+
+  std::string_view between(size_t begin, size_t end) const {
+    return {names.data() + begin, end - begin};
+  }
+};
+
+constexpr UsualAliases placed() {
+  static_assert(writtenLength() <= UINT16_MAX);
+  UsualAliases aliases;
+  uint16_t end = 0;
+  const auto put = [&](std::string_view name) {
+    const uint16_t begin = end;
+    for (const char c : name) aliases.names[end++] = c;
+    return begin;
+  };
+  for (size_t i = 0; i < aliases.rows.size(); ++i) {
+    const UsualAlias& row = kWrittenAliases[i];
+    const uint16_t alias = put(row.alias);
+    const uint16_t charset = put(row.charset);
+    aliases.rows[i] = {alias, charset, end, row.order};
+  }
+  return aliases;
+}
+
+constexpr UsualAliases kUsualAliases = placed();
 
 UnicodeForm unicodeFormOf(std::string_view lowerName) {
   if (lowerName == "utf-8") return UnicodeForm::kUtf8;
@@ -70,8 +116,10 @@ template <class Visit>
 bool CharsetNames::anyAlias(Visit visit) const {
   for (const CharsetAlias& row : aliases_)
     if (visit(row.alias, row.charset, row.order)) return true;
-  for (const UsualAlias& row : kUsualAliases)
-    if (visit(row.alias, row.charset, row.order)) return true;
+  for (const PlacedAlias& row : kUsualAliases.rows) {
+    const std::string_view alias = kUsualAliases.between(row.alias, row.charset);
+    if (visit(alias, kUsualAliases.between(row.charset, row.end), row.order)) return true;
+  }
   return false;
 }
 
@@ -80,7 +128,7 @@ bool CharsetNames::anyAlias(Visit visit) const {
 std::string CharsetNames::displayName(const std::string& lowerName) const {
   std::string display = lowerName;
   anyAlias([&](std::string_view, std::string_view charset, ByteOrder) {
-    if (lowered(charset) != lowerName) return false;
+    if (!isSameButForCase(charset, lowerName)) return false;
     display = charset;
     return true;
   });
@@ -95,24 +143,22 @@ bool CharsetNames::isNameOf(std::string_view name, const char* charset) const {
   const std::string wanted = foldedName(name);
   if (foldedName(charset) == wanted) return true;
   return anyAlias([&](std::string_view alias, std::string_view named, ByteOrder) {
-    return foldedName(alias) == wanted && named == charset;
+    return named == charset && foldsTo(alias, wanted);
   });
 }
 
-bool CharsetNames::holds(std::string_view lowerName) const {
-  return std::find(directoryNames_.begin(), directoryNames_.end(), lowerName) !=
-         directoryNames_.end();
+bool CharsetNames::holds(std::string_view name) const {
+  return std::ranges::any_of(
+      directoryNames_, [&](const std::string& charset) { return isSameButForCase(charset, name); });
 }
 
-std::optional<CharsetChoice> CharsetNames::findBy(std::string (*key)(std::string_view),
-                                                  std::string_view name) const {
-  const std::string wanted = key(name);
+std::optional<CharsetChoice> CharsetNames::findBy(SameName isSame, std::string_view wanted) const {
   if (wanted.empty()) return std::nullopt;
   for (const std::string& charset : directoryNames_)
-    if (key(charset) == wanted) return makeChoice(charset, ByteOrder::kOpen);
+    if (isSame(charset, wanted)) return makeChoice(charset, ByteOrder::kOpen);
   std::optional<CharsetChoice> choice;
   anyAlias([&](std::string_view alias, std::string_view named, ByteOrder order) {
-    if (key(alias) != wanted || !holds(lowered(named))) return false;
+    if (!isSame(alias, wanted) || !holds(named)) return false;
     choice = makeChoice(lowered(named), order);
     return true;
   });
@@ -120,8 +166,8 @@ std::optional<CharsetChoice> CharsetNames::findBy(std::string (*key)(std::string
 }
 
 std::optional<CharsetChoice> CharsetNames::find(std::string_view name) const {
-  std::optional<CharsetChoice> choice = findBy(lowered, name);
-  return choice ? choice : findBy(foldedName, name);
+  std::optional<CharsetChoice> choice = findBy(isSameButForCase, name);
+  return choice ? choice : findBy(foldsTo, foldedName(name));
 }
 
 std::optional<CharsetChoice> CharsetNames::findReadOnly(std::string_view name) const {
@@ -146,7 +192,7 @@ std::vector<CharsetListing> CharsetNames::list() const {
   for (const std::string& name : directoryNames_)
     listings.push_back({displayName(name), aliasesOf(name), false});
   for (const ReadOnlyEncoding& encoding : kReadOnly)
-    if (holds(encoding.through) && !holds(lowered(encoding.name)))
+    if (holds(encoding.through) && !holds(encoding.name))
       listings.push_back({encoding.name, aliasesOf(lowered(encoding.name)), true});
   return listings;
 }
@@ -180,7 +226,7 @@ std::vector<std::string> CharsetNames::aliasesOf(std::string_view lowerName) con
   std::set<std::string> taken;
   anyAlias([&](std::string_view alias, std::string_view charset, ByteOrder) {
     const bool isFirst = taken.insert(lowered(alias)).second;
-    if (isFirst && lowered(charset) == lowerName && !holds(lowered(alias)))
+    if (isFirst && isSameButForCase(charset, lowerName) && !holds(alias))
       aliases.emplace_back(alias);
     return false;
   });

@@ -69,9 +69,10 @@ class CharsetNames {
   // Whether visit(alias, charset, order) is true for one, those of the directory first.
   template <class Visit>
   bool anyAlias(Visit visit) const;
-  bool holds(std::string_view lowerName) const;
-  std::optional<CharsetChoice> findBy(std::string (*key)(std::string_view),
-                                      std::string_view name) const;
+  // Whatever the case of the name.
+  bool holds(std::string_view name) const;
+  using SameName = bool (*)(std::string_view name, std::string_view wanted);
+  std::optional<CharsetChoice> findBy(SameName isSame, std::string_view wanted) const;
   std::optional<CharsetChoice> findReadOnly(std::string_view name) const;
   std::vector<std::string> allNames() const;
   std::vector<std::string> aliasesOf(std::string_view lowerName) const;

@@ -14,6 +14,24 @@ constexpr size_t kLongestCompared = 64;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isLetter(char c) { return c >= 'a' && c <= 'z'; }
+char loweredCharacter(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Gives what is left of a name, one character behind the other, to take() until it says false.
+// Whether it never did.
+template <class Take>
+bool foldName(std::string_view name, Take take) {
+  char last = '\0';  // of what is left
+  for (const char raw : name) {
+    const char c = loweredCharacter(raw);
+    if (!isLetter(c) && !isDigit(c)) continue;
+    if (c == '0' && !isDigit(last)) continue;
+    if (!take(c)) return false;
+    last = c;
+  }
+  return true;
+}
 
 // How many characters have to be put in, left out, replaced or exchanged with their
 // neighbour to turn one text into the other.
@@ -40,19 +58,30 @@ size_t editDistance(std::string_view from, std::string_view to) {
 
 std::string lowered(std::string_view name) {
   std::string result(name);
-  for (char& c : result)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  for (char& c : result) c = loweredCharacter(c);
   return result;
+}
+
+bool isSameButForCase(std::string_view left, std::string_view right) {
+  return std::ranges::equal(left, right, {}, loweredCharacter, loweredCharacter);
 }
 
 std::string foldedName(std::string_view name) {
   std::string folded;
-  for (const char c : lowered(name)) {
-    if (!isLetter(c) && !isDigit(c)) continue;
-    const bool isLeadingZero = c == '0' && (folded.empty() || !isDigit(folded.back()));
-    if (!isLeadingZero) folded += c;
-  }
+  foldName(name, [&](char c) {
+    folded += c;
+    return true;
+  });
   return folded;
+}
+
+bool foldsTo(std::string_view name, std::string_view folded) {
+  const bool isBeginning = foldName(name, [&](char c) {
+    if (folded.empty() || folded.front() != c) return false;
+    folded.remove_prefix(1);
+    return true;
+  });
+  return isBeginning && folded.empty();
 }
 
 std::vector<std::string> nearestNames(std::string_view name,

@@ -10,10 +10,14 @@ namespace ksv_kit {
 // Only A to Z have a case, whatever the locale.
 std::string lowered(std::string_view name);
 
+bool isSameButForCase(std::string_view left, std::string_view right);
+
 // What is left of a name for a comparison without regard to case, punctuation and
 // blanks: its letters and digits, without zeros that no digit stands in front of.
 // "UTF-8", "utf8" and "u.t.f-008" are one name, and "utf-80" is another.
 std::string foldedName(std::string_view name);
+// Whether foldedName(name) is that, without making it: hundreds of names are compared with one.
+bool foldsTo(std::string_view name, std::string_view folded);
 
 // Those of the candidates that a person may have meant by a name, the nearest first; at
 // most three, none when nothing is near.

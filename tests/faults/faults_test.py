@@ -5,7 +5,9 @@ if it said or left something else.
 """
 
 import dataclasses
+import itertools
 import os
+import shutil
 import sys
 import tempfile
 import unittest
@@ -270,6 +272,13 @@ class WithoutMemory(Room):
         more = {"LD_PRELOAD": PRELOAD, "KSV_FAIL_AT" if alone else "KSV_FAIL_FROM": str(place)}
         return tracing.run(job.argv, self.room, job.environment(self.room) | more, job.stdin, LIMIT)
 
+    def allocations(self, name: str) -> int:
+        job = self.set_up(name)
+        count = self.room / "count"
+        more = {"LD_PRELOAD": PRELOAD, "KSV_COUNT": str(count)}
+        tracing.run(job.argv, self.room, job.environment(self.room) | more, job.stdin, LIMIT)
+        return int(count.read_text())
+
     def test_a_line_and_status_1_end_the_command_from_the_first_allocation_on(self):
         for place in (1, 2, 3, 10, 100, 1000):
             ended = self.fail_from("version", place)
@@ -282,22 +291,48 @@ class WithoutMemory(Room):
         self.assertFalse((self.room / "new.txt").exists())
 
     def test_a_setting_that_finds_no_memory_is_not_one_that_is_missing(self):
-        for place in range(1455, 1480):
+        told = 0
+        for place in range(1, 80):
             ended = self.fail_from("lint-json", place, alone=True)
             remove(self.room / "charset")
             if ended.status != 0:
                 self.assertTrue(ended.err.endswith(b": Cannot allocate memory\n"), ended.err)
+                told += b"charset directory: Cannot" in ended.err
+        self.assertGreater(told, 0)
 
     def test_help_is_whole_or_not_there(self):
         whole = self.fail_from("help", 10**9)
         self.assertEqual(whole.status, 0)
-        for place in range(1440, 1700, 20):
+        for place in range(1, self.allocations("help"), 20):
             ended = self.fail_from("help", place, alone=True)
             if ended.status == 0:
                 self.assertEqual(ended.out, whole.out, place)
             else:
                 self.assertEqual((ended.out, ended.err),
                                  (b"", b"ksv: Cannot allocate memory\n"), place)
+
+
+    # Each charset is made when it is asked for, and what is lacking then is no charset that is unknown.
+    def test_a_packed_directory_is_used_whole_or_the_want_of_memory_told(self):
+        program = self.room / "ksv"
+        shutil.copy(COMMAND, program)
+        (self.room / "charset").mkdir()
+        shutil.copy(Path(CHARSETS) / "charsets.pack", self.room / "charset")
+        argv = [str(program), "convert", "-f", "sjis", "-t", "utf8"]
+        right, told = 0, 0
+        for place in itertools.count(1):
+            more = {"LD_PRELOAD": PRELOAD, "KSV_FAIL_AT": str(place), "HOME": str(self.room)}
+            ended = tracing.run(argv, self.room, more, "漢字\n".encode("cp932"), LIMIT)
+            if ended.status == 0:
+                self.assertEqual((ended.out, ended.err), ("漢字\n".encode(), b""), place)
+                right += 1
+            else:
+                self.assertEqual((ended.status, ended.out), (1, b""), place)
+                self.assertTrue(ended.err.endswith(b"Cannot allocate memory\n"), (place, ended.err))
+                told, right = told + 1, 0
+            if right == 50:
+                break
+        self.assertGreater(told, 100)
 
 
 class Walker(unittest.TestCase):
@@ -362,10 +397,10 @@ def job_text(job: str, name: str) -> bytes:
 
 
 if __name__ == "__main__":
-    command, directory = sys.argv[1:3]
+    COMMAND, CHARSETS = (str(Path(argument).resolve()) for argument in sys.argv[1:3])
     PRELOAD = str(Path(sys.argv[3]).resolve())
     if not tracing.can_trace():
         print("skipped: strace cannot trace programs here")
         sys.exit(SKIPPED)
-    JOBS = {job.name: job for job in command_jobs(Path(command).resolve(), Path(directory).resolve())}
+    JOBS = {job.name: job for job in command_jobs(Path(COMMAND), Path(CHARSETS))}
     unittest.main(argv=sys.argv[:1])

@@ -19,7 +19,7 @@ void add(RuleLists& lists, const std::string& name) {
 }
 
 // The first charset with the number of the name.
-const CharsetDef* firstWithNumberOf(const RuleLists& lists, std::string name) {
+const CharsetDef* firstWithNumberOf(RuleLists& lists, std::string name) {
   const CharsetId id = nameToId(name.data());
   for (const auto& charset : lists.charsets()) {
     if (charset->id == id) return charset.get();

@@ -3,13 +3,18 @@
 #include "cconv/rules/packed_charsets.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cctype>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <random>
 #include <sstream>
+#include <thread>
 
+#include "common/faults.h"
 #include "ksv_cconv.h"
+#include "tests/faults/memory_faults.h"
 #include "tests/rules/support.h"
 
 namespace ksv::test {
@@ -40,25 +45,28 @@ void describe(std::ostream& text, const GroupDef& group) {
   text << ']';
 }
 
+std::string described(const LoadedCharset& charset) {
+  std::ostringstream text;
+  text << charset.name << ' ' << charset.id << ' ' << charset.construle << ' ' << charset.destrule;
+  for (size_t i = 0; i < charset.groups.count(); ++i) {
+    text << " [" << charset.groups[i]->name;
+    for (const auto& table : *charset.destTablesOf(i)) describe(text, *table);
+    text << ']';
+  }
+  return text.str();
+}
+
+std::string described(const GroupDef& group) {
+  std::ostringstream text;
+  describe(text, group);
+  return text.str();
+}
+
 // All that the lists of the rule base say, a line a charset and a line a group.
 std::vector<std::string> describedLists() {
   std::vector<std::string> lines;
-  for (const auto& charset : ruleBase.lists->charsets()) {
-    std::ostringstream text;
-    text << charset->name << ' ' << charset->id << ' ' << charset->construle << ' '
-         << charset->destrule;
-    for (size_t i = 0; i < charset->groups.count(); ++i) {
-      text << " [" << charset->groups[i]->name;
-      for (const auto& table : *charset->destTablesOf(i)) describe(text, *table);
-      text << ']';
-    }
-    lines.push_back(text.str());
-  }
-  for (const auto& group : ruleBase.lists->groups()) {
-    std::ostringstream text;
-    describe(text, *group);
-    lines.push_back(text.str());
-  }
+  for (const auto& charset : ruleBase.lists->charsets()) lines.push_back(described(*charset));
+  for (const auto& group : ruleBase.lists->groups()) lines.push_back(described(*group));
   return lines;
 }
 
@@ -134,6 +142,200 @@ TEST(PackedRules, are_those_of_the_rule_files) {
   EXPECT_EQ(loaded.result(), 1);
   EXPECT_GT(files.size(), 100u);
   EXPECT_EQ(describedLists(), files);
+}
+
+std::vector<std::string> enumeratedNames() {
+  std::vector<std::string> names;
+  char name[KSV_NAME_SIZE];
+  for (int32_t index = 0; cconvEnumGroup(index, name) != 0; ++index) names.emplace_back(name);
+  return names;
+}
+
+// The packed file alone, as it is installed.
+class InstalledPack : public testing::Test {
+ protected:
+  InstalledPack() { copyShipped(kPackName, directory_); }
+
+  LoadedFrom load() const { return LoadedFrom(directory_.path() + "/", true); }
+  static std::vector<std::string> namesOfFiles() {
+    const LoadedFrom loaded(kShipped, false);
+    return enumeratedNames();
+  }
+  static std::vector<std::string> listsOfFiles() {
+    const LoadedFrom loaded(kShipped, false);
+    return describedLists();
+  }
+
+  TempDirectory directory_;
+};
+
+TEST_F(InstalledPack, tells_the_names_of_its_charsets_in_the_order_of_the_files) {
+  const std::vector<std::string> names = namesOfFiles();
+  const LoadedFrom loaded = load();
+  EXPECT_GT(names.size(), 50u);
+  EXPECT_EQ(enumeratedNames(), names);
+}
+
+TEST_F(InstalledPack, gives_each_charset_alone_as_the_files_do) {
+  const std::vector<std::string> names = namesOfFiles();
+  const std::vector<std::string> files = listsOfFiles();
+  for (size_t index = 0; index < names.size(); ++index) {
+    const LoadedFrom loaded = load();
+    std::string spelled = names[index];
+    spelled[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(spelled[0])));
+    const LoadedCharset* const charset = findCharsetByName(spelled.c_str());
+    ASSERT_NE(charset, nullptr) << spelled;
+    EXPECT_EQ(charset, findCharsetByName(names[index].c_str()));
+    EXPECT_EQ(charset, findCharsetById(charset->id));
+    EXPECT_EQ(described(*charset), files[index]);
+    for (GroupDef* const group : charset->groups) {
+      EXPECT_EQ(findGroupById(group->id), group) << group->name;
+      EXPECT_NE(std::ranges::find(files, described(*group)), files.end()) << group->name;
+    }
+  }
+}
+
+TEST_F(InstalledPack, has_the_same_lists_in_whatever_order_it_is_asked) {
+  const std::vector<std::string> files = listsOfFiles();
+  std::vector<CharsetId> groups;
+  {
+    const LoadedFrom loaded = load();
+    for (const auto& group : ruleBase.lists->groups()) groups.push_back(group->id);
+  }
+  std::vector<std::string> names = namesOfFiles();
+  std::mt19937 random(testSeed());
+  for (int round = 0; round < 20; ++round) {
+    std::ranges::shuffle(names, random);
+    std::ranges::shuffle(groups, random);
+    const LoadedFrom loaded = load();
+    std::vector<const void*> before;
+    for (size_t i = 0; i < 30; ++i) {
+      before.push_back(findGroupById(groups[i]));
+      before.push_back(findCharsetByName(names[i].c_str()));
+    }
+    ASSERT_EQ(describedLists(), files);
+    for (size_t i = 0; i < 30; ++i) {
+      EXPECT_EQ(before[2 * i], findGroupById(groups[i])) << "it stays where it is";
+      EXPECT_EQ(before[2 * i + 1], findCharsetByName(names[i].c_str())) << names[i];
+    }
+  }
+}
+
+TEST_F(InstalledPack, knows_no_charset_and_no_group_that_the_files_do_not_have) {
+  const LoadedFrom loaded = load();
+  EXPECT_EQ(findCharsetByName("utf-9"), nullptr);
+  EXPECT_EQ(findCharsetByName(""), nullptr);
+  EXPECT_EQ(findCharsetById(1), nullptr);
+  EXPECT_EQ(findGroupById(2013), nullptr);
+  EXPECT_EQ(findGroupById(0xFFFFFFFF), nullptr);
+  char name[KSV_NAME_SIZE];
+  EXPECT_EQ(cconvEnumGroup(static_cast<int32_t>(enumeratedNames().size()), name), 0u);
+}
+
+// A directory with a charset of its own, which has the name of a shipped one, and another.
+void writeOwnCharsets(const CharsetDirectory& directory) {
+  directory.writeRule("s.set", baseGroup("jis_x0208-1990", "<srtable>&t;</srtable>"));
+  for (const char* name : {"koi8-r", "zzz"})
+    directory.writeRule(std::string(name) + ".xml",
+                        charset(entity("s", "s.set") + entity("t", "t.txt"),
+                                "<name>" + std::string(name) + "</name><baseset>&s;</baseset>"));
+}
+
+std::vector<std::string> listsAfter(const std::string& first, bool firstIsInstalled,
+                                    const std::string& second, bool secondIsInstalled) {
+  const LoadedFrom loaded(first, firstIsInstalled);
+  const LoadedCharset* const charset = findCharsetByName("koi8-r");
+  const GroupDef* const group = findGroupById(2006);
+  ruleBase.setPath(second.c_str(), secondIsInstalled);
+  EXPECT_EQ(cconvLoadRule(), 1);
+  EXPECT_EQ(findCharsetByName("koi8-r"), charset) << "the first one counts";
+  EXPECT_EQ(findGroupById(2006), group);
+  EXPECT_NE(findCharsetByName("zzz"), nullptr);
+  EXPECT_NE(findCharsetByName("koi8-u"), nullptr);
+  std::vector<std::string> lists = enumeratedNames();
+  for (std::string& line : describedLists()) lists.push_back(std::move(line));
+  return lists;
+}
+
+TEST_F(InstalledPack, goes_in_front_of_and_behind_other_directories_as_the_files_do) {
+  CharsetDirectory own;
+  writeOwnCharsets(own);
+  const std::string packed = directory_.path() + "/";
+  const std::string other = own.path("");
+  EXPECT_EQ(listsAfter(packed, true, other, false), listsAfter(kShipped, false, other, false));
+  EXPECT_EQ(listsAfter(other, false, packed, true), listsAfter(other, false, kShipped, false));
+}
+
+TEST_F(InstalledPack, gives_what_finds_memory_and_the_rest_when_there_is_some) {
+  const std::vector<std::string> files = listsOfFiles();
+  constexpr uint64_t kMost = 2000;
+  uint64_t failing = 0;
+  for (bool isWhole = false; !isWhole && failing < kMost; ++failing) {
+    const LoadedFrom loaded = load();
+    const uint64_t faults = faultCount();
+    FailingMemory memory(failing, Refused::kAllFromThere);
+    const LoadedCharset* const charset = findCharsetByName("Shift_JIS");
+    const GroupDef* const group = findGroupById(2007);
+    const LoadedCharset* const longNamed = findCharsetByName("iso-2022-jp-2004-compatible");
+    memory.stop();
+    isWhole = charset != nullptr && group != nullptr;
+    EXPECT_EQ(longNamed, nullptr);
+    EXPECT_EQ(faultCount() == faults, isWhole) << failing;
+    if (charset != nullptr) {
+      EXPECT_EQ(findCharsetByName("shift_jis"), charset);
+    }
+    ASSERT_EQ(describedLists(), files) << failing;
+  }
+  EXPECT_GT(failing, 20u);
+  EXPECT_LT(failing, kMost);
+}
+
+TEST_F(InstalledPack, is_listed_whole_or_left_as_it_is_without_memory) {
+  const std::vector<std::string> files = listsOfFiles();
+  CharsetDirectory own;
+  writeOwnCharsets(own);
+  std::vector<std::string> names = namesOfFiles();
+  names.push_back("zzz");
+  int failures = 0;
+  // Not each of them, of which there are some thousands.
+  for (uint64_t failing = 0; failing < 100000; failing += 1 + failing / 4) {
+    const LoadedFrom loaded = load();
+    ruleBase.setPath(own.path("").c_str(), false);
+    FailingMemory memory(failing, Refused::kAllFromThere);
+    const int result = cconvLoadRule();
+    memory.stop();
+    EXPECT_NE(findCharsetByName("shift_jis"), nullptr) << failing;
+    EXPECT_EQ(cconvLoadRule(), 1);
+    ASSERT_EQ(enumeratedNames(), names) << failing;
+    failures += result == 0;
+  }
+  EXPECT_GT(failures, 5);
+}
+
+TEST_F(InstalledPack, gives_all_threads_the_same) {
+  const std::vector<std::string> names = namesOfFiles();
+  for (int round = 0; round < 10; ++round) {
+    const LoadedFrom loaded = load();
+    constexpr size_t kThreads = 4;
+    std::atomic<size_t> waiting = kThreads;
+    std::vector<std::vector<const void*>> found(kThreads);
+    std::vector<std::thread> threads;
+    for (size_t t = 0; t < kThreads; ++t) {
+      threads.emplace_back([&, t] {
+        --waiting;
+        while (waiting > 0) std::this_thread::yield();
+        for (const std::string& name : names) {
+          const LoadedCharset* const charset = findCharsetByName(name.c_str());
+          found[t].push_back(charset);
+          for (const GroupDef* const group : charset->groups)
+            found[t].push_back(findGroupById(group->id));
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (size_t t = 1; t < kThreads; ++t) EXPECT_EQ(found[t], found[0]);
+    EXPECT_EQ(std::ranges::count(found[0], nullptr), 0);
+  }
 }
 
 TEST(PackedRules, do_not_count_where_a_setting_names_the_directory) {
