@@ -74,7 +74,8 @@ std::wstring unitsOf(char32_t character) {
 // The system does not tell combining classes, but it puts marks in order.
 bool isMark(char32_t character) {
   if (character == kLastMark) return true;
-  const std::wstring behind = unitsOf(kLastMark) + unitsOf(character);
+  std::wstring behind = unitsOf(kLastMark);
+  behind += unitsOf(character);
   return normalizedUnits(NormalizationForm::kNfd, behind) != behind;
 }
 
