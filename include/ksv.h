@@ -118,7 +118,10 @@ typedef enum ksv_normalization {
   KSV_NFC = 1,
   KSV_NFD = 2,
   KSV_NFKC = 3,
-  KSV_NFKD = 4
+  KSV_NFKD = 4,
+  /* Marks are joined with what they stand behind, and nothing else is changed: what a legacy
+   * charset wants of a text whose marks stand apart. */
+  KSV_COMPOSED = 5
 } ksv_normalization;
 
 /* Widths of Japanese text; may be added up. */

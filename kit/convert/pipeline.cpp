@@ -6,7 +6,6 @@
 #include "kit/convert/iso_2022_planes.h"
 #include "kit/convert/iso_2022_shifts.h"
 #include "kit/convert/mail_stage.h"
-#include "kit/convert/text_change_stage.h"
 
 namespace ksv_kit {
 namespace {
@@ -65,7 +64,7 @@ Pipeline::Pipeline(const ConversionTask& task) : task_(task) {
     add(std::make_unique<MailStage>(task.source, task.invalid));
   else if (isInTwoSteps)
     addReadingEngine();
-  for (const auto& makeChange : task.changes) add(std::make_unique<TextChangeStage>(makeChange()));
+  for (const auto& makeChange : task.changes) add(makeChange(task));
   addWritingEngine(isInTwoSteps);
   if (hasPlanes(task.target)) add(std::make_unique<PlaneWritingStage>());
   between_.resize(stages_.size());

@@ -12,7 +12,6 @@
 #include "kit/charsets/charset_names.h"
 #include "kit/convert/engine_stage.h"
 #include "kit/convert/stage.h"
-#include "kit/unicode/text_change.h"
 #include "ksv_cconv.h"
 
 namespace ksv_kit {
@@ -27,8 +26,9 @@ struct ConversionTask {
   std::vector<std::string> (*lookAlikes)(uint32_t) = nullptr;
   std::string language;  // announced in front of the text; empty: none
   bool keepsMark = false;
-  // What happens to the characters on the way, in this order.
-  std::vector<std::function<std::unique_ptr<TextChange>()>> changes;
+  // What happens to the characters on the way, as UTF-8, in this order. The task that they are
+  // given is this one.
+  std::vector<std::function<std::unique_ptr<Stage>(const ConversionTask&)>> changes;
 };
 
 class Pipeline {

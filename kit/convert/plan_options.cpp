@@ -3,13 +3,20 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "kit/convert/plan.h"
+#include "kit/convert/refusal_stage.h"
 #include "kit/convert/results.h"
+#include "kit/convert/text_change_stage.h"
+#include "kit/profiles/profile.h"
+#include "kit/profiles/profile_change.h"
 #include "kit/text/unicode_check.h"
+#include "kit/unicode/normalization.h"
+#include "kit/unicode/widths.h"
 
 namespace ksv_kit {
 namespace {
@@ -125,9 +132,107 @@ void checkRanges(const ksv_options& options) {
   requireRange(options.newlines, KSV_NEWLINES_CR, "newlines");
   requireRange(options.mark, KSV_KEEP_MARK, "mark");
   requireRange(options.byte_order, KSV_BIG_ENDIAN, "byte_order");
-  requireRange(options.normalization, KSV_NFKD, "normalization");
+  requireRange(options.normalization, KSV_COMPOSED, "normalization");
   if (options.invalid == KSV_LOOK_ALIKE || options.invalid == KSV_BUILT_IN)
     throw BadArgument("this policy is for characters, not for bytes that are none");
+}
+
+using SharedProfile = std::shared_ptr<const Profile>;
+
+SharedProfile profileNamed(const char* name) {
+  // It is built in, and lives as long as the library.
+  const Profile* profile = Profile::named(name);
+  if (profile != nullptr) return SharedProfile(SharedProfile(), profile);
+  std::string known;
+  for (const std::string_view other : Profile::names())
+    known += (known.empty() ? "" : ", ") + std::string(other);
+  throw BadArgument("there is no profile " + std::string(name) + "; there are " + known);
+}
+
+SharedProfile profileOf(const ksv_options& options) {
+  if (options.profile != nullptr && options.profile_text != nullptr)
+    throw BadArgument("of profile and profile_text only one can be given");
+  if (options.profile != nullptr) return profileNamed(options.profile);
+  if (options.profile_text == nullptr) return nullptr;
+  ProfileError error;
+  std::optional<Profile> profile = Profile::fromText(options.profile_text, error);
+  if (!profile)
+    throw BadArgument("line " + std::to_string(error.line) + " of the profile: " + error.message);
+  return std::make_shared<const Profile>(std::move(*profile));
+}
+
+void add(ConversionTask& task, std::function<std::unique_ptr<TextChange>()> makeChange) {
+  if (makeChange() == nullptr) return;
+  task.changes.push_back([makeChange](const ConversionTask&) {
+    return std::make_unique<TextChangeStage>(makeChange());
+  });
+}
+
+void addRefusal(ConversionTask& task, RefusedCharacters refused, ProblemKind kind) {
+  if (refused.isEmpty()) return;
+  task.changes.push_back([refused = std::move(refused), kind](const ConversionTask& of) {
+    const bool isOfSource = kind == ProblemKind::kInvalid;
+    return std::make_unique<RefusalStage>(refused, kind, isOfSource ? of.invalid : of.unmappable,
+                                          (isOfSource ? of.source : of.target).display);
+  });
+}
+
+Width widthOf(uint32_t widths, uint32_t narrow, uint32_t wide, const char* what) {
+  if ((widths & narrow) != 0 && (widths & wide) != 0)
+    throw BadArgument(std::string(what) + " cannot become both narrow and wide");
+  return (widths & narrow) != 0 ? Width::kHalf : (widths & wide) != 0 ? Width::kFull : Width::kKept;
+}
+
+void addWidths(ConversionTask& task, uint32_t widths) {
+  constexpr uint32_t kKnown =
+      KSV_WIDEN_KATAKANA | KSV_NARROW_KATAKANA | KSV_NARROW_ASCII | KSV_WIDEN_ASCII;
+  if ((widths & ~kKnown) != 0) throw BadArgument("widths has bits that mean nothing");
+  WidthChoices choices;
+  choices.katakana = widthOf(widths, KSV_NARROW_KATAKANA, KSV_WIDEN_KATAKANA, "katakana");
+  choices.ascii = widthOf(widths, KSV_NARROW_ASCII, KSV_WIDEN_ASCII, "ASCII");
+  choices.space = choices.ascii;
+  add(task, [choices] { return widthChange(choices); });
+}
+
+void addNormalization(ConversionTask& task, int32_t form) {
+  constexpr NormalizationForm kForms[] = {NormalizationForm::kNfc, NormalizationForm::kNfd,
+                                          NormalizationForm::kNfkc, NormalizationForm::kNfkd,
+                                          NormalizationForm::kComposed};
+  if (form == KSV_NO_NORMALIZATION) return;
+  const NormalizationForm chosen = kForms[form - 1];
+  add(task, [chosen] { return normalization(chosen); });
+}
+
+// A profile may read or write a charset as another one of the directory.
+CharsetChoice replacedCharset(const CharsetNames& names, CharsetChoice choice,
+                              std::string_view name) {
+  if (name == choice.name) return choice;
+  const std::optional<CharsetChoice> other = names.find(name);
+  if (!other)
+    throw UnknownCharset("the charset " + std::string(name) + ", which the profile takes for " +
+                         choice.display + ", is not there");
+  CharsetChoice replaced = *other;
+  replaced.display = choice.display;
+  return replaced;
+}
+
+// What a text goes through in this order: the profile of its source, widths, normalization, the
+// profile of its target.
+void addChanges(const CharsetNames& names, const ksv_options& options, ConversionTask& task) {
+  const SharedProfile profile = profileOf(options);
+  const std::string from = task.source.name;
+  const std::string to = task.target.name;
+  if (profile != nullptr) {
+    addRefusal(task, refusedAfterDecoding(*profile, from), ProblemKind::kInvalid);
+    add(task, [profile, from] { return changeAfterDecoding(*profile, from); });
+  }
+  addWidths(task, options.widths);
+  addNormalization(task, options.normalization);
+  if (profile == nullptr) return;
+  addRefusal(task, refusedBeforeEncoding(*profile, to), ProblemKind::kUnmappable);
+  add(task, [profile, to] { return changeBeforeEncoding(*profile, to); });
+  task.source = replacedCharset(names, task.source, profile->charsetToRead(from));
+  task.target = replacedCharset(names, task.target, profile->charsetToWrite(to));
 }
 
 }  // namespace
@@ -139,6 +244,7 @@ ConversionTask taskOf(const CharsetNames& names, const char* from, const char* t
   ConversionTask task;
   task.source = sourceNamed(names, from);
   task.target = targetNamed(names, to);
+  addChanges(names, options, task);
   task.options = engineOptions(options, task.target);
   task.invalid = policyOf(options.invalid, options.invalid_text, options, task.target);
   task.unmappable = policyOf(options.unmappable, options.unmappable_text, options, task.target);

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
 
 namespace ksv_kit {
@@ -101,7 +101,7 @@ void appendNormalized(NormalizationForm form, std::string_view text, std::string
   const std::wstring units = normalizedUnits(form, utf16Of(text));
   for (size_t at = 0; at < units.size();) {
     const char32_t character = characterAt(units, at);
-    appendUtf8(out, character);
+    appendUtf8(character, out);
     at += character >= 0x10000 ? 2 : 1;
   }
 }

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <random>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
 #include "tests/kit/unicode/pieces.h"
 #include "tests/system/system.h"
