@@ -32,23 +32,25 @@ elseif(KSV_BUILD_TESTS)
   find_package(GTest REQUIRED)
 endif()
 
-# Normalization is the system's own on Windows, and utf8proc's elsewhere. A cross build for another
-# Linux machine, for which it is seldom there, goes without.
+# Normalization is the system's own on Windows, and utf8proc's elsewhere. For another Linux machine its
+# archive is linked in, which Debian installs beside that of the building machine.
 add_library(ksv_normalization_library INTERFACE)
-set(KSV_NORMALIZATION ON)
 if(WIN32)
   target_link_libraries(ksv_normalization_library INTERFACE normaliz)
-else()
-  find_path(KSV_UTF8PROC_HEADERS utf8proc.h)
-  find_library(KSV_UTF8PROC utf8proc)
-  if(KSV_UTF8PROC_HEADERS AND KSV_UTF8PROC)
-    target_include_directories(ksv_normalization_library SYSTEM INTERFACE ${KSV_UTF8PROC_HEADERS})
-    target_link_libraries(ksv_normalization_library INTERFACE ${KSV_UTF8PROC})
-  elseif(CMAKE_CROSSCOMPILING)
-    message(STATUS "No utf8proc for the target: what normalizes text is not built")
-    set(KSV_NORMALIZATION OFF)
+elseif(KSV_BUILD_KIT)
+  if(CMAKE_CROSSCOMPILING)
+    find_library(KSV_UTF8PROC libutf8proc.a PATHS /usr/lib/${KSV_MACHINE}-linux-gnu
+                 NO_CMAKE_FIND_ROOT_PATH)
+    ksv_header_only_package(ksv_utf8proc_headers utf8proc.h)
+    target_link_libraries(ksv_normalization_library INTERFACE ksv_utf8proc_headers)
   else()
-    message(FATAL_ERROR "utf8proc is not found, which normalizes text: install its headers "
-            "(Debian: libutf8proc-dev)")
+    find_library(KSV_UTF8PROC utf8proc)
+    find_path(KSV_UTF8PROC_HEADERS utf8proc.h)
+    target_include_directories(ksv_normalization_library SYSTEM INTERFACE ${KSV_UTF8PROC_HEADERS})
   endif()
+  if(NOT KSV_UTF8PROC)
+    message(FATAL_ERROR "utf8proc is not found, which normalizes text: install its headers and "
+            "library (Debian: libutf8proc-dev, of the target's architecture for a cross build)")
+  endif()
+  target_link_libraries(ksv_normalization_library INTERFACE ${KSV_UTF8PROC})
 endif()

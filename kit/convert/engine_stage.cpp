@@ -9,7 +9,7 @@
 #include "kit/text/chunk_boundary.h"
 #include "kit/text/replay.h"
 #include "kit/text/resynchronisation.h"
-#include "kit/text/utf8_text.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "kit/convert/problem.h"
-#include "kit/text/utf8_text.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

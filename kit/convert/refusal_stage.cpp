@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 

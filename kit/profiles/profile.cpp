@@ -78,7 +78,7 @@ std::string_view Profile::charsetToWrite(std::string_view charset) const {
 
 const CharsetProfile* Profile::find(std::string_view charset) const {
   const auto found = charsets_.find(charset);
-  return found == charsets_.end() ? nullptr : &found->second;
+  return found == charsets_.end() ? nullptr : found->second.get();
 }
 
 }  // namespace ksv_kit

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -71,7 +72,8 @@ class Profile {
   friend class ProfileReader;
 
   std::string name_;
-  std::map<std::string, CharsetProfile, std::less<>> charsets_;
+  // One for all charsets of a section.
+  std::map<std::string, std::shared_ptr<const CharsetProfile>, std::less<>> charsets_;
 };
 
 }  // namespace ksv_kit

@@ -129,7 +129,8 @@ class ProfileReader {
   }
 
   void finishSection() {
-    for (const std::string& name : names_) profile_.charsets_[name] = section_;
+    const auto section = std::make_shared<const CharsetProfile>(std::move(section_));
+    for (const std::string& name : names_) profile_.charsets_[name] = section;
     names_.clear();
     section_ = {};
     read_.clear();

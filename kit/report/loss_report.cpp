@@ -7,7 +7,7 @@
 #include "kit/convert/plan_options.h"
 #include "kit/engine.h"
 #include "kit/limits.h"
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

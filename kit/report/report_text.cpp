@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "kit/unicode/character_class.h"
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "common/byte_blocks.h"
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

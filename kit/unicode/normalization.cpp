@@ -8,7 +8,7 @@
 
 #include "common/byte_blocks.h"
 #include "kit/unicode/change_output.h"
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
 
 namespace ksv_kit {

@@ -26,7 +26,7 @@ enum class NormalizationForm {
 // No run of marks is put in order over more characters than these: a longer one, which no language
 // has, is normalized in parts. What comes out is canonically the same text then, but no longer in
 // the form. Up to so many characters wait for more text.
-constexpr size_t kMostCharactersPutInOrder = 1024;
+constexpr size_t kMostCharactersPutInOrder = 256;
 
 std::unique_ptr<TextChange> normalization(NormalizationForm form);
 

@@ -5,7 +5,7 @@
 #include <new>
 #include <vector>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
 
 namespace ksv_kit {
@@ -91,7 +91,7 @@ void appendNormalized(NormalizationForm form, std::string_view text, std::string
   putMarksInOrder(characters);
   if (isComposed(form)) compose(characters);
   for (const utf8proc_int32_t character : characters) {
-    appendUtf8(out, static_cast<uint32_t>(character));
+    appendUtf8(static_cast<char32_t>(character), out);
   }
 }
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
 
 namespace ksv_kit {
@@ -74,7 +74,8 @@ std::wstring unitsOf(char32_t character) {
 // The system does not tell combining classes, but it puts marks in order.
 bool isMark(char32_t character) {
   if (character == kLastMark) return true;
-  const std::wstring behind = unitsOf(kLastMark) + unitsOf(character);
+  std::wstring behind = unitsOf(kLastMark);
+  behind += unitsOf(character);
   return normalizedUnits(NormalizationForm::kNfd, behind) != behind;
 }
 
@@ -102,7 +103,7 @@ void appendNormalized(NormalizationForm form, std::string_view text, std::string
   const std::wstring units = normalizedUnits(form, utf16Of(text));
   for (size_t at = 0; at < units.size();) {
     const char32_t character = characterAt(units, at);
-    appendUtf8(out, character);
+    appendUtf8(character, out);
     at += character >= 0x10000 ? 2 : 1;
   }
 }

@@ -8,7 +8,9 @@
 
 namespace ksv_kit {
 
-// One charset under ICU's name for it; null where there is no ICU.
+bool hasIcu();
+
+// One charset under ICU's name for it, where there is ICU.
 std::unique_ptr<repertoire::Codec> icuCodec(const std::string& charset);
 
 }  // namespace ksv_kit

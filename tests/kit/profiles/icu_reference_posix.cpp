@@ -60,6 +60,8 @@ class IcuCodec : public repertoire::Codec {
 
 }  // namespace
 
+bool hasIcu() { return true; }
+
 std::unique_ptr<repertoire::Codec> icuCodec(const std::string& charset) {
   return std::make_unique<IcuCodec>(charset);
 }

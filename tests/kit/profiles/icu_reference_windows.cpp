@@ -3,6 +3,8 @@
 
 namespace ksv_kit {
 
+bool hasIcu() { return false; }
+
 std::unique_ptr<repertoire::Codec> icuCodec(const std::string& /*charset*/) { return nullptr; }
 
 }  // namespace ksv_kit

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "tests/kit/profiles/profiled_charset.h"
 #include "tests/repertoire/difference_list.h"
 

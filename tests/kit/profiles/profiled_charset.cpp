@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "kit/profiles/profile_change.h"
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

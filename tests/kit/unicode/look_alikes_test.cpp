@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

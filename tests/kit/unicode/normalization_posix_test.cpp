@@ -5,7 +5,7 @@
 #include <iostream>
 #include <vector>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization.h"
 #include "kit/unicode/normalization_system.h"
 #include "tests/kit/unicode/pieces.h"
@@ -36,7 +36,7 @@ struct TestLine {
 std::string textOf(const std::string& field) {
   std::istringstream codes(field);
   std::string text;
-  for (std::string code; codes >> code;) appendUtf8(text, codeRange(code).first);
+  for (std::string code; codes >> code;) appendUtf8(codeRange(code).first, text);
   return text;
 }
 
@@ -112,7 +112,7 @@ TEST(NormalizationOfUnicode, leaves_every_other_character_as_it_is) {
   std::string others;
   for (char32_t character = 1; character < 0x110000; ++character) {
     if (isNamed[character] || (character >= 0xD800 && character <= 0xDFFF)) continue;
-    appendUtf8(others, character);
+    appendUtf8(character, others);
     others += '\n';
   }
   for (const FormOfColumns& form : kForms) {

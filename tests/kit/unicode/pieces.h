@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/text_change.h"
 
 namespace ksv_kit {

@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "kit/unicode/characters.h"
+#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization.h"
 #include "tests/kit/unicode/pieces.h"
 #include "tests/system/system.h"

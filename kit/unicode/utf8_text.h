@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "kit/text/utf8_text.h"
-
 namespace ksv_kit {
 
 // The bytes of the character that this one begins.
@@ -34,9 +32,31 @@ constexpr size_t lastCharacterAt(std::string_view text) {
   return at;
 }
 
+inline void appendUtf8(char32_t character, std::string& text) {
+  const auto continuation = [character](int shift) {
+    return static_cast<char>(0x80 | (character >> shift & 0x3F));
+  };
+  if (character < 0x80) {
+    text += static_cast<char>(character);
+  } else if (character < 0x800) {
+    text += {static_cast<char>(0xC0 | character >> 6), continuation(0)};
+  } else if (character < 0x10000) {
+    text += {static_cast<char>(0xE0 | character >> 12), continuation(6), continuation(0)};
+  } else {
+    text += {static_cast<char>(0xF0 | character >> 18), continuation(12), continuation(6),
+             continuation(0)};
+  }
+}
+
+inline std::string utf8Of(char32_t character) {
+  std::string text;
+  appendUtf8(character, text);
+  return text;
+}
+
 inline std::string utf8Of(std::u32string_view characters) {
   std::string text;
-  for (const char32_t character : characters) appendUtf8(text, character);
+  for (const char32_t character : characters) appendUtf8(character, text);
   return text;
 }
 
