@@ -416,6 +416,17 @@ def euc_tw_files() -> list[FactFile]:
     ]
 
 
+def mac_files() -> list[FactFile]:
+    """The two-byte charsets of the Macintosh."""
+    taken = ["Single bytes and byte pairs that have one character. Those of several are described",
+             "where the set is (rules/subsets)."]
+    return [FactFile(f"{name}.txt", name, f"perl:{encoding}", taken,
+                     lambda sequence: int.from_bytes(sequence, "big"), count, [])
+            for name, encoding, count in (("x-mac-japanese", "MacJapanese", 7331),
+                                          ("x-mac-chinesetrad", "MacChineseTrad", 13571),
+                                          ("x-mac-chinesesimp", "MacChineseSimp", 7603))]
+
+
 def ebcdic_pair(sequence: bytes) -> int | None:
     """Selects the pairs of EBCDIC."""
     return int.from_bytes(sequence[1:], "big") if len(sequence) == 3 else None
@@ -680,7 +691,7 @@ def main() -> None:
     parser.add_argument("--only", nargs="+", metavar="FILE", help="these and no others")
     arguments = parser.parse_args()
     for facts in (fact_files() + one_byte_files() + two_byte_files() + euc_tw_files()
-                  + ebcdic_files()):
+                  + ebcdic_files() + mac_files()):
         if arguments.only and facts.name not in arguments.only:
             continue
         write_facts(facts, arguments.directory, arguments.date)
