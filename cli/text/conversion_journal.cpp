@@ -33,4 +33,9 @@ void ConversionJournal::forgetBefore(uint64_t outputOffset) {
   while (!calls_.empty() && calls_.front().outputEnd <= outputOffset) calls_.pop_front();
 }
 
+std::optional<uint64_t> ConversionJournal::firstInputOffset() const {
+  if (calls_.empty()) return std::nullopt;
+  return calls_.front().offsets.offset(0);
+}
+
 }  // namespace ksv_cli

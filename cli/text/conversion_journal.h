@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <vector>
 
 #include "cli/text/buffer_offsets.h"
@@ -24,6 +25,9 @@ class ConversionJournal {
 
   // Output in front of the offset is not asked about any more.
   void forgetBefore(uint64_t outputOffset);
+
+  // Where the input of the first call begins that is not forgotten.
+  std::optional<uint64_t> firstInputOffset() const;
 
  private:
   struct Call {
