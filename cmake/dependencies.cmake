@@ -31,3 +31,18 @@ if(KSV_BUILD_TESTS AND CMAKE_CROSSCOMPILING)
 elseif(KSV_BUILD_TESTS)
   find_package(GTest REQUIRED)
 endif()
+
+# Normalization is the system's own on Windows, and utf8proc's elsewhere.
+add_library(ksv_normalization_library INTERFACE)
+if(WIN32)
+  target_link_libraries(ksv_normalization_library INTERFACE normaliz)
+elseif(KSV_BUILD_KIT)
+  find_path(KSV_UTF8PROC_HEADERS utf8proc.h)
+  find_library(KSV_UTF8PROC utf8proc)
+  if(NOT KSV_UTF8PROC_HEADERS OR NOT KSV_UTF8PROC)
+    message(FATAL_ERROR "utf8proc is not found, which normalizes text: install its headers "
+            "(Debian: libutf8proc-dev), or build without libksv (-DKSV_BUILD_KIT=OFF)")
+  endif()
+  target_include_directories(ksv_normalization_library SYSTEM INTERFACE ${KSV_UTF8PROC_HEADERS})
+  target_link_libraries(ksv_normalization_library INTERFACE ${KSV_UTF8PROC})
+endif()

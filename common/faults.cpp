@@ -22,6 +22,32 @@ constinit std::atomic<uint64_t> noted = 0;
 constinit NotedFault faults[kKept] = {};
 constinit std::atomic_flag inUse;
 
+std::string subjectOf(const Fault& fault) {
+  switch (fault.subject) {
+    case FaultSubject::kCharsetDirectory:
+      return "the charset directory " + fault.path + " cannot be read: ";
+    case FaultSubject::kRuleFile:
+      return "the rule file " + fault.path + " cannot be read: ";
+    case FaultSubject::kCodeTable:
+      return "the code table " + fault.path + " cannot be read: ";
+    case FaultSubject::kMemory:
+      break;
+  }
+  return "";
+}
+
+void copyText(std::string_view from, char* text, size_t size) noexcept {
+  text[from.copy(text, size - 1)] = '\0';
+}
+
+void writeInWords(uint64_t count, char* text, size_t size) noexcept {
+  try {
+    copyText(faultInWords(faultBehind(count)), text, size);
+  } catch (...) {
+    copyText("there is no memory", text, size);
+  }
+}
+
 constinit thread_local platform::SystemError unwrittenTable = 0;
 
 // Keeps threads apart, for as long as copying a path takes. It is not waited for longer: in a
@@ -73,6 +99,12 @@ Fault faultBehind(uint64_t count) {
   }
   return {FaultSubject::kMemory, "", platform::outOfMemory()};
 }
+
+std::string faultInWords(const Fault& fault) {
+  return subjectOf(fault) + platform::errorText(fault.error);
+}
+
+constinit const FaultAccess kFaultAccess = {faultCount, writeInWords};
 
 void noteUnwrittenTable(platform::SystemError error) noexcept {
   if (unwrittenTable == 0) unwrittenTable = error;

@@ -7,6 +7,7 @@
 // these.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -39,6 +40,17 @@ uint64_t faultCount() noexcept;
 // The first that was noted behind so many. Only the latest 64 are kept: it may be a later one.
 // Call it when there are more.
 Fault faultBehind(uint64_t count);
+
+// The same in words: "the code table PATH cannot be read: Too many open files".
+std::string faultInWords(const Fault& fault);
+
+// The two for another library that is linked to this one and sees only what it exports: the list is
+// one for the process. text gets as much as fits, and a terminator.
+struct FaultAccess {
+  uint64_t (*count)() noexcept;
+  void (*inWordsBehind)(uint64_t count, char* text, size_t size) noexcept;
+};
+extern const FaultAccess kFaultAccess;
 
 // Why a compiled table could not be written, which matters to nobody but who asks for it: the
 // first such error on this thread since it was taken; 0: there was none.

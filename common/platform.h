@@ -62,6 +62,8 @@ SystemError outOfMemory();
 SystemError accessDenied();
 // The error of the call that has just failed on this thread.
 SystemError lastError();
+// What the system says of it: "Too many open files".
+std::string errorText(SystemError error);
 
 // The bytes of a file where the system shows them to this process and to all others that look at
 // them, as long as this lives. Who cuts such a file short under it ends the process: files that

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <system_error>
 
 #include "common/platform.h"
 
@@ -46,6 +47,8 @@ std::optional<std::string> ownFile() {
 }
 
 }  // namespace
+
+std::string errorText(SystemError error) { return std::generic_category().message(error); }
 
 // A program that runs with more rights than its caller does not let the caller
 // choose where its tables come from and go to.

@@ -3,7 +3,10 @@
 
 #include <array>
 #include <cstring>
+#include <cwchar>
+#include <iterator>
 #include <memory>
+#include <system_error>
 
 #include "common/platform.h"
 #include "common/wide_text_windows.h"
@@ -68,7 +71,24 @@ std::optional<std::string> converted(const char* text, UINT from, UINT to) {
   return wide ? narrowText(wide.get(), to) : std::nullopt;
 }
 
+std::string systemMessage(DWORD error) {
+  wchar_t text[512];
+  DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                  nullptr, error, 0, text, std::size(text) - 1, nullptr);
+  while (length > 0 && std::wcschr(L"\r\n .", text[length - 1]) != nullptr) --length;
+  text[length] = L'\0';
+  const std::optional<std::string> narrow = narrowText(text);
+  return length == 0 || !narrow ? "error " + std::to_string(error) : *narrow;
+}
+
 }  // namespace
+
+// In the words of the C library where it has any.
+std::string errorText(SystemError error) {
+  const std::error_condition kind = std::system_category().default_error_condition(error);
+  if (kind.category() == std::generic_category()) return kind.message();
+  return systemMessage(static_cast<DWORD>(error));
+}
 
 std::optional<std::string> environmentValue(const char* name) {
   const WideText wide(name);

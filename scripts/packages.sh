@@ -1,12 +1,13 @@
 # Sourced by the scripts beside it: what a Debian machine needs, by purpose, and how to get it.
 
 # To build what is installed.
-readonly build_packages=(g++ cmake ninja-build python3 libcli11-dev nlohmann-json3-dev)
+readonly build_packages=(g++ cmake ninja-build python3 libcli11-dev nlohmann-json3-dev
+  libutf8proc-dev)
 # To build and run tests and benchmarks.
 readonly test_packages=(
   "${build_packages[@]}" git
   libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
-  clang libclang-rt-14-dev locales perl
+  clang libclang-rt-14-dev locales perl unicode-data
   doxygen strace
   mandoc zsh fish
 )

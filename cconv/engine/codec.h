@@ -1,6 +1,7 @@
 // What the engine knows of a codec: a pair of functions, and what may be said about them.
 #pragma once
 
+#include "common/faults.h"
 #include "ksv_cconv.h"
 
 namespace ksv {
@@ -32,6 +33,8 @@ struct CodecEntry {
   SourceForm sourceForm = SourceForm::kOther;
   bool writesMark = false;  // an encoder that begins with a byte-order mark on request
   bool keepsState = false;  // an encoder that writes escape sequences
+  // For a library that has no more of this one than a converter record.
+  const FaultAccess* faults = &kFaultAccess;
 };
 
 }  // namespace ksv

@@ -3,10 +3,19 @@
 #include <algorithm>
 #include <map>
 
-#include "cli/charsets/alias_file.h"
-#include "cli/charsets/name_matching.h"
+#include "cli/charsets/directory_aliases.h"
+#include "kit/charsets/name_matching.h"
 
 namespace ksv_cli {
+
+using ksv_kit::AliasFault;
+using ksv_kit::AliasFile;
+using ksv_kit::AliasLine;
+using ksv_kit::CharsetAlias;
+using ksv_kit::foldedName;
+using ksv_kit::kAliasFile;
+using ksv_kit::lowered;
+
 namespace {
 
 class AliasLint {
@@ -55,7 +64,7 @@ class AliasLint {
 
 void lintAliases(const std::string& directory, const std::vector<std::string>& charsets,
                  std::vector<Fault>& faults) {
-  AliasLint(charsets, faults).run(readAliases(directory));
+  AliasLint(charsets, faults).run(directoryAliases(directory));
 }
 
 }  // namespace ksv_cli

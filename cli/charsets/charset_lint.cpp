@@ -7,9 +7,12 @@
 #include <utility>
 
 #include "cli/charsets/codec_names.h"
-#include "cli/charsets/name_matching.h"
+#include "kit/charsets/name_matching.h"
 
 namespace ksv_cli {
+
+using ksv_kit::lowered;
+
 namespace {
 
 bool isCodec(const std::string& name, const std::string& prefix) {

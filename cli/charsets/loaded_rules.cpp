@@ -4,13 +4,19 @@
 #include <optional>
 #include <utility>
 
-#include "cli/charsets/alias_file.h"
-#include "cli/charsets/charset_directory.h"
+#include "cli/charsets/directory_aliases.h"
 #include "cli/system/process.h"
 #include "cli/system/system_faults.h"
+#include "kit/charsets/charset_directory.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
+
+using ksv_kit::AliasLine;
+using ksv_kit::CharsetAlias;
+using ksv_kit::charsetDirectory;
+using ksv_kit::CharsetNames;
+
 namespace {
 
 // As the user has written it, if he has.
@@ -50,7 +56,7 @@ std::vector<std::string> RuleBase::charsets() const {
 CharsetNames RuleBase::names() const {
   std::vector<CharsetAlias> aliases;
   if (const std::optional<std::string> directory = charsetDirectory())
-    for (AliasLine& line : readAliases(*directory).aliases)
+    for (AliasLine& line : directoryAliases(*directory).aliases)
       aliases.push_back(std::move(line.alias));
   return CharsetNames(charsets(), std::move(aliases));
 }

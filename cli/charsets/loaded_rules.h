@@ -4,9 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetNames;
 
 class RuleBase {
  public:

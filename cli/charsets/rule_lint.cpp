@@ -6,13 +6,16 @@
 
 #include "cli/charsets/alias_lint.h"
 #include "cli/charsets/charset_lint.h"
-#include "cli/charsets/name_matching.h"
 #include "cli/charsets/packed_directory.h"
 #include "cli/charsets/rule_file_set.h"
 #include "cli/charsets/rule_source.h"
 #include "cli/system/paths.h"
+#include "kit/charsets/name_matching.h"
 
 namespace ksv_cli {
+
+using ksv_kit::lowered;
+
 namespace {
 
 class DirectoryLint {

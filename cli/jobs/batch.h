@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cli/text/charset_judge.h"
-#include "cli/text/file_converter.h"
+#include "cli/text/conversion_settings.h"
 
 namespace ksv_cli {
 

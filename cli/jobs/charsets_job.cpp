@@ -4,14 +4,17 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"
 #include "cli/system/console.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetListing;
+
 namespace {
 
 std::string asJson(const CharsetListing& charset) {

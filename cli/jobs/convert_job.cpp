@@ -2,16 +2,19 @@
 
 #include <memory>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/batch.h"
 #include "cli/jobs/convert_plan.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/operands.h"
 #include "cli/jobs/options.h"
-#include "cli/text/file_converter.h"
+#include "cli/text/conversion_settings.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetNames;
+
 namespace {
 
 constexpr char kFooter[] =

@@ -9,11 +9,19 @@
 #include "cli/system/inputs.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
-#include "cli/text/unicode_check.h"
 #include "cli/text/visible_replacement.h"
+#include "kit/text/unicode_check.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
+
+using ksv_kit::ByteOrder;
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetNames;
+using ksv_kit::ScanEnd;
+using ksv_kit::scanUnicode;
+using ksv_kit::UnicodeForm;
+
 namespace {
 
 // Tags that go back to the default language are written as "no language", which

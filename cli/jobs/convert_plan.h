@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/jobs/batch.h"
-#include "cli/text/file_converter.h"
+#include "cli/text/conversion_settings.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetNames;
 
 struct ConvertArguments {
   std::vector<std::string> inputs;

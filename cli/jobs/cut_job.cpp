@@ -8,7 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/options.h"
@@ -16,10 +15,17 @@
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
 #include "cli/system/standard_streams.h"
+#include "kit/charsets/charset_names.h"
 #include "ksv_cconv.h"
 #include "ksv_cut.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetKind;
+using ksv_kit::CharsetNames;
+using ksv_kit::UnicodeForm;
+
 namespace {
 
 // The widest unit of a charset. So much is looked at behind the piece, for the LF of

@@ -7,7 +7,6 @@
 
 #include "cli/charsets/compiled_tables.h"
 #include "cli/charsets/loaded_rules.h"
-#include "cli/charsets/name_matching.h"
 #include "cli/charsets/packed_directory.h"
 #include "cli/charsets/rule_source.h"
 #include "cli/system/failure.h"
@@ -16,8 +15,14 @@
 #include "cli/system/system_faults.h"
 #include "cli/system/temporary_file.h"
 #include "cli/text/text_language.h"
+#include "kit/charsets/name_matching.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetListing;
+using ksv_kit::findCharsetDirectory;
+using ksv_kit::foldedName;
+
 namespace {
 
 CheckFinding ok(std::string text) { return {CheckVerdict::kOk, std::move(text), ""}; }

@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_directory.h"
 #include "cli/charsets/rule_lint.h"
+#include "kit/charsets/charset_directory.h"
 
 namespace ksv_cli {
+
+using ksv_kit::FoundCharsetDirectory;
 
 enum class CheckVerdict {
   kOk,

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/charset_directory.h"
 #include "cli/charsets/rule_lint.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/options.h"
@@ -14,8 +13,12 @@
 #include "cli/system/failure.h"
 #include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
+#include "kit/charsets/charset_directory.h"
 
 namespace ksv_cli {
+
+using ksv_kit::charsetDirectory;
+
 namespace {
 
 constexpr char kFooter[] =

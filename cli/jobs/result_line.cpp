@@ -2,9 +2,14 @@
 
 #include "cli/system/base64.h"
 #include "cli/system/escapes.h"
-#include "cli/text/unicode_check.h"
+#include "kit/text/unicode_check.h"
 
 namespace ksv_cli {
+
+using ksv_kit::ScanEnd;
+using ksv_kit::scanUnicode;
+using ksv_kit::UnicodeForm;
+
 namespace {
 
 std::string joined(const std::vector<std::string>& words, char between) {

@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/charsets/loaded_rules.h"
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/ole_tree.h"
@@ -21,6 +20,7 @@
 #include "cli/system/process.h"
 #include "cli/system/system_faults.h"
 #include "cli/text/output_charset.h"
+#include "kit/charsets/charset_names.h"
 #include "ksv_ole.h"
 
 namespace ksv_cli {

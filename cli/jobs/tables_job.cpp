@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "cconv/rules/packed_use.h"
-#include "cli/charsets/charset_directory.h"
 #include "cli/charsets/compiled_tables.h"
 #include "cli/charsets/loaded_rules.h"
 #include "cli/charsets/rule_lint.h"
@@ -19,9 +18,13 @@
 #include "cli/system/paths.h"
 #include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
+#include "kit/charsets/charset_directory.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
+
+using ksv_kit::charsetDirectory;
+
 namespace {
 
 // A value above Unicode, which no charset has, as each Unicode form can spell it.

@@ -10,6 +10,7 @@
 #include "cli/system/process.h"
 #include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
+#include "common/platform.h"
 
 namespace ksv_cli {
 namespace {
@@ -31,7 +32,8 @@ void tellLeftOver(const std::string& path, const std::error_code& error) noexcep
   anythingLeftOver = true;
   try {
     const bool isOfSystem = error.category() == std::system_category();
-    const std::string words = isOfSystem ? platform::errorText(error.value()) : error.message();
+    const std::string words =
+        isOfSystem ? ksv::platform::errorText(error.value()) : error.message();
     platform::writeToStandardError(diagnostic(path, "cannot be removed: " + words));
   } catch (const std::exception&) {
     platform::tellOutOfMemory();

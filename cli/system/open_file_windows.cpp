@@ -1,30 +1,15 @@
 #include "cli/system/open_file_windows.h"
 
 #include <algorithm>
-#include <cwchar>
-#include <iterator>
+#include <system_error>
 
 #include "cli/system/failure.h"
 #include "cli/system/system_paths_windows.h"
+#include "common/platform.h"
 
 namespace ksv_cli::platform {
-namespace {
 
-std::string systemMessage(DWORD error) {
-  wchar_t text[512];
-  DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                                  nullptr, error, 0, text, std::size(text), nullptr);
-  while (length > 0 && std::wcschr(L"\r\n .", text[length - 1]) != nullptr) --length;
-  return length == 0 ? "error " + std::to_string(error) : utf8Of({text, length});
-}
-
-}  // namespace
-
-std::string words(DWORD error) {
-  const std::error_condition kind =
-      std::system_category().default_error_condition(static_cast<int>(error));
-  return kind.category() == std::generic_category() ? kind.message() : systemMessage(error);
-}
+std::string words(DWORD error) { return ksv::platform::errorText(static_cast<int>(error)); }
 
 void fail(DWORD error) {
   const std::error_condition kind =

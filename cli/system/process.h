@@ -18,9 +18,6 @@ std::string environmentValue(const char* name);
 // removes the temporary files.
 void prepareProcess();
 
-// The system's words for one of its errors, by its number.
-std::string errorText(int error);
-
 // What is said where memory cannot be had.
 extern const char kOutOfMemory[];
 

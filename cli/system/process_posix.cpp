@@ -18,8 +18,6 @@ std::vector<std::string> commandLineArguments(int argumentCount, char** argument
   return {arguments + std::min(argumentCount, 1), arguments + argumentCount};
 }
 
-std::string errorText(int error) { return std::generic_category().message(error); }
-
 std::string environmentValue(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? "" : value;

@@ -21,8 +21,6 @@ std::vector<std::string> commandLineArguments(int, char**) {
   return arguments;
 }
 
-std::string errorText(int error) { return words(static_cast<DWORD>(error)); }
-
 std::string environmentValue(const char* name) {
   const std::wstring units = *utf16Of(name);
   return utf8Of(ksv::platform::writtenBy([&](wchar_t* buffer, DWORD size) {

@@ -8,9 +8,6 @@ namespace ksv_cli::limits {
 
 // ---- Texts. Memory does not grow with them. ----
 
-// A piece that converts to nothing without its continuation is read on, up to here: a language
-// tag has at most 260 characters.
-constexpr size_t kLongestCarry = 1024 * 1024;
 // What a text from a pipe that is read more than once keeps in memory; the rest goes to a file.
 constexpr size_t kMostInMemory = 4 * 1024 * 1024;
 // More of a text than this changes nothing: detection reads no chunk behind 4 MiB, and this is
@@ -18,11 +15,6 @@ constexpr size_t kMostInMemory = 4 * 1024 * 1024;
 constexpr size_t kMostLookedAt = 4 * 1024 * 1024 + 64 * 1024;
 // So much of a text is checked; a declaration stands at its beginning.
 constexpr size_t kMostChecked = 1024 * 1024;
-
-// ---- Mails. ----
-
-// Runs of UTF-7 and HZ have the length of a line or a paragraph; one above this is no text.
-constexpr size_t kLongestRun = 1024 * 1024;
 
 // ---- Documents. ----
 

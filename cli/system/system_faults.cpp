@@ -7,23 +7,10 @@
 #include "cli/system/failure.h"
 #include "cli/system/process.h"
 #include "common/faults.h"
+#include "common/platform.h"
 
 namespace ksv_cli {
 namespace {
-
-std::string subjectOf(const ksv::Fault& fault) {
-  switch (fault.subject) {
-    case ksv::FaultSubject::kCharsetDirectory:
-      return "the charset directory " + fault.path + " cannot be read: ";
-    case ksv::FaultSubject::kRuleFile:
-      return "the rule file " + fault.path + " cannot be read: ";
-    case ksv::FaultSubject::kCodeTable:
-      return "the code table " + fault.path + " cannot be read: ";
-    case ksv::FaultSubject::kMemory:
-      break;
-  }
-  return "";
-}
 
 void noteAndThrow() {
   ksv::noteNoMemory("");
@@ -36,8 +23,7 @@ void noteWantOfMemory() { std::set_new_handler(noteAndThrow); }
 
 std::optional<std::string> systemFault() {
   if (ksv::faultCount() == 0) return std::nullopt;
-  const ksv::Fault fault = ksv::faultBehind(0);
-  return subjectOf(fault) + platform::errorText(fault.error);
+  return ksv::faultInWords(ksv::faultBehind(0));
 }
 
 void refuseSystemFaults() {
@@ -53,7 +39,7 @@ std::string causeInWords() {
 
 std::string compiledTableError() {
   const auto error = ksv::takeUnwrittenTable();
-  return error == 0 ? "" : platform::errorText(error);
+  return error == 0 ? "" : ksv::platform::errorText(error);
 }
 
 }  // namespace ksv_cli

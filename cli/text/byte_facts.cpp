@@ -4,10 +4,19 @@
 #include <string>
 #include <string_view>
 
-#include "cli/text/iso_2022_check.h"
-#include "cli/text/unicode_check.h"
+#include "kit/text/iso_2022_check.h"
+#include "kit/text/unicode_check.h"
 
 namespace ksv_cli {
+
+using ksv_kit::Designation;
+using ksv_kit::designationIn;
+using ksv_kit::Iso2022Scanner;
+using ksv_kit::ScanEnd;
+using ksv_kit::ScanResult;
+using ksv_kit::scanUnicode;
+using ksv_kit::UnicodeForm;
+
 namespace {
 
 constexpr size_t kBlock = 64 * 1024;

@@ -7,9 +7,15 @@
 #include "cli/text/reading_choice.h"
 #include "cli/text/text_declaration.h"
 #include "cli/text/text_readings.h"
-#include "cli/text/unicode_check.h"
+#include "kit/text/unicode_check.h"
 
 namespace ksv_cli {
+
+using ksv_kit::ByteOrder;
+using ksv_kit::byteOrderMark;
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetNames;
+
 namespace {
 
 // Of UTF-8 with but a few characters, which other charsets have by chance: how many bytes above 7F

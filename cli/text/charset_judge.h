@@ -13,14 +13,16 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/text/byte_facts.h"
 #include "cli/text/detection.h"
 #include "cli/text/rereadable_text.h"
 #include "cli/text/single_byte_tables.h"
 #include "cli/text/text_language.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetNames;
 
 struct JudgedText {
   std::unique_ptr<ByteSource> source;

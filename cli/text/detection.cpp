@@ -14,6 +14,11 @@
 #include "ksv_detect.h"
 
 namespace ksv_cli {
+
+using ksv_kit::ByteOrder;
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetNames;
+
 namespace {
 
 struct DetectedCharset {

@@ -7,10 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/system/streams.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetNames;
 
 // What dtctText says, in words.
 struct Detection {

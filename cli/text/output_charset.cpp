@@ -7,9 +7,19 @@
 #include "cli/system/failure.h"
 #include "cli/text/text_conversion.h"
 #include "cli/text/visible_replacement.h"
+#include "kit/text/unicode_check.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
+
+using ksv_kit::ByteOrder;
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetNames;
+using ksv_kit::ScanEnd;
+using ksv_kit::ScanResult;
+using ksv_kit::scanUnicode;
+using ksv_kit::UnicodeForm;
+
 namespace {
 
 class TextSource : public ByteSource {

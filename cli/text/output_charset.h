@@ -3,10 +3,13 @@
 
 #include <string>
 
-#include "cli/charsets/given_charset.h"
-#include "cli/text/file_converter.h"
+#include "cli/text/conversion_settings.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetNames;
+using ksv_kit::UnicodeForm;
 
 class OutputCharset {
  public:

@@ -7,6 +7,10 @@
 #include "cli/text/language_model.h"
 
 namespace ksv_cli {
+
+using ksv_kit::ByteOrder;
+using ksv_kit::CharsetChoice;
+
 namespace {
 
 // How many bits a reading has to lead by: 12 bits mean that it is 4,096 times likelier. A

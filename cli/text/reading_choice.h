@@ -4,13 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/text/byte_facts.h"
 #include "cli/text/detection.h"
 #include "cli/text/text_language.h"
 #include "cli/text/text_readings.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::ByteOrder;
 
 // guess: where none leads clearly, the first is taken. Throws Failure, with the charsets that the
 // text may be in, when none is clear.

@@ -1,9 +1,14 @@
 #include "cli/text/single_byte_tables.h"
 
-#include "cli/text/utf8_characters.h"
+#include "kit/text/utf8_characters.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetNames;
+using ksv_kit::Utf8Characters;
+
 namespace {
 
 struct SingleByteCharset {

@@ -8,11 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/text/byte_facts.h"
 #include "cli/text/language_model.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetNames;
 
 struct SingleByteTable {
   static constexpr uint32_t kNoCharacter = 0xFFFFFFFF;

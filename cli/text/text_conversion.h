@@ -1,14 +1,15 @@
-// Converts a whole text, by the way that its charsets ask for.
+// Converts a whole text.
 #pragma once
 
 #include "cli/system/streams.h"
-#include "cli/text/file_converter.h"
+#include "cli/text/conversion_counts.h"
+#include "cli/text/conversion_settings.h"
 
 namespace ksv_cli {
 
-// Throws Failure as FileConverter does. Some texts are made UTF-8 on their way: mail
-// encodings, and those whose codes the target would take over as they are, though it
-// writes them otherwise. Returns what was left out and replaced.
+// Throws Failure with the reason and the offset; what was converted before the bad character has
+// gone to the sink by then. A source that throws ends the text; what was read before is converted,
+// too. Returns what was left out and replaced.
 ConversionCounts convertText(const ConversionSettings& settings, ByteSource& source,
                              ByteSink& sink);
 

@@ -1,19 +1,12 @@
-// What is wrong with a text, in words.
+// How a place in a text is told.
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
-
-#include "cli/system/failure.h"
 
 namespace ksv_cli {
 
-// " at byte offset N"
-std::string atOffset(uint64_t offset);
-
-// byte: the first bad one, when there is one to show.
-Failure invalidText(const std::string& charset, std::optional<uint8_t> byte, uint64_t offset);
-Failure truncatedText(const std::string& charset, uint64_t offset);
+// " at byte offset 7"
+inline std::string atOffset(uint64_t offset) { return " at byte offset " + std::to_string(offset); }
 
 }  // namespace ksv_cli

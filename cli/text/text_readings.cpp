@@ -6,12 +6,17 @@
 
 #include "cli/system/failure.h"
 #include "cli/system/streams.h"
-#include "cli/text/file_converter.h"
+#include "cli/text/conversion_settings.h"
 #include "cli/text/language_model.h"
 #include "cli/text/text_conversion.h"
-#include "cli/text/utf8_characters.h"
+#include "kit/text/utf8_characters.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetNames;
+using ksv_kit::Utf8Characters;
+
 namespace {
 
 // A text without a NUL would be UTF-16 without a blank or a line end. That is not read, but up

@@ -9,13 +9,16 @@
 #include <string>
 #include <vector>
 
-#include "cli/charsets/given_charset.h"
 #include "cli/text/byte_facts.h"
 #include "cli/text/rereadable_text.h"
 #include "cli/text/single_byte_tables.h"
 #include "cli/text/text_language.h"
+#include "kit/charsets/charset_names.h"
 
 namespace ksv_cli {
+
+using ksv_kit::CharsetChoice;
+using ksv_kit::CharsetNames;
 
 inline constexpr char kAscii[] = "ISO-646IRV";
 inline constexpr char kUtf8[] = "UTF-8";

@@ -65,7 +65,8 @@ void UnitFilter::write(Bytes made, size_t place) {
 }
 
 void UnitFilter::insert(Bytes made) {
-  for (const uint8_t byte : made) write({&byte, 1}, 0);
+  links_.addStanding(this->made(), origin_);
+  out_->insert(out_->end(), made.begin(), made.end());
 }
 
 void UnitFilter::insert(std::string_view made) {

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/text/offset_links.h"
 #include "kit/shifts/shift_filter.h"
+#include "kit/text/offset_links.h"
 
 namespace ksv_kit {
 
@@ -65,7 +65,7 @@ class UnitFilter : public ShiftFilter {
   std::array<uint8_t, kLongestUnit> kept_ = {};
   size_t keptSize_ = 0;
   size_t refusedBefore_ = 0;
-  ksv_cli::OffsetLinks links_;
+  OffsetLinks links_;
 };
 
 }  // namespace ksv_kit

@@ -13,7 +13,7 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 INTERFACE = "include"
-ROOMS = ("common", "cconv", "detect", "ole", "cli")
+ROOMS = ("common", "cconv", "detect", "ole", "cli", "kit")
 # What belongs to another system does not compile here.
 FOREIGN = "_windows"
 FIRST_INCLUDE = re.compile(r'^\s*#\s*include\s+["<]([^">]+)[">]', re.MULTILINE)

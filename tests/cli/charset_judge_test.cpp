@@ -8,7 +8,7 @@
 
 #include "cli/system/failure.h"
 #include "cli/text/text_conversion.h"
-#include "cli/text/utf8_characters.h"
+#include "kit/text/utf8_characters.h"
 #include "command.h"
 #include "in_process.h"
 
@@ -16,7 +16,7 @@ namespace ksv_cli_tests {
 namespace {
 
 using ksv_cli::CharsetJudge;
-using ksv_cli::CharsetNames;
+using ksv_kit::CharsetNames;
 using ksv_cli::JudgedText;
 using ksv_cli::Language;
 using ksv_cli::TextLanguage;
@@ -84,7 +84,7 @@ TEST(LanguageModel, finds_a_text_cheapest_in_its_own_language) {
     if (!sample.language) continue;
     const auto costIn = [&](size_t language) {
       ksv_cli::TextCost cost(static_cast<Language>(language));
-      ksv_cli::Utf8Characters characters;
+      ksv_kit::Utf8Characters characters;
       for (const char* c = sample.text; *c != '\0'; ++c)
         characters.take(static_cast<uint8_t>(*c), [&](uint32_t one) { cost.take(one); });
       return cost.cost();

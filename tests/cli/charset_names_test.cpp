@@ -1,16 +1,16 @@
 #include <gtest/gtest.h>
 
-#include "cli/charsets/given_charset.h"
-#include "cli/charsets/name_matching.h"
+#include "kit/charsets/charset_names.h"
+#include "kit/charsets/name_matching.h"
 #include "in_process.h"
 
 namespace ksv_cli_tests {
 namespace {
 
-using ksv_cli::ByteOrder;
-using ksv_cli::CharsetKind;
-using ksv_cli::CharsetNames;
-using ksv_cli::UnicodeForm;
+using ksv_kit::ByteOrder;
+using ksv_kit::CharsetKind;
+using ksv_kit::CharsetNames;
+using ksv_kit::UnicodeForm;
 
 const std::vector<std::string> kDirectory = {"utf-8",           "utf-16",    "iso-10646-ucs-2",
                                              "iso-10646-ucs-4", "shift_jis", "windows31j",
@@ -71,7 +71,7 @@ TEST(CharsetNames, finds_what_can_only_be_read_for_a_source_only) {
   EXPECT_EQ(names.findSource("hz-gb-2312")->kind, CharsetKind::kHz);
   EXPECT_FALSE(CharsetNames({"utf-8"}).findSource("utf-7").has_value());
   EXPECT_FALSE(CharsetNames({"utf-8"}).findSource("hz").has_value());
-  const std::vector<ksv_cli::CharsetListing> listings = names.list();
+  const std::vector<ksv_kit::CharsetListing> listings = names.list();
   ASSERT_EQ(listings.size(), kMail.size() + 2);
   for (size_t i = 0; i < listings.size(); ++i)
     EXPECT_EQ(listings[i].sourceOnly, i >= kMail.size()) << listings[i].display;
@@ -144,21 +144,21 @@ TEST(CharsetNames, are_found_without_regard_to_punctuation_and_leading_zeros) {
 }
 
 TEST(CharsetNames, fold_into_letters_and_digits) {
-  EXPECT_EQ(ksv_cli::foldedName("ISO_8859-01:1987"), "iso8859011987");
-  EXPECT_EQ(ksv_cli::foldedName("KOI8-R"), "koi8r");
-  EXPECT_EQ(ksv_cli::foldedName("100-0a010"), "1000a10");
-  EXPECT_EQ(ksv_cli::foldedName("0"), "");
+  EXPECT_EQ(ksv_kit::foldedName("ISO_8859-01:1987"), "iso8859011987");
+  EXPECT_EQ(ksv_kit::foldedName("KOI8-R"), "koi8r");
+  EXPECT_EQ(ksv_kit::foldedName("100-0a010"), "1000a10");
+  EXPECT_EQ(ksv_kit::foldedName("0"), "");
 }
 
 // What one name is exactly, another may not be by its letters and digits.
 TEST(CharsetNames, mean_one_charset_however_they_are_written) {
   const CharsetNames names(converting().charsets());
-  for (const ksv_cli::CharsetListing& listing : names.list()) {
+  for (const ksv_kit::CharsetListing& listing : names.list()) {
     std::vector<std::string> all = listing.aliases;
     all.push_back(listing.display);
     for (const std::string& name : all) {
       const auto exact = names.findSource(name);
-      const auto folded = names.findSource(ksv_cli::foldedName(name));
+      const auto folded = names.findSource(ksv_kit::foldedName(name));
       ASSERT_TRUE(exact && folded) << name;
       EXPECT_EQ(exact->name, folded->name) << name;
       EXPECT_EQ(exact->order, folded->order) << name;
@@ -192,7 +192,7 @@ TEST(CharsetNames, prefers_a_name_of_the_directory_to_an_alias) {
   const CharsetNames names({"shift_jis", "sjis"});
   EXPECT_EQ(names.find("SJIS")->name, "sjis");
   EXPECT_EQ(names.find("x-sjis")->name, "shift_jis");
-  const std::vector<ksv_cli::CharsetListing> listings = names.list();
+  const std::vector<ksv_kit::CharsetListing> listings = names.list();
   for (const std::string& alias : listings.at(0).aliases) EXPECT_NE(alias, "sjis");
 }
 

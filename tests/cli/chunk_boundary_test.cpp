@@ -1,4 +1,4 @@
-#include "cli/text/chunk_boundary.h"
+#include "kit/text/chunk_boundary.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 namespace ksv_cli_tests {
 namespace {
 
-using ksv_cli::safeCut;
-using ksv_cli::UnicodeForm;
+using ksv_kit::safeCut;
+using ksv_kit::UnicodeForm;
 
 size_t cutUtf8(const std::string& text) {
   return safeCut(UnicodeForm::kUtf8, false, reinterpret_cast<const uint8_t*>(text.data()),

@@ -17,8 +17,8 @@
 namespace ksv_cli_tests {
 namespace {
 
-using ksv_cli::ByteOrder;
-using ksv_cli::CharsetNames;
+using ksv_kit::ByteOrder;
+using ksv_kit::CharsetNames;
 using ksv_cli::ConversionSettings;
 
 class TextSource : public ksv_cli::ByteSource {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "cli/charsets/loaded_rules.h"
-#include "cli/text/file_converter.h"
+#include "cli/text/conversion_settings.h"
 
 namespace ksv_cli_tests {
 

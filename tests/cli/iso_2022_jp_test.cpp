@@ -2,16 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/text/iso_2022_check.h"
+#include "kit/text/iso_2022_check.h"
 #include "command.h"
 #include "in_process.h"
 
 namespace ksv_cli_tests {
 namespace {
 
-using ksv_cli::Iso2022Scanner;
-using ksv_cli::ScanEnd;
-using ksv_cli::ScanResult;
+using ksv_kit::Iso2022Scanner;
+using ksv_kit::ScanEnd;
+using ksv_kit::ScanResult;
 
 const Adjustment kSkipping = [](ksv_cli::ConversionSettings& settings) {
   settings.skipInvalid = true;

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "cli/charsets/charset_directory.h"
+#include "kit/charsets/charset_directory.h"
 #include "command.h"
 #include "tests/common/support.h"
 #include "tests/system/system.h"
@@ -26,13 +26,13 @@ TEST_F(LintOnPosix, tells_files_that_are_never_opened) {
 TEST_F(LintOnPosix, looks_where_the_library_looks) {
   const ksv::test::ScopedVariable configuration("XDG_CONFIG_HOME", path("config"));
   const ksv::test::ScopedVariable none("Charsetpath", "");
-  EXPECT_EQ(ksv_cli::charsetDirectory(), charsetDirectory());
+  EXPECT_EQ(ksv_kit::charsetDirectory(), charsetDirectory());
   std::filesystem::create_directory(path("config"));
   write("config/ksv_conf.ini", "\xEF\xBB\xBFother=x\r\nCharsetpath=" + std::string(300, 'x') +
                                    "\r\nCharsetpath=/set/\r\n");
-  EXPECT_EQ(ksv_cli::charsetDirectory(), "/set") << "without its separator";
+  EXPECT_EQ(ksv_kit::charsetDirectory(), "/set") << "without its separator";
   const ksv::test::ScopedVariable set("Charsetpath", "/given");
-  EXPECT_EQ(ksv_cli::charsetDirectory(), "/given");
+  EXPECT_EQ(ksv_kit::charsetDirectory(), "/given");
 }
 
 }  // namespace

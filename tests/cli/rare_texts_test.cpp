@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "cli/charsets/name_matching.h"
+#include "kit/charsets/name_matching.h"
 #include "cli/jobs/summary_values.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
@@ -16,7 +16,7 @@
 #include "cli/text/byte_facts.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
-#include "cli/text/resynchronisation.h"
+#include "kit/text/resynchronisation.h"
 #include "cli/text/text_declaration.h"
 #include "command.h"
 #include "in_process.h"
@@ -26,8 +26,8 @@
 namespace ksv_cli_tests {
 namespace {
 
-using ksv_cli::ByteOrder;
-using ksv_cli::CharsetNames;
+using ksv_kit::ByteOrder;
+using ksv_kit::CharsetNames;
 using ksv_cli::Detection;
 using ksv_cli::Language;
 
@@ -102,7 +102,7 @@ const CharsetNames& names() {
 }
 
 size_t badLength(const char* charset, const std::string& text, bool atEnd = false) {
-  return ksv_cli::badSequenceLength(names().find(charset).value(),
+  return ksv_kit::badSequenceLength(names().find(charset).value(),
                                     reinterpret_cast<const uint8_t*>(text.data()), text.size(),
                                     atEnd);
 }
@@ -257,11 +257,11 @@ TEST(RareBytes, are_of_mail_by_what_their_escape_sequences_name) {
 }
 
 TEST(RareNames, are_near_only_while_something_of_them_is_left) {
-  EXPECT_EQ(ksv_cli::nearestNames("x", {"y"}), std::vector<std::string>());
-  EXPECT_EQ(ksv_cli::nearestNames("utf-8", {"utf8", "UTF-8", "utf-7"}),
+  EXPECT_EQ(ksv_kit::nearestNames("x", {"y"}), std::vector<std::string>());
+  EXPECT_EQ(ksv_kit::nearestNames("utf-8", {"utf8", "UTF-8", "utf-7"}),
             (std::vector<std::string>{"utf8", "utf-7"}))
       << "two spellings are one name";
-  EXPECT_EQ(ksv_cli::nearestNames("iso88591", {"iso88592", "iso88593", "iso88594", "iso88595"}),
+  EXPECT_EQ(ksv_kit::nearestNames("iso88591", {"iso88592", "iso88593", "iso88594", "iso88595"}),
             (std::vector<std::string>{"iso88592", "iso88593", "iso88594"}));
 }
 

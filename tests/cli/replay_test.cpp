@@ -1,4 +1,4 @@
-#include "cli/text/replay.h"
+#include "kit/text/replay.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ int32_t startOfStop(const std::string& source, const std::string& text) {
   record.outputCapacity = static_cast<int32_t>(output.size());
   const ConverterRecord before = record;
   EXPECT_EQ(cconvConvert(&record), static_cast<uint32_t>(KSV_STATUS_INVALID));
-  return ksv_cli::characterStart(before, record.inputPosition);
+  return ksv_kit::characterStart(before, record.inputPosition);
 }
 
 TEST(CharacterStart, is_found_whatever_the_decoder_reports) {

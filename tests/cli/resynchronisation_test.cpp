@@ -1,6 +1,6 @@
 // Where --invalid skip goes on, and what it says it skipped.
 
-#include "cli/text/resynchronisation.h"
+#include "kit/text/resynchronisation.h"
 
 #include <string>
 
@@ -24,8 +24,8 @@ std::string skipped(const std::string& charset, const std::string& text) {
 }
 
 size_t badLength(const std::string& charset, const std::string& text, bool atEnd = true) {
-  const auto choice = ksv_cli::CharsetNames(converting().charsets()).findSource(charset);
-  return ksv_cli::badSequenceLength(*choice, reinterpret_cast<const uint8_t*>(text.data()),
+  const auto choice = ksv_kit::CharsetNames(converting().charsets()).findSource(charset);
+  return ksv_kit::badSequenceLength(*choice, reinterpret_cast<const uint8_t*>(text.data()),
                                     text.size(), atEnd);
 }
 

@@ -9,11 +9,10 @@
 #include "cli/system/failure.h"
 #include "cli/system/files.h"
 #include "cli/system/streams.h"
-#include "cli/text/buffer_offsets.h"
-#include "cli/text/conversion_journal.h"
-#include "cli/text/iso_2022_planes.h"
+#include "kit/text/buffer_offsets.h"
+#include "kit/convert/conversion_journal.h"
+#include "kit/convert/iso_2022_planes.h"
 #include "cli/text/text_conversion.h"
-#include "cli/text/text_failure.h"
 #include "in_process.h"
 
 namespace ksv_cli_tests {
@@ -94,24 +93,24 @@ TEST(EscapeAmongCharacters, is_replaced_by_characters_of_one_byte_and_of_two) {
 
 TEST(PlaneText, keeps_escapes_that_are_no_designations) {
   for (const std::string text : {"\x1Bx", "\x1B\x1B(Ba", "a\x1B$", "\x1B$\x1B", "\x1B$(!b"}) {
-    TextSink sink;
-    ksv_cli::PlaneSink planes(sink);
-    planes.write(reinterpret_cast<const uint8_t*>(text.data()), text.size());
-    planes.finish();
-    EXPECT_EQ(sink.text, text);
+    ksv_kit::PlaneWritingStage planes;
+    ksv_kit::ByteBuffer out;
+    planes.take(reinterpret_cast<const uint8_t*>(text.data()), text.size(), ksv_kit::PieceEnd::kEnd,
+                out);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(out.data()), out.size()), text);
   }
 }
 
 // One call for each piece of Shift_JIS: あ, then いb.
 TEST(Journal, knows_the_call_that_wrote_a_byte) {
-  ksv_cli::ConversionJournal journal;
+  ksv_kit::ConversionJournal journal;
   EXPECT_EQ(journal.inputOffset(5), 0u);
   ASSERT_EQ(encoded("UTF-8", "a"), "a");  // the charsets are there
   ConverterRecord record{};
   uint32_t parameters[3] = {1, 0, 0};
   ASSERT_EQ(cconvInitConvert(&record, nullptr, "UTF-8"), KSV_STATUS_DONE);
   ASSERT_EQ(cconvChgCharset(&record, parameters, "Shift_JIS"), KSV_STATUS_DONE);
-  ksv_cli::BufferOffsets offsets;
+  ksv_kit::BufferOffsets offsets;
   for (const std::string piece : {"\x82\xA0",
                                   "\x82\xA2"
                                   "b"}) {
@@ -133,11 +132,10 @@ TEST(Journal, knows_the_call_that_wrote_a_byte) {
   EXPECT_EQ(journal.inputOffset(7), 5u);  // behind all that was written
 }
 
-TEST(InvalidText, without_a_byte_to_show_is_told_by_its_place) {
-  EXPECT_STREQ(ksv_cli::invalidText("UTF-8", std::nullopt, 7).what(),
-               "invalid UTF-8 at byte offset 7");
-  EXPECT_STREQ(ksv_cli::invalidText("UTF-8", 0xFF, 7).what(),
-               "invalid UTF-8 (0xFF) at byte offset 7");
+TEST(InvalidText, is_told_with_its_first_byte_if_there_is_one_to_show) {
+  using ksv_kit::ProblemKind;
+  EXPECT_EQ(ksv_kit::messageOf(ProblemKind::kInvalid, "UTF-8", ""), "invalid UTF-8");
+  EXPECT_EQ(ksv_kit::messageOf(ProblemKind::kInvalid, "UTF-8", "\xFF\x41"), "invalid UTF-8 (0xFF)");
 }
 
 TEST(FileFacts, tell_files_and_their_texts_apart) {

@@ -1,4 +1,4 @@
-#include "cli/text/unicode_check.h"
+#include "kit/text/unicode_check.h"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,11 @@
 namespace ksv_cli_tests {
 namespace {
 
-using ksv_cli::byteOrderMark;
-using ksv_cli::ScanEnd;
-using ksv_cli::ScanResult;
-using ksv_cli::scanUnicode;
-using ksv_cli::UnicodeForm;
+using ksv_kit::byteOrderMark;
+using ksv_kit::ScanEnd;
+using ksv_kit::ScanResult;
+using ksv_kit::scanUnicode;
+using ksv_kit::UnicodeForm;
 
 ScanResult scan(UnicodeForm form, const std::string& text, bool bigEndian = false) {
   return scanUnicode(form, bigEndian, reinterpret_cast<const uint8_t*>(text.data()), text.size());

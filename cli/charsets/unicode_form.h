@@ -1,8 +1,0 @@
-// The forms in which Unicode text is encoded.
-#pragma once
-
-namespace ksv_cli {
-
-enum class UnicodeForm { kNone, kUtf8, kUtf16, kUcs2, kUcs4 };
-
-}  // namespace ksv_cli

@@ -1,0 +1,238 @@
+/*
+ * ksv.h : conversion between character encodings, in one call or as a stream.
+ *
+ *     char* text;
+ *     size_t length;
+ *     ksv_error error;
+ *     if (ksv_convert("SJIS", "utf8", NULL, bytes, count, &text, &length, &error) != KSV_OK)
+ *       fprintf(stderr, "%s\n", error.message);
+ *     ksv_free(text);
+ *
+ * Nothing has to be started or ended: the charset directory is loaded at the first call that
+ * needs it. Charsets are named as people name them: without regard to case and punctuation, by
+ * IANA's names, the labels of the web, code page numbers and the directory's own names. Lengths
+ * and offsets have 64 bits; a text has no longest length.
+ *
+ * Results are values. A function that can fail returns KSV_OK (0) or one of the other results, and
+ * fills in a ksv_error for whoever hands one in. No function throws, prints, or ends the process.
+ * Any thread may call any function. A plan may be used by many threads at once; a converter and a
+ * report by one at a time.
+ *
+ * Structures that a caller makes begin with their own size, so that a library of a later
+ * version knows which fields there are: use the KSV_..._INIT that stands beside them.
+ */
+#ifndef KSV_H
+#define KSV_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "ksv_api.h"
+
+KSV_EXTERN_C_BEGIN
+
+typedef enum ksv_result {
+  KSV_OK = 0,
+  KSV_NO_ROOM = 1,         /* the output buffer is too small; what is needed is told */
+  KSV_INVALID = 2,         /* bytes that are no character of the source charset */
+  KSV_TRUNCATED = 3,       /* the text ends inside a character */
+  KSV_UNMAPPABLE = 4,      /* a character that the target charset does not have */
+  KSV_TOO_LONG = 5,        /* a single thing in the text that is longer than any text has it */
+  KSV_UNKNOWN_CHARSET = 6, /* a name that names no charset that can be read or written */
+  KSV_BAD_ARGUMENT = 7,    /* an option that cannot be followed, or a null where none may be */
+  KSV_NO_MEMORY = 8,
+  KSV_SYSTEM = 9           /* the charset directory, or a file of it, cannot be read */
+} ksv_result;
+
+enum {
+  KSV_MESSAGE_SIZE = 256, /* bytes of a message, its terminator included */
+  KSV_BYTES_SHOWN = 16    /* of those that an error is about */
+};
+
+#define KSV_NO_CODE_POINT UINT32_C(0xFFFFFFFF)
+
+/* What went wrong, and where. */
+typedef struct ksv_error {
+  int32_t result;       /* a ksv_result */
+  uint32_t code_point;  /* of KSV_UNMAPPABLE; else KSV_NO_CODE_POINT */
+  uint64_t offset;      /* of the first byte concerned, from the beginning of the whole text */
+  uint64_t line;        /* from 1 on; 0: the error is not about a place */
+  uint64_t column;      /* in characters, from 1 on */
+  uint32_t byte_count;  /* of the bytes concerned, the first of which stand here */
+  uint8_t bytes[KSV_BYTES_SHOWN];
+  char message[KSV_MESSAGE_SIZE]; /* one line of UTF-8, without a line end */
+  uint32_t reserved;
+} ksv_error;
+
+/* What is done about bytes that are no text, and about characters that the target lacks. */
+typedef enum ksv_policy {
+  KSV_FAIL = 0,              /* the conversion ends there */
+  KSV_SKIP = 1,              /* left out */
+  KSV_REPLACE = 2,           /* by the text of the options */
+  KSV_HEX_REFERENCE = 3,     /* &#x3042; */
+  KSV_DECIMAL_REFERENCE = 4, /* &#12354; */
+  KSV_ESCAPE = 5,            /* \u{3042}; for bytes \xE3 */
+  KSV_PERCENT = 6,           /* %E3%81%82: the bytes; of a character those of its UTF-8 */
+  KSV_LOOK_ALIKE = 7,        /* what looks most like it (characters only), else as KSV_REPLACE */
+  KSV_BUILT_IN = 8,          /* the replacement that suits the target (characters only) */
+  KSV_ASK = 9                /* what the caller's function answers */
+} ksv_policy;
+
+/* One problem, as a caller's function is asked about it. The pointers hold during the call. */
+typedef struct ksv_problem {
+  int32_t result;      /* KSV_INVALID, KSV_TRUNCATED or KSV_UNMAPPABLE */
+  uint32_t code_point; /* of KSV_UNMAPPABLE; else KSV_NO_CODE_POINT */
+  uint64_t offset;     /* of the first byte, from the beginning of the whole text */
+  const uint8_t* bytes;
+  size_t byte_count;
+} ksv_problem;
+
+/* Answers one of KSV_FAIL, KSV_SKIP, or KSV_REPLACE with a text in UTF-8 in *text and *length,
+ * which has to hold until the function is called again or the conversion ends. */
+typedef int32_t (*ksv_ask_function)(void* context, const ksv_problem* problem, const char** text,
+                                    size_t* length);
+
+typedef enum ksv_newline {
+  KSV_KEEP_NEWLINES = 0,
+  KSV_NEWLINES_LF = 1,
+  KSV_NEWLINES_CRLF = 2,
+  KSV_NEWLINES_CR = 3
+} ksv_newline;
+
+/* The byte-order mark of Unicode forms. */
+typedef enum ksv_mark {
+  KSV_DROP_MARK = 0, /* the mark of the source is read, and none is written */
+  KSV_ADD_MARK = 1,  /* one is written, whether the source has one or not */
+  KSV_KEEP_MARK = 2  /* one is written if the source has one */
+} ksv_mark;
+
+/* The order of bytes in the units of UTF-16, UCS-2 and UCS-4 that are written, where the name of
+ * the target does not say it. Charsets made of bytes have none, and nothing swaps theirs. */
+typedef enum ksv_byte_order {
+  KSV_LITTLE_ENDIAN = 0,
+  KSV_BIG_ENDIAN = 1
+} ksv_byte_order;
+
+typedef enum ksv_normalization {
+  KSV_NO_NORMALIZATION = 0,
+  KSV_NFC = 1,
+  KSV_NFD = 2,
+  KSV_NFKC = 3,
+  KSV_NFKD = 4,
+  /* Marks are joined with what they stand behind, and nothing else is changed: what a legacy
+   * charset wants of a text whose marks stand apart. */
+  KSV_COMPOSED = 5
+} ksv_normalization;
+
+/* Widths of Japanese text; may be added up. */
+enum {
+  KSV_WIDEN_KATAKANA = 1,  /* half-width katakana become full-width, with their voice marks */
+  KSV_NARROW_KATAKANA = 2, /* and the other way round */
+  KSV_NARROW_ASCII = 4,    /* full-width letters, digits and signs become ASCII */
+  KSV_WIDEN_ASCII = 8      /* and the other way round */
+};
+
+/* How a text is converted. All zero but for the size: fail at the first problem, change nothing. */
+typedef struct ksv_options {
+  uint32_t size;         /* sizeof(ksv_options) */
+  int32_t invalid;       /* a ksv_policy for bytes that are no text */
+  int32_t unmappable;    /* a ksv_policy for characters that the target lacks */
+  int32_t newlines;      /* a ksv_newline */
+  int32_t mark;          /* a ksv_mark */
+  int32_t byte_order;    /* a ksv_byte_order */
+  int32_t normalization; /* a ksv_normalization, before the text is written */
+  uint32_t widths;       /* KSV_WIDEN_... and KSV_NARROW_... */
+  const char* invalid_text;    /* UTF-8, for KSV_REPLACE; null: U+FFFD, or "?" in charsets without */
+  const char* unmappable_text; /* the same */
+  const char* profile;         /* the name of a mapping profile, or null */
+  const char* profile_text;    /* the text of a profile of the caller's own, or null */
+  ksv_ask_function ask;        /* for KSV_ASK */
+  void* ask_context;
+} ksv_options;
+
+#define KSV_OPTIONS_INIT {sizeof(ksv_options), 0, 0, 0, 0, 0, 0, 0, NULL, NULL, NULL, NULL, NULL, NULL}
+
+/* The version of the library as a text, "1.0.0", and as a number, 10000 * major + 100 * minor +
+ * patch. Never fail. */
+KSV_API const char* ksv_version(void);
+KSV_API uint32_t ksv_version_number(void);
+
+/* The name of a result: "KSV_INVALID". Never null. */
+KSV_API const char* ksv_result_name(int32_t result);
+
+/* Gives back what a function of this library has allocated. Takes null. */
+KSV_API void ksv_free(void* block);
+
+/* ---- Conversion in one call ---- */
+
+/* Converts a text. *output is allocated, has a zero byte behind its end that *output_length does
+ * not count, and is the caller's: ksv_free. input may be null when length is 0; options and
+ * error may be null. When the call fails, *output is null and *output_length 0. */
+KSV_API ksv_result ksv_convert(const char* from, const char* to, const ksv_options* options,
+                               const void* input, size_t length, char** output,
+                               size_t* output_length, ksv_error* error);
+
+/* The same into a buffer of the caller's. *output_length is what the whole text takes, also when
+ * it is more than the capacity: then KSV_NO_ROOM is returned, and of the buffer nothing is to be
+ * used. buffer may be null when capacity is 0. */
+KSV_API ksv_result ksv_convert_into(const char* from, const char* to, const ksv_options* options,
+                                    const void* input, size_t length, void* buffer,
+                                    size_t capacity, size_t* output_length, ksv_error* error);
+
+/* ---- Plans ---- */
+
+/* What does not change from text to text: the charsets, looked up, and the options. */
+typedef struct ksv_plan ksv_plan;
+
+/* Makes a plan; everything in the options is copied but what ask_context points to. *plan is null
+ * when the call fails. */
+KSV_API ksv_result ksv_plan_new(const char* from, const char* to, const ksv_options* options,
+                                ksv_plan** plan, ksv_error* error);
+
+/* The caller needs the plan no more. Converters that were made of it go on. Takes null. */
+KSV_API void ksv_plan_free(ksv_plan* plan);
+
+/* As ksv_convert and ksv_convert_into. */
+KSV_API ksv_result ksv_plan_convert(const ksv_plan* plan, const void* input, size_t length,
+                                    char** output, size_t* output_length, ksv_error* error);
+KSV_API ksv_result ksv_plan_convert_into(const ksv_plan* plan, const void* input, size_t length,
+                                         void* buffer, size_t capacity, size_t* output_length,
+                                         ksv_error* error);
+
+/* ---- Streams ---- */
+
+/* A text on its way, in pieces of any size. What comes out does not depend on where the pieces were
+ * cut. */
+typedef struct ksv_converter ksv_converter;
+
+KSV_API ksv_result ksv_converter_new(const ksv_plan* plan, ksv_converter** converter,
+                                     ksv_error* error);
+KSV_API void ksv_converter_free(ksv_converter* converter);
+
+/* Begins with a new text. Costs next to nothing. */
+KSV_API void ksv_converter_reset(ksv_converter* converter);
+
+/* Takes a piece of the text. *used is how many of its bytes were taken, *written how many bytes were
+ * put into the buffer. KSV_OK: all were taken. KSV_NO_ROOM: the buffer is full; call again with
+ * the rest of the piece and a new buffer. Anything else: the text is at an end, and what was
+ * converted in front of the problem has been written; every further call gives the same. */
+KSV_API ksv_result ksv_converter_feed(ksv_converter* converter, const void* input, size_t length,
+                                      size_t* used, void* buffer, size_t capacity, size_t* written,
+                                      ksv_error* error);
+
+/* The text is complete: what waited for more is written, and what closes the text. KSV_NO_ROOM: call
+ * again with a new buffer. */
+KSV_API ksv_result ksv_converter_finish(ksv_converter* converter, void* buffer, size_t capacity,
+                                        size_t* written, ksv_error* error);
+
+/* What was left out or written otherwise since the text began. */
+typedef struct ksv_counts {
+  uint64_t invalid_bytes;
+  uint64_t unmappable; /* characters */
+} ksv_counts;
+
+KSV_API void ksv_converter_counts(const ksv_converter* converter, ksv_counts* counts);
+
+KSV_EXTERN_C_END
+
+#endif

@@ -1,0 +1,182 @@
+#include "kit/convert/pipeline.h"
+
+#include <string_view>
+#include <utility>
+
+#include "kit/convert/iso_2022_planes.h"
+#include "kit/convert/iso_2022_shifts.h"
+#include "kit/convert/mail_stage.h"
+#include "kit/text/resynchronisation.h"
+
+namespace ksv_kit {
+namespace {
+
+// What the target gets for a text that a single call converts; empty when the text
+// is not one of the source charset.
+std::string convertedSample(const char* source, std::string_view text, const std::string& target) {
+  ConverterRecord record{};
+  ConvertOptions options{};
+  options.outputBigEndian = 1;
+  uint32_t parameters[3] = {1, 0, 0};
+  if (cconvInitConvert(&record, &options, target.c_str()) != KSV_STATUS_DONE ||
+      cconvChgCharset(&record, parameters, source) != KSV_STATUS_DONE)
+    return "";
+  uint8_t output[32];
+  record.input = reinterpret_cast<const uint8_t*>(text.data());
+  record.inputLength = static_cast<int32_t>(text.size());
+  record.output = output;
+  record.outputCapacity = sizeof output;
+  if (cconvConvert(&record) != KSV_STATUS_DONE) return "";
+  return {reinterpret_cast<const char*>(output), static_cast<size_t>(record.outputPosition)};
+}
+
+// Whether a charset has letters and other controls at codes that are control codes in ASCII. The
+// engine writes such a code as it is where the target lacks its character: a NEL of EBCDIC would
+// become a NAK, a letter of VISCII an STX.
+bool hasOtherControls(const CharsetChoice& charset) {
+  constexpr std::string_view kControls = "\x02\x04\x05\x06\x15";
+  const bool hasBytes = charset.form == UnicodeForm::kNone && unitSize(charset) == 1;
+  if (!hasBytes || charset.kind != CharsetKind::kCharset) return false;
+  const std::string read = convertedSample(charset.name.c_str(), kControls, "utf-8");
+  return !read.empty() && read != kControls;
+}
+
+bool readsOtherControls(const ConversionTask& task) {
+  const bool matters = task.target.form == UnicodeForm::kNone || task.options.convertNewlines != 0;
+  return matters && hasOtherControls(task.source);
+}
+
+// The engine looks for line ends, and writes them, by their codes in ASCII.
+bool hasLineEndsOfItsOwn(const ConversionTask& task) {
+  return task.options.convertNewlines != 0 && hasOtherControls(task.target);
+}
+
+// A character goes from a set of the source to the same set of the target with its
+// code as it is. Half-width katakana in mail have other codes of that set than all
+// other texts, and OASYS_ONLINE can read JIS X 0201, but not write it.
+bool needsUtf8Between(const ConversionTask& task) {
+  if (hasLineEndsOfItsOwn(task)) return true;
+  if (task.source.form != UnicodeForm::kNone) return false;
+  if (task.target.name == "oasys_online" || readsOtherControls(task)) return true;
+  if (task.source.kind != CharsetKind::kIso2022) return false;
+  const std::string direct = convertedSample(task.source.name.c_str(), "\x1B(I1", task.target.name);
+  return !direct.empty() && direct != convertedSample("utf-8", "ｱ", task.target.name);
+}
+
+bool isMail(CharsetKind kind) { return kind == CharsetKind::kUtf7 || kind == CharsetKind::kHz; }
+bool hasPlanes(const CharsetChoice& charset) { return charset.name == "iso-2022-jp-2004"; }
+bool hasShifts(const CharsetChoice& charset) { return charset.name.starts_with("cp50220"); }
+
+CharsetChoice utf8ShownAs(const std::string& display) {
+  return {"utf-8", display, UnicodeForm::kUtf8, ByteOrder::kOpen, CharsetKind::kCharset};
+}
+
+}  // namespace
+
+bool isDirect(const ConversionTask& task) {
+  return task.changes.empty() && !isMail(task.source.kind) && !hasPlanes(task.source) &&
+         !hasShifts(task.source) && !hasPlanes(task.target) && !needsUtf8Between(task);
+}
+
+Pipeline::Pipeline(const ConversionTask& task) : task_(task) {
+  if (hasPlanes(task.source)) add(std::make_unique<PlaneReadingStage>());
+  if (hasShifts(task.source)) add(std::make_unique<ShiftStage>());
+  const bool readsMail = isMail(task.source.kind);
+  const bool isInTwoSteps = readsMail || !task.changes.empty() || needsUtf8Between(task);
+  if (readsMail)
+    add(std::make_unique<MailStage>(task.source, task.invalid));
+  else if (isInTwoSteps)
+    addReadingEngine();
+  for (const auto& makeChange : task.changes) add(makeChange(task));
+  if (hasLineEndsOfItsOwn(task)) addLineEndEngine();
+  addWritingEngine(isInTwoSteps);
+  if (hasPlanes(task.target)) add(std::make_unique<PlaneWritingStage>());
+  between_.resize(stages_.size());
+}
+
+EngineTask& Pipeline::newEngineTask() {
+  engineTasks_.push_back(std::make_unique<EngineTask>());
+  EngineTask& engine = *engineTasks_.back();
+  engine.source = task_.source;
+  engine.target = task_.target;
+  engine.invalid = task_.invalid;
+  engine.unmappable = task_.unmappable;
+  engine.lookAlikes = task_.lookAlikes;
+  engine.keepsMark = task_.keepsMark;
+  return engine;
+}
+
+// What it cannot write are codes that stand for no character: the options say what is written
+// in their place.
+void Pipeline::addReadingEngine() {
+  EngineTask& engine = newEngineTask();
+  engine.target = utf8ShownAs(task_.target.display);
+  engine.options.narrowReplacement = task_.options.narrowReplacement;
+  engine.options.wideReplacement = task_.options.wideReplacement;
+  engine.options.replaceUnmappable = task_.options.replaceUnmappable;
+  engine.tellsOrigins = true;
+  add(std::make_unique<EngineStage>(engine));
+}
+
+// From UTF-8 to UTF-8. What is written behind it leaves the line ends as they are.
+void Pipeline::addLineEndEngine() {
+  EngineTask& engine = newEngineTask();
+  engine.source = engine.target = utf8ShownAs(task_.source.display);
+  engine.options.convertNewlines = task_.options.convertNewlines;
+  engine.options.newlineForm = task_.options.newlineForm;
+  engine.isWellFormed = true;
+  engine.keepsMark = true;
+  engine.tellsOrigins = true;
+  add(std::make_unique<EngineStage>(engine));
+}
+
+// Of a text in UTF-8 that another engine has made everything is text, a mark in front of it, too.
+void Pipeline::addWritingEngine(bool readsUtf8) {
+  EngineTask& engine = newEngineTask();
+  engine.options = task_.options;
+  if (hasLineEndsOfItsOwn(task_)) engine.options.convertNewlines = 0;
+  engine.language = task_.language;
+  engine.tellsOrigins = hasPlanes(task_.target);
+  if (readsUtf8) {
+    engine.source = utf8ShownAs(task_.source.display);
+    engine.isWellFormed = true;
+    engine.keepsMark = task_.keepsMark || !isMail(task_.source.kind);
+  }
+  add(std::make_unique<EngineStage>(engine));
+}
+
+void Pipeline::add(std::unique_ptr<Stage> stage) {
+  if (!stages_.empty()) stage->follow(*stages_.back());
+  stages_.push_back(std::move(stage));
+}
+
+// What stands in front of a problem goes on to the end. A problem that a later stage finds in it
+// comes before the first one in the text.
+bool Pipeline::take(const uint8_t* bytes, size_t size, PieceEnd end, ByteBuffer& out) {
+  for (size_t i = 0; i < stages_.size(); ++i) {
+    const bool isLast = i + 1 == stages_.size();
+    ByteBuffer& made = isLast ? out : between_[i];
+    if (!isLast) made.clear();
+    if (size == 0 && end == PieceEnd::kMore) return !problem_;
+    if (!stages_[i]->take(bytes, size, end, made)) {
+      problem_ = stages_[i]->problem();
+      end = PieceEnd::kBrokenOff;
+    }
+    bytes = made.data();
+    size = made.size();
+  }
+  return !problem_;
+}
+
+void Pipeline::restart() {
+  problem_.reset();
+  for (const auto& stage : stages_) stage->restart();
+}
+
+ProblemCounts Pipeline::counts() const {
+  ProblemCounts counts;
+  for (const auto& stage : stages_) counts += stage->counts();
+  return counts;
+}
+
+}  // namespace ksv_kit
