@@ -22,6 +22,14 @@ from collections.abc import Callable, Mapping
 from datetime import datetime, timezone
 from pathlib import Path
 
+# The tests ask the same converters, by the same scripts.
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "tests" / "repertoire"))
+import iconv_reference  # noqa: E402
+import icu_reference  # noqa: E402
+import perl_reference  # noqa: E402
+import reference_answers  # noqa: E402
+import stateless_codes  # noqa: E402
+
 CHARMAPS = Path("/usr/share/i18n/charmaps")
 CHARMAP_LINE = re.compile(
     r"^(?:%IRREVERSIBLE%)?<U([0-9A-F]+)>\s+((?:/x[0-9a-f]{2})+)(?:\s|$)")
@@ -42,7 +50,7 @@ class Witness:
 
 @dataclasses.dataclass(frozen=True)
 class FactFile:
-    """One file under facts/; the source is a charmap, or "python:" and a codec."""
+    """One file under facts/; the source is a charmap, or the kind of another and a name in it."""
 
     name: str
     title: str
@@ -51,6 +59,7 @@ class FactFile:
     select: Callable[[bytes], int | None]
     expected_count: int
     witnesses: list[Witness]
+    is_taken: Callable[[int, int], bool] = lambda code, character: True
 
 
 def read_charmap(name: str) -> list[tuple[bytes, int]]:
@@ -94,18 +103,48 @@ def decode_one(codec: str, sequence: bytes) -> int | None:
     return ord(text) if len(text) == 1 else None
 
 
+def read_converter(decode: reference_answers.Decoder, shape: str) -> list[tuple[bytes, int]]:
+    """Returns the sequences of a shape that are one character of a converter."""
+    return [(sequence, ord(text))
+            for sequence in reference_answers.candidates(shape, lambda code: bool(decode(code)))
+            if len(text := decode(sequence) or "") == 1]
+
+
+def ebcdic(decode: reference_answers.Decoder) -> reference_answers.Decoder:
+    """A converter of EBCDIC with shifts, as one of codes that need none."""
+    return stateless_codes.reshaped("ebcdic", decode, lambda character: None)[0]
+
+
+# The kinds of sources beside charmaps: how one is read, and what its header line says.
+SOURCES: dict[str, tuple[Callable[[str], list[tuple[bytes, int]]], str]] = {
+    "python": (lambda name: read_codec(name), "Python {python}, codec {name}"),
+    "iconv": (lambda name: read_converter(ebcdic(iconv_reference.decoder(name)), "ebcdic"),
+              "iconv {name}, Debian package libc6 {libc6} (glibc)"),
+    "icu": (lambda name: read_converter(icu_reference.decoder(name), "planes"),
+            "ICU {icu}, converter {name}"),
+    "perl": (lambda name: read_converter(perl_reference.decoder(name), "pairs"),
+             "Perl {perl}, encoding {name} of its module Encode"),
+}
+
+
+def titled(kind: str, name: str) -> str:
+    """What a header says of a source that is no charmap."""
+    versions = {"python": sys.version.split()[0], "icu": icu_reference.Icu().version}
+    versions |= {package: package_version(package) for package in ("libc6", "perl")}
+    return SOURCES[kind][1].format(name=name, **versions)
+
+
 def read_source(source: str) -> list[tuple[bytes, int]]:
     """Returns the byte sequences and characters of a source."""
-    if source.startswith("python:"):
-        return read_codec(source.removeprefix("python:"))
-    return read_charmap(source)
+    kind, separator, name = source.partition(":")
+    return SOURCES[kind][0](name) if separator else read_charmap(source)
 
 
 def describe_source(source: str) -> list[str]:
     """The header lines that say where the codes are from."""
-    if source.startswith("python:"):
-        version = sys.version.split()[0]
-        return [f"origin: Python {version}, codec {source.removeprefix('python:')}"]
+    kind, separator, name = source.partition(":")
+    if separator:
+        return [f"origin: {titled(kind, name)}"]
     charmap = CHARMAPS / f"{source}.gz"
     return [
         f"origin: {charmap}, Debian package locales {package_version('locales')} (glibc)",
@@ -172,8 +211,15 @@ def python_codec(codec: str, to_bytes: Callable[[int], bytes],
     def decode(code: int) -> int | None:
         return decode_one(codec, to_bytes(code))
 
-    version = sys.version.split()[0]
-    return Witness(f"Python {version}, codec {codec}", decode, differences)
+    return Witness(titled("python", codec), decode, differences)
+
+
+def other_source(source: str, to_bytes: Callable[[int], bytes],
+                 differences: Mapping[int, str] | None = None) -> Witness:
+    """A converter other than Python's."""
+    entries = dict(read_source(source))
+    return Witness(titled(*source.split(":")), lambda code: entries.get(to_bytes(code)),
+                   differences or {})
 
 
 def other_charmap(name: str, to_bytes: Callable[[int], bytes],
@@ -254,6 +300,23 @@ ONE_BYTE_SETS = [
     ("koi8-r", "KOI8-R", "koi8_r", 256),
     ("koi8-u", "KOI8-U", "koi8_u", 256),
     ("ibm866", "IBM866", "cp866", 256),
+    ("ibm437", "IBM437", "cp437", 256),
+    ("ibm737", "CP737", "cp737", 256),
+    ("ibm775", "CP775", "cp775", 256),
+    ("ibm850", "IBM850", "cp850", 256),
+    ("ibm852", "IBM852", "cp852", 256),
+    ("ibm855", "IBM855", "cp855", 256),
+    ("ibm857", "IBM857", "cp857", 253),
+    ("ibm00858", "IBM858", "cp858", 256),
+    ("ibm860", "IBM860", "cp860", 256),
+    ("ibm861", "IBM861", "cp861", 256),
+    ("ibm862", "IBM862", "cp862", 256),
+    ("ibm863", "IBM863", "cp863", 256),
+    ("ibm864", "IBM864", "cp864", 250),
+    ("ibm865", "IBM865", "cp865", 256),
+    ("ibm869", "IBM869", "cp869", 247),
+    ("ibm037", "IBM037", "cp037", 256),
+    ("ibm500", "IBM500", "cp500", 256),
 ]
 
 
@@ -296,6 +359,100 @@ def two_byte_files() -> list[FactFile]:
         FactFile("gb18030_two_byte.txt", "GB18030, byte pairs", "GB18030",
                  ["The byte pairs, with the characters of the latest edition."], pair_code, 23940,
                  [python_codec("gb18030", pair, later)]),
+        FactFile("johab.txt", "Johab", "JOHAB", ["The byte pairs."], pair_code, 17049,
+                 [python_codec("johab", pair, {0xD9E8: "KS X 1001 got it in 2002"}),
+                  other_source("perl:johab", pair, {0xD9E8: "KS X 1001 got it in 2002"})]),
+    ]
+
+
+def plane_code(sequence: bytes) -> int | None:
+    """Selects what stands for a plane of CNS 11643 and a pair: four bytes, or a pair of plane 1."""
+    if len(sequence) == 2:
+        return 0x8EA10000 + int.from_bytes(sequence, "big")
+    return int.from_bytes(sequence, "big") if len(sequence) == 4 else None
+
+
+def euc_tw_bytes(code: int) -> bytes:
+    """The shortest bytes of a code of four."""
+    return (code if code >> 16 != 0x8EA1 else code & 0xFFFF).to_bytes(
+        2 if code >> 16 == 0x8EA1 else 4, "big")
+
+
+# What the C library's EUC-TW and ICU's, which has the planes as they were in 2007, read otherwise.
+CNS_DIFFERENCES = {
+    **{0x8EA10000 + pair: "a sign of plane 1 of which there are two that look alike" for pair in (
+        0xA1A6, 0xA1B6, 0xA1B8, 0xA1B9, 0xA1EA, 0xA1EB, 0xA2C2, 0xA2C3, 0xA2D3, 0xA2D4, 0xA2DD,
+        0xA2DE, 0xA4BF)},
+    **{code: "the character moved to another code in 2007" for code in (
+        0x8EA3E4DF, 0x8EA3E4ED, 0x8EA3E5C2, 0x8EA3E5CC, 0x8EA3E5DB, 0x8EA3E6B1, 0x8EA3E6F0,
+        0x8EA3E6F7, 0x8EA4A6A5, 0x8EAFA8F2)},
+    **{code: "another character since 2007" for code in (
+        0x8EA4A4EC, 0x8EA4A6B9, 0x8EA4C2FA, 0x8EA4E8CF, 0x8EA5EFD4)},
+}
+
+
+def is_private(character: int) -> bool:
+    """Whether it is of a private use area."""
+    return 0xE000 <= character <= 0xF8FF or character >= 0xF0000
+
+
+def euc_tw_files() -> list[FactFile]:
+    """The file of the C library's EUC-TW, and that of what it lacks."""
+    known = {plane_code(sequence): character for sequence, character in read_charmap("EUC-TW")}
+    characters = set(known.values())
+    return [
+        FactFile("cns_11643.txt", "CNS 11643, as EUC-TW has it in four bytes", "EUC-TW",
+                 ["All planes. Codes of plane 1, which are written as pairs, have 8EA1 in front."],
+                 lambda sequence: plane_code(sequence) if len(sequence) == 4 else None, 55442,
+                 [other_source("icu:EUC-TW", euc_tw_bytes, CNS_DIFFERENCES)]),
+        FactFile("cns_11643_later.txt", "CNS 11643, what the C library's EUC-TW lacks",
+                 "icu:EUC-TW",
+                 ["Codes without a character in the C library's EUC-TW: radicals, kana, phonetic",
+                  "letters, the euro, and plane 13. Not taken are private use characters (all of",
+                  "plane 12, some of planes 1 and 13), and characters that stand at another code."],
+                 plane_code, 567, [],
+                 lambda code, character: code not in known and character not in characters
+                 and not is_private(character)),
+    ]
+
+
+def mac_files() -> list[FactFile]:
+    """The two-byte charsets of the Macintosh."""
+    taken = ["Single bytes and byte pairs that have one character. Those of several are described",
+             "where the set is (rules/subsets)."]
+    return [FactFile(f"{name}.txt", name, f"perl:{encoding}", taken,
+                     lambda sequence: int.from_bytes(sequence, "big"), count, [])
+            for name, encoding, count in (("x-mac-japanese", "MacJapanese", 7331),
+                                          ("x-mac-chinesetrad", "MacChineseTrad", 13571),
+                                          ("x-mac-chinesesimp", "MacChineseSimp", 7603))]
+
+
+def ebcdic_pair(sequence: bytes) -> int | None:
+    """Selects the pairs of EBCDIC."""
+    return int.from_bytes(sequence[1:], "big") if len(sequence) == 3 else None
+
+
+def ebcdic_files() -> list[FactFile]:
+    """The one-byte and the two-byte sets of Japanese EBCDIC."""
+    def icu(name: str, to_bytes: Callable[[int], bytes]) -> Witness:
+        entries = dict(read_converter(ebcdic(icu_reference.decoder(name)), "ebcdic"))
+        return Witness(titled("icu", name), lambda code: entries.get(to_bytes(code)), {})
+
+    def three(code: int) -> bytes:
+        return stateless_codes.PAIR_LEAD + pair(code)
+
+    return [
+        FactFile("ibm_290.txt", "EBCDIC Japanese, one byte, katakana first", "iconv:IBM930",
+                 ["The single bytes."], one_byte_code, 226, [icu("ibm-930", single_byte)]),
+        FactFile("ibm_1027.txt", "EBCDIC Japanese, one byte, Latin first", "iconv:IBM939",
+                 ["The single bytes."], one_byte_code, 226, [icu("ibm-939", single_byte)]),
+        FactFile("ibm_300.txt", "EBCDIC Japanese, two bytes", "iconv:IBM930",
+                 ["The byte pairs; those of IBM939 are the same."], ebcdic_pair, 11635,
+                 [icu("ibm-930", three), icu("ibm-939", three)]),
+        FactFile("ibm_16684.txt", "EBCDIC Japanese, two bytes, with JIS X 0213", "iconv:IBM1390",
+                 ["The byte pairs; those of IBM1399 are the same. 25 that stand for two characters",
+                  "each (ECB5 to ECCD) are not here."], ebcdic_pair, 22077,
+                 [icu("ibm-1390", three), icu("ibm-1399", three)]),
     ]
 
 
@@ -363,6 +520,23 @@ def one_byte_files() -> list[FactFile]:
                  ["All bytes that have a character."], one_byte_code, 225,
                  [other_charmap("TIS-620", single_byte, {
                      code: no_control for code in (0x80, 0x85, *range(0x91, 0x98), 0xA0)})]),
+        FactFile("ibm273.txt", "IBM273", "IBM273", ["All bytes."], one_byte_code, 256,
+                 [other_source("icu:ibm-273", single_byte),
+                  python_codec("cp273", single_byte, {
+                      0xBC: "U+00AF, which two of three have, is the macron of ISO 8859-1"})]),
+        FactFile("ibm1047.txt", "IBM1047", "IBM1047",
+                 ["All bytes. 15 is U+0085 and 25 U+000A, as in the other sets of EBCDIC."],
+                 one_byte_code, 256,
+                 [other_source("icu:ibm-1047", single_byte),
+                  other_source("perl:cp1047", single_byte, {
+                      0x15: "as Unix System Services has the two line ends",
+                      0x25: "as Unix System Services has the two line ends"})]),
+        FactFile("ibm01140.txt", "IBM01140", "python:cp1140", ["All bytes."], one_byte_code, 256,
+                 [other_charmap("IBM037", single_byte, {0x9F: "the euro is what this set is for"}),
+                  other_source("icu:ibm-1140", single_byte)]),
+        FactFile("viscii.txt", "VISCII", "VISCII",
+                 ["All bytes. Six controls (02, 05, 06, 14, 19, 1E) are letters."],
+                 one_byte_code, 256, [other_source("perl:viscii", single_byte)]),
         FactFile("macintosh.txt", "macintosh", "python:mac_roman",
                  ["All bytes."], one_byte_code, 256,
                  [other_charmap("MACINTOSH", single_byte, {
@@ -430,7 +604,7 @@ def extract(facts: FactFile) -> CodeMap:
     mapping: CodeMap = {}
     for sequence, character in read_source(facts.source):
         code = facts.select(sequence)
-        if code is None:
+        if code is None or not facts.is_taken(code, character):
             continue
         if code in mapping:
             sys.exit(f"{facts.name}: code {code:04X} appears twice in {facts.source}")
@@ -514,10 +688,15 @@ def main() -> None:
     parser.add_argument("--directory", type=Path, default=Path(__file__).parent / "facts")
     parser.add_argument("--date", default=datetime.now(timezone.utc).strftime("%Y-%m-%d"),
                         help="the date that the headers name")
+    parser.add_argument("--only", nargs="+", metavar="FILE", help="these and no others")
     arguments = parser.parse_args()
-    for facts in fact_files() + one_byte_files() + two_byte_files():
+    for facts in (fact_files() + one_byte_files() + two_byte_files() + euc_tw_files()
+                  + ebcdic_files() + mac_files()):
+        if arguments.only and facts.name not in arguments.only:
+            continue
         write_facts(facts, arguments.directory, arguments.date)
-    write_four_byte_facts(arguments.directory, arguments.date)
+    if not arguments.only:
+        write_four_byte_facts(arguments.directory, arguments.date)
 
 
 if __name__ == "__main__":

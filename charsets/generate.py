@@ -149,6 +149,16 @@ def without(pairs: Iterable[Pair], ranges: list[str]) -> Iterator[Pair]:
             yield code, character
 
 
+def limited(pairs: Iterable[Pair], ranges: list[str]) -> Iterator[Pair]:
+    """The lines whose codes have each byte in its range, the most significant first."""
+    bounds = [parse_range(text) for text in ranges]
+    for code, character in pairs:
+        if code < 1 << 8 * len(bounds) and all(
+                low <= byte <= high
+                for byte, (low, high) in zip(code.to_bytes(len(bounds), "big"), bounds)):
+            yield code, character
+
+
 def read_facts(path: Path) -> list[str]:
     """The lines of a fact file, which stand behind a header of # lines and an empty line."""
     header, separator, body = path.read_text(encoding="utf-8").partition("\n\n")
@@ -231,7 +241,8 @@ class Descriptions:
     def _source_pairs(self, source: dict[str, Any]) -> Iterable[Pair]:
         """The lines of one source as they stand there."""
         if "facts" in source:
-            return map(parse_pair, read_facts(self._root / "facts" / source["facts"]))
+            lines = map(parse_pair, read_facts(self._root / "facts" / source["facts"]))
+            return limited(lines, source["bytes"]) if "bytes" in source else lines
         if "ranges" in source:
             return self._ranges(source)
         if "pairs" in source:

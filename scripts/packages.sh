@@ -7,7 +7,7 @@ readonly build_packages=(g++ cmake ninja-build python3 libcli11-dev nlohmann-jso
 readonly test_packages=(
   "${build_packages[@]}" git
   libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
-  clang libclang-rt-14-dev locales unicode-data
+  clang libclang-rt-14-dev locales perl unicode-data
   doxygen strace
   mandoc zsh fish
 )

@@ -6,6 +6,7 @@
 #include "kit/convert/iso_2022_planes.h"
 #include "kit/convert/iso_2022_shifts.h"
 #include "kit/convert/mail_stage.h"
+#include "kit/text/resynchronisation.h"
 
 namespace ksv_kit {
 namespace {
@@ -29,12 +30,34 @@ std::string convertedSample(const char* source, std::string_view text, const std
   return {reinterpret_cast<const char*>(output), static_cast<size_t>(record.outputPosition)};
 }
 
+// Whether a charset has letters and other controls at codes that are control codes in ASCII. The
+// engine writes such a code as it is where the target lacks its character: a NEL of EBCDIC would
+// become a NAK, a letter of VISCII an STX.
+bool hasOtherControls(const CharsetChoice& charset) {
+  constexpr std::string_view kControls = "\x02\x04\x05\x06\x15";
+  const bool hasBytes = charset.form == UnicodeForm::kNone && unitSize(charset) == 1;
+  if (!hasBytes || charset.kind != CharsetKind::kCharset) return false;
+  const std::string read = convertedSample(charset.name.c_str(), kControls, "utf-8");
+  return !read.empty() && read != kControls;
+}
+
+bool readsOtherControls(const ConversionTask& task) {
+  const bool matters = task.target.form == UnicodeForm::kNone || task.options.convertNewlines != 0;
+  return matters && hasOtherControls(task.source);
+}
+
+// The engine looks for line ends, and writes them, by their codes in ASCII.
+bool hasLineEndsOfItsOwn(const ConversionTask& task) {
+  return task.options.convertNewlines != 0 && hasOtherControls(task.target);
+}
+
 // A character goes from a set of the source to the same set of the target with its
 // code as it is. Half-width katakana in mail have other codes of that set than all
 // other texts, and OASYS_ONLINE can read JIS X 0201, but not write it.
 bool needsUtf8Between(const ConversionTask& task) {
+  if (hasLineEndsOfItsOwn(task)) return true;
   if (task.source.form != UnicodeForm::kNone) return false;
-  if (task.target.name == "oasys_online") return true;
+  if (task.target.name == "oasys_online" || readsOtherControls(task)) return true;
   if (task.source.kind != CharsetKind::kIso2022) return false;
   const std::string direct = convertedSample(task.source.name.c_str(), "\x1B(I1", task.target.name);
   return !direct.empty() && direct != convertedSample("utf-8", "ｱ", task.target.name);
@@ -65,6 +88,7 @@ Pipeline::Pipeline(const ConversionTask& task) : task_(task) {
   else if (isInTwoSteps)
     addReadingEngine();
   for (const auto& makeChange : task.changes) add(makeChange(task));
+  if (hasLineEndsOfItsOwn(task)) addLineEndEngine();
   addWritingEngine(isInTwoSteps);
   if (hasPlanes(task.target)) add(std::make_unique<PlaneWritingStage>());
   between_.resize(stages_.size());
@@ -94,10 +118,23 @@ void Pipeline::addReadingEngine() {
   add(std::make_unique<EngineStage>(engine));
 }
 
+// From UTF-8 to UTF-8. What is written behind it leaves the line ends as they are.
+void Pipeline::addLineEndEngine() {
+  EngineTask& engine = newEngineTask();
+  engine.source = engine.target = utf8ShownAs(task_.source.display);
+  engine.options.convertNewlines = task_.options.convertNewlines;
+  engine.options.newlineForm = task_.options.newlineForm;
+  engine.isWellFormed = true;
+  engine.keepsMark = true;
+  engine.tellsOrigins = true;
+  add(std::make_unique<EngineStage>(engine));
+}
+
 // Of a text in UTF-8 that another engine has made everything is text, a mark in front of it, too.
 void Pipeline::addWritingEngine(bool readsUtf8) {
   EngineTask& engine = newEngineTask();
   engine.options = task_.options;
+  if (hasLineEndsOfItsOwn(task_)) engine.options.convertNewlines = 0;
   engine.language = task_.language;
   engine.tellsOrigins = task_.tellsOrigins || hasPlanes(task_.target);
   if (readsUtf8) {

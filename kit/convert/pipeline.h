@@ -52,6 +52,7 @@ class Pipeline {
  private:
   EngineTask& newEngineTask();
   void addReadingEngine();
+  void addLineEndEngine();
   void addWritingEngine(bool readsUtf8);
   void add(std::unique_ptr<Stage> stage);
 

@@ -18,6 +18,9 @@ bool isNoTrail(uint8_t) { return false; }
 bool isGbkLead(uint8_t b) { return isBetween(b, 0x81, 0xFE); }
 bool isGbkTrail(uint8_t b) { return isBetween(b, 0x40, 0x7E); }
 bool isKoreanTrail(uint8_t b) { return isBetween(b, 0x41, 0x5A) || isBetween(b, 0x61, 0x7A); }
+bool isJohabLead(uint8_t b) { return isBetween(b, 0x84, 0xD3) || isBetween(b, 0xD8, 0xF9); }
+bool isJohabTrail(uint8_t b) { return isBetween(b, 0x31, 0x7E); }
+bool isMacBig5Lead(uint8_t b) { return isBetween(b, 0xA1, 0xFC); }
 
 // The form of the charsets whose characters have several bytes, by how their names begin.
 struct Form {
@@ -26,6 +29,7 @@ struct Form {
   bool (*isAsciiTrail)(uint8_t);  // a trail below 80
   bool hasThreeBytes = false;     // behind 8F
   bool hasFourBytes = false;
+  bool hasPlanes = false;  // four bytes behind 8E
 };
 constexpr Form kForms[] = {
     {"shift_jis", isShiftJisLead, isShiftJisTrail},
@@ -39,6 +43,13 @@ constexpr Form kForms[] = {
     {"big5-hkscs", isGbkLead, isGbkTrail},
     {"koreanksc", isGbkLead, isKoreanTrail},
     {"euc-kr", isGbkLead, isKoreanTrail},
+    {"johab", isJohabLead, isJohabTrail},
+    {"euc-tw", isEucLead, isNoTrail, false, false, true},
+    {"x-mac-japanese", isShiftJisLead, isShiftJisTrail},
+    {"x-mac-chinesetrad", isMacBig5Lead, isGbkTrail},
+    {"x-mac-chinesesimp", isMacBig5Lead, isNoTrail},
+    {"x-stateless-iso-2022-kr", isEucLead, isNoTrail},
+    {"x-stateless-iso-2022-cn", isEucLead, isNoTrail, false, false, true},
 };
 
 bool isDigit(uint8_t byte) { return isBetween(byte, '0', '9'); }
@@ -51,8 +62,17 @@ size_t fourByteLength(const uint8_t* text, size_t length, bool atEnd) {
   return atEnd ? 1 : 0;
 }
 
+// Bytes of a sequence of four behind 8E, up to one that is no trail.
+size_t planeLength(const uint8_t* text, size_t length, bool atEnd) {
+  constexpr size_t kWhole = 4;
+  size_t count = 1;
+  while (count < length && count < kWhole && text[count] >= 0xA1) ++count;
+  return count == length && count < kWhole && !atEnd ? 0 : count;
+}
+
 size_t lengthIn(const Form& form, const uint8_t* text, size_t length, bool atEnd) {
   if (!form.isLead(text[0])) return 1;
+  if (form.hasPlanes && text[0] == 0x8E) return planeLength(text, length, atEnd);
   if (length == 1) return atEnd ? 1 : 0;
   if (form.hasFourBytes && isDigit(text[1])) return fourByteLength(text, length, atEnd);
   if (isAscii(text[1])) return form.isAsciiTrail(text[1]) ? 2 : 1;

@@ -57,6 +57,31 @@ TEST(BadSequence, leaves_an_ASCII_byte_that_is_no_trail) {
   EXPECT_EQ(badLength("ISO-8859-7", "\xD2z"), 1u);
 }
 
+TEST(BadSequence, knows_the_pairs_of_Johab_and_of_the_Macintosh) {
+  EXPECT_EQ(badLength("Johab", "\x84\x31"), 2u);
+  EXPECT_EQ(badLength("Johab", "\x84\x30"), 1u);
+  EXPECT_EQ(badLength("Johab", "\xD4\x41"), 1u);
+  EXPECT_EQ(badLength("x-mac-japanese", "\x86\x45"), 2u);
+  EXPECT_EQ(badLength("x-mac-chinesetrad", "\xA1\x40"), 2u);
+  EXPECT_EQ(badLength("x-mac-chinesetrad", "\xFD\x40"), 1u);
+  EXPECT_EQ(badLength("x-mac-chinesesimp", "\xA1\x40"), 1u);
+}
+
+TEST(BadSequence, takes_four_bytes_behind_8E_where_that_leads_a_plane) {
+  EXPECT_EQ(badLength("EUC-TW", "\x8E\xB0\xA1\xA1"), 4u);
+  EXPECT_EQ(badLength("EUC-TW",
+                      "\x8E\xA2\xA1"
+                      "A"),
+            3u);
+  EXPECT_EQ(badLength("EUC-TW",
+                      "\x8E"
+                      "A"),
+            1u);
+  EXPECT_EQ(badLength("EUC-TW", "\x8E\xA2\xA1", false), 0u);
+  EXPECT_EQ(badLength("EUC-TW", "\x8E\xA2\xA1", true), 3u);
+  EXPECT_EQ(badLength("EUC-TW", "\xA9\xFF"), 2u);
+}
+
 TEST(BadSequence, takes_a_pair_that_the_charset_lacks_as_a_whole) {
   EXPECT_EQ(badLength("Shift_JIS", "\x87@"), 2u);
   EXPECT_EQ(badLength("ChineseBIG5", "\xC8@"), 2u);

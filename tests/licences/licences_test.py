@@ -22,7 +22,10 @@ import toml_subset  # noqa: E402
 IDENTIFIER = "SPDX-License-Identifier"
 LICENCES = PROJECT / "LICENSES"
 FACTS = PROJECT / "charsets" / "facts"
-SOURCES = {"glibc": r"/usr/share/i18n/charmaps/\S+\.gz, Debian package locales (\S+) \(glibc\)",
+SOURCES = {"glibc": r"(?:/usr/share/i18n/charmaps/\S+\.gz, Debian package locales"
+                    r"|iconv \S+, Debian package libc6) (\S+) \(glibc\)",
+           "ICU": r"ICU (\S+), converter \S+",
+           "Perl": r"Perl (\S+), encoding \S+ of its module Encode",
            "Python": r"Python (\S+), codec \S+"}
 
 

@@ -22,10 +22,10 @@ Repertoire exploreLibrary(const std::string& charset, Shape shape = Shape::kPair
 }
 
 Repertoire exploreReference(const Reference& reference, Shape shape) {
-  if (reference.kind == "python") {
-    return readRepertoire(
-        std::filesystem::path(REPERTOIRE_BINARY_DIRECTORY) / ("python_" + reference.name + ".txt"),
-        shape);
+  if (reference.kind != "iconv" || isStateless(shape)) {
+    return readRepertoire(std::filesystem::path(REPERTOIRE_BINARY_DIRECTORY) /
+                              (reference.kind + '_' + reference.name + ".txt"),
+                          shape);
   }
   return explore(*iconvCodec(reference.name), shape);
 }

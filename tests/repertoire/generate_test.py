@@ -179,6 +179,17 @@ class GenerateTest(unittest.TestCase):
         result = self.run_generator()
         self.assertIn("do not have the sha256", result.stderr)
 
+    def test_takes_the_facts_whose_bytes_are_in_range_and_moves_their_codes(self) -> None:
+        lines = "A1A1 3000\nA140 4E00\n41A1 4E01\nA2FE 4E02\n8EA1A1A1 4E03\n"
+        self.describe("facts/some.txt",
+                      f"# sha256: {hashlib.sha256(lines.encode()).hexdigest()}\n\n{lines}")
+        self.describe("rules/subsets/pairs.toml",
+                      'name = "Pairs"\nwidth = 2\nlanguage = ""\ntable = [{ facts = "some.txt", '
+                      'bytes = ["A1-A2", "A1-FE"], add = "-8080" }]\n')
+        self.charset("Example", ["pairs"])
+        self.assertEqual(self.run_generator().returncode, 0)
+        self.assertEqual(self.pairs("pairs"), ["2121 3000", "227E 4E02"])
+
 
 class GenerateSjisTest(unittest.TestCase):
     """The library's own mapping, from sets of a few codes."""

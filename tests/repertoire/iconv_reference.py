@@ -10,6 +10,7 @@ import ctypes
 from itertools import chain
 
 import reference_answers
+import stateless_codes
 
 LIBRARY = ctypes.CDLL(None, use_errno=True)
 FAILED = ctypes.c_size_t(-1).value
@@ -95,12 +96,13 @@ def block_tester(charset: str) -> reference_answers.WritesAny:
 def main() -> None:
     """Writes one file."""
     arguments = reference_answers.arguments(__doc__).parse_args()
+    decode, encode = stateless_codes.reshaped(arguments.shape, decoder(arguments.codec),
+                                              encoder(arguments.codec))
     codes = (() if arguments.shape == "unicode" else
-             reference_answers.decoded(decoder(arguments.codec), arguments.shape))
+             reference_answers.decoded(decode, arguments.shape))
     reference_answers.write(
         arguments.output,
-        chain(codes, reference_answers.encoded(encoder(arguments.codec),
-                                               block_tester(arguments.codec))))
+        chain(codes, reference_answers.encoded(encode, block_tester(arguments.codec))))
 
 
 if __name__ == "__main__":

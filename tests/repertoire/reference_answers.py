@@ -38,7 +38,13 @@ LONGER: dict[str, list[list[bytes]]] = {
     "pairs": [],
     "euc": [[b"\x8f"], ALL, ALL],
     "four": [byte_range(0x81, 0xFE), byte_range(0x30, 0x39)] * 2,
+    "planes": [[b"\x8e"], byte_range(0xA1, 0xB0), *[byte_range(0xA1, 0xFE)] * 2],
+    "ebcdic": [[b"\xfe"], ALL, ALL],
+    "korean": [],
+    "chinese": [[b"\x8e"], byte_range(0xA1, 0xA2), *[byte_range(0xA1, 0xFE)] * 2],
 }
+# Shapes whose codes are not one byte or two.
+WITHOUT_PAIRS = ("bytes", "ebcdic")
 
 
 def candidates(shape: str, is_code: Callable[[bytes], bool]) -> Iterator[bytes]:
@@ -52,7 +58,7 @@ def candidates(shape: str, is_code: Callable[[bytes], bool]) -> Iterator[bytes]:
         return
     for first in ALL:
         yield first
-        if shape != "bytes" and not is_code(first):
+        if shape not in WITHOUT_PAIRS and not is_code(first):
             yield from (first + second for second in ALL)
     if LONGER[shape]:
         yield from map(b"".join, product(*LONGER[shape]))

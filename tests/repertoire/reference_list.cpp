@@ -10,8 +10,10 @@ namespace {
 
 Shape shapeNamed(const std::string& name) {
   static const std::map<std::string, Shape> kShapes = {
-      {"bytes", Shape::kBytes}, {"pairs", Shape::kPairs}, {"euc", Shape::kEuc},
-      {"four", Shape::kFour},   {"fixed", Shape::kFixed}, {"escapes", Shape::kEscapes}};
+      {"bytes", Shape::kBytes},    {"pairs", Shape::kPairs},     {"euc", Shape::kEuc},
+      {"four", Shape::kFour},      {"planes", Shape::kPlanes},   {"fixed", Shape::kFixed},
+      {"ebcdic", Shape::kEbcdic},  {"escapes", Shape::kEscapes}, {"korean", Shape::kKorean},
+      {"chinese", Shape::kChinese}};
   return kShapes.at(name);
 }
 

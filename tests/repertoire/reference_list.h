@@ -10,7 +10,7 @@
 namespace repertoire {
 
 struct Reference {
-  std::string kind;  // "iconv" or "python"
+  std::string kind;  // "iconv", "icu", "perl" or "python"
   std::string name;
 };
 

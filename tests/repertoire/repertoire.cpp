@@ -133,6 +133,10 @@ std::vector<std::vector<Bytes>> longerSequences(Shape shape) {
   const std::vector<Bytes> digits = byteRange(0x30, 0x39);
   if (shape == Shape::kEuc) return {{"\x8F"}, allBytes(), allBytes()};
   if (shape == Shape::kFour) return {high, digits, high, digits};
+  const std::vector<Bytes> graphic = byteRange(0xA1, 0xFE);
+  if (shape == Shape::kPlanes) return {{"\x8E"}, byteRange(0xA1, 0xB0), graphic, graphic};
+  if (shape == Shape::kChinese) return {{"\x8E"}, byteRange(0xA1, 0xA2), graphic, graphic};
+  if (shape == Shape::kEbcdic) return {{"\xFE"}, allBytes(), allBytes()};
   return {};
 }
 
@@ -152,8 +156,9 @@ void forEachCandidate(Shape shape, const std::function<bool(const Bytes&)>& isCo
     forEachProduct({{"\x1B$B", "\x1B$@", "\x1B$(Q", "\x1B$(P"}, graphic, graphic}, 0, {}, take);
     return;
   }
+  const bool hasPairs = shape != Shape::kBytes && shape != Shape::kEbcdic;
   for (const Bytes& first : allBytes()) {
-    if (isCode(first) || shape == Shape::kBytes) continue;
+    if (isCode(first) || !hasPairs) continue;
     for (const Bytes& second : allBytes()) isCode(first + second);
   }
   const auto longer = longerSequences(shape);
@@ -169,6 +174,10 @@ Bytes withItsEscape(const Bytes& text) {
 }
 
 }  // namespace
+
+bool isStateless(Shape shape) {
+  return shape == Shape::kEbcdic || shape == Shape::kKorean || shape == Shape::kChinese;
+}
 
 Repertoire explore(Codec& codec, Shape shape) {
   Repertoire repertoire;

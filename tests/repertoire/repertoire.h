@@ -58,7 +58,21 @@ struct Repertoire {
 };
 
 // How the codes of a charset look, as references.txt has it.
-enum class Shape { kBytes, kPairs, kEuc, kFour, kFixed, kEscapes };
+enum class Shape {
+  kBytes,
+  kPairs,
+  kEuc,
+  kFour,
+  kPlanes,
+  kFixed,
+  kEscapes,
+  kEbcdic,
+  kKorean,
+  kChinese
+};
+
+// Whether others have shifts around the codes, so that only the scripts can ask them.
+bool isStateless(Shape shape);
 
 // Tries all byte sequences of a shape, and all characters. Codes of kEscapes stand with the
 // escape sequence of their set.
