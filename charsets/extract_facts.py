@@ -529,8 +529,8 @@ def one_byte_files() -> list[FactFile]:
                  one_byte_code, 256,
                  [other_source("icu:ibm-1047", single_byte),
                   other_source("perl:cp1047", single_byte, {
-                      0x15: "as Unix System Services has the two line ends",
-                      0x25: "as Unix System Services has the two line ends"})]),
+                      0x15: "for systems whose files have lines that end in 15",
+                      0x25: "for systems whose files have lines that end in 15"})]),
         FactFile("ibm01140.txt", "IBM01140", "python:cp1140", ["All bytes."], one_byte_code, 256,
                  [other_charmap("IBM037", single_byte, {0x9F: "the euro is what this set is for"}),
                   other_source("icu:ibm-1140", single_byte)]),

@@ -37,7 +37,7 @@ bool hasLineFeed(std::span<const uint8_t> bytes) {
   return std::find(bytes.begin(), bytes.end(), '\n') != bytes.end();
 }
 
-class Reader : public UnitFilter {
+class ChineseReader : public UnitFilter {
  private:
   Unit take(Bytes bytes) override {
     const uint8_t first = bytes[0];
@@ -112,7 +112,7 @@ class Reader : public UnitFilter {
   bool isShifted_ = false;
 };
 
-class Writer : public UnitFilter {
+class ChineseWriter : public UnitFilter {
  private:
   Unit take(Bytes bytes) override {
     if (bytes[0] == kPlaneLead) return takePlane(bytes);
@@ -185,7 +185,7 @@ class Writer : public UnitFilter {
 
 }  // namespace
 
-std::unique_ptr<ShiftFilter> chineseReadingFilter() { return std::make_unique<Reader>(); }
-std::unique_ptr<ShiftFilter> chineseWritingFilter() { return std::make_unique<Writer>(); }
+std::unique_ptr<ShiftFilter> chineseReadingFilter() { return std::make_unique<ChineseReader>(); }
+std::unique_ptr<ShiftFilter> chineseWritingFilter() { return std::make_unique<ChineseWriter>(); }
 
 }  // namespace ksv_kit

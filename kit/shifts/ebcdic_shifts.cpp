@@ -7,8 +7,8 @@
 namespace ksv_kit {
 namespace {
 
-constexpr uint8_t kShiftOut = 0x0E;
-constexpr uint8_t kShiftIn = 0x0F;
+constexpr uint8_t kToPairs = 0x0E;
+constexpr uint8_t kToSingles = 0x0F;
 constexpr uint8_t kPairLead = 0xFE;
 constexpr uint8_t kSpace = 0x40;
 
@@ -19,7 +19,7 @@ constexpr bool isPair(uint8_t first, uint8_t second) {
   return first == kSpace ? second == kSpace : isHalf(first) && isHalf(second);
 }
 constexpr bool isSingle(uint8_t byte) {
-  return byte != kShiftOut && byte != kShiftIn && byte != kPairLead;
+  return byte != kToPairs && byte != kToSingles && byte != kPairLead;
 }
 
 size_t singlesAtFront(std::span<const uint8_t> bytes) {
@@ -27,13 +27,13 @@ size_t singlesAtFront(std::span<const uint8_t> bytes) {
   return static_cast<size_t>(end - bytes.begin());
 }
 
-class Reader : public UnitFilter {
+class EbcdicReader : public UnitFilter {
  private:
   // A shift to what holds already says nothing, and a text may end shifted out.
   Unit take(Bytes bytes) override {
     const uint8_t first = bytes[0];
-    if (first == kShiftOut || first == kShiftIn) {
-      isShifted_ = first == kShiftOut;
+    if (first == kToPairs || first == kToSingles) {
+      isShifted_ = first == kToPairs;
       return whole(1);
     }
     return isShifted_ ? takePair(bytes) : takeSingles(bytes);
@@ -58,7 +58,7 @@ class Reader : public UnitFilter {
   bool isShifted_ = false;
 };
 
-class Writer : public UnitFilter {
+class EbcdicWriter : public UnitFilter {
  private:
   Unit take(Bytes bytes) override {
     return bytes[0] == kPairLead ? takePair(bytes) : takeSingles(bytes);
@@ -85,7 +85,7 @@ class Writer : public UnitFilter {
 
   void shift(bool toPairs) {
     if (isShifted_ == toPairs) return;
-    insert({toPairs ? &kShiftOut : &kShiftIn, 1});
+    insert({toPairs ? &kToPairs : &kToSingles, 1});
     isShifted_ = toPairs;
   }
 
@@ -94,7 +94,7 @@ class Writer : public UnitFilter {
 
 }  // namespace
 
-std::unique_ptr<ShiftFilter> ebcdicReadingFilter() { return std::make_unique<Reader>(); }
-std::unique_ptr<ShiftFilter> ebcdicWritingFilter() { return std::make_unique<Writer>(); }
+std::unique_ptr<ShiftFilter> ebcdicReadingFilter() { return std::make_unique<EbcdicReader>(); }
+std::unique_ptr<ShiftFilter> ebcdicWritingFilter() { return std::make_unique<EbcdicWriter>(); }
 
 }  // namespace ksv_kit

@@ -10,7 +10,7 @@ using namespace iso_2022;
 
 constexpr std::string_view kHeader = "\x1B$)C";
 
-class Reader : public UnitFilter {
+class KoreanReader : public UnitFilter {
  private:
   // The header says nothing but that this is Korean, so it may be missing, or stand elsewhere and
   // again, as others read it too.
@@ -54,7 +54,7 @@ class Reader : public UnitFilter {
   bool isShifted_ = false;
 };
 
-class Writer : public UnitFilter {
+class KoreanWriter : public UnitFilter {
  private:
   Unit take(Bytes bytes) override {
     return isHighHalf(bytes[0]) ? takePair(bytes) : takeAscii(bytes);
@@ -98,7 +98,7 @@ class Writer : public UnitFilter {
 
 }  // namespace
 
-std::unique_ptr<ShiftFilter> koreanReadingFilter() { return std::make_unique<Reader>(); }
-std::unique_ptr<ShiftFilter> koreanWritingFilter() { return std::make_unique<Writer>(); }
+std::unique_ptr<ShiftFilter> koreanReadingFilter() { return std::make_unique<KoreanReader>(); }
+std::unique_ptr<ShiftFilter> koreanWritingFilter() { return std::make_unique<KoreanWriter>(); }
 
 }  // namespace ksv_kit
