@@ -33,8 +33,10 @@ elseif(KSV_BUILD_TESTS)
 endif()
 
 # Normalization is the system's own on Windows, and utf8proc's elsewhere. For another Linux machine its
-# archive is linked in, which Debian installs beside that of the building machine.
+# archive is linked in, which Debian installs beside that of the building machine; without one, texts
+# are not normalized there.
 add_library(ksv_normalization_library INTERFACE)
+set(KSV_NORMALIZATION ON)
 if(WIN32)
   target_link_libraries(ksv_normalization_library INTERFACE normaliz)
 elseif(KSV_BUILD_KIT)
@@ -48,9 +50,13 @@ elseif(KSV_BUILD_KIT)
     find_path(KSV_UTF8PROC_HEADERS utf8proc.h)
     target_include_directories(ksv_normalization_library SYSTEM INTERFACE ${KSV_UTF8PROC_HEADERS})
   endif()
-  if(NOT KSV_UTF8PROC)
+  if(KSV_UTF8PROC)
+    target_link_libraries(ksv_normalization_library INTERFACE ${KSV_UTF8PROC})
+  elseif(CMAKE_CROSSCOMPILING)
+    message(STATUS "No utf8proc for the target: texts are not normalized there")
+    set(KSV_NORMALIZATION OFF)
+  else()
     message(FATAL_ERROR "utf8proc is not found, which normalizes text: install its headers and "
-            "library (Debian: libutf8proc-dev, of the target's architecture for a cross build)")
+            "library (Debian: libutf8proc-dev), or build without libksv (-DKSV_BUILD_KIT=OFF)")
   endif()
-  target_link_libraries(ksv_normalization_library INTERFACE ${KSV_UTF8PROC})
 endif()

@@ -596,6 +596,24 @@ def command_seeds():
     return lines
 
 
+# --- Changes of a text: which one, two numbers for the cuts, a profile and the text. ---
+
+def text_change_seeds():
+    def change(kind, text, profile=b"", cuts=b"\1\2"):
+        return bytes([kind]) + cuts + profile + b"\0" + text.encode()
+    marks = "e\u0301か\u3099ｶﾞ\u1112\u1161\u11ab\u212b\ufa19①ﬁ\u0958s\u0307\u0323 plain"
+    widths = "ｶﾞｷｶﾊﾟ｡ガパー ＡＢ～\u3000ab~"
+    profile = (b"name p\ncharset shift_jis\n as windows31j\n read FF5E 301C\n"
+               b" write 2026 2E 2E 2E\n refuse E000-E757 A5\n unread 7F # all\n")
+    seeds = {f"form_{kind}": change(kind, marks) for kind in range(5)}
+    seeds |= {f"widths_{kind}": change(kind, widths) for kind in (6, 7, 8, 11, 14, 22, 31)}
+    seeds["profile"] = change(32, "～…〜\ue000", profile)
+    seeds["profile_mistake"] = change(32, "～", b"name p\ncharset x\nread FF5E\n")
+    seeds["many_marks"] = change(0, "a" + "\u0301\u0323" * 300)
+    seeds["empty"] = b""
+    return seeds
+
+
 def main():
     write("rule_file_fuzzer", rule_file_seeds())
     write("table_text_fuzzer", table_text_seeds())
@@ -608,6 +626,7 @@ def main():
     write("path_fuzzer", path_seeds())
     write("cut_fuzzer", cut_seeds())
     write("log_format_fuzzer", log_format_seeds())
+    write("text_change_fuzzer", text_change_seeds())
     write("command_fuzzer", command_seeds())
 
 

@@ -29,7 +29,7 @@ constexpr KnownName kKnownNames[] = {
 
 constexpr CharsetId kFirstHashedId = 4000;
 
-constexpr char lowered(char c) {
+constexpr char loweredLetter(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
@@ -56,7 +56,7 @@ constexpr Endings kEndings;
 const KnownName* findKnown(std::string_view name) {
   if (!kEndings.haveThatOf(name)) return nullptr;
   const auto found = std::ranges::find_if(kKnownNames, [&](const KnownName& known) {
-    return std::ranges::equal(known.name, name, {}, {}, lowered);
+    return std::ranges::equal(known.name, name, {}, {}, loweredLetter);
   });
   return found == std::end(kKnownNames) ? nullptr : found;
 }
@@ -64,14 +64,14 @@ const KnownName* findKnown(std::string_view name) {
 }  // namespace
 
 void lowerAscii(char* text) {
-  for (; *text != '\0'; ++text) *text = lowered(*text);
+  for (; *text != '\0'; ++text) *text = loweredLetter(*text);
 }
 
 CharsetId idOfName(std::string_view name) {
   if (const KnownName* const known = findKnown(name)) return known->id;
   CharsetId id = kFirstHashedId;
   for (uint32_t position = 1; const char c : name)
-    id += static_cast<unsigned char>(lowered(c)) * position++;
+    id += static_cast<unsigned char>(loweredLetter(c)) * position++;
   return id;
 }
 

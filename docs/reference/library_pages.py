@@ -29,6 +29,8 @@ EXAMPLES = {"ksv_cconv": "conversion", "ksv_cut": "cutting", "ksv_detect": "dete
             "ksv_file": "files", "ksv_log": "log", "ksv_memory": "memory", "ksv_ole": "documents",
             "ksv_path": "paths", "ksv_sjis": "mapping", "ksv_ucs2": "strings",
             "ksv_comm": "conversion"}
+# Headers of another library than most.
+LIBRARIES = {"ksv": "ksv"}
 ITEM = re.compile(r" *(?:-|\d+\.) ")
 
 
@@ -193,9 +195,10 @@ class Manual:
         return page
 
     def _end(self, page: roff.Page) -> None:
-        page.heading("EXAMPLES")
-        example = self._examples / f"{EXAMPLES[page.name]}.c"
-        page.verbatim(example.read_text(encoding="utf-8").splitlines(), indent=0)
+        if page.name in EXAMPLES:
+            page.heading("EXAMPLES")
+            example = self._examples / f"{EXAMPLES[page.name]}.c"
+            page.verbatim(example.read_text(encoding="utf-8").splitlines(), indent=0)
         page.heading("SEE ALSO")
         names = [("ksv_comm", 3)] + [(header.name, 3) for header in self._families] + [("ksv", 1)]
         page.paragraph(",\n".join(f"{roff.bold(name)}({section})" for name, section in names
@@ -226,7 +229,8 @@ class Manual:
         page = self._begin([header.name, *header.functions()], header.summary)
         page.heading("SYNOPSIS")
         page.lines(roff.bold(f"#include <{header.name}.h>"))
-        page.paragraph(f"Link with {roff.bold('-lksv_comm')}, as {roff.bold('ksv_comm')}(3) shows.")
+        library = roff.bold(f"-l{LIBRARIES.get(header.name, 'ksv_comm')}")
+        page.paragraph(f"Link with {library}, as {roff.bold('ksv_comm')}(3) shows.")
         page.heading("DESCRIPTION")
         add_comment(page, header.description)
         for entry in header.entries:

@@ -93,6 +93,9 @@ constexpr ReadOnlyEncoding kReadOnly[] = {
 constexpr std::string_view kMailCharsets[] = {"iso-2022-jp", "cp50220"};
 constexpr std::string_view kWithKana = "-kana";
 
+// How the directory names the codes of an encoding with shifts.
+constexpr std::string_view kStateless = "x-stateless-";
+
 // What other programs take behind the name of a charset.
 struct Suffix {
   const char* text;
@@ -109,7 +112,16 @@ constexpr Suffix kSuffixes[] = {
 CharsetNames::CharsetNames(std::vector<std::string> directoryNames,
                            std::vector<CharsetAlias> aliases)
     : directoryNames_(std::move(directoryNames)), aliases_(std::move(aliases)) {
-  for (std::string& name : directoryNames_) name = lowered(name);
+  for (std::string& name : directoryNames_) {
+    name = lowered(name);
+    if (!name.starts_with(kStateless)) continue;
+    name.erase(0, kStateless.size());
+    withoutShifts_.push_back(name);
+  }
+}
+
+bool CharsetNames::isWithoutShifts(const std::string& lowerName) const {
+  return std::ranges::find(withoutShifts_, lowerName) != withoutShifts_.end();
 }
 
 template <class Visit>
@@ -136,7 +148,13 @@ std::string CharsetNames::displayName(const std::string& lowerName) const {
 }
 
 CharsetChoice CharsetNames::makeChoice(const std::string& lowerName, ByteOrder order) const {
-  return {lowerName, displayName(lowerName), unicodeFormOf(lowerName), order, kindOf(lowerName)};
+  CharsetChoice choice = {lowerName, displayName(lowerName), unicodeFormOf(lowerName), order,
+                          kindOf(lowerName)};
+  if (!isWithoutShifts(lowerName)) return choice;
+  choice.name = std::string(kStateless) + lowerName;
+  choice.kind = CharsetKind::kShifts;
+  choice.shifts = lowerName;
+  return choice;
 }
 
 bool CharsetNames::isNameOf(std::string_view name, const char* charset) const {

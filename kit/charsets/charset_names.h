@@ -17,7 +17,8 @@ enum class CharsetKind {
   kCharset,  // nothing
   kIso2022,  // escape sequences switch between sets
   kUtf7,     // the library reads these two as a whole, and they are no
-  kHz        // charsets of the directory
+  kHz,       // charsets of the directory
+  kShifts    // the directory has its codes without the shifts between them
 };
 
 struct CharsetChoice {
@@ -26,6 +27,7 @@ struct CharsetChoice {
   UnicodeForm form = UnicodeForm::kNone;
   ByteOrder order = ByteOrder::kOpen;  // the one that the name given fixes
   CharsetKind kind = CharsetKind::kCharset;
+  std::string shifts{};  // of kShifts: the encoding, in lower case
 
   // Whether the bytes of a unit have an order at all.
   bool hasByteOrder() const { return form != UnicodeForm::kNone && form != UnicodeForm::kUtf8; }
@@ -81,8 +83,11 @@ class CharsetNames {
   CharsetChoice makeChoice(const std::string& lowerName, ByteOrder order) const;
   bool isNameOf(std::string_view name, const char* charset) const;
 
-  std::vector<std::string> directoryNames_;
-  std::vector<CharsetAlias> aliases_;  // of the directory
+  bool isWithoutShifts(const std::string& lowerName) const;
+
+  std::vector<std::string> directoryNames_;  // those of encodings with shifts as their names are
+  std::vector<std::string> withoutShifts_;   // of these, those that the directory has so
+  std::vector<CharsetAlias> aliases_;        // of the directory
 };
 
 }  // namespace ksv_kit

@@ -6,6 +6,8 @@
 #include "kit/convert/iso_2022_planes.h"
 #include "kit/convert/iso_2022_shifts.h"
 #include "kit/convert/mail_stage.h"
+#include "kit/convert/shift_filter_stage.h"
+#include "kit/shifts/shift_filter.h"
 #include "kit/text/resynchronisation.h"
 
 namespace ksv_kit {
@@ -65,22 +67,39 @@ bool needsUtf8Between(const ConversionTask& task) {
 
 bool isMail(CharsetKind kind) { return kind == CharsetKind::kUtf7 || kind == CharsetKind::kHz; }
 bool hasPlanes(const CharsetChoice& charset) { return charset.name == "iso-2022-jp-2004"; }
+bool hasFilter(const CharsetChoice& charset) { return charset.kind == CharsetKind::kShifts; }
 bool hasShifts(const CharsetChoice& charset) { return charset.name.starts_with("cp50220"); }
 
 CharsetChoice utf8ShownAs(const std::string& display) {
   return {"utf-8", display, UnicodeForm::kUtf8, ByteOrder::kOpen, CharsetKind::kCharset};
 }
 
+// Text of a policy as the engine knows the charset; what it lacks is a question mark.
+std::string statelessText(const CharsetChoice& charset, std::string_view utf8) {
+  EngineTask task;
+  task.source = utf8ShownAs("UTF-8");
+  task.target = charset;
+  task.options.outputBigEndian = 1;
+  task.unmappable = {PolicyKind::kReplace, "?", nullptr};
+  task.isWellFormed = true;
+  EngineStage engine(task);
+  ByteBuffer out;
+  engine.take(reinterpret_cast<const uint8_t*>(utf8.data()), utf8.size(), PieceEnd::kEnd, out);
+  return {reinterpret_cast<const char*>(out.data()), out.size()};
+}
+
 }  // namespace
 
 bool isDirect(const ConversionTask& task) {
   return task.changes.empty() && !isMail(task.source.kind) && !hasPlanes(task.source) &&
-         !hasShifts(task.source) && !hasPlanes(task.target) && !needsUtf8Between(task);
+         !hasShifts(task.source) && !hasFilter(task.source) && !hasFilter(task.target) &&
+         !hasPlanes(task.target) && !needsUtf8Between(task);
 }
 
 Pipeline::Pipeline(const ConversionTask& task) : task_(task) {
   if (hasPlanes(task.source)) add(std::make_unique<PlaneReadingStage>());
   if (hasShifts(task.source)) add(std::make_unique<ShiftStage>());
+  if (hasFilter(task.source)) addReadingFilter();
   const bool readsMail = isMail(task.source.kind);
   const bool isInTwoSteps = readsMail || !task.changes.empty() || needsUtf8Between(task);
   if (readsMail)
@@ -91,6 +110,7 @@ Pipeline::Pipeline(const ConversionTask& task) : task_(task) {
   if (hasLineEndsOfItsOwn(task)) addLineEndEngine();
   addWritingEngine(isInTwoSteps);
   if (hasPlanes(task.target)) add(std::make_unique<PlaneWritingStage>());
+  if (hasFilter(task.target)) addWritingFilter();
   between_.resize(stages_.size());
 }
 
@@ -104,6 +124,22 @@ EngineTask& Pipeline::newEngineTask() {
   engine.lookAlikes = task_.lookAlikes;
   engine.keepsMark = task_.keepsMark;
   return engine;
+}
+
+void Pipeline::addReadingFilter() {
+  const CharsetChoice& source = task_.source;
+  add(std::make_unique<ShiftFilterStage>(
+      [&source] { return readingFilter(source.shifts); },
+      [&source](std::string_view utf8) { return statelessText(source, utf8); }, task_.invalid,
+      source.display));
+}
+
+// What the engine makes is well-formed.
+void Pipeline::addWritingFilter() {
+  const CharsetChoice& target = task_.target;
+  add(std::make_unique<ShiftFilterStage>([&target] { return writingFilter(target.shifts); },
+                                         [](std::string_view) { return std::string(); },
+                                         task_.invalid, target.display));
 }
 
 // What it cannot write are codes that stand for no character: the options say what is written
@@ -136,7 +172,7 @@ void Pipeline::addWritingEngine(bool readsUtf8) {
   engine.options = task_.options;
   if (hasLineEndsOfItsOwn(task_)) engine.options.convertNewlines = 0;
   engine.language = task_.language;
-  engine.tellsOrigins = task_.tellsOrigins || hasPlanes(task_.target);
+  engine.tellsOrigins = task_.tellsOrigins || hasPlanes(task_.target) || hasFilter(task_.target);
   if (readsUtf8) {
     engine.source = utf8ShownAs(task_.source.display);
     engine.isWellFormed = true;

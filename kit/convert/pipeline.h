@@ -51,6 +51,8 @@ class Pipeline {
 
  private:
   EngineTask& newEngineTask();
+  void addReadingFilter();
+  void addWritingFilter();
   void addReadingEngine();
   void addLineEndEngine();
   void addWritingEngine(bool readsUtf8);

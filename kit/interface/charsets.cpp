@@ -62,8 +62,7 @@ const ksv_charset* charsetNamed(const char* name) {
   const std::optional<CharsetChoice> choice = written ? written : names.findSource(name);
   if (!choice) return nullptr;
   for (const auto& charset : charsets())
-    if (charset->choice.name == choice->name)
-      return charset.get();
+    if (charset->choice.name == choice->name) return charset.get();
   return nullptr;
 }
 

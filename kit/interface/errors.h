@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "kit/convert/problem.h"
-#include "kit/text/text_places.h"
+#include "kit/convert/text_places.h"
 #include "ksv.h"
 
 namespace ksv_kit {

@@ -6,10 +6,10 @@
 
 #include "kit/convert/pipeline.h"
 #include "kit/convert/plan.h"
+#include "kit/convert/text_places.h"
 #include "kit/engine.h"
 #include "kit/interface/errors.h"
 #include "kit/interface/handles.h"
-#include "kit/text/text_places.h"
 #include "ksv.h"
 
 // What is taken of a piece at a time: what it becomes waits in the converter for room.

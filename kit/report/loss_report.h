@@ -15,7 +15,7 @@
 
 #include "kit/convert/pipeline.h"
 #include "kit/convert/plan.h"
-#include "kit/text/text_places.h"
+#include "kit/convert/text_places.h"
 
 namespace ksv_kit {
 

@@ -21,7 +21,7 @@ size_t prefixOf(std::string_view text) {
 CharacterReplacement::CharacterReplacement(const std::vector<Replacement>& replacements) {
   for (const Replacement& replacement : replacements) {
     const std::u32string& from = replacement.from;
-    entries_.push_back({from[0], from.size() > 1 ? from[1] : 0, utf8Of(replacement.to)});
+    entries_.push_back({from[0], from.size() > 1 ? from[1] : kAlone, utf8Of(replacement.to)});
     addAffected(from[0]);
   }
   std::sort(entries_.begin(), entries_.end(), [](const Entry& left, const Entry& right) {
@@ -75,7 +75,8 @@ void CharacterReplacement::takeAffected(std::string_view& text, bool isEnd, std:
       return;
     }
     const std::string_view rest = text.substr(length);
-    const Entry* pair = rest.empty() ? nullptr : find(first, firstCharacter(rest));
+    const char32_t second = rest.empty() ? kAlone : firstCharacter(rest);
+    const Entry* pair = second == kAlone ? nullptr : find(first, second);
     if (pair != nullptr) {
       const size_t both = length + utf8LengthOf(rest[0]);
       output_.replace(both, pair->to, out);
@@ -88,7 +89,7 @@ void CharacterReplacement::takeAffected(std::string_view& text, bool isEnd, std:
 }
 
 void CharacterReplacement::replaceSingle(std::string_view character, std::string& out) {
-  const Entry* single = find(firstCharacter(character), 0);
+  const Entry* single = find(firstCharacter(character), kAlone);
   if (single == nullptr) {
     output_.copy(character, out);
   } else {
@@ -113,7 +114,7 @@ bool CharacterReplacement::beginsPair(char32_t character) const {
       std::upper_bound(entries_.begin(), entries_.end(), character,
                        [](char32_t wanted, const Entry& entry) { return wanted < entry.first; });
   return behind != entries_.begin() && (behind - 1)->first == character &&
-         (behind - 1)->second != 0;
+         (behind - 1)->second != kAlone;
 }
 
 bool CharacterReplacement::mayBeAffected(std::string_view text) const {

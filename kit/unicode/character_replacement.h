@@ -28,9 +28,12 @@ class CharacterReplacement : public TextChange {
   uint64_t originOf(uint64_t made) const override { return output_.originOf(made); }
 
  private:
+  // In the place of a second character; in no pair is U+0000 one.
+  static constexpr char32_t kAlone = 0;
+
   struct Entry {
     char32_t first;
-    char32_t second;  // 0 for a single character
+    char32_t second;
     std::string to;
   };
 

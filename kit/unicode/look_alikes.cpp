@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "kit/unicode/character_class.h"
-#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

@@ -8,8 +8,8 @@
 
 #include "common/byte_blocks.h"
 #include "kit/unicode/change_output.h"
-#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

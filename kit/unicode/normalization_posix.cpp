@@ -5,8 +5,8 @@
 #include <new>
 #include <vector>
 
-#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

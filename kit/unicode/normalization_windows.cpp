@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization_system.h"
+#include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <random>
 
-#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization.h"
+#include "kit/unicode/utf8_text.h"
 #include "tests/kit/unicode/pieces.h"
 #include "tests/system/system.h"
 
@@ -35,6 +35,11 @@ TEST(Widths, leave_a_sound_mark_apart_where_there_is_no_such_character) {
   EXPECT_EQ(changed(kFullKatakana, "\uFF76\uFF9F"), "\u30AB\u309C");  // ｶﾟ
   EXPECT_EQ(changed(kFullKatakana, "\uFF9C\uFF9E"), "\u30EF\u309B");  // ﾜﾞ: not in JIS X 0208
   EXPECT_EQ(changed(kFullKatakana, "\uFF76\n\uFF9E"), "\u30AB\n\u309B");
+}
+
+TEST(Widths, leave_a_zero_behind_a_katakana) {
+  using namespace std::string_view_literals;
+  EXPECT_EQ(changed(kFullKatakana, "\uFF76\0a"sv), "\u30AB\0a"sv);
 }
 
 TEST(Widths, take_punctuation_of_katakana_along) {

@@ -48,6 +48,7 @@ class TextPlaces {
     uint64_t characters;
     size_t end;  // of the last whole one
   };
+  Decoded decodeByPipeline(size_t begin, size_t end) const;
   Decoded decode(size_t begin, size_t end) const;
   void findLineEnds();
   void learnOrder();

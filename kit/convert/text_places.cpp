@@ -1,8 +1,9 @@
-#include "kit/text/text_places.h"
+#include "kit/convert/text_places.h"
 
 #include <algorithm>
 #include <optional>
 
+#include "kit/convert/pipeline.h"
 #include "kit/text/resynchronisation.h"
 #include "kit/text/unicode_check.h"
 #include "ksv_cconv.h"
@@ -35,7 +36,9 @@ TextPlaces::TextPlaces(const CharsetChoice& charset)
       unitSize_(unitSize(charset)),
       bigEndian_(charset.order == ByteOrder::kBig) {
   if (!charset.hasByteOrder()) unitSize_ = 1;
-  if (charset.form == UnicodeForm::kNone && charset.kind == CharsetKind::kCharset) findLineEnds();
+  if (charset.form == UnicodeForm::kNone &&
+      (charset.kind == CharsetKind::kCharset || charset.kind == CharsetKind::kShifts))
+    findLineEnds();
 }
 
 // EBCDIC has them elsewhere, and one more.
@@ -92,7 +95,22 @@ TextPlaces::Line TextPlaces::lineAt(size_t end) const {
   return line;
 }
 
+// Lines of encodings with shifts begin unshifted.
+TextPlaces::Decoded TextPlaces::decodeByPipeline(size_t begin, size_t end) const {
+  ConversionTask task;
+  task.source = charset_;
+  task.target = {"utf-8", "UTF-8", UnicodeForm::kUtf8, ByteOrder::kOpen, CharsetKind::kCharset};
+  task.invalid.kind = task.unmappable.kind = PolicyKind::kSkip;
+  Pipeline pipeline(task);
+  ByteBuffer out;
+  pipeline.take(held_.data() + begin, end - begin, PieceEnd::kBrokenOff, out);
+  const auto isBeginning = [](uint8_t byte) { return (byte & 0xC0) != 0x80; };
+  return {static_cast<uint64_t>(std::count_if(out.data(), out.data() + out.size(), isBeginning)),
+          end};
+}
+
 TextPlaces::Decoded TextPlaces::decode(size_t begin, size_t end) const {
+  if (charset_.kind == CharsetKind::kShifts) return decodeByPipeline(begin, end);
   ConverterRecord record{};
   const size_t from = base_ == 0 && begin == 0 ? std::min(mark_, end) : begin;
   uint32_t parameters[3] = {charset_.hasByteOrder() ? bigEndian_ : 1u, 0, 1};
