@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <utility>
 
 #include "cli/jobs/result_line.h"
@@ -127,11 +128,12 @@ class InPlaceResult : public Result {
 class Batch {
  public:
   Batch(const ConversionSettings& settings, const SourceFinder& find, const OutputPlan& plan,
-        const std::vector<std::string>& inputs)
+        const ReportPlan& reports, const std::vector<std::string>& inputs)
       : first_(settings),
         others_(settings),
         find_(find),
         plan_(plan),
+        reports_(reports),
         inputs_(inputs),
         list_(inputs) {
     // One stream of several texts has one mark, in front.
@@ -216,11 +218,61 @@ class Batch {
     refuseUnfitInput(facts);
     ConversionSettings settings = index == 0 ? first_ : others_;
     auto source = std::make_unique<MeteredSource>(openText(input, settings), list_.console());
+    const std::unique_ptr<ksv_kit::LossReport> report = lossReport(reports_.form, settings);
+    if (report == nullptr) {
+      convertSource(index, facts, settings, std::move(source));
+      return;
+    }
+    auto reported = std::make_unique<ReportedSource>(std::move(source), *report);
+    if (reports_.isAll) {
+      reported->readRest();
+      report->finish();
+      writeReport(index, *report);
+    } else {
+      convertReported(index, facts, settings, std::move(reported), *report);
+    }
+  }
+
+  void convertSource(size_t index, const FileFacts& facts, const ConversionSettings& settings,
+                     std::unique_ptr<ByteSource> source) {
     const std::unique_ptr<Result> result = openResult(index, facts);
     const ConversionCounts counts = convertText(settings, *source, *result);
     source.reset();  // not every system replaces a file that is open
     result->complete();
+    tell(inputs_[index], counts);
+  }
+
+  // Of a text whose conversion fails the report is told as well, to its end.
+  void convertReported(size_t index, const FileFacts& facts, const ConversionSettings& settings,
+                       std::unique_ptr<ReportedSource> source, ksv_kit::LossReport& report) {
+    const std::string& input = inputs_[index];
+    const auto tellReport = [&] {
+      report.finish();
+      std::istringstream lines(tellingOf(report, reports_.form, nameForMessages(input)));
+      for (std::string line; std::getline(lines, line);) list_.console().tell(line);
+    };
+    const std::unique_ptr<Result> result = openResult(index, facts);
+    ConversionCounts counts;
+    try {
+      counts = convertText(settings, *source, *result);
+    } catch (const Failure&) {
+      source->readRest();
+      tellReport();
+      throw;
+    }
+    source.reset();
+    result->complete();
+    tellReport();
     tell(input, counts);
+  }
+
+  void writeReport(size_t index, const ksv_kit::LossReport& report) {
+    const std::string telling = tellingOf(report, reports_.form, nameForMessages(inputs_[index]));
+    StandardOutputResult result(list_.standardOutput(), index);
+    result.write(reinterpret_cast<const uint8_t*>(telling.data()), telling.size());
+    result.complete();
+    if (first_.isStrict && !report.losses().empty())
+      throw Failure(lossesInWords(report), reports_.form == ReportForm::kTable);
   }
 
   // The result is there all the same: that it lacks something is the failure.
@@ -263,6 +315,7 @@ class Batch {
   ConversionSettings others_;
   const SourceFinder& find_;
   const OutputPlan& plan_;
+  const ReportPlan& reports_;
   const std::vector<std::string>& inputs_;
   WorkList list_;
   std::map<size_t, Failure> refused_;
@@ -271,8 +324,9 @@ class Batch {
 }  // namespace
 
 int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
-                 const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs) {
-  return Batch(settings, find, plan, inputs).run(jobs);
+                 const OutputPlan& plan, const ReportPlan& reports,
+                 const std::vector<std::string>& inputs, size_t jobs) {
+  return Batch(settings, find, plan, reports, inputs).run(jobs);
 }
 
 }  // namespace ksv_cli

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/jobs/loss_telling.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/conversion_settings.h"
 
@@ -19,6 +20,12 @@ struct OutputPlan {
   bool keepsTimes = true;    // for kInPlace
 };
 
+// Whether it is told what is lost, and whether that is all that is done.
+struct ReportPlan {
+  ReportForm form = ReportForm::kNone;
+  bool isAll = false;
+};
+
 // Opens a text, and finds out in which charset it is. Throws Failure.
 using SourceFinder = std::function<JudgedText(const std::string& input)>;
 
@@ -26,6 +33,7 @@ using SourceFinder = std::function<JudgedText(const std::string& input)>;
 // results would overwrite inputs or each other. Returns the exit status; failures have been
 // reported.
 int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
-                 const OutputPlan& plan, const std::vector<std::string>& inputs, size_t jobs);
+                 const OutputPlan& plan, const ReportPlan& reports,
+                 const std::vector<std::string>& inputs, size_t jobs);
 
 }  // namespace ksv_cli

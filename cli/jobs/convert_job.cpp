@@ -42,7 +42,9 @@ constexpr char kFooter[] =
     "character ends the conversion of its file; its offset counts bytes from 0, a\n"
     "byte-order mark included. A file is written under a passing name and takes its place\n"
     "when it is complete; standard output keeps what was converted before.\n"
-    "What --invalid skip and --unmappable replace did is told in one line a file.\n"
+    "What was left out and written otherwise is told in one line a file: skip leaves out,\n"
+    "hex and decimal write &#x3042; and &#12354;, escape \\u{3042} and of bytes \\xE3, percent\n"
+    "%E3%81%82, and look-alike what looks most like the character, or else as replace.\n"
     "\n"
     "--in-place keeps owner, permissions, times and extended attributes, and leaves a file\n"
     "alone that stays the same. It replaces no backup that is there already, and no file\n"
@@ -54,10 +56,11 @@ constexpr char kFooter[] =
 int convert(ConvertArguments arguments) {
   arguments.inputs = inputsNamedBy(arguments.inputs);
   const OutputPlan plan = outputPlan(arguments);
+  const ReportPlan reports = reportPlan(arguments);
   const RuleBase ruleBase;
   const CharsetNames names = ruleBase.names();
   const ConversionSettings settings = conversionSettings(arguments, names);
-  return convertBatch(settings, sourceFinder(arguments, names), plan, arguments.inputs,
+  return convertBatch(settings, sourceFinder(arguments, names), plan, reports, arguments.inputs,
                       arguments.jobs);
 }
 
@@ -68,10 +71,11 @@ void addCharacterOptions(Subcommand& job, ConvertArguments& arguments) {
   job.value("--byte-order", "ORDER", arguments.byteOrder, "Byte order of Unicode output",
             {.oneOf = {"little", "big"}});
   job.value("--invalid", "ACTION", arguments.invalid, "What invalid input does; default: fail",
-            {.oneOf = {"fail", "skip"}});
-  job.value("--unmappable", "ACTION", arguments.unmappable,
-            "What a character does that the target lacks; default: fail",
-            {.oneOf = {"fail", "replace"}});
+            {.oneOf = {"fail", "skip", "replace", "hex", "decimal", "escape", "percent"}});
+  job.value(
+      "--unmappable", "ACTION", arguments.unmappable,
+      "What a character does that the target lacks; default: fail",
+      {.oneOf = {"fail", "skip", "replace", "hex", "decimal", "escape", "percent", "look-alike"}});
   job.value("--replacement", "CHAR", arguments.replacement,
             "What --unmappable replace writes; default: a geta mark or ?");
   job.flag("--strict", arguments.strict,
@@ -81,6 +85,20 @@ void addCharacterOptions(Subcommand& job, ConvertArguments& arguments) {
             {.oneOf = {"hex", "decimal"}});
   job.value("--language", "NAME", arguments.language,
             "UTF-8, UTF-16, UCS-4 output: announce this language in front of the text");
+}
+
+void addChangeOptions(Subcommand& job, ConvertArguments& arguments) {
+  job.value("--profile", "NAME", arguments.profile,
+            "The convention of mapping: windows, jis, web, iconv-glibc, or a file that holds one");
+  job.value("--normalize", "FORM", arguments.normalize, "Normalize the text before it is written",
+            {.oneOf = {"nfc", "nfd", "nfkc", "nfkd", "composed"}, .ignoresCase = true});
+  job.value("--width", "LIST", arguments.width,
+            "Widths to change: full-katakana, half-katakana, full-ascii, half-ascii, with commas");
+  job.flagOrValue(
+      "--report", "FORM", arguments.report,
+      "Tell what is lost, as a table or with =json as a line a file, on standard error");
+  job.flag("--dry-run", arguments.dryRun,
+           "Write nothing but the report, which goes to standard output");
 }
 
 void addDetectionOptions(Subcommand& job, ConvertArguments& arguments) {
@@ -115,6 +133,7 @@ void addConvertJob(OptionParser& parser) {
   addDetectionOptions(job, *arguments);
   addPlaceOptions(job, *arguments);
   addCharacterOptions(job, *arguments);
+  addChangeOptions(job, *arguments);
   job.workers(arguments->jobs, "Work on N files at once");
   job.number("--block-size", "BYTES", arguments->blockSize, {16, 64 * 1024 * 1024},
              "Bytes read at once", {.hidden = true});

@@ -3,13 +3,19 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <string_view>
 #include <utility>
 
+#include "cli/charsets/rule_source.h"
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
+#include "cli/text/text_conversion.h"
 #include "cli/text/visible_replacement.h"
+#include "kit/convert/plan.h"
+#include "kit/convert/plan_options.h"
+#include "kit/profiles/profile.h"
 #include "kit/text/unicode_check.h"
 #include "ksv_cconv.h"
 
@@ -90,6 +96,104 @@ void setLanguage(const std::string& language, ConversionSettings& settings) {
               sizeof kUndeterminedLanguage);
 }
 
+struct NamedPolicy {
+  const char* name;
+  ksv_policy policy;
+};
+constexpr NamedPolicy kPolicies[] = {
+    {"fail", KSV_FAIL},         {"skip", KSV_SKIP},
+    {"hex", KSV_HEX_REFERENCE}, {"decimal", KSV_DECIMAL_REFERENCE},
+    {"escape", KSV_ESCAPE},     {"percent", KSV_PERCENT},
+    {"replace", KSV_REPLACE},   {"look-alike", KSV_LOOK_ALIKE},
+};
+
+ksv_policy policyNamed(const std::string& name) {
+  for (const NamedPolicy& row : kPolicies)
+    if (name == row.name) return row.policy;
+  return KSV_FAIL;
+}
+
+struct NamedForm {
+  const char* name;
+  ksv_normalization form;
+};
+constexpr NamedForm kForms[] = {{"nfc", KSV_NFC},
+                                {"nfd", KSV_NFD},
+                                {"nfkc", KSV_NFKC},
+                                {"nfkd", KSV_NFKD},
+                                {"composed", KSV_COMPOSED}};
+
+ksv_normalization formNamed(const std::string& name) {
+  for (const NamedForm& row : kForms)
+    if (name == row.name) return row.form;
+  return KSV_NO_NORMALIZATION;
+}
+
+struct NamedWidth {
+  const char* name;
+  uint32_t width;
+};
+constexpr NamedWidth kWidths[] = {{"full-katakana", KSV_WIDEN_KATAKANA},
+                                  {"half-katakana", KSV_NARROW_KATAKANA},
+                                  {"full-ascii", KSV_WIDEN_ASCII},
+                                  {"half-ascii", KSV_NARROW_ASCII}};
+
+uint32_t widthNamed(std::string_view name) {
+  for (const NamedWidth& row : kWidths)
+    if (name == row.name) return row.width;
+  throw UsageError("--width takes full-katakana, half-katakana, full-ascii and half-ascii, not '" +
+                   std::string(name) + "'");
+}
+
+uint32_t widthsNamed(std::string_view list) {
+  uint32_t widths = 0;
+  while (!list.empty()) {
+    const size_t end = std::min(list.find(','), list.size());
+    widths |= widthNamed(list.substr(0, end));
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return widths;
+}
+
+// A name that is none of those that are built in is that of a file.
+void setProfile(const std::string& profile, ksv::Options& changes) {
+  if (ksv_kit::Profile::named(profile) != nullptr) {
+    changes.profile(profile);
+    return;
+  }
+  std::optional<std::vector<uint8_t>> bytes;
+  try {
+    bytes = fileBytes(profile);
+  } catch (const Failure& failure) {
+    throw UsageError("--profile " + profile + ": " + failure.what());
+  }
+  if (!bytes) throw UsageError("--profile " + profile + " is neither a known one nor a file");
+  changes.profile_text(std::string(bytes->begin(), bytes->end()));
+}
+
+// What is replaced by the engine's own character stands in the other options.
+void setChanges(const ConvertArguments& arguments, ConversionSettings& settings) {
+  ksv::Options& changes = settings.changes;
+  changes.invalid(policyNamed(arguments.invalid));
+  changes.unmappable(policyNamed(arguments.unmappable));
+  if (arguments.invalid == "replace" && arguments.replacement)
+    changes.invalid(*arguments.replacement);
+  if (!arguments.normalize.empty()) changes.normalization(formNamed(arguments.normalize));
+  changes.widths(widthsNamed(arguments.width));
+  if (arguments.profile) setProfile(*arguments.profile, changes);
+  const bool isUsual = !arguments.profile && arguments.normalize.empty() &&
+                       arguments.width.empty() && arguments.invalid != "replace" &&
+                       arguments.unmappable != "look-alike";
+  if (isUsual) return;
+  ConversionSettings trial = settings;
+  if (trial.source.name.empty()) trial.source = *settings.names->find("UTF-8");
+  try {
+    ksv_kit::checkReplacements(conversionTask(trial));
+  } catch (const ksv_kit::BadArgument& bad) {
+    throw UsageError(bad.what());
+  }
+}
+
 // A converter that takes another replacement than the one asked for shows that
 // the target has no such character.
 void checkReplacement(const ConversionSettings& settings, const std::string& replacement) {
@@ -125,12 +229,25 @@ OutputPlan outputPlan(const ConvertArguments& arguments) {
   return {OutputPlan::Kind::kInPlace, "", *inPlace, !arguments.touches};
 }
 
+ReportPlan reportPlan(const ConvertArguments& arguments) {
+  if (arguments.report && !arguments.report->empty() && *arguments.report != "json")
+    throw UsageError("--report takes =json or nothing");
+  const bool writes = arguments.outputFile || arguments.outputDirectory || arguments.inPlace;
+  if (arguments.dryRun && writes)
+    throw UsageError("--dry-run writes no file: it goes without -o, --output-dir and --in-place");
+  if (!arguments.report)
+    return {arguments.dryRun ? ReportForm::kTable : ReportForm::kNone, arguments.dryRun};
+  return {arguments.report->empty() ? ReportForm::kTable : ReportForm::kJson, arguments.dryRun};
+}
+
 ConversionSettings conversionSettings(const ConvertArguments& arguments,
                                       const CharsetNames& names) {
   ConversionSettings settings;
   settings.target = findTarget(names, arguments.target);
   if (arguments.source) settings.source = findSource(names, *arguments.source);
   settings.skipInvalid = arguments.invalid == "skip";
+  settings.names = &names;
+  setChanges(arguments, settings);
   settings.isStrict = arguments.strict;
   settings.blockSize = arguments.blockSize;
 

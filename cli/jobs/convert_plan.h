@@ -34,6 +34,11 @@ struct ConvertArguments {
   bool guess = false;
   bool classic = false;
   bool strict = false;
+  std::optional<std::string> profile;
+  std::string normalize;
+  std::string width;
+  std::optional<std::string> report;  // empty: a table
+  bool dryRun = false;
   uint64_t jobs = 1;
   uint64_t blockSize = ConversionSettings{}.blockSize;
 };
@@ -42,6 +47,9 @@ struct ConvertArguments {
 
 // Where the results go.
 OutputPlan outputPlan(const ConvertArguments& arguments);
+
+// What is told of losses.
+ReportPlan reportPlan(const ConvertArguments& arguments);
 
 // How they are made. The rule base has to be loaded.
 ConversionSettings conversionSettings(const ConvertArguments& arguments, const CharsetNames& names);

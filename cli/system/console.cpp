@@ -87,6 +87,12 @@ void Console::report(const std::string& subject, const std::string& reason) {
   platform::writeToStandardError(diagnostic(subject, reason));
 }
 
+void Console::tell(const std::string& line) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  clear();
+  platform::writeToStandardError(line + '\n');
+}
+
 void Console::addBytes(uint64_t count) {
   if (!onTerminal_) return;
   const std::lock_guard<std::mutex> lock(mutex_);

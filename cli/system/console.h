@@ -36,6 +36,8 @@ class Console {
   ~Console();
 
   void report(const std::string& subject, const std::string& reason);
+  // A line as it stands.
+  void tell(const std::string& line);
   void addBytes(uint64_t count);
   void addFile();
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "kit/charsets/charset_names.h"
+#include "ksv.hpp"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
@@ -17,6 +18,10 @@ struct ConversionSettings {
   bool isStrict = false;  // a text of which something was skipped or replaced has failed
   std::string language;   // announced in front of the text; empty: none
   size_t blockSize = 256 * 1024;
+  // What happens to characters and problems beyond the above. The names are asked when a profile
+  // has another charset for one of the two.
+  ksv::Options changes;
+  const ksv_kit::CharsetNames* names = nullptr;
 };
 
 }  // namespace ksv_cli

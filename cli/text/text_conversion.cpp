@@ -5,29 +5,20 @@
 
 #include "cli/system/failure.h"
 #include "cli/text/text_failure.h"
-#include "kit/convert/pipeline.h"
+#include "kit/convert/plan.h"
+#include "kit/convert/plan_options.h"
 
 namespace ksv_cli {
 namespace {
 
+using ksv_kit::CharsetNames;
 using ksv_kit::PieceEnd;
 using ksv_kit::PolicyKind;
-
-ksv_kit::ConversionTask taskOf(const ConversionSettings& settings) {
-  ksv_kit::ConversionTask task;
-  task.source = settings.source;
-  task.target = settings.target;
-  task.options = settings.options;
-  task.language = settings.language;
-  if (settings.skipInvalid) task.invalid.kind = PolicyKind::kSkip;
-  if (settings.options.replaceUnmappable != 0) task.unmappable.kind = PolicyKind::kBuiltIn;
-  return task;
-}
 
 class TextConversion {
  public:
   TextConversion(const ConversionSettings& settings, ByteSource& source, ByteSink& sink)
-      : task_(taskOf(settings)),
+      : task_(conversionTask(settings)),
         pipeline_(task_),
         source_(source),
         sink_(sink),
@@ -79,6 +70,18 @@ class TextConversion {
 
 }  // namespace
 
+ksv_kit::ConversionTask conversionTask(const ConversionSettings& settings) {
+  static const CharsetNames kNone({});
+  const CharsetNames& names = settings.names == nullptr ? kNone : *settings.names;
+  ksv_kit::ConversionTask task =
+      ksv_kit::taskBetween(names, settings.source, settings.target, settings.changes.values());
+  task.options = settings.options;
+  task.language = settings.language;
+  if (settings.skipInvalid) task.invalid.kind = PolicyKind::kSkip;
+  if (settings.options.replaceUnmappable != 0) task.unmappable.kind = PolicyKind::kBuiltIn;
+  return task;
+}
+
 ConversionCounts convertText(const ConversionSettings& settings, ByteSource& source,
                              ByteSink& sink) {
   try {
@@ -87,6 +90,8 @@ ConversionCounts convertText(const ConversionSettings& settings, ByteSource& sou
     return conversion.counts();
   } catch (const ksv_kit::ImpossibleConversion& impossible) {
     throw Failure(impossible.what());
+  } catch (const ksv_kit::BadArgument& bad) {
+    throw Failure(bad.what());
   }
 }
 

@@ -38,7 +38,9 @@ std::string convertedSample(const char* source, std::string_view text, const std
 bool hasOtherControls(const CharsetChoice& charset) {
   constexpr std::string_view kControls = "\x02\x04\x05\x06\x15";
   const bool hasBytes = charset.form == UnicodeForm::kNone && unitSize(charset) == 1;
-  if (!hasBytes || charset.kind != CharsetKind::kCharset) return false;
+  const bool isPlain =
+      charset.kind == CharsetKind::kCharset || charset.kind == CharsetKind::kShifts;
+  if (!hasBytes || !isPlain) return false;
   const std::string read = convertedSample(charset.name.c_str(), kControls, "utf-8");
   return !read.empty() && read != kControls;
 }

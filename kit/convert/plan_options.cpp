@@ -242,10 +242,15 @@ ksv_options knownOptions(const ksv_options* options) {
 ConversionTask taskOf(const CharsetNames& names, const char* from, const char* to,
                       const ksv_options* given) {
   const ksv_options options = knownOptions(given);
+  return taskBetween(names, sourceNamed(names, from), targetNamed(names, to), options);
+}
+
+ConversionTask taskBetween(const CharsetNames& names, const CharsetChoice& from,
+                           const CharsetChoice& to, const ksv_options& options) {
   checkRanges(options);
   ConversionTask task;
-  task.source = sourceNamed(names, from);
-  task.target = targetNamed(names, to);
+  task.source = from;
+  task.target = to;
   addChanges(names, options, task);
   task.options = engineOptions(options, task.target);
   task.invalid = policyOf(options.invalid, options.invalid_text, options, task.target);

@@ -15,6 +15,10 @@ ksv_options knownOptions(const ksv_options* options);
 ConversionTask taskOf(const CharsetNames& names, const char* from, const char* to,
                       const ksv_options* options);
 
+// The same between charsets that are known already.
+ConversionTask taskBetween(const CharsetNames& names, const CharsetChoice& from,
+                           const CharsetChoice& to, const ksv_options& options);
+
 // Throws BadArgument when a text of the policies cannot be written in the target.
 void checkReplacements(const ConversionTask& task);
 

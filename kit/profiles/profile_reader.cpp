@@ -15,6 +15,9 @@
 namespace ksv_kit {
 namespace {
 
+// Some editors put it in front of a text.
+constexpr std::string_view kMark = "\xEF\xBB\xBF";
+
 using Words = std::vector<std::string_view>;
 
 // What one character may become.
@@ -87,6 +90,7 @@ class ProfileReader {
   std::optional<Profile> read(std::string_view text, ProfileError& error) {
     try {
       if (text.size() > kLongestProfile) throw LineError("the text is longer than 1 MB");
+      if (text.starts_with(kMark)) text.remove_prefix(kMark.size());
       while (!text.empty()) {
         ++line_;
         const size_t end = text.find('\n');

@@ -27,34 +27,32 @@ std::string convertedBy(const ConversionTask& task, std::string_view text) {
   return {reinterpret_cast<const char*>(out.data()), out.size()};
 }
 
+const CharsetNames& names() { return Engine::instance().names(); }
+
+CharsetChoice utf8() { return names().find("UTF-8").value(); }
+
 // What of the options holds for reading: line ends, marks and widths stay as they are.
-ksv_options ofProfile(const ksv_options* options) {
+ConversionTask readingTask(const CharsetChoice& from, const ksv_options& options) {
   ksv_options reading = KSV_OPTIONS_INIT;
-  const ksv_options known = knownOptions(options);
-  reading.profile = known.profile;
-  reading.profile_text = known.profile_text;
-  return reading;
+  reading.profile = options.profile;
+  reading.profile_text = options.profile_text;
+  return taskBetween(names(), from, utf8(), reading);
 }
 
 // With the texts of policies in it, whichever the options ask for.
-ConversionTask writingTask(const char* to, const ksv_options* options, ksv_policy policy) {
-  ksv_options writing = knownOptions(options);
+ConversionTask writingTask(const CharsetChoice& to, const ksv_options& options, ksv_policy policy) {
+  ksv_options writing = options;
   writing.invalid = KSV_REPLACE;
   writing.unmappable = policy;
-  return taskOf(Engine::instance().names(), kUtf8, to, &writing);
-}
-
-ConversionTask readingTask(const char* from, const ksv_options* options) {
-  const ksv_options reading = ofProfile(options);
-  return taskOf(Engine::instance().names(), from, kUtf8, &reading);
+  return taskBetween(names(), utf8(), to, writing);
 }
 
 // The order of bytes is the one that is written.
-ConversionTask returningTask(const char* to, const ksv_options* options,
+ConversionTask returningTask(CharsetChoice to, const ksv_options& options,
                              const ConversionTask& converting) {
-  ConversionTask task = readingTask(to, options);
   const bool isBig = converting.options.outputBigEndian != 0;
-  if (task.source.hasByteOrder()) task.source.order = isBig ? ByteOrder::kBig : ByteOrder::kLittle;
+  if (to.hasByteOrder()) to.order = isBig ? ByteOrder::kBig : ByteOrder::kLittle;
+  ConversionTask task = readingTask(to, options);
   task.invalid = task.unmappable = leavingOut();
   return task;
 }
@@ -72,8 +70,13 @@ std::vector<std::string_view> linesOf(std::string_view text) {
 }  // namespace
 
 LossReport::LossReport(const char* from, const char* to, const ksv_options* options)
+    : LossReport(taskOf(names(), from, kUtf8, nullptr).source,
+                 taskOf(names(), kUtf8, to, nullptr).target, knownOptions(options)) {}
+
+LossReport::LossReport(const CharsetChoice& from, const CharsetChoice& to,
+                       const ksv_options& options)
     : reading_(readingTask(from, options)),
-      converting_(taskOf(Engine::instance().names(), from, to, options)),
+      converting_(taskBetween(names(), from, to, options)),
       writing_(writingTask(to, options, KSV_REPLACE)),
       builtIn_(writingTask(to, options, KSV_BUILT_IN).options),
       returning_(returningTask(to, options, converting_)),

@@ -50,6 +50,8 @@ class LossReport {
  public:
   // options may be null. Throws what Plan throws.
   LossReport(const char* from, const char* to, const ksv_options* options);
+  // Between charsets that are known already.
+  LossReport(const CharsetChoice& from, const CharsetChoice& to, const ksv_options& options);
 
   void take(const uint8_t* bytes, size_t size);
   void finish();

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Holds debian/libksv0.symbols against include/exports.list.
+"""Holds debian/libksv0.symbols against what include/ lists as exported.
 
     debian_symbols.py           status 1 when the two do not name the same
     debian_symbols.py --write   adds what is new in the list, with the version of this tree
@@ -21,8 +21,13 @@ class SymbolsError(Exception):
     """The two lists cannot be brought together."""
 
 
-def exported_names(root):
-    lines = (root / "include" / "exports.list").read_text(encoding="utf-8").splitlines()
+# Each library of the package, in the order of dpkg-gensymbols, with the list of its exports.
+LISTS = {"libksv": "exports_ksv.list", "libksv_comm": "exports.list"}
+
+
+def exported_names(root, name):
+    path = root / "include" / LISTS[name]
+    lines = path.read_text(encoding="utf-8").splitlines() if path.exists() else []
     return [line.split()[1] for line in lines if line[:1].isdigit()]
 
 
@@ -30,8 +35,8 @@ def abi_version(root):
     return ABI_LINE.search((root / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
 
 
-def header(abi):
-    return (f"libksv_comm.so.{abi} libksv{abi} #MINVER#\n"
+def header(name, abi):
+    return (f"{name}.so.{abi} libksv{abi} #MINVER#\n"
             "* Build-Depends-Package: libksv-dev")
 
 
@@ -43,14 +48,18 @@ def known_versions(text):
 
 def symbols_text(root, text):
     """What the file should be, given what it is."""
-    known, names = known_versions(text), exported_names(root)
-    gone = sorted(known.keys() - set(names))
+    known = known_versions(text)
+    names = {library: exported_names(root, library) for library in LISTS}
+    gone = sorted(known.keys() - {name for of_library in names.values() for name in of_library})
     if gone:
         raise SymbolsError(f"no longer exported: {' '.join(gone)}")
     version = project_version(root)
-    # The order of dpkg-gensymbols.
-    lines = [f" {name}@Base {known.get(name, version)}" for name in sorted(names)]
-    return "\n".join([header(abi_version(root)), *lines, ""])
+    lines = []
+    for library, exported in names.items():
+        if exported:
+            lines += [header(library, abi_version(root)),
+                      *(f" {name}@Base {known.get(name, version)}" for name in sorted(exported))]
+    return "\n".join([*lines, ""])
 
 
 def main():
@@ -69,7 +78,7 @@ def main():
         path.write_text(wanted, encoding="utf-8")
         return 0
     if text != wanted:
-        print(f"{path.name} is not what include/exports.list has; run {Path(__file__).name} --write",
+        print(f"{path.name} is not what is exported; run {Path(__file__).name} --write",
               file=sys.stderr)
         return 1
     return 0

@@ -126,7 +126,9 @@ TEST(CharsetNames, are_those_of_iana_and_of_the_web) {
       {"EUC-KR", {"euc-kr", "csEUCKR"}},
       {"KoreanKSC", {"cp949", "ks_c_5601-1987", "windows-949", "korean"}},
       {"HZ-GB-2312", {"hz-gb-2312", "hz"}},
-      {"unknown", {"x-user-defined", "replacement", "iso-2022-kr"}},
+      {"ISO-2022-KR", {"iso-2022-kr", "csiso2022kr"}},
+      {"IBM930", {"ibm930", "cp930"}},
+      {"unknown", {"x-user-defined", "replacement"}},
   };
   for (const auto& [charset, names] : charsets)
     for (const std::string& name : names) EXPECT_EQ(shipped(name), charset) << name;

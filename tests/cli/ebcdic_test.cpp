@@ -50,6 +50,17 @@ TEST_F(Ebcdic, tells_of_a_character_that_it_lacks_where_it_stands_in_the_text) {
   EXPECT_EQ(outcome.err, "ksv: standard input: U+3042 is not in IBM1047 at byte offset 4\n");
 }
 
+TEST_F(Ebcdic, with_shifts_has_the_same_controls_and_line_ends) {
+  EXPECT_EQ(ksv({"convert", "-f", "ibm930", "-t", "Shift_JIS"}, "\xC1\x15").err,
+            "ksv: standard input: U+0085 is not in Shift_JIS at byte offset 1\n");
+  EXPECT_EQ(
+      ksv({"convert", "-f", "sjis", "-t", "ibm939", "--newline", "lf"}, "a\r\n\x82\xA0\n").out,
+      "\x81\x25\x0E\x44\x81\x0F\x25");
+  EXPECT_EQ(
+      ksv({"convert", "-f", "ibm939", "-t", "utf8", "--newline", "crlf"}, "\x0D\x25\x81\x25").out,
+      "\r\na\r\n");
+}
+
 class Viscii : public CommandTest {};
 
 TEST_F(Viscii, has_letters_at_control_codes_that_other_charsets_lack) {

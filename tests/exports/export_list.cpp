@@ -16,9 +16,13 @@ std::string readFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::vector<Export> exportList() {
+bool isHeaderOf(const Library& library, const std::string& header) {
+  return library.onlyHeader != nullptr ? header == library.onlyHeader : header != kKit.onlyHeader;
+}
+
+std::vector<Export> exportList(const Library& library) {
   std::vector<Export> exports;
-  std::istringstream lines(readFile(KSV_INCLUDE_DIRECTORY "/exports.list"));
+  std::istringstream lines(readFile(std::string(KSV_INCLUDE_DIRECTORY "/") + library.list));
   for (std::string line; std::getline(lines, line);) {
     if (line.empty() || line[0] == '#') continue;
     std::istringstream words(line);

@@ -22,14 +22,14 @@ class LoadedLibrary : public testing::Test {
 
 TEST(Exports, have_the_ordinals_of_the_list) {
   std::map<std::string, int> listed;
-  for (const Export& e : exportList()) listed[e.name] = e.ordinal;
+  for (const Export& e : exportList(kComm)) listed[e.name] = e.ordinal;
   EXPECT_GT(listed.size(), 0u);
   EXPECT_EQ(readLibraryImage(KSV_LIBRARY).ordinals, listed);
 }
 
 TEST_F(LoadedLibrary, gives_each_export_by_its_name_and_by_its_ordinal) {
   const auto symbols = readLibraryImage(KSV_LIBRARY).symbols;
-  for (const Export& e : exportList()) {
+  for (const Export& e : exportList(kComm)) {
     const FARPROC byName = GetProcAddress(library_, e.name.c_str());
     const FARPROC byOrdinal =
         GetProcAddress(library_, MAKEINTRESOURCEA(static_cast<WORD>(e.ordinal)));
@@ -42,7 +42,7 @@ TEST_F(LoadedLibrary, gives_each_export_by_its_name_and_by_its_ordinal) {
 
 TEST_F(LoadedLibrary, has_nothing_under_a_number_that_is_not_listed) {
   std::set<int> listed;
-  for (const Export& e : exportList()) listed.insert(e.ordinal);
+  for (const Export& e : exportList(kComm)) listed.insert(e.ordinal);
   for (int ordinal = 1; ordinal <= 65535; ++ordinal) {
     if (listed.contains(ordinal)) continue;
     EXPECT_EQ(GetProcAddress(library_, MAKEINTRESOURCEA(static_cast<WORD>(ordinal))), nullptr)

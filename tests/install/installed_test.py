@@ -140,7 +140,7 @@ class Components(Installed):
         self.assertEqual(ending_with("texts", (".xml", ".txt", ".cmp")), set())
         self.assertEqual(ending_with("data", ".pack"), set())
         self.assertEqual(ending_with("command", (f"ksv{self.ending}", ".1", ".fish")), set())
-        self.assertEqual(ending_with("development", (".h", ".cmake", ".pc", ".a", ".so", ".3")),
+        self.assertEqual(ending_with("development", (".h", ".hpp", ".cmake", ".pc", ".a", ".so", ".3")),
                          set())
 
     def test_bring_what_man_and_shells_look_for(self):
@@ -271,17 +271,21 @@ class FindPackage(Installed):
         return self.built / f"{name}{self.ending}"
 
     def test_gives_programs_the_shared_library(self):
-        self.assertEqual(self.run_beside_library(self.program("c_shared")), f"{NIHON} in C\n")
-        self.assertEqual(self.run_beside_library(self.program("cpp_shared")), f"{NIHON} in C++\n")
+        for prefix in ("", "kit_"):
+            for language, name in (("c", "C"), ("cpp", "C++")):
+                program = self.program(f"{prefix}{language}_shared")
+                self.assertEqual(self.run_beside_library(program), f"{NIHON} in {name}\n")
 
     def test_gives_programs_the_archive_which_finds_its_charsets_from_beside(self):
-        self.assertEqual(self.run_beside_library(self.program("c_static")), f"{NIHON} in C\n")
-        self.assertEqual(self.run_beside_library(self.program("cpp_static")), f"{NIHON} in C++\n")
+        for prefix in ("", "kit_"):
+            for language, name in (("c", "C"), ("cpp", "C++")):
+                program = self.program(f"{prefix}{language}_static")
+                self.assertEqual(self.run_beside_library(program), f"{NIHON} in {name}\n")
 
     def test_tells_where_the_charsets_are_for_programs_that_lie_elsewhere(self):
         charsets = (self.built / "charset_directory.txt").read_text()
         self.assertEqual(Path(charsets), self.prefix / "share" / "ksv_comm" / "charset")
-        for program in ("c_static", "cpp_static"):
+        for program in ("c_static", "cpp_static", "kit_c_static", "kit_cpp_static"):
             with self.subTest(program):
                 self.assertIn(NIHON, execute(self.program(program),
                                              env=without_settings(KSV_CHARSETS=charsets)))
@@ -290,8 +294,9 @@ class FindPackage(Installed):
         directory = self.directory / "consumer_in_c"
         self.configure(directory, "-DONLY_IN_C=ON")
         run(ARGUMENTS.cmake, "--build", directory)
-        program = directory / f"c_static{self.ending}"
-        self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
+        for name in ("c_static", "kit_c_static"):
+            program = directory / f"{name}{self.ending}"
+            self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
 
     def test_finds_no_other_major_version_and_no_unknown_component(self):
         for wanted, answer in (("99", 0), ("COMPONENTS wood", 0), ("COMPONENTS static", 1)):
@@ -307,14 +312,16 @@ class FindPackage(Installed):
 
 
 class PkgConfig(Installed):
-    def pkg_config(self, *options):
-        environment = {**os.environ, "PKG_CONFIG_LIBDIR": str(self.libraries / "pkgconfig")}
-        return run("pkg-config", *options, "ksv_comm", env=environment).strip()
+    SOURCES = {"ksv_comm": "convert.c", "ksv": "kit.c"}
 
-    def build(self, name, *options):
-        program = self.directory / f"{name}{self.ending}"
-        run(cached("CMAKE_C_COMPILER") or self.c_compiler(), HERE / "consumer" / "convert.c",
-            "-o", program, *options)
+    def pkg_config(self, package, *options):
+        environment = {**os.environ, "PKG_CONFIG_LIBDIR": str(self.libraries / "pkgconfig")}
+        return run("pkg-config", *options, package, env=environment).strip()
+
+    def build(self, package, name, *options):
+        program = self.directory / f"{package}_{name}{self.ending}"
+        run(cached("CMAKE_C_COMPILER") or self.c_compiler(),
+            HERE / "consumer" / self.SOURCES[package], "-o", program, *options)
         return program
 
     @staticmethod
@@ -323,20 +330,22 @@ class PkgConfig(Installed):
         return found.group(1)
 
     def test_gives_a_program_in_c_the_shared_library(self):
-        options = shlex.split(self.pkg_config("--cflags", "--libs"))
-        if not is_windows():
-            options.append(f"-Wl,-rpath,{self.libraries}")
-        program = self.build("by_pkg_config", *options)
-        self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
+        for package in self.SOURCES:
+            options = shlex.split(self.pkg_config(package, "--cflags", "--libs"))
+            if not is_windows():
+                options.append(f"-Wl,-rpath,{self.libraries}")
+            program = self.build(package, "shared", *options)
+            self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
 
     def test_gives_a_program_in_c_all_that_the_archive_needs(self):
-        options = shlex.split(self.pkg_config("--static", "--cflags", "--libs"))
-        program = self.build("by_pkg_config_static", "-static", *options)
-        self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
+        for package in self.SOURCES:
+            options = shlex.split(self.pkg_config(package, "--static", "--cflags", "--libs"))
+            program = self.build(package, "static", "-static", *options)
+            self.assertEqual(self.run_beside_library(program), f"{NIHON} in C\n")
 
     def test_tells_version_and_place_of_the_charsets(self):
-        self.assertRegex(self.pkg_config("--modversion"), r"^\d+\.\d+\.\d+$")
-        charsets = Path(self.pkg_config("--variable=charsetdir"))
+        self.assertRegex(self.pkg_config("ksv", "--modversion"), r"^\d+\.\d+\.\d+$")
+        charsets = Path(self.pkg_config("ksv_comm", "--variable=charsetdir"))
         self.assertTrue((charsets / "utf-8.xml").is_file(), charsets)
 
 
@@ -344,19 +353,23 @@ class SharedLibrary(Installed):
     def test_has_its_interface_and_its_release_in_its_name(self):
         if is_windows():
             self.skipTest("libraries have one name there")
-        link = self.libraries / "libksv_comm.so"
-        soname = re.search(r"\(SONAME\).*\[(.*)\]", run("readelf", "-d", link)).group(1)
-        self.assertRegex(soname, r"^libksv_comm\.so\.\d+$")
-        real = self.libraries / f"{soname}.{cached('CMAKE_PROJECT_VERSION')}"
-        self.assertTrue(real.is_file() and not real.is_symlink())
-        self.assertEqual(link.resolve(), real)
-        self.assertEqual((self.libraries / soname).resolve(), real)
+        for name in ("libksv", "libksv_comm"):
+            link = self.libraries / f"{name}.so"
+            soname = re.search(r"\(SONAME\).*\[(.*)\]", run("readelf", "-d", link)).group(1)
+            self.assertRegex(soname, rf"^{name}\.so\.\d+$")
+            real = self.libraries / f"{soname}.{cached('CMAKE_PROJECT_VERSION')}"
+            self.assertTrue(real.is_file() and not real.is_symlink())
+            self.assertEqual(link.resolve(), real)
+            self.assertEqual((self.libraries / soname).resolve(), real)
 
     def test_and_the_command_search_no_directory_that_others_name(self):
         if is_windows():
             self.skipTest("programs hold no search path there")
         for file in (self.libraries / "libksv_comm.so", self.command()):
             self.assertNotRegex(run("readelf", "-d", file), "RPATH|RUNPATH")
+        # It finds the library that it stands on beside itself.
+        path = re.search(r"RUNPATH\).*\[(.*)\]", run("readelf", "-d", self.libraries / "libksv.so"))
+        self.assertEqual(path.group(1), "$ORIGIN")
 
 
 if __name__ == "__main__":

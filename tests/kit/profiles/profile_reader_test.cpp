@@ -49,6 +49,13 @@ TEST(ProfileText, names_charsets_and_what_becomes_of_characters) {
   EXPECT_EQ(profile.charsetToRead("big5"), "big5");
 }
 
+TEST(ProfileText, may_begin_with_a_mark_of_utf8) {
+  EXPECT_EQ(profileOf("\xEF\xBB\xBF"
+                      "name marked\r\n")
+                .name(),
+            "marked");
+}
+
 TEST(ProfileText, may_say_nothing_but_a_name) {
   EXPECT_TRUE(profileOf("name empty\n").charsets().empty());
 }

@@ -103,8 +103,10 @@ TEST(ShiftFilters, append_to_what_is_there) {
   std::vector<uint8_t> out = {1, 2};
   size_t bad = 1;
   const uint8_t text[] = {0xC1};
-  EXPECT_EQ(readingFilter("ibm930")->filter(text, 1, true, out, bad), 1U);
+  const std::unique_ptr<ShiftFilter> filter = readingFilter("ibm930");
+  EXPECT_EQ(filter->filter(text, 1, true, out, bad), 1U);
   EXPECT_EQ(bad, 0U);
+  EXPECT_EQ(filter->refusedBefore(), 0U);
   EXPECT_EQ(out, std::vector<uint8_t>({1, 2, 0xC1}));
 }
 

@@ -59,6 +59,8 @@ TEST(EbcdicWriting, refuses_shifts_and_what_is_no_pair) {
   EXPECT_EQ(written("ibm930", "\xFE\x25\x42\xC1").refusals, Refusals({{0, 1}}));
   EXPECT_EQ(written("ibm930", "\xFE\x42\x40\xC1").refusals, Refusals({{0, 1}}));
   EXPECT_EQ(written("ibm930", "\xC1\xFE\x42").refusals, Refusals({{1, 2}}));
+  EXPECT_EQ(written("ibm930", "\xFE\x25").refusals, Refusals({{0, 1}}));
+  EXPECT_EQ(written("ibm930", "\xFE\x25").made, "\x25");
 }
 
 TEST(EbcdicWriting, writes_nothing_for_nothing) { EXPECT_EQ(written("ibm930", "").made, ""); }

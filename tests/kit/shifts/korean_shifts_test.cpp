@@ -60,6 +60,12 @@ TEST(KoreanReading, refuses_high_bytes_of_ascii) {
   EXPECT_EQ(read(kKorean, "a\xB0\xA1").refusals, Refusals({{1, 1}, {2, 1}}));
 }
 
+TEST(KoreanReading, and_writing_take_the_first_and_the_last_pair) {
+  EXPECT_EQ(read(kKorean, "\x0E\x21\x21\x7E\x7E\x0F").made, "\xA1\xA1\xFE\xFE");
+  EXPECT_EQ(written(kKorean, "\xA1\xA1\xFE\xFE").made, "\x1B$)C\x0E\x21\x21\x7E\x7E\x0F");
+  EXPECT_EQ(written(kKorean, "\xA0\xA1").refusals, Refusals({{0, 1}, {1, 1}}));
+}
+
 TEST(KoreanWriting, puts_the_header_in_front_and_shifts_around_pairs) {
   const Filtered text = written(kKorean, "a\xB0\xA1\xB0\xA2\n\xB0\xA1");
   EXPECT_EQ(text.made, "\x1B$)Ca\x0E\x30\x21\x30\x22\x0F\n\x0E\x30\x21\x0F");

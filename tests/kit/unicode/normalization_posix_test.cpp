@@ -5,9 +5,9 @@
 #include <iostream>
 #include <vector>
 
-#include "kit/unicode/utf8_text.h"
 #include "kit/unicode/normalization.h"
 #include "kit/unicode/normalization_system.h"
+#include "kit/unicode/utf8_text.h"
 #include "tests/kit/unicode/pieces.h"
 #include "tests/kit/unicode/unicode_data_posix.h"
 
