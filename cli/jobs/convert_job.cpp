@@ -92,7 +92,7 @@ void addChangeOptions(Subcommand& job, ConvertArguments& arguments) {
             "The convention of mapping: windows, jis, web, iconv-glibc, or a file that holds one");
   job.value("--normalize", "FORM", arguments.normalize, "Normalize the text before it is written",
             {.oneOf = {"nfc", "nfd", "nfkc", "nfkd", "composed"}, .ignoresCase = true});
-  job.value("--width", "LIST", arguments.width,
+  job.value("--width", "WIDTHS", arguments.width,
             "Widths to change: full-katakana, half-katakana, full-ascii, half-ascii, with commas");
   job.flagOrValue(
       "--report", "FORM", arguments.report,

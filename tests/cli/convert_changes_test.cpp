@@ -25,7 +25,7 @@ TEST_F(ConvertChanges, write_what_each_policy_says) {
     const Outcome outcome =
         converted("utf8", "sjis", {"--invalid", invalid, "--unmappable", unmappable}, kLost);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_EQ(outcome.err, "ksv: -: 1 invalid byte skipped, 2 characters replaced\n");
+    EXPECT_EQ(outcome.err, "ksv: standard input: 1 invalid byte skipped, 2 characters replaced\n");
     return outcome.out;
   };
   EXPECT_EQ(by("skip", "skip"), "az");
