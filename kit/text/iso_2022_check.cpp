@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "common/byte_blocks.h"
+
 namespace ksv_kit {
 namespace {
 
@@ -61,9 +63,30 @@ ScanResult Iso2022Scanner::scanCharacter(const uint8_t* text, size_t length) con
   return isPairByte(text[1]) ? ScanResult{2, ScanEnd::kAll, 0} : kBad;
 }
 
+// Behind blocks of eight bytes that hold nothing but characters of the set.
+size_t Iso2022Scanner::skipPlain(const uint8_t* text, size_t at, size_t length) {
+  constexpr uint64_t kOnes = 0x0101010101010101u;
+  constexpr uint64_t kHighBits = 0x80 * kOnes;
+  if (set_ == Set::kKana) return at;
+  const size_t begin = at;
+  for (; length - at >= 8; at += 8) {
+    const uint64_t block = ksv::blockAt(text + at);
+    if ((block & kHighBits) != 0) break;
+    const uint64_t escapes = block ^ kEscape * kOnes;
+    const bool hasEscape = ((escapes - kOnes) & ~escapes & kHighBits) != 0;
+    const bool arePairs =
+        ((block + 0x5F * kOnes) & kHighBits) == kHighBits && ((block + kOnes) & kHighBits) == 0;
+    if (set_ == Set::kSingle ? hasEscape : !arePairs) break;
+  }
+  if (at != begin) escapesAtEnd_ = 0;
+  return at;
+}
+
 ScanResult Iso2022Scanner::scan(const uint8_t* text, size_t length) {
   size_t at = 0;
-  while (at < length) {
+  for (;;) {
+    at = skipPlain(text, at, length);
+    if (at == length) break;
     const bool isEscape = text[at] == kEscape;
     const ScanResult one =
         isEscape ? scanEscape(text + at, length - at) : scanCharacter(text + at, length - at);

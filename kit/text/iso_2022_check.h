@@ -31,6 +31,7 @@ class Iso2022Scanner {
  private:
   enum class Set { kSingle, kKana, kPairs };
 
+  size_t skipPlain(const uint8_t* text, size_t at, size_t length);
   ScanResult scanEscape(const uint8_t* text, size_t length);
   ScanResult scanCharacter(const uint8_t* text, size_t length) const;
 
