@@ -20,9 +20,13 @@ namespace ksv_kit {
 namespace {
 
 constinit std::atomic<Engine*> started = nullptr;
-constinit std::mutex starting;
 // System errors of attempts that failed, and of others before this library was first used.
 constinit std::atomic<uint64_t> faultsKnown = 0;
+
+std::mutex& startMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
 
 // One use of the engine's process; given back where nothing comes of it.
 class Use {
@@ -82,7 +86,7 @@ Engine::Engine(CharsetNames names, const ksv::FaultAccess* faults)
 
 const Engine& Engine::instance() {
   if (const Engine* engine = started.load(std::memory_order_acquire)) return *engine;
-  const std::lock_guard<std::mutex> guard(starting);
+  const std::lock_guard<std::mutex> guard(startMutex());
   if (started.load(std::memory_order_acquire) == nullptr)
     started.store(start(), std::memory_order_release);
   return *started.load(std::memory_order_acquire);

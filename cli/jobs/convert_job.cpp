@@ -93,7 +93,7 @@ void addChangeOptions(Subcommand& job, ConvertArguments& arguments) {
             {.usual = {"windows", "jis", "web", "iconv-glibc"}});
   job.value("--normalize", "FORM", arguments.normalize, "Normalize the text before it is written",
             {.oneOf = {"nfc", "nfd", "nfkc", "nfkd", "composed"}, .ignoresCase = true});
-  job.value("--width", "LIST", arguments.width,
+  job.value("--width", "WIDTHS", arguments.width,
             "Widths to change: full-katakana, half-katakana, full-ascii, half-ascii, with commas",
             {.usual = {"full-katakana", "half-katakana", "full-ascii", "half-ascii"}});
   job.flagOrValue(
