@@ -157,7 +157,8 @@ bool EngineStage::convertUpToBad(const ScanResult& bad, ByteBuffer& out) {
   if (!answerInvalid(isTruncated ? ProblemKind::kTruncated : ProblemKind::kInvalid, checked_,
                      bad.badLength, out))
     return false;
-  std::memmove(text_.data() + begin_ + bad.badLength, text_.data() + begin_, left);
+  if (left != 0)
+    std::memmove(text_.data() + begin_ + bad.badLength, text_.data() + begin_, left);
   begin_ += bad.badLength;
   checked_ += bad.badLength;
   return true;
@@ -169,7 +170,8 @@ void EngineStage::closeGaps() {
   size_t from = checked_;
   for (;;) {
     const ScanResult found = scan(from);
-    std::memmove(text_.data() + checked_, text_.data() + from, found.wellFormed);
+    if (found.wellFormed != 0)
+      std::memmove(text_.data() + checked_, text_.data() + from, found.wellFormed);
     checked_ += found.wellFormed;
     from += found.wellFormed;
     if (found.end == ScanEnd::kAll || (found.end == ScanEnd::kIncomplete && !isComplete())) break;
