@@ -3,19 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "kit/charsets/name_matching.h"
+
 namespace ksv_cli {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n\f";
 constexpr size_t kNone = std::string_view::npos;
-
-// Only A to Z have a case, whatever the locale.
-std::string lowered(std::string_view text) {
-  std::string result(text);
-  for (char& c : result)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return result;
-}
 
 size_t skipBlanks(std::string_view text, size_t at) {
   return std::min(text.find_first_not_of(kBlanks, at), text.size());
@@ -76,7 +70,7 @@ std::optional<std::string> inHtml(std::string_view text) {
 }  // namespace
 
 std::optional<std::string> declaredCharset(std::string_view beginning) {
-  const std::string text = lowered(beginning);
+  const std::string text = ksv_kit::lowered(beginning);
   const std::optional<std::string> xml = inXml(text);
   return xml ? xml : inHtml(text);
 }

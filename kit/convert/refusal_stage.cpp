@@ -50,7 +50,9 @@ bool RefusalStage::answer(uint32_t character, size_t length, uint64_t at, ByteBu
   if (answer.kind == Answer::Kind::kFail) return fail(problem);
   (kind_ == ProblemKind::kInvalid ? counts_.invalidBytes : counts_.unmappable) +=
       kind_ == ProblemKind::kInvalid ? length : 1;
-  const std::string_view text = answer.kind == Answer::Kind::kBuiltIn ? "?" : answer.text;
+  // Of two views: of a string and an array the text would be a copy that is gone behind this line.
+  const std::string_view text =
+      answer.kind == Answer::Kind::kBuiltIn ? std::string_view("?") : std::string_view(answer.text);
   links_.add(made_, at);
   out.append(text);
   made_ += text.size();

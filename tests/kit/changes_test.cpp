@@ -34,6 +34,16 @@ TEST(Profiles, refuse_the_characters_that_their_convention_lacks) {
   EXPECT_EQ(convert("UTF-8", "SJIS", "a\xEF\xBD\x9Ez", &replacing), text("a&#xFF5E;z"));
 }
 
+TEST(Profiles, have_refused_characters_replaced_by_texts_of_any_length) {
+  ksv_options options = profile("jis");
+  options.unmappable = KSV_REPLACE;
+  for (const char* replacement : {"", "-", "a text that needs memory of its own"}) {
+    options.unmappable_text = replacement;
+    EXPECT_EQ(convert("UTF-8", "SJIS", "a\xEF\xBD\x9Ez", &options),
+              text("a" + std::string(replacement) + "z"));
+  }
+}
+
 TEST(Profiles, are_read_from_a_text_of_the_callers) {
   ksv_options options = KSV_OPTIONS_INIT;
   options.profile_text = "what is this\n";
