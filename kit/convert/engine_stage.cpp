@@ -169,7 +169,9 @@ void EngineStage::closeGaps() {
   size_t from = checked_;
   for (;;) {
     const ScanResult found = scan(from);
-    std::memmove(text_.data() + checked_, text_.data() + from, found.wellFormed);
+    // In front of the first gap nothing moves, nor is there anything yet where no text has come.
+    if (from != checked_)
+      std::memmove(text_.data() + checked_, text_.data() + from, found.wellFormed);
     checked_ += found.wellFormed;
     from += found.wellFormed;
     if (found.end == ScanEnd::kAll || (found.end == ScanEnd::kIncomplete && !isComplete())) break;
