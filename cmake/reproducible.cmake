@@ -6,3 +6,6 @@ endforeach()
 if(WIN32)
   target_link_options(ksv_options INTERFACE -Wl,--no-insert-timestamp)
 endif()
+# Where one of our libraries finds another while it is not installed: as seen from itself. The path of
+# the tree would stay in what tells one build from another (the build ID), even where it is taken out on installing.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)

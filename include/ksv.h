@@ -31,6 +31,7 @@
 
 KSV_EXTERN_C_BEGIN
 
+/* What a function answers. */
 typedef enum ksv_result {
   KSV_OK = 0,
   KSV_NO_ROOM = 1,         /* the output buffer is too small; what is needed is told */
@@ -59,9 +60,9 @@ typedef struct ksv_error {
   uint64_t line;        /* from 1 on; 0: the error is not about a place */
   uint64_t column;      /* in characters, from 1 on */
   uint32_t byte_count;  /* of the bytes concerned, the first of which stand here */
-  uint8_t bytes[KSV_BYTES_SHOWN];
+  uint8_t bytes[KSV_BYTES_SHOWN]; /* these */
   char message[KSV_MESSAGE_SIZE]; /* one line of UTF-8, without a line end */
-  uint32_t reserved;
+  uint32_t reserved;              /* 0 */
 } ksv_error;
 
 /* What is done about bytes that are no text, and about characters that the target lacks. */
@@ -83,8 +84,8 @@ typedef struct ksv_problem {
   int32_t result;      /* KSV_INVALID, KSV_TRUNCATED or KSV_UNMAPPABLE */
   uint32_t code_point; /* of KSV_UNMAPPABLE; else KSV_NO_CODE_POINT */
   uint64_t offset;     /* of the first byte, from the beginning of the whole text */
-  const uint8_t* bytes;
-  size_t byte_count;
+  const uint8_t* bytes; /* the bytes concerned */
+  size_t byte_count;    /* how many they are */
 } ksv_problem;
 
 /* Answers one of KSV_FAIL, KSV_SKIP, or KSV_REPLACE with a text in UTF-8 in *text and *length,
@@ -92,6 +93,7 @@ typedef struct ksv_problem {
 typedef int32_t (*ksv_ask_function)(void* context, const ksv_problem* problem, const char** text,
                                     size_t* length);
 
+/* Line ends of what is written. */
 typedef enum ksv_newline {
   KSV_KEEP_NEWLINES = 0,
   KSV_NEWLINES_LF = 1,
@@ -113,6 +115,7 @@ typedef enum ksv_byte_order {
   KSV_BIG_ENDIAN = 1
 } ksv_byte_order;
 
+/* The forms of Unicode, and one for charsets that are older than it. */
 typedef enum ksv_normalization {
   KSV_NO_NORMALIZATION = 0,
   KSV_NFC = 1,
@@ -147,7 +150,7 @@ typedef struct ksv_options {
   const char* profile;         /* the name of a mapping profile, or null */
   const char* profile_text;    /* the text of a profile of the caller's own, or null */
   ksv_ask_function ask;        /* for KSV_ASK */
-  void* ask_context;
+  void* ask_context;           /* what that function is handed */
 } ksv_options;
 
 #define KSV_OPTIONS_INIT {sizeof(ksv_options), 0, 0, 0, 0, 0, 0, 0, NULL, NULL, NULL, NULL, NULL, NULL}
@@ -205,8 +208,11 @@ KSV_API ksv_result ksv_plan_convert_into(const ksv_plan* plan, const void* input
  * cut. */
 typedef struct ksv_converter ksv_converter;
 
+/* Makes a converter of a plan, which may be freed before it. *converter is null when the call
+ * fails. */
 KSV_API ksv_result ksv_converter_new(const ksv_plan* plan, ksv_converter** converter,
                                      ksv_error* error);
+/* Takes null. */
 KSV_API void ksv_converter_free(ksv_converter* converter);
 
 /* Begins with a new text. Costs next to nothing. */
@@ -227,14 +233,16 @@ KSV_API ksv_result ksv_converter_finish(ksv_converter* converter, void* buffer, 
 
 /* What was left out or written otherwise since the text began. */
 typedef struct ksv_counts {
-  uint64_t invalid_bytes;
-  uint64_t unmappable; /* characters */
+  uint64_t invalid_bytes; /* of what is no text */
+  uint64_t unmappable;    /* characters */
 } ksv_counts;
 
+/* Fills in the counts. */
 KSV_API void ksv_converter_counts(const ksv_converter* converter, ksv_counts* counts);
 
 /* ---- What would be lost ---- */
 
+/* In what way something is lost. */
 typedef enum ksv_loss_kind {
   KSV_LOSS_INVALID = 0,    /* bytes that are no text */
   KSV_LOSS_TRUNCATED = 1,  /* the text ends inside a character */
@@ -246,27 +254,28 @@ typedef enum ksv_loss_kind {
 typedef struct ksv_loss {
   int32_t kind;        /* a ksv_loss_kind */
   uint32_t code_point; /* KSV_NO_CODE_POINT where there is no character */
-  uint64_t count;
+  uint64_t count;      /* how often it stands in the text */
   uint64_t offset;     /* the first place: from the beginning of the text, */
   uint64_t line;       /* from 1 on, */
   uint64_t column;     /* in characters, from 1 on */
   uint32_t byte_count; /* of the source's bytes there, 0 where it is of no interest */
-  uint8_t bytes[KSV_BYTES_SHOWN];
-  uint32_t reserved;
+  uint8_t bytes[KSV_BYTES_SHOWN]; /* these */
+  uint32_t reserved;              /* 0 */
   const char* character_class; /* "private use", "emoji", "half-width", ...; "" without character */
   const char* returns_as;      /* UTF-8, of KSV_LOSS_RETURNS; else "" */
 } ksv_loss;
 
 /* The sums of a report, in places of the text. */
 typedef struct ksv_loss_totals {
-  uint64_t bytes;
-  uint64_t characters;
-  uint64_t invalid; /* sequences of bytes */
-  uint64_t unmappable;
-  uint64_t return_as_other;
-  uint64_t untold; /* losses that found no entry any more, of which there are 10,000 */
+  uint64_t bytes;           /* of the text */
+  uint64_t characters;      /* of the text */
+  uint64_t invalid;         /* sequences of bytes */
+  uint64_t unmappable;      /* characters that the target does not have */
+  uint64_t return_as_other; /* characters that are others when they are read back */
+  uint64_t untold;          /* losses that found no entry any more, of which there are 10,000 */
 } ksv_loss_totals;
 
+/* A text that is looked at, and what was seen of it. */
 typedef struct ksv_report ksv_report;
 
 /* A report on a text that comes in pieces, and on what the conversion would do to it. Nothing is
@@ -312,6 +321,7 @@ KSV_API const char* ksv_charset_mime_name(const ksv_charset* charset);
 KSV_API const char* ksv_charset_web_name(const ksv_charset* charset);
 KSV_API uint32_t ksv_charset_code_page(const ksv_charset* charset);
 
+/* Whether texts can be written in it; some can be read only. */
 KSV_API int ksv_charset_can_be_written(const ksv_charset* charset);
 /* Whether what bytes mean depends on escape or shift sequences in front of them. */
 KSV_API int ksv_charset_is_stateful(const ksv_charset* charset);

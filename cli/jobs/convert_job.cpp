@@ -77,7 +77,7 @@ void addCharacterOptions(Subcommand& job, ConvertArguments& arguments) {
       "What a character does that the target lacks; default: fail",
       {.oneOf = {"fail", "skip", "replace", "hex", "decimal", "escape", "percent", "look-alike"}});
   job.value("--replacement", "CHAR", arguments.replacement,
-            "What --unmappable replace writes; default: a geta mark or ?");
+            "What replace writes; default: a geta mark or ?, of invalid input U+FFFD or ?");
   job.flag("--strict", arguments.strict,
            "Exit with 1 when something was skipped or replaced; the result is written");
   job.value("--references", "BASE", arguments.references,
@@ -89,11 +89,13 @@ void addCharacterOptions(Subcommand& job, ConvertArguments& arguments) {
 
 void addChangeOptions(Subcommand& job, ConvertArguments& arguments) {
   job.value("--profile", "NAME", arguments.profile,
-            "The convention of mapping: windows, jis, web, iconv-glibc, or a file that holds one");
+            "The convention of mapping: windows, jis, web, iconv-glibc, or a file that holds one",
+            {.usual = {"windows", "jis", "web", "iconv-glibc"}});
   job.value("--normalize", "FORM", arguments.normalize, "Normalize the text before it is written",
             {.oneOf = {"nfc", "nfd", "nfkc", "nfkd", "composed"}, .ignoresCase = true});
-  job.value("--width", "LIST", arguments.width,
-            "Widths to change: full-katakana, half-katakana, full-ascii, half-ascii, with commas");
+  job.value("--width", "WIDTHS", arguments.width,
+            "Widths to change: full-katakana, half-katakana, full-ascii, half-ascii, with commas",
+            {.usual = {"full-katakana", "half-katakana", "full-ascii", "half-ascii"}});
   job.flagOrValue(
       "--report", "FORM", arguments.report,
       "Tell what is lost, as a table or with =json as a line a file, on standard error");

@@ -13,6 +13,7 @@
 #include "cli/text/detection.h"
 #include "cli/text/text_conversion.h"
 #include "cli/text/visible_replacement.h"
+#include "kit/charsets/name_matching.h"
 #include "kit/convert/plan.h"
 #include "kit/convert/plan_options.h"
 #include "kit/profiles/profile.h"
@@ -178,7 +179,8 @@ void setChanges(const ConvertArguments& arguments, ConversionSettings& settings)
   changes.unmappable(policyNamed(arguments.unmappable));
   if (arguments.invalid == "replace" && arguments.replacement)
     changes.invalid(*arguments.replacement);
-  if (!arguments.normalize.empty()) changes.normalization(formNamed(arguments.normalize));
+  if (!arguments.normalize.empty())
+    changes.normalization(formNamed(ksv_kit::lowered(arguments.normalize)));
   changes.widths(widthsNamed(arguments.width));
   if (arguments.profile) setProfile(*arguments.profile, changes);
   const bool isUsual = !arguments.profile && arguments.normalize.empty() &&

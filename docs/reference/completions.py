@@ -18,7 +18,8 @@ from pathlib import Path
 CHARSET, FILE, DIRECTORY, NOTHING = "charset", "file", "directory", "nothing"
 # What completes a value, by what the help calls it.
 KINDS = {"CHARSET": CHARSET, "FILE": FILE, "LIST": FILE, "DIR": DIRECTORY, "SUFFIX": NOTHING,
-         "N": NOTHING, "BYTES": NOTHING, "CHAR": NOTHING, "NAME": NOTHING, "PATH": NOTHING}
+         "FORM": NOTHING, "WIDTHS": NOTHING, "N": NOTHING, "BYTES": NOTHING, "CHAR": NOTHING,
+         "NAME": NOTHING, "PATH": NOTHING}
 
 
 def kind_of(option: dict) -> str:

@@ -28,7 +28,7 @@ LAYOUT = ("#include", "#ifndef KSV_", "#define KSV_API_H", "#endif", "#pragma", 
 EXAMPLES = {"ksv_cconv": "conversion", "ksv_cut": "cutting", "ksv_detect": "detection",
             "ksv_file": "files", "ksv_log": "log", "ksv_memory": "memory", "ksv_ole": "documents",
             "ksv_path": "paths", "ksv_sjis": "mapping", "ksv_ucs2": "strings",
-            "ksv_comm": "conversion"}
+            "ksv_comm": "conversion", "ksv": "libksv"}
 # Headers of another library than most.
 LIBRARIES = {"ksv": "ksv"}
 ITEM = re.compile(r" *(?:-|\d+\.) ")
@@ -188,8 +188,9 @@ class Manual:
             self._write_header(header)
 
     def _begin(self, names: list[str], summary: str) -> roff.Page:
+        library = LIBRARIES.get(names[0], "ksv_comm")
         page = roff.Page(names[0], 3, self._date, f"ksv_comm {self._version}",
-                         "The library ksv_comm")
+                         f"The library {library}")
         page.heading("NAME")
         page.lines(",\n".join(names) + f" \\- {roff.escaped(summary)}")
         return page
@@ -202,7 +203,7 @@ class Manual:
         page.heading("SEE ALSO")
         names = [("ksv_comm", 3)] + [(header.name, 3) for header in self._families] + [("ksv", 1)]
         page.paragraph(",\n".join(f"{roff.bold(name)}({section})" for name, section in names
-                                  if name != page.name))
+                                  if (name, section) != (page.name, page.section)))
         (self._directory / f"{page.name}.{page.section}").write_text(page.text(), "utf-8")
 
     def _write_overview(self) -> None:

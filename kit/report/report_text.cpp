@@ -124,8 +124,10 @@ std::string remark(const LossReport& report, const Loss& loss) {
   std::string text;
   if (loss.kind == LossKind::kReturnsAsOther)
     return loss.returnsAs.empty() ? "returns as nothing" : "returns as " + loss.returnsAs;
-  if (report.outcome(loss, PolicyKind::kLookAlike, text)) return "looks like " + text;
-  return "";
+  std::string usual;
+  const bool isAlike = report.outcome(loss, PolicyKind::kLookAlike, text) &&
+                       report.outcome(loss, PolicyKind::kReplace, usual) && text != usual;
+  return isAlike ? "looks like " + text : "";
 }
 
 std::string lineOf(const LossReport& report, const Loss& loss) {

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "common/byte_blocks.h"
+
 namespace ksv_kit {
 namespace {
 
@@ -61,9 +63,50 @@ ScanResult Iso2022Scanner::scanCharacter(const uint8_t* text, size_t length) con
   return isPairByte(text[1]) ? ScanResult{2, ScanEnd::kAll, 0} : kBad;
 }
 
+// Behind blocks of eight bytes that hold nothing but characters of the set.
+size_t Iso2022Scanner::skipPlainBlocks(const uint8_t* text, size_t at, size_t length) const {
+  constexpr uint64_t kOnes = 0x0101010101010101u;
+  constexpr uint64_t kHighBits = 0x80 * kOnes;
+  for (; length - at >= 8; at += 8) {
+    const uint64_t block = ksv::blockAt(text + at);
+    if ((block & kHighBits) != 0) break;
+    const uint64_t escapes = block ^ kEscape * kOnes;
+    const bool hasEscape = ((escapes - kOnes) & ~escapes & kHighBits) != 0;
+    const bool arePairs =
+        ((block + 0x5F * kOnes) & kHighBits) == kHighBits && ((block + kOnes) & kHighBits) == 0;
+    if (set_ == Set::kSingle ? hasEscape : !arePairs) break;
+  }
+  return at;
+}
+
+// The length of the sound character that is no escape sequence, 0 for everything else.
+size_t Iso2022Scanner::plainLength(const uint8_t* text, size_t length) const {
+  const uint8_t first = text[0];
+  if (set_ == Set::kSingle) return first < 0x80 && first != kEscape ? 1 : 0;
+  const bool isPair = set_ == Set::kPairs && length > 1 && isPairByte(first) && isPairByte(text[1]);
+  return isPair ? 2 : 0;
+}
+
+// Most text is plain characters in short runs, with longer ones among them.
+size_t Iso2022Scanner::skipPlain(const uint8_t* text, size_t at, size_t length) {
+  constexpr size_t kWorthBlocks = 8;
+  const size_t begin = at;
+  size_t count = 0;
+  while (at < length) {
+    const size_t plain = plainLength(text + at, length - at);
+    if (plain == 0) break;
+    at += plain;
+    if (++count % kWorthBlocks == 0) at = skipPlainBlocks(text, at, length);
+  }
+  if (at != begin) escapesAtEnd_ = 0;
+  return at;
+}
+
 ScanResult Iso2022Scanner::scan(const uint8_t* text, size_t length) {
   size_t at = 0;
-  while (at < length) {
+  for (;;) {
+    at = skipPlain(text, at, length);
+    if (at == length) break;
     const bool isEscape = text[at] == kEscape;
     const ScanResult one =
         isEscape ? scanEscape(text + at, length - at) : scanCharacter(text + at, length - at);

@@ -31,6 +31,9 @@ class Iso2022Scanner {
  private:
   enum class Set { kSingle, kKana, kPairs };
 
+  size_t plainLength(const uint8_t* text, size_t length) const;
+  size_t skipPlain(const uint8_t* text, size_t at, size_t length);
+  size_t skipPlainBlocks(const uint8_t* text, size_t at, size_t length) const;
   ScanResult scanEscape(const uint8_t* text, size_t length);
   ScanResult scanCharacter(const uint8_t* text, size_t length) const;
 

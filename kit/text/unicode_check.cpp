@@ -6,6 +6,7 @@
 #include "common/byte_blocks.h"
 #include "common/byte_order.h"
 #include "common/utf16.h"
+#include "kit/text/utf8_validation.h"
 
 namespace ksv_kit {
 namespace {
@@ -71,8 +72,21 @@ ScanResult scanSequence(const uint8_t* text, size_t length) {
   return {lead.length, ScanEnd::kAll, 0};
 }
 
+// Where the last character of the text begins, as far as its bytes can tell.
+size_t lastCharacterBegin(const uint8_t* text, size_t length) {
+  constexpr size_t kMostContinuations = 3;
+  size_t at = length - 1;
+  while (at > 0 && length - at <= kMostContinuations && isContinuation(text[at])) --at;
+  return at;
+}
+
 ScanResult scanUtf8(const uint8_t* text, size_t length) {
+  constexpr size_t kWorthVectors = 64;
   size_t at = 0;
+  if (length >= kWorthVectors) {
+    const size_t whole = lastCharacterBegin(text, length);
+    if (isSurelyUtf8(text, whole)) at = whole;
+  }
   for (;;) {
     at = skipPlainThreeByte(text, at, length);
     at = skipAscii(text, at, length);

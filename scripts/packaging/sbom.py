@@ -49,7 +49,8 @@ COMPILED_INTO_COMMAND = (Foreign("libcli11-dev", "CLI11"),
                          Foreign("nlohmann-json3-dev", "JSON for Modern C++"))
 # By the names under which programs ask the system for them.
 SYSTEM_LIBRARIES = {b"libstdc++.so.6": Foreign("libstdc++6"), b"libgcc_s.so.1": Foreign("libgcc-s1"),
-                    b"libc.so.6": Foreign("libc6")}
+                    b"libc.so.6": Foreign("libc6"),
+                    b"libutf8proc.so.2": Foreign("libutf8proc2", "utf8proc")}
 LINKED_IN_ON_LINUX = (Foreign("libstdc++-12-dev", "libstdc++ and libgcc"),
                       Foreign("libgcc-12-dev", "libstdc++ and libgcc"))
 LINKED_IN_ON_WINDOWS = (Foreign("g++-mingw-w64-x86-64-posix", "libstdc++ and libgcc"),

@@ -92,6 +92,35 @@ TEST_F(CommandPage, tells_every_option_of_each_job) {
   }
 }
 
+TEST_F(CommandPage, tells_every_value_of_each_option_of_convert) {
+  const std::string help = ksv({"convert", "--help"}).out;
+  size_t count = 0;
+  for (size_t at = help.find(":{"); at != std::string::npos; at = help.find(":{", at + 1)) {
+    std::string values = help.substr(at + 2, help.find('}', at) - at - 2);
+    for (size_t comma = 0; (comma = values.find(',', comma)) != std::string::npos; comma += 2)
+      values.replace(comma, 1, "\\|");
+    EXPECT_NE(section("convert").find(values + '`'), std::string::npos) << values;
+    ++count;
+  }
+  EXPECT_GE(count, 7u);
+}
+
+TEST_F(CommandPage, tells_every_field_of_the_report_of_convert) {
+  write("text", "\xE2\x91\xA0 \xC2\xA5 \xFF");  // not in Shift_JIS, comes back as 5C, no UTF-8
+  const std::string out =
+      ksv({"convert", "-f", "UTF-8", "-t", "Shift_JIS", "--dry-run", "--report=json", "text"}).out;
+  expectTold("convert", out);
+  const auto report = nlohmann::json::parse(out);
+  ASSERT_EQ(report.at("losses").size(), 3u) << out;
+  for (const auto& loss : report.at("losses")) {
+    expectTold("convert", loss.dump());
+    EXPECT_NE(section("convert").find("`" + loss.at("kind").get<std::string>() + "`"),
+              std::string::npos)
+        << loss;
+    if (loss.contains("becomes")) expectTold("convert", loss.at("becomes").dump());
+  }
+}
+
 TEST_F(CommandPage, tells_every_check_of_doctor) {
   setEnvironment("Charsetpath", path("nowhere"));
   std::istringstream lines(ksv({"doctor", "--json"}).out);

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "kit/text/iso_2022_check.h"
+#include <algorithm>
+
 #include "command.h"
 #include "in_process.h"
+#include "kit/text/iso_2022_check.h"
 
 namespace ksv_cli_tests {
 namespace {
@@ -191,6 +193,32 @@ TEST(Iso2022JpText, is_closed_and_stays_empty_when_it_is) {
   for (const std::string source : {"UTF-8", "Shift_JIS", "ISO-2022-JP", "UTF-7"})
     for (const std::string target : {"ISO-2022-JP", "ISO-2022-JP-KANA", "ISO-2022-JP-2004"})
       EXPECT_EQ(converting().inPieces(source, target, "", 16), (Conversion{"", ""}));
+}
+
+// Blocks of plain characters are passed over at once: what breaks one is found wherever it is.
+TEST(Iso2022Scan, finds_what_breaks_a_run_at_every_place) {
+  for (const std::string& begin : {std::string("\x1B(B"), std::string("\x1B$B")}) {
+    const bool hasPairs = begin[1] == '$';
+    for (size_t place = 0; place < 40; ++place) {
+      for (int byte = 0; byte < 256; ++byte) {
+        std::string text = begin + std::string(40, '!') + begin;
+        text[begin.size() + place] = static_cast<char>(byte);
+        ksv_kit::Iso2022Scanner whole;
+        const auto found = whole.scan(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+        // Character by character: a piece is never long enough for a block.
+        ksv_kit::Iso2022Scanner stepping;
+        size_t at = 0;
+        while (at < text.size()) {
+          const size_t size =
+              std::min<size_t>(text.size() - at, hasPairs && text[at] != 0x1B ? 2 : 3);
+          const auto one = stepping.scan(reinterpret_cast<const uint8_t*>(text.data()) + at, size);
+          at += one.wellFormed;
+          if (one.end == ksv_kit::ScanEnd::kInvalid || one.wellFormed == 0) break;
+        }
+        ASSERT_EQ(found.wellFormed, at) << begin << ' ' << place << ' ' << byte;
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -119,6 +119,56 @@ TEST(Utf8Check, agrees_with_a_simple_reading_on_damaged_text) {
   }
 }
 
+// What a long text is looked at by, a vector at a time, against a reading character by character.
+std::string describedBySteps(const std::string& text) {
+  size_t at = 0;
+  while (at < text.size()) {
+    const ScanResult one = scan(UnicodeForm::kUtf8, text.substr(at, 4));
+    if (one.wellFormed == 0) {
+      const bool isCut = one.end == ScanEnd::kIncomplete && at + one.badLength == text.size();
+      return described({at, isCut ? ScanEnd::kIncomplete : ScanEnd::kInvalid, one.badLength});
+    }
+    at += one.wellFormed;
+  }
+  return described({at, ScanEnd::kAll, 0});
+}
+
+// Every bound of the bytes that mean something, three in a row, across the borders of vectors.
+TEST(Utf8Check, finds_every_fault_at_every_place_of_a_long_text) {
+  const std::string telling =
+      bytes({0x00, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0, 0xC1, 0xC2, 0xDF,
+             0xE0, 0xE1, 0xEC, 0xED, 0xEE, 0xEF, 0xF0, 0xF1, 0xF3, 0xF4, 0xF5, 0xFF});
+  for (const std::string& around : {std::string("a"), std::string("\xE3\x81\x82")}) {
+    for (const size_t place : {0u, 28u, 29u, 30u, 31u, 32u, 60u, 93u, 94u, 95u}) {
+      std::string front;
+      while (front.size() + around.size() <= place) front += around;
+      front.resize(place, 'x');
+      for (const char first : telling)
+        for (const char second : telling)
+          for (const char third : telling) {
+            std::string text = front + first + second + third;
+            while (text.size() < 99) text += around;
+            ASSERT_EQ(described(scan(UnicodeForm::kUtf8, text)), describedBySteps(text))
+                << place << ' ' << testing::PrintToString(text);
+          }
+    }
+  }
+}
+
+// Four bytes, of which the first three are a beginning.
+TEST(Utf8Check, finds_faults_of_four_bytes_at_the_border_of_vectors) {
+  for (int lead = 0xF0; lead <= 0xF5; ++lead)
+    for (int second = 0x7F; second <= 0xC0; second += second == 0x80 || second == 0x8E ? 1 : 5)
+      for (const int third : {0x41, 0x80, 0xBF, 0xC0})
+        for (const int fourth : {0x41, 0x80, 0xBF, 0xC0, 0xF0})
+          for (size_t place = 26; place < 34; ++place) {
+            const std::string text = std::string(place, 'x') +
+                                     bytes({lead, second, third, fourth}) + std::string(60, 'y');
+            ASSERT_EQ(described(scan(UnicodeForm::kUtf8, text)), describedBySteps(text))
+                << place << ' ' << testing::PrintToString(text);
+          }
+}
+
 TEST(Utf16Check, takes_paired_surrogates_in_both_orders) {
   EXPECT_EQ(utf16({0xD8, 0x3D, 0xDE, 0x00, 0, 'a'}), "6 all 0");
   EXPECT_EQ(utf16({0x3D, 0xD8, 0x00, 0xDE, 'a', 0}, false), "6 all 0");
