@@ -170,7 +170,8 @@ void EngineStage::closeGaps() {
   size_t from = checked_;
   for (;;) {
     const ScanResult found = scan(from);
-    if (found.wellFormed != 0)
+    // In front of the first gap nothing moves, nor is there anything yet where no text has come.
+    if (from != checked_)
       std::memmove(text_.data() + checked_, text_.data() + from, found.wellFormed);
     checked_ += found.wellFormed;
     from += found.wellFormed;
