@@ -17,18 +17,27 @@ void ShiftFilterStage::restart() {
   filter_ = makeFilter_();
   insertions_.clear();
   latest_.clear();
-  taken_ = made_ = inserted_ = 0;
+  taken_ = made_ = inserted_ = pieceBegin_ = filteredBefore_ = 0;
   counts_ = {};
   forgetProblem();
 }
 
 // What is refused only because nothing follows is a character that the end cuts.
 bool ShiftFilterStage::take(const uint8_t* bytes, size_t size, PieceEnd end, ByteBuffer& out) {
-  // Of the insertions in front of the latest two pieces only what they add up to counts.
-  constexpr size_t kKept = 64;
-  if (insertions_.size() > kKept) insertions_.erase(insertions_.begin(), insertions_.end() - kKept);
+  forgetOldInsertions();
+  filter_->forgetBefore(filteredBefore_);
+  pieceBegin_ = made_;
+  filteredBefore_ = made_ - inserted_;
   if (!filter(bytes, size, false, out)) return false;
   return end != PieceEnd::kEnd || filter(nullptr, 0, true, out);
+}
+
+// Of those in front of the latest piece only what they add up to counts, which the last one tells.
+void ShiftFilterStage::forgetOldInsertions() {
+  const auto young =
+      std::find_if(insertions_.begin(), insertions_.end(),
+                   [&](const Insertion& insertion) { return insertion.made >= pieceBegin_; });
+  if (young - insertions_.begin() > 1) insertions_.erase(insertions_.begin(), young - 1);
 }
 
 bool ShiftFilterStage::filter(const uint8_t* bytes, size_t size, bool isEnd, ByteBuffer& out) {
@@ -79,7 +88,7 @@ bool ShiftFilterStage::answer(size_t bad, uint64_t at, bool isCut, ByteBuffer& o
   const std::string text = encode_(answer.text);
   out.append(text);
   inserted_ += text.size();
-  insertions_.push_back({made_, inserted_, at});
+  insertions_.push_back({made_, text.size(), inserted_, at});
   made_ += text.size();
   return true;
 }
@@ -90,10 +99,8 @@ uint64_t ShiftFilterStage::originOf(uint64_t made) const {
       [](uint64_t wanted, const Insertion& insertion) { return wanted < insertion.made; });
   if (behind == insertions_.begin()) return filter_->originOf(made);
   const Insertion& last = *(behind - 1);
-  const uint64_t length =
-      behind - 1 == insertions_.begin() ? last.length : last.length - (behind - 2)->length;
-  const bool isInside = made - last.made < length;
-  return isInside ? last.origin : filter_->originOf(made - last.length);
+  const bool isInside = made - last.made < last.length;
+  return isInside ? last.origin : filter_->originOf(made - last.total);
 }
 
 }  // namespace ksv_kit

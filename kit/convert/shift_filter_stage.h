@@ -28,15 +28,17 @@ class ShiftFilterStage : public Stage {
   ProblemCounts counts() const override { return counts_; }
 
  private:
+  void forgetOldInsertions();
   bool filter(const uint8_t* bytes, size_t size, bool isEnd, ByteBuffer& out);
   void noteUsed(const uint8_t* bytes, size_t size);
   bool answer(size_t bad, uint64_t at, bool isCut, ByteBuffer& out);
   void append(ByteBuffer& out);
 
-  // What was put in among what the filter made: from there on the two differ by so much.
+  // What was put in among what the filter made.
   struct Insertion {
-    uint64_t made;    // where it begins in what the stage made
-    uint64_t length;  // and all in front of it together
+    uint64_t made;  // where it begins in what the stage made
+    uint64_t length;
+    uint64_t total;  // with all in front of it: so much the two differ behind it
     uint64_t origin;
   };
 
@@ -51,6 +53,8 @@ class ShiftFilterStage : public Stage {
   uint64_t taken_ = 0;
   uint64_t made_ = 0;
   uint64_t inserted_ = 0;
+  uint64_t pieceBegin_ = 0;      // in what the stage made
+  uint64_t filteredBefore_ = 0;  // and in what the filter made
   ProblemCounts counts_;
 };
 

@@ -33,8 +33,9 @@ class ShiftFilter {
   virtual size_t refusedBefore() const = 0;
 
   // The place in the filter's input that a place in its output comes from, both counted from the
-  // beginning of the text. Asked only for bytes of the latest two calls.
+  // beginning of the text. Nobody asks about output in front of what was told to be forgotten.
   virtual uint64_t originOf(uint64_t made) const = 0;
+  virtual void forgetBefore(uint64_t made) = 0;
 };
 
 // By the usual name of the encoding in lower case, "ibm930" or "iso-2022-kr"; null for all others.

@@ -6,8 +6,6 @@ namespace ksv_kit {
 
 size_t UnitFilter::filter(const uint8_t* bytes, size_t size, bool isEnd, std::vector<uint8_t>& out,
                           size_t& bad) {
-  links_.forgetBefore(callBegin_);
-  callBegin_ = madeBefore_;
   out_ = &out;
   outBegin_ = out.size();
   bad = 0;

@@ -19,6 +19,7 @@ class UnitFilter : public ShiftFilter {
                 size_t& bad) final;
   size_t refusedBefore() const final { return refusedBefore_; }
   uint64_t originOf(uint64_t made) const final { return links_.originOf(made); }
+  void forgetBefore(uint64_t made) final { links_.forgetBefore(made); }
 
  protected:
   using Bytes = std::span<const uint8_t>;
@@ -60,7 +61,6 @@ class UnitFilter : public ShiftFilter {
   std::vector<uint8_t>* out_ = nullptr;
   size_t outBegin_ = 0;      // where the call began to append
   uint64_t madeBefore_ = 0;  // bytes made by former calls
-  uint64_t callBegin_ = 0;   // where the latest call's output begins
   uint64_t origin_ = 0;      // where the unit stands in the text
   std::array<uint8_t, kLongestUnit> kept_ = {};
   size_t keptSize_ = 0;

@@ -40,6 +40,18 @@ TEST(Shifts, leave_places_of_problems_what_they_are) {
   EXPECT_EQ(convert("UTF-8", "IBM930", "\xE3\x81\x82\xF0\x9F\x98\x80", &options).result, KSV_OK);
 }
 
+// Many refusals in one call, and a character behind them that the target lacks.
+TEST(Shifts, know_the_place_of_a_problem_behind_much_that_was_refused) {
+  const std::string input("\xC1\x0E\x00\x06\x04\x00\x0E\x44\x75\x74\x66\x2D\x38", 13);
+  ksv_options options = KSV_OPTIONS_INIT;
+  options.invalid = KSV_DECIMAL_REFERENCE;
+  for (size_t length = 11; length <= input.size(); ++length) {
+    const Converted failed = convert("IBM930", "CP932", input.substr(0, length), &options);
+    EXPECT_EQ(failed.result, KSV_UNMAPPABLE);
+    EXPECT_EQ(failed.offset, 9u) << length;
+  }
+}
+
 TEST(Shifts, give_the_same_at_every_cut) {
   const char* const rows[][2] = {{"IBM930", "\xC1\x0E\x44\x81\x44\x82\x0F\xC2\x0E\x44"},
                                  {"ISO-2022-KR",
