@@ -49,7 +49,7 @@ static ksv_result convert(ksv_converter* converter, const char* connection, ksv_
     result = feed(converter, piece, length, error);
   if (result == KSV_OK) result = finish(converter, error);
   if (result != KSV_OK)
-    printf("\n%s at byte %" PRIu64 "\n", ksv_result_name(result), error->offset);
+    printf("\n%s at byte %" PRIu64 "\n", ksv_result_name((int32_t)result), error->offset);
   return result;
 }
 

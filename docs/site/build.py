@@ -23,7 +23,8 @@ from links import slug
 HERE = Path(__file__).resolve().parent
 NAVIGATION = {
     "The command": ["docs/command.md", "docs/convert.md"],
-    "The library": ["docs/conversion.md", "docs/detection.md", "docs/documents.md",
+    "The library libksv": ["docs/libksv.md", "docs/cookbook.md"],
+    "The library ksv_comm": ["docs/conversion.md", "docs/detection.md", "docs/documents.md",
                     "docs/cutting.md", "docs/strings.md", "docs/mapping.md", "docs/files.md",
                     "docs/paths.md", "docs/log.md", "docs/memory.md"],
     "Charsets": ["charsets/README.md", "docs/unicode.md", "docs/profiles.md"],

@@ -35,7 +35,8 @@ class Terminal:
         shutil.copy(project / "tests/ole/documents/japanese.doc", room / "report.doc")
 
     def type(self, command: str) -> subprocess.CompletedProcess[str]:
-        """What is printed on both ways, in its order."""
+        """What is printed on both ways, in its order. In a pipeline only the last command may print
+        to the terminal: which of several is first would be chance."""
         return subprocess.run(["bash", "-c", command], cwd=self._directory, encoding="utf-8",
                               env=self._environment, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, timeout=120, check=False)
