@@ -46,3 +46,10 @@ endif()
 
 # GCC 12 sees overlapping copies in "literal" + std::string, where there are none.
 set(KSV_NO_FALSE_OVERLAPS $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+
+# For sources that work with vectors of 32 bytes and more. Windows promises a stack that is aligned
+# for 16 bytes, which the compiler does not believe: what it spills there has to be moved as unaligned.
+set(KSV_UNALIGNED_VECTORS)
+if(WIN32)
+  set(KSV_UNALIGNED_VECTORS -Wa,-muse-unaligned-vector-move)
+endif()

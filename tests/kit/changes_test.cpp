@@ -96,7 +96,7 @@ TEST(Changes, leave_places_what_they_are) {
   EXPECT_EQ(whole.column, 3u);
   const Plan made = plan("CP932", "ISO-2022-JP", &options);
   const Converter stream = converter(made);
-  for (const size_t piece : {1, 2, 3, 5}) {
+  for (const size_t piece : {1U, 2U, 3U, 5U}) {
     ksv_converter_reset(stream.get());
     EXPECT_EQ(withoutText(feed(stream.get(), input, piece, 3)), whole) << piece;
   }
