@@ -2,15 +2,10 @@
 
 #include <utility>
 
+#include "kit/text/offset_links.h"
 #include "kit/text/replay.h"
 
 namespace ksv_kit {
-namespace {
-
-// Bytes that the stage behind may hold in front of the latest two pieces.
-constexpr uint64_t kKept = 1024;
-
-}  // namespace
 
 void ConversionJournal::note(const ConverterRecord& before, const ConverterRecord& after,
                              const BufferOffsets& offsets) {
@@ -48,7 +43,8 @@ void ConversionJournal::noteInserted(size_t bytes, uint64_t offset) {
 }
 
 void ConversionJournal::beginPiece() {
-  while (!calls_.empty() && calls_.front().outputEnd + kKept <= pieceBegin_) calls_.pop_front();
+  while (!calls_.empty() && calls_.front().outputEnd + OffsetLinks::kHeldBehind <= pieceBegin_)
+    calls_.pop_front();
   pieceBegin_ = written_;
 }
 

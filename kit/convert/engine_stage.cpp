@@ -157,8 +157,7 @@ bool EngineStage::convertUpToBad(const ScanResult& bad, ByteBuffer& out) {
   if (!answerInvalid(isTruncated ? ProblemKind::kTruncated : ProblemKind::kInvalid, checked_,
                      bad.badLength, out))
     return false;
-  if (left != 0)
-    std::memmove(text_.data() + begin_ + bad.badLength, text_.data() + begin_, left);
+  if (left != 0) std::memmove(text_.data() + begin_ + bad.badLength, text_.data() + begin_, left);
   begin_ += bad.badLength;
   checked_ += bad.badLength;
   return true;

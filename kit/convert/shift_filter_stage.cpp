@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "kit/text/offset_links.h"
+
 namespace ksv_kit {
 
 ShiftFilterStage::ShiftFilterStage(MakeFilter makeFilter, Encode encode, const Policy& invalid,
@@ -35,8 +37,9 @@ bool ShiftFilterStage::take(const uint8_t* bytes, size_t size, PieceEnd end, Byt
 // Of those in front of the latest piece only what they add up to counts, which the last one tells.
 void ShiftFilterStage::forgetOldInsertions() {
   const auto young =
-      std::find_if(insertions_.begin(), insertions_.end(),
-                   [&](const Insertion& insertion) { return insertion.made >= pieceBegin_; });
+      std::find_if(insertions_.begin(), insertions_.end(), [&](const Insertion& insertion) {
+        return insertion.made + OffsetLinks::kHeldBehind >= pieceBegin_;
+      });
   if (young - insertions_.begin() > 1) insertions_.erase(insertions_.begin(), young - 1);
 }
 
