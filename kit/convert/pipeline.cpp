@@ -6,6 +6,7 @@
 #include "kit/convert/iso_2022_planes.h"
 #include "kit/convert/iso_2022_shifts.h"
 #include "kit/convert/mail_stage.h"
+#include "kit/convert/refusal_stage.h"
 #include "kit/convert/shift_filter_stage.h"
 #include "kit/shifts/shift_filter.h"
 #include "kit/text/resynchronisation.h"
@@ -103,13 +104,15 @@ Pipeline::Pipeline(const ConversionTask& task) : task_(task) {
   if (hasShifts(task.source)) add(std::make_unique<ShiftStage>());
   if (hasFilter(task.source)) addReadingFilter();
   const bool readsMail = isMail(task.source.kind);
-  const bool isInTwoSteps = readsMail || !task.changes.empty() || needsUtf8Between(task);
+  const bool isInTwoSteps =
+      readsMail || !task.changes.empty() || hasFilter(task.target) || needsUtf8Between(task);
   if (readsMail)
     add(std::make_unique<MailStage>(task.source, task.invalid));
   else if (isInTwoSteps)
     addReadingEngine();
   for (const auto& makeChange : task.changes) add(makeChange(task));
   if (hasLineEndsOfItsOwn(task)) addLineEndEngine();
+  if (hasFilter(task.target)) addRefusalOfShifts();
   addWritingEngine(isInTwoSteps);
   if (hasPlanes(task.target)) add(std::make_unique<PlaneWritingStage>());
   if (hasFilter(task.target)) addWritingFilter();
@@ -134,6 +137,18 @@ void Pipeline::addReadingFilter() {
       [&source] { return readingFilter(source.shifts); },
       [&source](std::string_view utf8) { return statelessText(source, utf8); }, task_.invalid,
       source.display));
+}
+
+// As characters they would come out as what shifts.
+void Pipeline::addRefusalOfShifts() {
+  constexpr char32_t kShiftOut = 0x0E;
+  constexpr char32_t kShiftIn = 0x0F;
+  constexpr char32_t kEscape = 0x1B;
+  RefusedCharacters refused;
+  refused.add(kShiftOut, kShiftIn);
+  if (task_.target.shifts.starts_with("iso-2022")) refused.add(kEscape, kEscape);
+  add(std::make_unique<RefusalStage>(std::move(refused), ProblemKind::kUnmappable, task_.unmappable,
+                                     task_.target.display));
 }
 
 // What the engine makes is well-formed.

@@ -52,6 +52,7 @@ class Pipeline {
  private:
   EngineTask& newEngineTask();
   void addReadingFilter();
+  void addRefusalOfShifts();
   void addWritingFilter();
   void addReadingEngine();
   void addLineEndEngine();

@@ -40,6 +40,17 @@ TEST(Shifts, leave_places_of_problems_what_they_are) {
   EXPECT_EQ(convert("UTF-8", "IBM930", "\xE3\x81\x82\xF0\x9F\x98\x80", &options).result, KSV_OK);
 }
 
+// Characters that are shifts in the target are lacking in it.
+TEST(Shifts, are_no_characters_that_can_be_written) {
+  for (const char* const input : {"a\x0E", "a\x0F"}) {
+    const Converted failed = convert("UTF-8", "IBM930", input);
+    EXPECT_EQ(failed.result, KSV_UNMAPPABLE) << failed.message;
+    EXPECT_EQ(failed.offset, 1u);
+    EXPECT_EQ(convert("SJIS", "ISO-2022-KR", input).result, KSV_UNMAPPABLE);
+  }
+  EXPECT_EQ(convert("UTF-8", "ISO-2022-CN", "a\x1B").result, KSV_UNMAPPABLE);
+}
+
 // Many refusals in one call, and a character behind them that the target lacks.
 TEST(Shifts, know_the_place_of_a_problem_behind_much_that_was_refused) {
   const std::string input("\xC1\x0E\x00\x06\x04\x00\x0E\x44\x75\x74\x66\x2D\x38", 13);
