@@ -12,12 +12,12 @@
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
 #include "cli/text/text_conversion.h"
-#include "cli/text/visible_replacement.h"
 #include "kit/charsets/name_matching.h"
 #include "kit/convert/plan.h"
 #include "kit/convert/plan_options.h"
 #include "kit/profiles/profile.h"
 #include "kit/text/unicode_check.h"
+#include "kit/convert/visible_replacement.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
@@ -261,7 +261,7 @@ ConversionSettings conversionSettings(const ConvertArguments& arguments,
     options.narrowReplacement = replacementUnit(*arguments.replacement);
     options.wideReplacement = options.narrowReplacement;
   } else if (options.replaceUnmappable != 0) {
-    makeReplacementVisible(settings.target.name, options);
+    ksv_kit::makeReplacementVisible(settings.target.name, options);
   }
   setNewlines(arguments.newline, options);
   setReferences(arguments, settings.target, options);

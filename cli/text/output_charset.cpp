@@ -6,8 +6,8 @@
 
 #include "cli/system/failure.h"
 #include "cli/text/text_conversion.h"
-#include "cli/text/visible_replacement.h"
 #include "kit/text/unicode_check.h"
+#include "kit/convert/visible_replacement.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
@@ -78,7 +78,7 @@ OutputCharset::OutputCharset(const CharsetNames& names, const std::string& name,
   ConvertOptions& options = settings_.options;
   options.outputBigEndian = !target->hasByteOrder() || target->order == ByteOrder::kBig;
   options.replaceUnmappable = 1;
-  if (lacking == Lacking::kIsShown) makeReplacementVisible(settings_.target.name, options);
+  if (lacking == Lacking::kIsShown) ksv_kit::makeReplacementVisible(settings_.target.name, options);
 }
 
 bool OutputCharset::holds(const std::string& utf8) const {

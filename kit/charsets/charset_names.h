@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "kit/text/unicode_form.h"
+#include "kit/charsets/unicode_form.h"
 
 namespace ksv_kit {
 

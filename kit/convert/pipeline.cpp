@@ -148,7 +148,7 @@ void Pipeline::addRefusalOfShifts() {
   refused.add(kShiftOut, kShiftIn);
   if (task_.target.shifts.starts_with("iso-2022")) refused.add(kEscape, kEscape);
   add(std::make_unique<RefusalStage>(std::move(refused), ProblemKind::kUnmappable, task_.unmappable,
-                                     task_.target.display));
+                                     task_.target.display, task_.lookAlikes));
 }
 
 // What the engine makes is well-formed.

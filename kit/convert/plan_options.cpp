@@ -12,6 +12,7 @@
 #include "kit/convert/refusal_stage.h"
 #include "kit/convert/results.h"
 #include "kit/convert/text_change_stage.h"
+#include "kit/convert/visible_replacement.h"
 #include "kit/profiles/profile.h"
 #include "kit/profiles/profile_change.h"
 #include "kit/text/unicode_check.h"
@@ -94,16 +95,6 @@ Policy policyOf(int32_t policy, const char* text, const ksv_options& options,
   return result;
 }
 
-// The engine's own replacement for wide characters is a wide one, and a charset without it
-// gets nothing for them. There it becomes the narrow one, a question mark.
-void makeReplacementVisible(const std::string& target, ConvertOptions& options) {
-  constexpr size_t kCode = 2;
-  ConverterRecord record{};
-  options.replaceUnmappable = 1;
-  cconvInitConvert(&record, &options, target.c_str());
-  if (record.wideReplacement[kCode] == 0) options.narrowReplacement = options.wideReplacement = '?';
-}
-
 ConvertOptions engineOptions(const ksv_options& options, const CharsetChoice& target) {
   ConvertOptions result{};
   const bool isBig = target.order == ByteOrder::kOpen ? options.byte_order == KSV_BIG_ENDIAN
@@ -114,7 +105,8 @@ ConvertOptions engineOptions(const ksv_options& options, const CharsetChoice& ta
   result.newlineForm = options.newlines == KSV_NEWLINES_LF   ? KSV_NEWLINE_LF
                        : options.newlines == KSV_NEWLINES_CR ? KSV_NEWLINE_CR
                                                              : KSV_NEWLINE_CRLF;
-  if (options.unmappable == KSV_BUILT_IN) makeReplacementVisible(target.name, result);
+  result.replaceUnmappable = options.unmappable == KSV_BUILT_IN;
+  if (result.replaceUnmappable != 0) makeReplacementVisible(target.name, result);
   return result;
 }
 
@@ -165,7 +157,8 @@ void addRefusal(ConversionTask& task, RefusedCharacters refused, ProblemKind kin
   task.changes.push_back([refused = std::move(refused), kind](const ConversionTask& of) {
     const bool isOfSource = kind == ProblemKind::kInvalid;
     return std::make_unique<RefusalStage>(refused, kind, isOfSource ? of.invalid : of.unmappable,
-                                          (isOfSource ? of.source : of.target).display);
+                                          (isOfSource ? of.source : of.target).display,
+                                          of.lookAlikes);
   });
 }
 

@@ -9,8 +9,27 @@
 namespace ksv_kit {
 
 RefusalStage::RefusalStage(RefusedCharacters refused, ProblemKind kind, const Policy& policy,
-                           std::string charset)
-    : refused_(std::move(refused)), kind_(kind), policy_(policy), charset_(std::move(charset)) {}
+                           std::string charset, LookAlikes lookAlikes)
+    : refused_(std::move(refused)),
+      kind_(kind),
+      policy_(policy),
+      charset_(std::move(charset)),
+      lookAlikes_(lookAlikes) {}
+
+// Of look-alikes the first that is not refused as well; whether the target has it is seen behind.
+std::string RefusalStage::textOf(const Answer& answer, uint32_t character) const {
+  if (answer.kind == Answer::Kind::kBuiltIn) return "?";
+  if (policy_.kind != PolicyKind::kLookAlike || lookAlikes_ == nullptr) return answer.text;
+  for (const std::string& candidate : lookAlikes_(character))
+    if (!refusesAnyOf(candidate)) return candidate;
+  return answer.text;
+}
+
+bool RefusalStage::refusesAnyOf(std::string_view text) const {
+  for (size_t at = 0; at < text.size(); at += utf8LengthOf(text[at]))
+    if (refused_.refuses(firstCharacter(text.substr(at)))) return true;
+  return false;
+}
 
 void RefusalStage::restart() {
   links_ = {};
@@ -50,9 +69,7 @@ bool RefusalStage::answer(uint32_t character, size_t length, uint64_t at, ByteBu
   if (answer.kind == Answer::Kind::kFail) return fail(problem);
   (kind_ == ProblemKind::kInvalid ? counts_.invalidBytes : counts_.unmappable) +=
       kind_ == ProblemKind::kInvalid ? length : 1;
-  // Of two views: of a string and an array the text would be a copy that is gone behind this line.
-  const std::string_view text =
-      answer.kind == Answer::Kind::kBuiltIn ? std::string_view("?") : std::string_view(answer.text);
+  const std::string text = textOf(answer, character);
   links_.add(made_, at);
   out.append(text);
   made_ += text.size();

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "kit/text/unicode_form.h"
+#include "kit/charsets/unicode_form.h"
 
 namespace ksv_kit {
 

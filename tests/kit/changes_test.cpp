@@ -44,6 +44,12 @@ TEST(Profiles, have_refused_characters_replaced_by_texts_of_any_length) {
   }
 }
 
+TEST(Profiles, have_refused_characters_written_by_what_looks_like_them) {
+  ksv_options windows = profile("windows");
+  windows.unmappable = KSV_LOOK_ALIKE;
+  EXPECT_EQ(convert("UTF-8", "SJIS", "a\xE3\x80\x9Cz", &windows), text("a\x81\x60z"));
+}
+
 TEST(Profiles, are_read_from_a_text_of_the_callers) {
   ksv_options options = KSV_OPTIONS_INIT;
   options.profile_text = "what is this\n";

@@ -1,6 +1,6 @@
-#include "cli/text/visible_replacement.h"
+#include "kit/convert/visible_replacement.h"
 
-namespace ksv_cli {
+namespace ksv_kit {
 
 void makeReplacementVisible(const std::string& targetCharset, ConvertOptions& options) {
   constexpr size_t kCode = 2;
@@ -11,4 +11,4 @@ void makeReplacementVisible(const std::string& targetCharset, ConvertOptions& op
   if (record.wideReplacement[kCode] == 0) options.narrowReplacement = options.wideReplacement = '?';
 }
 
-}  // namespace ksv_cli
+}  // namespace ksv_kit
