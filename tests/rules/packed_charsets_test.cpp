@@ -22,7 +22,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string kShipped = KSV_TEST_CHARSET_DIRECTORY;
+// With its drive, where there are drives: the tests work in directories on others.
+const std::string kShipped =
+    std::filesystem::absolute(KSV_TEST_CHARSET_DIRECTORY).generic_string();
 const std::string kPackName = PackedCharsets::kFileName;
 
 std::unique_ptr<const PackedCharsets> shippedPack() { return PackedCharsets::open(kShipped); }
