@@ -53,6 +53,7 @@ SYSTEM_LIBRARIES = {b"libstdc++.so.6": Foreign("libstdc++6"), b"libgcc_s.so.1": 
                     b"libutf8proc.so.2": Foreign("libutf8proc2", "utf8proc")}
 LINKED_IN_ON_LINUX = (Foreign("libstdc++-12-dev", "libstdc++ and libgcc"),
                       Foreign("libgcc-12-dev", "libstdc++ and libgcc"))
+LINKED_INTO_COMMAND_ON_LINUX = (Foreign("libutf8proc-dev", "utf8proc"),)
 LINKED_IN_ON_WINDOWS = (Foreign("g++-mingw-w64-x86-64-posix", "libstdc++ and libgcc"),
                         Foreign("mingw-w64-x86-64-dev", "the run-time library of MinGW-w64"))
 TOOLS = tuple(Foreign(package, purpose="APPLICATION")
@@ -155,6 +156,8 @@ def runtime_in(file, path):
 def foreign_in(file, path):
     """What others made that is in a file."""
     foreign = list(COMPILED_INTO_COMMAND) if is_command(file.name) else []
+    if is_command(file.name) and not is_for_windows(path):
+        foreign += LINKED_INTO_COMMAND_ON_LINUX
     return foreign + (runtime_in(file, path) if is_program(file.name) else [])
 
 

@@ -171,7 +171,7 @@ class Sbom(MadeUpTree):
     def test_names_what_is_compiled_into_a_program(self):
         licences = self.licences(self.document(*self.archives()))
         self.assertEqual(licences["./t/bin/ksv"], "Apache-2.0 AND BSD-3-Clause AND MIT AND "
-                                                  "GPL-3.0-or-later WITH GCC-exception-3.1")
+                                                  "Unicode-DFS-2015 AND GPL-3.0-or-later WITH GCC-exception-3.1")
         self.assertEqual(licences["./t/lib/libksv_comm.so.0.1.2.3"], "Apache-2.0")
         self.assertEqual(licences["./t/bin/ksv_comm.dll"],
                          "Apache-2.0 AND GPL-3.0-or-later WITH GCC-exception-3.1 AND ZPL-2.1 AND MIT")
