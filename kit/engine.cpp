@@ -45,13 +45,6 @@ class Use {
   bool isGranted_;
 };
 
-std::vector<std::string> loadedCharsets() {
-  std::vector<std::string> names;
-  char name[KSV_NAME_SIZE];
-  for (int32_t index = 0; cconvEnumGroup(index, name) != 0; ++index) names.emplace_back(name);
-  return names;
-}
-
 // Of its converter records this library sees what every caller sees: the row of the codec table is
 // one of those things, and says where the engine's list of system errors is.
 const ksv::FaultAccess* faultAccess(const std::vector<std::string>& charsets) {

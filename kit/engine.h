@@ -24,13 +24,23 @@ class Engine {
 
   const CharsetNames& names() const { return names_; }
 
+  // Calls the function with the engine. Throws UnusableEngine where its work may rest on something
+  // that could not be read.
+  template <typename Function>
+  static void refusingFaults(Function function) {
+    const Engine& engine = instance();
+    const uint64_t faults = engine.faultCount();
+    function(engine);
+    engine.refuseFaultsBehind(faults);
+  }
+
+ private:
   // How many system errors the engine has noted: an answer behind which there are more may rest
   // on what could not be read.
   uint64_t faultCount() const { return faults_ == nullptr ? 0 : faults_->count(); }
   // Throws UnusableEngine with the first of them behind so many.
   void refuseFaultsBehind(uint64_t count) const;
 
- private:
   Engine(CharsetNames names, const ksv::FaultAccess* faults);
   static Engine* start();
 

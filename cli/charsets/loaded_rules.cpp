@@ -56,12 +56,7 @@ RuleBase::~RuleBase() {
 
 void RuleBase::leaveToSystem() { isLeftToSystem = true; }
 
-std::vector<std::string> RuleBase::charsets() const {
-  std::vector<std::string> names;
-  char name[KSV_NAME_SIZE];
-  for (int32_t index = 0; cconvEnumGroup(index, name) != 0; ++index) names.emplace_back(name);
-  return names;
-}
+std::vector<std::string> RuleBase::charsets() const { return ksv_kit::loadedCharsets(); }
 
 CharsetNames RuleBase::names() const {
   std::vector<CharsetAlias> aliases;

@@ -15,9 +15,9 @@
 #include "kit/charsets/name_matching.h"
 #include "kit/convert/plan.h"
 #include "kit/convert/plan_options.h"
+#include "kit/convert/visible_replacement.h"
 #include "kit/profiles/profile.h"
 #include "kit/text/unicode_check.h"
-#include "kit/convert/visible_replacement.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {

@@ -11,12 +11,6 @@ class ByteSource {
   virtual ~ByteSource() = default;
   // Reads at least one byte and at most size; 0 means the end. Throws Failure.
   virtual size_t read(uint8_t* buffer, size_t size) = 0;
-
-  // Where in the file a byte that was read comes from. Differs from its own offset
-  // when the bytes are a conversion of the file's.
-  virtual uint64_t fileOffset(uint64_t offset) const { return offset; }
-  // Bytes in front of this offset are not asked about any more.
-  virtual void forgetBefore(uint64_t) {}
 };
 
 class ByteSink {

@@ -12,12 +12,6 @@ struct ConversionCounts {
 
   bool any() const { return invalidBytes != 0 || replaced != 0; }
 
-  ConversionCounts& operator+=(const ConversionCounts& other) {
-    invalidBytes += other.invalidBytes;
-    replaced += other.replaced;
-    return *this;
-  }
-
   // "3 invalid bytes skipped, 2 characters replaced"
   std::string inWords() const {
     return std::to_string(invalidBytes) + (invalidBytes == 1 ? " invalid byte" : " invalid bytes") +

@@ -46,4 +46,11 @@ std::optional<std::string> charsetDirectory() {
   return std::move(found->path);
 }
 
+std::vector<std::string> loadedCharsets() {
+  std::vector<std::string> names;
+  char name[KSV_NAME_SIZE];
+  for (int32_t index = 0; cconvEnumGroup(index, name) != 0; ++index) names.emplace_back(name);
+  return names;
+}
+
 }  // namespace ksv_kit

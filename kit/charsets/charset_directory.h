@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ksv_kit {
 
@@ -16,5 +17,8 @@ struct FoundCharsetDirectory {
 std::optional<FoundCharsetDirectory> findCharsetDirectory();
 // Its path.
 std::optional<std::string> charsetDirectory();
+
+// What the engine has loaded, in that order.
+std::vector<std::string> loadedCharsets();
 
 }  // namespace ksv_kit

@@ -33,6 +33,11 @@ struct CharsetChoice {
   bool hasByteOrder() const { return form != UnicodeForm::kNone && form != UnicodeForm::kUtf8; }
 };
 
+// UTF-8, called in messages by that name.
+inline CharsetChoice utf8ShownAs(const std::string& display) {
+  return {"utf-8", display, UnicodeForm::kUtf8, ByteOrder::kOpen, CharsetKind::kCharset};
+}
+
 // Another name of a charset.
 struct CharsetAlias {
   std::string alias;

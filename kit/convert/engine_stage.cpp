@@ -1,12 +1,12 @@
 #include "kit/convert/engine_stage.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
 #include "kit/limits.h"
 #include "kit/text/chunk_boundary.h"
+#include "kit/text/formatted.h"
 #include "kit/text/replay.h"
 #include "kit/text/resynchronisation.h"
 #include "kit/unicode/utf8_text.h"
@@ -18,13 +18,6 @@ namespace {
 constexpr size_t kSmallestOutput = 2048;
 constexpr uint32_t kEscape = 0x1B;
 constexpr char kPlainReplacement[] = "?";
-
-template <typename Value>
-std::string formatted(const char* format, Value value) {
-  char text[32];
-  std::snprintf(text, sizeof text, format, value);
-  return text;
-}
 
 // As long as a text is shorter than this, it may begin with a mark that is not all there.
 size_t longestMark(UnicodeForm form) {
@@ -62,11 +55,9 @@ EngineStage::EngineStage(const EngineTask& task) : task_(task) {
 
 void EngineStage::setUp() {
   std::memset(&prepared_, 0, sizeof prepared_);
-  std::memset(&inserting_, 0, sizeof inserting_);
   // Byte-oriented charsets are read most significant byte first. What is invalid is left out here:
   // the engine's decoders go on behind it each in a way of its own.
   uint32_t parameters[3] = {1, 0, 0};
-  uint32_t ofUtf8[3] = {1, 0, 0};
   if (cconvInitConvert(&prepared_, &task_.options, task_.target.name.c_str()) != KSV_STATUS_DONE)
     throw ImpossibleConversion("the charset " + task_.target.display + " cannot be set up");
   // What is replaced is counted, so the engine is asked for it one by one.
@@ -74,11 +65,9 @@ void EngineStage::setUp() {
   inserting_ = prepared_;
   if (cconvChgCharset(&prepared_, parameters, task_.source.name.c_str()) != KSV_STATUS_DONE)
     throw ImpossibleConversion("the charset " + task_.source.display + " cannot be set up");
-  cconvChgCharset(&inserting_, ofUtf8, "utf-8");
+  cconvChgCharset(&inserting_, parameters, "utf-8");
   if (!task_.language.empty()) cconvChgLang(&prepared_, task_.language.c_str());
-  // It would begin an escape sequence of the target.
-  refusesEscape_ =
-      task_.target.kind == CharsetKind::kIso2022 && task_.source.kind != CharsetKind::kIso2022;
+  refusesEscape_ = refusesEscape(task_.source, task_.target);
 }
 
 void EngineStage::restart() {
@@ -316,16 +305,14 @@ bool EngineStage::takeUnmappable(const ConverterRecord& before, ByteBuffer& out)
   if (!isCharacter &&
       (task_.invalid.kind != PolicyKind::kFail || task_.unmappable.kind == PolicyKind::kFail))
     return answerCodeWithoutCharacter(unmappableStart(before), end, out);
-  const PolicyKind policy = task_.unmappable.kind;
-  const bool needsPlace = task_.unmappable.needsPlace() || policy == PolicyKind::kFail ||
-                          policy == PolicyKind::kBuiltIn;
+  const bool needsPlace = task_.unmappable.needsPlace();
   const size_t start = needsPlace ? unmappableStart(before) : end;
   Problem problem;
   if (needsPlace) problem = problemAt(ProblemKind::kUnmappable, start, end);
   problem.kind = ProblemKind::kUnmappable;
   if (isCharacter) problem.codePoint = record_.unicodeCode;
   const uint32_t mark = record_.secondCode;
-  const Answer answer = judgeUnmappable(problem);
+  const Answer answer = answerBy(task_.unmappable, problem);
   if (!answerUnmappable(std::move(problem), answer, start, end, out)) return false;
   return mark == 0 || answer.kind == Answer::Kind::kBuiltIn || answerMark(mark, out);
 }
@@ -334,22 +321,20 @@ bool EngineStage::answerCodeWithoutCharacter(size_t start, size_t end, ByteBuffe
   if (task_.invalid.kind != PolicyKind::kFail)
     return answerInvalid(ProblemKind::kInvalid, start, end - start, out);
   Problem problem = problemAt(ProblemKind::kInvalid, start, end);
-  problem.message =
-      formatted("the code 0x%02X", record_.rawCode) + " is not in " + task_.source.display;
+  problem.message = messageOfCode();
   return fail(std::move(problem));
 }
 
-Answer EngineStage::judgeUnmappable(const Problem& problem) {
-  return answerBy(task_.unmappable, problem);
+std::string EngineStage::messageOfCode() const {
+  return formatted("the code 0x%02X", record_.rawCode) + " is not in " + task_.source.display;
 }
 
 bool EngineStage::answerUnmappable(Problem problem, const Answer& answer, size_t start, size_t end,
                                    ByteBuffer& out) {
   const auto refuse = [&] {
     const bool isCharacter = problem.codePoint != Problem::kNoCodePoint;
-    problem.message = isCharacter ? formatted("U+%04X", problem.codePoint)
-                                  : formatted("the code 0x%02X", record_.rawCode);
-    problem.message += " is not in " + (isCharacter ? task_.target : task_.source).display;
+    problem.message =
+        isCharacter ? messageOfLacking(problem.codePoint, task_.target.display) : messageOfCode();
     return fail(std::move(problem));
   };
   if (answer.kind == Answer::Kind::kFail) return refuse();
@@ -367,7 +352,7 @@ bool EngineStage::answerMark(uint32_t mark, ByteBuffer& out) {
   Problem problem;
   problem.kind = ProblemKind::kUnmappable;
   problem.codePoint = mark;
-  const Answer answer = judgeUnmappable(problem);
+  const Answer answer = answerBy(task_.unmappable, problem);
   return answerUnmappable(std::move(problem), answer, begin_, begin_, out);
 }
 
@@ -398,7 +383,7 @@ bool EngineStage::takeEscape(size_t at, ByteBuffer& out) {
   const size_t behind = at + unitSize(task_.source);
   Problem problem = problemAt(ProblemKind::kUnmappable, at, behind);
   problem.codePoint = kEscape;
-  Answer answer = judgeUnmappable(problem);
+  Answer answer = answerBy(task_.unmappable, problem);
   // The engine would not replace what it can write.
   if (answer.kind == Answer::Kind::kBuiltIn)
     answer = {Answer::Kind::kWrite, utf8Of(record_.options.narrowReplacement)};

@@ -37,6 +37,11 @@ struct EngineTask {
   bool tellsOrigins = false;  // another stage follows
 };
 
+// Whether U+001B would come out as the beginning of an escape sequence of the target.
+inline bool refusesEscape(const CharsetChoice& source, const CharsetChoice& target) {
+  return target.kind == CharsetKind::kIso2022 && source.kind != CharsetKind::kIso2022;
+}
+
 class EngineStage : public Stage {
  public:
   // The task outlives the stage. Throws ImpossibleConversion when the charsets cannot be set up.
@@ -74,7 +79,7 @@ class EngineStage : public Stage {
   bool answerUnmappable(Problem problem, const Answer& answer, size_t start, size_t end,
                         ByteBuffer& out);
   bool answerMark(uint32_t mark, ByteBuffer& out);
-  Answer judgeUnmappable(const Problem& problem);
+  std::string messageOfCode() const;
   bool writeLookAlike(uint32_t character, ByteBuffer& out);
   bool writeBuiltIn(size_t start, size_t end, ByteBuffer& out);
   bool encode(std::string_view utf8, ByteBuffer& out);

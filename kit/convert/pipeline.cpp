@@ -1,5 +1,6 @@
 #include "kit/convert/pipeline.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -59,8 +60,8 @@ bool hasLineEndsOfItsOwn(const ConversionTask& task) {
 // A character goes from a set of the source to the same set of the target with its
 // code as it is. Half-width katakana in mail have other codes of that set than all
 // other texts, and OASYS_ONLINE can read JIS X 0201, but not write it.
-bool needsUtf8Between(const ConversionTask& task) {
-  if (hasLineEndsOfItsOwn(task)) return true;
+bool needsUtf8Between(const ConversionTask& task, bool hasOwnLineEnds) {
+  if (hasOwnLineEnds) return true;
   if (task.source.form != UnicodeForm::kNone) return false;
   if (task.target.name == "oasys_online" || readsOtherControls(task)) return true;
   if (task.source.kind != CharsetKind::kIso2022) return false;
@@ -72,10 +73,6 @@ bool isMail(CharsetKind kind) { return kind == CharsetKind::kUtf7 || kind == Cha
 bool hasPlanes(const CharsetChoice& charset) { return charset.name == "iso-2022-jp-2004"; }
 bool hasFilter(const CharsetChoice& charset) { return charset.kind == CharsetKind::kShifts; }
 bool hasShifts(const CharsetChoice& charset) { return charset.name.starts_with("cp50220"); }
-
-CharsetChoice utf8ShownAs(const std::string& display) {
-  return {"utf-8", display, UnicodeForm::kUtf8, ByteOrder::kOpen, CharsetKind::kCharset};
-}
 
 // Text of a policy as the engine knows the charset; what it lacks is a question mark.
 std::string statelessText(const CharsetChoice& charset, std::string_view utf8) {
@@ -96,22 +93,23 @@ std::string statelessText(const CharsetChoice& charset, std::string_view utf8) {
 bool isDirect(const ConversionTask& task) {
   return task.changes.empty() && !isMail(task.source.kind) && !hasPlanes(task.source) &&
          !hasShifts(task.source) && !hasFilter(task.source) && !hasFilter(task.target) &&
-         !hasPlanes(task.target) && !needsUtf8Between(task);
+         !hasPlanes(task.target) && !needsUtf8Between(task, hasLineEndsOfItsOwn(task));
 }
 
-Pipeline::Pipeline(const ConversionTask& task) : task_(task) {
+Pipeline::Pipeline(const ConversionTask& task)
+    : task_(task), hasOwnLineEnds_(hasLineEndsOfItsOwn(task)) {
   if (hasPlanes(task.source)) add(std::make_unique<PlaneReadingStage>());
   if (hasShifts(task.source)) add(std::make_unique<ShiftStage>());
   if (hasFilter(task.source)) addReadingFilter();
   const bool readsMail = isMail(task.source.kind);
-  const bool isInTwoSteps =
-      readsMail || !task.changes.empty() || hasFilter(task.target) || needsUtf8Between(task);
+  const bool isInTwoSteps = readsMail || !task.changes.empty() || hasFilter(task.target) ||
+                            needsUtf8Between(task, hasOwnLineEnds_);
   if (readsMail)
     add(std::make_unique<MailStage>(task.source, task.invalid));
   else if (isInTwoSteps)
     addReadingEngine();
   for (const auto& makeChange : task.changes) add(makeChange(task));
-  if (hasLineEndsOfItsOwn(task)) addLineEndEngine();
+  if (hasOwnLineEnds_) addLineEndEngine();
   if (hasFilter(task.target)) addRefusalOfShifts();
   addWritingEngine(isInTwoSteps);
   if (hasPlanes(task.target)) add(std::make_unique<PlaneWritingStage>());
@@ -187,7 +185,7 @@ void Pipeline::addLineEndEngine() {
 void Pipeline::addWritingEngine(bool readsUtf8) {
   EngineTask& engine = newEngineTask();
   engine.options = task_.options;
-  if (hasLineEndsOfItsOwn(task_)) engine.options.convertNewlines = 0;
+  if (hasOwnLineEnds_) engine.options.convertNewlines = 0;
   engine.language = task_.language;
   engine.tellsOrigins = task_.tellsOrigins || hasPlanes(task_.target) || hasFilter(task_.target);
   if (readsUtf8) {
@@ -201,6 +199,23 @@ void Pipeline::addWritingEngine(bool readsUtf8) {
 void Pipeline::add(std::unique_ptr<Stage> stage) {
   if (!stages_.empty()) stage->follow(*stages_.back());
   stages_.push_back(std::move(stage));
+}
+
+bool Pipeline::takeWhole(const uint8_t* text, size_t length,
+                         const std::function<void(const ByteBuffer&)>& give) {
+  constexpr size_t kBlock = 64 * 1024;
+  ByteBuffer out;
+  size_t at = 0;
+  bool goesOn = true;
+  do {
+    const size_t count = std::min(kBlock, length - at);
+    const bool isLast = at + count == length;
+    out.clear();
+    goesOn = take(text + at, count, isLast ? PieceEnd::kEnd : PieceEnd::kMore, out);
+    give(out);
+    at += count;
+  } while (goesOn && at < length);
+  return goesOn;
 }
 
 // What stands in front of a problem goes on to the end. A problem that a later stage finds in it

@@ -40,6 +40,9 @@ class Pipeline {
   // Takes all bytes of a piece and appends what becomes of them. False: the text ends with
   // problem(), and everything in front of that was appended.
   bool take(const uint8_t* bytes, size_t size, PieceEnd end, ByteBuffer& out);
+  // The same with a whole text, block by block: give() gets what becomes of each.
+  bool takeWhole(const uint8_t* text, size_t length,
+                 const std::function<void(const ByteBuffer&)>& give);
   void restart();
 
   // The place in the text that a byte of what was made comes from, both counted from the
@@ -60,6 +63,7 @@ class Pipeline {
   void add(std::unique_ptr<Stage> stage);
 
   const ConversionTask& task_;
+  const bool hasOwnLineEnds_;  // of the target: the engine knows none but those of ASCII
   std::vector<std::unique_ptr<EngineTask>> engineTasks_;
   std::vector<std::unique_ptr<Stage>> stages_;
   std::vector<ByteBuffer> between_;

@@ -36,13 +36,12 @@ void begin(const ConverterRecord& prepared, ConverterRecord& record) {
 }  // namespace
 
 Plan::Plan(const char* from, const char* to, const ksv_options* options) {
-  const Engine& engine = Engine::instance();
-  const uint64_t faults = engine.faultCount();
-  task_ = taskOf(engine.names(), from, to, options);
-  setUpSoundTexts();
-  const Pipeline trial(task_);
-  checkReplacements(task_);
-  engine.refuseFaultsBehind(faults);
+  Engine::refusingFaults([&](const Engine& engine) {
+    task_ = taskOf(engine.names(), from, to, options);
+    setUpSoundTexts();
+    const Pipeline trial(task_);
+    checkReplacements(task_);
+  });
 }
 
 void Plan::setUpSoundTexts() {
@@ -53,8 +52,7 @@ void Plan::setUpSoundTexts() {
   if (cconvInitConvert(&prepared_, &task_.options, task_.target.name.c_str()) != KSV_STATUS_DONE ||
       cconvChgCharset(&prepared_, parameters, task_.source.name.c_str()) != KSV_STATUS_DONE)
     convertsSoundTexts_ = false;
-  refusesEscape_ =
-      task_.target.kind == CharsetKind::kIso2022 && task_.source.kind != CharsetKind::kIso2022;
+  refusesEscape_ = refusesEscape(task_.source, task_.target);
 }
 
 // Behind the mark, if there is one that is no text.

@@ -50,7 +50,7 @@ CharsetChoice targetNamed(const CharsetNames& names, const char* name) {
 
 bool holds(const CharsetChoice& target, std::string_view utf8) {
   ConversionTask task;
-  task.source = {"utf-8", "UTF-8", UnicodeForm::kUtf8, ByteOrder::kOpen, CharsetKind::kCharset};
+  task.source = utf8ShownAs("UTF-8");
   task.target = target;
   Pipeline pipeline(task);
   ByteBuffer out;

@@ -1,18 +1,11 @@
 #include <cinttypes>
-#include <cstdio>
 
 #include "kit/convert/problem.h"
+#include "kit/text/formatted.h"
 #include "kit/unicode/utf8_text.h"
 
 namespace ksv_kit {
 namespace {
-
-template <typename Value>
-std::string formatted(const char* format, Value value) {
-  char text[32];
-  std::snprintf(text, sizeof text, format, value);
-  return text;
-}
 
 std::string eachByte(const char* format, std::string_view bytes) {
   std::string text;
@@ -40,6 +33,10 @@ std::string messageOf(ProblemKind kind, const std::string& charset, std::string_
   if (!bytes.empty())
     message += formatted(" (0x%02X)", static_cast<unsigned>(static_cast<unsigned char>(bytes[0])));
   return message;
+}
+
+std::string messageOfLacking(uint32_t character, const std::string& charset) {
+  return formatted("U+%04" PRIX32, character) + " is not in " + charset;
 }
 
 Answer answerBy(const Policy& policy, const Problem& problem) {

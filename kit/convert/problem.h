@@ -29,6 +29,9 @@ struct Problem {
 // What to say of bytes that are no text of the charset.
 std::string messageOf(ProblemKind kind, const std::string& charset, std::string_view bytes);
 
+// What to say of a character that the charset does not have.
+std::string messageOfLacking(uint32_t character, const std::string& charset);
+
 // What is done about one problem.
 struct Answer {
   enum class Kind {
@@ -62,8 +65,10 @@ struct Policy {
   std::string text;    // UTF-8
   ProblemJudge judge;  // for kAsk
 
-  // Whether the judgement needs to know where the problem is, which costs something to find out.
-  bool needsPlace() const { return kind == PolicyKind::kAsk; }
+  // Whether it has to be known where the problem is, which costs something to find out.
+  bool needsPlace() const {
+    return kind == PolicyKind::kAsk || kind == PolicyKind::kFail || kind == PolicyKind::kBuiltIn;
+  }
 };
 
 // What a policy that asks nobody writes for the problem.

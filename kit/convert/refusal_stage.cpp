@@ -1,7 +1,5 @@
 #include "kit/convert/refusal_stage.h"
 
-#include <cinttypes>
-#include <cstdio>
 #include <utility>
 
 #include "kit/unicode/utf8_text.h"
@@ -81,9 +79,7 @@ Problem RefusalStage::problemOf(uint32_t character, uint64_t at) const {
   problem.kind = kind_;
   problem.offset = placeInText(at);
   if (kind_ == ProblemKind::kUnmappable) problem.codePoint = character;
-  char shown[32];
-  std::snprintf(shown, sizeof shown, "U+%04" PRIX32, character);
-  problem.message = std::string(shown) + " is not in " + charset_;
+  problem.message = messageOfLacking(character, charset_);
   problem.bytes = utf8Of(static_cast<char32_t>(character));
   return problem;
 }

@@ -99,7 +99,7 @@ TextPlaces::Line TextPlaces::lineAt(size_t end) const {
 TextPlaces::Decoded TextPlaces::decodeByPipeline(size_t begin, size_t end) const {
   ConversionTask task;
   task.source = charset_;
-  task.target = {"utf-8", "UTF-8", UnicodeForm::kUtf8, ByteOrder::kOpen, CharsetKind::kCharset};
+  task.target = utf8ShownAs("UTF-8");
   task.invalid.kind = task.unmappable.kind = PolicyKind::kSkip;
   Pipeline pipeline(task);
   ByteBuffer out;

@@ -1,11 +1,7 @@
 #include "kit/convert/whole_text.h"
 
-#include <algorithm>
-
 namespace ksv_kit {
 namespace {
-
-constexpr size_t kBlock = 64 * 1024;
 
 // Most texts grow by half at most; the rest finds out that there is no room, and is done again.
 size_t usualSize(size_t length) { return length + length / 2 + 64; }
@@ -13,20 +9,10 @@ size_t usualSize(size_t length) { return length + length / 2 + 64; }
 std::optional<Problem> convertInSteps(const Plan& plan, const uint8_t* text, size_t length,
                                       TextTarget& target) {
   Pipeline pipeline(plan.task());
-  ByteBuffer out;
   target.clear();
-  size_t at = 0;
-  do {
-    const size_t count = std::min(kBlock, length - at);
-    const bool isLast = at + count == length;
-    out.clear();
-    const bool goesOn =
-        pipeline.take(text + at, count, isLast ? PieceEnd::kEnd : PieceEnd::kMore, out);
-    target.append(out.data(), out.size());
-    if (!goesOn) return pipeline.problem();
-    at += count;
-  } while (at < length);
-  return std::nullopt;
+  pipeline.takeWhole(text, length,
+                     [&](const ByteBuffer& out) { target.append(out.data(), out.size()); });
+  return pipeline.problem();
 }
 
 }  // namespace

@@ -90,24 +90,11 @@ ksv_result encode(const ksv_charset& charset, const char* utf8, size_t length, k
                   Take take) {
   const ConversionTask task = encodingTask(charset);
   Pipeline pipeline(task);
-  ByteBuffer out;
-  constexpr size_t kBlock = 64 * 1024;
-  size_t at = 0;
-  do {
-    const size_t count = std::min(kBlock, length - at);
-    const auto* bytes = reinterpret_cast<const uint8_t*>(utf8) + at;
-    at += count;
-    out.clear();
-    const bool goesOn =
-        pipeline.take(bytes, count, at == length ? PieceEnd::kEnd : PieceEnd::kMore, out);
-    take(out.size());
-    if (!goesOn) {
-      const Problem& problem = *pipeline.problem();
-      const auto* text = reinterpret_cast<const uint8_t*>(utf8);
-      return tell(error, problem, placeIn(task.source, text, length, problem.offset));
-    }
-  } while (at < length);
-  return succeed(error);
+  const auto* text = reinterpret_cast<const uint8_t*>(utf8);
+  if (pipeline.takeWhole(text, length, [&](const ByteBuffer& out) { take(out.size()); }))
+    return succeed(error);
+  const Problem& problem = *pipeline.problem();
+  return tell(error, problem, placeIn(task.source, text, length, problem.offset));
 }
 
 ksv_result refuseCharset(ksv_error* error, const ksv_charset* charset) {

@@ -90,11 +90,10 @@ ksv_result convert(const Plan& plan, const void* input, size_t length, TextTarge
                    ksv_error* error) {
   if (input == nullptr && length != 0)
     return refuse(error, KSV_BAD_ARGUMENT, "there is no text, and it has a length");
-  const Engine& engine = Engine::instance();
-  const uint64_t faults = engine.faultCount();
   const auto* text = static_cast<const uint8_t*>(input);
-  const std::optional<Problem> problem = convertWhole(plan, text, length, target);
-  engine.refuseFaultsBehind(faults);
+  std::optional<Problem> problem;
+  Engine::refusingFaults(
+      [&](const Engine&) { problem = convertWhole(plan, text, length, target); });
   if (!problem) return succeed(error);
   if (error == nullptr) return tell(error, *problem, {});
   return tell(error, *problem, placeIn(plan.task().source, text, length, problem->offset));

@@ -71,10 +71,7 @@ ksv_result refuseReport(const ksv_report* report, ksv_error* error) {
 template <typename Function>
 ksv_result watched(ksv_error* error, Function function) noexcept {
   return guarded(error, [&] {
-    const Engine& engine = Engine::instance();
-    const uint64_t faults = engine.faultCount();
-    function();
-    engine.refuseFaultsBehind(faults);
+    Engine::refusingFaults([&](const Engine&) { function(); });
     return succeed(error);
   });
 }

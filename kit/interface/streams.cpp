@@ -33,13 +33,12 @@ struct ksv_converter {
 
   // Takes bytes, or with none of them the end.
   void take(const uint8_t* bytes, size_t size, ksv_kit::PieceEnd end) {
-    const ksv_kit::Engine& engine = ksv_kit::Engine::instance();
-    const uint64_t faults = engine.faultCount();
     places.add(bytes, size);
     made.clear();
     given = 0;
-    const bool goesOn = pipeline.take(bytes, size, end, made);
-    engine.refuseFaultsBehind(faults);
+    bool goesOn = false;
+    ksv_kit::Engine::refusingFaults(
+        [&](const ksv_kit::Engine&) { goesOn = pipeline.take(bytes, size, end, made); });
     taken += size;
     if (goesOn)
       places.settle(taken - std::min(taken, kLooksBack));

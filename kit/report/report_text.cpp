@@ -1,10 +1,10 @@
 #include "kit/report/report_text.h"
 
 #include <cinttypes>
-#include <cstdio>
 #include <iterator>
 #include <string_view>
 
+#include "kit/text/formatted.h"
 #include "kit/unicode/character_class.h"
 #include "kit/unicode/utf8_text.h"
 
@@ -38,13 +38,6 @@ const char* nameOf(LossKind kind) {
       break;
   }
   return "returns as other";
-}
-
-template <typename... Values>
-std::string formatted(const char* format, Values... values) {
-  char text[160];
-  std::snprintf(text, sizeof text, format, values...);
-  return text;
 }
 
 std::string hexOf(std::string_view bytes) {
