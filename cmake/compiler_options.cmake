@@ -30,6 +30,11 @@ include(cmake/hardening.cmake)
 # room for those of others.
 add_library(ksv_counted INTERFACE)
 target_link_libraries(ksv_counted INTERFACE ksv_options ksv_hardening)
+# Each function in a section of its own, so that linkers leave out what a program does not need.
+if(NOT WIN32 AND NOT KSV_SANITIZE AND NOT KSV_SANITIZE_THREADS AND NOT KSV_COVERAGE)
+  target_compile_options(ksv_counted INTERFACE -ffunction-sections -fdata-sections)
+  target_link_options(ksv_counted INTERFACE -Wl,--gc-sections)
+endif()
 
 if(KSV_COVERAGE)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")

@@ -5,9 +5,14 @@ Only the files named here are written; inputs that fuzzing found, and that were
 added by hand, stay.
 """
 import struct
+import sys
 from pathlib import Path
 
-CORPUS = Path(__file__).resolve().parent / "corpus"
+HERE = Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent / "charsets"))
+import pack
+
+CORPUS = HERE / "corpus"
 SEPARATOR = b"\x1e"
 DECLARATION = b'<?xml version="1.0" encoding="UTF-16"?>\r\n'
 
@@ -614,7 +619,35 @@ def text_change_seeds():
     return seeds
 
 
+# --- Packed charset directories: their tables by both numbers, or by none, so that lines are all. ---
+
+def packed(tables, with_trees=True):
+    made = pack.Pack()
+    for number, pairs in enumerate(tables):
+        if with_trees:
+            made.add_table(number, pairs, first_is_key=True, width=4)
+            made.add_table(number, pairs, first_is_key=False, width=2)
+    files = [pack.PackedFile(f"t{number}.txt", 100, pairs) for number, pairs in enumerate(tables)]
+    groups = [pack.PackedSubset(f"group{number}", "ja", 2, number) for number in range(len(tables))]
+    members = [(number, []) for number in range(len(tables))]
+    if len(tables) > 1:
+        members[0] = (0, [(1, 2)])
+    charsets = [pack.PackedCharset("packed", "SAME", members)]
+    return made.bytes({"packed.xml": b"\xff\xfe<\0a\0>\0"}, files, groups, charsets)
+
+
+def packed_seeds():
+    latin = [(code, code) for code in range(256)]
+    pairs = [(0x8140 + place, 0x3000 + 3 * place % 97) for place in range(97)]
+    four = [(0x81308130 + 0x100 * tens + ones, 0x452 + 10 * tens + ones)
+            for tens in range(30) for ones in range(10)]
+    front = [(0x9000, 0x4E00), (0x8FFF, 0x4E01)]
+    return {"one_byte": packed([latin]), "lines_only": packed([pairs], with_trees=False),
+            "several": packed([latin, front + pairs, four + [(0x8140, 0x51)]])}
+
+
 def main():
+    write("packed_charsets_fuzzer", packed_seeds())
     write("rule_file_fuzzer", rule_file_seeds())
     write("table_text_fuzzer", table_text_seeds())
     write("compiled_table_fuzzer", compiled_table_seeds())

@@ -23,7 +23,7 @@ std::string packedFile(std::string_view input) {
   std::string bytes(input);
   bytes.resize(std::max(bytes.size(), kHeaderSize));
   const auto size = static_cast<uint32_t>(bytes.size());
-  const uint32_t start[] = {0x5056534B, 1, size};
+  const uint32_t start[] = {0x5056534B, 2, size};
   std::memcpy(bytes.data(), start, sizeof start);
   return bytes;
 }

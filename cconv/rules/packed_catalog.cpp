@@ -78,6 +78,8 @@ class CatalogReader {
     file.name = name();
     file.textSize = stream_.number();
     file.lineCount = below(limits::kMostPackedLines + 1);
+    file.linesInFront = below(size_t{file.lineCount} + 1);
+    file.derivedLines = below(size_t{file.lineCount} - file.linesInFront + 1);
     file.records = dataBytes();
     return file;
   }

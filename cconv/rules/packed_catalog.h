@@ -22,7 +22,9 @@ struct PackedCatalog {
     std::string_view name;  // of its text
     uint32_t textSize;      // which that has as a file
     uint32_t lineCount;
-    Bytes records;
+    uint32_t linesInFront;  // of the derived ones
+    uint32_t derivedLines;  // which the table by the first number gives
+    Bytes records;          // the other lines, and which keys of that table are passed over
   };
   struct Group {
     std::string_view name;
@@ -125,19 +127,18 @@ class PackedStream {
   bool isSound_ = true;
 };
 
-// Gives each line of a table to take(first, second), in their order, until it says false. False
-// when the records are not as many as the file should have.
+// Gives each of so many lines to take(first, second), in their order, until it says false. False
+// when the records are not as many.
 template <class Take>
-bool takeRecords(const PackedCatalog::TableFile& file, Take take) {
-  PackedStream stream(file.records);
+bool takeRecords(PackedStream& stream, uint32_t count, Take take) {
   uint32_t first = 0;
   uint32_t second = 0;
   uint32_t taken = 0;
-  while (taken < file.lineCount) {
+  while (taken < count) {
     first += stream.step();
     second += stream.step();
     const uint32_t following = stream.number();
-    if (!stream.isSound() || following >= file.lineCount - taken) return false;
+    if (!stream.isSound() || following >= count - taken) return false;
     taken += following + 1;
     for (uint32_t i = 0;; ++i, ++first, ++second) {
       if (!take(first, second)) return true;

@@ -11,7 +11,7 @@ namespace ksv {
 namespace {
 
 constexpr uint32_t kMagic = 0x5056534B;
-constexpr uint32_t kVersion = 1;
+constexpr uint32_t kVersion = 2;
 
 struct Header {
   uint32_t magic;
@@ -25,12 +25,18 @@ struct Header {
   uint32_t blockCount;
   uint32_t pages;
   uint32_t pageCount;
-  uint32_t templates;
-  uint32_t templateCount;
+  uint32_t narrowTemplates;
+  uint32_t narrowTemplateCount;
+  uint32_t wideTemplates;
+  uint32_t wideTemplateCount;
   uint32_t data;
   uint32_t dataSize;
-  uint32_t reserved;
 };
+
+// Of a table: which number of a line is the key, and the bytes of a value.
+constexpr uint32_t formOf(uint32_t keyColumn, uint32_t valueBytes) {
+  return keyColumn | valueBytes << 8;
+}
 
 // Parts of a file by their place in it, as long as none lies outside or across its alignment.
 class Parts {
@@ -91,12 +97,14 @@ bool PackedCharsets::readSections() {
   blocks_ =
       parts.at<uint32_t>(header.blocks, uint64_t{header.blockCount} * PackedTable::kPagesABlock);
   pages_ = parts.at<PackedTable::Page>(header.pages, header.pageCount);
-  templates_ = parts.at<uint32_t>(header.templates,
-                                  uint64_t{header.templateCount} * PackedTable::kKeysAPage);
+  narrowTemplates_ = parts.at<uint16_t>(
+      header.narrowTemplates, uint64_t{header.narrowTemplateCount} * PackedTable::kKeysAPage);
+  wideTemplates_ = parts.at<uint32_t>(header.wideTemplates,
+                                      uint64_t{header.wideTemplateCount} * PackedTable::kKeysAPage);
   data_ = parts.at<uint8_t>(header.data, header.dataSize);
   const PackedCatalog::Bytes stream = parts.at<uint8_t>(header.catalog, header.catalogSize);
   if (!parts.areSound() || header.data % alignof(uint32_t) != 0) return false;
-  if (!isSoundPage(0)) return false;
+  if (!isSoundPage(0) || !isSoundTemplate(0)) return false;
   auto catalog = PackedCatalog::read(stream, data_);
   if (catalog) catalog_ = std::move(*catalog);
   return catalog.has_value();
@@ -126,10 +134,10 @@ bool PackedCharsets::fill(CodeTable& table, uint32_t entriesPerBlock) const {
   // With fewer lines than blocks may be made, it makes no difference how large these are.
   const TableEntry* const entry =
       entriesPerBlock == kDefaultBlockSize || file.lineCount <= limits::kMostBlocks
-          ? findTable(*number, table)
+          ? findTable(*number, formOf(table.keyColumn, table.valueBytes))
           : nullptr;
   if (entry == nullptr)
-    return takeRecords(file, [&](uint32_t first, uint32_t second) {
+    return takeLines(*number, [&](uint32_t first, uint32_t second) {
       return insertPair(table, first, second, entriesPerBlock);
     });
   const std::optional<PackedTable> packed = tableOf(*entry);
@@ -142,9 +150,59 @@ bool PackedCharsets::fill(CodeTable& table, uint32_t entriesPerBlock) const {
   return true;
 }
 
-const PackedCharsets::TableEntry* PackedCharsets::findTable(uint32_t file,
-                                                            const CodeTable& table) const {
-  const uint32_t form = table.keyColumn | uint32_t{table.valueBytes} << 8;
+// The lines that are kept, and between them those that the table by the first number gives in its
+// order, but for the keys that are passed over.
+template <class Take>
+bool PackedCharsets::takeLines(uint32_t number, Take take) const {
+  const PackedCatalog::TableFile& file = catalog_.tableFiles[number];
+  const uint32_t behind = file.lineCount - file.linesInFront - file.derivedLines;
+  PackedStream stream(file.records);
+  bool goesOn = true;
+  const auto takeOne = [&](uint32_t first, uint32_t second) {
+    return goesOn = take(first, second);
+  };
+  if (!takeRecords(stream, file.linesInFront, takeOne)) return false;
+  if (!goesOn || file.derivedLines == 0) return !goesOn || takeRecords(stream, behind, takeOne);
+  PackedStream last = stream;
+  const auto pass = [](uint32_t, uint32_t) { return true; };
+  if (!takeRecords(stream, behind, pass)) return false;
+  if (!takeDerived(number, file.derivedLines, stream, takeOne)) return false;
+  return !goesOn || takeRecords(last, behind, takeOne);
+}
+
+template <class Take>
+bool PackedCharsets::takeDerived(uint32_t number, uint32_t count, PackedStream& passedOver,
+                                 Take take) const {
+  constexpr uint32_t kWholeCodes = 4;
+  const TableEntry* const entry = findTable(number, formOf(CodeTable::kFirstColumn, kWholeCodes));
+  const std::optional<PackedTable> table = entry == nullptr ? std::nullopt : tableOf(*entry);
+  if (!table) return false;
+  uint32_t passes = passedOver.number();
+  uint32_t untilNext = passes == 0 ? 0 : passedOver.number();
+  bool goesOn = true;
+  table->forEach([&](uint32_t first, uint32_t second) {
+    if (passes != 0 && untilNext-- == 0) {
+      untilNext = --passes == 0 ? 0 : passedOver.number();
+      return true;
+    }
+    --count;
+    goesOn = take(first, second);
+    return goesOn && count != 0;
+  });
+  return passedOver.isSound() && (!goesOn || count == 0);
+}
+
+std::optional<std::vector<std::pair<uint32_t, uint32_t>>> PackedCharsets::lines(
+    uint32_t file) const {
+  std::vector<std::pair<uint32_t, uint32_t>> lines;
+  const bool areAll = takeLines(file, [&](uint32_t first, uint32_t second) {
+    lines.emplace_back(first, second);
+    return true;
+  });
+  return areAll ? std::optional(std::move(lines)) : std::nullopt;
+}
+
+const PackedCharsets::TableEntry* PackedCharsets::findTable(uint32_t file, uint32_t form) const {
   const auto found = std::ranges::find_if(
       tables_, [&](const TableEntry& entry) { return entry.file == file && entry.form == form; });
   return found == tables_.end() ? nullptr : &*found;
@@ -154,7 +212,9 @@ std::optional<PackedTable> PackedCharsets::tableOf(const TableEntry& entry) cons
   Parts parts(data_);
   const Words directory = parts.at<uint32_t>(entry.directory, entry.directoryLength);
   const auto runs = parts.at<PackedTable::Run>(entry.runs, entry.runCount);
-  if (!parts.areSound()) return std::nullopt;
+  constexpr uint32_t kLongestDirectory =
+      kDirectPageKeys / (PackedTable::kKeysAPage * PackedTable::kPagesABlock);
+  if (!parts.areSound() || entry.directoryLength > kLongestDirectory) return std::nullopt;
   PackedTable table;
   table.directory = directory.data();
   table.directoryLength = entry.directoryLength;
@@ -162,7 +222,9 @@ std::optional<PackedTable> PackedCharsets::tableOf(const TableEntry& entry) cons
   table.runCount = entry.runCount;
   table.blocks = blocks_.data();
   table.pages = pages_.data();
-  table.templates = templates_.data();
+  table.narrowTemplates = narrowTemplates_.data();
+  table.narrowCount = static_cast<uint32_t>(narrowTemplates_.size() / PackedTable::kKeysAPage);
+  table.wideTemplates = wideTemplates_.data();
   return isSound(table) ? std::optional(table) : std::nullopt;
 }
 
@@ -172,16 +234,16 @@ bool PackedCharsets::isSound(const PackedTable& table) const {
   if (!std::ranges::all_of(directory, [&](uint32_t block) { return isSoundBlock(block); }))
     return false;
   const std::span<const PackedTable::Run> runs(table.runs, table.runCount);
-  return std::ranges::is_sorted(runs, {}, &PackedTable::Run::firstPrefix) &&
-         std::ranges::all_of(runs, [&](const PackedTable::Run& run) { return isSoundRun(run); });
+  uint64_t pages = 0;  // each of which has a line at least
+  for (const PackedTable::Run& run : runs) {
+    pages += run.count;
+    if (!isSoundRun(run) || pages > limits::kMostPackedLines) return false;
+  }
+  return std::ranges::is_sorted(runs, {}, &PackedTable::Run::firstPrefix);
 }
 
 bool PackedCharsets::isSoundRun(const PackedTable::Run& run) const {
-  if (run.distance == 0 || run.count > pages_.size() || run.firstPage > pages_.size() - run.count)
-    return false;
-  for (uint32_t i = 0; i < run.count; ++i)
-    if (!isSoundPage(run.firstPage + i)) return false;
-  return true;
+  return run.distance != 0 && run.count <= limits::kMostPackedLines && isSoundTemplate(run.steps);
 }
 
 bool PackedCharsets::isSoundBlock(uint32_t block) const {
@@ -192,7 +254,11 @@ bool PackedCharsets::isSoundBlock(uint32_t block) const {
 }
 
 bool PackedCharsets::isSoundPage(uint32_t page) const {
-  return page < pages_.size() && pages_[page].steps < templates_.size() / PackedTable::kKeysAPage;
+  return page < pages_.size() && isSoundTemplate(pages_[page].steps);
+}
+
+bool PackedCharsets::isSoundTemplate(uint32_t steps) const {
+  return steps < (narrowTemplates_.size() + wideTemplates_.size()) / PackedTable::kKeysAPage;
 }
 
 }  // namespace ksv

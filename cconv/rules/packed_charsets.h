@@ -13,6 +13,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cconv/rules/code_table.h"
@@ -38,6 +39,10 @@ class PackedCharsets {
   bool isOverridden(const PackedCatalog::RuleFile& file) const;
   bool isOverridden(const PackedCatalog::TableFile& file) const;
 
+  // The lines of a table in their order, by its place in the catalog. None when they are not as
+  // many as they should be.
+  std::optional<std::vector<std::pair<uint32_t, uint32_t>>> lines(uint32_t file) const;
+
   // Fills the table with what its compiled file would give, in blocks of so many keys. False
   // when that is not packed, or what stands in the directory goes before it.
   bool fill(CodeTable& table, uint32_t entriesPerBlock) const;
@@ -59,12 +64,19 @@ class PackedCharsets {
   PackedCharsets() = default;
   bool read(const std::string& path);
   bool readSections();
-  const TableEntry* findTable(uint32_t file, const CodeTable& table) const;
+  const TableEntry* findTable(uint32_t file, uint32_t form) const;
   std::optional<PackedTable> tableOf(const TableEntry& entry) const;
+  // Gives each line of a file to take(first, second), in their order, until it says false. False
+  // when the packed lines are not as many as the file should have.
+  template <class Take>
+  bool takeLines(uint32_t file, Take take) const;
+  template <class Take>
+  bool takeDerived(uint32_t file, uint32_t count, PackedStream& passedOver, Take take) const;
   bool isSound(const PackedTable& table) const;
   bool isSoundRun(const PackedTable::Run& run) const;
   bool isSoundBlock(uint32_t block) const;
   bool isSoundPage(uint32_t page) const;
+  bool isSoundTemplate(uint32_t steps) const;
   bool goesBefore(const std::string& name, uint64_t packedSize) const;
 
   std::string directory_;
@@ -74,7 +86,8 @@ class PackedCharsets {
   std::span<const TableEntry> tables_;
   Words blocks_;
   std::span<const PackedTable::Page> pages_;
-  Words templates_;
+  std::span<const uint16_t> narrowTemplates_;
+  Words wideTemplates_;
   PackedCatalog::Bytes data_;
 };
 
