@@ -7,6 +7,7 @@
 
 #include "cli/jobs/conversion_record.h"
 #include "cli/jobs/conversion_telling.h"
+#include "cli/jobs/kept_tree.h"
 #include "cli/jobs/overwriting.h"
 #include "cli/jobs/result_places.h"
 #include "cli/jobs/work_list.h"
@@ -26,32 +27,34 @@ using platform::FileKind;
 // Tells the console how far the reading has come.
 class MeteredSource : public ByteSource {
  public:
-  MeteredSource(std::unique_ptr<ByteSource> source, Console& console)
-      : source_(std::move(source)), console_(console) {}
+  MeteredSource(std::unique_ptr<ByteSource> source, Console& console, uint64_t& total)
+      : source_(std::move(source)), console_(console), total_(total) {}
 
   size_t read(uint8_t* buffer, size_t size) override {
     const size_t count = source_->read(buffer, size);
     console_.addBytes(count);
+    total_ += count;
     return count;
   }
 
  private:
   std::unique_ptr<ByteSource> source_;
   Console& console_;
+  uint64_t& total_;
 };
 
 class Batch {
  public:
   Batch(const ConversionSettings& settings, const SourceFinder& find, const OutputPlan& plan,
-        const ReportPlan& reports, const std::vector<std::string>& inputs)
+        const ReportPlan& reports, Verbosity verbosity, const Inputs& inputs)
       : first_(settings),
         others_(settings),
         find_(find),
         plan_(plan),
         reports_(reports),
-        inputs_(inputs),
-        list_(inputs),
-        telling_(list_.console()),
+        inputs_(inputs.paths),
+        list_(inputs.paths),
+        telling_(list_.console(), verbosity),
         refused_(checkThatNothingIsOverwritten(plan, inputs)) {
     // One stream of several texts has one mark, in front.
     if (plan_.kind == OutputPlan::Kind::kStandardOutput) others_.options.writeByteOrderMark = 0;
@@ -59,7 +62,9 @@ class Batch {
 
   int run(size_t jobs) {
     if (plan_.kind == OutputPlan::Kind::kDirectory && !makeDirectory()) return kExitFailed;
-    return list_.run(jobs, [this](size_t index) { convertOne(index); });
+    const int status = list_.run(jobs, [this](size_t index) { convertOne(index); });
+    telling_.tellSums();
+    return status;
   }
 
  private:
@@ -92,7 +97,10 @@ class Batch {
     ConversionSettings settings = index == 0 ? first_ : others_;
     fillIn(record, facts, settings);
     refuseUnfitInput(facts);
-    auto source = std::make_unique<MeteredSource>(openText(settings, record), list_.console());
+    FoundText text = openText(settings, record);
+    if (text.isOfTarget) return keepText(index, facts, *text.source, record);
+    auto source =
+        std::make_unique<MeteredSource>(std::move(text.source), list_.console(), record.bytesRead);
     const std::unique_ptr<ksv_kit::LossReport> report = lossReport(reports_.form, settings);
     if (report == nullptr) {
       convertSource(index, facts, settings, std::move(source), record);
@@ -117,6 +125,18 @@ class Batch {
     record.source = settings.source.display;
     record.output = outputPath(plan_, record.input);
     record.kept = backupPath(plan_, record.input);
+  }
+
+  // In place there is nothing to be done, nor where nothing is written.
+  void keepText(size_t index, const FileFacts& facts, ByteSource& source,
+                ConversionRecord& record) {
+    record.outcome = ConversionOutcome::kSkipped;
+    list_.console().addBytes(record.bytes());
+    if (plan_.kind == OutputPlan::Kind::kInPlace || reports_.isAll) return;
+    const std::unique_ptr<Result> result = openResult(index, facts);
+    record.bytesRead = copyAll(source, *result);
+    result->complete();
+    record.sizeAfter = result->size();
   }
 
   void convertSource(size_t index, const FileFacts& facts, const ConversionSettings& settings,
@@ -172,14 +192,14 @@ class Batch {
   }
 
   // Opens the text, and finds out its charset when none is given.
-  std::unique_ptr<ByteSource> openText(ConversionSettings& settings, ConversionRecord& record) {
-    if (!settings.source.name.empty()) return openInput(record.input);
-    JudgedText text = find_(record.input);
-    settings.source = std::move(text.chosen.charset);
+  FoundText openText(ConversionSettings& settings, ConversionRecord& record) {
+    if (!find_) return {openInput(record.input), {}};
+    FoundText text = find_(record.input);
+    settings.source = text.chosen.charset;
     record.source = settings.source.display;
-    record.reason = std::move(text.chosen.reason);
-    telling_.tellSource(record);
-    return std::move(text.source);
+    record.reason = text.chosen.reason;
+    if (!text.isOfTarget && !record.reason.empty()) telling_.tellSource(record);
+    return text;
   }
 
   void refuseUnfitInput(const FileFacts& facts) const {
@@ -199,6 +219,7 @@ class Batch {
       case OutputPlan::Kind::kInPlace:
         return inPlaceResult(input, {facts, backupPath(plan_, input), plan_.keepsTimes});
       default:
+        if (plan_.keepsTree) makeDirectoriesFor(outputPath(plan_, input), plan_.path);
         return fileResult(outputPath(plan_, input));
     }
   }
@@ -217,9 +238,9 @@ class Batch {
 }  // namespace
 
 int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
-                 const OutputPlan& plan, const ReportPlan& reports,
-                 const std::vector<std::string>& inputs, size_t jobs) {
-  return Batch(settings, find, plan, reports, inputs).run(jobs);
+                 const OutputPlan& plan, const ReportPlan& reports, Verbosity verbosity,
+                 const Inputs& inputs, size_t jobs) {
+  return Batch(settings, find, plan, reports, verbosity, inputs).run(jobs);
 }
 
 }  // namespace ksv_cli

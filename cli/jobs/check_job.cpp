@@ -34,7 +34,8 @@ constexpr char kFooter[] =
     "Exit status: 0 all well, 1 at least one input failed, 2 wrong usage.";
 
 struct Arguments {
-  std::vector<std::string> operands;
+  InputOptions inputs;
+  VerbosityOptions verbosity;
   bool json = false;
   bool classic = false;
   uint64_t jobs = 1;
@@ -87,14 +88,15 @@ std::string asText(const EncodingCheckRecord& record, ResultForm form) {
 }
 
 int checkAll(const Arguments& arguments) {
-  const std::vector<std::string> inputs = inputsNamedBy(arguments.operands);
+  const Inputs inputs = inputsNamedBy(arguments.inputs);
   const ResultForm form = arguments.classic ? ResultForm::kClassic : ResultForm::kFull;
-  const bool namesPath = !arguments.classic || inputs.size() > 1;
-  WorkList list(inputs);
+  const bool namesPath = !arguments.classic || inputs.paths.size() > 1;
+  WorkList list(inputs.paths, inputs.refused);
+  list.tell(arguments.verbosity.chosen());
   if (arguments.json && !arguments.classic) list.recordFailures();
   return list.run(arguments.jobs, [&](size_t index) {
     list.countWhole(index);
-    const std::string& input = inputs[index];
+    const std::string& input = inputs.paths[index];
     const EncodingCheckRecord record = check(input);
     const std::string path = namesPath ? nameField(input, form) + "\t" : "";
     list.write(index, arguments.json ? asJson(input, record, form) : path + asText(record, form));
@@ -107,10 +109,11 @@ void addCheckJob(OptionParser& parser) {
   Subcommand job =
       parser.job(groups::kJudging, "check", "Name the charset of a text as it declares it");
   auto arguments = std::make_shared<Arguments>();
-  job.operands("FILE", arguments->operands, "The texts");
+  addInputs(job, arguments->inputs, "The texts");
   job.flag("--json", arguments->json, "One JSON object a line");
   job.flag("--classic", arguments->classic,
            "Exactly what the library answers, in the form that programs rely on");
+  addVerbosity(job, arguments->verbosity, kTellsSums);
   job.workers(arguments->jobs, "Work on N files at once");
   job.footer(kFooter);
   job.work([arguments] { return checkAll(*arguments); });

@@ -26,11 +26,15 @@ struct ConversionRecord {
   std::string target;
   ConversionOutcome outcome = ConversionOutcome::kFailed;
   std::optional<uint64_t> sizeBefore;  // as far as it was known in front
-  std::optional<uint64_t> sizeAfter;   // of the result
+  uint64_t bytesRead = 0;
+  std::optional<uint64_t> sizeAfter;  // of the result
   ConversionCounts losses;
   std::string output;  // empty: standard output
   std::string kept;    // where the original is kept; empty: nowhere
   std::optional<Failure> failure;
+
+  // Of the text, as far as they are known.
+  uint64_t bytes() const { return sizeBefore.value_or(bytesRead); }
 };
 
 }  // namespace ksv_cli

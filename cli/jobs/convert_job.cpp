@@ -54,14 +54,14 @@ constexpr char kFooter[] =
     "something), 2 wrong usage.";
 
 int convert(ConvertArguments arguments) {
-  arguments.inputs = inputsNamedBy(arguments.inputs);
+  arguments.inputs = inputsNamedBy(arguments.inputOptions, arguments.outputDirectory.value_or(""));
   const OutputPlan plan = outputPlan(arguments);
   const ReportPlan reports = reportPlan(arguments);
   const RuleBase ruleBase;
   const CharsetNames names = ruleBase.names();
   const ConversionSettings settings = conversionSettings(arguments, names);
-  return convertBatch(settings, sourceFinder(arguments, names), plan, reports, arguments.inputs,
-                      arguments.jobs);
+  return convertBatch(settings, sourceFinder(arguments, names, settings), plan, reports,
+                      arguments.verbosity.chosen(), arguments.inputs, arguments.jobs);
 }
 
 void addCharacterOptions(Subcommand& job, ConvertArguments& arguments) {
@@ -116,6 +116,8 @@ void addPlaceOptions(Subcommand& job, ConvertArguments& arguments) {
   job.value("-o,--output", "FILE", arguments.outputFile, "Write the result of one input to FILE");
   job.value("--output-dir", "DIR", arguments.outputDirectory,
             "Write each result to DIR, under the name of its input");
+  job.flag("--keep-tree", arguments.keepsTree,
+           "With --output-dir: each result keeps its place in the tree of its input");
   job.flagOrValue("--in-place", "SUFFIX", arguments.inPlace,
                   "Replace each input; with SUFFIX the original is kept under its name and SUFFIX");
   job.flag("--touch", arguments.touches,
@@ -128,7 +130,7 @@ void addConvertJob(OptionParser& parser) {
   Subcommand job =
       parser.job(groups::kTexts, "convert", "Convert text from one charset to another");
   auto arguments = std::make_shared<ConvertArguments>();
-  job.operands("FILE", arguments->inputs, "The texts");
+  addInputs(job, arguments->inputOptions, "The texts");
   job.value("-t,--to", "CHARSET", arguments->target, "The charset to write", {.required = true});
   job.value("-f,--from", "CHARSET", arguments->source,
             "The charset of the input; default: each text is detected");
@@ -136,6 +138,10 @@ void addConvertJob(OptionParser& parser) {
   addPlaceOptions(job, *arguments);
   addCharacterOptions(job, *arguments);
   addChangeOptions(job, *arguments);
+  job.flag("--skip-valid", arguments->skipsValid,
+           "Leave texts as they are that are valid in the target already");
+  addVerbosity(job, arguments->verbosity,
+               "Tell what was done with each file, and the sums, on standard error");
   job.workers(arguments->jobs, "Work on N files at once");
   job.number("--block-size", "BYTES", arguments->blockSize, {16, 64 * 1024 * 1024},
              "Bytes read at once", {.hidden = true});

@@ -7,11 +7,14 @@
 #include <utility>
 
 #include "cli/charsets/rule_source.h"
+#include "cli/jobs/kept_tree.h"
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
+#include "cli/text/rereadable_text.h"
 #include "cli/text/text_conversion.h"
+#include "cli/text/valid_text.h"
 #include "kit/charsets/name_matching.h"
 #include "kit/convert/plan.h"
 #include "kit/convert/plan_options.h"
@@ -207,28 +210,60 @@ void checkReplacement(const ConversionSettings& settings, const std::string& rep
     throw UsageError("the replacement " + replacement + " is not in " + settings.target.display);
 }
 
-}  // namespace
+SourceFinder classicFinder(const CharsetNames& names) {
+  return [&names](const std::string& input) {
+    DetectedText text = openAndDetect(input, nullptr);
+    ChosenSource chosen = chooseSource(text, names);
+    return FoundText{std::move(text.source), std::move(chosen)};
+  };
+}
 
-OutputPlan outputPlan(const ConvertArguments& arguments) {
+ChosenSource validAlready(const CharsetChoice& target) {
+  return {target, "it is valid " + target.display + " already"};
+}
+
+OutputPlan directoryPlan(const ConvertArguments& arguments) {
+  OutputPlan plan{OutputPlan::Kind::kDirectory, *arguments.outputDirectory, arguments.keepsTree};
+  const Inputs& inputs = arguments.inputs;
+  for (size_t i = 0; plan.keepsTree && i < inputs.paths.size(); ++i)
+    plan.placesInTree.emplace(inputs.paths[i], placeInTree(inputs.paths[i], inputs.belowAt[i]));
+  return plan;
+}
+
+OutputPlan inPlacePlan(const ConvertArguments& arguments) {
+  if (arguments.inPlace->find_first_of("/\\") != std::string::npos)
+    throw UsageError("the suffix of --in-place holds a path separator");
+  OutputPlan plan{.kind = OutputPlan::Kind::kInPlace};
+  plan.backupSuffix = *arguments.inPlace;
+  plan.keepsTimes = !arguments.touches;
+  return plan;
+}
+
+void checkThatPlacesGoTogether(const ConvertArguments& arguments) {
   const std::optional<std::string>& file = arguments.outputFile;
   const std::optional<std::string>& directory = arguments.outputDirectory;
   const std::optional<std::string>& inPlace = arguments.inPlace;
   if (file.has_value() + directory.has_value() + inPlace.has_value() > 1)
     throw UsageError("of -o, --output-dir and --in-place only one can be given");
+  if (arguments.keepsTree && !directory) throw UsageError("--keep-tree is for --output-dir only");
   if (arguments.touches && !inPlace) throw UsageError("--touch is for --in-place only");
-  if (file && arguments.inputs.size() > 1)
-    throw UsageError("-o takes one input; --output-dir takes several");
-  const bool readsStandardInput = std::find(arguments.inputs.begin(), arguments.inputs.end(),
-                                            kStandardStream) != arguments.inputs.end();
+  const std::vector<std::string>& inputs = arguments.inputs.paths;
+  if (file && inputs.size() > 1) throw UsageError("-o takes one input; --output-dir takes several");
+  const bool readsStandardInput =
+      std::find(inputs.begin(), inputs.end(), kStandardStream) != inputs.end();
   if (readsStandardInput && (inPlace || directory))
     throw UsageError("standard input has no name for --output-dir or --in-place");
+}
 
-  if (directory) return {OutputPlan::Kind::kDirectory, *directory, ""};
-  if (file && *file != kStandardStream) return {OutputPlan::Kind::kFile, *file, ""};
-  if (!inPlace) return {};
-  if (inPlace->find_first_of("/\\") != std::string::npos)
-    throw UsageError("the suffix of --in-place holds a path separator");
-  return {OutputPlan::Kind::kInPlace, "", *inPlace, !arguments.touches};
+}  // namespace
+
+OutputPlan outputPlan(const ConvertArguments& arguments) {
+  checkThatPlacesGoTogether(arguments);
+  const std::optional<std::string>& file = arguments.outputFile;
+  if (arguments.outputDirectory) return directoryPlan(arguments);
+  if (arguments.inPlace) return inPlacePlan(arguments);
+  if (file && *file != kStandardStream) return {.kind = OutputPlan::Kind::kFile, .path = *file};
+  return {};
 }
 
 ReportPlan reportPlan(const ConvertArguments& arguments) {
@@ -270,21 +305,26 @@ ConversionSettings conversionSettings(const ConvertArguments& arguments,
   return settings;
 }
 
-SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names) {
+SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names,
+                          const ConversionSettings& settings) {
   const std::optional<std::string>& languageName = arguments.detectLanguage;
-  if (arguments.classic && (arguments.guess || languageName))
-    throw UsageError("--classic goes with neither --guess nor --detect-language");
-  if (arguments.classic)
-    return [&names](const std::string& input) {
-      DetectedText text = openAndDetect(input, nullptr);
-      ChosenSource chosen = chooseSource(text, names);
-      return JudgedText{std::move(text.source), std::move(chosen)};
-    };
+  if (arguments.classic && (arguments.guess || languageName || arguments.skipsValid))
+    throw UsageError("--classic goes with none of --guess, --detect-language and --skip-valid");
+  if (arguments.source && !arguments.skipsValid) return nullptr;
+  if (arguments.classic) return classicFinder(names);
   const TextLanguage language =
       languageName ? textLanguageNamed(*languageName) : textLanguageOfUser();
   const auto judge =
       std::make_shared<CharsetJudge>(names, language, arguments.guess, !languageName);
-  return [judge](const std::string& input) { return judge->judge(input); };
+  const bool skipsValid = arguments.skipsValid;
+  return [judge, skipsValid, &names, &settings](const std::string& input) {
+    RereadableText text(input);
+    if (skipsValid && isTextOf(text, names, settings))
+      return FoundText{text.release(), validAlready(settings.target), true};
+    if (!settings.source.name.empty()) return FoundText{text.release(), {settings.source, ""}};
+    JudgedText judged = judge->judge(text);
+    return FoundText{std::move(judged.source), std::move(judged.chosen)};
+  };
 }
 
 }  // namespace ksv_cli

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/jobs/batch.h"
+#include "cli/jobs/operands.h"
 #include "cli/text/conversion_settings.h"
 #include "kit/charsets/charset_names.h"
 
@@ -15,11 +16,13 @@ namespace ksv_cli {
 using ksv_kit::CharsetNames;
 
 struct ConvertArguments {
-  std::vector<std::string> inputs;
+  InputOptions inputOptions;
+  Inputs inputs;  // that the options name
   std::string target;
   std::optional<std::string> source;
   std::optional<std::string> outputFile;
   std::optional<std::string> outputDirectory;
+  bool keepsTree = false;
   std::optional<std::string> inPlace;
   bool touches = false;
   std::string newline = "keep";
@@ -34,6 +37,8 @@ struct ConvertArguments {
   bool guess = false;
   bool classic = false;
   bool strict = false;
+  bool skipsValid = false;
+  VerbosityOptions verbosity;
   std::optional<std::string> profile;
   std::string normalize;
   std::string width;
@@ -54,7 +59,10 @@ ReportPlan reportPlan(const ConvertArguments& arguments);
 // How they are made. The rule base has to be loaded.
 ConversionSettings conversionSettings(const ConvertArguments& arguments, const CharsetNames& names);
 
-// How the charset of a text is found out that -f does not name. names stays the caller's.
-SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names);
+// How the charset of a text is found out that -f does not name, and whether it is text of the
+// target already where such texts are skipped; none where neither is asked. names and settings
+// stay the caller's.
+SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names,
+                          const ConversionSettings& settings);
 
 }  // namespace ksv_cli

@@ -1,11 +1,10 @@
 #include "cli/system/temporary_names_windows.h"
 
 #include <exception>
-#include <iterator>
-#include <random>
 #include <system_error>
 
 #include "cli/system/console.h"
+#include "cli/system/passing_names.h"
 #include "cli/system/process.h"
 #include "cli/system/system_paths_windows.h"
 
@@ -16,14 +15,6 @@ namespace {
 BOOL WINAPI endAtInterrupt(DWORD) {
   temporaryNames().removeAllForGood();
   return ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(STATUS_CONTROL_C_EXIT));
-}
-
-std::wstring randomName() {
-  static constexpr wchar_t kLetters[] = L"0123456789abcdefghijklmnopqrstuvwxyz";
-  std::random_device random;
-  std::wstring name = L".ksv-";
-  for (int i = 0; i < 12; ++i) name += kLetters[random() % (std::size(kLetters) - 1)];
-  return name;
 }
 
 }  // namespace
@@ -37,7 +28,7 @@ TemporaryNames& temporaryNames() {
 void removeTemporaryFilesAtInterrupts() { ::SetConsoleCtrlHandler(endAtInterrupt, TRUE); }
 
 PassingFile::PassingFile(const std::wstring& directory)
-    : path_(systemPath(directory + randomName())), file_(create()) {}
+    : path_(systemPath(directory + *utf16Of(randomPassingName()))), file_(create()) {}
 
 PassingFile::~PassingFile() {
   const DWORD error = temporaryNames().guarded([this](std::set<std::wstring>& names) {

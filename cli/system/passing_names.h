@@ -1,0 +1,28 @@
+// What files are called that are not complete yet.
+#pragma once
+
+#include <cstddef>
+#include <random>
+#include <string>
+#include <string_view>
+
+namespace ksv_cli {
+
+inline constexpr std::string_view kPassingBegin = ".ksv-";
+inline constexpr std::string_view kPassingLetters = "0123456789abcdefghijklmnopqrstuvwxyz";
+inline constexpr size_t kPassingLength = 12;  // of what stands behind the beginning
+
+inline std::string randomPassingName() {
+  std::random_device random;
+  std::string name(kPassingBegin);
+  for (size_t i = 0; i < kPassingLength; ++i)
+    name += kPassingLetters[random() % kPassingLetters.size()];
+  return name;
+}
+
+inline bool isPassingName(std::string_view name) {
+  return name.size() == kPassingBegin.size() + kPassingLength && name.starts_with(kPassingBegin) &&
+         name.find_first_not_of(kPassingLetters, kPassingBegin.size()) == name.npos;
+}
+
+}  // namespace ksv_cli
