@@ -138,6 +138,8 @@ void addConvertJob(OptionParser& parser) {
   addPlaceOptions(job, *arguments);
   addCharacterOptions(job, *arguments);
   addChangeOptions(job, *arguments);
+  job.flag("--fix-declaration", arguments->fixesDeclaration,
+           "Have XML, HTML and CSS declare the charset that they are written in");
   job.flag("--skip-valid", arguments->skipsValid,
            "Leave texts as they are that are valid in the target already");
   addVerbosity(job, arguments->verbosity,

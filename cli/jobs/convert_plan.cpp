@@ -20,6 +20,7 @@
 #include "kit/convert/plan_options.h"
 #include "kit/convert/visible_replacement.h"
 #include "kit/profiles/profile.h"
+#include "kit/repertoire/charset_facts.h"
 #include "kit/text/unicode_check.h"
 #include "ksv_cconv.h"
 
@@ -199,6 +200,27 @@ void setChanges(const ConvertArguments& arguments, ConversionSettings& settings)
   }
 }
 
+// By IANA's name, or by that of browsers where it has none. A text without a mark names its byte
+// order, since it could be read in the other.
+std::string registeredName(const CharsetChoice& charset, const ConvertOptions& options) {
+  const std::string order = options.writeByteOrderMark != 0 ? ""
+                            : options.outputBigEndian != 0  ? "BE"
+                                                            : "LE";
+  if (charset.form == UnicodeForm::kUtf16) return "UTF-16" + order;
+  if (charset.form == UnicodeForm::kUcs4) return "UTF-32" + order;
+  const ksv_kit::RegistryEntry* const entry = ksv_kit::registryEntryOf(charset.name);
+  if (entry != nullptr && entry->mimeName != nullptr) return entry->mimeName;
+  return entry != nullptr && entry->webName != nullptr ? entry->webName : charset.display;
+}
+
+constexpr char kAsciiName[] = "iso-646irv";
+
+// XML is in UTF-8 or UTF-16 unless it says something else.
+ksv_kit::DeclaredName declaredName(const CharsetChoice& charset, const ConvertOptions& options) {
+  const bool isUsual = charset.form == UnicodeForm::kUtf8 || charset.form == UnicodeForm::kUtf16;
+  return {registeredName(charset, options), !isUsual && charset.name != kAsciiName};
+}
+
 // A converter that takes another replacement than the one asked for shows that
 // the target has no such character.
 void checkReplacement(const ConversionSettings& settings, const std::string& replacement) {
@@ -301,6 +323,7 @@ ConversionSettings conversionSettings(const ConvertArguments& arguments,
   setNewlines(arguments.newline, options);
   setReferences(arguments, settings.target, options);
   if (arguments.language) setLanguage(*arguments.language, settings);
+  if (arguments.fixesDeclaration) settings.declared = declaredName(settings.target, options);
   if (arguments.replacement) checkReplacement(settings, *arguments.replacement);
   return settings;
 }
@@ -308,8 +331,10 @@ ConversionSettings conversionSettings(const ConvertArguments& arguments,
 SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names,
                           const ConversionSettings& settings) {
   const std::optional<std::string>& languageName = arguments.detectLanguage;
-  if (arguments.classic && (arguments.guess || languageName || arguments.skipsValid))
-    throw UsageError("--classic goes with none of --guess, --detect-language and --skip-valid");
+  if (arguments.classic && (arguments.guess || languageName))
+    throw UsageError("--classic goes with neither --guess nor --detect-language");
+  if (arguments.classic && arguments.skipsValid)
+    throw UsageError("--classic does not go with --skip-valid");
   if (arguments.source && !arguments.skipsValid) return nullptr;
   if (arguments.classic) return classicFinder(names);
   const TextLanguage language =

@@ -38,6 +38,7 @@ struct ConvertArguments {
   bool classic = false;
   bool strict = false;
   bool skipsValid = false;
+  bool fixesDeclaration = false;
   VerbosityOptions verbosity;
   std::optional<std::string> profile;
   std::string normalize;
