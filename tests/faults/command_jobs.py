@@ -75,6 +75,32 @@ def _convert_jobs(ksv: str, small: dict[str, bytes], env) -> list[Job]:
     ]
 
 
+def _choosing_jobs(ksv: str, small: dict[str, bytes], env) -> list[Job]:
+    """Those that find out themselves which files are to be worked on, and how."""
+    to_utf8 = [ksv, "convert", "-f", "sjis", "-t", "utf8"]
+    declared = b"<?xml version='1.0' encoding='%s'?>\n"
+    texts = {"in/a.txt": _SJIS, "in/s/b.txt": _SJIS * 2, "in/s/c.bak": b"abc\n"}
+    return [
+        Job("convert-tree", [*to_utf8, "-r", "--exclude", "*.bak", "--output-dir", "out",
+                             "--keep-tree", "in"], small | texts, env=env, out=b"",
+            after={"out/a.txt": _UTF8, "out/s/b.txt": _UTF8 * 2}),
+        Job("convert-tree-in-place", [*to_utf8, "-r", "--include", "*.txt", "--in-place", "-j", "2",
+                                      "--skip-valid", "in"],
+            small | texts | {"in/d.txt": _UTF8}, env=env, out=b"",
+            after={"in/a.txt": _UTF8, "in/s/b.txt": _UTF8 * 2}),
+        Job("convert-skip-valid", [*to_utf8, "--skip-valid", "--quiet"], small, stdin=_UTF8, env=env,
+            out=_UTF8),
+        Job("convert-skip-valid-to-file", [*to_utf8, "--skip-valid", "-o", "new.txt", "a.txt"],
+            small | {"a.txt": _UTF8}, env=env, out=b"", after={"new.txt": _UTF8}),
+        Job("convert-fix-declaration", [*to_utf8, "--fix-declaration"], small, env=env,
+            stdin=declared % b"sjis" + _SJIS, out=declared % b"UTF-8" + _UTF8),
+        Job("check-tree", [ksv, "check", "--json", "-r", "in"], texts, env=env,
+            holds=b'"path":"in/s/c.bak"'),
+        Job("check-list", [ksv, "check", "--files-from", "list", "--null", "-r"],
+            texts | {"list": b"in/s\0in/a.txt\0"}, env=env, holds=b"in/a.txt\t"),
+    ]
+
+
 def _detecting_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
     found = rooms.of("shift_jis", "windows31j", "euc-jp-ms", "utf-8", "utf-16", "iso-8859-1", "iso-646irv")
     letter = {"a.txt": _LETTER.encode("cp932")}
@@ -168,7 +194,7 @@ def command_jobs(command: Path, directory: Path) -> list[Job]:
     small = rooms.of("shift_jis", "utf-8", "iso-646irv")
     whole = Job("convert-all-charsets", [ksv, "convert", "-f", "sjis", "-t", "utf8"], stdin=_SJIS,
                 linked=rooms.all(), env=env, out=_UTF8)
-    jobs = [*_convert_jobs(ksv, small, env), *_detecting_jobs(ksv, rooms, env),
+    jobs = [*_convert_jobs(ksv, small, env), *_choosing_jobs(ksv, small, env), *_detecting_jobs(ksv, rooms, env),
             *_mail_jobs(ksv, rooms, env), *_telling_jobs(ksv, small, env),
             *_directory_jobs(ksv, rooms, env), *_document_jobs(ksv, rooms, env), whole]
     for job in jobs:
