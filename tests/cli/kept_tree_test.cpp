@@ -14,7 +14,7 @@ namespace {
 using ksv::test::pathOf;
 using Names = std::vector<std::string>;
 
-const std::string kA = bytes({0x82, 0xA0});
+const std::string kConvertedA = bytes({0x82, 0xA0});
 
 class KeptTree : public CommandTest {
  protected:
@@ -36,10 +36,10 @@ TEST_F(KeptTree, is_that_below_a_directory_that_is_named) {
   writeDeep("from/x/y/a", "ああ");
   EXPECT_EQ(convert({"-r", "from", "-j", "4"}).err, "");
   EXPECT_EQ(files("to"), (Names{"a", "x"}));
-  EXPECT_EQ(read("to/a"), kA);
-  EXPECT_EQ(read("to/x/y/a"), kA + kA);
+  EXPECT_EQ(read("to/a"), kConvertedA);
+  EXPECT_EQ(read("to/x/y/a"), kConvertedA + kConvertedA);
   EXPECT_EQ(convert({"-r", "./from/x/"}).err, "");
-  EXPECT_EQ(read("to/y/a"), kA + kA);
+  EXPECT_EQ(read("to/y/a"), kConvertedA + kConvertedA);
 }
 
 TEST_F(KeptTree, is_the_path_of_a_file_that_is_named) {
@@ -47,17 +47,17 @@ TEST_F(KeptTree, is_the_path_of_a_file_that_is_named) {
   writeDeep("b", "あ");
   EXPECT_EQ(convert({"x/y/a", "./x/.././b"}).err, "");
   EXPECT_EQ(files("to"), (Names{"b", "x"}));
-  EXPECT_EQ(read("to/x/y/a"), kA);
-  EXPECT_EQ(read("to/b"), kA);
+  EXPECT_EQ(read("to/x/y/a"), kConvertedA);
+  EXPECT_EQ(read("to/b"), kConvertedA);
 }
 
 TEST_F(KeptTree, of_an_absolute_path_begins_behind_its_root) {
   writeDeep("x/a", "あ");
   EXPECT_EQ(convert({path("x/a")}).err, "");
   const std::string place = ksv_cli::platform::withoutRoot(path("x/a"));
-  EXPECT_EQ(read("to/" + place), kA);
+  EXPECT_EQ(read("to/" + place), kConvertedA);
   EXPECT_EQ(convert({"-r", path("x")}).err, "");
-  EXPECT_EQ(read("to/a"), kA) << "of what is below a directory only that counts";
+  EXPECT_EQ(read("to/a"), kConvertedA) << "of what is below a directory only that counts";
 }
 
 TEST_F(KeptTree, is_never_left) {
@@ -98,7 +98,7 @@ TEST_F(KeptTree, needs_a_directory_where_a_file_stands) {
   EXPECT_TRUE(outcome.err.starts_with("ksv: x/a: the directory to")) << outcome.err;
   EXPECT_TRUE(outcome.err.ends_with("x cannot be made: Not a directory\n")) << outcome.err;
   EXPECT_EQ(read("to/x"), "a file");
-  EXPECT_EQ(read("to/y/a"), kA) << "the others are done";
+  EXPECT_EQ(read("to/y/a"), kConvertedA) << "the others are done";
 }
 
 TEST_F(KeptTree, is_for_a_directory_of_results_only) {
@@ -133,7 +133,7 @@ TEST_F(KeptTree, may_begin_at_a_link_that_is_named) {
   std::filesystem::create_directory_symlink("elsewhere", pathOf(path("to")), error);
   if (error) GTEST_SKIP() << "this system makes no links: " << error.message();
   EXPECT_EQ(convert({"x/a"}).err, "");
-  EXPECT_EQ(read("elsewhere/x/a"), kA);
+  EXPECT_EQ(read("elsewhere/x/a"), kConvertedA);
 }
 
 }  // namespace

@@ -8,8 +8,8 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-const std::string kSjis = bytes({0x82, 0xA0, 0x82, 0xA2});  // あい
-const std::string kUtf8 = "あい";
+const std::string kTextInSjis = bytes({0x82, 0xA0, 0x82, 0xA2});  // あい
+const std::string kTextInUtf8 = "あい";
 
 class ValidText : public CommandTest {
  protected:
@@ -21,8 +21,8 @@ class ValidText : public CommandTest {
 };
 
 TEST_F(ValidText, stays_as_it_is_in_place_and_is_told) {
-  write("a", kSjis);
-  write("b", kUtf8);
+  write("a", kTextInSjis);
+  write("b", kTextInUtf8);
   write("c", "plain\r\n");
   write("d", "");
   const auto before = std::filesystem::last_write_time(path("b"));
@@ -36,33 +36,33 @@ TEST_F(ValidText, stays_as_it_is_in_place_and_is_told) {
             std::string::npos)
       << outcome.err;
   EXPECT_EQ(files(), (Names{"a", "a.bak", "b", "c", "d"}));
-  EXPECT_EQ(read("a"), kUtf8);
-  EXPECT_EQ(read("b"), kUtf8);
+  EXPECT_EQ(read("a"), kTextInUtf8);
+  EXPECT_EQ(read("b"), kTextInUtf8);
   EXPECT_EQ(read("c"), "plain\r\n") << "nothing else is done with it either";
   EXPECT_EQ(std::filesystem::last_write_time(path("b")), before);
 }
 
 TEST_F(ValidText, is_copied_to_where_results_go) {
-  write("b", kUtf8 + "\r\n");
+  write("b", kTextInUtf8 + "\r\n");
   EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8", "--newline", "lf", "-o", "out", "b"}).status, 0);
-  EXPECT_EQ(read("out"), kUtf8 + "\r\n");
-  EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8", "b"}).out, kUtf8 + "\r\n");
+  EXPECT_EQ(read("out"), kTextInUtf8 + "\r\n");
+  EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8", "b"}).out, kTextInUtf8 + "\r\n");
   EXPECT_EQ(convert({"-t", "utf8", "--output-dir", "to", "b"}).status, 0);
-  EXPECT_EQ(read("to/b"), kUtf8 + "\r\n");
+  EXPECT_EQ(read("to/b"), kTextInUtf8 + "\r\n");
 }
 
 TEST_F(ValidText, may_come_from_standard_input) {
-  EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8"}, kUtf8).out, kUtf8);
-  EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8"}, kSjis).out, kUtf8);
-  EXPECT_EQ(convert({"-t", "utf8"}, std::string(3000, '\n') + kUtf8).out,
-            std::string(3000, '\n') + kUtf8);
+  EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8"}, kTextInUtf8).out, kTextInUtf8);
+  EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8"}, kTextInSjis).out, kTextInUtf8);
+  EXPECT_EQ(convert({"-t", "utf8"}, std::string(3000, '\n') + kTextInUtf8).out,
+            std::string(3000, '\n') + kTextInUtf8);
 }
 
 // A block is far shorter, and so is what is kept of a pipe in memory.
 TEST_F(ValidText, is_looked_at_to_its_last_byte) {
   const std::string plain(5'000'000, 'a');
-  const std::string late = plain + kSjis;
-  EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8"}, late).out, plain + kUtf8);
+  const std::string late = plain + kTextInSjis;
+  EXPECT_EQ(convert({"-f", "sjis", "-t", "utf8"}, late).out, plain + kTextInUtf8);
   const std::string cut = plain + "\xE3\x81";
   write("cut", cut);
   const Outcome outcome = convert({"-f", "utf8", "-t", "utf8", "--in-place", "cut"});
@@ -92,14 +92,14 @@ TEST_F(ValidText, of_iso_2022_jp_has_its_escape_sequences) {
   const std::string mail = "\x1B$B$\"\x1B(B\n";
   write("mail", mail);
   write("plain", "abc\n");
-  write("utf8", kUtf8);
+  write("utf8", kTextInUtf8);
   const std::string told =
       convert({"-t", "iso-2022-jp", "--in-place", "mail", "plain", "utf8"}).err;
   EXPECT_NE(told.find("1 converted, 0 unchanged, 2 skipped, 0 failed"), std::string::npos) << told;
 }
 
 TEST_F(ValidText, with_several_links_is_no_failure) {
-  write("a", kUtf8);
+  write("a", kTextInUtf8);
   std::error_code error;
   std::filesystem::create_hard_link(path("a"), path("b"), error);
   if (error) GTEST_SKIP() << error.message();
@@ -107,7 +107,7 @@ TEST_F(ValidText, with_several_links_is_no_failure) {
 }
 
 TEST_F(ValidText, has_no_report) {
-  write("a", kUtf8);
+  write("a", kTextInUtf8);
   const Outcome outcome = convert({"-f", "sjis", "-t", "utf8", "--dry-run", "a"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, "");
@@ -115,7 +115,7 @@ TEST_F(ValidText, has_no_report) {
 }
 
 TEST_F(ValidText, is_not_told_apart_by_the_classic_detection) {
-  const Outcome outcome = convert({"-t", "utf8", "--classic"}, kUtf8);
+  const Outcome outcome = convert({"-t", "utf8", "--classic"}, kTextInUtf8);
   EXPECT_EQ(outcome.status, 2);
   EXPECT_NE(outcome.err.find("--skip-valid"), std::string::npos);
 }
