@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/jobs/loss_telling.h"
+#include "cli/jobs/manifest_run.h"
 #include "cli/jobs/output_plan.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/conversion_settings.h"
@@ -25,7 +26,7 @@ using SourceFinder = std::function<JudgedText(const std::string& input)>;
 // results would overwrite inputs or each other. Returns the exit status; failures have been
 // reported.
 int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
-                 const OutputPlan& plan, const ReportPlan& reports,
+                 const OutputPlan& plan, const ReportPlan& reports, const RunPlan& run,
                  const std::vector<std::string>& inputs, size_t jobs);
 
 }  // namespace ksv_cli

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "cli/system/failure.h"
 #include "cli/text/conversion_counts.h"
@@ -19,6 +20,10 @@ enum class ConversionOutcome {
   kSkipped     // it was not to be converted
 };
 
+// The word for it in records.
+const char* outcomeName(ConversionOutcome outcome);
+std::optional<ConversionOutcome> outcomeNamed(std::string_view name);
+
 struct ConversionRecord {
   std::string input;
   std::string source;  // the charset it was read in; empty: not known
@@ -31,6 +36,11 @@ struct ConversionRecord {
   std::string output;  // empty: standard output
   std::string kept;    // where the original is kept; empty: nowhere
   std::optional<Failure> failure;
+  // Of a run with a manifest only. Times are in nanoseconds since 1970.
+  std::optional<int64_t> modifiedBefore;
+  std::optional<int64_t> modifiedAfter;
+  std::string sumBefore;  // empty: not known
+  std::string sumAfter;
 };
 
 }  // namespace ksv_cli

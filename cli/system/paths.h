@@ -13,6 +13,11 @@ std::vector<std::string> filesNamedBy(const std::string& operand);
 
 void createDirectories(const std::string& path);
 
+std::string currentDirectory();
+
+// A path as it is seen from another directory; an absolute one stays.
+std::string pathFrom(const std::string& directory, const std::string& path);
+
 // The names of the files in a directory, in ascending order. Throws Failure.
 std::vector<std::string> filesIn(const std::string& directory);
 

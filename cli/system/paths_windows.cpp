@@ -54,6 +54,14 @@ void createDirectories(const std::string& path) {
   if (fileFacts(path).kind != FileKind::kDirectory) fail(std::errc::not_a_directory);
 }
 
+std::string currentDirectory() { return utf8Of(ksv::platform::absolutePath(L".")); }
+
+std::string pathFrom(const std::string& directory, const std::string& path) {
+  const bool isAbsolute =
+      endsInSeparator(path.substr(0, 1)) || (path.size() >= 2 && path[1] == ':');
+  return isAbsolute ? path : joinPath(directory, path);
+}
+
 std::vector<std::string> filesIn(const std::string& directory) {
   if (fileFacts(directory).kind != FileKind::kDirectory) fail(ERROR_PATH_NOT_FOUND);
   const std::string all = joinPath(directory, "*");

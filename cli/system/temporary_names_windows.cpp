@@ -36,8 +36,10 @@ TemporaryNames& temporaryNames() {
 
 void removeTemporaryFilesAtInterrupts() { ::SetConsoleCtrlHandler(endAtInterrupt, TRUE); }
 
-PassingFile::PassingFile(const std::wstring& directory)
-    : path_(systemPath(directory + randomName())), file_(create()) {}
+PassingFile::PassingFile(const std::wstring& directory, const std::string& name)
+    : path_(systemPath(directory +
+                       (name.empty() ? randomName() : std::wstring(name.begin(), name.end())))),
+      file_(create()) {}
 
 PassingFile::~PassingFile() {
   const DWORD error = temporaryNames().guarded([this](std::set<std::wstring>& names) {
