@@ -18,6 +18,7 @@
 #include "cli/system/paths.h"
 #include "cli/system/sha256.h"
 #include "cli/system/standard_streams.h"
+#include "cli/system/times.h"
 #include "cli/text/text_conversion.h"
 
 namespace ksv_cli {
@@ -164,7 +165,7 @@ class Batch {
     ConversionRecord& record = work.record;
     if (work.facts.kind == FileKind::kRegular) {
       record.sizeBefore = work.facts.size;
-      record.modifiedBefore = platform::sinceEpoch(work.facts.writeTime);
+      if (run_ != nullptr) record.modifiedBefore = modificationMoment(work.facts);
     }
     record.source = work.settings.source.display;
     record.output = outputPath(plan_, record.input);
@@ -212,7 +213,7 @@ class Batch {
     const bool isPlaced = result.complete([&] { noteIntent(record); });
     record.outcome = isPlaced ? ConversionOutcome::kConverted : ConversionOutcome::kUnchanged;
     if (run_ != nullptr)
-      record.modifiedAfter = platform::sinceEpoch(platform::fileFacts(record.output).writeTime);
+      record.modifiedAfter = modificationMoment(platform::fileFacts(record.output));
   }
 
   // A text that stays where it is can be converted once more: that takes no intent.

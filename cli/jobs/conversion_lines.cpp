@@ -6,7 +6,6 @@
 #include "cli/jobs/result_line.h"
 #include "cli/system/base64.h"
 #include "cli/system/sha256.h"
-#include "cli/system/times.h"
 
 namespace ksv_cli {
 namespace {
@@ -29,10 +28,6 @@ ordered_json textOrNull(const std::string& text) {
 template <typename Number>
 ordered_json numberOrNull(const std::optional<Number>& number) {
   return number ? ordered_json(*number) : ordered_json();
-}
-
-ordered_json momentOrNull(const std::optional<int64_t>& moment) {
-  return moment ? ordered_json(momentWithNanoseconds(*moment)) : ordered_json();
 }
 
 void addPathOrNull(ordered_json& line, const std::string& field, const std::string& path) {
@@ -93,8 +88,8 @@ ordered_json conversionFields(const ConversionRecord& record) {
 
 ordered_json manifestFields(const ConversionRecord& record) {
   ordered_json line = conversionFields(record);
-  line["modifiedBefore"] = momentOrNull(record.modifiedBefore);
-  line["modifiedAfter"] = momentOrNull(record.modifiedAfter);
+  line["modifiedBefore"] = textOrNull(record.modifiedBefore);
+  line["modifiedAfter"] = textOrNull(record.modifiedAfter);
   line["sha256Before"] = textOrNull(record.sumBefore);
   line["sha256After"] = textOrNull(record.sumAfter);
   return line;
@@ -124,6 +119,8 @@ ConversionRecord recordOfFields(const json& fields) {
   record.losses.replaced = fields.at("unmappable").get<uint64_t>();
   record.output = pathIn(fields, "output");
   record.kept = pathIn(fields, "kept");
+  record.modifiedBefore = textIn(fields, "modifiedBefore");
+  record.modifiedAfter = textIn(fields, "modifiedAfter");
   record.sumBefore = sumIn(fields, "sha256Before");
   record.sumAfter = sumIn(fields, "sha256After");
   return record;

@@ -36,10 +36,10 @@ struct ConversionRecord {
   std::string output;  // empty: standard output
   std::string kept;    // where the original is kept; empty: nowhere
   std::optional<Failure> failure;
-  // Of a run with a manifest only. Times are in nanoseconds since 1970.
-  std::optional<int64_t> modifiedBefore;
-  std::optional<int64_t> modifiedAfter;
-  std::string sumBefore;  // empty: not known
+  // Of a run with a manifest only; empty: not known.
+  std::string modifiedBefore;
+  std::string modifiedAfter;
+  std::string sumBefore;
   std::string sumAfter;
 };
 

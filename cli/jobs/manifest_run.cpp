@@ -10,6 +10,7 @@
 #include "cli/system/files.h"
 #include "cli/system/kept_original.h"
 #include "cli/system/paths.h"
+#include "cli/system/times.h"
 
 namespace ksv_cli {
 namespace {
@@ -193,11 +194,14 @@ std::optional<ConversionRecord> ManifestRun::earlierResult(const std::string& in
   if (past == nullptr || !past->hasResult)
     platform::removePassingFile(place, passingNameFor(place));
   if (past == nullptr || !isDone(*past)) return std::nullopt;
-  if (past->hasResult)
-    count(past->record);
-  else
-    noteResult(past->record);
-  return past->record;
+  ConversionRecord record = past->record;
+  if (past->hasResult) {
+    count(record);
+  } else {
+    record.modifiedAfter = modificationMoment(platform::fileFacts(record.output));
+    noteResult(record);
+  }
+  return record;
 }
 
 void ManifestRun::noteIntent(const ConversionRecord& record) {

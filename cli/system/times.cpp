@@ -23,8 +23,8 @@ std::string upToSecond(Moment moment) {
 
 }  // namespace
 
-std::string momentWithNanoseconds(int64_t sinceEpoch) {
-  const Moment moment{nanoseconds(sinceEpoch)};
+std::string modificationMoment(const platform::FileFacts& facts) {
+  const Moment moment{nanoseconds(platform::sinceEpoch(facts.writeTime))};
   const nanoseconds part = moment - std::chrono::floor<std::chrono::seconds>(moment);
   char text[16];
   std::snprintf(text, sizeof text, ".%09dZ", static_cast<int>(part.count()));
