@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cli/jobs/loss_telling.h"
+#include "cli/jobs/manifest_run.h"
 #include "cli/jobs/operands.h"
 #include "cli/jobs/output_plan.h"
 #include "cli/jobs/verbosity.h"
@@ -35,7 +36,7 @@ using SourceFinder = std::function<FoundText(const std::string& input)>;
 // results would overwrite inputs or each other. Returns the exit status; failures have been
 // reported.
 int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
-                 const OutputPlan& plan, const ReportPlan& reports, Verbosity verbosity,
-                 const Inputs& inputs, size_t jobs);
+                 const OutputPlan& plan, const ReportPlan& reports, const RunPlan& run,
+                 Verbosity verbosity, const Inputs& inputs, size_t jobs);
 
 }  // namespace ksv_cli

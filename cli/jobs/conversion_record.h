@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "cli/system/failure.h"
 #include "cli/text/conversion_counts.h"
@@ -19,6 +20,10 @@ enum class ConversionOutcome {
   kSkipped     // it was not to be converted
 };
 
+// The word for it in records.
+const char* outcomeName(ConversionOutcome outcome);
+std::optional<ConversionOutcome> outcomeNamed(std::string_view name);
+
 struct ConversionRecord {
   std::string input;
   std::string source;  // the charset it was read in; empty: not known
@@ -32,6 +37,11 @@ struct ConversionRecord {
   std::string output;  // empty: standard output
   std::string kept;    // where the original is kept; empty: nowhere
   std::optional<Failure> failure;
+  // Of a run with a manifest only; empty: not known.
+  std::string modifiedBefore;
+  std::string modifiedAfter;
+  std::string sumBefore;
+  std::string sumAfter;
 
   // Of the text, as far as they are known.
   uint64_t bytes() const { return sizeBefore.value_or(bytesRead); }

@@ -3,6 +3,8 @@
 #include <numeric>
 #include <string>
 
+#include "cli/jobs/conversion_lines.h"
+#include "cli/jobs/result_line.h"
 #include "cli/jobs/work_sums.h"
 #include "cli/system/inputs.h"
 
@@ -33,25 +35,32 @@ std::string endInWords(const ConversionRecord& record) {
 
 }  // namespace
 
-ConversionTelling::ConversionTelling(Console& console, Verbosity verbosity)
-    : console_(console), verbosity_(verbosity) {
-  if (verbosity == Verbosity::kQuiet) console.showNoProgress();
+ConversionTelling::ConversionTelling(WorkList& list, bool json, Verbosity verbosity)
+    : list_(list), tellsJson_(json), verbosity_(verbosity) {
+  if (verbosity == Verbosity::kQuiet) list.console().showNoProgress();
 }
 
 void ConversionTelling::tellSource(const ConversionRecord& record) {
-  if (verbosity_ == Verbosity::kUsual)
-    console_.report(nameForMessages(record.input), record.reason);
+  if (verbosity_ == Verbosity::kUsual) report(record, record.reason);
 }
 
-void ConversionTelling::tellEnd(const ConversionRecord& record) {
+void ConversionTelling::report(const ConversionRecord& record, const std::string& words) {
+  list_.console().report(nameForMessages(record.input), words);
+}
+
+bool ConversionTelling::tellEnd(size_t index, const ConversionRecord& record) {
   add(record);
-  const std::string name = nameForMessages(record.input);
+  tellInWords(record);
+  return !tellsJson_ || list_.writeRecord(index, jsonLine(conversionFields(record)));
+}
+
+void ConversionTelling::tellInWords(const ConversionRecord& record) {
   if (record.failure) {
-    if (!record.failure->quiet()) console_.report(name, record.failure->what());
+    if (!record.failure->quiet()) report(record, record.failure->what());
   } else if (verbosity_ == Verbosity::kVerbose) {
-    console_.report(name, endInWords(record));
+    report(record, endInWords(record));
   } else if (verbosity_ == Verbosity::kUsual && record.losses.any()) {
-    console_.report(name, record.losses.inWords());
+    report(record, record.losses.inWords());
   }
 }
 
@@ -73,7 +82,7 @@ void ConversionTelling::tellSums() {
                                         {count(ConversionOutcome::kSkipped), "skipped"},
                                         {count(ConversionOutcome::kFailed), "failed"}},
                                        bytes_, std::chrono::steady_clock::now() - begin_);
-  console_.tell("ksv: " + sums);
+  list_.console().tell("ksv: " + sums);
 }
 
 }  // namespace ksv_cli

@@ -6,30 +6,35 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <string>
 
 #include "cli/jobs/conversion_record.h"
 #include "cli/jobs/verbosity.h"
-#include "cli/system/console.h"
+#include "cli/jobs/work_list.h"
 
 namespace ksv_cli {
 
 // May be used from several threads.
 class ConversionTelling {
  public:
-  // console stays the caller's.
-  ConversionTelling(Console& console, Verbosity verbosity);
+  // list stays the caller's. json: a record of each input is written to standard output.
+  ConversionTelling(WorkList& list, bool json, Verbosity verbosity);
 
   // The charset has been found out, and nothing is converted yet.
   void tellSource(const ConversionRecord& record);
-  // All that will happen to the input has happened, failures included.
-  void tellEnd(const ConversionRecord& record);
+  // All that will happen to the input has happened, failures included. False where that cannot be
+  // told.
+  bool tellEnd(size_t index, const ConversionRecord& record);
   // The last one has come to its end.
   void tellSums();
 
  private:
+  void report(const ConversionRecord& record, const std::string& words);
+  void tellInWords(const ConversionRecord& record);
   void add(const ConversionRecord& record);
 
-  Console& console_;
+  WorkList& list_;
+  const bool tellsJson_;
   const Verbosity verbosity_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
   std::mutex mutex_;

@@ -10,10 +10,12 @@
 #include "cli/jobs/kept_tree.h"
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
+#include "cli/system/sha256.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
 #include "cli/text/rereadable_text.h"
 #include "cli/text/text_conversion.h"
+#include "cli/text/text_language.h"
 #include "cli/text/valid_text.h"
 #include "kit/charsets/name_matching.h"
 #include "kit/convert/plan.h"
@@ -240,6 +242,72 @@ SourceFinder classicFinder(const CharsetNames& names) {
   };
 }
 
+bool readsStandardInput(const ConvertArguments& arguments) {
+  return std::ranges::find(arguments.inputs.paths, kStandardStream) != arguments.inputs.paths.end();
+}
+
+// How a run is written down that can be gone on with: what is as it usually is, is left out.
+class OptionWriter {
+ public:
+  void add(const char* name, const std::string& value, const std::string& usual = "") {
+    if (value != usual) options_.emplace_back(name, value);
+  }
+  void add(const char* name, const std::optional<std::string>& value) {
+    if (value) options_.emplace_back(name, *value);
+  }
+  void add(const char* name, bool isGiven) {
+    if (isGiven) options_.emplace_back(name, "yes");
+  }
+  OptionList take() { return std::move(options_); }
+
+ private:
+  OptionList options_;
+};
+
+void addSource(const ConvertArguments& arguments, const ConversionSettings& settings,
+               OptionWriter& options) {
+  options.add("from", settings.source.display);
+  if (arguments.source) return;
+  const std::optional<std::string>& language = arguments.detectLanguage;
+  options.add("detect-language",
+              std::string(nameOfTextLanguage(language ? textLanguageNamed(*language)
+                                                      : textLanguageOfUser())));
+  options.add("guess", arguments.guess);
+  options.add("classic", arguments.classic);
+}
+
+// One that is a file is known by its bytes as well.
+void addProfile(const std::optional<std::string>& profile, OptionWriter& options) {
+  options.add("profile", profile);
+  if (profile && ksv_kit::Profile::named(*profile) == nullptr)
+    options.add("profile-sum", sumOf(*openInput(*profile)));
+}
+
+OptionList decidingOptions(const ConvertArguments& arguments, const ConversionSettings& settings) {
+  OptionWriter options;
+  options.add("to", settings.target.display);
+  addSource(arguments, settings, options);
+  options.add("output", arguments.outputFile);
+  options.add("output-dir", arguments.outputDirectory);
+  options.add("keep-tree", arguments.keepsTree);
+  options.add("in-place", arguments.inPlace);
+  options.add("touch", arguments.touches);
+  options.add("newline", arguments.newline, "keep");
+  options.add("bom", arguments.mark);
+  options.add("byte-order", arguments.byteOrder);
+  options.add("invalid", arguments.invalid, "fail");
+  options.add("unmappable", arguments.unmappable, "fail");
+  options.add("replacement", arguments.replacement);
+  options.add("references", arguments.references);
+  options.add("language", arguments.language);
+  addProfile(arguments.profile, options);
+  options.add("normalize", ksv_kit::lowered(arguments.normalize));
+  options.add("width", arguments.width);
+  options.add("fix-declaration", arguments.fixesDeclaration);
+  options.add("skip-valid", arguments.skipsValid);
+  return options.take();
+}
+
 ChosenSource validAlready(const CharsetChoice& target) {
   return {target, "it is valid " + target.display + " already"};
 }
@@ -269,11 +337,9 @@ void checkThatPlacesGoTogether(const ConvertArguments& arguments) {
     throw UsageError("of -o, --output-dir and --in-place only one can be given");
   if (arguments.keepsTree && !directory) throw UsageError("--keep-tree is for --output-dir only");
   if (arguments.touches && !inPlace) throw UsageError("--touch is for --in-place only");
-  const std::vector<std::string>& inputs = arguments.inputs.paths;
-  if (file && inputs.size() > 1) throw UsageError("-o takes one input; --output-dir takes several");
-  const bool readsStandardInput =
-      std::find(inputs.begin(), inputs.end(), kStandardStream) != inputs.end();
-  if (readsStandardInput && (inPlace || directory))
+  if (file && arguments.inputs.paths.size() > 1)
+    throw UsageError("-o takes one input; --output-dir takes several");
+  if (readsStandardInput(arguments) && (inPlace || directory))
     throw UsageError("standard input has no name for --output-dir or --in-place");
 }
 
@@ -297,6 +363,32 @@ ReportPlan reportPlan(const ConvertArguments& arguments) {
   if (!arguments.report)
     return {arguments.dryRun ? ReportForm::kTable : ReportForm::kNone, arguments.dryRun};
   return {arguments.report->empty() ? ReportForm::kTable : ReportForm::kJson, arguments.dryRun};
+}
+
+UndoPlan undoPlan(const ConvertArguments& arguments) {
+  const InputOptions& named = arguments.inputOptions;
+  if (!named.operands.empty() || !named.list.path.empty() || named.entersDirectories)
+    throw UsageError("--undo takes no files");
+  const bool converts = !arguments.target.empty() || arguments.source || arguments.outputFile ||
+                        arguments.outputDirectory || arguments.inPlace || arguments.manifest ||
+                        arguments.resume || arguments.report;
+  if (converts) throw UsageError("--undo goes with --dry-run, --json and --jobs only");
+  return {*arguments.undo, arguments.dryRun, arguments.json};
+}
+
+RunPlan runPlan(const ConvertArguments& arguments, const ConversionSettings& settings) {
+  const bool writes = outputPlan(arguments).kind != OutputPlan::Kind::kStandardOutput;
+  if (arguments.json && !writes)
+    throw UsageError(
+        "--json needs -o, --output-dir or --in-place: standard output has the results");
+  if (!arguments.manifest) {
+    if (arguments.resume) throw UsageError("--resume needs --manifest");
+    return {arguments.json, "", false, {}};
+  }
+  if (!writes) throw UsageError("--manifest needs -o, --output-dir or --in-place");
+  if (readsStandardInput(arguments)) throw UsageError("standard input has no name for --manifest");
+  return {arguments.json, *arguments.manifest, arguments.resume,
+          decidingOptions(arguments, settings)};
 }
 
 ConversionSettings conversionSettings(const ConvertArguments& arguments,

@@ -8,6 +8,7 @@
 
 #include "cli/jobs/batch.h"
 #include "cli/jobs/operands.h"
+#include "cli/jobs/undo.h"
 #include "cli/text/conversion_settings.h"
 #include "kit/charsets/charset_names.h"
 
@@ -17,8 +18,8 @@ using ksv_kit::CharsetNames;
 
 struct ConvertArguments {
   InputOptions inputOptions;
-  Inputs inputs;  // that the options name
-  std::string target;
+  Inputs inputs;       // that the options name
+  std::string target;  // empty: none, which is for undo only
   std::optional<std::string> source;
   std::optional<std::string> outputFile;
   std::optional<std::string> outputDirectory;
@@ -45,6 +46,10 @@ struct ConvertArguments {
   std::string width;
   std::optional<std::string> report;  // empty: a table
   bool dryRun = false;
+  bool json = false;
+  std::optional<std::string> manifest;
+  bool resume = false;
+  std::optional<std::string> undo;  // a manifest
   uint64_t jobs = 1;
   uint64_t blockSize = ConversionSettings{}.blockSize;
 };
@@ -56,6 +61,12 @@ OutputPlan outputPlan(const ConvertArguments& arguments);
 
 // What is told of losses.
 ReportPlan reportPlan(const ConvertArguments& arguments);
+
+// What is told and written down of the run. settings: those of the arguments.
+RunPlan runPlan(const ConvertArguments& arguments, const ConversionSettings& settings);
+
+// What is taken back. Of arguments that name a manifest for that.
+UndoPlan undoPlan(const ConvertArguments& arguments);
 
 // How they are made. The rule base has to be loaded.
 ConversionSettings conversionSettings(const ConvertArguments& arguments, const CharsetNames& names);

@@ -61,8 +61,7 @@ std::vector<std::string> namesGiven(const InputOptions& options) {
 
 void add(FoundFile found, Inputs& inputs) {
   if (found.refused) inputs.refused.emplace(inputs.paths.size(), *found.refused);
-  inputs.paths.push_back(std::move(found.path));
-  inputs.belowAt.push_back(found.belowAt);
+  inputs.add(std::move(found.path), found.belowAt);
 }
 
 bool isDirectory(const std::string& name) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/jobs/options.h"
@@ -38,6 +39,17 @@ struct Inputs {
   // it. 0: it was named itself.
   std::vector<size_t> belowAt;
   RefusedInputs refused;  // directories that could not be read
+
+  void add(std::string path, size_t below = 0) {
+    paths.push_back(std::move(path));
+    belowAt.push_back(below);
+  }
+  // One of other inputs.
+  void addFrom(const Inputs& others, size_t index) {
+    const auto refusal = others.refused.find(index);
+    if (refusal != others.refused.end()) refused.emplace(paths.size(), refusal->second);
+    add(others.paths[index], others.belowAt[index]);
+  }
 };
 
 // Operands, and behind them the names of the list; standard input when neither is given. A

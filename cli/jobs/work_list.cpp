@@ -125,11 +125,16 @@ void WorkList::workOrReport(size_t index, const std::function<void(size_t index)
 void WorkList::report(size_t index, const Failure& failure) {
   if (failure.quiet()) return;
   console_.report(nameForMessages(inputs_[index]), failure.what());
-  if (!encodeFailure_) return;
+  if (encodeFailure_) writeRecord(index, encodeFailure_(failureRecord(inputs_[index], failure)));
+}
+
+bool WorkList::writeRecord(size_t index, const std::string& line) {
   try {
-    standardOutput_.write(index, encodeFailure_(failureRecord(inputs_[index], failure)));
+    standardOutput_.write(index, line);
+    return true;
   } catch (const Failure& broken) {
     if (!broken.quiet()) console_.report("standard output", broken.what());
+    return false;
   }
 }
 

@@ -72,6 +72,13 @@ class WorkList {
   // What is told beyond failures: quietly nothing, not even progress, and verbosely the sums.
   void tell(Verbosity verbosity);
 
+  // Writes a line about an input to standard output, whatever has come of the input. False where
+  // that fails, which is told.
+  bool writeRecord(size_t index, const std::string& line);
+
+  // No further input is begun.
+  void stop() { next_ = inputs_.size(); }
+
   // Does the work on each input, at most so many at once. What it throws is reported
   // under the input's name, and the others are still done. Returns the exit status.
   int run(size_t jobs, const std::function<void(size_t index)>& workOn);

@@ -18,6 +18,11 @@ void createDirectories(const std::string& path);
 void makeDirectoryItself(const std::string& path);
 inline constexpr char kLinkIsThere[] = "a symbolic link has its name";
 
+std::string currentDirectory();
+
+// A path as it is seen from another directory; an absolute one stays.
+std::string pathFrom(const std::string& directory, const std::string& path);
+
 // The names of the files in a directory, in ascending order. Throws Failure.
 std::vector<std::string> filesIn(const std::string& directory);
 

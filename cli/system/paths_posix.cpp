@@ -94,6 +94,17 @@ void makeDirectoryItself(const std::string& path) {
   }
 }
 
+std::string currentDirectory() {
+  std::error_code error;
+  const std::string path = std::filesystem::current_path(error).string();
+  if (error) throw Failure(error.message());
+  return path;
+}
+
+std::string pathFrom(const std::string& directory, const std::string& path) {
+  return joinPath(directory, path);
+}
+
 std::vector<std::string> filesIn(const std::string& directory) {
   std::vector<std::string> names;
   std::error_code error;

@@ -106,6 +106,14 @@ void makeDirectoryItself(const std::string& path) {
   if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) fail(std::errc::not_a_directory);
 }
 
+std::string currentDirectory() { return utf8Of(ksv::platform::absolutePath(L".")); }
+
+std::string pathFrom(const std::string& directory, const std::string& path) {
+  const bool isAbsolute =
+      endsInSeparator(path.substr(0, 1)) || (path.size() >= 2 && path[1] == ':');
+  return isAbsolute ? path : joinPath(directory, path);
+}
+
 std::vector<std::string> filesIn(const std::string& directory) {
   if (fileFacts(directory).kind != FileKind::kDirectory) fail(ERROR_PATH_NOT_FOUND);
   const std::string all = joinPath(directory, "*");

@@ -136,8 +136,9 @@ NamesSection::~NamesSection() {
   ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-PassingName::PassingName(const std::string& directory)
-    : path_((std::filesystem::path(directory) / randomPassingName()).string()) {
+PassingName::PassingName(const std::string& directory, const std::string& name)
+    : path_((std::filesystem::path(directory) / (name.empty() ? randomPassingName() : name))
+                .string()) {
   // Most commands make no file, and are spared a hundred calls of the system.
   static std::once_flag signalsAreCaught;
   std::call_once(signalsAreCaught, removeTemporaryFilesAtSignals);
@@ -150,8 +151,8 @@ PassingName::~PassingName() {
   temporaryNames.forget(slot_);
 }
 
-PassingFile::PassingFile(const std::string& directory)
-    : name_(directory), descriptor_(createdFile(name_.path())) {}
+PassingFile::PassingFile(const std::string& directory, const std::string& name)
+    : name_(directory, name), descriptor_(createdFile(name_.path())) {}
 
 PassingFile::~PassingFile() {
   if (!isThere_) return;

@@ -27,8 +27,9 @@ TemporaryNames& temporaryNames() {
 
 void removeTemporaryFilesAtInterrupts() { ::SetConsoleCtrlHandler(endAtInterrupt, TRUE); }
 
-PassingFile::PassingFile(const std::wstring& directory)
-    : path_(systemPath(directory + *utf16Of(randomPassingName()))), file_(create()) {}
+PassingFile::PassingFile(const std::wstring& directory, const std::string& name)
+    : path_(systemPath(directory + *utf16Of(name.empty() ? randomPassingName() : name))),
+      file_(create()) {}
 
 PassingFile::~PassingFile() {
   const DWORD error = temporaryNames().guarded([this](std::set<std::wstring>& names) {

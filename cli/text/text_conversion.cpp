@@ -57,7 +57,7 @@ class TextConversion {
     sink_.write(out_.data(), out_.size());
     if (goesOn) return;
     const ksv_kit::Problem& problem = *pipeline_.problem();
-    throw Failure(problem.message + atOffset(problem.offset));
+    throw Failure::at(problem.offset, problem.message, atOffset(problem.offset));
   }
 
   const ksv_kit::ConversionTask task_;
