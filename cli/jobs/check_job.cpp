@@ -33,7 +33,7 @@ constexpr char kFooter[] =
     "\n"
     "Exit status: 0 all well, 1 at least one input failed, 2 wrong usage.";
 
-struct Arguments {
+struct CheckArguments {
   InputOptions inputs;
   VerbosityOptions verbosity;
   bool json = false;
@@ -87,7 +87,7 @@ std::string asText(const EncodingCheckRecord& record, ResultForm form) {
                    orHyphen(lineEnd(record))});
 }
 
-int checkAll(const Arguments& arguments) {
+int checkAll(const CheckArguments& arguments) {
   const Inputs inputs = inputsNamedBy(arguments.inputs);
   const ResultForm form = arguments.classic ? ResultForm::kClassic : ResultForm::kFull;
   const bool namesPath = !arguments.classic || inputs.paths.size() > 1;
@@ -108,7 +108,7 @@ int checkAll(const Arguments& arguments) {
 void addCheckJob(OptionParser& parser) {
   Subcommand job =
       parser.job(groups::kJudging, "check", "Name the charset of a text as it declares it");
-  auto arguments = std::make_shared<Arguments>();
+  auto arguments = std::make_shared<CheckArguments>();
   addInputs(job, arguments->inputs, "The texts");
   job.flag("--json", arguments->json, "One JSON object a line");
   job.flag("--classic", arguments->classic,
