@@ -69,6 +69,15 @@ void checkThatOptionsAreSame(const OptionList& before, const OptionList& now) {
   }
 }
 
+// Below a directory it may be found under another path than the one that names it.
+bool isSameFile(const std::string& path, const platform::FileFacts& facts) {
+  try {
+    return platform::fileFacts(path).isSameFileAs(facts);
+  } catch (const Failure&) {
+    return false;  // whoever converts it is told
+  }
+}
+
 }  // namespace
 
 Manifest::Manifest(std::string path, std::unique_ptr<JournalFile> file)
@@ -170,12 +179,14 @@ Inputs ManifestRun::inputs(const Inputs& named) const {
   for (const PastConversion& past : history_.conversions())
     if (past.isIntended && !past.record.kept.empty())
       passedOver.insert(platform::placeKey(past.record.kept));
+  const platform::FileFacts manifest = platform::fileFacts(plan_.manifest);
   Inputs inputs;
   std::unordered_set<std::string> known;
   for (size_t i = 0; i < named.paths.size(); ++i) {
-    if (passedOver.contains(platform::placeKey(named.paths[i]))) continue;
+    const std::string& path = named.paths[i];
+    if (passedOver.contains(platform::placeKey(path)) || isSameFile(path, manifest)) continue;
     inputs.addFrom(named, i);
-    known.insert(named.paths[i]);
+    known.insert(path);
   }
   for (const PastConversion& past : history_.conversions())
     if (past.isIntended && !past.hasResult && !known.contains(past.record.input))

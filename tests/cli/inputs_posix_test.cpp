@@ -2,6 +2,7 @@
 // bytes.
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -135,8 +136,10 @@ TEST_F(FoundInputs, that_have_gone_meanwhile_are_told_and_the_others_done) {
   // The first input is read to its end before the others are opened, and the list is made by then.
   const Process process = start({"check", "-r", "-", "d"}, streams);
   writeTo(pipe.writing, "abc");
-  while (::access(path("out").c_str(), R_OK) != 0) ::usleep(1000);
-  ::usleep(300'000);
+  for (int waiting = 1; waiting != 0;) {
+    ::usleep(1000);
+    ASSERT_EQ(::ioctl(static_cast<int>(pipe.reading), FIONREAD, &waiting), 0);
+  }
   std::filesystem::remove(path("d/a"));
   closeStreams({pipe.writing});
   EXPECT_EQ(finishCommand(process).status, 1);
