@@ -152,7 +152,8 @@ void ManifestRun::resume() {
     throw UsageError("the run to resume was begun in " + history_.head().directory);
   head_ = history_.head();
   for (const PastConversion& past : history_.conversions())
-    if (past.isIntended && !past.hasResult) settle(past.record);
+    if (past.isIntended && !past.hasResult && settle(past.record))
+      putBack_.push_back(past.record.input);
 }
 
 void ManifestRun::begin() {
@@ -177,9 +178,8 @@ std::vector<std::string> ManifestRun::inputs(const std::vector<std::string>& nam
     inputs.push_back(input);
     known.insert(input);
   }
-  for (const PastConversion& past : history_.conversions())
-    if (past.isIntended && !past.hasResult && !known.contains(past.record.input))
-      inputs.push_back(past.record.input);
+  for (const std::string& input : putBack_)
+    if (!known.contains(input)) inputs.push_back(input);
   return inputs;
 }
 

@@ -89,6 +89,7 @@ class ManifestRun {
   const RunPlan& plan_;
   RunHead head_;
   RunHistory history_;
+  std::vector<std::string> putBack_;  // texts that had lost their names
   std::unique_ptr<platform::JournalFile> file_;
   std::unique_ptr<Manifest> manifest_;
   std::mutex mutex_;

@@ -96,9 +96,14 @@ void removeTemporaryFilesAtSignals() {
 
 std::string randomName() {
   static constexpr char kLetters[] = "0123456789abcdefghijklmnopqrstuvwxyz";
+  constexpr unsigned kCount = sizeof kLetters - 1;
   std::random_device random;
   std::string name = ".ksv-";
-  for (int i = 0; i < 12; ++i) name += kLetters[random() % (sizeof kLetters - 1)];
+  // A number is good for six letters, and takes its time where many files are written.
+  for (int number = 0; number < 2; ++number) {
+    unsigned rest = random();
+    for (int letter = 0; letter < 6; ++letter, rest /= kCount) name += kLetters[rest % kCount];
+  }
   return name;
 }
 

@@ -20,9 +20,14 @@ BOOL WINAPI endAtInterrupt(DWORD) {
 
 std::wstring randomName() {
   static constexpr wchar_t kLetters[] = L"0123456789abcdefghijklmnopqrstuvwxyz";
+  constexpr unsigned kCount = std::size(kLetters) - 1;
   std::random_device random;
   std::wstring name = L".ksv-";
-  for (int i = 0; i < 12; ++i) name += kLetters[random() % (std::size(kLetters) - 1)];
+  // A number is good for six letters, and takes its time where many files are written.
+  for (int number = 0; number < 2; ++number) {
+    unsigned rest = random();
+    for (int letter = 0; letter < 6; ++letter, rest /= kCount) name += kLetters[rest % kCount];
+  }
   return name;
 }
 

@@ -352,6 +352,33 @@ TEST_F(Resume, takes_a_name_back_that_was_held_for_an_original) {
   EXPECT_EQ(read("a.orig"), kShiftJis);
 }
 
+TEST_F(Resume, converts_what_is_named_and_no_more) {
+  write("a", kShiftJis);
+  write("b", kShiftJis);
+  EXPECT_EQ(inPlace({"a", "b"}).status, 0);
+  loseResults();
+  for (const char* name : {"a", "b"}) {
+    remove(name);
+    rename(std::string(name) + ".orig", name);
+  }
+  EXPECT_EQ(resumed({"b"}).status, 0);
+  EXPECT_EQ(read("a"), kShiftJis);
+  EXPECT_EQ(read("b"), kUtf8);
+}
+
+// Under the name that the run gives it: what others have left is theirs.
+TEST_F(Resume, removes_what_its_own_run_left_unfinished) {
+  write("a", kNoShiftJis);
+  EXPECT_EQ(inPlace({"a"}).status, 1);
+  const std::string run = manifest("head").front().at("run");
+  const std::string left = ".ksv-" + ksv_cli::sumOf(run + "\na").substr(0, 12);
+  write(left, "half");
+  write(".ksv-0123456789ab", "somebody's");
+  write("a", kShiftJis);
+  EXPECT_EQ(resumed({"a"}).status, 0);
+  EXPECT_EQ(files(), (std::vector<std::string>{".ksv-0123456789ab", "a", "a.orig", "m"}));
+}
+
 class Undo : public ManifestTest {
  protected:
   Outcome undo(const std::vector<std::string>& more = {}) const {
@@ -423,7 +450,7 @@ TEST_F(Undo, leaves_results_elsewhere_and_counts_them) {
   EXPECT_EQ(toUtf8({"-o", "b", "--manifest", "m", "a"}).status, 0);
   const Outcome outcome = undo();
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "ksv: m: 1 result elsewhere stay where they are\n");
+  EXPECT_EQ(outcome.err, "ksv: m: 1 result elsewhere stays where it is\n");
   EXPECT_EQ(read("b"), kUtf8);
 }
 
