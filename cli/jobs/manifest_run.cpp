@@ -26,7 +26,7 @@ std::string newRunName() {
   return name;
 }
 
-std::string valueOf(const OptionList& options, const std::string& name) {
+std::string valueGivenFor(const OptionList& options, const std::string& name) {
   const auto found = std::ranges::find(options, name, &OptionList::value_type::first);
   return found == options.end() ? "" : found->second;
 }
@@ -61,8 +61,8 @@ void checkThatOptionsAreSame(const OptionList& before, const OptionList& now) {
   OptionList all = before;
   all.insert(all.end(), now.begin(), now.end());
   for (const auto& [name, value] : all) {
-    const std::string old = valueOf(before, name);
-    const std::string given = valueOf(now, name);
+    const std::string old = valueGivenFor(before, name);
+    const std::string given = valueGivenFor(now, name);
     if (old != given)
       throw UsageError("the run to resume had " + inWords(old) + " for --" + name + ", not " +
                        inWords(given));
