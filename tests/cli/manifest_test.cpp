@@ -303,6 +303,21 @@ TEST_F(Resume, passes_over_the_manifest_and_originals_that_were_kept) {
   EXPECT_EQ(files(), (std::vector<std::string>{"a", "a.orig", "m"}));
 }
 
+// An original is a text of which no run has told anything yet.
+TEST_F(Resume, knows_files_by_other_names) {
+  write("a", kShiftJis);
+  EXPECT_EQ(inPlace({"a"}).status, 0);
+  for (const std::vector<std::string>& names : {std::vector<std::string>{"./a", "./a.orig", "./m"},
+                                                {path("a"), path("a.orig"), path("m")}}) {
+    const Outcome outcome = resumed(names);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(read("a"), kUtf8);
+    EXPECT_EQ(read("a.orig"), kShiftJis);
+    EXPECT_EQ(files(), (std::vector<std::string>{"a", "a.orig", "m"}));
+  }
+}
+
 TEST_F(Resume, drops_a_line_that_was_cut_off) {
   write("a", kShiftJis);
   EXPECT_EQ(inPlace({"a"}).status, 0);
