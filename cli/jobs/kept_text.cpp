@@ -30,24 +30,26 @@ namespace {
 
 // Nothing stood at the place of the kept original when the intent was written: an empty file there
 // held the name for it.
-void settleUntold(const ConversionRecord& past) {
+bool settleUntold(const ConversionRecord& past) {
   const FileFacts kept = platform::fileFacts(past.kept);
-  if (kept.kind != FileKind::kRegular) return;
+  if (kept.kind != FileKind::kRegular) return false;
   const FileFacts place = platform::fileFacts(past.output);
   if (place.kind == FileKind::kMissing) {
-    if (sumOfFile(past.kept) == past.sumBefore) platform::putOriginalBack(past.kept, past.output);
-  } else if (kept.size == 0 && !kept.isSameFileAs(place) &&
-             sumOfFile(past.output) == past.sumBefore) {
-    platform::removeKept(past.kept);
+    if (sumOfFile(past.kept) != past.sumBefore) return false;
+    platform::putOriginalBack(past.kept, past.output);
+    return true;
   }
+  if (kept.size == 0 && !kept.isSameFileAs(place) && sumOfFile(past.output) == past.sumBefore)
+    platform::removeKept(past.kept);
+  return false;
 }
 
 }  // namespace
 
-void settle(const ConversionRecord& past) {
-  if (past.kept.empty()) return;
+bool settle(const ConversionRecord& past) {
+  if (past.kept.empty()) return false;
   try {
-    settleUntold(past);
+    return settleUntold(past);
   } catch (const Failure& failure) {
     throw Failure("the original of " + past.output + ": " + failure.what());
   }

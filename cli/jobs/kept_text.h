@@ -16,9 +16,9 @@ inline constexpr char kIsChanged[] = " has been changed since it was converted, 
 // Whether the result has another place than the text.
 bool isElsewhere(const ConversionRecord& past);
 
-// Ends what a run that was killed had begun with the names of a file and its original: an original
-// that is in neither place is put back. Throws Failure.
-void settle(const ConversionRecord& past);
+// Ends what a run that was killed had begun with the names of a file and its original. True: the
+// file had no name left but that of its original, and has its own again. Throws Failure.
+bool settle(const ConversionRecord& past);
 
 // The name under which a run writes what is to stand at a place: a file that is left there can be
 // told from those of others.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <random>
-#include <unordered_set>
 #include <utility>
 
 #include "cli/jobs/kept_text.h"
@@ -15,6 +14,7 @@
 namespace ksv_cli {
 namespace {
 
+using platform::FileFacts;
 using platform::FileKind;
 using platform::JournalFile;
 
@@ -26,9 +26,20 @@ std::string newRunName() {
   return name;
 }
 
-std::string valueOf(const OptionList& options, const std::string& name) {
+std::string valueGivenFor(const OptionList& options, const std::string& name) {
   const auto found = std::ranges::find(options, name, &OptionList::value_type::first);
   return found == options.end() ? "" : found->second;
+}
+
+std::pair<uint64_t, uint64_t> idOf(const FileFacts& facts) { return {facts.device, facts.number}; }
+
+// Whoever converts it is told why nothing is known of it.
+FileFacts factsIfKnown(const std::string& path) {
+  try {
+    return platform::fileFacts(path);
+  } catch (const Failure&) {
+    return {};
+  }
 }
 
 std::string inWords(const std::string& value) { return value.empty() ? "nothing" : value; }
@@ -61,20 +72,11 @@ void checkThatOptionsAreSame(const OptionList& before, const OptionList& now) {
   OptionList all = before;
   all.insert(all.end(), now.begin(), now.end());
   for (const auto& [name, value] : all) {
-    const std::string old = valueOf(before, name);
-    const std::string given = valueOf(now, name);
+    const std::string old = valueGivenFor(before, name);
+    const std::string given = valueGivenFor(now, name);
     if (old != given)
       throw UsageError("the run to resume had " + inWords(old) + " for --" + name + ", not " +
                        inWords(given));
-  }
-}
-
-// Below a directory it may be found under another path than the one that names it.
-bool isSameFile(const std::string& path, const platform::FileFacts& facts) {
-  try {
-    return platform::fileFacts(path).isSameFileAs(facts);
-  } catch (const Failure&) {
-    return false;  // whoever converts it is told
   }
 }
 
@@ -161,7 +163,21 @@ void ManifestRun::resume() {
     throw UsageError("the run to resume was begun in " + history_.head().directory);
   head_ = history_.head();
   for (const PastConversion& past : history_.conversions())
-    if (past.isIntended && !past.hasResult) settle(past.record);
+    if (past.isIntended && !past.hasResult && settle(past.record))
+      putBack_.push_back(past.record.input);
+  noteFiles();
+}
+
+// Until a file is replaced, its original may be kept under a second name of the same file.
+void ManifestRun::noteFiles() {
+  for (const PastConversion& past : history_.conversions()) {
+    if (!past.isIntended) continue;
+    const FileFacts place = platform::fileFacts(past.record.output);
+    if (place.kind == FileKind::kRegular) pastByFile_.emplace(idOf(place), &past);
+    if (past.record.kept.empty()) continue;
+    const FileFacts kept = platform::fileFacts(past.record.kept);
+    if (kept.kind == FileKind::kRegular && !kept.isSameFileAs(place)) kept_.insert(idOf(kept));
+  }
 }
 
 void ManifestRun::begin() {
@@ -173,25 +189,34 @@ void ManifestRun::begin() {
   manifest_->writeDurably(history_.hasHead() ? resumptionLine() : headLine(head_));
 }
 
+bool ManifestRun::isPassedOver(const std::string& input) const {
+  const FileFacts facts = factsIfKnown(input);
+  return facts.kind == FileKind::kRegular &&
+         (kept_.contains(idOf(facts)) || facts.isSameFileAs(platform::fileFacts(plan_.manifest)));
+}
+
 // The same names as before may stand for more files by now.
 Inputs ManifestRun::inputs(const Inputs& named) const {
-  std::unordered_set<std::string> passedOver = {platform::placeKey(plan_.manifest)};
-  for (const PastConversion& past : history_.conversions())
-    if (past.isIntended && !past.record.kept.empty())
-      passedOver.insert(platform::placeKey(past.record.kept));
-  const platform::FileFacts manifest = platform::fileFacts(plan_.manifest);
+  if (!history_.hasHead()) return named;
   Inputs inputs;
-  std::unordered_set<std::string> known;
-  for (size_t i = 0; i < named.paths.size(); ++i) {
-    const std::string& path = named.paths[i];
-    if (passedOver.contains(platform::placeKey(path)) || isSameFile(path, manifest)) continue;
-    inputs.addFrom(named, i);
-    known.insert(path);
+  for (size_t i = 0; i < named.paths.size(); ++i)
+    if (!isPassedOver(named.paths[i])) inputs.addFrom(named, i);
+  for (const std::string& input : putBack_) {
+    const FileFacts facts = factsIfKnown(input);
+    const bool isNamed = std::ranges::any_of(inputs.paths, [&](const std::string& other) {
+      return factsIfKnown(other).isSameFileAs(facts);
+    });
+    if (!isNamed) inputs.add(input);
   }
-  for (const PastConversion& past : history_.conversions())
-    if (past.isIntended && !past.hasResult && !known.contains(past.record.input))
-      inputs.add(past.record.input);
   return inputs;
+}
+
+const PastConversion* ManifestRun::pastOf(const std::string& input) const {
+  if (const PastConversion* const past = history_.find(input)) return past;
+  const FileFacts facts = platform::fileFacts(input);
+  const auto found =
+      facts.kind == FileKind::kRegular ? pastByFile_.find(idOf(facts)) : pastByFile_.end();
+  return found == pastByFile_.end() ? nullptr : found->second;
 }
 
 std::string ManifestRun::passingNameFor(const std::string& place) const {
@@ -201,7 +226,7 @@ std::string ManifestRun::passingNameFor(const std::string& place) const {
 std::optional<ConversionRecord> ManifestRun::earlierResult(const std::string& input,
                                                            const std::string& place) {
   if (!history_.hasHead()) return std::nullopt;
-  const PastConversion* const past = history_.find(input);
+  const PastConversion* const past = pastOf(input);
   if (past == nullptr || !past->hasResult)
     platform::removePassingFile(place, passingNameFor(place));
   if (past == nullptr || !isDone(*past)) return std::nullopt;

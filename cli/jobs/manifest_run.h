@@ -4,10 +4,13 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/jobs/operands.h"
@@ -84,12 +87,22 @@ class ManifestRun {
   bool isBroken() { return manifest_ && manifest_->isBroken(); }
 
  private:
+  using FileId = std::pair<uint64_t, uint64_t>;
+
   void resume();
+  void noteFiles();
+  bool isPassedOver(const std::string& input) const;
+  const PastConversion* pastOf(const std::string& input) const;
   void count(const ConversionRecord& record);
 
   const RunPlan& plan_;
   RunHead head_;
   RunHistory history_;
+  std::vector<std::string> putBack_;  // texts that had lost their names
+  // Of files that may have been replaced, which can be named otherwise now: where the history has
+  // them, and the originals that were kept of them.
+  std::map<FileId, const PastConversion*> pastByFile_;
+  std::set<FileId> kept_;
   std::unique_ptr<platform::JournalFile> file_;
   std::unique_ptr<Manifest> manifest_;
   std::mutex mutex_;

@@ -32,7 +32,7 @@ FileFacts factsOfOutput(const std::string& path) {
   try {
     return platform::fileFacts(path);
   } catch (const Failure& failure) {
-    throw Failure(shownName(path) + ": " + failure.what());
+    throw Failure(ksv_cli::shownName(path) + ": " + failure.what());
   }
 }
 

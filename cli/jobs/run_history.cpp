@@ -18,7 +18,7 @@ using nlohmann::ordered_json;
 
 // What every manifest begins with, byte by byte.
 constexpr std::string_view kBeginning = R"({"record":"head","format":"ksv manifest","version":1,)";
-constexpr uint64_t kVersion = 1;
+constexpr uint64_t kFormatVersion = 1;
 
 ordered_json lineOf(const char* kind) {
   ordered_json line = emptyRecord();
@@ -32,7 +32,7 @@ std::string textOf(const std::string& path) {
 }
 
 RunHead headOf(const json& line) {
-  if (line.at("version").get<uint64_t>() != kVersion)
+  if (line.at("version").get<uint64_t>() != kFormatVersion)
     throw UsageError("is a manifest of another version");
   RunHead head{line.at("run").get<std::string>(), pathIn(line, "directory"), {}};
   for (const auto& [name, value] : line.at("options").items())
@@ -45,7 +45,7 @@ RunHead headOf(const json& line) {
 std::string headLine(const RunHead& head) {
   ordered_json line = lineOf("head");
   line["format"] = "ksv manifest";
-  line["version"] = kVersion;
+  line["version"] = kFormatVersion;
   line["run"] = head.run;
   line["time"] = presentMoment();
   addPath(line, "directory", head.directory);

@@ -49,10 +49,11 @@ class Undoing {
   int run(size_t jobs) {
     if (plan_.tellsJson) list_.recordFailures();
     const int status = list_.run(jobs, [this](size_t index) { undo(index); });
-    if (elsewhere_ != 0)
-      list_.console().report(plan_.manifest, std::to_string(elsewhere_) +
-                                                 (elsewhere_ == 1 ? " result" : " results") +
-                                                 " elsewhere stay where they are");
+    if (elsewhere_ == 1)
+      list_.console().report(plan_.manifest, "1 result elsewhere stays where it is");
+    else if (elsewhere_ != 0)
+      list_.console().report(plan_.manifest,
+                             std::to_string(elsewhere_) + " results elsewhere stay where they are");
     return status;
   }
 

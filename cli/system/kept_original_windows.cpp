@@ -8,7 +8,7 @@
 namespace ksv_cli::platform {
 namespace {
 
-void move(const std::string& kept, const std::string& place, DWORD how) {
+void moveKept(const std::string& kept, const std::string& place, DWORD how) {
   const std::wstring end = linkEnd(systemPath(place));
   if (!::MoveFileExW(systemPath(kept).c_str(), end.c_str(), how | MOVEFILE_WRITE_THROUGH))
     fail(::GetLastError());
@@ -23,10 +23,12 @@ void removeThere(const std::wstring& path) {
 }  // namespace
 
 void restoreOriginal(const std::string& kept, const std::string& place) {
-  move(kept, place, MOVEFILE_REPLACE_EXISTING);
+  moveKept(kept, place, MOVEFILE_REPLACE_EXISTING);
 }
 
-void putOriginalBack(const std::string& kept, const std::string& place) { move(kept, place, 0); }
+void putOriginalBack(const std::string& kept, const std::string& place) {
+  moveKept(kept, place, 0);
+}
 
 void removeKept(const std::string& kept) { removeThere(systemPath(kept)); }
 

@@ -303,6 +303,21 @@ TEST_F(Resume, passes_over_the_manifest_and_originals_that_were_kept) {
   EXPECT_EQ(files(), (std::vector<std::string>{"a", "a.orig", "m"}));
 }
 
+// An original is a text of which no run has told anything yet.
+TEST_F(Resume, knows_files_by_other_names) {
+  write("a", kShiftJis);
+  EXPECT_EQ(inPlace({"a"}).status, 0);
+  for (const std::vector<std::string>& names : {std::vector<std::string>{"./a", "./a.orig", "./m"},
+                                                {path("a"), path("a.orig"), path("m")}}) {
+    const Outcome outcome = resumed(names);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(read("a"), kUtf8);
+    EXPECT_EQ(read("a.orig"), kShiftJis);
+    EXPECT_EQ(files(), (std::vector<std::string>{"a", "a.orig", "m"}));
+  }
+}
+
 TEST_F(Resume, drops_a_line_that_was_cut_off) {
   write("a", kShiftJis);
   EXPECT_EQ(inPlace({"a"}).status, 0);
@@ -350,6 +365,33 @@ TEST_F(Resume, takes_a_name_back_that_was_held_for_an_original) {
   EXPECT_EQ(resumed({"a"}).status, 0);
   EXPECT_EQ(read("a"), kUtf8);
   EXPECT_EQ(read("a.orig"), kShiftJis);
+}
+
+TEST_F(Resume, converts_what_is_named_and_no_more) {
+  write("a", kShiftJis);
+  write("b", kShiftJis);
+  EXPECT_EQ(inPlace({"a", "b"}).status, 0);
+  loseResults();
+  for (const char* name : {"a", "b"}) {
+    remove(name);
+    rename(std::string(name) + ".orig", name);
+  }
+  EXPECT_EQ(resumed({"b"}).status, 0);
+  EXPECT_EQ(read("a"), kShiftJis);
+  EXPECT_EQ(read("b"), kUtf8);
+}
+
+// Under the name that the run gives it: what others have left is theirs.
+TEST_F(Resume, removes_what_its_own_run_left_unfinished) {
+  write("a", kNoShiftJis);
+  EXPECT_EQ(inPlace({"a"}).status, 1);
+  const std::string run = manifest("head").front().at("run");
+  const std::string left = ".ksv-" + ksv_cli::sumOf(run + "\na").substr(0, 12);
+  write(left, "half");
+  write(".ksv-0123456789ab", "somebody's");
+  write("a", kShiftJis);
+  EXPECT_EQ(resumed({"a"}).status, 0);
+  EXPECT_EQ(files(), (std::vector<std::string>{".ksv-0123456789ab", "a", "a.orig", "m"}));
 }
 
 class Undo : public ManifestTest {
@@ -423,7 +465,7 @@ TEST_F(Undo, leaves_results_elsewhere_and_counts_them) {
   EXPECT_EQ(toUtf8({"-o", "b", "--manifest", "m", "a"}).status, 0);
   const Outcome outcome = undo();
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "ksv: m: 1 result elsewhere stay where they are\n");
+  EXPECT_EQ(outcome.err, "ksv: m: 1 result elsewhere stays where it is\n");
   EXPECT_EQ(read("b"), kUtf8);
 }
 
