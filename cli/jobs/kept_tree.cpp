@@ -22,6 +22,12 @@ std::vector<std::string> componentsOf(std::string_view path) {
   return components;
 }
 
+// Some systems leave out dots and blanks at the end of a name.
+bool leadsBack(const std::string& component) {
+  if (component == "..") return true;
+  return platform::backslashSeparates() && component.find_first_not_of(". ") == component.npos;
+}
+
 }  // namespace
 
 std::string placeInTree(const std::string& path, size_t belowAt) {
@@ -29,7 +35,7 @@ std::string placeInTree(const std::string& path, size_t belowAt) {
   std::vector<std::string> kept;
   for (std::string& component : componentsOf(below)) {
     if (component == ".") continue;
-    if (component != "..") {
+    if (!leadsBack(component)) {
       kept.push_back(std::move(component));
       continue;
     }
@@ -44,7 +50,7 @@ std::string placeInTree(const std::string& path, size_t belowAt) {
 void makeDirectoriesFor(const std::string& place, const std::string& resultDirectory) {
   std::vector<std::string> components =
       componentsOf(std::string_view(place).substr(resultDirectory.size()));
-  components.pop_back();  // the file itself
+  if (!components.empty()) components.pop_back();  // the file itself
   std::string directory = resultDirectory;
   for (const std::string& component : components) {
     directory = platform::joinPath(directory, component);

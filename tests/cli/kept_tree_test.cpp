@@ -73,6 +73,19 @@ TEST_F(KeptTree, is_never_left) {
   }
 }
 
+TEST(PlaceInTree, takes_names_of_dots_and_blanks_for_what_the_system_does) {
+  const bool areLeftOut = ksv_cli::platform::backslashSeparates();
+  for (const std::string path : {".. /a", "... /a", "x/.. ./../a"}) {
+    if (areLeftOut) {
+      EXPECT_THROW(ksv_cli::placeInTree(path, 0), ksv_cli::UsageError) << path;
+    } else {
+      EXPECT_NO_THROW(ksv_cli::placeInTree(path, 0)) << path;
+    }
+  }
+  EXPECT_EQ(ksv_cli::placeInTree("./a", 0), "a");
+  EXPECT_EQ(ksv_cli::placeInTree("b/..", 0), "") << "it is no file";
+}
+
 TEST_F(KeptTree, has_one_result_in_a_place) {
   writeDeep("x/a", "あ");
   writeDeep("y/a", "あ");
