@@ -115,6 +115,10 @@ struct ArgumentParser::Parsed {
       case Kind::kOperands:
         return job.add_option(option.names, *std::get<std::vector<std::string>*>(option.target),
                               help);
+      case Kind::kValues:
+        return job
+            .add_option(option.names, *std::get<std::vector<std::string>*>(option.target), help)
+            ->allow_extra_args(false);  // what follows the value is an operand
       case Kind::kFlag:
         return job.add_flag(option.names, *std::get<bool*>(option.target), help);
       case Kind::kFlagOrValue: {

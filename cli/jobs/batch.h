@@ -2,11 +2,15 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "cli/jobs/loss_telling.h"
+#include "cli/jobs/manifest_run.h"
+#include "cli/jobs/operands.h"
 #include "cli/jobs/output_plan.h"
+#include "cli/jobs/verbosity.h"
+#include "cli/system/streams.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/conversion_settings.h"
 
@@ -18,14 +22,21 @@ struct ReportPlan {
   bool isAll = false;
 };
 
-// Opens a text, and finds out in which charset it is. Throws Failure.
-using SourceFinder = std::function<JudgedText(const std::string& input)>;
+// A text that has been opened, and how it is to be read.
+struct FoundText {
+  std::unique_ptr<ByteSource> source;
+  ChosenSource chosen;
+  bool isOfTarget = false;  // it is text of the target already, and stays as it is
+};
 
-// find: for where settings name no source; called from several threads. Throws UsageError when
+// Opens a text, and finds out in which charset it is. Throws Failure.
+using SourceFinder = std::function<FoundText(const std::string& input)>;
+
+// find: called from several threads; without one settings name the source. Throws UsageError when
 // results would overwrite inputs or each other. Returns the exit status; failures have been
 // reported.
 int convertBatch(const ConversionSettings& settings, const SourceFinder& find,
-                 const OutputPlan& plan, const ReportPlan& reports,
-                 const std::vector<std::string>& inputs, size_t jobs);
+                 const OutputPlan& plan, const ReportPlan& reports, const RunPlan& run,
+                 Verbosity verbosity, const Inputs& inputs, size_t jobs);
 
 }  // namespace ksv_cli

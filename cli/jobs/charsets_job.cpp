@@ -29,7 +29,7 @@ using ksv_kit::Repertoire;
 
 namespace {
 
-struct Arguments {
+struct CharsetsArguments {
   std::vector<std::string> names;
   bool json = false;
   bool ranges = false;
@@ -147,7 +147,7 @@ NamedCharset charsetNamed(const CharsetNames& names, const std::string& name) {
   throw UsageError(names.unknown(name));
 }
 
-int tellCharsets(const Arguments& arguments) {
+int tellCharsets(const CharsetsArguments& arguments) {
   const RuleBase ruleBase;
   const CharsetNames names = ruleBase.names();
   if (arguments.ranges && arguments.names.empty())
@@ -166,7 +166,7 @@ int tellCharsets(const Arguments& arguments) {
 
 void addCharsetsJob(OptionParser& parser) {
   Subcommand job = parser.job(groups::kCharsets, "charsets", "List the charsets that can be named");
-  auto arguments = std::make_shared<Arguments>();
+  auto arguments = std::make_shared<CharsetsArguments>();
   job.operands("CHARSET", arguments->names, "What is to be known of these; default: a list of all");
   job.flag("--ranges", arguments->ranges, "Tell which characters a charset has, as ranges");
   job.flag("--json", arguments->json, "One JSON object a line");

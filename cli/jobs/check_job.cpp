@@ -33,8 +33,9 @@ constexpr char kFooter[] =
     "\n"
     "Exit status: 0 all well, 1 at least one input failed, 2 wrong usage.";
 
-struct Arguments {
-  std::vector<std::string> operands;
+struct CheckArguments {
+  InputOptions inputs;
+  VerbosityOptions verbosity;
   bool json = false;
   bool classic = false;
   uint64_t jobs = 1;
@@ -86,15 +87,16 @@ std::string asText(const EncodingCheckRecord& record, ResultForm form) {
                    orHyphen(lineEnd(record))});
 }
 
-int checkAll(const Arguments& arguments) {
-  const std::vector<std::string> inputs = inputsNamedBy(arguments.operands);
+int checkAll(const CheckArguments& arguments) {
+  const Inputs inputs = inputsNamedBy(arguments.inputs);
   const ResultForm form = arguments.classic ? ResultForm::kClassic : ResultForm::kFull;
-  const bool namesPath = !arguments.classic || inputs.size() > 1;
-  WorkList list(inputs);
+  const bool namesPath = !arguments.classic || inputs.paths.size() > 1;
+  WorkList list(inputs.paths, inputs.refused);
+  list.tell(arguments.verbosity.chosen());
   if (arguments.json && !arguments.classic) list.recordFailures();
   return list.run(arguments.jobs, [&](size_t index) {
     list.countWhole(index);
-    const std::string& input = inputs[index];
+    const std::string& input = inputs.paths[index];
     const EncodingCheckRecord record = check(input);
     const std::string path = namesPath ? nameField(input, form) + "\t" : "";
     list.write(index, arguments.json ? asJson(input, record, form) : path + asText(record, form));
@@ -106,11 +108,12 @@ int checkAll(const Arguments& arguments) {
 void addCheckJob(OptionParser& parser) {
   Subcommand job =
       parser.job(groups::kJudging, "check", "Name the charset of a text as it declares it");
-  auto arguments = std::make_shared<Arguments>();
-  job.operands("FILE", arguments->operands, "The texts");
+  auto arguments = std::make_shared<CheckArguments>();
+  addInputs(job, arguments->inputs, "The texts");
   job.flag("--json", arguments->json, "One JSON object a line");
   job.flag("--classic", arguments->classic,
            "Exactly what the library answers, in the form that programs rely on");
+  addVerbosity(job, arguments->verbosity, kTellsSums);
   job.workers(arguments->jobs, "Work on N files at once");
   job.footer(kFooter);
   job.work([arguments] { return checkAll(*arguments); });

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "cli/system/failure.h"
 #include "cli/text/conversion_counts.h"
@@ -19,6 +20,10 @@ enum class ConversionOutcome {
   kSkipped     // it was not to be converted
 };
 
+// The word for it in records.
+const char* outcomeName(ConversionOutcome outcome);
+std::optional<ConversionOutcome> outcomeNamed(std::string_view name);
+
 struct ConversionRecord {
   std::string input;
   std::string source;  // the charset it was read in; empty: not known
@@ -26,11 +31,20 @@ struct ConversionRecord {
   std::string target;
   ConversionOutcome outcome = ConversionOutcome::kFailed;
   std::optional<uint64_t> sizeBefore;  // as far as it was known in front
-  std::optional<uint64_t> sizeAfter;   // of the result
+  uint64_t bytesRead = 0;
+  std::optional<uint64_t> sizeAfter;  // of the result
   ConversionCounts losses;
   std::string output;  // empty: standard output
   std::string kept;    // where the original is kept; empty: nowhere
   std::optional<Failure> failure;
+  // Of a run with a manifest only; empty: not known.
+  std::string modifiedBefore;
+  std::string modifiedAfter;
+  std::string sumBefore;
+  std::string sumAfter;
+
+  // Of the text, as far as they are known.
+  uint64_t bytes() const { return sizeBefore.value_or(bytesRead); }
 };
 
 }  // namespace ksv_cli

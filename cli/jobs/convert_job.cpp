@@ -8,6 +8,7 @@
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/operands.h"
 #include "cli/jobs/options.h"
+#include "cli/jobs/undo.h"
 #include "cli/text/conversion_settings.h"
 #include "kit/charsets/charset_names.h"
 
@@ -54,14 +55,17 @@ constexpr char kFooter[] =
     "something), 2 wrong usage.";
 
 int convert(ConvertArguments arguments) {
-  arguments.inputs = inputsNamedBy(arguments.inputs);
+  if (arguments.undo) return undoConversions(undoPlan(arguments), arguments.jobs);
+  if (arguments.target.empty()) throw UsageError("--to is required");
+  arguments.inputs = inputsNamedBy(arguments.inputOptions, arguments.outputDirectory.value_or(""));
   const OutputPlan plan = outputPlan(arguments);
   const ReportPlan reports = reportPlan(arguments);
   const RuleBase ruleBase;
   const CharsetNames names = ruleBase.names();
   const ConversionSettings settings = conversionSettings(arguments, names);
-  return convertBatch(settings, sourceFinder(arguments, names), plan, reports, arguments.inputs,
-                      arguments.jobs);
+  const RunPlan run = runPlan(arguments, settings);
+  return convertBatch(settings, sourceFinder(arguments, names, settings), plan, reports, run,
+                      arguments.verbosity.chosen(), arguments.inputs, arguments.jobs);
 }
 
 void addCharacterOptions(Subcommand& job, ConvertArguments& arguments) {
@@ -116,10 +120,23 @@ void addPlaceOptions(Subcommand& job, ConvertArguments& arguments) {
   job.value("-o,--output", "FILE", arguments.outputFile, "Write the result of one input to FILE");
   job.value("--output-dir", "DIR", arguments.outputDirectory,
             "Write each result to DIR, under the name of its input");
+  job.flag("--keep-tree", arguments.keepsTree,
+           "With --output-dir: each result keeps its place in the tree of its input");
   job.flagOrValue("--in-place", "SUFFIX", arguments.inPlace,
                   "Replace each input; with SUFFIX the original is kept under its name and SUFFIX");
   job.flag("--touch", arguments.touches,
            "With --in-place: the time of a converted file becomes the present one");
+}
+
+void addRunOptions(Subcommand& job, ConvertArguments& arguments) {
+  job.flag("--json", arguments.json,
+           "Tell what was done with each file, as one JSON object a line");
+  job.value("--manifest", "FILE", arguments.manifest,
+            "Write down in FILE what is done, so that nothing is lost whatever ends the run");
+  job.flag("--resume", arguments.resume,
+           "With --manifest: go on where an earlier run with the same options ended");
+  job.value("--undo", "MANIFEST", arguments.undo,
+            "Convert nothing, but give the originals that were kept their places again");
 }
 
 }  // namespace
@@ -128,14 +145,22 @@ void addConvertJob(OptionParser& parser) {
   Subcommand job =
       parser.job(groups::kTexts, "convert", "Convert text from one charset to another");
   auto arguments = std::make_shared<ConvertArguments>();
-  job.operands("FILE", arguments->inputs, "The texts");
-  job.value("-t,--to", "CHARSET", arguments->target, "The charset to write", {.required = true});
+  addInputs(job, arguments->inputOptions, "The texts");
+  job.value("-t,--to", "CHARSET", arguments->target,
+            "The charset to write; needed for all but --undo");
   job.value("-f,--from", "CHARSET", arguments->source,
             "The charset of the input; default: each text is detected");
   addDetectionOptions(job, *arguments);
   addPlaceOptions(job, *arguments);
   addCharacterOptions(job, *arguments);
   addChangeOptions(job, *arguments);
+  job.flag("--fix-declaration", arguments->fixesDeclaration,
+           "Have XML, HTML and CSS declare the charset that they are written in");
+  job.flag("--skip-valid", arguments->skipsValid,
+           "Leave texts as they are that are valid in the target already");
+  addRunOptions(job, *arguments);
+  addVerbosity(job, arguments->verbosity,
+               "Tell what was done with each file, and the sums, on standard error");
   job.workers(arguments->jobs, "Work on N files at once");
   job.number("--block-size", "BYTES", arguments->blockSize, {16, 64 * 1024 * 1024},
              "Bytes read at once", {.hidden = true});

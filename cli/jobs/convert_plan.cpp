@@ -7,16 +7,22 @@
 #include <utility>
 
 #include "cli/charsets/rule_source.h"
+#include "cli/jobs/kept_tree.h"
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
+#include "cli/system/sha256.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
+#include "cli/text/rereadable_text.h"
 #include "cli/text/text_conversion.h"
+#include "cli/text/text_language.h"
+#include "cli/text/valid_text.h"
 #include "kit/charsets/name_matching.h"
 #include "kit/convert/plan.h"
 #include "kit/convert/plan_options.h"
 #include "kit/convert/visible_replacement.h"
 #include "kit/profiles/profile.h"
+#include "kit/repertoire/charset_facts.h"
 #include "kit/text/unicode_check.h"
 #include "ksv_cconv.h"
 
@@ -196,6 +202,27 @@ void setChanges(const ConvertArguments& arguments, ConversionSettings& settings)
   }
 }
 
+// By IANA's name, or by that of browsers where it has none. A text without a mark names its byte
+// order, since it could be read in the other.
+std::string registeredName(const CharsetChoice& charset, const ConvertOptions& options) {
+  const std::string order = options.writeByteOrderMark != 0 ? ""
+                            : options.outputBigEndian != 0  ? "BE"
+                                                            : "LE";
+  if (charset.form == UnicodeForm::kUtf16) return "UTF-16" + order;
+  if (charset.form == UnicodeForm::kUcs4) return "UTF-32" + order;
+  const ksv_kit::RegistryEntry* const entry = ksv_kit::registryEntryOf(charset.name);
+  if (entry != nullptr && entry->mimeName != nullptr) return entry->mimeName;
+  return entry != nullptr && entry->webName != nullptr ? entry->webName : charset.display;
+}
+
+constexpr char kAsciiName[] = "iso-646irv";
+
+// XML is in UTF-8 or UTF-16 unless it says something else.
+ksv_kit::DeclaredName declaredName(const CharsetChoice& charset, const ConvertOptions& options) {
+  const bool isUsual = charset.form == UnicodeForm::kUtf8 || charset.form == UnicodeForm::kUtf16;
+  return {registeredName(charset, options), !isUsual && charset.name != kAsciiName};
+}
+
 // A converter that takes another replacement than the one asked for shows that
 // the target has no such character.
 void checkReplacement(const ConversionSettings& settings, const std::string& replacement) {
@@ -207,28 +234,124 @@ void checkReplacement(const ConversionSettings& settings, const std::string& rep
     throw UsageError("the replacement " + replacement + " is not in " + settings.target.display);
 }
 
-}  // namespace
+SourceFinder classicFinder(const CharsetNames& names) {
+  return [&names](const std::string& input) {
+    DetectedText text = openAndDetect(input, nullptr);
+    ChosenSource chosen = chooseSource(text, names);
+    return FoundText{std::move(text.source), std::move(chosen)};
+  };
+}
 
-OutputPlan outputPlan(const ConvertArguments& arguments) {
+bool readsStandardInput(const ConvertArguments& arguments) {
+  return std::ranges::find(arguments.inputs.paths, kStandardStream) != arguments.inputs.paths.end();
+}
+
+// How a run is written down that can be gone on with: what is as it usually is, is left out.
+class OptionWriter {
+ public:
+  void add(const char* name, const std::string& value, const std::string& usual = "") {
+    if (value != usual) options_.emplace_back(name, value);
+  }
+  void add(const char* name, const std::optional<std::string>& value) {
+    if (value) options_.emplace_back(name, *value);
+  }
+  void add(const char* name, bool isGiven) {
+    if (isGiven) options_.emplace_back(name, "yes");
+  }
+  OptionList take() { return std::move(options_); }
+
+ private:
+  OptionList options_;
+};
+
+void addSource(const ConvertArguments& arguments, const ConversionSettings& settings,
+               OptionWriter& options) {
+  options.add("from", settings.source.display);
+  if (arguments.source) return;
+  const std::optional<std::string>& language = arguments.detectLanguage;
+  options.add("detect-language",
+              std::string(nameOfTextLanguage(language ? textLanguageNamed(*language)
+                                                      : textLanguageOfUser())));
+  options.add("guess", arguments.guess);
+  options.add("classic", arguments.classic);
+}
+
+// One that is a file is known by its bytes as well.
+void addProfile(const std::optional<std::string>& profile, OptionWriter& options) {
+  options.add("profile", profile);
+  if (profile && ksv_kit::Profile::named(*profile) == nullptr)
+    options.add("profile-sum", sumOf(*openInput(*profile)));
+}
+
+OptionList decidingOptions(const ConvertArguments& arguments, const ConversionSettings& settings) {
+  OptionWriter options;
+  options.add("to", settings.target.display);
+  addSource(arguments, settings, options);
+  options.add("output", arguments.outputFile);
+  options.add("output-dir", arguments.outputDirectory);
+  options.add("keep-tree", arguments.keepsTree);
+  options.add("in-place", arguments.inPlace);
+  options.add("touch", arguments.touches);
+  options.add("newline", arguments.newline, "keep");
+  options.add("bom", arguments.mark);
+  options.add("byte-order", arguments.byteOrder);
+  options.add("invalid", arguments.invalid, "fail");
+  options.add("unmappable", arguments.unmappable, "fail");
+  options.add("replacement", arguments.replacement);
+  options.add("references", arguments.references);
+  options.add("language", arguments.language);
+  addProfile(arguments.profile, options);
+  options.add("normalize", ksv_kit::lowered(arguments.normalize));
+  options.add("width", arguments.width);
+  options.add("fix-declaration", arguments.fixesDeclaration);
+  options.add("skip-valid", arguments.skipsValid);
+  return options.take();
+}
+
+ChosenSource validAlready(const CharsetChoice& target) {
+  return {target, "it is valid " + target.display + " already"};
+}
+
+OutputPlan directoryPlan(const ConvertArguments& arguments) {
+  OutputPlan plan{OutputPlan::Kind::kDirectory, *arguments.outputDirectory, arguments.keepsTree};
+  const Inputs& inputs = arguments.inputs;
+  for (size_t i = 0; plan.keepsTree && i < inputs.paths.size(); ++i)
+    plan.placesInTree.emplace(inputs.paths[i], placeInTree(inputs.paths[i], inputs.belowAt[i]));
+  return plan;
+}
+
+OutputPlan inPlacePlan(const ConvertArguments& arguments) {
+  if (arguments.inPlace->find_first_of("/\\") != std::string::npos)
+    throw UsageError("the suffix of --in-place holds a path separator");
+  OutputPlan plan{.kind = OutputPlan::Kind::kInPlace};
+  plan.backupSuffix = *arguments.inPlace;
+  plan.keepsTimes = !arguments.touches;
+  return plan;
+}
+
+void checkThatPlacesGoTogether(const ConvertArguments& arguments) {
   const std::optional<std::string>& file = arguments.outputFile;
   const std::optional<std::string>& directory = arguments.outputDirectory;
   const std::optional<std::string>& inPlace = arguments.inPlace;
   if (file.has_value() + directory.has_value() + inPlace.has_value() > 1)
     throw UsageError("of -o, --output-dir and --in-place only one can be given");
+  if (arguments.keepsTree && !directory) throw UsageError("--keep-tree is for --output-dir only");
   if (arguments.touches && !inPlace) throw UsageError("--touch is for --in-place only");
-  if (file && arguments.inputs.size() > 1)
+  if (file && arguments.inputs.paths.size() > 1)
     throw UsageError("-o takes one input; --output-dir takes several");
-  const bool readsStandardInput = std::find(arguments.inputs.begin(), arguments.inputs.end(),
-                                            kStandardStream) != arguments.inputs.end();
-  if (readsStandardInput && (inPlace || directory))
+  if (readsStandardInput(arguments) && (inPlace || directory))
     throw UsageError("standard input has no name for --output-dir or --in-place");
+}
 
-  if (directory) return {OutputPlan::Kind::kDirectory, *directory, ""};
-  if (file && *file != kStandardStream) return {OutputPlan::Kind::kFile, *file, ""};
-  if (!inPlace) return {};
-  if (inPlace->find_first_of("/\\") != std::string::npos)
-    throw UsageError("the suffix of --in-place holds a path separator");
-  return {OutputPlan::Kind::kInPlace, "", *inPlace, !arguments.touches};
+}  // namespace
+
+OutputPlan outputPlan(const ConvertArguments& arguments) {
+  checkThatPlacesGoTogether(arguments);
+  const std::optional<std::string>& file = arguments.outputFile;
+  if (arguments.outputDirectory) return directoryPlan(arguments);
+  if (arguments.inPlace) return inPlacePlan(arguments);
+  if (file && *file != kStandardStream) return {.kind = OutputPlan::Kind::kFile, .path = *file};
+  return {};
 }
 
 ReportPlan reportPlan(const ConvertArguments& arguments) {
@@ -240,6 +363,32 @@ ReportPlan reportPlan(const ConvertArguments& arguments) {
   if (!arguments.report)
     return {arguments.dryRun ? ReportForm::kTable : ReportForm::kNone, arguments.dryRun};
   return {arguments.report->empty() ? ReportForm::kTable : ReportForm::kJson, arguments.dryRun};
+}
+
+UndoPlan undoPlan(const ConvertArguments& arguments) {
+  const InputOptions& named = arguments.inputOptions;
+  if (!named.operands.empty() || !named.list.path.empty() || named.entersDirectories)
+    throw UsageError("--undo takes no files");
+  const bool converts = !arguments.target.empty() || arguments.source || arguments.outputFile ||
+                        arguments.outputDirectory || arguments.inPlace || arguments.manifest ||
+                        arguments.resume || arguments.report;
+  if (converts) throw UsageError("--undo goes with --dry-run, --json and --jobs only");
+  return {*arguments.undo, arguments.dryRun, arguments.json};
+}
+
+RunPlan runPlan(const ConvertArguments& arguments, const ConversionSettings& settings) {
+  const bool writes = outputPlan(arguments).kind != OutputPlan::Kind::kStandardOutput;
+  if (arguments.json && !writes)
+    throw UsageError(
+        "--json needs -o, --output-dir or --in-place: standard output has the results");
+  if (!arguments.manifest) {
+    if (arguments.resume) throw UsageError("--resume needs --manifest");
+    return {arguments.json, "", false, {}};
+  }
+  if (!writes) throw UsageError("--manifest needs -o, --output-dir or --in-place");
+  if (readsStandardInput(arguments)) throw UsageError("standard input has no name for --manifest");
+  return {arguments.json, *arguments.manifest, arguments.resume,
+          decidingOptions(arguments, settings)};
 }
 
 ConversionSettings conversionSettings(const ConvertArguments& arguments,
@@ -266,25 +415,33 @@ ConversionSettings conversionSettings(const ConvertArguments& arguments,
   setNewlines(arguments.newline, options);
   setReferences(arguments, settings.target, options);
   if (arguments.language) setLanguage(*arguments.language, settings);
+  if (arguments.fixesDeclaration) settings.declared = declaredName(settings.target, options);
   if (arguments.replacement) checkReplacement(settings, *arguments.replacement);
   return settings;
 }
 
-SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names) {
+SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames& names,
+                          const ConversionSettings& settings) {
   const std::optional<std::string>& languageName = arguments.detectLanguage;
   if (arguments.classic && (arguments.guess || languageName))
     throw UsageError("--classic goes with neither --guess nor --detect-language");
-  if (arguments.classic)
-    return [&names](const std::string& input) {
-      DetectedText text = openAndDetect(input, nullptr);
-      ChosenSource chosen = chooseSource(text, names);
-      return JudgedText{std::move(text.source), std::move(chosen)};
-    };
+  if (arguments.classic && arguments.skipsValid)
+    throw UsageError("--classic does not go with --skip-valid");
+  if (arguments.source && !arguments.skipsValid) return nullptr;
+  if (arguments.classic) return classicFinder(names);
   const TextLanguage language =
       languageName ? textLanguageNamed(*languageName) : textLanguageOfUser();
   const auto judge =
       std::make_shared<CharsetJudge>(names, language, arguments.guess, !languageName);
-  return [judge](const std::string& input) { return judge->judge(input); };
+  const bool skipsValid = arguments.skipsValid;
+  return [judge, skipsValid, &names, &settings](const std::string& input) {
+    RereadableText text(input);
+    if (skipsValid && isTextOf(text, names, settings))
+      return FoundText{text.release(), validAlready(settings.target), true};
+    if (!settings.source.name.empty()) return FoundText{text.release(), {settings.source, ""}};
+    JudgedText judged = judge->judge(text);
+    return FoundText{std::move(judged.source), std::move(judged.chosen)};
+  };
 }
 
 }  // namespace ksv_cli

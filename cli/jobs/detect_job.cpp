@@ -31,14 +31,15 @@ constexpr char kFooter[] =
     "this language come first where several fit. Any other name prefers none. Without it\n"
     "the environment variable LANG decides.\n"
     "\n"
-    "A tree of files: find DIR -type f -print0 | ksv detect --files-from - --null -j 4\n"
+    "A tree of files: ksv detect -r -j 4 DIR, or with a choice of its own\n"
+    "find DIR -type f -print0 | ksv detect --files-from - --null -j 4\n"
     "\n"
     "Exit status: 0 all well, 1 at least one input failed, 2 wrong usage.";
 
 struct Arguments {
-  std::vector<std::string> operands;
-  FileList list;
+  InputOptions inputs;
   std::string language;
+  VerbosityOptions verbosity;
   bool json = false;
   bool classic = false;
   uint64_t jobs = 1;
@@ -99,12 +100,13 @@ std::string resultOf(const std::string& input, const Arguments& arguments) {
 }
 
 int detect(const Arguments& arguments) {
-  const std::vector<std::string> inputs = inputsNamedBy(arguments.operands, arguments.list);
-  WorkList list(inputs);
+  const Inputs inputs = inputsNamedBy(arguments.inputs);
+  WorkList list(inputs.paths, inputs.refused);
+  list.tell(arguments.verbosity.chosen());
   if (arguments.json && !arguments.classic) list.recordFailures();
   return list.run(arguments.jobs, [&](size_t index) {
     list.countWhole(index);
-    list.write(index, resultOf(inputs[index], arguments));
+    list.write(index, resultOf(inputs.paths[index], arguments));
   });
 }
 
@@ -114,15 +116,13 @@ void addDetectJob(OptionParser& parser) {
   Subcommand job =
       parser.job(groups::kJudging, "detect", "Tell in which encodings text files are written");
   auto arguments = std::make_shared<Arguments>();
-  job.operands("FILE", arguments->operands, "The texts");
-  job.value("--files-from", "LIST", arguments->list.path, "Read names of further files from LIST");
-  job.flag("--null", arguments->list.endsNamesWithNul,
-           "The names of the list end with NUL, not with a line end");
+  addInputs(job, arguments->inputs, "The texts");
   job.value("--language", "NAME", arguments->language, "The language of the texts",
             {.usual = {"Japanese", "Simplified Chinese", "Traditional Chinese", "Korean"}});
   job.flag("--json", arguments->json, "One JSON object a line");
   job.flag("--classic", arguments->classic,
            "Exactly what the library answers, in the form that programs rely on");
+  addVerbosity(job, arguments->verbosity, kTellsSums);
   job.workers(arguments->jobs, "Work on N files at once");
   job.footer(kFooter);
   job.work([arguments] { return detect(*arguments); });

@@ -45,7 +45,7 @@ bool isShown(char16_t unit) {
   return !isControl && unit != '/' && unit != '\\';
 }
 
-std::string shownName(const std::u16string& name) {
+std::string shownEntryName(const std::u16string& name) {
   std::string shown;
   for (size_t i = 0; i < name.size(); ++i) {
     const char16_t unit = name[i];
@@ -103,7 +103,7 @@ OleTree::OleTree(ksv::CompoundFile& file) : file_(file), visited_(file.directory
     const ksv::DirectoryEntry& entry = directory[id];
     const bool isStorage = entry.type != ksv::DirectoryEntry::kStream;
     entries_.push_back(
-        {id, path.size() - 1, isStorage, isLast, entry.size, shownName(file_.nameOf(id))});
+        {id, path.size() - 1, isStorage, isLast, entry.size, shownEntryName(file_.nameOf(id))});
     if (!isStorage || entry.child == kNoEntry) continue;
     if (path.size() == limits::kDeepestStorage) {
       damage_ = directory.offsetOf(id);

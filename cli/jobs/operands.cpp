@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "cli/system/failure.h"
+#include "cli/jobs/file_tree.h"
 #include "cli/system/inputs.h"
 #include "cli/system/paths.h"
 
@@ -38,33 +38,85 @@ void checkThatStandardInputIsNamedOnce(const std::vector<std::string>& names) {
     throw UsageError("standard input is named twice");
 }
 
-std::vector<std::string> filesOf(const std::vector<std::string>& operands) {
-  std::vector<std::string> inputs;
-  for (const std::string& operand : operands)
-    for (std::string& file : platform::filesNamedBy(operand)) inputs.push_back(std::move(file));
-  return inputs;
+std::vector<std::string> namesGiven(const InputOptions& options) {
+  const platform::Wanted wanted =
+      options.entersDirectories ? platform::Wanted::kFilesAndDirectories : platform::Wanted::kFiles;
+  std::vector<std::string> names;
+  for (const std::string& operand : options.operands)
+    for (std::string& file : platform::filesNamedBy(operand, wanted))
+      names.push_back(std::move(file));
+  if (options.list.path.empty()) {
+    if (names.empty()) names.emplace_back(kStandardStream);
+    checkThatStandardInputIsNamedOnce(names);
+    return names;
+  }
+  std::vector<std::string> listed = namesIn(options.list);
+  names.insert(names.end(), std::make_move_iterator(listed.begin()),
+               std::make_move_iterator(listed.end()));
+  if (isStandardStream(options.list.path)) names.push_back(options.list.path);
+  checkThatStandardInputIsNamedOnce(names);
+  if (isStandardStream(options.list.path)) names.pop_back();
+  return names;
+}
+
+void add(FoundFile found, Inputs& inputs) {
+  if (found.refused) inputs.refused.emplace(inputs.paths.size(), *found.refused);
+  inputs.add(std::move(found.path), found.belowAt);
+}
+
+bool isDirectory(const std::string& name) {
+  return !isStandardStream(name) &&
+         platform::fileFacts(name).kind == platform::FileKind::kDirectory;
+}
+
+// What nothing can be told of is an input whose reading fails.
+void addEntering(const std::string& name, const FileFilter& filter, Inputs& inputs) {
+  try {
+    if (isDirectory(name))
+      findFilesBelow(name, filter, [&](FoundFile found) { add(std::move(found), inputs); });
+    else
+      add({name, 0}, inputs);
+  } catch (const Failure& failure) {
+    add({name, 0, failure}, inputs);
+  }
+}
+
+platform::FileFacts factsOfResults(const std::string& directory) {
+  if (directory.empty()) return {};
+  try {
+    return platform::fileFacts(directory);
+  } catch (const Failure&) {
+    return {};  // whoever writes to it is told
+  }
 }
 
 }  // namespace
 
-std::vector<std::string> inputsNamedBy(const std::vector<std::string>& operands) {
-  std::vector<std::string> inputs = filesOf(operands);
-  if (inputs.empty()) inputs.emplace_back(kStandardStream);
-  checkThatStandardInputIsNamedOnce(inputs);
-  return inputs;
+void addInputs(Subcommand& job, InputOptions& options, const char* help) {
+  job.operands("FILE", options.operands, help);
+  job.value("--files-from", "LIST", options.list.path, "Read names of further files from LIST");
+  job.flag("--null", options.list.endsNamesWithNul,
+           "The names of the list end with NUL, not with a line end");
+  job.flag("-r,--recursive", options.entersDirectories,
+           "Work on all files below the directories named");
+  job.values("--include", "GLOB", options.included,
+             "With -r: only files whose names match; may be given several times");
+  job.values("--exclude", "GLOB", options.excluded,
+             "With -r: no files and directories whose names match; may be given several times");
 }
 
-std::vector<std::string> inputsNamedBy(const std::vector<std::string>& operands,
-                                       const FileList& list) {
-  if (list.path.empty()) return inputsNamedBy(operands);
-  std::vector<std::string> inputs = filesOf(operands);
-  std::vector<std::string> named = namesIn(list);
-  inputs.insert(inputs.end(), std::make_move_iterator(named.begin()),
-                std::make_move_iterator(named.end()));
-  std::vector<std::string> all = inputs;
-  all.push_back(list.path);
-  if (isStandardStream(list.path)) checkThatStandardInputIsNamedOnce(all);
-  checkThatStandardInputIsNamedOnce(inputs);
+Inputs inputsNamedBy(const InputOptions& options, const std::string& resultDirectory) {
+  if (!options.entersDirectories && !(options.included.empty() && options.excluded.empty()))
+    throw UsageError("--include and --exclude are for -r only");
+  const std::vector<std::string> names = namesGiven(options);
+  const FileFilter filter(options.included, options.excluded, factsOfResults(resultDirectory));
+  Inputs inputs;
+  for (const std::string& name : names) {
+    if (options.entersDirectories)
+      addEntering(name, filter, inputs);
+    else
+      add({name, 0}, inputs);
+  }
   return inputs;
 }
 

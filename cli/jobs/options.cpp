@@ -27,7 +27,7 @@ DeclaredOption declaredOption(const RecordedOption& recorded) {
   option.value = recorded.type;
   option.valueMayLack = recorded.kind == Kind::kFlagOrValue;
   option.required = recorded.terms.required;
-  option.repeats = recorded.kind == Kind::kOperands;
+  option.repeats = recorded.repeats();
   option.oneOf = asStrings(recorded.terms.oneOf);
   option.usual = asStrings(recorded.terms.usual);
   return option;
@@ -93,6 +93,11 @@ void Subcommand::value(const char* names, const char* type, std::string& value, 
 void Subcommand::value(const char* names, const char* type, std::optional<std::string>& value,
                        const char* help, const OptionTerms& terms) {
   record(Kind::kValue, names, type, &value, help, terms);
+}
+
+void Subcommand::values(const char* names, const char* type, std::vector<std::string>& values,
+                        const char* help) {
+  record(Kind::kValues, names, type, &values, help);
 }
 
 void Subcommand::flagOrValue(const char* name, const char* type, std::optional<std::string>& value,

@@ -39,6 +39,9 @@ class Subcommand {
              const OptionTerms& terms = {});
   void value(const char* names, const char* type, std::optional<std::string>& value,
              const char* help, const OptionTerms& terms = {});
+  // As often as it is given.
+  void values(const char* names, const char* type, std::vector<std::string>& values,
+              const char* help);
   // A flag that may have a value behind '=', and without one stands for the empty one.
   void flagOrValue(const char* name, const char* type, std::optional<std::string>& value,
                    const char* help);

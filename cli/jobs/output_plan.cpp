@@ -7,7 +7,8 @@ namespace ksv_cli {
 std::string outputPath(const OutputPlan& plan, const std::string& input) {
   switch (plan.kind) {
     case OutputPlan::Kind::kDirectory:
-      return platform::joinPath(plan.path, platform::lastComponent(input));
+      return platform::joinPath(
+          plan.path, plan.keepsTree ? plan.placesInTree.at(input) : platform::lastComponent(input));
     case OutputPlan::Kind::kInPlace:
       return input;
     default:

@@ -1,7 +1,9 @@
 #include "cli/jobs/overwriting.h"
 
 #include <cstdint>
+#include <map>
 #include <set>
+#include <string>
 #include <utility>
 
 #include "cli/system/escapes.h"
@@ -17,10 +19,9 @@ using platform::FileKind;
 using FileId = std::pair<uint64_t, uint64_t>;
 using OutputsByPlace = std::map<std::string, std::string>;
 
-FileFacts factsOfInput(const std::vector<std::string>& inputs, size_t index,
-                       RefusedInputs& refused) {
+FileFacts factsOfInput(const Inputs& inputs, size_t index, RefusedInputs& refused) {
   try {
-    return platform::fileFacts(inputs[index]);
+    return platform::fileFacts(inputs.paths[index]);
   } catch (const Failure& failure) {
     refused.emplace(index, failure);
     return {};
@@ -31,7 +32,7 @@ FileFacts factsOfOutput(const std::string& path) {
   try {
     return platform::fileFacts(path);
   } catch (const Failure& failure) {
-    throw Failure(shownName(path) + ": " + failure.what());
+    throw Failure(ksv_cli::shownName(path) + ": " + failure.what());
   }
 }
 
@@ -46,15 +47,15 @@ void checkThatNoInputIsOverwritten(const OutputsByPlace& outputs,
 
 }  // namespace
 
-RefusedInputs checkThatNothingIsOverwritten(const OutputPlan& plan,
-                                            const std::vector<std::string>& inputs) {
-  RefusedInputs refused;
+RefusedInputs checkThatNothingIsOverwritten(const OutputPlan& plan, const Inputs& inputs) {
+  RefusedInputs refused = inputs.refused;
   if (plan.kind == OutputPlan::Kind::kStandardOutput) return refused;
   const bool isInPlace = plan.kind == OutputPlan::Kind::kInPlace;
   std::set<FileId> inputIds;
   OutputsByPlace outputs;
-  for (size_t index = 0; index < inputs.size(); ++index) {
-    const std::string& input = inputs[index];
+  for (size_t index = 0; index < inputs.paths.size(); ++index) {
+    if (inputs.refused.contains(index)) continue;
+    const std::string& input = inputs.paths[index];
     const std::string output = outputPath(plan, input);
     const FileFacts facts = factsOfInput(inputs, index, refused);
     const bool isFile = facts.kind == FileKind::kRegular && !isStandardStream(input);

@@ -81,7 +81,7 @@ class PlainArguments {
   }
 
   bool give(const RecordedOption& option, const std::string* value) {
-    if (option.kind != Kind::kOperands && isGiven(option)) return false;
+    if (!option.repeats() && isGiven(option)) return false;
     const bool needsValue = option.isOperand() || option.takesValue();
     if (needsValue && (value == nullptr || !isPlainValue(*value) || !isTaken(option, *value)))
       return false;

@@ -32,6 +32,7 @@ struct RecordedOption {
     kOperands,  // as many as there are
     kFlag,
     kValue,
+    kValues,       // given as often as there are values
     kFlagOrValue,  // a value stands behind '='
     kNumber
   };
@@ -47,7 +48,10 @@ struct RecordedOption {
   NumberRange range = {};
 
   bool isOperand() const { return kind == Kind::kOperand || kind == Kind::kOperands; }
-  bool takesValue() const { return kind == Kind::kValue || kind == Kind::kNumber; }
+  bool takesValue() const {
+    return kind == Kind::kValue || kind == Kind::kValues || kind == Kind::kNumber;
+  }
+  bool repeats() const { return kind == Kind::kOperands || kind == Kind::kValues; }
 };
 
 // A job, or a part of one.

@@ -34,18 +34,29 @@ nlohmann::ordered_json emptyRecord() {
 
 nlohmann::ordered_json recordOf(const std::string& path, ResultForm form) {
   nlohmann::ordered_json line = emptyRecord();
-  line["path"] = path;
-  if (form == ResultForm::kFull && !isUtf8(path)) line["pathBytes"] = base64(path);
+  if (form == ResultForm::kFull)
+    addPath(line, "path", path);
+  else
+    line["path"] = path;
   return line;
 }
 
-nlohmann::ordered_json failureRecord(const std::string& path, const Failure& failure) {
-  nlohmann::ordered_json record = recordOf(path, ResultForm::kFull);
+void addPath(nlohmann::ordered_json& line, const std::string& field, const std::string& path) {
+  line[field] = path;
+  if (!isUtf8(path)) line[field + "Bytes"] = base64(path);
+}
+
+nlohmann::ordered_json errorField(const Failure& failure) {
   nlohmann::ordered_json error = emptyRecord();
   error["reason"] = failure.reason();
   error["offset"] = nullptr;
   if (failure.offset()) error["offset"] = *failure.offset();
-  record["error"] = std::move(error);
+  return error;
+}
+
+nlohmann::ordered_json failureRecord(const std::string& path, const Failure& failure) {
+  nlohmann::ordered_json record = recordOf(path, ResultForm::kFull);
+  record["error"] = errorField(failure);
   return record;
 }
 

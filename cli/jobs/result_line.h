@@ -35,6 +35,13 @@ nlohmann::ordered_json emptyRecord();
 // one that is no UTF-8, in base64.
 nlohmann::ordered_json recordOf(const std::string& path, ResultForm form);
 
+// Adds a path as a field, and one that is no UTF-8 once more as its bytes: "keptBytes" beside
+// "kept".
+void addPath(nlohmann::ordered_json& line, const std::string& field, const std::string& path);
+
+// What a record has in "error".
+nlohmann::ordered_json errorField(const Failure& failure);
+
 // The record of an input that failed.
 nlohmann::ordered_json failureRecord(const std::string& path, const Failure& failure);
 

@@ -24,12 +24,12 @@ class StandardOutputResult : public Result {
 
 class FileResult : public Result {
  public:
-  explicit FileResult(const std::string& path) : Result(path) {
+  FileResult(const std::string& path, const platform::Placing& placing) : Result(path) {
     guarded([&] {
       if (platform::fileFacts(path).kind == FileKind::kOther)
         special_ = platform::openSpecialOutput(path);
       else
-        pending_ = PendingFile::create(path);
+        pending_ = PendingFile::create(path, placing);
     });
   }
 
@@ -37,7 +37,9 @@ class FileResult : public Result {
   void writeBytes(const uint8_t* bytes, size_t size) override {
     (special_ ? *special_ : *pending_).write(bytes, size);
   }
-  bool takePlace() override { return !pending_ || pending_->commit(); }
+  bool takePlace(const Announce& announce) override {
+    return !pending_ || pending_->commit(announce);
+  }
 
   std::unique_ptr<ByteSink> special_;
   std::unique_ptr<PendingFile> pending_;
@@ -45,13 +47,15 @@ class FileResult : public Result {
 
 class InPlaceResult : public Result {
  public:
-  InPlaceResult(const std::string& path, const platform::InPlace& how) : Result(path) {
-    guarded([&] { pending_ = PendingFile::createInPlace(path, how); });
+  InPlaceResult(const std::string& path, const platform::InPlace& how,
+                const platform::Placing& placing)
+      : Result(path) {
+    guarded([&] { pending_ = PendingFile::createInPlace(path, how, placing); });
   }
 
  private:
   void writeBytes(const uint8_t* bytes, size_t size) override { pending_->write(bytes, size); }
-  bool takePlace() override { return pending_->commit(); }
+  bool takePlace(const Announce& announce) override { return pending_->commit(announce); }
 
   std::unique_ptr<PendingFile> pending_;
 };
@@ -63,12 +67,27 @@ void Result::write(const uint8_t* bytes, size_t size) {
   refuseSystemFaults();
   guarded([&] { writeBytes(bytes, size); });
   size_ += size;
+  if (sum_) sum_->update(bytes, size);
 }
 
-bool Result::complete() {
+bool Result::complete(const Announce& announce) {
   refuseSystemFaults();
   bool isPlaced = true;
-  guarded([&] { isPlaced = takePlace(); });
+  std::optional<Failure> unannounced;  // which names a place of its own
+  const auto announced = [&] {
+    try {
+      if (announce) announce();
+    } catch (const Failure& failure) {
+      unannounced = failure;
+      throw;
+    }
+  };
+  try {
+    guarded([&] { isPlaced = takePlace(announced); });
+  } catch (const Failure&) {
+    if (unannounced) throw Failure(*unannounced);
+    throw;
+  }
   return isPlaced;
 }
 
@@ -76,12 +95,13 @@ std::unique_ptr<Result> standardOutputResult(OrderedOutput& output, size_t index
   return std::make_unique<StandardOutputResult>(output, index);
 }
 
-std::unique_ptr<Result> fileResult(const std::string& path) {
-  return std::make_unique<FileResult>(path);
+std::unique_ptr<Result> fileResult(const std::string& path, const platform::Placing& placing) {
+  return std::make_unique<FileResult>(path, placing);
 }
 
-std::unique_ptr<Result> inPlaceResult(const std::string& path, const platform::InPlace& how) {
-  return std::make_unique<InPlaceResult>(path, how);
+std::unique_ptr<Result> inPlaceResult(const std::string& path, const platform::InPlace& how,
+                                      const platform::Placing& placing) {
+  return std::make_unique<InPlaceResult>(path, how, placing);
 }
 
 }  // namespace ksv_cli

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include "cli/system/failure.h"
 #include "cli/system/files.h"
 #include "cli/system/pending_file.h"
+#include "cli/system/sha256.h"
 #include "cli/system/streams.h"
 
 namespace ksv_cli {
@@ -18,14 +20,21 @@ namespace ksv_cli {
 // A write that fails is told with the name of the place, since the message begins with the input's.
 class Result : public ByteSink {
  public:
+  using Announce = platform::PendingFile::Announce;
+
   explicit Result(std::string name) : name_(std::move(name)) {}
 
   void write(const uint8_t* bytes, size_t size) final;
-  // False: the place has these bytes already, and was left alone.
-  bool complete();
+  // announce is called when nothing is left to do but to take the place. False: the place has these
+  // bytes already, and was left alone.
+  bool complete(const Announce& announce = nullptr);
 
   // The bytes written so far.
   uint64_t size() const { return size_; }
+
+  // Asked for in front of the first of them, and taken behind the last.
+  void askForSum() { sum_.emplace(); }
+  std::string takeSum() { return sum_ ? sum_->finish() : ""; }
 
  protected:
   template <typename Action>
@@ -39,18 +48,20 @@ class Result : public ByteSink {
 
  private:
   virtual void writeBytes(const uint8_t* bytes, size_t size) = 0;
-  virtual bool takePlace() { return true; }
+  virtual bool takePlace(const Announce&) { return true; }
 
   std::string name_;
   uint64_t size_ = 0;
+  std::optional<Sha256> sum_;
 };
 
 // index: of the input, at whose turn it is written.
 std::unique_ptr<Result> standardOutputResult(OrderedOutput& output, size_t index);
 
 // A device or a pipe is written to as it is; anything else is replaced whole.
-std::unique_ptr<Result> fileResult(const std::string& path);
+std::unique_ptr<Result> fileResult(const std::string& path, const platform::Placing& placing = {});
 
-std::unique_ptr<Result> inPlaceResult(const std::string& path, const platform::InPlace& how);
+std::unique_ptr<Result> inPlaceResult(const std::string& path, const platform::InPlace& how,
+                                      const platform::Placing& placing = {});
 
 }  // namespace ksv_cli

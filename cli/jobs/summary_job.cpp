@@ -27,8 +27,9 @@ namespace ksv_cli {
 namespace {
 
 struct SummaryArguments {
-  std::vector<std::string> inputs;
+  InputOptions inputs;
   std::string charset = "UTF-8";
+  VerbosityOptions verbosity;
   bool json = false;
   bool classic = false;
   uint64_t jobs = 1;
@@ -178,19 +179,22 @@ void tellReplacements(const std::string& input, const OutputCharset& output, Con
 }
 
 int summarise(const SummaryArguments& arguments) {
-  const std::vector<std::string> inputs = inputsNamedBy(arguments.inputs);
+  const Inputs inputs = inputsNamedBy(arguments.inputs);
   const RuleBase ruleBase;
   const bool isClassic = arguments.form() == ResultForm::kClassic;
+  const bool tellsLosses = !isClassic && !arguments.verbosity.quiet;
   const OutputCharset output(
       ruleBase.names(), arguments.charset,
       isClassic ? OutputCharset::Lacking::kIsLeftToLibrary : OutputCharset::Lacking::kIsShown);
-  WorkList list(inputs);
+  WorkList list(inputs.paths, inputs.refused);
+  list.tell(arguments.verbosity.chosen());
   if (arguments.json && !isClassic)
     list.recordFailures(
         [&](const auto& record) { return output.encoded(lineFor(output, record)); });
   return list.run(arguments.jobs, [&](size_t index) {
-    const std::string text = resultOf(inputs[index], arguments, output);
-    if (!isClassic && !output.holds(text)) tellReplacements(inputs[index], output, list.console());
+    const std::string& input = inputs.paths[index];
+    const std::string text = resultOf(input, arguments, output);
+    if (tellsLosses && !output.holds(text)) tellReplacements(input, output, list.console());
     list.write(index, output.encoded(text));
     list.countWhole(index);
   });
@@ -202,11 +206,12 @@ void addSummaryJob(OptionParser& parser) {
   Subcommand job =
       parser.job(groups::kDocuments, "summary", "Show the properties of compound documents");
   auto arguments = std::make_shared<SummaryArguments>();
-  job.operands("FILE", arguments->inputs, "The documents; none, or -, is standard input");
+  addInputs(job, arguments->inputs, "The documents; none, or -, is standard input");
   job.value("-t,--to", "CHARSET", arguments->charset, "Charset of the output; default: UTF-8");
   job.flag("--json", arguments->json, "One JSON object a line, with the properties it has");
   job.flag("--classic", arguments->classic,
            "Exactly what the library answers, in the form that programs rely on");
+  addVerbosity(job, arguments->verbosity, kTellsSums);
   job.workers(arguments->jobs, "Work on N documents at once");
   job.footer(
       "Each document is a line with its name and a line for each property that it has: title,\n"

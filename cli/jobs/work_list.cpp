@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
+#include "cli/jobs/work_sums.h"
 #include "cli/system/failure.h"
 #include "cli/system/process.h"
 #include "cli/system/standard_streams.h"
@@ -17,13 +19,14 @@ Failure failureToTell(const std::exception& error) {
   return fault && !failure->quiet() ? Failure(*fault) : *failure;
 }
 
-OrderedOutput::OrderedOutput(size_t count)
-    : sink_(platform::openStandardOutput()), isDone_(count, false) {}
+OrderedOutput::OrderedOutput(size_t count, Console& console)
+    : console_(console), sink_(platform::openStandardOutput()), isDone_(count, false) {}
 
 void OrderedOutput::write(size_t index, const uint8_t* bytes, size_t size) {
   std::unique_lock<std::mutex> lock(mutex_);
   turnChanged_.wait(lock, [&] { return turn_ == index; });
   if (isBroken_) throw Failure("standard output is closed", true);
+  console_.makeWay();
   try {
     sink_->write(bytes, size);
   } catch (const Failure&) {
@@ -43,20 +46,43 @@ void OrderedOutput::finish(size_t index) {
   turnChanged_.notify_all();
 }
 
-WorkList::WorkList(const std::vector<std::string>& inputs)
-    : inputs_(inputs), console_(inputs.size(), totalSize(inputs)), standardOutput_(inputs.size()) {}
+WorkList::WorkList(const std::vector<std::string>& inputs, RefusedInputs refused)
+    : inputs_(inputs),
+      refused_(std::move(refused)),
+      console_(inputs.size()),
+      standardOutput_(inputs.size(), console_) {}
 
 void WorkList::write(size_t index, const std::string& text) {
   refuseSystemFaults();
   standardOutput_.write(index, text);
 }
 
+void WorkList::countWhole(size_t index) {
+  const uint64_t size = knownSize(inputs_[index]);
+  bytes_ += size;
+  console_.addBytes(size);
+}
+
+void WorkList::tell(Verbosity verbosity) {
+  verbosity_ = verbosity;
+  if (verbosity == Verbosity::kQuiet) console_.showNoProgress();
+}
+
+void WorkList::tellSums(std::chrono::duration<double> time) {
+  const size_t done = inputs_.size() - failed_;
+  console_.tell("ksv: " +
+                sumsInWords(inputs_.size(), {{done, "done"}, {failed_, "failed"}}, bytes_, time));
+}
+
 int WorkList::run(size_t jobs, const std::function<void(size_t index)>& workOn) {
+  const auto begin = std::chrono::steady_clock::now();
+  if (console_.showsProgress()) console_.expectBytes(totalSize(inputs_));
   std::vector<std::thread> helpers;
   startHelpers(helpers, std::min(jobs, inputs_.size()), workOn);
   work(workOn);
   for (std::thread& helper : helpers) helper.join();
-  return anyFailed_ ? kExitFailed : kExitDone;
+  if (verbosity_ == Verbosity::kVerbose) tellSums(std::chrono::steady_clock::now() - begin);
+  return failed_ != 0 ? kExitFailed : kExitDone;
 }
 
 // As many as the system lets there be: the inputs are worked on by those that are there.
@@ -80,16 +106,18 @@ void WorkList::workAndReport(size_t index, const std::function<void(size_t index
   try {
     workOrReport(index, workOn);
   } catch (const std::exception&) {
-    anyFailed_ = true;
+    ++failed_;
     platform::tellOutOfMemory();  // there was none for the report
   }
 }
 
 void WorkList::workOrReport(size_t index, const std::function<void(size_t index)>& workOn) {
   try {
+    console_.beginFile(nameForMessages(inputs_[index]));
+    if (const auto refused = refused_.find(index); refused != refused_.end()) throw refused->second;
     workOn(index);
   } catch (const std::exception& error) {
-    anyFailed_ = true;
+    ++failed_;
     report(index, failureToTell(error));
   }
 }
@@ -97,11 +125,16 @@ void WorkList::workOrReport(size_t index, const std::function<void(size_t index)
 void WorkList::report(size_t index, const Failure& failure) {
   if (failure.quiet()) return;
   console_.report(nameForMessages(inputs_[index]), failure.what());
-  if (!encodeFailure_) return;
+  if (encodeFailure_) writeRecord(index, encodeFailure_(failureRecord(inputs_[index], failure)));
+}
+
+bool WorkList::writeRecord(size_t index, const std::string& line) {
   try {
-    standardOutput_.write(index, encodeFailure_(failureRecord(inputs_[index], failure)));
+    standardOutput_.write(index, line);
+    return true;
   } catch (const Failure& broken) {
     if (!broken.quiet()) console_.report("standard output", broken.what());
+    return false;
   }
 }
 

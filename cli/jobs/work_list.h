@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
@@ -13,7 +14,9 @@
 #include <utility>
 #include <vector>
 
+#include "cli/jobs/operands.h"
 #include "cli/jobs/result_line.h"
+#include "cli/jobs/verbosity.h"
 #include "cli/system/console.h"
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
@@ -29,7 +32,8 @@ Failure failureToTell(const std::exception& error);
 // inputs: whoever is not at turn waits with its first bytes.
 class OrderedOutput {
  public:
-  explicit OrderedOutput(size_t count);
+  // console: makes way for what is written. Stays the caller's.
+  OrderedOutput(size_t count, Console& console);
 
   // index: of the input. Throws Failure.
   void write(size_t index, const uint8_t* bytes, size_t size);
@@ -37,6 +41,7 @@ class OrderedOutput {
   void finish(size_t index);
 
  private:
+  Console& console_;
   std::mutex mutex_;
   std::condition_variable turnChanged_;
   std::unique_ptr<ByteSink> sink_;
@@ -47,8 +52,8 @@ class OrderedOutput {
 
 class WorkList {
  public:
-  // inputs stays the caller's.
-  explicit WorkList(const std::vector<std::string>& inputs);
+  // inputs stays the caller's. Those that are refused fail without being worked on.
+  explicit WorkList(const std::vector<std::string>& inputs, RefusedInputs refused = {});
 
   Console& console() { return console_; }
   OrderedOutput& standardOutput() { return standardOutput_; }
@@ -57,12 +62,22 @@ class WorkList {
   void write(size_t index, const std::string& text);
 
   // Tells the console of an input as a whole, for work that does not count its bytes.
-  void countWhole(size_t index) { console_.addBytes(knownSize(inputs_[index])); }
+  void countWhole(size_t index);
 
   // Has a record of each failure written to standard output as well, in the place of the
   // result, as the line that encode makes of it.
   using Encode = std::function<std::string(const nlohmann::ordered_json& record)>;
   void recordFailures(Encode encode = jsonLine) { encodeFailure_ = std::move(encode); }
+
+  // What is told beyond failures: quietly nothing, not even progress, and verbosely the sums.
+  void tell(Verbosity verbosity);
+
+  // Writes a line about an input to standard output, whatever has come of the input. False where
+  // that fails, which is told.
+  bool writeRecord(size_t index, const std::string& line);
+
+  // No further input is begun.
+  void stop() { next_ = inputs_.size(); }
 
   // Does the work on each input, at most so many at once. What it throws is reported
   // under the input's name, and the others are still done. Returns the exit status.
@@ -75,12 +90,16 @@ class WorkList {
   void workAndReport(size_t index, const std::function<void(size_t index)>& workOn);
   void workOrReport(size_t index, const std::function<void(size_t index)>& workOn);
   void report(size_t index, const Failure& failure);
+  void tellSums(std::chrono::duration<double> time);
 
   const std::vector<std::string>& inputs_;
+  const RefusedInputs refused_;
   Console console_;
   OrderedOutput standardOutput_;
   std::atomic<size_t> next_{0};
-  std::atomic<bool> anyFailed_{false};
+  std::atomic<size_t> failed_{0};
+  std::atomic<uint64_t> bytes_{0};
+  Verbosity verbosity_ = Verbosity::kUsual;
   Encode encodeFailure_;  // none: failures are not recorded
 };
 

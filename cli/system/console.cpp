@@ -7,6 +7,7 @@
 
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
+#include "cli/system/name_characters.h"
 #include "cli/system/process.h"
 #include "cli/system/standard_streams.h"
 #include "cli/system/system_faults.h"
@@ -17,7 +18,6 @@ namespace {
 
 constexpr uint64_t kMuch = 64 * 1024 * 1024;
 constexpr auto kInterval = std::chrono::milliseconds(100);
-constexpr uint64_t kMebibyte = 1024 * 1024;
 
 std::atomic<bool> anythingLeftOver{false};
 
@@ -69,15 +69,15 @@ int writeToStandardOutput(const std::string& text) {
 
 std::string lineChange(size_t shown, const std::string& line, bool takesEscapes) {
   if (takesEscapes) return "\r" + line + "\x1B[K";
-  const size_t rest = shown - std::min(shown, line.size());
+  const size_t rest = shown - std::min(shown, columnsOf(line));
   return "\r" + line + std::string(rest, ' ') + std::string(rest, '\b');
 }
 
-Console::Console(size_t fileCount, uint64_t totalBytes)
-    : fileCount_(fileCount),
-      totalBytes_(totalBytes),
-      onTerminal_(platform::standardErrorIsTerminal()),
-      takesEscapes_(onTerminal_ && platform::standardErrorTakesEscapes()) {}
+Console::Console(size_t fileCount)
+    : showsProgress_(platform::standardErrorIsTerminal()),
+      takesEscapes_(showsProgress_ && platform::standardErrorTakesEscapes()) {
+  progress_.fileCount = fileCount;
+}
 
 Console::~Console() { clear(); }
 
@@ -93,30 +93,42 @@ void Console::tell(const std::string& line) {
   platform::writeToStandardError(line + '\n');
 }
 
-void Console::addBytes(uint64_t count) {
-  if (!onTerminal_) return;
+void Console::beginFile(const std::string& name) {
+  if (!showsProgress_) return;
   const std::lock_guard<std::mutex> lock(mutex_);
-  bytes_ += count;
-  const bool isMuch = fileCount_ > 1 || std::max(totalBytes_, bytes_) > kMuch;
-  const auto now = std::chrono::steady_clock::now();
-  if (!isMuch || now - lastShown_ < kInterval) return;
-  lastShown_ = now;
-  show();
+  progress_.name = shownName(name);
+  showIfDue();
+}
+
+void Console::addBytes(uint64_t count) {
+  if (!showsProgress_) return;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  progress_.bytes += count;
+  showIfDue();
 }
 
 void Console::addFile() {
+  if (!showsProgress_) return;
   const std::lock_guard<std::mutex> lock(mutex_);
-  ++files_;
+  ++progress_.files;
+  showIfDue();
 }
 
-void Console::show() {
-  std::string line = std::to_string(bytes_ / kMebibyte) + " MiB";
-  if (totalBytes_ != 0)
-    line += ", " + std::to_string(std::min<uint64_t>(100, bytes_ * 100 / totalBytes_)) + " %";
-  if (fileCount_ > 1)
-    line += ", file " + std::to_string(std::min(files_ + 1, fileCount_)) + " of " +
-            std::to_string(fileCount_);
-  overwrite(line);
+void Console::makeWay() {
+  if (!showsProgress_) return;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  clear();
+}
+
+// The last column stays free: what fills it would begin a new line on some terminals.
+void Console::showIfDue() {
+  const bool isMuch = progress_.fileCount > 1 || std::max(totalBytes_, progress_.bytes) > kMuch;
+  const auto now = Clock::now();
+  if (!isMuch || now - lastShown_ < kInterval) return;
+  lastShown_ = now;
+  progress_.totalBytes = totalBytes_;
+  progress_.seconds = std::chrono::duration<double>(now - begin_).count();
+  overwrite(progressLine(progress_, platform::standardErrorColumns() - 1));
 }
 
 void Console::clear() {
@@ -125,7 +137,7 @@ void Console::clear() {
 
 void Console::overwrite(const std::string& line) {
   platform::writeToStandardError(lineChange(shown_, line, takesEscapes_));
-  shown_ = line.size();
+  shown_ = columnsOf(line);
 }
 
 }  // namespace ksv_cli

@@ -23,6 +23,14 @@ class Failure : public std::runtime_error {
     return failure;
   }
 
+  // The same of a text, with the words for the place at hand.
+  static Failure at(uint64_t offset, const std::string& reason, const std::string& place) {
+    Failure failure(reason + place);
+    failure.reason_ = reason;
+    failure.offset_ = offset;
+    return failure;
+  }
+
   bool quiet() const { return quiet_; }
   const std::string& reason() const { return reason_; }
   std::optional<uint64_t> offset() const { return offset_; }

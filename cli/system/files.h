@@ -36,6 +36,9 @@ struct FileFacts {
 // Throws Failure where the system cannot say what there is.
 FileFacts fileFacts(const std::string& path);
 
+// A time of a file in nanoseconds since 1970.
+int64_t sinceEpoch(int64_t time);
+
 // Opening a directory fails.
 std::unique_ptr<ByteSource> openInput(const std::string& path);
 // Opens a file that is no regular one, such as a device or a pipe, for writing.

@@ -96,6 +96,9 @@ FileFacts fileFacts(const std::string& path) {
   return file.isOpen() ? factsOf(file.get()) : facts;
 }
 
+// Windows counts by 100 nanoseconds from 1601 on.
+int64_t sinceEpoch(int64_t time) { return (time - 116'444'736'000'000'000) * 100; }
+
 std::unique_ptr<ByteSource> openInput(const std::string& path) {
   return std::make_unique<FileSource>(openChecked(path, GENERIC_READ));
 }

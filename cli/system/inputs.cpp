@@ -34,6 +34,17 @@ std::vector<uint8_t> readAtMost(ByteSource& source, size_t size) {
   return text;
 }
 
+uint64_t copyAll(ByteSource& source, ByteSink& sink) {
+  constexpr size_t kBlock = 64 * 1024;
+  const auto block = std::make_unique<uint8_t[]>(kBlock);
+  uint64_t total = 0;
+  while (const size_t count = source.read(block.get(), kBlock)) {
+    sink.write(block.get(), count);
+    total += count;
+  }
+  return total;
+}
+
 uint64_t knownSize(const std::string& input) {
   try {
     return inputFacts(input).size;

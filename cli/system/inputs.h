@@ -23,6 +23,9 @@ std::unique_ptr<ByteSource> openInput(const std::string& input);
 // The first bytes of a text, at most so many. Throws Failure.
 std::vector<uint8_t> readAtMost(ByteSource& source, size_t size);
 
+// Copies what is left of a text, and returns how many bytes that were. Throws Failure.
+uint64_t copyAll(ByteSource& source, ByteSink& sink);
+
 // The bytes of an input as far as they are known, and of all inputs together.
 uint64_t knownSize(const std::string& input);
 uint64_t totalSize(const std::vector<std::string>& inputs);

@@ -21,10 +21,8 @@ bool hasNameForLibrary(const std::string& input) {
 }
 
 std::unique_ptr<platform::TemporaryFile> copyOf(ByteSource& source) {
-  constexpr size_t kBlock = 64 * 1024;
-  const auto buffer = std::make_unique<uint8_t[]>(kBlock);
   auto copy = platform::TemporaryFile::create();
-  while (const size_t count = source.read(buffer.get(), kBlock)) copy->write(buffer.get(), count);
+  copyAll(source, *copy);
   return copy;
 }
 

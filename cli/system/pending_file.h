@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,6 +18,12 @@ struct InPlace {
   bool keepsTimes = true;
 };
 
+// How a file takes its place in a run that can be resumed.
+struct Placing {
+  std::string passingName = {};  // empty: one that no other file has
+  bool isDurable = false;        // a new file is safe from a loss of power as well
+};
+
 // A file that comes into being whole or not at all. It is written under a passing
 // name in the directory of its place and takes its place at commit(); without
 // commit() it disappears again. Where it replaces a file, it is safe from a loss of
@@ -25,17 +32,21 @@ class PendingFile : public ByteSink {
  public:
   // path: the place; where it is a link, the file that the link leads to. A file
   // that is there already gives the new one its permissions and attributes.
-  static std::unique_ptr<PendingFile> create(const std::string& path);
+  static std::unique_ptr<PendingFile> create(const std::string& path, const Placing& placing = {});
 
   // The same with all that the file at path has: its owner and, when they are to be
   // kept, its times. Fails where something of it cannot be kept, where it has further
   // names, which would go on naming the older text, where it has been changed since,
   // and where there is something at the path of the backup. A file whose bytes stay
   // the same is left alone, and not kept.
-  static std::unique_ptr<PendingFile> createInPlace(const std::string& path, const InPlace& how);
+  static std::unique_ptr<PendingFile> createInPlace(const std::string& path, const InPlace& how,
+                                                    const Placing& placing = {});
 
-  // False: the bytes stay the same.
-  virtual bool commit() = 0;
+  // announce is called when nothing is left to do but to take the place, and where a file is
+  // converted in place, when nothing stands at the path of the backup. What it throws leaves all
+  // as it was. False: the bytes stay the same.
+  using Announce = std::function<void()>;
+  virtual bool commit(const Announce& announce = nullptr) = 0;
 };
 
 }  // namespace ksv_cli::platform

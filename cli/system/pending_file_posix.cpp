@@ -15,54 +15,13 @@
 #include "cli/system/in_place.h"
 #include "cli/system/open_file_posix.h"
 #include "cli/system/pending_file.h"
+#include "cli/system/places_posix.h"
 #include "cli/system/temporary_names_posix.h"
 
 namespace ksv_cli::platform {
 namespace {
 
 mode_t modeOfNewFiles = 0666;
-
-std::string directoryOf(const std::string& path) {
-  return std::filesystem::path(path).parent_path().string();
-}
-
-bool isLink(const std::string& path) {
-  struct stat status;
-  if (::lstat(path.c_str(), &status) == 0) return S_ISLNK(status.st_mode);
-  if (!isOneOf(errno, {ENOENT, ENOTDIR, EACCES, ENAMETOOLONG})) fail(errno);
-  return false;
-}
-
-// Where a chain of links ends, whether or not a file is there.
-std::string linkEnd(const std::string& path) {
-  constexpr int kMostLinks = 40;
-  std::filesystem::path place = path;
-  for (int i = 0; i < kMostLinks && isLink(place); ++i) {
-    std::error_code error;
-    const std::filesystem::path next = std::filesystem::read_symlink(place, error);
-    if (error) fail(error.value());
-    place = next.is_absolute() ? next : place.parent_path() / next;
-  }
-  return place.string();
-}
-
-// What has no disk behind it has nothing to wait for.
-void synchronise(int number) {
-  while (::fsync(number) != 0) {
-    if (isOneOf(errno, {EINVAL, ENOTSUP, EROFS})) return;
-    if (errno != EINTR) fail(errno);
-  }
-}
-
-// A directory that may be written to, but not read, waits for all there is.
-void synchroniseDirectory(const std::string& path) {
-  const std::string name = path.empty() ? "." : path;
-  const OpenFile directory(::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (directory.isOpen())
-    synchronise(directory.number());
-  else
-    ::sync();
-}
 
 timespec timeOf(int64_t nanoseconds) {
   constexpr int64_t kSecond = 1'000'000'000;
@@ -73,8 +32,8 @@ timespec timeOf(int64_t nanoseconds) {
 // The steps that both kinds of pending files are made of.
 class PosixPendingFile : public PendingFile {
  public:
-  explicit PosixPendingFile(const std::string& path)
-      : place_(linkEnd(path)), file_(directoryOf(place_)) {}
+  PosixPendingFile(const std::string& path, const Placing& placing)
+      : place_(linkEnd(path)), file_(directoryOf(place_), placing.passingName) {}
 
   void write(const uint8_t* bytes, size_t size) override {
     file_.descriptor().writeAll(bytes, size);
@@ -96,41 +55,46 @@ class PosixPendingFile : public PendingFile {
 
 class NewFile : public PosixPendingFile {
  public:
-  using PosixPendingFile::PosixPendingFile;
+  NewFile(const std::string& path, const Placing& placing)
+      : PosixPendingFile(path, placing), isDurable_(placing.isDurable) {}
 
-  bool commit() override {
+  bool commit(const Announce& announce) override {
     const bool replaces = fileFacts(place()).kind != FileKind::kMissing;
-    if (replaces) {
+    const bool waits = replaces || isDurable_;
+    if (replaces)
       handOnAttributes(place(), number(), WhatIsRefused::kGivesUp);
-      synchronise(number());
-    } else if (::fchmod(number(), modeOfNewFiles) != 0) {
+    else if (::fchmod(number(), modeOfNewFiles) != 0)
       fail(errno);
-    }
+    if (waits) synchronise(number());
     file().descriptor().closeChecked();
+    if (announce) announce();
     {
       const NamesSection section;
       takePlace();
     }
-    if (replaces) synchroniseDirectory(directoryOf(place()));
+    if (waits) synchroniseDirectory(directoryOf(place()));
     return true;
   }
+
+ private:
+  const bool isDurable_;
 };
 
 class ConvertedFile : public PosixPendingFile {
  public:
-  ConvertedFile(const std::string& path, const InPlace& how) : PosixPendingFile(path), how_(how) {}
+  ConvertedFile(const std::string& path, const InPlace& how, const Placing& placing)
+      : PosixPendingFile(path, placing), how_(how) {}
 
-  bool commit() override {
+  bool commit(const Announce& announce) override {
     if (haveSameBytes(*openInput(file().path()), *openInput(place()))) return false;
     handOnAttributes(place(), number(), WhatIsRefused::kFails);
     if (how_.keepsTimes) handOnTimes();
     synchronise(number());
     file().descriptor().closeChecked();
+    refuseOtherBackup(fileFacts(place()));
+    if (announce) announce();
     replaceOriginal();
     synchroniseDirectory(directoryOf(place()));
-    // The backup of what a link leads to stands beside the link.
-    const std::string directory = directoryOf(how_.backup);
-    if (!how_.backup.empty() && directory != directoryOf(place())) synchroniseDirectory(directory);
     return true;
   }
 
@@ -149,6 +113,9 @@ class ConvertedFile : public PosixPendingFile {
     if (how_.backup.empty()) return takePlace();
     if (!isLinked_) keepOriginal();
     try {
+      // No loss of power takes both names from the original. That of what a link leads to is
+      // kept beside the link.
+      synchroniseDirectory(directoryOf(how_.backup));
       takePlace();
     } catch (const Failure& failure) {
       restoreOriginal(failure);
@@ -162,6 +129,15 @@ class ConvertedFile : public PosixPendingFile {
            !isLink(how_.backup) && fileFacts(how_.backup).isSameFileAs(now);
   }
 
+  void refuseOtherBackup(const FileFacts& now) const {
+    if (how_.backup.empty() || isKeptAlready(now)) return;
+    if (isLink(how_.backup) || fileFacts(how_.backup).kind != FileKind::kMissing) refuseBackup();
+  }
+
+  [[noreturn]] void refuseBackup() const {
+    throw Failure("the backup " + how_.backup + " exists already");
+  }
+
   // By a link, so that there is a file under the old name at every instant, or by a
   // new name on volumes without links. Neither replaces what is there.
   void keepOriginal() {
@@ -171,7 +147,7 @@ class ConvertedFile : public PosixPendingFile {
     if (isLinked_) return;
     const bool hasNoLinks = isOneOf(errno, {EPERM, ENOTSUP, ENOSYS, EMLINK});
     if (hasNoLinks && ::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return;
-    if (errno == EEXIST) throw Failure("the backup " + how_.backup + " exists already");
+    if (errno == EEXIST) refuseBackup();
     throw Failure("the backup " + how_.backup +
                   " cannot be made: " + std::generic_category().message(errno));
   }
@@ -199,14 +175,14 @@ void readModeOfNewFiles() {
   modeOfNewFiles = 0666 & ~mask;
 }
 
-std::unique_ptr<PendingFile> PendingFile::create(const std::string& path) {
+std::unique_ptr<PendingFile> PendingFile::create(const std::string& path, const Placing& placing) {
   if (fileFacts(path).kind == FileKind::kDirectory) fail(EISDIR);
-  return std::make_unique<NewFile>(path);
+  return std::make_unique<NewFile>(path, placing);
 }
 
-std::unique_ptr<PendingFile> PendingFile::createInPlace(const std::string& path,
-                                                        const InPlace& how) {
-  return std::make_unique<ConvertedFile>(path, how);
+std::unique_ptr<PendingFile> PendingFile::createInPlace(const std::string& path, const InPlace& how,
+                                                        const Placing& placing) {
+  return std::make_unique<ConvertedFile>(path, how, placing);
 }
 
 }  // namespace ksv_cli::platform

@@ -9,9 +9,9 @@
 #include "cli/system/in_place.h"
 #include "cli/system/open_file_windows.h"
 #include "cli/system/pending_file.h"
+#include "cli/system/places_windows.h"
 #include "cli/system/system_paths_windows.h"
 #include "cli/system/temporary_names_windows.h"
-#include "common/wide_text_windows.h"
 
 namespace ksv_cli::platform {
 namespace {
@@ -20,18 +20,8 @@ FILETIME timeOf(int64_t count) {
   return {static_cast<DWORD>(count), static_cast<DWORD>(static_cast<uint64_t>(count) >> 32)};
 }
 
-// The place of a result: where the path is a link, the file that it leads to.
-std::wstring linkEnd(const std::wstring& path) {
-  const DWORD attributes = ::GetFileAttributesW(path.c_str());
-  const bool isLink =
-      attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-  if (!isLink) return path;
-  const OpenFile file(openToLook(path));
-  if (!file.isOpen()) fail(::GetLastError());
-  const std::wstring end = ksv::platform::writtenBy([&](wchar_t* buffer, DWORD size) {
-    return ::GetFinalPathNameByHandleW(file.get(), buffer, size, FILE_NAME_NORMALIZED);
-  });
-  return end.empty() ? path : end;
+[[noreturn]] void refuseBackup(const std::string& shown) {
+  throw Failure("the backup " + shown + " exists already");
 }
 
 // The name under which an original is kept, taken before anything is moved there: a file
@@ -46,8 +36,7 @@ class BackupName {
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
     if (file.isOpen()) return;
     const DWORD error = ::GetLastError();
-    if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS)
-      throw Failure("the backup " + shown + " exists already");
+    if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS) refuseBackup(shown);
     fail(error);
   }
 
@@ -69,27 +58,45 @@ class BackupName {
 
 class WindowsPendingFile : public PendingFile {
  public:
-  WindowsPendingFile(const std::string& path, std::optional<InPlace> inPlace)
+  WindowsPendingFile(const std::string& path, std::optional<InPlace> inPlace,
+                     const Placing& placing)
       : place_(linkEnd(systemPath(path))),
-        file_(place_.substr(0, directoryLength(place_, kSeparators))),
-        inPlace_(std::move(inPlace)) {}
+        file_(place_.substr(0, directoryLength(place_, kSeparators)), placing.passingName),
+        inPlace_(std::move(inPlace)),
+        isDurable_(placing.isDurable) {}
 
   void write(const uint8_t* bytes, size_t size) override {
     writeAll(file_.handle().get(), bytes, size);
   }
 
-  bool commit() override {
+  bool commit(const Announce& announce) override {
     if (inPlace_) {
       if (haveSameBytes(*openInput(utf8Of(file_.path())), *openInput(utf8Of(place_)))) return false;
       if (inPlace_->keepsTimes) handOnTimes();
     }
     if (!::FlushFileBuffers(file_.handle().get())) fail(::GetLastError());
     file_.handle().closeChecked();
+    if (inPlace_) refuseOtherBackup();
+    if (announce) announce();
     file_.rename([this] { replace(); });
+    if (isDurable_) synchronisePlace();
     return true;
   }
 
  private:
+  void refuseOtherBackup() const {
+    if (!inPlace_->backup.empty() &&
+        ::GetFileAttributesW(systemPath(inPlace_->backup).c_str()) != INVALID_FILE_ATTRIBUTES)
+      refuseBackup(inPlace_->backup);
+  }
+
+  // What replaces a file may leave its names to be written later.
+  void synchronisePlace() const {
+    const OpenFile file(::CreateFileW(place_.c_str(), GENERIC_WRITE, kShareAll, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.isOpen() || !::FlushFileBuffers(file.get())) fail(::GetLastError());
+  }
+
   void handOnTimes() {
     const FILETIME readTime = timeOf(inPlace_->original.readTime);
     const FILETIME writeTime = timeOf(inPlace_->original.writeTime);
@@ -144,25 +151,27 @@ class WindowsPendingFile : public PendingFile {
   std::wstring place_;
   PassingFile file_;
   const std::optional<InPlace> inPlace_;
+  const bool isDurable_;
 };
 
-std::unique_ptr<PendingFile> pendingFile(const std::string& path, std::optional<InPlace> inPlace) {
+std::unique_ptr<PendingFile> pendingFile(const std::string& path, std::optional<InPlace> inPlace,
+                                         const Placing& placing) {
   const DWORD attributes = ::GetFileAttributesW(systemPath(path).c_str());
   const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
   if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY)) fail(std::errc::is_a_directory);
   if (isThere && (attributes & FILE_ATTRIBUTE_READONLY)) fail(std::errc::permission_denied);
-  return std::make_unique<WindowsPendingFile>(path, std::move(inPlace));
+  return std::make_unique<WindowsPendingFile>(path, std::move(inPlace), placing);
 }
 
 }  // namespace
 
-std::unique_ptr<PendingFile> PendingFile::create(const std::string& path) {
-  return pendingFile(path, std::nullopt);
+std::unique_ptr<PendingFile> PendingFile::create(const std::string& path, const Placing& placing) {
+  return pendingFile(path, std::nullopt, placing);
 }
 
-std::unique_ptr<PendingFile> PendingFile::createInPlace(const std::string& path,
-                                                        const InPlace& how) {
-  return pendingFile(path, how);
+std::unique_ptr<PendingFile> PendingFile::createInPlace(const std::string& path, const InPlace& how,
+                                                        const Placing& placing) {
+  return pendingFile(path, how, placing);
 }
 
 }  // namespace ksv_cli::platform

@@ -2,6 +2,7 @@
 // what is read from it and shown on it. Whatever fails throws Failure with the system's own words.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string_view>
 
@@ -19,6 +20,8 @@ std::unique_ptr<ByteSink> openStandardOutput();
 bool standardErrorIsTerminal();
 // Whether that terminal obeys escape sequences, once it has been asked to.
 bool standardErrorTakesEscapes();
+// How many columns that terminal has; 80 where it does not say.
+size_t standardErrorColumns();
 // In one go, so that lines of threads do not mix.
 void writeToStandardError(std::string_view text);
 

@@ -1,3 +1,4 @@
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "cli/system/failure.h"
@@ -20,6 +21,13 @@ std::unique_ptr<ByteSink> openStandardOutput() {
 bool standardErrorIsTerminal() { return ::isatty(STDERR_FILENO) != 0; }
 
 bool standardErrorTakesEscapes() { return standardErrorIsTerminal(); }
+
+size_t standardErrorColumns() {
+  constexpr size_t kUsual = 80;
+  winsize size{};
+  const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
+  return isKnown ? size.ws_col : kUsual;
+}
 
 void writeToStandardError(std::string_view text) {
   try {

@@ -137,6 +137,15 @@ bool standardErrorTakesEscapes() {
                           mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
+size_t standardErrorColumns() {
+  constexpr size_t kUsual = 80;
+  CONSOLE_SCREEN_BUFFER_INFO information;
+  const HANDLE console = ::GetStdHandle(STD_ERROR_HANDLE);
+  if (!::GetConsoleScreenBufferInfo(console, &information)) return kUsual;
+  const int columns = information.srWindow.Right - information.srWindow.Left + 1;
+  return columns > 0 ? static_cast<size_t>(columns) : kUsual;
+}
+
 void writeToStandardError(std::string_view text) {
   try {
     sinkTo(::GetStdHandle(STD_ERROR_HANDLE))

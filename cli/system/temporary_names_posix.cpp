@@ -9,9 +9,9 @@
 #include <cstring>
 #include <filesystem>
 #include <mutex>
-#include <random>
 
 #include "cli/system/console.h"
+#include "cli/system/passing_names.h"
 
 namespace ksv_cli::platform {
 namespace {
@@ -94,14 +94,6 @@ void removeTemporaryFilesAtSignals() {
     if (endsProcess(signalNumber)) catchUnlessHandled(signalNumber);
 }
 
-std::string randomName() {
-  static constexpr char kLetters[] = "0123456789abcdefghijklmnopqrstuvwxyz";
-  std::random_device random;
-  std::string name = ".ksv-";
-  for (int i = 0; i < 12; ++i) name += kLetters[random() % (sizeof kLetters - 1)];
-  return name;
-}
-
 int createdFile(const std::string& path) {
   int number;
   int error;
@@ -144,8 +136,9 @@ NamesSection::~NamesSection() {
   ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-PassingName::PassingName(const std::string& directory)
-    : path_((std::filesystem::path(directory) / randomName()).string()) {
+PassingName::PassingName(const std::string& directory, const std::string& name)
+    : path_((std::filesystem::path(directory) / (name.empty() ? randomPassingName() : name))
+                .string()) {
   // Most commands make no file, and are spared a hundred calls of the system.
   static std::once_flag signalsAreCaught;
   std::call_once(signalsAreCaught, removeTemporaryFilesAtSignals);
@@ -158,8 +151,8 @@ PassingName::~PassingName() {
   temporaryNames.forget(slot_);
 }
 
-PassingFile::PassingFile(const std::string& directory)
-    : name_(directory), descriptor_(createdFile(name_.path())) {}
+PassingFile::PassingFile(const std::string& directory, const std::string& name)
+    : name_(directory, name), descriptor_(createdFile(name_.path())) {}
 
 PassingFile::~PassingFile() {
   if (!isThere_) return;

@@ -32,8 +32,8 @@ class NamesSection {
 // the process, and is not ignored, removes the files first.
 class PassingName {
  public:
-  // directory: empty for the current one.
-  explicit PassingName(const std::string& directory);
+  // directory: empty for the current one. name: empty for one that nobody knows.
+  explicit PassingName(const std::string& directory, const std::string& name = "");
   ~PassingName();
   PassingName(const PassingName&) = delete;
   PassingName& operator=(const PassingName&) = delete;
@@ -50,7 +50,7 @@ class PassingName {
 class PassingFile {
  public:
   // Throws Failure.
-  explicit PassingFile(const std::string& directory);
+  explicit PassingFile(const std::string& directory, const std::string& name = "");
   ~PassingFile();
   PassingFile(const PassingFile&) = delete;
   PassingFile& operator=(const PassingFile&) = delete;

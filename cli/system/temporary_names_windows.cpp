@@ -1,11 +1,10 @@
 #include "cli/system/temporary_names_windows.h"
 
 #include <exception>
-#include <iterator>
-#include <random>
 #include <system_error>
 
 #include "cli/system/console.h"
+#include "cli/system/passing_names.h"
 #include "cli/system/process.h"
 #include "cli/system/system_paths_windows.h"
 
@@ -18,14 +17,6 @@ BOOL WINAPI endAtInterrupt(DWORD) {
   return ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(STATUS_CONTROL_C_EXIT));
 }
 
-std::wstring randomName() {
-  static constexpr wchar_t kLetters[] = L"0123456789abcdefghijklmnopqrstuvwxyz";
-  std::random_device random;
-  std::wstring name = L".ksv-";
-  for (int i = 0; i < 12; ++i) name += kLetters[random() % (std::size(kLetters) - 1)];
-  return name;
-}
-
 }  // namespace
 
 // Never destroyed: an interrupt may come until the very end.
@@ -36,8 +27,9 @@ TemporaryNames& temporaryNames() {
 
 void removeTemporaryFilesAtInterrupts() { ::SetConsoleCtrlHandler(endAtInterrupt, TRUE); }
 
-PassingFile::PassingFile(const std::wstring& directory)
-    : path_(systemPath(directory + randomName())), file_(create()) {}
+PassingFile::PassingFile(const std::wstring& directory, const std::string& name)
+    : path_(systemPath(directory + *utf16Of(name.empty() ? randomPassingName() : name))),
+      file_(create()) {}
 
 PassingFile::~PassingFile() {
   const DWORD error = temporaryNames().guarded([this](std::set<std::wstring>& names) {

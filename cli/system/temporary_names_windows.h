@@ -50,8 +50,9 @@ void removeTemporaryFilesAtInterrupts();
 // it has been renamed.
 class PassingFile {
  public:
-  // directory: with the separator at its end, or empty. Throws Failure.
-  explicit PassingFile(const std::wstring& directory);
+  // directory: with the separator at its end, or empty. name: empty for one that nobody knows.
+  // Throws Failure.
+  explicit PassingFile(const std::wstring& directory, const std::string& name = "");
   ~PassingFile();
   PassingFile(const PassingFile&) = delete;
   PassingFile& operator=(const PassingFile&) = delete;

@@ -57,8 +57,7 @@ CharsetJudge::CharsetJudge(const CharsetNames& names, TextLanguage language, boo
                            bool isSupposed)
     : names_(names), language_(language), guess_(guess), isSupposed_(isSupposed) {}
 
-JudgedText CharsetJudge::judge(const std::string& input) const {
-  RereadableText text(input);
+JudgedText CharsetJudge::judge(RereadableText& text) const {
   if (text.beginning().empty()) {
     const std::optional<CharsetChoice> charset = names_.findSource(kUtf8);
     if (!charset) throw Failure("is empty, and the charset directory does not have UTF-8");

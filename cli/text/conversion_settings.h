@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "kit/charsets/charset_names.h"
+#include "kit/text/declarations.h"
 #include "ksv.hpp"
 #include "ksv_cconv.h"
 
@@ -18,6 +20,7 @@ struct ConversionSettings {
   bool isStrict = false;  // a text of which something was skipped or replaced has failed
   std::string language;   // announced in front of the text; empty: none
   size_t blockSize = 256 * 1024;
+  std::optional<ksv_kit::DeclaredName> declared;  // what the text is to say of its charset
   // What happens to characters and problems beyond the above. The names are asked when a profile
   // has another charset for one of the two.
   ksv::Options changes;

@@ -5,6 +5,7 @@
 
 #include "cli/system/failure.h"
 #include "cli/text/text_failure.h"
+#include "kit/convert/declaration_stage.h"
 #include "kit/convert/plan.h"
 #include "kit/convert/plan_options.h"
 
@@ -56,7 +57,7 @@ class TextConversion {
     sink_.write(out_.data(), out_.size());
     if (goesOn) return;
     const ksv_kit::Problem& problem = *pipeline_.problem();
-    throw Failure(problem.message + atOffset(problem.offset));
+    throw Failure::at(problem.offset, problem.message, atOffset(problem.offset));
   }
 
   const ksv_kit::ConversionTask task_;
@@ -77,6 +78,10 @@ ksv_kit::ConversionTask conversionTask(const ConversionSettings& settings) {
       ksv_kit::taskBetween(names, settings.source, settings.target, settings.changes.values());
   task.options = settings.options;
   task.language = settings.language;
+  if (settings.declared)
+    task.sourceChange = [declared = *settings.declared](const ksv_kit::ConversionTask& made) {
+      return std::make_unique<ksv_kit::DeclarationStage>(made.source, declared);
+    };
   if (settings.skipInvalid) task.invalid.kind = PolicyKind::kSkip;
   if (settings.options.replaceUnmappable != 0) task.unmappable.kind = PolicyKind::kBuiltIn;
   return task;

@@ -17,9 +17,9 @@ from pathlib import Path
 
 CHARSET, FILE, DIRECTORY, NOTHING = "charset", "file", "directory", "nothing"
 # What completes a value, by what the help calls it.
-KINDS = {"CHARSET": CHARSET, "FILE": FILE, "LIST": FILE, "DIR": DIRECTORY, "SUFFIX": NOTHING,
+KINDS = {"CHARSET": CHARSET, "FILE": FILE, "LIST": FILE, "MANIFEST": FILE, "DIR": DIRECTORY, "SUFFIX": NOTHING,
          "FORM": NOTHING, "WIDTHS": NOTHING, "N": NOTHING, "BYTES": NOTHING, "CHAR": NOTHING,
-         "NAME": NOTHING, "PATH": NOTHING}
+         "NAME": NOTHING, "PATH": NOTHING, "GLOB": NOTHING}
 
 
 def kind_of(option: dict) -> str:
@@ -180,8 +180,11 @@ def zsh_action(option: dict) -> str:
 
 
 def zsh_option(option: dict) -> Iterator[str]:
-    """A specification for _arguments of each name; the names exclude each other."""
+    """A specification for _arguments of each name; the names exclude each other, but of an option
+    that repeats."""
     others = f"({' '.join(option['names'])})" if len(option["names"]) > 1 else ""
+    if option["repeats"]:
+        others = "*"
     for name in option["names"]:
         spec = others + name
         if option["valueMayLack"]:

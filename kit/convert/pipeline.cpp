@@ -91,13 +91,15 @@ std::string statelessText(const CharsetChoice& charset, std::string_view utf8) {
 }  // namespace
 
 bool isDirect(const ConversionTask& task) {
-  return task.changes.empty() && !isMail(task.source.kind) && !hasPlanes(task.source) &&
-         !hasShifts(task.source) && !hasFilter(task.source) && !hasFilter(task.target) &&
-         !hasPlanes(task.target) && !needsUtf8Between(task, hasLineEndsOfItsOwn(task));
+  return task.changes.empty() && !task.sourceChange && !isMail(task.source.kind) &&
+         !hasPlanes(task.source) && !hasShifts(task.source) && !hasFilter(task.source) &&
+         !hasFilter(task.target) && !hasPlanes(task.target) &&
+         !needsUtf8Between(task, hasLineEndsOfItsOwn(task));
 }
 
 Pipeline::Pipeline(const ConversionTask& task)
     : task_(task), hasOwnLineEnds_(hasLineEndsOfItsOwn(task)) {
+  if (task.sourceChange) add(task.sourceChange(task));
   if (hasPlanes(task.source)) add(std::make_unique<PlaneReadingStage>());
   if (hasShifts(task.source)) add(std::make_unique<ShiftStage>());
   if (hasFilter(task.source)) addReadingFilter();

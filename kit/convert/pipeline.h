@@ -27,6 +27,8 @@ struct ConversionTask {
   std::string language;  // announced in front of the text; empty: none
   bool keepsMark = false;
   bool tellsOrigins = false;  // somebody will ask where what was made comes from
+  // What happens to the bytes of the text in front of everything else, if anything does.
+  std::function<std::unique_ptr<Stage>(const ConversionTask&)> sourceChange;
   // What happens to the characters on the way, as UTF-8, in this order. The task that they are
   // given is this one.
   std::vector<std::function<std::unique_ptr<Stage>(const ConversionTask&)>> changes;

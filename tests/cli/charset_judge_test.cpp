@@ -8,18 +8,18 @@
 
 #include "cli/system/failure.h"
 #include "cli/text/text_conversion.h"
-#include "kit/text/utf8_characters.h"
 #include "command.h"
 #include "in_process.h"
+#include "kit/text/utf8_characters.h"
 
 namespace ksv_cli_tests {
 namespace {
 
 using ksv_cli::CharsetJudge;
-using ksv_kit::CharsetNames;
 using ksv_cli::JudgedText;
 using ksv_cli::Language;
 using ksv_cli::TextLanguage;
+using ksv_kit::CharsetNames;
 
 // Texts of the languages: the opening of a novel in the public domain, and sentences that
 // were made for this.
@@ -105,7 +105,8 @@ class CharsetOfText : public CommandTest {
     write("text", text);
     const CharsetJudge judge(names_, language, guess);
     try {
-      const JudgedText judged = judge.judge(path("text"));
+      ksv_cli::RereadableText opened(path("text"));
+      const JudgedText judged = judge.judge(opened);
       ksv_cli::ConversionSettings settings;
       settings.source = judged.chosen.charset;
       settings.target = *names_.find("UTF-8");

@@ -121,6 +121,29 @@ TEST_F(CommandPage, tells_every_field_of_the_report_of_convert) {
   }
 }
 
+TEST_F(CommandPage, tells_every_field_of_the_records_of_convert) {
+  for (const char* name : {"a", "b"}) write(name, "\x82\xA0");
+  write("wrong", "\xFF");
+  const std::vector<std::string> call = {
+      "convert",          "-f",     "sjis",       "-t",       "utf8",
+      "--in-place=.orig", "--json", "--manifest", "manifest", "--resume"};
+  for (const std::string name : {"a", "b", "wrong"}) {
+    std::vector<std::string> one = call;
+    one.push_back(name);
+    expectTold("convert", ksv(one).out);
+  }
+  std::istringstream lines(read("manifest"));
+  std::set<std::string> kinds;
+  for (std::string line; std::getline(lines, line);) {
+    expectTold("convert", line);
+    kinds.insert("`" + nlohmann::json::parse(line).at("record").get<std::string>() + "`");
+  }
+  EXPECT_EQ(kinds.size(), 5u);
+  for (const std::string& kind : kinds)
+    EXPECT_NE(section("convert").find(kind), std::string::npos) << kind;
+  expectTold("convert", ksv({"convert", "--undo", "manifest", "--json"}).out);
+}
+
 TEST_F(CommandPage, tells_every_check_of_doctor) {
   setEnvironment("Charsetpath", path("nowhere"));
   std::istringstream lines(ksv({"doctor", "--json"}).out);

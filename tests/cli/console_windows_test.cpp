@@ -5,6 +5,7 @@
 
 #include <thread>
 
+#include "cli/system/standard_streams.h"
 #include "command.h"
 #include "tests/system/start_windows.h"
 #include "tests/system/system.h"
@@ -33,6 +34,13 @@ int runOnConsole(const std::vector<std::string>& arguments) {
       .status;
 }
 const ChildBody onConsole("on_console", runOnConsole);
+
+// Standard error on the console tells how wide that is.
+int tellColumns(const std::vector<std::string>&) {
+  ::SetStdHandle(STD_ERROR_HANDLE, reinterpret_cast<HANDLE>(openConsole(L"CONOUT$")));
+  return static_cast<int>(ksv_cli::platform::standardErrorColumns());
+}
+const ChildBody columns("columns", tellColumns);
 
 BOOL WINAPI takeNoNotice(DWORD) { return TRUE; }
 
@@ -154,6 +162,20 @@ TEST_F(WindowsConsole, shows_a_character_whose_bytes_come_apart) {
   size_t cats = 0;
   for (size_t at = 0; (at = session.seen.find("猫", at)) != std::string::npos; ++at) ++cats;
   EXPECT_EQ(cats, 20u) << session.seen;
+}
+
+TEST_F(WindowsConsole, says_how_wide_it_is) { EXPECT_EQ(run(columns.name, {}).status, 120u); }
+
+// The line of progress has gone from where a diagnostic begins, and from the end.
+TEST_F(WindowsConsole, shows_progress_that_makes_way) {
+  write("a", std::string(100'000, 'a'));
+  write("b", "b");
+  const Session session =
+      ksvOnConsole({"convert", "-f", "utf8", "-t", "sjis", "--output-dir", "to", "a", "none", "b"});
+  EXPECT_EQ(session.status, 1u);
+  EXPECT_NE(session.seen.find("ksv: none: No such file or directory"), std::string::npos)
+      << session.seen;
+  EXPECT_EQ(session.seen.find("ksv: none: No such file or directory left"), std::string::npos);
 }
 
 TEST_F(WindowsConsole, reads_what_is_typed_as_utf8) {

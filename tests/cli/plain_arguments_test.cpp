@@ -19,6 +19,7 @@ using Reading = OptionParser::Reading;
 // An option of each kind, and what a line leaves in their places.
 struct Values {
   std::vector<std::string> files = {};
+  std::vector<std::string> globs = {};
   std::string to = "default";
   std::optional<std::string> from = {};
   std::string form = "keep";
@@ -33,6 +34,7 @@ struct Values {
   std::string described() const {
     std::ostringstream text;
     for (const std::string& file : files) text << '<' << file << '>';
+    for (const std::string& glob : globs) text << '{' << glob << '}';
     text << " to=" << to << " from=" << from.value_or("(none)") << " form=" << form
          << " language=" << language << " inPlace=" << inPlace.value_or("(none)")
          << " touches=" << touches << " count=" << count << " first=" << first
@@ -51,6 +53,7 @@ void addMany(OptionParser& parser, Values& values) {
             {.oneOf = {"ja", "ko"}, .ignoresCase = true});
   job.flagOrValue("--in-place", "SUFFIX", values.inPlace, "May have a value");
   job.flag("--touch", values.touches, "A flag");
+  job.values("-g,--glob", "GLOB", values.globs, "As often as wanted");
   job.number("-n,--count", "N", values.count, {1, 20}, "A number");
   job.footer("The end.");
   job.work([&values] {
@@ -115,6 +118,7 @@ bool isPlain(const Arguments& arguments) {
   job.operands("FILE", values.files, "The files");
   job.value("-t,--to", "NAME", values.to, "Needed", {.required = true});
   job.flagOrValue("--in-place", "SUFFIX", values.inPlace, "May have a value");
+  job.values("-g,--glob", "GLOB", values.globs, "As often as wanted");
   job.number("-n,--count", "N", values.count, {1, 20}, "A number");
   const std::string before = values.described();
   const bool isRead = ksv_cli::readPlainArguments(command, arguments) != nullptr;
@@ -124,6 +128,7 @@ bool isPlain(const Arguments& arguments) {
 
 TEST(PlainArguments, are_whole_options_with_their_values_and_operands) {
   EXPECT_TRUE(isPlain({"many", "-t", "x"}));
+  EXPECT_TRUE(isPlain({"many", "-g", "*.x", "-t", "x", "a", "--glob", "*.y"}));
   EXPECT_TRUE(isPlain({"many", "a", "--to", "x", "-n", "12", "b", "--in-place", "c"}));
 }
 
@@ -151,65 +156,35 @@ TEST(PlainArguments, are_nothing_that_the_library_may_read_otherwise) {
            {"many", "-t", "x", "--in-place=s"},
            {"many", "-t", "x", "-n", "21"},
            {"many", "-t", "x", "-n", "0x2"},
+           {"many", "-t", "x", "-g"},
+           {"many", "-t", "x", "-g", "[a]"},
+           {"many", "-t", "x", "-g", "-a"},
        })
     EXPECT_FALSE(isPlain(arguments)) << shown(arguments);
 }
 
+// A value in brackets is one, and the words behind it are operands.
+TEST(PlainArguments, may_repeat_an_option_whose_values_are_taken_one_by_one) {
+  for (const Reading reading : {Reading::kAsFastAsMaybe, Reading::kByLibraryAlone}) {
+    const std::string read = outcome(
+        reading, {"many", "-g", "[a,b]", "c", "--glob=*.x", "-t", "x", "-g", "y", "d", "-n", "2"},
+        "m");
+    EXPECT_EQ(read.substr(read.find('<'), 26), "<c><d>{[a,b]}{*.x}{y} to=x");
+  }
+}
+
 TEST(PlainArguments, are_read_by_the_command_as_by_the_library_alone) {
-  const Arguments words = {"many",
-                           "two",
-                           "parted",
-                           "list",
-                           "-t",
-                           "--to",
-                           "-f",
-                           "--from",
-                           "a",
-                           "b c",
-                           "-",
-                           "--",
-                           "",
-                           "[a,b]",
-                           "-tx",
-                           "--to=x",
-                           "-t=x",
-                           "--form",
-                           "lf",
-                           "LF",
-                           "keep",
-                           "--form=crlf",
-                           "ja",
-                           "--language",
-                           "JA",
-                           "--in-place",
-                           "--in-place=.o",
-                           "--touch",
-                           "-n",
-                           "12",
-                           "012",
-                           "21",
-                           "-5",
-                           "--count",
-                           "--count=3",
-                           "--touch=0",
-                           "-q",
-                           "-qn",
-                           "--quiet",
-                           "-h",
-                           "--help",
-                           "--version",
-                           "--unknown",
-                           "/",
-                           "a=b",
-                           "{x}",
-                           "x y",
-                           "'q'",
-                           "--in-place=",
-                           "--tou",
-                           "-n12",
-                           "\"d\"",
-                           "%",
-                           "\xE3\x81\x82"};
+  const Arguments words = {
+      "many",    "two",       "parted",      "list",        "-t",         "--to",
+      "-f",      "--from",    "a",           "b c",         "-",          "--",
+      "",        "[a,b]",     "-tx",         "--to=x",      "-t=x",       "--form",
+      "lf",      "LF",        "keep",        "--form=crlf", "ja",         "--language",
+      "JA",      "-g",        "--glob",      "--glob=[a]",  "--in-place", "--in-place=.o",
+      "--touch", "-n",        "12",          "012",         "21",         "-5",
+      "--count", "--count=3", "--touch=0",   "-q",          "-qn",        "--quiet",
+      "-h",      "--help",    "--version",   "--unknown",   "/",          "a=b",
+      "{x}",     "x y",       "'q'",         "--in-place=", "--tou",      "-n12",
+      "\"d\"",   "%",         "\xE3\x81\x82"};
   std::mt19937 random(ksv::test::testSeed());
   size_t works = 0;
   for (int round = 0; round < 4000; ++round) {

@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "kit/charsets/name_matching.h"
 #include "cli/jobs/summary_values.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
@@ -16,20 +15,21 @@
 #include "cli/text/byte_facts.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
-#include "kit/text/resynchronisation.h"
 #include "cli/text/text_declaration.h"
 #include "command.h"
 #include "in_process.h"
+#include "kit/charsets/name_matching.h"
+#include "kit/text/resynchronisation.h"
 #include "ksv_detect.h"
 #include "tests/system/system.h"
 
 namespace ksv_cli_tests {
 namespace {
 
-using ksv_kit::ByteOrder;
-using ksv_kit::CharsetNames;
 using ksv_cli::Detection;
 using ksv_cli::Language;
+using ksv_kit::ByteOrder;
+using ksv_kit::CharsetNames;
 
 TEST(RareDeclaration, is_none_unless_it_is_whole) {
   for (const char* text :
@@ -308,7 +308,8 @@ class RareJudgement : public CommandTest {
     const CharsetNames few(charsets);
     write("text", text);
     try {
-      return ksv_cli::CharsetJudge(few, std::nullopt, false).judge(path("text")).chosen.reason;
+      ksv_cli::RereadableText opened(path("text"));
+      return ksv_cli::CharsetJudge(few, std::nullopt, false).judge(opened).chosen.reason;
     } catch (const ksv_cli::Failure& failure) {
       return failure.what();
     }

@@ -149,9 +149,10 @@ class CompletionTest(unittest.TestCase):
 
     def test_options_are_those_of_the_job(self) -> None:
         self._expect("ksv convert --", {"--to", "--from", "--in-place", "--newline", "--help"},
-                     {"--null", "--block-size"})
+                     {"--charset", "--block-size"})
         self._expect("ksv detect --n", {"--null"}, {"--newline"})
         self._expect("ksv doctor --", {"--json", "--help"}, {"--to"})
+        self._expect("ksv check --include a --incl", {"--include"}, {"--exclude"})
 
     def test_parts_of_a_job_follow_it(self) -> None:
         self._expect("ksv ole ", {"list", "cat"}, {"convert"})

@@ -1,5 +1,7 @@
 """The jobs of the command that are walked."""
 
+import hashlib
+import json
 import re
 from pathlib import Path
 
@@ -72,6 +74,80 @@ def _convert_jobs(ksv: str, small: dict[str, bytes], env) -> list[Job]:
             after=done | {"a.txt.bak": _SJIS, "c.txt.bak": _SJIS * 2}),
         Job("convert-strict", [*to_utf8, "--strict", "--invalid", "skip"], small, stdin=_SJIS,
             env=env, out=_UTF8),
+    ]
+
+
+def _choosing_jobs(ksv: str, small: dict[str, bytes], env) -> list[Job]:
+    """Those that find out themselves which files are to be worked on, and how."""
+    to_utf8 = [ksv, "convert", "-f", "sjis", "-t", "utf8"]
+    declared = b"<?xml version='1.0' encoding='%s'?>\n"
+    texts = {"in/a.txt": _SJIS, "in/s/b.txt": _SJIS * 2, "in/s/c.bak": b"abc\n"}
+    return [
+        Job("convert-tree", [*to_utf8, "-r", "--exclude", "*.bak", "--output-dir", "out",
+                             "--keep-tree", "in"], small | texts, env=env, out=b"",
+            after={"out/a.txt": _UTF8, "out/s/b.txt": _UTF8 * 2}),
+        Job("convert-tree-in-place", [*to_utf8, "-r", "--include", "*.txt", "--in-place", "-j", "2",
+                                      "--skip-valid", "in"],
+            small | texts | {"in/d.txt": _UTF8}, env=env, out=b"",
+            after={"in/a.txt": _UTF8, "in/s/b.txt": _UTF8 * 2}),
+        Job("convert-skip-valid", [*to_utf8, "--skip-valid", "--quiet"], small, stdin=_UTF8, env=env,
+            out=_UTF8),
+        Job("convert-skip-valid-to-file", [*to_utf8, "--skip-valid", "-o", "new.txt", "a.txt"],
+            small | {"a.txt": _UTF8}, env=env, out=b"", after={"new.txt": _UTF8}),
+        Job("convert-fix-declaration", [*to_utf8, "--fix-declaration"], small, env=env,
+            stdin=declared % b"sjis" + _SJIS, out=declared % b"UTF-8" + _UTF8),
+        Job("check-tree", [ksv, "check", "--json", "-r", "in"], texts, env=env,
+            holds=b'"path":"in/s/c.bak"'),
+        Job("check-list", [ksv, "check", "--files-from", "list", "--null", "-r"],
+            texts | {"list": b"in/s\0in/a.txt\0"}, env=env, holds=b"in/a.txt\t"),
+    ]
+
+
+def _sum(text: bytes) -> str:
+    return hashlib.sha256(text).hexdigest()
+
+
+def _manifest_line(name: str, before: bytes, after: bytes, kept: str | None, kind: str) -> dict:
+    return {"record": kind, "path": name, "source": "Shift_JIS", "found": "given",
+            "target": "UTF-8", "result": "converted", "sizeBefore": len(before),
+            "sizeAfter": len(after), "invalid": 0, "unmappable": 0, "output": name, "kept": kept,
+            "modifiedBefore": None, "modifiedAfter": None, "sha256Before": _sum(before),
+            "sha256After": _sum(after)}
+
+
+def _manifest(*lines: dict) -> bytes:
+    head = {"record": "head", "format": "ksv manifest", "version": 1, "run": "0123456789abcdef",
+            "time": "2026-11-22T00:00:00Z", "directory": "@",
+            "options": {"to": "UTF-8", "from": "Shift_JIS", "in-place": ".bak"}}
+    return "".join(json.dumps(line, separators=(",", ":")) + "\n"
+                   for line in (head, *lines)).encode()
+
+
+def _manifest_jobs(ksv: str, small: dict[str, bytes], env) -> list[Job]:
+    """Runs that a kill or a fault ends anywhere, and that the same call goes on with."""
+    to_utf8 = [ksv, "convert", "-f", "sjis", "-t", "utf8", "--manifest", "m", "--resume"]
+    two = small | {"a.txt": _SJIS, "b.txt": b"abc\n", "c.txt": _SJIS * 2}
+    kept = {"a.txt": _UTF8, "c.txt": _UTF8 * 2, "a.txt.bak": _SJIS, "c.txt.bak": _SJIS * 2}
+    names = ["a.txt", "b.txt", "c.txt"]
+    originals = [(_SJIS, ("a.txt", "a.txt.bak")), (_SJIS * 2, ("c.txt", "c.txt.bak"))]
+    intents = [_manifest_line("a.txt", _SJIS, _UTF8, "a.txt.bak", "intent"),
+               _manifest_line("c.txt", _SJIS * 2, _UTF8 * 2, "c.txt.bak", "intent")]
+    half = small | {"a.txt": _UTF8, "a.txt.bak": _SJIS, "b.txt": b"abc\n", "c.txt.bak": _SJIS * 2}
+    return [
+        Job("convert-manifest", [*to_utf8, "--in-place=.bak", *names], two, env=env, out=b"",
+            after=kept, operands=names, manifest="m", never_lost=originals),
+        Job("convert-manifest-directory", [*to_utf8, "-j", "2", "--output-dir", "out", *names], two,
+            env=env, out=b"", operands=names, manifest="m",
+            after={"out/a.txt": _UTF8, "out/b.txt": b"abc\n", "out/c.txt": _UTF8 * 2}),
+        # The first text is converted, and the second has lost its place.
+        Job("convert-resume", [*to_utf8, "--in-place=.bak", "a.txt", "b.txt"],
+            half | {"m": _manifest(*intents) + b'{"record":"re'}, env=env, out=b"", after=kept,
+            operands=names, manifest="m", never_lost=originals,
+            between={"c.txt": _SJIS * 2, "c.txt.bak": None}),
+        Job("convert-undo", [ksv, "convert", "--undo", "m"],
+            small | kept | {"m": _manifest(*intents)}, env=env, out=b"", operands=["a.txt", "c.txt"],
+            after={"a.txt": _SJIS, "c.txt": _SJIS * 2, "a.txt.bak": None, "c.txt.bak": None},
+            manifest="m", never_lost=originals),
     ]
 
 
@@ -168,7 +244,8 @@ def command_jobs(command: Path, directory: Path) -> list[Job]:
     small = rooms.of("shift_jis", "utf-8", "iso-646irv")
     whole = Job("convert-all-charsets", [ksv, "convert", "-f", "sjis", "-t", "utf8"], stdin=_SJIS,
                 linked=rooms.all(), env=env, out=_UTF8)
-    jobs = [*_convert_jobs(ksv, small, env), *_detecting_jobs(ksv, rooms, env),
+    jobs = [*_convert_jobs(ksv, small, env), *_choosing_jobs(ksv, small, env),
+            *_manifest_jobs(ksv, small, env), *_detecting_jobs(ksv, rooms, env),
             *_mail_jobs(ksv, rooms, env), *_telling_jobs(ksv, small, env),
             *_directory_jobs(ksv, rooms, env), *_document_jobs(ksv, rooms, env), whole]
     for job in jobs:

@@ -5,8 +5,10 @@ if it said or left something else.
 """
 
 import dataclasses
+import fcntl
 import itertools
 import os
+import re
 import shutil
 import sys
 import tempfile
@@ -264,6 +266,94 @@ class Command(Room):
         self.assertEqual((self.room / "a.txt").read_bytes(), "あいう abc 漢字\n".encode())
         self.assertEqual((self.room / "a.txt.bak").read_bytes(),
                          job_text("convert-in-place-backup", "a.txt"))
+
+
+class RunsWithManifest(Room):
+    """What cannot be noted is not done."""
+
+    def run_refused(self, call: str, *options: str) -> tracing.Ended:
+        self._scratch.cleanup()
+        self.setUp()
+        job = self.set_up("convert-manifest")
+        return self.run_job(job, "-P", "@/m", "-e", f"inject={call}", *options)
+
+    def texts(self) -> list[bytes]:
+        return [(self.room / name).read_bytes() for name in ("a.txt", "c.txt")]
+
+    def go_on(self):
+        job = JOBS["convert-manifest"]
+        self.expect(self.run_job(job), 0)
+        self.assertEqual(self.texts(), [job.after["a.txt"], job.after["c.txt"]])
+        self.assertEqual((self.room / "a.txt.bak").read_bytes(), job.files["a.txt"])
+        self.assertEqual(list(self.room.glob(".ksv-*")), [])
+
+    # The head is written first, and then the intent for a.txt and its result.
+    def test_a_run_stops_in_front_of_a_file_that_it_cannot_note(self):
+        originals = [JOBS["convert-manifest"].files[name] for name in ("a.txt", "c.txt")]
+        for call, words in (("write:error=ENOSPC:when=2", "No space left on device"),
+                            ("write:error=EIO:when=2+", "Input/output error"),
+                            ("fsync:error=EIO:when=2", "Input/output error"),
+                            ("fsync:error=ENOSPC:when=2", "No space left on device")):
+            with self.subTest(call=call):
+                ended = self.run_refused(call)
+                self.expect(ended, 1, f"ksv: a.txt: cannot write m: {words}",
+                            "ksv: m: the run has stopped; --resume goes on with it")
+                self.assertEqual(self.texts(), originals)
+                self.assertFalse((self.room / "a.txt.bak").exists())
+                self.go_on()
+
+    def test_a_run_stops_behind_a_file_whose_result_it_cannot_note(self):
+        job = JOBS["convert-manifest"]
+        ended = self.run_refused("write:error=ENOSPC:when=3")
+        self.expect(ended, 1, "ksv: a.txt: cannot write m: No space left on device",
+                    "ksv: m: the run has stopped; --resume goes on with it")
+        self.assertEqual(self.texts(), [job.after["a.txt"], job.files["c.txt"]])
+        self.go_on()
+
+    def test_nothing_is_done_where_the_head_cannot_be_written(self):
+        originals = [JOBS["convert-manifest"].files[name] for name in ("a.txt", "c.txt")]
+        for call, words in (("write:error=ENOSPC:when=1", "No space left on device"),
+                            ("fsync:error=EIO:when=1", "Input/output error")):
+            with self.subTest(call=call):
+                ended = self.run_refused(call)
+                self.expect(ended, 1, f"ksv: m: cannot write m: {words}")
+                self.assertEqual(self.texts(), originals)
+                self.go_on()
+
+    def test_the_intent_is_on_the_disk_before_the_file_is_replaced(self):
+        job = self.set_up("convert-manifest")
+        trace = self.room / "tmp" / "trace"
+        argv = [word for word in job.argv if word not in ("b.txt", "c.txt")]
+        ended = tracing.run_traced(
+            ["-y", "-o", str(trace), "-e", "trace=write,fsync,link,rename"], argv, self.room,
+            job.environment(self.room), job.stdin, LIMIT)
+        self.expect(ended, 0)
+        steps = [step for line in trace.read_text().splitlines() if (step := step_of(line))]
+        self.assertEqual(steps, ["fsync .", "write m", "fsync m",  # the head
+                                 "write new", "fsync new",
+                                 "write m", "fsync m",             # the intent
+                                 "link", "fsync .", "rename", "fsync .",
+                                 "write m", "write m", "fsync m"])
+
+    def test_a_second_run_does_not_have_the_manifest_of_the_first(self):
+        job = self.set_up("convert-manifest")
+        (self.room / "m").touch()
+        with open(self.room / "m") as manifest:
+            fcntl.flock(manifest, fcntl.LOCK_EX)
+            self.expect(self.run_job(job), 1, "ksv: m: another run is writing to it")
+        self.assertEqual(self.texts()[0], job.files["a.txt"])
+
+
+def step_of(line: str) -> str:
+    """A step of a trace with descriptors as paths: which call, and of which file."""
+    found = re.search(r"\b(write|fsync)\(\d+<([^>]*)>|\b(link|rename)\(", line)
+    if not found:
+        return ""
+    if found[3]:
+        return found[3]
+    name = found[2].rsplit("/")[-1]
+    kind = "new" if name.startswith(".ksv-") else "m" if name == "m" else "."
+    return f"{found[1]} {kind}"
 
 
 class WithoutMemory(Room):

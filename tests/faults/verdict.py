@@ -23,10 +23,15 @@ class Job:
     env: dict[str, str] = field(default_factory=dict)  # @ stands for the directory of the run
     out: bytes | None = None        # None: as the clean run has it, which holds this:
     holds: bytes = b""
-    after: dict[str, bytes] = field(default_factory=dict)  # files that come to be or change
+    # Files that come to be or change; None: that go.
+    after: dict[str, bytes | None] = field(default_factory=dict)
+    between: dict[str, bytes | None] = field(default_factory=dict)  # what a file may be on its way
+    # Contents that are at every moment in one of these files.
+    never_lost: list[tuple[bytes, tuple[str, ...]]] = field(default_factory=list)
     may_lack: re.Pattern | None = None  # files of those that are for later calls only
     any_after: bool = False         # those files are taken as the clean run leaves them
     operands: list[str] = field(default_factory=list)      # each is done for itself
+    manifest: str | None = None     # a log that no two runs write alike: another call goes on with it
     in_place: bool = False          # an operand that is done is not done again
     passing: re.Pattern = _PASSING  # files that a kill may leave
     kinds: tuple = ("calls", "heap", "memory", "kill")
@@ -37,6 +42,8 @@ class Job:
     def set_up(self, room: Path) -> None:
         for name, content in self.files.items():
             (room / name).parent.mkdir(parents=True, exist_ok=True)
+            if name == self.manifest:
+                content = content.replace(b"@", str(room).encode())
             (room / name).write_bytes(content)
         for name, source in self.linked.items():
             (room / name).parent.mkdir(parents=True, exist_ok=True)
@@ -45,6 +52,13 @@ class Job:
     def environment(self, room: Path) -> dict[str, str]:
         env = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", "TMPDIR": "@/tmp"} | self.env
         return {name: value.replace("@", str(room)) for name, value in env.items()}
+
+
+def tree_of(job: Job, room: Path) -> dict[str, object]:
+    """The tree that can be compared with that of other runs."""
+    found = tree(room)
+    found.pop(job.manifest, None)
+    return found
 
 
 def tree(room: Path) -> dict[str, object]:
@@ -140,11 +154,14 @@ def _judge_files(job: Job, ended: Ended, expected: Expected, now: dict[str, obje
                  killed: bool) -> Verdict | None:
     if ended.status == 0 and now == expected.after:
         return None
+    for content, names in job.never_lost:
+        if content not in (now.get(name) for name in names):
+            return Verdict("lost", f"what was in one of {names}")
     for name in expected.before.keys() | expected.after.keys() | now.keys():
         states = [states.get(name) for states in (expected.before, expected.after)]
         if ended.status == 0 and not (job.may_lack and job.may_lack.search(name)):
             states = states[1:]
-        if now.get(name) in states:
+        if now.get(name) in (*states, job.between.get(name, states[-1])):
             continue
         if name not in now:
             return Verdict("lost", name)
@@ -174,7 +191,7 @@ def _judge_others(job: Job, ended: Ended, expected: Expected, now) -> Verdict | 
 
 
 def judge(job: Job, ended: Ended, expected: Expected, fault: Fault, room: Path) -> Verdict:
-    now = tree(room)
+    now = tree_of(job, room)
     killed = fault.is_kill()
     verdict = None
     if not killed:
@@ -203,15 +220,19 @@ def argv_again(job: Job, room: Path, expected: Expected) -> list[str] | None:
     return [word for word in job.argv if word not in job.operands or word in left]
 
 
-def judge_again(job: Job, ended: Ended, expected: Expected, room: Path, shortened: bool) -> Verdict:
-    """The same job without faults, in the directory where one came about."""
+def judge_again(job: Job, ended: Ended, expected: Expected, room: Path, shortened: bool,
+                killed: bool) -> Verdict:
+    """The same job without faults, in the directory where one came about. Who has a manifest clears
+    up what a kill has left."""
     if ended.hung:
         return Verdict("hang", "when called again")
     if ended.status != 0:
         return Verdict("not again", f"status {ended.status}: {_first(ended.err)}")
     if not shortened and ended.out != expected.out:
         return Verdict("not again", f"another output: {ended.out[:80]!r}")
-    now = {name: content for name, content in tree(room).items() if not job.passing.search(name)}
+    clears = job.manifest and killed
+    now = {name: content for name, content in tree_of(job, room).items()
+           if clears or not job.passing.search(name)}
     if now != expected.after:
         differ = {name for name in now.keys() | expected.after.keys()
                   if now.get(name) != expected.after.get(name)}

@@ -26,7 +26,7 @@ from pathlib import Path
 
 import tracing
 from verdict import (NOT_BEGUN, Expected, Job, Verdict, argv_again, judge, judge_again, remove,
-                     tree)
+                     tree_of)
 
 SKIPPED = 77
 KINDS = ("calls", "heap", "memory", "kill")
@@ -77,9 +77,9 @@ class Walk:
 
     def run_clean(self) -> None:
         room = self.new_room()
-        before = tree(room)
+        before = tree_of(self.job, room)
         ended = self._run_traced(room, ())
-        after = tree(room)
+        after = tree_of(self.job, room)
         remove(room)
         self._calls = tracing.calls_of(ended.trace)
         self._loader = tracing.loader_calls(ended.trace)
@@ -89,7 +89,9 @@ class Walk:
             raise NotWalkable("no errors are known for " + ", ".join(unknown))
         if ended.status != 0 or ended.hung or self.job.holds not in ended.out:
             raise NotWalkable(f"status {ended.status}: {ended.out!r} {ended.err!r}")
-        wanted = after if self.job.any_after else before | self.job.after
+        wanted = after if self.job.any_after else {
+            name: content for name, content in (before | self.job.after).items()
+            if content is not None}
         if after != wanted or self.job.out not in (None, ended.out):
             names = {name for name in after.keys() | wanted.keys()
                      if after.get(name) != wanted.get(name)}
@@ -130,7 +132,7 @@ class Walk:
             again = argv_again(self.job, room, self._expected)
             if again is not None:
                 second = judge_again(self.job, self._run(room, again), self._expected, room,
-                                     again != self.job.argv)
+                                     again != self.job.argv, fault.is_kill())
                 verdict = second if second.is_violation() else verdict
         return verdict, ended
 
