@@ -203,8 +203,9 @@ std::vector<std::string> ManifestRun::inputs(const std::vector<std::string>& nam
     if (!isPassedOver(input)) inputs.push_back(input);
   for (const std::string& input : putBack_) {
     const FileFacts facts = factsIfKnown(input);
-    const bool isNamed = std::ranges::any_of(
-        inputs, [&](const std::string& other) { return factsIfKnown(other).isSameFileAs(facts); });
+    const bool isNamed = std::ranges::any_of(inputs, [&](const std::string& other) {
+      return other == input || factsIfKnown(other).isSameFileAs(facts);
+    });
     if (!isNamed) inputs.push_back(input);
   }
   return inputs;
