@@ -59,6 +59,10 @@ CharsetJudge::CharsetJudge(const CharsetNames& names, TextLanguage language, boo
 
 JudgedText CharsetJudge::judge(const std::string& input) const {
   RereadableText text(input);
+  return judge(text);
+}
+
+JudgedText CharsetJudge::judge(RereadableText& text) const {
   if (text.beginning().empty()) {
     const std::optional<CharsetChoice> charset = names_.findSource(kUtf8);
     if (!charset) throw Failure("is empty, and the charset directory does not have UTF-8");

@@ -39,6 +39,8 @@ class CharsetJudge {
   // Throws Failure, with the charsets that it may be in, when none is clear. May be called
   // from several threads.
   JudgedText judge(const std::string& input) const;
+  // The same of a text that is at hand already.
+  JudgedText judge(RereadableText& text) const;
 
  private:
   std::optional<ChosenSource> byMark(const std::vector<uint8_t>& beginning) const;
