@@ -342,6 +342,15 @@ KSV_API ksv_result ksv_charset_encoded_length(const ksv_charset* charset, const 
                                               size_t length, size_t* encoded_length,
                                               ksv_error* error);
 
+/* ---- Cutting ---- */
+
+/* How many leading bytes of a text can be kept, at most limit, so that no character, no escape or
+ * shift sequence and no CR LF is cut apart. Bytes that are no text count one by one. In charsets with
+ * escape sequences the piece may end in another set than it began in. charset: its name, of any that
+ * can be read. *piece is 0 when the call fails. */
+KSV_API ksv_result ksv_leading_piece(const char* charset, const void* text, size_t length,
+                                     size_t limit, size_t* piece, ksv_error* error);
+
 KSV_EXTERN_C_END
 
 #endif

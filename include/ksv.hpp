@@ -404,6 +404,17 @@ class Charset {
   const ksv_charset* charset_;
 };
 
+// The beginning of a text of at most so many bytes, with no character, escape or shift sequence and
+// no CR LF cut apart. It lies in the text.
+inline std::string_view leading_piece(const std::string& charset, std::string_view text,
+                                      std::size_t limit) {
+  std::size_t piece = 0;
+  ksv_error error;
+  detail::require(
+      ksv_leading_piece(charset.c_str(), text.data(), text.size(), limit, &piece, &error), error);
+  return text.substr(0, piece);
+}
+
 }  // namespace ksv
 
 #endif

@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "cconv/engine/codec.h"
 #include "common/platform.h"
 #include "kit/charsets/alias_file.h"
 #include "kit/charsets/charset_directory.h"
@@ -46,8 +45,8 @@ class Use {
 };
 
 // Of its converter records this library sees what every caller sees: the row of the codec table is
-// one of those things, and says where the engine's list of system errors is.
-const ksv::FaultAccess* faultAccess(const std::vector<std::string>& charsets) {
+// one of those things, and says what else the engine has for this library.
+const ksv::CodecEntry* anyCodec(const std::vector<std::string>& charsets) {
   ConverterRecord record{};
   const auto rowOf = [&record](const char* charset) {
     cconvInitConvert(&record, nullptr, charset);
@@ -56,7 +55,7 @@ const ksv::FaultAccess* faultAccess(const std::vector<std::string>& charsets) {
   const ksv::CodecEntry* row = rowOf("utf-8");
   for (auto name = charsets.begin(); row == nullptr && name != charsets.end(); ++name)
     row = rowOf(name->c_str());
-  return row == nullptr ? nullptr : row->faults;
+  return row;
 }
 
 std::vector<CharsetAlias> aliasesOf(const std::string& directory) {
@@ -74,8 +73,8 @@ std::vector<CharsetAlias> aliasesOf(const std::string& directory) {
 
 }  // namespace
 
-Engine::Engine(CharsetNames names, const ksv::FaultAccess* faults)
-    : names_(std::move(names)), faults_(faults) {}
+Engine::Engine(CharsetNames names, const ksv::CodecEntry* codec)
+    : names_(std::move(names)), codec_(codec) {}
 
 const Engine& Engine::instance() {
   if (const Engine* engine = started.load(std::memory_order_acquire)) return *engine;
@@ -94,9 +93,9 @@ Engine* Engine::start() {
     throw UnusableEngine("the charset directory " + *directory +
                          " holds no charset rule file that can be read");
   std::vector<std::string> charsets = loadedCharsets();
-  const ksv::FaultAccess* const faults = faultAccess(charsets);
+  const ksv::CodecEntry* const codec = anyCodec(charsets);
   std::unique_ptr<Engine> engine(
-      new Engine(CharsetNames(std::move(charsets), aliasesOf(*directory)), faults));
+      new Engine(CharsetNames(std::move(charsets), aliasesOf(*directory)), codec));
   engine->refuseFaultsBehind(faultsKnown.exchange(engine->faultCount()));
   use.keep();
   return engine.release();
@@ -105,7 +104,7 @@ Engine* Engine::start() {
 void Engine::refuseFaultsBehind(uint64_t count) const {
   if (faultCount() == count) return;
   char text[1024];
-  faults_->inWordsBehind(count, text, sizeof text);
+  codec_->faults->inWordsBehind(count, text, sizeof text);
   throw UnusableEngine(text);
 }
 

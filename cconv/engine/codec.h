@@ -1,6 +1,7 @@
 // What the engine knows of a codec: a pair of functions, and what may be said about them.
 #pragma once
 
+#include "cconv/engine/run_watch.h"
 #include "common/faults.h"
 #include "ksv_cconv.h"
 
@@ -35,6 +36,7 @@ struct CodecEntry {
   bool keepsState = false;  // an encoder that writes escape sequences
   // For a library that has no more of this one than a converter record.
   const FaultAccess* faults = &kFaultAccess;
+  void (*watchRuns)(RunWatch* watch) noexcept = ksv::watchRuns;
 };
 
 }  // namespace ksv

@@ -1,21 +1,20 @@
 #include "cli/jobs/batch.h"
 
-#include <map>
+#include <exception>
 #include <memory>
-#include <set>
 #include <sstream>
 #include <utility>
 
-#include "cli/jobs/result_line.h"
+#include "cli/jobs/conversion_record.h"
+#include "cli/jobs/conversion_telling.h"
+#include "cli/jobs/overwriting.h"
+#include "cli/jobs/result_places.h"
 #include "cli/jobs/work_list.h"
-#include "cli/system/escapes.h"
 #include "cli/system/failure.h"
 #include "cli/system/files.h"
 #include "cli/system/inputs.h"
 #include "cli/system/paths.h"
-#include "cli/system/pending_file.h"
 #include "cli/system/standard_streams.h"
-#include "cli/system/system_faults.h"
 #include "cli/text/text_conversion.h"
 
 namespace ksv_cli {
@@ -41,90 +40,6 @@ class MeteredSource : public ByteSource {
   Console& console_;
 };
 
-// The place of one result. A write that fails is told with the name of that
-// place, since the message begins with the input's.
-class Result : public ByteSink {
- public:
-  explicit Result(std::string name) : name_(std::move(name)) {}
-
-  void write(const uint8_t* bytes, size_t size) final {
-    if (size == 0) return;
-    refuseSystemFaults();
-    guarded([&] { writeBytes(bytes, size); });
-  }
-  void complete() {
-    refuseSystemFaults();
-    guarded([&] { takePlace(); });
-  }
-
- protected:
-  template <typename Action>
-  void guarded(Action action) const {
-    try {
-      action();
-    } catch (const Failure& failure) {
-      throw Failure("cannot write " + name_ + ": " + failure.what(), failure.quiet());
-    }
-  }
-
- private:
-  virtual void writeBytes(const uint8_t* bytes, size_t size) = 0;
-  virtual void takePlace() {}
-
-  std::string name_;
-};
-
-class StandardOutputResult : public Result {
- public:
-  StandardOutputResult(OrderedOutput& output, size_t index)
-      : Result("standard output"), output_(output), index_(index) {}
-
- private:
-  void writeBytes(const uint8_t* bytes, size_t size) override {
-    output_.write(index_, bytes, size);
-  }
-
-  OrderedOutput& output_;
-  size_t index_;
-};
-
-// A device or a pipe is written to as it is; anything else is replaced whole.
-class FileResult : public Result {
- public:
-  explicit FileResult(const std::string& path) : Result(path) {
-    guarded([&] {
-      if (platform::fileFacts(path).kind == FileKind::kOther)
-        special_ = platform::openSpecialOutput(path);
-      else
-        pending_ = platform::PendingFile::create(path);
-    });
-  }
-
- private:
-  void writeBytes(const uint8_t* bytes, size_t size) override {
-    (special_ ? *special_ : *pending_).write(bytes, size);
-  }
-  void takePlace() override {
-    if (pending_) pending_->commit();
-  }
-
-  std::unique_ptr<ByteSink> special_;
-  std::unique_ptr<platform::PendingFile> pending_;
-};
-
-class InPlaceResult : public Result {
- public:
-  InPlaceResult(const std::string& path, const platform::InPlace& how) : Result(path) {
-    guarded([&] { pending_ = platform::PendingFile::createInPlace(path, how); });
-  }
-
- private:
-  void writeBytes(const uint8_t* bytes, size_t size) override { pending_->write(bytes, size); }
-  void takePlace() override { pending_->commit(); }
-
-  std::unique_ptr<platform::PendingFile> pending_;
-};
-
 class Batch {
  public:
   Batch(const ConversionSettings& settings, const SourceFinder& find, const OutputPlan& plan,
@@ -135,10 +50,11 @@ class Batch {
         plan_(plan),
         reports_(reports),
         inputs_(inputs),
-        list_(inputs) {
+        list_(inputs),
+        telling_(list_.console()),
+        refused_(checkThatNothingIsOverwritten(plan, inputs)) {
     // One stream of several texts has one mark, in front.
     if (plan_.kind == OutputPlan::Kind::kStandardOutput) others_.options.writeByteOrderMark = 0;
-    checkThatNothingIsOverwritten();
   }
 
   int run(size_t jobs) {
@@ -147,60 +63,6 @@ class Batch {
   }
 
  private:
-  using FileId = std::pair<uint64_t, uint64_t>;
-
-  std::string outputPath(const std::string& input) const {
-    switch (plan_.kind) {
-      case OutputPlan::Kind::kDirectory:
-        return platform::joinPath(plan_.path, platform::lastComponent(input));
-      case OutputPlan::Kind::kInPlace:
-        return input;
-      default:
-        return plan_.path;
-    }
-  }
-
-  // An input of which nothing can be told is not converted.
-  FileFacts factsOfInput(size_t index) {
-    try {
-      return platform::fileFacts(inputs_[index]);
-    } catch (const Failure& failure) {
-      refused_.emplace(index, failure);
-      return {};
-    }
-  }
-
-  // Before anything is written, so a result of which nothing can be told ends it all.
-  static FileFacts factsOfOutput(const std::string& path) {
-    try {
-      return platform::fileFacts(path);
-    } catch (const Failure& failure) {
-      throw Failure(shownName(path) + ": " + failure.what());
-    }
-  }
-
-  void checkThatNothingIsOverwritten() {
-    if (plan_.kind == OutputPlan::Kind::kStandardOutput) return;
-    std::set<FileId> inputIds;
-    std::map<std::string, std::string> outputs;  // by the key of the place
-    for (size_t index = 0; index < inputs_.size(); ++index) {
-      const std::string& input = inputs_[index];
-      const FileFacts facts = factsOfInput(index);
-      const bool isFile = facts.kind == FileKind::kRegular && !isStandardStream(input);
-      const bool isNewId = !isFile || inputIds.emplace(facts.device, facts.number).second;
-      const bool isNewOutput =
-          outputs.emplace(platform::placeKey(outputPath(input)), outputPath(input)).second;
-      if (!isNewOutput || (plan_.kind == OutputPlan::Kind::kInPlace && !isNewId))
-        throw UsageError(outputPath(input) + " would be written twice");
-    }
-    if (plan_.kind == OutputPlan::Kind::kInPlace) return;
-    for (const auto& [key, output] : outputs) {
-      const FileFacts facts = factsOfOutput(output);
-      if (facts.kind == FileKind::kRegular && inputIds.count({facts.device, facts.number}) != 0)
-        throw UsageError(output + " is an input as well; --in-place converts a file where it is");
-    }
-  }
-
   bool makeDirectory() {
     try {
       platform::createDirectories(plan_.path);
@@ -211,83 +73,112 @@ class Batch {
     }
   }
 
+  // Whatever comes of it is told from here; a failure that goes on from here is told already.
   void convertOne(size_t index) {
-    const std::string& input = inputs_[index];
+    ConversionRecord record;
+    try {
+      record.input = inputs_[index];
+      convertInput(index, record);
+    } catch (const std::exception& error) {
+      record.failure = failureToTell(error);
+    }
+    telling_.tellEnd(record);
+    if (record.failure) throw Failure(record.failure->what(), true);
+  }
+
+  void convertInput(size_t index, ConversionRecord& record) {
     if (const auto refused = refused_.find(index); refused != refused_.end()) throw refused->second;
-    const FileFacts facts = inputFacts(input);
-    refuseUnfitInput(facts);
+    const FileFacts facts = inputFacts(record.input);
     ConversionSettings settings = index == 0 ? first_ : others_;
-    auto source = std::make_unique<MeteredSource>(openText(input, settings), list_.console());
+    fillIn(record, facts, settings);
+    refuseUnfitInput(facts);
+    auto source = std::make_unique<MeteredSource>(openText(settings, record), list_.console());
     const std::unique_ptr<ksv_kit::LossReport> report = lossReport(reports_.form, settings);
     if (report == nullptr) {
-      convertSource(index, facts, settings, std::move(source));
+      convertSource(index, facts, settings, std::move(source), record);
       return;
     }
     auto reported = std::make_unique<ReportedSource>(std::move(source), *report);
     if (reports_.isAll) {
       reported->readRest();
       report->finish();
+      record.outcome = ConversionOutcome::kSkipped;
       writeReport(index, *report);
     } else {
-      convertReported(index, facts, settings, std::move(reported), *report);
+      convertReported(index, facts, settings, std::move(reported), *report, record);
     }
   }
 
+  // What is known in front of the conversion.
+  void fillIn(ConversionRecord& record, const FileFacts& facts,
+              const ConversionSettings& settings) const {
+    if (facts.kind == FileKind::kRegular) record.sizeBefore = facts.size;
+    record.target = settings.target.display;
+    record.source = settings.source.display;
+    record.output = outputPath(plan_, record.input);
+    record.kept = backupPath(plan_, record.input);
+  }
+
   void convertSource(size_t index, const FileFacts& facts, const ConversionSettings& settings,
-                     std::unique_ptr<ByteSource> source) {
+                     std::unique_ptr<ByteSource> source, ConversionRecord& record) {
     const std::unique_ptr<Result> result = openResult(index, facts);
-    const ConversionCounts counts = convertText(settings, *source, *result);
+    record.losses = convertText(settings, *source, *result);
     source.reset();  // not every system replaces a file that is open
-    result->complete();
-    tell(inputs_[index], counts);
+    complete(*result, record);
+    refuseLosses(record);
   }
 
   // Of a text whose conversion fails the report is told as well, to its end.
   void convertReported(size_t index, const FileFacts& facts, const ConversionSettings& settings,
-                       std::unique_ptr<ReportedSource> source, ksv_kit::LossReport& report) {
-    const std::string& input = inputs_[index];
+                       std::unique_ptr<ReportedSource> source, ksv_kit::LossReport& report,
+                       ConversionRecord& record) {
     const auto tellReport = [&] {
       report.finish();
-      std::istringstream lines(tellingOf(report, reports_.form, nameForMessages(input)));
+      std::istringstream lines(tellingOf(report, reports_.form, nameForMessages(record.input)));
       for (std::string line; std::getline(lines, line);) list_.console().tell(line);
     };
     const std::unique_ptr<Result> result = openResult(index, facts);
-    ConversionCounts counts;
     try {
-      counts = convertText(settings, *source, *result);
+      record.losses = convertText(settings, *source, *result);
     } catch (const Failure&) {
       source->readRest();
       tellReport();
       throw;
     }
     source.reset();
-    result->complete();
+    complete(*result, record);
     tellReport();
-    tell(input, counts);
+    refuseLosses(record);
+  }
+
+  static void complete(Result& result, ConversionRecord& record) {
+    const bool isPlaced = result.complete();
+    record.outcome = isPlaced ? ConversionOutcome::kConverted : ConversionOutcome::kUnchanged;
+    record.sizeAfter = result.size();
   }
 
   void writeReport(size_t index, const ksv_kit::LossReport& report) {
     const std::string telling = tellingOf(report, reports_.form, nameForMessages(inputs_[index]));
-    StandardOutputResult result(list_.standardOutput(), index);
-    result.write(reinterpret_cast<const uint8_t*>(telling.data()), telling.size());
-    result.complete();
+    const auto result = standardOutputResult(list_.standardOutput(), index);
+    result->write(reinterpret_cast<const uint8_t*>(telling.data()), telling.size());
+    result->complete();
     if (first_.isStrict && !report.losses().empty())
       throw Failure(lossesInWords(report), reports_.form == ReportForm::kTable);
   }
 
   // The result is there all the same: that it lacks something is the failure.
-  void tell(const std::string& input, const ConversionCounts& counts) {
-    if (!counts.any()) return;
-    if (first_.isStrict) throw Failure(counts.inWords());
-    list_.console().report(nameForMessages(input), counts.inWords());
+  void refuseLosses(const ConversionRecord& record) const {
+    if (first_.isStrict && record.losses.any()) throw Failure(record.losses.inWords());
   }
 
   // Opens the text, and finds out its charset when none is given.
-  std::unique_ptr<ByteSource> openText(const std::string& input, ConversionSettings& settings) {
-    if (!settings.source.name.empty()) return openInput(input);
-    JudgedText text = find_(input);
-    list_.console().report(nameForMessages(input), text.chosen.reason);
+  std::unique_ptr<ByteSource> openText(ConversionSettings& settings, ConversionRecord& record) {
+    if (!settings.source.name.empty()) return openInput(record.input);
+    JudgedText text = find_(record.input);
     settings.source = std::move(text.chosen.charset);
+    record.source = settings.source.display;
+    record.reason = std::move(text.chosen.reason);
+    telling_.tellSource(record);
     return std::move(text.source);
   }
 
@@ -301,14 +192,15 @@ class Batch {
 
   // facts: of the input before it was opened.
   std::unique_ptr<Result> openResult(size_t index, const FileFacts& facts) {
-    if (plan_.kind == OutputPlan::Kind::kStandardOutput)
-      return std::make_unique<StandardOutputResult>(list_.standardOutput(), index);
     const std::string& input = inputs_[index];
-    if (plan_.kind != OutputPlan::Kind::kInPlace)
-      return std::make_unique<FileResult>(outputPath(input));
-    const std::string backup = plan_.backupSuffix.empty() ? "" : input + plan_.backupSuffix;
-    return std::make_unique<InPlaceResult>(input,
-                                           platform::InPlace{facts, backup, plan_.keepsTimes});
+    switch (plan_.kind) {
+      case OutputPlan::Kind::kStandardOutput:
+        return standardOutputResult(list_.standardOutput(), index);
+      case OutputPlan::Kind::kInPlace:
+        return inPlaceResult(input, {facts, backupPath(plan_, input), plan_.keepsTimes});
+      default:
+        return fileResult(outputPath(plan_, input));
+    }
   }
 
   ConversionSettings first_;
@@ -318,7 +210,8 @@ class Batch {
   const ReportPlan& reports_;
   const std::vector<std::string>& inputs_;
   WorkList list_;
-  std::map<size_t, Failure> refused_;
+  ConversionTelling telling_;
+  const RefusedInputs refused_;
 };
 
 }  // namespace

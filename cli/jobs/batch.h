@@ -6,19 +6,11 @@
 #include <vector>
 
 #include "cli/jobs/loss_telling.h"
+#include "cli/jobs/output_plan.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/conversion_settings.h"
 
 namespace ksv_cli {
-
-// Where the results go.
-struct OutputPlan {
-  enum class Kind { kStandardOutput, kFile, kDirectory, kInPlace };
-  Kind kind = Kind::kStandardOutput;
-  std::string path;          // of the file or the directory
-  std::string backupSuffix;  // for kInPlace; empty: the original is not kept
-  bool keepsTimes = true;    // for kInPlace
-};
 
 // Whether it is told what is lost, and whether that is all that is done.
 struct ReportPlan {

@@ -1,6 +1,8 @@
 // ksv cut: the leading piece of a text that breaks no character.
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -15,7 +17,9 @@
 #include "cli/system/failure.h"
 #include "cli/system/inputs.h"
 #include "cli/system/standard_streams.h"
+#include "cli/system/system_faults.h"
 #include "kit/charsets/charset_names.h"
+#include "kit/convert/leading_piece.h"
 #include "ksv_cconv.h"
 #include "ksv_cut.h"
 
@@ -24,24 +28,23 @@ namespace ksv_cli {
 using ksv_kit::CharsetChoice;
 using ksv_kit::CharsetKind;
 using ksv_kit::CharsetNames;
+using ksv_kit::kWidestUnit;
 using ksv_kit::UnicodeForm;
 
 namespace {
 
-// The widest unit of a charset. So much is looked at behind the piece, for the LF of
-// a CR LF.
-constexpr size_t kWidestUnit = 4;
-
+// Of CutStr.
 constexpr uint64_t kMostBytes = std::numeric_limits<int32_t>::max() - uint64_t{kWidestUnit};
 
 struct CutArguments {
   std::string charset;
   uint64_t bytes = 0;
+  bool classic = false;
   std::string input = kStandardStream;
 };
 
-// The charsets of the directory that are cut, by how their names begin, and the rule
-// that fits the shape of their characters.
+// The charsets of the directory that CutStr cuts, by how their names begin, and the rule that fits
+// the shape of their characters.
 struct CutRule {
   std::string_view charset;
   const char* rule;
@@ -93,37 +96,60 @@ bool hasSingleBytesOnly(const CharsetChoice& charset) {
   return true;
 }
 
-std::string ruleFor(const std::string& name) {
-  const RuleBase ruleBase;
-  const CharsetNames names = ruleBase.names();
+std::string ruleFor(const std::string& name, const CharsetNames& names) {
   const std::optional<CharsetChoice> choice = names.findSource(name);
   if (choice) {
     for (const CutRule& row : kRules)
       if (choice->name.starts_with(row.charset)) return row.rule;
     if (hasSingleBytesOnly(*choice)) return kSingleByteRule;
-    throw UsageError("text in " + choice->display + " cannot be cut");
+    throw UsageError("text in " + choice->display + " cannot be cut by --classic");
   }
   if (hasRule(name)) return name;
   throw UsageError(names.unknown(name));
 }
 
-std::string leadingPiece(const CutArguments& arguments, const std::string& rule) {
-  const size_t limit = static_cast<size_t>(std::min(arguments.bytes, kMostBytes));
+// Who says how many bytes of a text to keep; not asked of one that is not longer than the limit.
+// Behind its length a unit more has to be readable.
+using Cut = std::function<size_t(const std::string& text, size_t length, size_t limit)>;
+
+Cut cutByRule(const std::string& rule) {
+  return [rule](const std::string& text, size_t length, size_t limit) -> size_t {
+    if (limit >= kMostBytes) throw Failure("is too long to be cut behind 2 GiB");
+    return CutStr(text.data(), static_cast<int32_t>(length), static_cast<int32_t>(limit),
+                  rule.c_str());
+  };
+}
+
+// Names that only CutStr knows are cut as it does.
+Cut cutFor(const CutArguments& arguments, const CharsetNames& names) {
+  const std::optional<CharsetChoice> charset = names.findSource(arguments.charset);
+  if (arguments.classic || !charset) return cutByRule(ruleFor(arguments.charset, names));
+  return [charset](const std::string& text, size_t length, size_t limit) {
+    return ksv_kit::leadingPiece(*charset, reinterpret_cast<const uint8_t*>(text.data()), length,
+                                 limit);
+  };
+}
+
+std::string leadingPiece(const CutArguments& arguments, const Cut& cut) {
+  constexpr uint64_t kMost = std::numeric_limits<ptrdiff_t>::max() - uint64_t{kWidestUnit};
+  const size_t limit = static_cast<size_t>(std::min(arguments.bytes, kMost));
   const std::vector<uint8_t> read = readAtMost(*openInput(arguments.input), limit + kWidestUnit);
   std::string text(read.begin(), read.end());
-  if (text.size() <= limit) return text;
-  if (arguments.bytes > kMostBytes) throw Failure("is too long to be cut behind 2 GiB");
-  const int32_t length = static_cast<int32_t>(text.size());
+  const size_t length = text.size();
+  if (length <= limit) return text;
   text.append(kWidestUnit, '\0');
-  text.resize(CutStr(text.data(), length, static_cast<int32_t>(limit), rule.c_str()));
+  const size_t kept = cut(text, length, limit);
+  refuseSystemFaults();
+  text.resize(kept);
   return text;
 }
 
-int cut(const CutArguments& arguments) {
-  const std::string rule = ruleFor(arguments.charset);
+int cutText(const CutArguments& arguments) {
+  const RuleBase ruleBase;
+  const Cut cut = cutFor(arguments, ruleBase.names());
   std::string piece;
   try {
-    piece = leadingPiece(arguments, rule);
+    piece = leadingPiece(arguments, cut);
   } catch (const Failure& failure) {
     platform::writeToStandardError(diagnostic(nameForMessages(arguments.input), failure.what()));
     return kExitFailed;
@@ -142,10 +168,13 @@ void addCutJob(OptionParser& parser) {
             {.required = true});
   job.number("-n,--bytes", "BYTES", arguments->bytes, {0, std::numeric_limits<int64_t>::max()},
              "The most bytes to write", {.required = true});
+  job.flag("--classic", arguments->classic,
+           "Exactly where the library's CutStr cuts, and only charsets that it knows");
   job.footer(
-      "No character, escape sequence or CR LF is cut apart; what does not fit whole is left\n"
-      "out. CHARSET is one that 'ksv charsets' lists, as far as its texts can be cut.");
-  job.work([arguments] { return cut(*arguments); });
+      "No character, escape or shift sequence and no CR LF is cut apart; what does not fit\n"
+      "whole is left out. CHARSET is one that 'ksv charsets' lists, or a name that CutStr\n"
+      "alone knows.");
+  job.work([arguments] { return cutText(*arguments); });
 }
 
 }  // namespace ksv_cli

@@ -10,6 +10,13 @@
 
 namespace ksv_cli {
 
+Failure failureToTell(const std::exception& error) {
+  const auto* const failure = dynamic_cast<const Failure*>(&error);
+  if (failure == nullptr) return Failure(reasonOf(error));
+  const std::optional<std::string> fault = systemFault();
+  return fault && !failure->quiet() ? Failure(*fault) : *failure;
+}
+
 OrderedOutput::OrderedOutput(size_t count)
     : sink_(platform::openStandardOutput()), isDone_(count, false) {}
 
@@ -81,14 +88,9 @@ void WorkList::workAndReport(size_t index, const std::function<void(size_t index
 void WorkList::workOrReport(size_t index, const std::function<void(size_t index)>& workOn) {
   try {
     workOn(index);
-  } catch (const Failure& failure) {
-    anyFailed_ = true;
-    const std::optional<std::string> fault = systemFault();
-    // Whatever is said of the input may come of it.
-    report(index, fault && !failure.quiet() ? Failure(*fault) : failure);
   } catch (const std::exception& error) {
     anyFailed_ = true;
-    report(index, Failure(reasonOf(error)));
+    report(index, failureToTell(error));
   }
 }
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -19,6 +20,10 @@
 #include "cli/system/streams.h"
 
 namespace ksv_cli {
+
+// What is told of an input whose work ended so: the system error that the library has noted, if
+// there is one, since whatever else is said of the input may come of it.
+Failure failureToTell(const std::exception& error);
 
 // Standard output, on which the results of threads come in the order of the
 // inputs: whoever is not at turn waits with its first bytes.

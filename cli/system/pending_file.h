@@ -34,7 +34,8 @@ class PendingFile : public ByteSink {
   // the same is left alone, and not kept.
   static std::unique_ptr<PendingFile> createInPlace(const std::string& path, const InPlace& how);
 
-  virtual void commit() = 0;
+  // False: the bytes stay the same.
+  virtual bool commit() = 0;
 };
 
 }  // namespace ksv_cli::platform

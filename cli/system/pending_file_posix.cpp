@@ -98,7 +98,7 @@ class NewFile : public PosixPendingFile {
  public:
   using PosixPendingFile::PosixPendingFile;
 
-  void commit() override {
+  bool commit() override {
     const bool replaces = fileFacts(place()).kind != FileKind::kMissing;
     if (replaces) {
       handOnAttributes(place(), number(), WhatIsRefused::kGivesUp);
@@ -112,6 +112,7 @@ class NewFile : public PosixPendingFile {
       takePlace();
     }
     if (replaces) synchroniseDirectory(directoryOf(place()));
+    return true;
   }
 };
 
@@ -119,8 +120,8 @@ class ConvertedFile : public PosixPendingFile {
  public:
   ConvertedFile(const std::string& path, const InPlace& how) : PosixPendingFile(path), how_(how) {}
 
-  void commit() override {
-    if (haveSameBytes(*openInput(file().path()), *openInput(place()))) return;
+  bool commit() override {
+    if (haveSameBytes(*openInput(file().path()), *openInput(place()))) return false;
     handOnAttributes(place(), number(), WhatIsRefused::kFails);
     if (how_.keepsTimes) handOnTimes();
     synchronise(number());
@@ -130,6 +131,7 @@ class ConvertedFile : public PosixPendingFile {
     // The backup of what a link leads to stands beside the link.
     const std::string directory = directoryOf(how_.backup);
     if (!how_.backup.empty() && directory != directoryOf(place())) synchroniseDirectory(directory);
+    return true;
   }
 
  private:

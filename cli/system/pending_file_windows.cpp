@@ -78,14 +78,15 @@ class WindowsPendingFile : public PendingFile {
     writeAll(file_.handle().get(), bytes, size);
   }
 
-  void commit() override {
+  bool commit() override {
     if (inPlace_) {
-      if (haveSameBytes(*openInput(utf8Of(file_.path())), *openInput(utf8Of(place_)))) return;
+      if (haveSameBytes(*openInput(utf8Of(file_.path())), *openInput(utf8Of(place_)))) return false;
       if (inPlace_->keepsTimes) handOnTimes();
     }
     if (!::FlushFileBuffers(file_.handle().get())) fail(::GetLastError());
     file_.handle().closeChecked();
     file_.rename([this] { replace(); });
+    return true;
   }
 
  private:

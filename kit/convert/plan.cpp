@@ -6,7 +6,6 @@
 
 #include "kit/convert/plan_options.h"
 #include "kit/engine.h"
-#include "kit/text/iso_2022_check.h"
 #include "kit/text/unicode_check.h"
 
 namespace ksv_kit {
@@ -64,13 +63,18 @@ size_t Plan::soundBegin(const uint8_t* text, size_t length, bool& bigEndian) con
   return task_.keepsMark ? 0 : mark;
 }
 
-bool Plan::isSound(const uint8_t* text, size_t length, bool bigEndian) const {
-  if (refusesEscape_ && std::memchr(text, kEscape, length) != nullptr) return false;
-  if (task_.source.kind == CharsetKind::kIso2022) {
-    Iso2022Scanner scanner;
-    return scanner.scan(text, length).end == ScanEnd::kAll;
+// In a text that is shorter than this the runs read too little.
+constexpr size_t kWorthWatching = 4096;
+
+template <typename Function>
+bool Plan::convertWatching(SoundText& sound, size_t length, Function convert) const {
+  if (length >= kWorthWatching && sound.canBeWatched()) {
+    Engine::instance().watching(sound, convert);
+    return sound.isSound();
   }
-  return scanUnicode(task_.source.form, bigEndian, text, length).end == ScanEnd::kAll;
+  if (!sound.isSound()) return false;
+  convert();
+  return true;
 }
 
 bool Plan::convertSound(const uint8_t* text, size_t length, uint8_t* buffer, size_t capacity,
@@ -78,7 +82,7 @@ bool Plan::convertSound(const uint8_t* text, size_t length, uint8_t* buffer, siz
   if (!convertsSoundTexts_ || length == 0 || length > kMostAtOnce) return false;
   bool bigEndian = false;
   const size_t from = soundBegin(text, length, bigEndian);
-  if (!isSound(text + from, length - from, bigEndian)) return false;
+  if (refusesEscape_ && std::memchr(text + from, kEscape, length - from) != nullptr) return false;
   ConverterRecord record;
   begin(prepared_, record);
   if (task_.source.hasByteOrder()) record.inputBigEndian = bigEndian;
@@ -88,7 +92,9 @@ bool Plan::convertSound(const uint8_t* text, size_t length, uint8_t* buffer, siz
   record.output = buffer;
   record.outputCapacity =
       static_cast<int32_t>(std::min<size_t>(capacity, std::numeric_limits<int32_t>::max()));
-  uint32_t status = cconvConvert(&record);
+  uint32_t status = KSV_STATUS_DONE;
+  SoundText sound(task_.source, bigEndian, text + from, length - from);
+  if (!convertWatching(sound, length, [&] { status = cconvConvert(&record); })) return false;
   if (status == KSV_STATUS_DONE && record.inputPosition != record.inputLength) return false;
   if (status == KSV_STATUS_DONE) status = cconvTermConvert(&record);
   fit = {status == KSV_STATUS_DONE, static_cast<size_t>(record.outputPosition)};

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "kit/convert/pipeline.h"
+#include "kit/convert/sound_text.h"
 #include "ksv.h"
 #include "ksv_cconv.h"
 
@@ -43,7 +44,9 @@ class Plan {
  private:
   void setUpSoundTexts();
   size_t soundBegin(const uint8_t* text, size_t length, bool& bigEndian) const;
-  bool isSound(const uint8_t* text, size_t length, bool bigEndian) const;
+  // Calls the function; whether the text is well-formed, of which nothing else may be said before.
+  template <typename Function>
+  bool convertWatching(SoundText& sound, size_t length, Function convert) const;
 
   ConversionTask task_;
   bool convertsSoundTexts_ = false;

@@ -75,6 +75,9 @@ bool Repertoire::has(uint32_t character) const {
   return isInside || (behind != ranges.begin() && *(behind - 1) == character);
 }
 
+// In the codes of an encoding with shifts a byte stands in front of each pair that its shift is.
+constexpr uint32_t kLongestBetweenShifts = 2;
+
 Repertoire repertoireOf(const CharsetChoice& charset) {
   Repertoire repertoire;
   SingleCharacters characters(charset);
@@ -90,6 +93,8 @@ Repertoire repertoireOf(const CharsetChoice& charset) {
     else
       repertoire.ranges.insert(repertoire.ranges.end(), {character, character});
   }
+  if (charset.kind == CharsetKind::kShifts)
+    repertoire.longestCharacter = std::min(repertoire.longestCharacter, kLongestBetweenShifts);
   return repertoire;
 }
 

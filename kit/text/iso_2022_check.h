@@ -25,6 +25,14 @@ class Iso2022Scanner {
  public:
   ScanResult scan(const uint8_t* text, size_t length);
 
+  // Whether pairs stand behind what was scanned so far.
+  bool isInPairs() const { return set_ == Set::kPairs; }
+  // Goes on behind well-formed text that was not scanned, which ends in pairs or in single bytes.
+  void goBehind(bool inPairs) {
+    set_ = inPairs ? Set::kPairs : Set::kSingle;
+    escapesAtEnd_ = 0;
+  }
+
   // Bytes of the escape sequences at the end of what was well-formed so far.
   size_t escapesAtEnd() const { return escapesAtEnd_; }
 

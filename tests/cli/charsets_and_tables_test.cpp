@@ -43,6 +43,35 @@ TEST_F(Charsets, are_one_json_object_a_line) {
   }
 }
 
+TEST_F(Charsets, that_are_named_are_told_in_full) {
+  EXPECT_EQ(ksv({"charsets", "johab"}).out,
+            "Johab\n  alias\tcp1361\n  alias\tms1361\n  alias\twindows-1361\n  alias\tx-Johab\n"
+            "  mail\t-\n  web\t-\n  code page\t1361\n  can be written\tyes\n"
+            "  escapes or shifts\tno\n  longest character\t2\n  characters\t17178\n");
+  const auto utf7 = nlohmann::json::parse(ksv({"charsets", "--json", "utf7"}).out);
+  EXPECT_EQ(utf7.at("mime"), "UTF-7");
+  EXPECT_EQ(utf7.at("codePage"), 65000);
+  EXPECT_EQ(utf7.at("sourceOnly"), true);
+  EXPECT_EQ(utf7.at("stateful"), true);
+  EXPECT_FALSE(utf7.contains("characters"));
+  EXPECT_EQ(lines(ksv({"charsets", "--json", "latin1", "sjis"}).out).size(), 2u);
+}
+
+TEST_F(Charsets, tell_their_characters_as_ranges) {
+  const auto ascii = nlohmann::json::parse(ksv({"charsets", "--json", "--ranges", "us-ascii"}).out);
+  EXPECT_EQ(ascii.at("ranges"), nlohmann::json::parse("[[0,127]]"));
+  EXPECT_EQ(ascii.at("characters"), 128);
+  EXPECT_NE(ksv({"charsets", "--ranges", "latin1"}).out.find("  range\tU+0000-U+00FF\n"),
+            std::string::npos);
+}
+
+TEST_F(Charsets, that_are_not_there_are_wrong_usage) {
+  const Outcome unknown = ksv({"charsets", "klingon"});
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_EQ(unknown.out, "");
+  EXPECT_EQ(ksv({"charsets", "--ranges"}).status, 2);
+}
+
 TEST_F(Charsets, and_aliases_can_all_be_named) {
   for (const std::string& line : lines(ksv({"charsets", "--json"}).out)) {
     const auto charset = nlohmann::json::parse(line);

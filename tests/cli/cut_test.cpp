@@ -82,6 +82,50 @@ TEST_F(Cut, takes_a_name_that_only_the_cutting_knows) {
   EXPECT_EQ(cut("ChineseBIG", 3, bytes({0xA4, 0xA4, 0xA4, 0xE5})), bytes({0xA4, 0xA4}));
 }
 
+TEST_F(Cut, takes_charsets_that_CutStr_does_not_know) {
+  EXPECT_EQ(cut("UTF-7", 3, "a+MEI-b"), "a");
+  EXPECT_EQ(cut("hz-gb-2312", 5, "ab~{VP~}"), "ab");
+  EXPECT_EQ(cut("johab", 3, "a\x88\x61\x88\x62"), "a\x88\x61");
+  EXPECT_EQ(cut("IBM930", 4, bytes({0x62, 0x0E, 0x44, 0x81, 0x0F})),
+            bytes({0x62, 0x0E, 0x44, 0x81}));
+  EXPECT_EQ(cut("IBM930", 3, bytes({0x62, 0x0E, 0x44, 0x81, 0x0F})), bytes({0x62}));
+}
+
+// CR and LF of EBCDIC.
+TEST_F(Cut, parts_no_cr_from_its_lf_whatever_their_bytes) {
+  EXPECT_EQ(cut("IBM1047", 2, "\xC1\x0D\x25\xC2"), "\xC1");
+  EXPECT_EQ(cut("IBM1047", 2, "\xC1\x0D\x0A\xC2"), "\xC1\x0D");
+  EXPECT_EQ(cut("ucs-4be", 8, bytes({0, 0, 0, 'a', 0, 0, 0, 13, 0, 0, 0, 10})),
+            bytes({0, 0, 0, 'a'}));
+}
+
+struct BrokenByCutStr {
+  const char* charset;
+  std::string text;
+  int limit;
+  std::string whole;
+  std::string classic;
+};
+
+// Its rules see the lead bytes of some characters only.
+TEST_F(Cut, breaks_no_character_that_CutStr_breaks) {
+  const BrokenByCutStr texts[] = {
+      {"euc-jp", bytes({0xE0, 0xA1, 0xE0, 0xA2}), 3, bytes({0xE0, 0xA1}),
+       bytes({0xE0, 0xA1, 0xE0})},
+      {"euc-jp", bytes({0x8F, 0xB0, 0xA1, 'a'}), 2, "", bytes({0x8F, 0xB0})},
+      {"gb18030", bytes({0x94, 0x39, 0xFC, 0x36}), 2, "", bytes({0x94, 0x39})},
+      {"utf-16le", bytes({0x3D, 0xD8, 0x00, 0xDE}), 2, "", bytes({0x3D, 0xD8})},
+  };
+  for (const auto& [charset, text, limit, whole, classic] : texts) {
+    EXPECT_EQ(cut(charset, limit, text), whole) << charset;
+    EXPECT_EQ(ksv({"cut", "--classic", "-c", charset, "-n", std::to_string(limit)}, text).out,
+              classic)
+        << charset;
+  }
+}
+
+TEST_F(Cut, keeps_bytes_that_are_no_text) { EXPECT_EQ(cut("utf8", 3, "a\xFF\x80z"), "a\xFF\x80"); }
+
 TEST_F(Cut, reads_a_file_or_standard_input) {
   write("text", "abcdef");
   EXPECT_EQ(ksv({"cut", "-c", "utf8", "-n", "3", "text"}).out, "abc");
@@ -96,16 +140,17 @@ TEST_F(Cut, reports_a_file_that_cannot_be_read) {
 
 TEST_F(Cut, tells_wrong_usage) {
   write("a", "a");
-  const std::vector<std::vector<std::string>> wrong = {{"-c", "klingon", "-n", "1"},
-                                                       {"-c", "OASYS_ONLINE", "-n", "1"},
-                                                       {"-c", "UTF-7", "-n", "1"},
-                                                       {"-c", "utf8"},
-                                                       {"-n", "1"},
-                                                       {"-c", "utf8", "-n", "-1"},
-                                                       {"-c", "utf8", "-n", "many"},
-                                                       {"-c", "utf8", "-n", "3x"},
-                                                       {"-c", "utf8", "-n", ""},
-                                                       {"-c", "utf8", "-n", "1", "a", "a"}};
+  const std::vector<std::vector<std::string>> wrong = {
+      {"-c", "klingon", "-n", "1"},
+      {"-c", "OASYS_ONLINE", "-n", "1", "--classic"},
+      {"-c", "UTF-7", "-n", "1", "--classic"},
+      {"-c", "utf8"},
+      {"-n", "1"},
+      {"-c", "utf8", "-n", "-1"},
+      {"-c", "utf8", "-n", "many"},
+      {"-c", "utf8", "-n", "3x"},
+      {"-c", "utf8", "-n", ""},
+      {"-c", "utf8", "-n", "1", "a", "a"}};
   for (std::vector<std::string> arguments : wrong) {
     arguments.insert(arguments.begin(), "cut");
     const Outcome outcome = ksv(arguments, "text");

@@ -27,6 +27,10 @@ TEST(Charsets, are_found_by_all_their_names) {
 
 TEST(Charsets, have_the_names_of_registries) {
   EXPECT_EQ(charset("SJIS").mime_name(), "Shift_JIS");
+  EXPECT_EQ(charset("cp037").mime_name(), "IBM037");
+  EXPECT_EQ(charset("cp850").code_page(), 850u);
+  EXPECT_EQ(charset("ISO-2022-KR").mime_name(), "ISO-2022-KR");
+  EXPECT_EQ(charset("johab").code_page(), 1361u);
   EXPECT_EQ(charset("cp932").web_name(), "Shift_JIS");
   EXPECT_EQ(charset("cp932").code_page(), 932u);
   EXPECT_EQ(charset("eucjp").mime_name(), "EUC-JP");
@@ -44,6 +48,8 @@ TEST(Charsets, know_how_long_a_character_gets) {
   EXPECT_EQ(charset("UTF-8").longest_character(), 4u);
   EXPECT_EQ(charset("UTF-16").longest_character(), 4u);
   EXPECT_EQ(charset("ISO-2022-JP").longest_character(), 2u);
+  for (const char* name : {"IBM930", "IBM939", "ISO-2022-KR", "ISO-2022-CN"})
+    EXPECT_EQ(charset(name).longest_character(), 2u) << name;
   EXPECT_TRUE(charset("ISO-2022-JP").is_stateful());
   EXPECT_FALSE(charset("SJIS").is_stateful());
   EXPECT_TRUE(charset("UTF-7").is_stateful());

@@ -187,6 +187,18 @@ struct Utf8Block {
     third = _mm512_maskz_compress_epi8(starts, load(input + 2));
   }
 
+  // Which of the first 32 characters are not well-formed for all that: of more bytes than they
+  // need, or surrogates.
+  KSV_IN_LOOP uint32_t illFormed(__m512i units) const {
+    const __m512i upper = _mm512_and_si512(units, _mm512_set1_epi16(static_cast<int16_t>(0xF800)));
+    const uint32_t shortThrees = _mm512_testn_epi16_mask(upper, upper);
+    const uint32_t surrogates =
+        _mm512_cmpeq_epi16_mask(upper, _mm512_set1_epi16(static_cast<int16_t>(0xD800)));
+    const uint32_t ascii = _mm512_cmplt_epu16_mask(units, _mm512_set1_epi16(0x80));
+    return (static_cast<uint32_t>(isThree) & (shortThrees | surrogates)) |
+           (static_cast<uint32_t>(isTwo & ~isThree) & ascii);
+  }
+
   // The values of the first 32 characters. Of the marker of a longer lead no bit is left.
   KSV_IN_LOOP __m512i units() const {
     const __m512i six = _mm512_set1_epi16(0x3F);
@@ -237,6 +249,8 @@ void runUtf8(const RunTables& run, BulkPosition& position, uint32_t wanted) {
     if (writesAscii && takeLeadingAscii<kAscii>(run, at, room, bytes)) continue;
     const Utf8Block block(at.input, bytes, continuations, twoOrMore);
     const __m512i units = block.units();
+    if (block.illFormed(units) != 0) [[unlikely]]
+      break;
     if constexpr (kWritesUnits<kAscii>) {
       const uint32_t count = least(least(block.characters, room), 2 * kLanes);
       if (count > 0 && takePlain<kAscii>(run, at, units, count)) {

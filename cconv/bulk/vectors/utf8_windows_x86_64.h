@@ -48,7 +48,8 @@ KSV_IN_LOOP Units holds(Comparison comparison) {
   return as<Units>(comparison);
 }
 
-// The pages of a run that are plain, a bit each: a row for each upper half of a byte.
+// The pages of a run that are plain, a bit each: a row for each upper half of a byte. Those of
+// surrogates are not, since in UTF-8 they are ill-formed.
 struct PlainBits {
   uint8_t low[16];
   uint8_t high[16];
@@ -57,7 +58,8 @@ struct PlainBits {
     for (uint32_t row = 0; row < 16; ++row) {
       uint32_t bits = 0;
       for (uint32_t page = 0; page < 16; ++page) {
-        const uint8_t state = pages.classes[16 * row + page];
+        const bool isSurrogate = row == 0xD && page >= 8;
+        const uint8_t state = isSurrogate ? PlainPages::kIsNot : pages.classes[16 * row + page];
         bits |= static_cast<uint32_t>(state & PlainPages::kIsPlain) << page;
       }
       low[row] = static_cast<uint8_t>(bits);
@@ -71,7 +73,8 @@ class PlainCheck {
   KSV_IN_LOOP explicit PlainCheck(const PlainBits& bits)
       : low_(repeated(bits.low)), high_(repeated(bits.high)) {}
 
-  // The bytes of the values, below U+0800 or not, that are written otherwise than they are.
+  // The bytes of the values, which have to be below U+0800 or not, that are written otherwise than
+  // they are.
   template <bool kBelow0800>
   KSV_IN_LOOP uint32_t others(Units values) const {
     static constexpr uint8_t kBits[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
@@ -82,6 +85,7 @@ class PlainCheck {
         (isUpper & unitsOf(shuffled(high_, row))) | (~isUpper & unitsOf(shuffled(low_, row)));
     const Units bit = unitsOf(shuffled(repeated(kBits), bytesOf(page)));
     Units bad = holds((bits & bit & 0xFF) == 0);
+    if constexpr (!kBelow0800) bad |= holds((values & 0xF800) == 0);
     for (const StandaloneMark& mark : kStandaloneMarks) {
       if ((mark.unicode < 0x800) == kBelow0800)
         bad |= holds(values == static_cast<uint16_t>(mark.unicode));
@@ -152,12 +156,24 @@ KSV_IN_LOOP bool takeThrees(const PlainCheck& plain, BulkPosition& at) {
 template <bool kBigEndian>
 KSV_IN_LOOP bool takeTwos(const PlainCheck& plain, BulkPosition& at) {
   const Units bytes = unitsOf(loaded(at.input, kWindow));
-  const uint32_t others = ~signs(holds((bytes & 0xC0E0) == 0x80C0));
+  const uint32_t others = ~signs(holds((bytes & 0xC0E0) == 0x80C0) & ~holds((bytes & 0x1E) == 0));
   if ((others & 3) != 0) return false;
   const Units values = (bytes & 0x1F) << 6 | (bytes >> 8 & 0x3F);
   const uint32_t count = leadingGood<kTwos, 2>(others | plain.others<true>(values));
   store(inOrder<kBigEndian>(values), at.output, kWindow);
   return goBehind<kTwos * kWindows, 2>(at, count);
+}
+
+// Takes a well-formed character.
+KSV_IN_LOOP bool takeWellFormed(const RunTables& run, BulkPosition& at) {
+  const uint32_t lead = at.input[0];
+  const bool continues = (at.input[1] & 0xC0) == 0x80;
+  const bool isTwo = lead >= 0xC2 && lead < 0xE0 && continues;
+  const bool isShort = lead == 0xE0 && at.input[1] < 0xA0;
+  const bool isSurrogate = lead == 0xED && at.input[1] >= 0xA0;
+  const bool isThree = lead >= 0xE0 && lead < 0xF0 && continues && !isShort && !isSurrogate &&
+                       (at.input[2] & 0xC0) == 0x80;
+  return (lead < 0x80 || isTwo || isThree) && source_forms::Utf8::runOne(run, at);
 }
 
 template <AsciiOutput kAscii>
@@ -173,7 +189,7 @@ void runUtf8ToUnits(const RunTables& run, BulkPosition& position, uint32_t wante
     const bool areTwos = !isLonger && (at.input[2] & 0xE0) == 0xC0;
     if (isLonger && takeThrees<kBigEndian>(plain, at)) continue;
     if (areTwos && takeTwos<kBigEndian>(plain, at)) continue;
-    if (!source_forms::Utf8::runOne(run, at)) break;
+    if (!takeWellFormed(run, at)) break;
   }
   position = at;
 }
