@@ -10,6 +10,7 @@
 #include "cli/text/rereadable_text.h"
 #include "cli/text/text_conversion.h"
 #include "cli/text/text_failure.h"
+#include "kit/charsets/name_matching.h"
 #include "kit/convert/byte_buffer.h"
 #include "kit/convert/pipeline.h"
 
@@ -39,6 +40,19 @@ const MeantCharsets kMeant[] = {
     {"ChineseGBK", {"ChineseGBK", "GB18030"}},
     {"ChineseBIG5", {"ChineseBIG5", "Big5-HKSCS"}},
 };
+
+// What Python's library calls two charsets in the encoded words that it writes.
+struct MailName {
+  const char* name;
+  const char* charset;
+};
+constexpr MailName kMailNames[] = {{"eucgb2312_cn", "GB2312"}, {"big5_tw", "Big5"}};
+
+std::optional<CharsetChoice> findDeclared(const CharsetNames& names, const std::string& declared) {
+  for (const MailName& row : kMailNames)
+    if (ksv_kit::isSameButForCase(declared, row.name)) return names.findSource(row.charset);
+  return names.findSource(declared);
+}
 
 constexpr char kEscape = '\x1B';
 
@@ -82,7 +96,7 @@ MailText MailCharsets::read(std::string_view bytes,
     return {std::string(bytes), "US-ASCII", "nothing is declared, and it is ASCII"};
   std::optional<MailText> text = declared ? asDeclared(bytes, *declared) : asAssumed(bytes);
   // A damaged text in the declared charset is likelier than one in a charset that only may be.
-  const bool isKnown = declared && names_.findSource(*declared);
+  const bool isKnown = declared && findDeclared(names_, *declared);
   if (!text) text = asJudged(bytes, !isKnown);
   if (text) return std::move(*text);
   return asGoodAsMayBe(bytes, declared);
@@ -104,7 +118,7 @@ MailText MailCharsets::readField(std::string_view bytes,
 
 std::optional<MailText> MailCharsets::asDeclared(std::string_view bytes,
                                                  const std::string& declared) const {
-  const std::optional<CharsetChoice> named = names_.findSource(declared);
+  const std::optional<CharsetChoice> named = findDeclared(names_, declared);
   if (!named || (mayHideIso2022(*named) && namesPairsOfBytes(bytes))) return std::nullopt;
   std::vector<CharsetChoice> tried;
   for (const MeantCharsets& row : kMeant)
@@ -140,7 +154,7 @@ std::optional<MailText> MailCharsets::asJudged(std::string_view bytes, bool gues
 
 MailText MailCharsets::asGoodAsMayBe(std::string_view bytes,
                                      const std::optional<std::string>& declared) const {
-  std::optional<CharsetChoice> charset = declared ? names_.findSource(*declared) : assumed_;
+  std::optional<CharsetChoice> charset = declared ? findDeclared(names_, *declared) : assumed_;
   std::string reason = declared ? "declared, though not all of it is valid so"
                                 : "assumed, though not all of it is valid so";
   if (!charset) {

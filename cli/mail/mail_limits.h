@@ -15,12 +15,15 @@ constexpr size_t kMostMessageInMemory = 4 * 1024 * 1024;
 constexpr size_t kMostTextOfMessage = 16 * 1024 * 1024;
 
 // All fields of a message and its parts. The library in which messages are taken apart keeps each
-// several times over, and the longest lists of addressees that servers take have a tenth of it.
-constexpr size_t kMostHeaderBytes = 4 * 1024 * 1024;
+// many times over, addresses fifty times; the longest lists of addressees that servers take have
+// half of it.
+constexpr size_t kMostHeaderBytes = 1024 * 1024;
 constexpr size_t kMostFields = 20'000;
 // One field, and one that has parameters, each of which that library compares with all others.
-constexpr size_t kLongestField = 1024 * 1024;
+constexpr size_t kLongestField = 512 * 1024;
 constexpr size_t kLongestContentField = 8 * 1024;
+// Encoded words in a field: that library looks for the end of each up to the end of the field.
+constexpr size_t kMostWordsOfField = 2000;
 
 // Multiparts in multiparts, and messages in messages. Each line that may be a boundary is compared
 // with those of all open multiparts.

@@ -17,7 +17,7 @@ ParameterField MailPart::parameters(std::string_view name) const {
   return field == nullptr ? ParameterField() : parameterField(field->value);
 }
 
-std::optional<std::string> MailPart::charset() const {
+std::optional<std::string> MailPart::declaredCharset() const {
   const ParameterField field = parameters("Content-Type");
   const HeaderParameter* charset = field.find("charset");
   if (charset == nullptr) return std::nullopt;
@@ -41,12 +41,6 @@ std::optional<std::string> MailPart::transferEncoding() const {
 bool MailPart::isIn(const MailPart& other) const {
   return path.size() > other.path.size() && path.starts_with(other.path) &&
          path[other.path.size()] == '.';
-}
-
-std::optional<std::string> MailMessage::charset() const {
-  for (const MailPart& part : parts)
-    if (const std::optional<std::string> declared = part.charset()) return declared;
-  return std::nullopt;
 }
 
 std::string FieldTexts::text(const std::vector<HeaderRun>& runs) {

@@ -30,15 +30,16 @@ struct MailPart {
   uint64_t size = 0;      // without the transfer encoding
   uint64_t badBytes = 0;  // of the transfer encoding
   std::string sha256;
-  bool isText = false;      // to be read, and no attachment
-  std::string content;      // of a text: the bytes
-  bool isCutShort = false;  // there are more than these
+  bool isText = false;                 // to be read, and no attachment
+  std::string content;                 // of a text: the bytes
+  bool isCutShort = false;             // there are more than these
+  std::optional<std::string> charset;  // that is declared
   std::optional<std::string> fileName;
   std::string savedAs;  // the path; empty: nowhere
 
   const MailField* find(std::string_view name) const;
   ParameterField parameters(std::string_view name) const;
-  std::optional<std::string> charset() const;      // that is declared
+  std::optional<std::string> declaredCharset() const;
   std::optional<std::string> disposition() const;  // "attachment", "inline"
   std::optional<std::string> transferEncoding() const;
 
@@ -53,9 +54,7 @@ struct MailMessage {
   std::vector<MailPart> parts;  // each behind the one it stands in, the message itself in front
   std::vector<MailProblem> problems;
   uint64_t untoldProblems = 0;
-
-  // What its texts declare first.
-  std::optional<std::string> charset() const;
+  std::optional<std::string> charset;  // what a part declares first
 };
 
 // Fields as UTF-8, with what was lost on the way.

@@ -36,7 +36,7 @@ class RecordView {
       : message_(message),
         charsets_(charsets),
         reader_(reader),
-        texts_(charsets, message.charset()) {}
+        texts_(charsets, message.charset) {}
 
   RecordedMail record(Record record) {
     record["message"] = message_.index;
@@ -136,9 +136,9 @@ class RecordView {
   }
 
   void addText(Record& entry, const MailPart& part) {
-    const MailText read = charsets_.read(part.content, part.charset());
+    const MailText read = charsets_.read(part.content, part.charset);
     invalidBytes_ += read.invalidBytes;
-    entry["charset"] = asText(part.charset());
+    entry["charset"] = asText(part.charset);
     entry["charsetUsed"] = read.charset;
     entry["charsetReason"] = read.reason;
     entry["invalidBytes"] = read.invalidBytes;

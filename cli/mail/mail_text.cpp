@@ -43,7 +43,7 @@ class TextView {
       : message_(message),
         charsets_(charsets),
         fields_(fields),
-        texts_(charsets, message.charset()),
+        texts_(charsets, message.charset),
         alternatives_(message) {}
 
   ShownMail show() {
@@ -103,7 +103,7 @@ class TextView {
   }
 
   void showText(const MailPart& part) {
-    const MailText read = charsets_.read(part.content, part.charset());
+    const MailText read = charsets_.read(part.content, part.charset);
     invalidBytes_ += read.invalidBytes;
     const std::string text = forReaders(read.text);
     if (text.empty()) return;

@@ -15,6 +15,14 @@ bool beginsWithName(std::string_view line, std::string_view name) {
   return line.size() >= name.size() && ksv_kit::isSameButForCase(line.substr(0, name.size()), name);
 }
 
+// How many encoded words may begin there.
+size_t wordsIn(std::string_view bytes) {
+  size_t count = 0;
+  for (size_t at = bytes.find("=?"); at != std::string_view::npos; at = bytes.find("=?", at + 2))
+    ++count;
+  return count;
+}
+
 bool isContinuation(std::string_view line) { return line[0] == ' ' || line[0] == '\t'; }
 
 constexpr char kTooDeep[] = "parts that are nested too deep: the rest of the message is left out";
@@ -46,9 +54,10 @@ MessageGuard::Verdict MessageGuard::seeHeader(const LinePiece& piece) {
 MessageGuard::Verdict MessageGuard::count(const LinePiece& piece) {
   headerBytes_ += piece.bytes.size();
   fieldBytes_ += piece.bytes.size();
+  fieldWords_ += wordsIn(piece.bytes);
   if (headerBytes_ > limits::kMostHeaderBytes || fields_ > limits::kMostFields)
     return end(kTooMuchHeader);
-  if (fieldBytes_ <= longestField_) {
+  if (fieldBytes_ <= longestField_ && fieldWords_ <= limits::kMostWordsOfField) {
     if (isContentType_) contentType_ += piece.bytes;
     return Verdict::kKeep;
   }
@@ -75,6 +84,7 @@ bool MessageGuard::passBoundary(std::string_view line) {
 bool MessageGuard::beginHeader() {
   isInHeader_ = true;
   fieldBytes_ = 0;
+  fieldWords_ = 0;
   isContentType_ = false;
   isMessage_ = false;
   isEmbedded_ = false;
@@ -97,6 +107,7 @@ bool MessageGuard::endHeader() {
 void MessageGuard::beginField(std::string_view line) {
   ++fields_;
   fieldBytes_ = 0;
+  fieldWords_ = 0;
   isContentType_ = beginsWithName(line, "Content-Type");
   longestField_ =
       beginsWithName(line, "Content-") ? limits::kLongestContentField : limits::kLongestField;

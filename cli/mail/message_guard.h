@@ -47,6 +47,7 @@ class MessageGuard {
   size_t fields_ = 0;
 
   size_t fieldBytes_ = 0;
+  size_t fieldWords_ = 0;
   size_t longestField_ = 0;
   bool isContentType_ = false;
   std::string contentType_;  // the field, as far as it has been seen

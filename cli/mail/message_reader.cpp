@@ -90,7 +90,9 @@ class MessageBuilder {
   void beginContent() {
     if (std::exchange(hasContentBegun_, true)) return;
     MailPart& part = this->part();
-    FieldTexts texts(charsets_, message_.charset());
+    part.charset = part.declaredCharset();
+    if (!message_.charset) message_.charset = part.charset;
+    FieldTexts texts(charsets_, message_.charset);
     part.fileName = fileNameOf(part, texts);
     part.isText = part.type.starts_with("text/") && part.disposition() != "attachment";
     if (saver_ != nullptr && part.fileName) file_ = saver_->begin(*part.fileName);

@@ -107,6 +107,7 @@ TEST_F(MailCharsets, of_encoded_words_are_read) {
   EXPECT_EQ(subject("=?utf-8?B?44E=?=\n =?utf-8?B?gg==?="), "あ");
   EXPECT_EQ(subject("=?utf-8*ja?Q?=E3=81=82?="), "あ");
   EXPECT_EQ(subject("=?gb2312?Q?=81=40?="), "丂");
+  EXPECT_EQ(subject("=?eucgb2312_cn?Q?=D6=D0?= =?big5_tw?Q?=A4=A4?="), "中中");
   EXPECT_EQ(subject("=?utf-7?Q?+MEI-?="), "あ");
   EXPECT_EQ(subject("=?x-unknown?Q?abc?="), "abc");
   EXPECT_EQ(subject("=?utf-8?Q?=FF?="), "\uFFFD");

@@ -85,10 +85,18 @@ TEST(MessageGuard, leaves_out_the_rest_of_a_field_that_is_too_long) {
 }
 
 TEST(MessageGuard, keeps_the_line_end_of_a_line_that_is_too_long) {
-  const Kept kept = guarded("Subject: " + std::string(3'000'000, 'x') + "\nA: b\n\n");
+  const Kept kept = guarded("Subject: " + std::string(700'000, 'x') + "\nA: b\n\n");
   EXPECT_EQ(kept.reason, "a field that is too long: the rest of it is left out");
   EXPECT_LE(kept.bytes, limits::kLongestField + 10);
   EXPECT_EQ(kept.last, "\n");
+}
+
+TEST(MessageGuard, leaves_out_encoded_words_of_a_field_beyond_some) {
+  std::string field = "Subject: a\n";
+  for (size_t i = 0; i < limits::kMostWordsOfField; ++i) field += " =?a?q?b?=\n";
+  EXPECT_EQ(guarded(field + "A: =?a?q?b?=\n\nx\n").reason, "");
+  EXPECT_EQ(guarded(field + " =?a?q?b?=\n\nx\n").reason,
+            "a field that is too long: the rest of it is left out");
 }
 
 TEST(MessageGuard, ends_at_too_many_fields_and_too_many_bytes_in_them) {
@@ -98,7 +106,7 @@ TEST(MessageGuard, ends_at_too_many_fields_and_too_many_bytes_in_them) {
   for (size_t i = 0; i <= limits::kMostFields; ++i) text += "a:\n";
   EXPECT_EQ(guarded(text).reason, reason);
   text.clear();
-  for (size_t i = 0; i < 10; ++i) text += "a: " + std::string(500'000, 'x') + "\n";
+  for (size_t i = 0; i < 10; ++i) text += "a: " + std::string(200'000, 'x') + "\n";
   EXPECT_EQ(guarded(text).reason, reason);
   EXPECT_EQ(guarded("a: b\n\n" + text + text).reason, "");
 }
