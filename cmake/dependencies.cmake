@@ -32,6 +32,22 @@ elseif(KSV_BUILD_TESTS)
   find_package(GTest REQUIRED)
 endif()
 
+# What takes mails apart, for the module of that job. Debian has it for no other machine than the
+# building one.
+set(has_mail OFF)
+if(KSV_BUILD_COMMAND AND NOT WIN32 AND NOT CMAKE_CROSSCOMPILING)
+  find_package(PkgConfig QUIET)
+  if(PKG_CONFIG_FOUND)
+    pkg_check_modules(KSV_GMIME QUIET IMPORTED_TARGET gmime-3.0>=3.2)
+    set(has_mail ${KSV_GMIME_FOUND})
+  endif()
+endif()
+option(KSV_BUILD_MAIL "Build the module that reads mails (needs GMime 3)" ${has_mail})
+if(KSV_BUILD_MAIL AND NOT has_mail)
+  message(FATAL_ERROR "GMime 3 is not found, which reads mails: install its headers and pkg-config "
+          "(Debian: libgmime-3.0-dev pkg-config), or build without it (-DKSV_BUILD_MAIL=OFF)")
+endif()
+
 # Normalization is the system's own on Windows, and utf8proc's elsewhere. For another Linux machine its
 # archive is linked in, which Debian installs beside that of the building machine; without one, texts
 # are not normalized there.

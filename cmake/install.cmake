@@ -1,5 +1,5 @@
-# What an installation consists of, in components: runtime, development, command (cli/), data and
-# texts (charsets/), and licences. All of it can be moved as a whole.
+# What an installation consists of, in components: runtime, development, command and mail (cli/), data
+# and texts (charsets/), and licences. All of it can be moved as a whole.
 include(CMakePackageConfigHelpers)
 
 set(KSV_PACKAGE_DIRECTORY ${CMAKE_INSTALL_LIBDIR}/cmake/ksv)

@@ -646,8 +646,36 @@ def packed_seeds():
             "several": packed([latin, front + pairs, four + [(0x8140, 0x51)]])}
 
 
+# --- Mails. ---
+
+def mail_seeds():
+    line = b"From a@b.c Thu Feb 29 12:34:56 2024\n"
+    mixed = b"Content-Type: multipart/mixed; boundary=x\n\npreamble\n--x\n"
+    encoded = b"Content-Transfer-Encoding: base64\n\n44GC44GE*\n"
+    nested = b"".join(b"Content-Type: multipart/mixed; boundary=b%d\n\n--b%d\n" % (i, i)
+                      for i in range(70))
+    seeds = {
+        "words": b"\x00Subject: =?iso-2022-jp*ja?B?GyRCJCI=?=\n =?ISO-2022-JP?Q?=1B(B?= a\n"
+                 b"From: \"=?utf-8?Q?A=2C?=\" <a@b.c>, g: d (e);\nDate: 29 Feb 2024 1:2:3 +0900\n\nx",
+        "parts": b"\x02" + mixed + b"Content-Type: text/plain; charset=shift_jis\n" + encoded +
+                 b"--x\nContent-Type: message/rfc822\n\nSubject: a\n\nb\n--x\n"
+                 b"Content-Disposition: attachment; filename*0*=utf-8''%E3; filename*1*=%81%82\n"
+                 b"Content-Transfer-Encoding: quoted-printable\n\na=3D=\n=zz\n--x--\nend\n",
+        "alternatives": b"\x00" + mixed.replace(b"mixed", b"alternative") +
+                        b"\na\n--x\nContent-Type: text/html\n\n<p>\n--x--\n",
+        "digest": b"\x00" + mixed.replace(b"mixed", b"digest") + b"\nSubject: a\n\nb\n--x--\n",
+        "mailbox": b"\x01" + line + b"A: b\n\n>From x\n\n" + line + b"no field\n\n\x80\xFF\n",
+        "nested": b"\x00" + nested,
+        "charsets": b"\x03Content-Type: text/plain; charset=utf-7\n\n+MEI- ~{VP~} \x1B$B$\"\x1B(B\n",
+        "uuencoded": b"\x00Content-Transfer-Encoding: x-uuencode\n\nbegin 644 a\n#86)C\n`\nend\n",
+        "not_valid": b"\x04Content-Type: text/plain; charset=utf-8\n\na\xE3\x81\x82\xFFz\n",
+    }
+    return seeds
+
+
 def main():
     write("packed_charsets_fuzzer", packed_seeds())
+    write("mail_fuzzer", mail_seeds())
     write("rule_file_fuzzer", rule_file_seeds())
     write("table_text_fuzzer", table_text_seeds())
     write("compiled_table_fuzzer", compiled_table_seeds())

@@ -2,7 +2,7 @@
 
 # To build what is installed.
 readonly build_packages=(g++ cmake ninja-build python3 libcli11-dev nlohmann-json3-dev
-  libutf8proc-dev)
+  libutf8proc-dev libgmime-3.0-dev pkg-config)
 # To build and run tests and benchmarks.
 readonly test_packages=(
   "${build_packages[@]}" git

@@ -25,11 +25,11 @@ struct Job {
 };
 
 // Those of one group stand together in the help, and the groups as their first jobs do.
-constexpr Job kJobs[] = {{"convert", addConvertJob}, {"detect", addDetectJob},
-                         {"check", addCheckJob},     {"charsets", addCharsetsJob},
-                         {"tables", addTablesJob},   {"cut", addCutJob},
-                         {"summary", addSummaryJob}, {"ole", addOleJob},
-                         {"lint", addLintJob},       {"doctor", addDoctorJob}};
+constexpr Job kJobs[] = {
+    {"convert", addConvertJob},   {"detect", addDetectJob}, {"check", addCheckJob},
+    {"charsets", addCharsetsJob}, {"tables", addTablesJob}, {"cut", addCutJob},
+    {"summary", addSummaryJob},   {"ole", addOleJob},       {"mail", addMailJob},
+    {"lint", addLintJob},         {"doctor", addDoctorJob}};
 
 bool isJob(const std::string& word) {
   return std::ranges::any_of(kJobs, [&](const Job& job) { return word == job.name; });

@@ -22,6 +22,7 @@ void addTablesJob(OptionParser& parser);
 void addCutJob(OptionParser& parser);
 void addSummaryJob(OptionParser& parser);
 void addOleJob(OptionParser& parser);
+void addMailJob(OptionParser& parser);
 void addLintJob(OptionParser& parser);
 void addDoctorJob(OptionParser& parser);
 

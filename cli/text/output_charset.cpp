@@ -5,9 +5,10 @@
 #include <utility>
 
 #include "cli/system/failure.h"
+#include "cli/system/memory_streams.h"
 #include "cli/text/text_conversion.h"
-#include "kit/text/unicode_check.h"
 #include "kit/convert/visible_replacement.h"
+#include "kit/text/unicode_check.h"
 #include "ksv_cconv.h"
 
 namespace ksv_cli {
@@ -21,29 +22,6 @@ using ksv_kit::scanUnicode;
 using ksv_kit::UnicodeForm;
 
 namespace {
-
-class TextSource : public ByteSource {
- public:
-  explicit TextSource(std::string_view text) : text_(text) {}
-
-  size_t read(uint8_t* buffer, size_t size) override {
-    const size_t count = text_.copy(reinterpret_cast<char*>(buffer), size);
-    text_.remove_prefix(count);
-    return count;
-  }
-
- private:
-  std::string_view text_;
-};
-
-class TextSink : public ByteSink {
- public:
-  void write(const uint8_t* bytes, size_t size) override {
-    text.append(reinterpret_cast<const char*>(bytes), size);
-  }
-
-  std::string text;
-};
 
 // With U+FFFD for what is no UTF-8: names of files may hold anything.
 std::string wellFormed(std::string_view text) {
@@ -81,10 +59,16 @@ OutputCharset::OutputCharset(const CharsetNames& names, const std::string& name,
   if (lacking == Lacking::kIsShown) ksv_kit::makeReplacementVisible(settings_.target.name, options);
 }
 
+void OutputCharset::setUnmappable(ksv_policy policy) {
+  settings_.options.replaceUnmappable = 0;
+  settings_.changes.unmappable(policy);
+}
+
 bool OutputCharset::holds(const std::string& utf8) const {
   if (hasEverything()) return true;
   ConversionSettings strict = settings_;
   strict.options.replaceUnmappable = 0;
+  strict.changes.unmappable(KSV_FAIL);
   try {
     converted(strict, utf8);
     return true;

@@ -20,6 +20,9 @@ class OutputCharset {
   // Throws UsageError for a name that names no charset to be written.
   OutputCharset(const CharsetNames& names, const std::string& name, Lacking lacking);
 
+  // What becomes of such a character instead. KSV_FAIL has encoded() throw Failure.
+  void setUnmappable(ksv_policy policy);
+
   const std::string& display() const { return settings_.target.display; }
   // Whether it has every character: UCS-2 ends at U+FFFF.
   bool hasEverything() const {

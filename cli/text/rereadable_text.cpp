@@ -11,6 +11,7 @@
 #include "cli/system/failure.h"
 #include "cli/system/files.h"
 #include "cli/system/inputs.h"
+#include "cli/system/memory_streams.h"
 #include "cli/system/resource_limits.h"
 #include "ksv_file.h"
 #include "ksv_path.h"
@@ -134,7 +135,14 @@ RereadableText::RereadableText(const std::string& input)
       opened_(openInput(input)),
       beginning_(readAtMost(*opened_, kBeginning)) {}
 
+RereadableText::RereadableText(std::string_view text)
+    : hasName_(false),
+      held_(text),
+      opened_(std::make_unique<TextSource>(text)),
+      beginning_(readAtMost(*opened_, kBeginning)) {}
+
 std::unique_ptr<ByteSource> RereadableText::reopen() {
+  if (held_) return std::make_unique<TextSource>(*held_);
   if (hasName_) return openInput(input_);
   if (!copy_) {
     ResumedSource all(beginning_, std::move(opened_));

@@ -22,7 +22,7 @@ from links import slug
 
 HERE = Path(__file__).resolve().parent
 NAVIGATION = {
-    "The command": ["docs/command.md", "docs/convert.md"],
+    "The command": ["docs/command.md", "docs/convert.md", "docs/mail.md"],
     "The library libksv": ["docs/libksv.md", "docs/cookbook.md"],
     "The library ksv_comm": ["docs/conversion.md", "docs/detection.md", "docs/documents.md",
                     "docs/cutting.md", "docs/strings.md", "docs/mapping.md", "docs/files.md",

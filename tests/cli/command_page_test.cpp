@@ -15,7 +15,7 @@ namespace {
 
 using namespace ksv::test;  // what makes the documents
 
-const std::vector<std::string> kJobs = {"convert", "detect",   "check",  "summary", "ole",
+const std::vector<std::string> kJobs = {"convert", "detect",   "check",  "summary", "ole",   "mail",
                                         "cut",     "charsets", "tables", "lint",    "doctor"};
 
 class CommandPage : public CommandTest {
@@ -175,6 +175,18 @@ TEST_F(CommandPage, tells_every_field_of_each_record) {
   expectTold("doctor", ksv({"doctor", "--json"}).out);
   for (const std::string field : {"`path`", "`pathBytes`", "`error.reason`", "`error.offset`"})
     EXPECT_NE(page_.substr(0, page_.find("\n## `ksv")).find(field), std::string::npos);
+}
+
+// Where there is no mail reader there are no records of mails.
+TEST_F(CommandPage, tells_every_field_of_a_mail) {
+  if (!KSV_READS_MAIL) GTEST_SKIP() << "this build has no mail reader";
+  const std::string out = ksv({"mail", "--json", "--save", "saved"},
+                              "Content-Type: text/plain; name=a\nno field\n\n\xFF")
+                              .out;
+  expectTold("mail", out);
+  const auto record = nlohmann::json::parse(out);
+  expectTold("mail", record.at("parts").at(0).dump());
+  expectTold("mail", record.at("problems").at(0).dump());
 }
 
 }  // namespace

@@ -72,8 +72,8 @@ TEST_F(Usage, help_of_convert_tells_every_option) {
 
 TEST_F(Usage, needs_a_job_that_exists) {
   expectWrong({},
-              "a job is needed: convert, detect, check, charsets, tables, cut, summary, ole, lint, "
-              "doctor (see 'ksv --help')");
+              "a job is needed: convert, detect, check, charsets, tables, cut, summary, ole, mail, "
+              "lint, doctor (see 'ksv --help')");
   expectWrong({"translate"}, "translate");
   expectWrong({"--frobnicate"}, "--frobnicate");
 }

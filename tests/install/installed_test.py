@@ -42,6 +42,10 @@ def cached(name):
     return found.group(1) if found else ""
 
 
+def reads_mail():
+    return cached("KSV_BUILD_MAIL") == "ON"
+
+
 def is_windows():
     return (ARGUMENTS.build / "ksv.exe").exists()
 
@@ -123,7 +127,7 @@ class Components(Installed):
     def test_are_the_whole_installation_and_have_no_file_in_common(self):
         whole = files_below(self.prefix)
         parts = []
-        for component in COMPONENTS:
+        for component in COMPONENTS + (("mail",) if reads_mail() else ()):
             prefix = self.directory / component
             install(prefix, "--component", component)
             parts.append(files_below(prefix))
@@ -140,6 +144,8 @@ class Components(Installed):
         self.assertEqual(ending_with("texts", (".xml", ".txt", ".cmp")), set())
         self.assertEqual(ending_with("data", ".pack"), set())
         self.assertEqual(ending_with("command", (f"ksv{self.ending}", ".1", ".fish")), set())
+        if reads_mail():
+            self.assertEqual(ending_with("mail", "/ksv/ksv_mail.so"), set())
         self.assertEqual(ending_with("development", (".h", ".hpp", ".cmake", ".pc", ".a", ".so", ".3")),
                          set())
 
@@ -152,6 +158,16 @@ class Components(Installed):
                      "zsh/site-functions/_ksv", "fish/vendor_completions.d/ksv.fish"):
             self.assertIn(f"share/{name}", files)
 
+
+
+class Mail(Installed):
+    def setUp(self):
+        if not reads_mail():
+            self.skipTest("this build has no mail reader")
+
+    def test_is_read_wherever_the_installation_is(self):
+        self.assertEqual(execute(self.command(), "mail", input="Subject: =?utf-8?B?44GC?=\n\n"),
+                         "Subject: あ\n\n")
 
 
 class WithoutTexts(Installed):
