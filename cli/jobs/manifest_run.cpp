@@ -204,7 +204,7 @@ Inputs ManifestRun::inputs(const Inputs& named) const {
   for (const std::string& input : putBack_) {
     const FileFacts facts = factsIfKnown(input);
     const bool isNamed = std::ranges::any_of(inputs.paths, [&](const std::string& other) {
-      return factsIfKnown(other).isSameFileAs(facts);
+      return other == input || factsIfKnown(other).isSameFileAs(facts);
     });
     if (!isNamed) inputs.add(input);
   }

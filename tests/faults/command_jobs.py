@@ -139,8 +139,12 @@ def _manifest_jobs(ksv: str, small: dict[str, bytes], env) -> list[Job]:
         Job("convert-manifest-directory", [*to_utf8, "-j", "2", "--output-dir", "out", *names], two,
             env=env, out=b"", operands=names, manifest="m",
             after={"out/a.txt": _UTF8, "out/b.txt": b"abc\n", "out/c.txt": _UTF8 * 2}),
+        Job("convert-json", [ksv, "convert", "-f", "sjis", "-t", "utf8", "--json", "--output-dir",
+                             "out", *names], two, env=env, holds=b'"result":"converted"',
+            operands=names,
+            after={"out/a.txt": _UTF8, "out/b.txt": b"abc\n", "out/c.txt": _UTF8 * 2}),
         # The first text is converted, and the second has lost its place.
-        Job("convert-resume", [*to_utf8, "--in-place=.bak", "a.txt", "b.txt"],
+        Job("convert-resume", [*to_utf8, "--in-place=.bak", *names],
             half | {"m": _manifest(*intents) + b'{"record":"re'}, env=env, out=b"", after=kept,
             operands=names, manifest="m", never_lost=originals,
             between={"c.txt": _SJIS * 2, "c.txt.bak": None}),
