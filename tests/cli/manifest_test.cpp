@@ -275,7 +275,8 @@ TEST_F(Resume, makes_missing_results_elsewhere_again_and_leaves_edited_ones) {
   write("out/b", "edited\n");
   const Outcome outcome = toUtf8(call);
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err.substr(0, 12), "ksv: b: out/");
+  EXPECT_EQ(outcome.err.find("ksv: b: out"), 0u) << outcome.err;
+  EXPECT_NE(outcome.err.find("has been changed since"), std::string::npos) << outcome.err;
   EXPECT_EQ(read("out/a"), kUtf8);
   EXPECT_EQ(read("out/b"), "edited\n");
 }
