@@ -72,10 +72,10 @@ bool mayHideIso2022(const CharsetChoice& charset) {
   return charset.kind == CharsetKind::kCharset && !charset.hasByteOrder();
 }
 
-std::string reasonOf(const std::string& declared, const CharsetChoice& named,
-                     const CharsetChoice& read) {
+// What is declared may be any bytes that are like the name of a charset.
+std::string reasonOf(const CharsetChoice& named, const CharsetChoice& read) {
   if (read.display == named.display) return "declared";
-  return "declared " + declared + ", by which mail programs mean " + read.display;
+  return "declared " + named.display + ", by which mail programs mean " + read.display;
 }
 
 }  // namespace
@@ -128,7 +128,7 @@ std::optional<MailText> MailCharsets::asDeclared(std::string_view bytes,
   tried.push_back(*named);
   for (const CharsetChoice& charset : tried)
     if (std::optional<std::string> text = soundText(bytes, charset))
-      return MailText{std::move(*text), charset.display, reasonOf(declared, *named, charset)};
+      return MailText{std::move(*text), charset.display, reasonOf(*named, charset)};
   return std::nullopt;
 }
 

@@ -55,20 +55,17 @@ void StoredMessage::append(std::string_view bytes, uint64_t offset) {
     held_ += bytes;
     return;
   }
-  platform::onTemporaryFile([&] {
-    if (file_ == nullptr) {
-      file_ = platform::TemporaryFile::create();
-      file_->write(bytesOf(held_), held_.size());
-      held_ = std::string();
-    }
-    file_->write(bytesOf(bytes), bytes.size());
-  });
+  if (file_ == nullptr) {
+    file_ = platform::TemporaryFile::create();
+    file_->write(bytesOf(held_), held_.size());
+    held_ = std::string();
+  }
+  file_->write(bytesOf(bytes), bytes.size());
 }
 
 void StoredMessage::finish() {
   if (file_ == nullptr) return;
-  const std::string path = platform::onTemporaryFile([&] { return file_->finish(); });
-  opened_ = std::make_unique<OpenFile>(path);
+  opened_ = std::make_unique<OpenFile>(file_->finish());
 }
 
 size_t StoredMessage::read(uint64_t offset, char* buffer, size_t size) {

@@ -20,7 +20,7 @@ ERRORS = {
     "write": ("EDQUOT", "EINTR", "EIO", "ENOSPC"), "pwrite64": ("EINTR", "EIO", "ENOSPC"),
     "writev": ("EINTR", "EIO", "ENOSPC"), "close": ("EINTR", "EIO"), "lseek": ("EIO",),
     "newfstatat": _PATH, "fstat": ("EIO", "ENOMEM"), "stat": _PATH, "lstat": _PATH,
-    "statx": _PATH, "access": _PATH, "faccessat2": _PATH, "readlink": _PATH,
+    "statx": _PATH, "statfs": _PATH, "access": _PATH, "faccessat2": _PATH, "readlink": _PATH,
     "readlinkat": _PATH, "getdents64": ("EIO", "ENOMEM"), "getcwd": ("ENOMEM",),
     "fsync": ("EINTR", "EIO", "ENOSPC"), "fdatasync": ("EINTR", "EIO", "ENOSPC"),
     "rename": _CHANGE, "renameat": _CHANGE, "renameat2": _CHANGE, "link": _CHANGE,

@@ -59,6 +59,13 @@ TEST_F(MailCharsets, of_iso_2022_jp_are_known_whatever_is_declared) {
   }
 }
 
+TEST_F(MailCharsets, that_are_named_by_odd_bytes_leave_them_out_of_the_reason) {
+  const nlohmann::json part =
+      textPart("Content-Type: text/plain; charset=shift_\x94jis\n", "\x82\xA0");
+  EXPECT_EQ(part.at("text"), "あ");
+  EXPECT_EQ(part.at("charsetReason"), "declared Shift_JIS, by which mail programs mean WINDOWS31J");
+}
+
 // The first sentence of a novel, in charsets that it does not declare.
 const std::string kSentence = "親譲りの無鉄砲で小供の時から損ばかりしている。";
 const std::string kSentenceInShiftJis =
