@@ -101,6 +101,27 @@ bool Manifest::isBroken() {
   return isBroken_;
 }
 
+// While one thread waits for the disk, others may write.
+class Manifest::Waiting {
+ public:
+  Waiting(Manifest& manifest, std::unique_lock<std::mutex>& lock)
+      : manifest_(manifest), lock_(lock) {
+    manifest_.isSynchronising_ = true;
+    lock_.unlock();
+  }
+  ~Waiting() {
+    lock_.lock();
+    manifest_.isSynchronising_ = false;
+    manifest_.synchronised_.notify_all();
+  }
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
+
+ private:
+  Manifest& manifest_;
+  std::unique_lock<std::mutex>& lock_;
+};
+
 template <typename Action>
 void Manifest::guarded(Action action) {
   try {
@@ -109,6 +130,9 @@ void Manifest::guarded(Action action) {
   } catch (const Failure& failure) {
     isBroken_ = true;
     throw Failure("cannot write " + path_ + ": " + failure.what());
+  } catch (...) {
+    isBroken_ = true;
+    throw;
   }
 }
 
@@ -130,18 +154,8 @@ void Manifest::waitFor(std::unique_lock<std::mutex>& lock, uint64_t count) {
 void Manifest::synchronise(std::unique_lock<std::mutex>& lock) {
   const uint64_t count = written_;
   guarded([&] {
-    isSynchronising_ = true;
-    lock.unlock();
-    std::optional<Failure> failure;
-    try {
-      file_->synchronise();
-    } catch (const Failure& refused) {
-      failure = refused;
-    }
-    lock.lock();
-    isSynchronising_ = false;
-    synchronised_.notify_all();
-    if (failure) throw Failure(*failure);
+    const Waiting waiting(*this, lock);
+    file_->synchronise();
   });
   onDisk_ = count;
 }

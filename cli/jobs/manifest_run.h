@@ -44,6 +44,8 @@ class Manifest {
   const std::string& path() const { return path_; }
 
  private:
+  class Waiting;
+
   uint64_t append(std::unique_lock<std::mutex>& lock, const std::string& line);
   void waitFor(std::unique_lock<std::mutex>& lock, uint64_t count);
   void synchronise(std::unique_lock<std::mutex>& lock);
