@@ -13,6 +13,7 @@
 #include "cli/system/sha256.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
+#include "cli/text/policy_names.h"
 #include "cli/text/rereadable_text.h"
 #include "cli/text/text_conversion.h"
 #include "cli/text/text_language.h"
@@ -103,23 +104,6 @@ void setLanguage(const std::string& language, ConversionSettings& settings) {
               sizeof kUndeterminedLanguage);
 }
 
-struct NamedPolicy {
-  const char* name;
-  ksv_policy policy;
-};
-constexpr NamedPolicy kPolicies[] = {
-    {"fail", KSV_FAIL},         {"skip", KSV_SKIP},
-    {"hex", KSV_HEX_REFERENCE}, {"decimal", KSV_DECIMAL_REFERENCE},
-    {"escape", KSV_ESCAPE},     {"percent", KSV_PERCENT},
-    {"replace", KSV_REPLACE},   {"look-alike", KSV_LOOK_ALIKE},
-};
-
-ksv_policy policyNamed(const std::string& name) {
-  for (const NamedPolicy& row : kPolicies)
-    if (name == row.name) return row.policy;
-  return KSV_FAIL;
-}
-
 struct NamedForm {
   const char* name;
   ksv_normalization form;
@@ -181,8 +165,8 @@ void setProfile(const std::string& profile, ksv::Options& changes) {
 // What is replaced by the engine's own character stands in the other options.
 void setChanges(const ConvertArguments& arguments, ConversionSettings& settings) {
   ksv::Options& changes = settings.changes;
-  changes.invalid(policyNamed(arguments.invalid));
-  changes.unmappable(policyNamed(arguments.unmappable));
+  changes.invalid(policyOfName(arguments.invalid));
+  changes.unmappable(policyOfName(arguments.unmappable));
   if (arguments.invalid == "replace" && arguments.replacement)
     changes.invalid(*arguments.replacement);
   if (!arguments.normalize.empty())

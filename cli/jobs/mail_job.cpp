@@ -12,6 +12,7 @@
 #include "cli/jobs/operands.h"
 #include "cli/jobs/options.h"
 #include "cli/jobs/result_line.h"
+#include "cli/jobs/verbosity.h"
 #include "cli/jobs/work_list.h"
 #include "cli/mail/mail_charsets.h"
 #include "cli/mail/mail_folder.h"
@@ -31,10 +32,11 @@ namespace ksv_cli {
 namespace {
 
 constexpr char kFooter[] =
-    "FILE is a mail, a mailbox (mbox), or a directory with mails (Maildir, MH); none, or -,\n"
-    "is standard input. A mail is shown with the fields that say most, its texts, and a line\n"
-    "for each attachment. Every text and every field is read in its own charset: the one\n"
-    "that it declares, if it is valid so, else the one that 'ksv convert' would find out.\n"
+    "FILE is a mail, a mailbox (mbox), or a directory with mails (Maildir, MH; with -r every\n"
+    "file below it is one); none, or -, is standard input. A mail is shown with the fields\n"
+    "that say most, its texts, and a line for each attachment. Every text and every field is\n"
+    "read in its own charset: the one that it declares, if it is valid so, else the one that\n"
+    "'ksv convert' would find out.\n"
     "\n"
     "WHICH is usual (From, To, Cc, Date, Subject and Message-ID), all, none, or names of\n"
     "fields with commas between.\n"
@@ -47,7 +49,7 @@ constexpr char kFooter[] =
     "lost something), 2 wrong usage, or no mail reader.";
 
 struct Arguments {
-  std::vector<std::string> operands;
+  InputOptions inputs;
   std::string target = "UTF-8";
   std::string fields = "usual";
   std::optional<std::string> assumed;
@@ -57,21 +59,25 @@ struct Arguments {
   std::optional<std::string> saveDirectory;
   bool json = false;
   bool strict = false;
+  VerbosityOptions verbosity;
   uint64_t jobs = 1;
 };
 
-// A folder that cannot be read stays in the row, and fails in its turn.
-std::vector<std::string> mailFiles(const std::vector<std::string>& operands) {
-  std::vector<std::string> files;
-  for (const std::string& input : inputsNamedBy(operands)) {
+// Directories that are not entered are folders of mails. One that cannot be read stays in the row,
+// and fails in its turn.
+Inputs mailFiles(const InputOptions& options) {
+  const Inputs named = inputsNamedBy(options);
+  Inputs files;
+  for (size_t i = 0; i < named.paths.size(); ++i) {
+    const std::string& input = named.paths[i];
     try {
       if (inputFacts(input).kind == platform::FileKind::kDirectory) {
-        for (std::string& file : filesOfMailFolder(input)) files.push_back(std::move(file));
+        for (std::string& file : filesOfMailFolder(input)) files.add(std::move(file));
         continue;
       }
     } catch (const Failure&) {
     }
-    files.push_back(input);
+    files.addFrom(named, i);
   }
   return files;
 }
@@ -94,15 +100,16 @@ OutputCharset outputCharset(const Arguments& arguments, const CharsetNames& name
 
 class MailWork {
  public:
-  MailWork(const Arguments& arguments, const ksv_mail_reader& reader,
-           const std::vector<std::string>& files, const CharsetNames& names)
+  MailWork(const Arguments& arguments, const ksv_mail_reader& reader, const Inputs& inputs,
+           const CharsetNames& names)
       : arguments_(arguments),
         reader_(reader),
-        files_(files),
+        files_(inputs.paths),
         charsets_(names, charsetTerms(arguments)),
         output_(outputCharset(arguments, names)),
         fields_(shownFieldsNamed(arguments.fields)),
-        list_(files) {
+        list_(inputs.paths, inputs.refused) {
+    list_.tell(arguments.verbosity.chosen());
     if (arguments.json) list_.recordFailures([this](const auto& record) { return lineOf(record); });
   }
 
@@ -156,7 +163,7 @@ class MailWork {
         arguments_.json ? writeRecord(place, message) : writeText(place, message);
     tellProblems(place, message);
     if (invalidBytes != 0)
-      tell(place, std::to_string(invalidBytes) +
+      note(place, std::to_string(invalidBytes) +
                       (invalidBytes == 1 ? " invalid byte" : " invalid bytes") +
                       " skipped or replaced");
     return !arguments_.strict || (message.problems.empty() && invalidBytes == 0);
@@ -172,7 +179,7 @@ class MailWork {
   uint64_t writeText(const Place& place, const MailMessage& message) {
     const ShownMail mail = mailAsText(message, charsets_, fields_);
     if (!output_.holds(mail.text))
-      tell(place, "holds characters that are not in " + output_.display());
+      note(place, "holds characters that are not in " + output_.display());
     list_.write(place.input, output_.encoded(headOf(place) + mail.text));
     return mail.invalidBytes;
   }
@@ -189,6 +196,11 @@ class MailWork {
     return output_.encoded(output_.hasEverything() ? jsonLine(record) : asciiJsonLine(record));
   }
 
+  // What somebody has to know of a mail that is shown all the same.
+  void note(const Place& place, const std::string& what) {
+    if (arguments_.strict || !arguments_.verbosity.quiet) tell(place, what);
+  }
+
   void tell(const Place& place, const std::string& what) {
     const std::string which =
         place.isInMailbox ? "message " + std::to_string(place.message.index()) + ": " : "";
@@ -199,10 +211,10 @@ class MailWork {
     for (const MailProblem& problem : message.problems) {
       const std::string where =
           problem.offset ? " (offset " + std::to_string(*problem.offset) + ")" : "";
-      tell(place, problem.reason + where);
+      note(place, problem.reason + where);
     }
     if (message.untoldProblems != 0)
-      tell(place, std::to_string(message.untoldProblems) + " more problems");
+      note(place, std::to_string(message.untoldProblems) + " more problems");
   }
 
   void reportFailure(const Place& place, const Failure& failure) {
@@ -225,10 +237,10 @@ class MailWork {
 
 int showMails(const Arguments& arguments) {
   const ksv_mail_reader& reader = loadedMailReader();
-  const std::vector<std::string> files = mailFiles(arguments.operands);
+  const Inputs inputs = mailFiles(arguments.inputs);
   const RuleBase ruleBase;
   const CharsetNames names = ruleBase.names();
-  return MailWork(arguments, reader, files, names).run();
+  return MailWork(arguments, reader, inputs, names).run();
 }
 
 void addCharsetOptions(Subcommand& job, Arguments& arguments) {
@@ -251,7 +263,7 @@ void addCharsetOptions(Subcommand& job, Arguments& arguments) {
 void addMailJob(OptionParser& parser) {
   Subcommand job = parser.job(groups::kDocuments, "mail", "Show mails and mailboxes");
   auto arguments = std::make_shared<Arguments>();
-  job.operands("FILE", arguments->operands, "The mails; none, or -, is standard input");
+  addInputs(job, arguments->inputs, "The mails; none, or -, is standard input");
   addCharsetOptions(job, *arguments);
   job.value("--headers", "WHICH", arguments->fields, "The fields to show; default: usual",
             {.usual = {"usual", "all", "none"}});
@@ -260,6 +272,7 @@ void addMailJob(OptionParser& parser) {
   job.flag("--json", arguments->json, "One JSON object a line for each mail, with all there is");
   job.flag("--strict", arguments->strict,
            "Exit with 1 when a mail is damaged, or something was skipped or replaced");
+  addVerbosity(job, arguments->verbosity, kTellsSums);
   job.workers(arguments->jobs, "Work on N files at once");
   job.footer(kFooter);
   job.work([arguments] { return showMails(*arguments); });
