@@ -83,9 +83,10 @@ LossReport::LossReport(const CharsetChoice& from, const CharsetChoice& to,
       places_(reading_.source) {
   checkReplacements(converting_);
   reading_.tellsOrigins = true;
-  reading_.invalid = asking([this](const Problem& problem) { return noteInvalid(problem); });
+  reading_.invalid = leavingOut();
   reading_.unmappable = {};
-  converting_.invalid = leavingOut();
+  // Not of the reading: charsets that share a set hand on its codes without characters, too.
+  converting_.invalid = asking([this](const Problem& problem) { return noteInvalid(problem); });
   converting_.unmappable =
       asking([this](const Problem& problem) { return noteUnmappable(problem); });
   decoder_ = std::make_unique<Pipeline>(reading_);

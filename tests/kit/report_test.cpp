@@ -114,6 +114,36 @@ TEST(Report, agrees_with_what_the_conversion_does) {
   }
 }
 
+// Charsets that share a set hand its codes on, those without a character as well.
+TEST(Report, tells_no_loss_of_codes_that_are_handed_on) {
+  const struct {
+    const char* from;
+    const char* to;
+    std::string front;
+    int first;
+    int last;
+  } pairs[] = {{"OASYS_ONLINE", "ISO-2022-JP", "", 0x21, 0x7E},
+               {"ISO-2022-JP", "EUC-JP", "\x1B$B", 0x21, 0x7E},
+               {"EUC-JP", "ISO-2022-JP", "", 0xA1, 0xFE},
+               {"SJIS", "EUC-JP", "", 0x81, 0x9F},
+               {"EUC-JP", "UTF-8", "", 0xA1, 0xFE},
+               {"CP932", "SJIS", "", 0x81, 0xFC}};
+  for (const auto& [from, to, front, first, last] : pairs) {
+    int whole = 0;
+    for (int lead = first; lead <= last; ++lead) {
+      for (int trail = first; trail <= last; trail += 3) {
+        const std::string text = front + static_cast<char>(lead) + static_cast<char>(trail);
+        const ksv_loss_totals totals = ksv::Report(from, to, text).totals();
+        const bool isWhole = convert(from, to, text).result == KSV_OK;
+        EXPECT_EQ(totals.invalid + totals.unmappable == 0, isWhole)
+            << from << " to " << to << std::hex << ' ' << lead << ' ' << trail;
+        whole += isWhole ? 1 : 0;
+      }
+    }
+    EXPECT_GT(whole, 200) << from;
+  }
+}
+
 TEST(Report, is_one_json_object_and_a_table) {
   const ksv::Report report("UTF-8", "SJIS", "x\xC3\xA9\x01\xFF\"");
   EXPECT_EQ(report.json(),
