@@ -113,8 +113,9 @@ struct ArgumentParser::Parsed {
     const char* const help = option.help;
     switch (option.kind) {
       case Kind::kOperands:
-        return job.add_option(option.names, *std::get<std::vector<std::string>*>(option.target),
-                              help);
+        return job
+            .add_option(option.names, *std::get<std::vector<std::string>*>(option.target), help)
+            ->allow_extra_args(false);  // else [a,b] would be a and b
       case Kind::kValues:
         return job
             .add_option(option.names, *std::get<std::vector<std::string>*>(option.target), help)

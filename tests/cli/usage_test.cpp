@@ -188,6 +188,18 @@ TEST_F(Usage, language_is_a_name_in_ascii) {
     expectWrong({"convert", "-f", "utf8", "-t", "utf8", "--language", name}, "--language takes");
 }
 
+// The library for options takes values in brackets for lists.
+TEST_F(Usage, brackets_are_part_of_a_name) {
+  write("a", bytes({0x82, 0xA0}));
+  write("[a]", bytes({0x82, 0xA2}));
+  write("[a,b]", bytes({0x82, 0xA4}));
+  EXPECT_EQ(ksv({"convert", "-f", "sjis", "-t", "utf8", "[a]", "[a,b]"}).out, "いう");
+  EXPECT_EQ(ksv({"convert", "-fsjis", "-tutf8", "--in-place", "[a]"}).status, 0);
+  EXPECT_EQ(read("a"), bytes({0x82, 0xA0}));
+  EXPECT_EQ(read("[a]"), "い");
+  EXPECT_EQ(ksv({"check", "[b]"}).err, "ksv: [b]: No such file or directory\n");
+}
+
 TEST_F(Usage, detect_and_check_name_their_inputs_once) {
   write("list", "-\n");
   expectWrong({"detect", "-", "-"}, "named twice");
