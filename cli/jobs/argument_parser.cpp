@@ -17,6 +17,19 @@ constexpr size_t kHelpColumn = 32;
 // What a flag has that is given without its value: no value that can be meant.
 constexpr char kBareValue[] = "/";
 
+// The parser would take [a,b] for the values a and b. So it sees this in front of the bracket.
+constexpr char kNoList = '\x01';
+
+void markBracket(std::string& argument) {
+  if (argument.starts_with('[')) argument.insert(0, 1, kNoList);
+}
+
+std::string withoutMarks(std::string text) {
+  for (size_t at = text.find("\x01["); at != text.npos; at = text.find("\x01[", at))
+    text.erase(at, 1);
+  return text;
+}
+
 std::string withBareValue(const std::string& name) { return name + "{" + kBareValue + "}"; }
 
 // The parser would show the value of a bare flag, and its type as if that were needed.
@@ -102,20 +115,25 @@ struct ArgumentParser::Parsed {
   }
 
  private:
+  static std::string unmark(std::string& value) {
+    value = withoutMarks(value);
+    return "";
+  }
+
   void add(CLI::App& job, const RecordedOption& option) {
     CLI::Option& added = *addTarget(job, option);
     if (option.kind == Kind::kNumber) added.check(numberFrom(option.range));
     if (option.kind != Kind::kFlag) added.type_name(option.isOperand() ? "" : option.type);
     applyTerms(added, option.terms);
+    if (option.kind != Kind::kFlag) added.transform(CLI::Validator(unmark, ""));
   }
 
   CLI::Option* addTarget(CLI::App& job, const RecordedOption& option) {
     const char* const help = option.help;
     switch (option.kind) {
       case Kind::kOperands:
-        return job
-            .add_option(option.names, *std::get<std::vector<std::string>*>(option.target), help)
-            ->allow_extra_args(false);  // else [a,b] would be a and b
+        return job.add_option(option.names, *std::get<std::vector<std::string>*>(option.target),
+                              help);
       case Kind::kValues:
         return job
             .add_option(option.names, *std::get<std::vector<std::string>*>(option.target), help)
@@ -171,6 +189,7 @@ Request ArgumentParser::parse(std::vector<std::string> arguments) {
     if (!chosen.empty()) chosenJob_ = chosen.back()->get_name();
   };
   try {
+    std::for_each(arguments.begin(), arguments.end(), markBracket);
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     app.parse(std::move(arguments));
   } catch (const CLI::Success& request) {  // help or version
@@ -179,7 +198,7 @@ Request ArgumentParser::parse(std::vector<std::string> arguments) {
     return {answer.str(), {}};
   } catch (const CLI::ParseError& error) {
     noteJob();
-    throw UsageError(chosenJob_.empty() ? withoutJob(app) : error.what());
+    throw UsageError(withoutMarks(chosenJob_.empty() ? withoutJob(app) : error.what()));
   }
   noteJob();
   return {"", parsed_->chosenWork};

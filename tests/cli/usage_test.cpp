@@ -197,7 +197,16 @@ TEST_F(Usage, brackets_are_part_of_a_name) {
   EXPECT_EQ(ksv({"convert", "-fsjis", "-tutf8", "--in-place", "[a]"}).status, 0);
   EXPECT_EQ(read("a"), bytes({0x82, 0xA0}));
   EXPECT_EQ(read("[a]"), "い");
-  EXPECT_EQ(ksv({"check", "[b]"}).err, "ksv: [b]: No such file or directory\n");
+  EXPECT_EQ(ksv({"check", "[b]", "a", "-", "[]"}).err,
+            "ksv: [b]: No such file or directory\nksv: []: No such file or directory\n");
+  EXPECT_EQ(ksv({"convert", "-fsjis", "-tutf8", "a", "-o", "[o]"}).status, 0);
+  EXPECT_EQ(read("[o]"), "あ");
+  EXPECT_EQ(
+      ksv({"detect", "-r", "--exclude", "[a]*", "--exclude", "?o]", "--exclude", "?a*", "."}).out,
+      "");
+  EXPECT_EQ(
+      ksv({"tables", "[x]"}).err,
+      "ksv: tables: The following argument was not expected: [x] (see 'ksv tables --help')\n");
 }
 
 TEST_F(Usage, detect_and_check_name_their_inputs_once) {
