@@ -17,13 +17,21 @@ constexpr size_t kHelpColumn = 32;
 // What a flag has that is given without its value: no value that can be meant.
 constexpr char kBareValue[] = "/";
 
-// The parser would take [a,b] for the values a and b. So it sees this in front of the bracket.
+// The parser would take [a,b] for the values a and b. So it sees this in front of the bracket, and
+// of the same byte where that is an argument's own.
 constexpr char kNoList = '\x01';
 
 void markBracket(std::string& argument) {
-  if (argument.starts_with('[')) argument.insert(0, 1, kNoList);
+  if (argument.starts_with('[') || argument.starts_with(kNoList)) argument.insert(0, 1, kNoList);
 }
 
+std::string unmark(std::string& value) {
+  const bool isMarked = value.starts_with("\x01[") || value.starts_with("\x01\x01");
+  if (isMarked) value.erase(0, 1);
+  return "";
+}
+
+// Of a message about arguments.
 std::string withoutMarks(std::string text) {
   for (size_t at = text.find("\x01["); at != text.npos; at = text.find("\x01[", at))
     text.erase(at, 1);
@@ -115,11 +123,6 @@ struct ArgumentParser::Parsed {
   }
 
  private:
-  static std::string unmark(std::string& value) {
-    value = withoutMarks(value);
-    return "";
-  }
-
   void add(CLI::App& job, const RecordedOption& option) {
     CLI::Option& added = *addTarget(job, option);
     if (option.kind == Kind::kNumber) added.check(numberFrom(option.range));

@@ -108,37 +108,41 @@ std::string ruleFor(const std::string& name, const CharsetNames& names) {
   throw UsageError(names.unknown(name));
 }
 
-// Who says how many bytes of a text to keep; not asked of one that is not longer than the limit.
-// Behind its length a unit more has to be readable.
-using Cut = std::function<size_t(const std::string& text, size_t length, size_t limit)>;
+struct Cut {
+  // How many bytes of a text to keep; not asked of one that is not longer than the limit. Behind
+  // its length a unit more has to be readable.
+  std::function<size_t(const std::string& text, size_t length, size_t limit)> keptOf;
+  uint64_t mostBytes = std::numeric_limits<ptrdiff_t>::max() - uint64_t{kWidestUnit};
+};
 
 Cut cutByRule(const std::string& rule) {
-  return [rule](const std::string& text, size_t length, size_t limit) -> size_t {
-    if (limit >= kMostBytes) throw Failure("is too long to be cut behind 2 GiB");
+  const auto keptOf = [rule](const std::string& text, size_t length, size_t limit) -> size_t {
     return CutStr(text.data(), static_cast<int32_t>(length), static_cast<int32_t>(limit),
                   rule.c_str());
   };
+  return {keptOf, kMostBytes};
 }
 
 // Names that only CutStr knows are cut as it does.
 Cut cutFor(const CutArguments& arguments, const CharsetNames& names) {
   const std::optional<CharsetChoice> charset = names.findSource(arguments.charset);
   if (arguments.classic || !charset) return cutByRule(ruleFor(arguments.charset, names));
-  return [charset](const std::string& text, size_t length, size_t limit) {
+  const auto keptOf = [charset](const std::string& text, size_t length, size_t limit) {
     return ksv_kit::leadingPiece(*charset, reinterpret_cast<const uint8_t*>(text.data()), length,
                                  limit);
   };
+  return {keptOf};
 }
 
 std::string leadingPiece(const CutArguments& arguments, const Cut& cut) {
-  constexpr uint64_t kMost = std::numeric_limits<ptrdiff_t>::max() - uint64_t{kWidestUnit};
-  const size_t limit = static_cast<size_t>(std::min(arguments.bytes, kMost));
+  const size_t limit = static_cast<size_t>(std::min(arguments.bytes, cut.mostBytes));
   const std::vector<uint8_t> read = readAtMost(*openInput(arguments.input), limit + kWidestUnit);
   std::string text(read.begin(), read.end());
   const size_t length = text.size();
   if (length <= limit) return text;
+  if (arguments.bytes > cut.mostBytes) throw Failure("is too long to be cut behind 2 GiB");
   text.append(kWidestUnit, '\0');
-  const size_t kept = cut(text, length, limit);
+  const size_t kept = cut.keptOf(text, length, limit);
   refuseSystemFaults();
   text.resize(kept);
   return text;

@@ -83,7 +83,8 @@ std::string encoded(const CharsetChoice& charset, char character, bool bigEndian
 // Whether the place is between CR and LF, and how many bytes the CR has.
 std::optional<size_t> partedReturn(const CharsetChoice& charset, std::string_view text,
                                    size_t place) {
-  for (const bool bigEndian : {false, true}) {
+  for (const bool bigEndian : {true, false}) {
+    if (!bigEndian && !charset.hasByteOrder()) break;
     const std::string carriageReturn = encoded(charset, '\r', bigEndian);
     const std::string lineFeed = encoded(charset, '\n', bigEndian);
     const bool isParted = !lineFeed.empty() && text.substr(0, place).ends_with(carriageReturn) &&

@@ -124,6 +124,12 @@ TEST_F(Cut, breaks_no_character_that_CutStr_breaks) {
   }
 }
 
+// What it is asked for fits into its arguments up to here.
+TEST_F(Cut, classic_takes_whole_texts_of_any_limit) {
+  for (const char* limit : {"2147483643", "2147483644", "9000000000000"})
+    EXPECT_EQ(ksv({"cut", "--classic", "-c", "utf8", "-n", limit}, "あ").out, "あ") << limit;
+}
+
 TEST_F(Cut, keeps_bytes_that_are_no_text) { EXPECT_EQ(cut("utf8", 3, "a\xFF\x80z"), "a\xFF\x80"); }
 
 TEST_F(Cut, reads_a_file_or_standard_input) {

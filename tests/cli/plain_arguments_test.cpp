@@ -173,6 +173,15 @@ TEST(PlainArguments, may_repeat_an_option_whose_values_are_taken_one_by_one) {
   }
 }
 
+// What marks a bracket for the library may stand in an argument as well.
+TEST(PlainArguments, of_brackets_and_odd_bytes_are_operands_as_they_are) {
+  const std::string read = outcome(
+      Reading::kByLibraryAlone,
+      {"many", "[a,b]", "\x01[a]", "\x01\x01[a]", "\x01", "x\x01[a]", "-t", "\x01[x]", "[]"}, "m");
+  EXPECT_NE(read.find("<[a,b]><\x01[a]><\x01\x01[a]><\x01><x\x01[a]><[]>"), read.npos) << read;
+  EXPECT_NE(read.find("to=\x01[x]"), read.npos) << read;
+}
+
 TEST(PlainArguments, are_read_by_the_command_as_by_the_library_alone) {
   const Arguments words = {
       "many",    "two",       "parted",      "list",        "-t",         "--to",
