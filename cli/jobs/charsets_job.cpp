@@ -21,10 +21,8 @@
 namespace ksv_cli {
 
 using ksv_kit::CharsetChoice;
-using ksv_kit::CharsetKind;
 using ksv_kit::CharsetListing;
 using ksv_kit::CharsetNames;
-using ksv_kit::RegistryEntry;
 using ksv_kit::Repertoire;
 
 namespace {
@@ -35,25 +33,10 @@ struct CharsetsArguments {
   bool ranges = false;
 };
 
-// A charset with what its name alone says of it.
-struct NamedCharset {
-  CharsetListing listing;
-  CharsetChoice choice;
-  const RegistryEntry* registered;  // null: no registry has it
-  std::optional<Repertoire> repertoire;
-
-  const char* mimeName() const { return registered == nullptr ? nullptr : registered->mimeName; }
-  const char* webName() const { return registered == nullptr ? nullptr : registered->webName; }
-  uint32_t codePage() const { return registered == nullptr ? 0 : registered->codePage; }
-  bool isStateful() const { return choice.kind != CharsetKind::kCharset; }
+// Of one that is asked for by its name more is told.
+struct ToldCharset : ksv_kit::NamedCharset {
+  std::optional<Repertoire> repertoire = std::nullopt;
 };
-
-NamedCharset described(const CharsetNames& names, CharsetListing listing) {
-  const CharsetChoice choice = names.findSource(listing.display).value();
-  const RegistryEntry* const registered = ksv_kit::registryEntryOf(
-      listing.sourceOnly ? choice.name : names.find(listing.display).value().name);
-  return {std::move(listing), choice, registered, std::nullopt};
-}
 
 nlohmann::ordered_json rangesOf(const Repertoire& repertoire) {
   nlohmann::ordered_json ranges = nlohmann::ordered_json::array();
@@ -69,7 +52,7 @@ uint64_t countOf(const Repertoire& repertoire) {
   return count;
 }
 
-std::string asJson(const NamedCharset& charset, bool ranges) {
+std::string asJson(const ToldCharset& charset, bool ranges) {
   nlohmann::ordered_json line = emptyRecord();
   line["name"] = charset.listing.display;
   line["aliases"] = charset.listing.aliases;
@@ -109,7 +92,7 @@ std::string rangeLines(const Repertoire& repertoire) {
   return lines;
 }
 
-std::string asText(const NamedCharset& charset, bool ranges) {
+std::string asText(const ToldCharset& charset, bool ranges) {
   std::string text = charset.listing.display + "\n";
   for (const std::string& alias : charset.listing.aliases) text += factLine("alias", alias);
   text += factLine("mail", orHyphen(charset.mimeName()));
@@ -125,24 +108,19 @@ std::string asText(const NamedCharset& charset, bool ranges) {
 
 std::string listOf(const CharsetNames& names, bool json) {
   std::string text;
-  for (CharsetListing& charset : names.list())
-    text += json ? asJson(described(names, std::move(charset)), false) : lineOf(charset);
+  for (ksv_kit::NamedCharset& charset : ksv_kit::namedCharsets(names))
+    text += json ? asJson({std::move(charset)}, false) : lineOf(charset.listing);
   return text;
 }
 
-// The listing of a charset by any of its names. Throws UsageError.
-NamedCharset charsetNamed(const CharsetNames& names, const std::string& name) {
-  const std::optional<CharsetChoice> written = names.find(name);
-  const std::optional<CharsetChoice> choice = written ? written : names.findSource(name);
+// By any of its names. Throws UsageError.
+ToldCharset charsetNamed(const CharsetNames& names, const std::string& name) {
+  const std::optional<CharsetChoice> choice = ksv_kit::findWrittenOrRead(names, name);
   if (!choice) throw UsageError(names.unknown(name));
-  for (CharsetListing& listing : names.list()) {
-    NamedCharset charset = described(names, std::move(listing));
-    const bool isIt = charset.listing.sourceOnly
-                          ? charset.choice.name == choice->name
-                          : names.find(charset.listing.display)->name == choice->name;
-    if (!isIt) continue;
-    if (written) charset.repertoire = ksv_kit::repertoireOf(*written);
-    return charset;
+  for (ksv_kit::NamedCharset& charset : ksv_kit::namedCharsets(names)) {
+    if (charset.choice.name != choice->name) continue;
+    if (!charset.canBeWritten()) return {std::move(charset)};
+    return {std::move(charset), ksv_kit::repertoireOf(*choice)};
   }
   throw UsageError(names.unknown(name));
 }
@@ -155,7 +133,7 @@ int tellCharsets(const CharsetsArguments& arguments) {
   std::string text;
   if (arguments.names.empty()) text = listOf(names, arguments.json);
   for (const std::string& name : arguments.names) {
-    const NamedCharset charset = charsetNamed(names, name);
+    const ToldCharset charset = charsetNamed(names, name);
     text += arguments.json ? asJson(charset, arguments.ranges) : asText(charset, arguments.ranges);
   }
   refuseSystemFaults();

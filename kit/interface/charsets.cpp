@@ -3,6 +3,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kit/convert/pipeline.h"
@@ -11,15 +12,12 @@
 #include "kit/repertoire/charset_facts.h"
 #include "ksv.h"
 
-struct ksv_charset {
-  ksv_kit::CharsetListing listing;
-  ksv_kit::CharsetChoice choice;  // as it is read
-  bool canBeWritten = false;
-  const ksv_kit::RegistryEntry* registered = nullptr;
+struct ksv_charset : ksv_kit::NamedCharset {
+  explicit ksv_charset(ksv_kit::NamedCharset charset) : NamedCharset(std::move(charset)) {}
 
   const ksv_kit::Repertoire& repertoire() const {
     std::call_once(counted, [this] {
-      if (canBeWritten) found = ksv_kit::repertoireOf(choice);
+      if (canBeWritten()) found = ksv_kit::repertoireOf(choice);
     });
     return found;
   }
@@ -34,32 +32,18 @@ namespace {
 // All of them, kept until the process ends.
 using Charsets = std::vector<std::unique_ptr<ksv_charset>>;
 
-std::unique_ptr<ksv_charset> charsetOf(const CharsetNames& names, CharsetListing listing) {
-  auto charset = std::make_unique<ksv_charset>();
-  charset->canBeWritten = !listing.sourceOnly;
-  charset->choice =
-      (listing.sourceOnly ? names.findSource(listing.display) : names.find(listing.display))
-          .value();
-  charset->registered = registryEntryOf(charset->choice.name);
-  charset->listing = std::move(listing);
-  return charset;
-}
-
 const Charsets& charsets() {
   static const Charsets* const all = [] {
-    const CharsetNames& names = Engine::instance().names();
     auto made = std::make_unique<Charsets>();
-    for (CharsetListing& listing : names.list())
-      made->push_back(charsetOf(names, std::move(listing)));
+    for (NamedCharset& charset : namedCharsets(Engine::instance().names()))
+      made->push_back(std::make_unique<ksv_charset>(std::move(charset)));
     return made.release();
   }();
   return *all;
 }
 
 const ksv_charset* charsetNamed(const char* name) {
-  const CharsetNames& names = Engine::instance().names();
-  const std::optional<CharsetChoice> written = names.find(name);
-  const std::optional<CharsetChoice> choice = written ? written : names.findSource(name);
+  const std::optional<CharsetChoice> choice = findWrittenOrRead(Engine::instance().names(), name);
   if (!choice) return nullptr;
   for (const auto& charset : charsets())
     if (charset->choice.name == choice->name) return charset.get();
@@ -130,26 +114,23 @@ const char* ksv_charset_alias(const ksv_charset* charset, size_t index) {
 }
 
 const char* ksv_charset_mime_name(const ksv_charset* charset) {
-  if (charset == nullptr || charset->registered == nullptr) return nullptr;
-  return charset->registered->mimeName;
+  return charset == nullptr ? nullptr : charset->mimeName();
 }
 
 const char* ksv_charset_web_name(const ksv_charset* charset) {
-  if (charset == nullptr || charset->registered == nullptr) return nullptr;
-  return charset->registered->webName;
+  return charset == nullptr ? nullptr : charset->webName();
 }
 
 uint32_t ksv_charset_code_page(const ksv_charset* charset) {
-  if (charset == nullptr || charset->registered == nullptr) return 0;
-  return charset->registered->codePage;
+  return charset == nullptr ? 0 : charset->codePage();
 }
 
 int ksv_charset_can_be_written(const ksv_charset* charset) {
-  return charset != nullptr && charset->canBeWritten;
+  return charset != nullptr && charset->canBeWritten();
 }
 
 int ksv_charset_is_stateful(const ksv_charset* charset) {
-  return charset != nullptr && charset->choice.kind != ksv_kit::CharsetKind::kCharset;
+  return charset != nullptr && charset->isStateful();
 }
 
 uint32_t ksv_charset_longest_character(const ksv_charset* charset) {
@@ -163,7 +144,7 @@ ksv_result ksv_charset_repertoire(const ksv_charset* charset, const uint32_t** r
     return ksv_kit::refuseCharset(error, nullptr);
   *ranges = nullptr;
   *count = 0;
-  if (!charset->canBeWritten) return ksv_kit::refuseCharset(error, charset);
+  if (!charset->canBeWritten()) return ksv_kit::refuseCharset(error, charset);
   return ksv_kit::guarded(error, [&] {
     const ksv_kit::Repertoire& repertoire = charset->repertoire();
     *ranges = repertoire.ranges.data();
@@ -179,7 +160,7 @@ int ksv_charset_has(const ksv_charset* charset, uint32_t code_point) {
 
 ksv_result ksv_charset_can_hold(const ksv_charset* charset, const char* utf8, size_t length,
                                 ksv_error* error) {
-  if (charset == nullptr || !charset->canBeWritten) return ksv_kit::refuseCharset(error, charset);
+  if (charset == nullptr || !charset->canBeWritten()) return ksv_kit::refuseCharset(error, charset);
   if (utf8 == nullptr && length != 0) return ksv_kit::refuseCharset(error, nullptr);
   return ksv_kit::guarded(
       error, [&] { return ksv_kit::encode(*charset, utf8, length, error, [](size_t) {}); });
@@ -189,7 +170,7 @@ ksv_result ksv_charset_encoded_length(const ksv_charset* charset, const char* ut
                                       size_t* encoded_length, ksv_error* error) {
   if (encoded_length == nullptr) return ksv_kit::refuseCharset(error, nullptr);
   *encoded_length = 0;
-  if (charset == nullptr || !charset->canBeWritten) return ksv_kit::refuseCharset(error, charset);
+  if (charset == nullptr || !charset->canBeWritten()) return ksv_kit::refuseCharset(error, charset);
   if (utf8 == nullptr && length != 0) return ksv_kit::refuseCharset(error, nullptr);
   return ksv_kit::guarded(error, [&] {
     size_t total = 0;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 #include "common/utf16.h"
 #include "ksv_cconv.h"
@@ -67,6 +68,21 @@ const RegistryEntry* registryEntryOf(std::string_view charset) {
   const auto found = std::find_if(std::begin(kRegistry), std::end(kRegistry),
                                   [&](const RegistryEntry& row) { return charset == row.charset; });
   return found == std::end(kRegistry) ? nullptr : found;
+}
+
+std::optional<CharsetChoice> findWrittenOrRead(const CharsetNames& names, std::string_view name) {
+  const std::optional<CharsetChoice> written = names.find(name);
+  return written ? written : names.findSource(name);
+}
+
+std::vector<NamedCharset> namedCharsets(const CharsetNames& names) {
+  std::vector<NamedCharset> charsets;
+  for (CharsetListing& listing : names.list()) {
+    CharsetChoice choice = findWrittenOrRead(names, listing.display).value();
+    const RegistryEntry* const registered = registryEntryOf(choice.name);
+    charsets.push_back({std::move(listing), std::move(choice), registered});
+  }
+  return charsets;
 }
 
 bool Repertoire::has(uint32_t character) const {
