@@ -1,7 +1,6 @@
 #include "cli/jobs/file_tree.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 
 #include "cli/system/passing_names.h"
@@ -48,8 +47,9 @@ class TreeSearch {
 
   void addEntriesOf(const std::string& directory, const std::string& below) {
     try {
-      for (const DirectoryEntry& entry : platform::entriesOf(directory) | std::views::reverse)
-        add(entry, platform::joinPath(directory, entry.name), below + entry.name);
+      const std::vector<DirectoryEntry> entries = platform::entriesOf(directory);
+      for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
+        add(*entry, platform::joinPath(directory, entry->name), below + entry->name);
     } catch (const Failure& failure) {
       take_({directory, std::min(belowAt_, directory.size()), failure});
     }
