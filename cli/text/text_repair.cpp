@@ -5,8 +5,15 @@
 #include "cli/system/failure.h"
 #include "cli/text/conversion_settings.h"
 #include "cli/text/text_failure.h"
+#include "kit/text/unicode_check.h"
 
 namespace ksv_cli {
+
+using ksv_kit::ScanEnd;
+using ksv_kit::ScanResult;
+using ksv_kit::scanUnicode;
+using ksv_kit::UnicodeForm;
+
 namespace {
 
 RepairFacts factsOf(const ksv_repair_counts& counts) {
@@ -34,17 +41,16 @@ std::string RepairFacts::inMoreWords() const {
 }
 
 bool canBeRepaired(const ksv_kit::CharsetChoice& charset) {
-  return charset.form == ksv_kit::UnicodeForm::kUtf8 || charset.name == kAsciiName;
+  return charset.form == UnicodeForm::kUtf8 || charset.name == kAsciiName;
 }
 
 RepairedText repairedText(const std::string& text) {
-  try {
-    ksv::Repair repair = ksv::repair(text);
-    return {std::move(repair.text), factsOf(repair.counts)};
-  } catch (const ksv::Error& error) {
-    if (error.result() != KSV_INVALID) throw;
-    throw Failure::at(error.offset(), "is no UTF-8", atOffset(error.offset()));
-  }
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  const ScanResult scanned = scanUnicode(UnicodeForm::kUtf8, false, bytes, text.size());
+  if (scanned.end != ScanEnd::kAll)
+    throw Failure::at(scanned.wellFormed, "is no UTF-8", atOffset(scanned.wellFormed));
+  ksv::Repair repair = ksv::repair(text);
+  return {std::move(repair.text), factsOf(repair.counts)};
 }
 
 }  // namespace ksv_cli

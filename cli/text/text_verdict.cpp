@@ -96,15 +96,15 @@ const char* contentName(ksv_content content) {
 
 const char* lineEndName(ksv_line_end lineEnd) {
   switch (lineEnd) {
-    case KSV_LINE_ENDS_LF:
+    case KSV_LINES_LF:
       return "lf";
-    case KSV_LINE_ENDS_CRLF:
+    case KSV_LINES_CRLF:
       return "crlf";
-    case KSV_LINE_ENDS_CR:
+    case KSV_LINES_CR:
       return "cr";
-    case KSV_LINE_ENDS_MIXED:
+    case KSV_LINES_MIXED:
       return "mixed";
-    case KSV_LINE_ENDS_NONE:
+    case KSV_ONE_LINE:
       break;
   }
   return nullptr;
