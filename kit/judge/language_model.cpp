@@ -256,6 +256,7 @@ struct ModelMaker {
     auto model = std::make_unique<EastAsianModel>();
     std::memcpy(model->changes_.data(), facts.changes, model->changes_.size());
     const Groups& groupsOfAll = groups();
+    model->groups_ = groupsOfAll.of.data();
     for (size_t c = 0; c < model->characters_.size(); ++c)
       model->characters_[c] = facts.others[groupsOfAll.of[c]];
     for (const Band* band = facts.characters; band != facts.characters + facts.characterBands;
@@ -307,8 +308,7 @@ const EastAsianModel& EastAsianModel::of(Language language) {
   return ModelMaker::kept<EastAsianModel>(language, ModelMaker::eastAsian);
 }
 
-uint8_t EastAsianModel::groupOf(char32_t character) {
-  if (character < 0x10000) return groups().of[character];
+uint8_t EastAsianModel::groupBeyondThePlane(char32_t character) {
   return character >= kFirstHanPlane ? kHan : kSymbolGroup;
 }
 

@@ -1,7 +1,9 @@
 // The charsets of one byte a character.
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <string_view>
+#include <utility>
 
 #include "kit/judge/pair_counts.h"
 #include "kit/judge/reading.h"
@@ -84,18 +86,33 @@ bool isNarrow(const char* narrow, const std::vector<char16_t>& bytes,
   return table != nullptr && charactersOf(*table, bytes) == characters;
 }
 
-LanguageCost bestOf(std::string_view languages, const PairCounts& pairs,
-                    const std::vector<char16_t>& characters, const std::vector<int32_t>& plain,
-                    const LanguagePriors& priors) {
-  LanguageCost best;
-  while (!languages.empty()) {
-    const size_t end = std::min(languages.find(' '), languages.size());
-    const Language language = languageNamed(languages.substr(0, end));
-    best.improve({language, alphabetCost(language, pairs, characters) + plain[language] +
-                                priors.of(language)});
-    languages.remove_prefix(std::min(end + 1, languages.size()));
+// A charset with its table, and the languages by their indexes.
+struct KnownCharset {
+  const SingleByteCharset* charset;
+  const ByteTable* table;
+  std::vector<Language> languages;
+};
+
+std::vector<Language> languagesNamed(std::string_view names) {
+  std::vector<Language> languages;
+  while (!names.empty()) {
+    const size_t end = std::min(names.find(' '), names.size());
+    languages.push_back(languageNamed(names.substr(0, end)));
+    names.remove_prefix(std::min(end + 1, names.size()));
   }
-  return best;
+  return languages;
+}
+
+// Those that the charset directory has.
+const std::vector<KnownCharset>& knownCharsets() {
+  static const std::vector<KnownCharset>* const known = [] {
+    auto all = std::make_unique<std::vector<KnownCharset>>();
+    for (const SingleByteCharset& charset : kCharsets)
+      if (const ByteTable* const table = byteTable(charset.name))
+        all->push_back({&charset, table, languagesNamed(charset.languages)});
+    return all.release();
+  }();
+  return *known;
 }
 
 const SingleByteCharset* charsetNamed(const std::string& name) {
@@ -118,20 +135,24 @@ std::string narrowestOf(const std::string& decodeAs, const std::vector<char16_t>
 
 void addSingleByteReadings(const Evidence& evidence, Readings& readings) {
   const PairCounts pairs(evidence.lines);
-  const std::vector<int32_t> plain = plainCosts(pairs, pairs.kinds());
-  for (const SingleByteCharset& charset : kCharsets) {
-    const ByteTable* const table = byteTable(charset.name);
-    if (table == nullptr) continue;
-    const std::vector<char16_t> characters = charactersOf(*table, pairs.kinds());
+  PlainCosts plain(pairs);
+  TellableCosts tellable(readings, pairs.high());
+  for (const KnownCharset& known : knownCharsets()) {
+    const SingleByteCharset& charset = *known.charset;
+    const std::vector<char16_t> characters = charactersOf(*known.table, pairs.kinds());
     if (characters.empty()) continue;
-    const LanguageCost best = bestOf(charset.languages, pairs, characters, plain, evidence.priors);
+    const int64_t rarity = charset.rarity * kBit;
+    const LanguageCost best = bestAlphabet(known.languages, {pairs, characters, plain},
+                                           evidence.priors, tellable.most() - rarity);
+    if (!best.isFound()) continue;
     Reading reading;
     reading.charset =
         isNarrow(charset.narrow, pairs.kinds(), characters) ? charset.narrow : charset.name;
     reading.decodeAs = charset.name;
     reading.language = best.language;
-    reading.cost = best.cost + charset.rarity * kBit;
+    reading.cost = best.cost + rarity;
     reading.sameText = hashOf(characters);
+    tellable.take(reading.cost);
     readings.push_back(std::move(reading));
   }
 }
