@@ -105,11 +105,13 @@ void TextSample::consider(const uint8_t* bytes, size_t length, bool isCut) {
   if (isMaybe) maybeTelling_ += count;
 }
 
-std::vector<uint8_t> TextSample::lines() const {
-  std::vector<uint8_t> all = lines_;
-  if (!endsAnywhere_ && !pieceBeginsAnywhere_ && !isFull())
-    all.insert(all.end(), piece_.begin(), piece_.end());
-  return all;
+std::span<const uint8_t> TextSample::lines(std::vector<uint8_t>& joined) const {
+  const bool isPieceTaken = !endsAnywhere_ && !pieceBeginsAnywhere_ && !isFull() && !piece_.empty();
+  if (!isPieceTaken) return lines_;
+  if (lines_.empty()) return piece_;
+  joined = lines_;
+  joined.insert(joined.end(), piece_.begin(), piece_.end());
+  return joined;
 }
 
 }  // namespace ksv_kit::judge

@@ -10,7 +10,7 @@ namespace ksv_kit::judge {
 namespace {
 
 // So many units of a text tell its language.
-constexpr size_t kTellsLanguage = 768;
+constexpr size_t kTellsLanguage = 480;
 
 // What speaks for UTF-8 for each of its characters of several bytes beyond what they are: in other
 // charsets such sequences are chance. No more than so much, or else damage could not be seen.

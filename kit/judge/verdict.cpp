@@ -32,7 +32,7 @@ constexpr double kLeastTold = 0.0001;
 constexpr size_t kMostGuesses = 16;
 
 // From here on a text that is more than this of the sample is settled.
-constexpr size_t kEnoughTelling = TextSample::kHead;
+constexpr size_t kEnoughTelling = 2048;
 constexpr double kSettled = 0.999;
 
 // ---- Marks ----
@@ -116,7 +116,7 @@ ksv_line_end lineEndIn(const std::string& charset, Bytes head, const TextFacts& 
 class Verdict {
  public:
   Verdict(const TextSample& sample, const TextFacts& facts, const Hints& hints, bool isWhole)
-      : lines_(sample.lines()),
+      : lines_(sample.lines(joined_)),
         head_(sample.head()),
         facts_(facts),
         hints_(hints),
@@ -206,8 +206,7 @@ class Verdict {
     Reading reading;
     reading.charset = kAsciiName;
     reading.decodeAs = kUtf8Name;
-    const PairCounts pairs{Bytes(lines_)};
-    PlainCosts plain(pairs);
+    const PlainCosts plain(lines_);
     LanguageCost best;
     for (size_t i = 0; i < languageCount(); ++i) {
       const auto language = static_cast<Language>(i);
@@ -224,8 +223,7 @@ class Verdict {
     const bool isSurelyUtf8 =
         !readings_.empty() && readings_.back().charset == kUtf8Name && highBytes() >= kManyHigh;
     if (!isSurelyUtf8) {
-      addMultiByteReadings(evidence_, readings_);
-      addSingleByteReadings(evidence_, readings_);
+      addCharsetReadings();
       if (!facts_.hasNuls()) addUnitReadings(evidence_, readings_);
     }
     if (isImplausible()) {
@@ -234,19 +232,37 @@ class Verdict {
     }
   }
 
+  // What is tried later is given up sooner: where no two bytes above ASCII follow each other the
+  // text is hardly made of pairs, and where all go by pairs it hardly is of single bytes.
+  void addCharsetReadings() {
+    const auto follow = std::adjacent_find(
+        lines_.begin(), lines_.end(), [](uint8_t a, uint8_t b) { return a >= 0x80 && b >= 0x80; });
+    if (follow == lines_.end()) {
+      addSingleByteReadings(evidence_, readings_);
+      addMultiByteReadings(evidence_, readings_);
+      return;
+    }
+    addMultiByteReadings(evidence_, readings_);
+    if (!isPlainlyOfPairs()) addSingleByteReadings(evidence_, readings_);
+  }
+
+  // Text in an alphabet costs more than this for a byte, when its bytes are single.
+  bool isPlainlyOfPairs() const {
+    const size_t high = highBytes();
+    if (high < kManyPairs) return false;
+    return std::any_of(readings_.begin(), readings_.end(), [&](const Reading& reading) {
+      return reading.charset != kUtf8Name &&
+             reading.cost * 2 < static_cast<int64_t>(high) * kPlainlyOfPairs;
+    });
+  }
+
   size_t highBytes() const {
     return static_cast<size_t>(
         std::count_if(lines_.begin(), lines_.end(), [](uint8_t byte) { return byte >= 0x80; }));
   }
 
-  // Of bytes of a charset that nobody knows each is as likely as another.
-  int64_t unknownCostOfBytes() const {
-    std::u16string characters(lines_.begin(), lines_.end());
-    return unknownCost(characters);
-  }
-
   bool isImplausible() const {
-    const int64_t unknown = unknownCostOfBytes();
+    const int64_t unknown = unknownCost(lines_);
     return std::none_of(readings_.begin(), readings_.end(),
                         [&](const Reading& reading) { return reading.cost < unknown * 3 / 4; });
   }
@@ -317,7 +333,7 @@ class Verdict {
   std::vector<double> confidences_() const {
     if (isSure_) return {kSure};
     const bool mayBeUnknown = !facts_.isAscii() && !facts_.hasNuls();
-    return confidencesOf(readings_, highBytes(), mayBeUnknown ? unknownCostOfBytes() : kNoLimit);
+    return confidencesOf(readings_, highBytes(), mayBeUnknown ? unknownCost(lines_) : kNoLimit);
   }
 
   Guess guessOf(const Reading& reading, double confidence) const {
@@ -345,6 +361,8 @@ class Verdict {
 
   // So many bytes above ASCII are UTF-8 by chance in no text.
   static constexpr size_t kManyHigh = 64;
+  static constexpr size_t kManyPairs = 160;
+  static constexpr int64_t kPlainlyOfPairs = 9 * kBit;  // for two bytes
   static constexpr int64_t kUndeclaredIsUnlikely = 4 * kBit;
   static constexpr uint64_t kTextPerControl = 24;
 
@@ -353,7 +371,8 @@ class Verdict {
     const char* where = "";
   };
 
-  const std::vector<uint8_t> lines_;
+  std::vector<uint8_t> joined_;
+  const Bytes lines_;
   const Bytes head_;
   const TextFacts& facts_;
   const Hints& hints_;
@@ -374,7 +393,7 @@ Detection verdictOn(const TextSample& sample, const TextFacts& facts, const Hint
 }
 
 bool isSettledBy(const Detection& detection, const TextSample& sample, const TextFacts& facts) {
-  if (detection.content == KSV_CONTENT_BINARY) return facts.size() >= kEnoughTelling;
+  if (detection.content == KSV_CONTENT_BINARY) return facts.size() >= TextSample::kHead;
   if (detection.guesses.empty()) return false;
   const Guess& best = detection.guesses.front();
   if (best.confidence < kSettled || best.charset == kAsciiName) return false;
