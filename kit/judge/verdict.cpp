@@ -111,6 +111,11 @@ ksv_line_end lineEndIn(const std::string& charset, Bytes head, const TextFacts& 
   return lineEndOf(facts.lineFeeds(), facts.carriageReturns(), facts.pairsOfBoth());
 }
 
+size_t countHigh(Bytes bytes) {
+  return static_cast<size_t>(
+      std::count_if(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte >= 0x80; }));
+}
+
 // ---- The verdict ----
 
 class Verdict {
@@ -120,6 +125,8 @@ class Verdict {
         head_(sample.head()),
         facts_(facts),
         hints_(hints),
+        isUtf8_(facts.isUtf8() && (!isWhole || facts.utf8Waiting() == 0)),
+        highBytes_(facts.isAscii() ? 0 : countHigh(lines_)),
         evidence_{head_,
                   lines_,
                   sample.endsAnywhere() || !isWhole,
@@ -219,7 +226,7 @@ class Verdict {
   }
 
   void addOfBytes() {
-    if (facts_.isUtf8()) addUtf8Reading(evidence_, readings_);
+    if (isUtf8_) addUtf8Reading(evidence_, readings_);
     const bool isSurelyUtf8 =
         !readings_.empty() && readings_.back().charset == kUtf8Name && highBytes() >= kManyHigh;
     if (!isSurelyUtf8) {
@@ -227,7 +234,7 @@ class Verdict {
       if (!facts_.hasNuls()) addUnitReadings(evidence_, readings_);
     }
     if (isImplausible()) {
-      if (!facts_.isUtf8()) addUtf8Reading(evidence_, readings_);
+      if (!isUtf8_) addUtf8Reading(evidence_, readings_);
       addDamagedReadings(evidence_, readings_);
     }
   }
@@ -256,10 +263,7 @@ class Verdict {
     });
   }
 
-  size_t highBytes() const {
-    return static_cast<size_t>(
-        std::count_if(lines_.begin(), lines_.end(), [](uint8_t byte) { return byte >= 0x80; }));
-  }
+  size_t highBytes() const { return highBytes_; }
 
   bool isImplausible() const {
     const int64_t unknown = unknownCost(lines_);
@@ -326,7 +330,7 @@ class Verdict {
     for (size_t i = 0; i < readings_.size() && detection.guesses.size() < kMostGuesses; ++i)
       if (i == 0 || confidences[i] >= kLeastTold)
         detection.guesses.push_back(guessOf(readings_[i], confidences[i]));
-    if (detection.guesses.front().charset == kUtf8Name && facts_.isUtf8())
+    if (detection.guesses.front().charset == kUtf8Name && isUtf8_)
       detection.misreadAs = misreadingOf(lines_);
   }
 
@@ -376,6 +380,8 @@ class Verdict {
   const Bytes head_;
   const TextFacts& facts_;
   const Hints& hints_;
+  const bool isUtf8_;
+  const size_t highBytes_;
   LanguagePriors priors_;
   const Evidence evidence_;
   Declared declared_;
