@@ -456,7 +456,7 @@ struct Guess {
   std::string reason;
   double confidence = 0;
   std::optional<std::uint64_t> invalid_offset;
-  ksv_line_end line_end = KSV_ONE_LINE;
+  ksv_line_end line_end = KSV_LINE_ENDS_NONE;
   std::uint32_t mark_length = 0;
 };
 
