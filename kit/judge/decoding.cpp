@@ -91,6 +91,16 @@ class Collected : public TextTarget {
   std::vector<uint8_t> bytes_;
 };
 
+std::optional<Units> decodeBy(const Plan& plan, Bytes text) {
+  Collected collected;
+  if (convertWhole(plan, text.data(), text.size(), collected)) return std::nullopt;
+  const size_t size = collected.bytes().size() / sizeof(char16_t);
+  Units units(size);
+  if (size != 0) std::memcpy(units.data(), collected.bytes().data(), size * sizeof(char16_t));
+  units.shrink(size);
+  return units;
+}
+
 }  // namespace
 
 std::optional<Units> decodeSound(const char* charset, Bytes text, bool mayEndInside) {
@@ -125,18 +135,17 @@ bool isSound(const char* charset, Bytes text) {
   return true;
 }
 
+std::optional<Units> decodeInSteps(const char* charset, Bytes text) {
+  const Plan* const plan = Decoders::all().plan(charset);
+  return plan == nullptr ? std::nullopt : decodeBy(*plan, text);
+}
+
 std::optional<Units> decodeDamaged(const char* charset, Bytes text) {
   ksv_options options = KSV_OPTIONS_INIT;
   options.invalid = KSV_REPLACE;
   options.invalid_text = "\xEF\xBF\xBD";
   try {
-    const Plan plan(charset, kUnits, &options);
-    Collected collected;
-    if (convertWhole(plan, text.data(), text.size(), collected)) return std::nullopt;
-    Units units(collected.bytes().size() / 2);
-    std::memcpy(units.data(), collected.bytes().data(), collected.bytes().size() / 2 * 2);
-    units.shrink(collected.bytes().size() / 2);
-    return units;
+    return decodeBy(Plan(charset, kUnits, &options), text);
   } catch (const UnknownCharset&) {
     return std::nullopt;
   }

@@ -33,6 +33,9 @@ class Units {
 // have it. mayEndInside: up to three bytes at the end may be left over. Throws UnusableEngine.
 std::optional<Units> decodeSound(const char* charset, Bytes text, bool mayEndInside);
 
+// The same for charsets that the engine has not by itself: with shifts, UTF-7, HZ.
+std::optional<Units> decodeInSteps(const char* charset, Bytes text);
+
 // Whether the text is wholly of the charset; of long ones, too.
 bool isSound(const char* charset, Bytes text);
 

@@ -95,13 +95,15 @@ class EastAsianModel {
   friend struct ModelMaker;
 
   static constexpr size_t kPlane = 0x10000;
+  // Of a blank, a letter, a sign and a control code.
+  static constexpr int32_t kAsciiCosts[] = {0, 4 * kBit, 3 * kBit, 8 * kBit};
   static constexpr size_t kPairSlots = 16384;
   static constexpr int32_t kNoPair = 0x7FFF;
   static constexpr int32_t kBeyondThePlane = 17 * kBit;
 
   static uint8_t groupBeyondThePlane(char32_t character);
   int32_t characterCost(char32_t character, uint8_t group) const {
-    if (isAsciiGroup(group)) return group == kSpaceGroup ? 0 : 2 * kBit;
+    if (isAsciiGroup(group)) return kAsciiCosts[group];
     return character < kPlane ? characters_[character] * kBit : kBeyondThePlane;
   }
   static size_t slotOf(uint32_t pair) { return (pair * 0x9E3779B1u) >> 18; }

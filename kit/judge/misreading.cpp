@@ -198,7 +198,7 @@ void eachLine(Bytes text, Take take) {
 
 int64_t leastCost(const std::string& utf8) {
   const auto text = decodeSound("UTF-8", bytesIn(utf8), false);
-  if (!text) return INT64_MAX;
+  if (!text) return kNoLimit;
   const LanguagePriors priors;
   return std::min(bestLanguage(*text, priors).cost, unknownCost(*text));
 }

@@ -113,7 +113,7 @@ void addDamagedReadings(const Evidence& evidence, Readings& readings) {
     if (!text) continue;
     const auto damages = static_cast<size_t>(std::count(text->begin(), text->end(), u'\uFFFD'));
     if (damages == 0 || isTooDamaged(damages, text->size())) continue;
-    auto reading = readingOf(family, step, *text, evidence.priors, INT64_MAX / 2);
+    auto reading = readingOf(family, step, *text, evidence.priors, kNoLimit);
     if (!reading) continue;
     reading->invalid = damages;
     reading->cost += damageCost(damages);

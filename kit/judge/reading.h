@@ -60,7 +60,7 @@ class TellableCosts {
 
  private:
   int64_t above_;
-  int64_t most_ = INT64_MAX / 2;
+  int64_t most_ = kNoLimit;
 };
 
 // A charset and what has more characters than it: the narrow one first.

@@ -54,7 +54,7 @@ std::optional<int64_t> costIn(const State& state, Bytes line) {
   if (!text) return std::nullopt;
   if (state.language == kNoLanguage) return unknownCost(*text);
   if (languageFacts(state.language).script == Script::kEastAsian)
-    return eastAsianCost(state.language, *text, INT64_MAX);
+    return eastAsianCost(state.language, *text, kNoLimit);
   const AlphabetModel& model = AlphabetModel::of(state.language);
   int64_t cost = 0;
   uint8_t before = AlphabetModel::kSpace;

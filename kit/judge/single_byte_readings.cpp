@@ -18,6 +18,9 @@ struct SingleByteCharset {
   int32_t rarity;         // in bits: what a text costs for being in it
 };
 
+// What speaks against a charset of another script in a text that has no letter of it.
+constexpr int64_t kWithoutLetters = 16 * kBit;
+
 constexpr char kWestern[] = "en de fr es pt it nl da sv nb fi is ga ca eu gl sq";
 constexpr char kCentral[] = "pl cs sk hu ro sl hr sq de";
 constexpr char kCyrillic[] = "ru uk bg sr mk be";
@@ -58,10 +61,10 @@ constexpr SingleByteCharset kCharsets[] = {
     {"windows-1258", nullptr, "vi", 1},
     {"VISCII", nullptr, "vi", 3},
     {"ISO-8859-16", nullptr, "ro", 4},
-    {"IBM852", nullptr, kCentral, 5},
     {"ISO-8859-14", nullptr, "cy ga", 4},
     {"macintosh", nullptr, kWestern, 5},
-    {"IBM850", nullptr, kWestern, 6},
+    {"IBM850", nullptr, kWestern, 5},
+    {"IBM852", nullptr, kCentral, 6},
     {"IBM437", nullptr, "en de fr es it fi sv", 7},
     {"IBM858", nullptr, kWestern, 9},
     {"IBM860", nullptr, "pt", 9},
@@ -89,6 +92,7 @@ bool isNarrow(const char* narrow, const std::vector<char16_t>& bytes,
 // A charset with its table, and the languages by their indexes.
 struct KnownCharset {
   const SingleByteCharset* charset;
+  Script script;
   const ByteTable* table;
   std::vector<Language> languages;
 };
@@ -103,16 +107,22 @@ std::vector<Language> languagesNamed(std::string_view names) {
   return languages;
 }
 
+KnownCharset known(const SingleByteCharset& charset, const ByteTable& table) {
+  std::vector<Language> languages = languagesNamed(charset.languages);
+  const Script script = languageFacts(languages.front()).script;
+  return {&charset, script, &table, std::move(languages)};
+}
+
 // Those that the charset directory has.
 const std::vector<KnownCharset>& knownCharsets() {
-  static const std::vector<KnownCharset>* const known = [] {
+  static const std::vector<KnownCharset>* const allKnown = [] {
     auto all = std::make_unique<std::vector<KnownCharset>>();
     for (const SingleByteCharset& charset : kCharsets)
       if (const ByteTable* const table = byteTable(charset.name))
-        all->push_back({&charset, table, languagesNamed(charset.languages)});
+        all->push_back(known(charset, *table));
     return all.release();
   }();
-  return *known;
+  return *allKnown;
 }
 
 const SingleByteCharset* charsetNamed(const std::string& name) {
@@ -141,7 +151,9 @@ void addSingleByteReadings(const Evidence& evidence, Readings& readings) {
     const SingleByteCharset& charset = *known.charset;
     const std::vector<char16_t> characters = charactersOf(*known.table, pairs.kinds());
     if (characters.empty()) continue;
-    const int64_t rarity = charset.rarity * kBit;
+    const bool hasLetters =
+        known.script == Script::kLatin || hasLettersOf(known.script, characters);
+    const int64_t rarity = charset.rarity * kBit + (hasLetters ? 0 : kWithoutLetters);
     const LanguageCost best = bestAlphabet(known.languages, {pairs, characters, plain},
                                            evidence.priors, tellable.most() - rarity);
     if (!best.isFound()) continue;

@@ -126,6 +126,11 @@ int64_t PlainCosts::costIn(Language language) const {
   return cost;
 }
 
+bool hasLettersOf(Script script, std::span<const char16_t> characters) {
+  return std::any_of(characters.begin(), characters.end(),
+                     [&](char16_t c) { return c >= 0xC0 && scriptOf(c) == script; });
+}
+
 LanguageCost bestAlphabet(std::span<const Language> languages, const AlphabetText& text,
                           const LanguagePriors& priors, int64_t limit) {
   LanguageCost best;
@@ -174,6 +179,18 @@ LanguageCost bestLanguage(std::span<const char16_t> text, const LanguagePriors& 
   best.improve(bestAlphabet(alphabetsOf(scripts), {pairs, pairs.kinds(), plain}, priors,
                             std::min(limit, best.cost)));
   return best;
+}
+
+int64_t plainCost(std::span<const uint8_t> bytes) {
+  const AlphabetModel& model = AlphabetModel::of(languageNamed("en"));
+  int64_t cost = 0;
+  uint8_t before = ' ';
+  for (const uint8_t byte : bytes) {
+    if (byte < 0x80 && before < 0x80)
+      cost += model.cost(model.symbolOf(before), model.symbolOf(byte));
+    before = byte;
+  }
+  return cost;
 }
 
 int64_t unknownCost(std::span<const char16_t> text) {

@@ -11,9 +11,12 @@
 
 namespace ksv_kit::judge {
 
+// More than anything costs, with room to add to it.
+inline constexpr int64_t kNoLimit = INT64_MAX / 4;
+
 struct LanguageCost {
   Language language = kNoLanguage;
-  int64_t cost = INT64_MAX;  // in quarters of a bit
+  int64_t cost = kNoLimit;  // in quarters of a bit
 
   bool isFound() const { return language != kNoLanguage; }
   void improve(const LanguageCost& other) {
@@ -61,6 +64,9 @@ struct AlphabetText {
   PlainCosts& plain;
 };
 
+// Whether any of the characters is a letter of the script.
+bool hasLettersOf(Script script, std::span<const char16_t> characters);
+
 // The best of the languages, if it costs no more than the limit.
 LanguageCost bestAlphabet(std::span<const Language> languages, const AlphabetText& text,
                           const LanguagePriors& priors, int64_t limit);
@@ -71,7 +77,11 @@ int64_t eastAsianCost(Language language, std::span<const char16_t> text, int64_t
 // The best of all languages for a text whose characters are known, if it costs no more than the
 // limit.
 LanguageCost bestLanguage(std::span<const char16_t> text, const LanguagePriors& priors,
-                          int64_t limit = INT64_MAX);
+                          int64_t limit = kNoLimit);
+
+// What the ASCII among the bytes costs, which is nothing elsewhere: against readings in which it is
+// no ASCII.
+int64_t plainCost(std::span<const uint8_t> bytes);
 
 // What a text costs in a language and charset that nobody here knows.
 int64_t unknownCost(std::span<const char16_t> text);

@@ -131,6 +131,8 @@ void addUtf8Reading(const Evidence& evidence, Readings& readings) {
 
 void addUnitReadings(const Evidence& evidence, Readings& readings) {
   TellableCosts tellable(readings, evidence.head.size());
+  const int64_t plain =
+      plainCost(evidence.head.first(std::min(evidence.head.size(), 2 * kTellsLanguage)));
   for (const UnitForm& form : kUnitForms) {
     if (!mayHaveUnits(evidence, form)) continue;
     const Bytes bytes = evidence.head.first(evidence.head.size() / form.unit * form.unit);
@@ -141,9 +143,10 @@ void addUnitReadings(const Evidence& evidence, Readings& readings) {
     const size_t unlikely = countUnlikely(text);
     if (unlikely * 10 > text.size()) continue;
     const int64_t prior = static_cast<int64_t>(unlikely) * kUnlikelyInText +
-                          (evidence.facts.hasNuls() ? 0 : kWithoutNul);
+                          (evidence.facts.hasNuls() ? 0 : kWithoutNul) - plain;
     const LanguageCost best = bestLanguage(text, evidence.priors, tellable.most() - prior);
     const int64_t unknown = unknownCost(text);
+    if (!evidence.facts.hasNuls() && (!best.isFound() || unknown < best.cost)) continue;
     const int64_t cost = std::min(unknown, best.cost);
     if (cost > tellable.most() - prior) continue;
     Reading reading;

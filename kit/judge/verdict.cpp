@@ -257,7 +257,7 @@ class Verdict {
     const auto is = [&](const Reading& reading) { return isCalled(reading, declared_.name); };
     if (std::any_of(readings_.begin(), readings_.end(), is) || declared_.name.starts_with("UTF-16"))
       return;
-    const auto text = decodeSound(declared_.name.c_str(), lines_, evidence_.mayEndInside);
+    const auto text = decodeInSteps(declared_.name.c_str(), lines_);
     if (!text) return;
     const LanguageCost best = bestLanguage(*text, priors_);
     Reading reading;
@@ -316,8 +316,8 @@ class Verdict {
 
   std::vector<double> confidences_() const {
     if (isSure_) return {kSure};
-    return confidencesOf(readings_, highBytes(),
-                         facts_.isAscii() ? INT64_MAX / 4 : unknownCostOfBytes());
+    const bool mayBeUnknown = !facts_.isAscii() && !facts_.hasNuls();
+    return confidencesOf(readings_, highBytes(), mayBeUnknown ? unknownCostOfBytes() : kNoLimit);
   }
 
   Guess guessOf(const Reading& reading, double confidence) const {
