@@ -456,7 +456,7 @@ struct Guess {
   std::string reason;
   double confidence = 0;
   std::optional<std::uint64_t> invalid_offset;
-  ksv_line_end line_end = KSV_ONE_LINE;
+  ksv_line_end line_end = KSV_LINE_ENDS_NONE;
   std::uint32_t mark_length = 0;
 };
 
@@ -567,7 +567,7 @@ class Detector {
 struct Segment {
   std::uint64_t offset = 0;
   std::uint64_t length = 0;
-  std::string charset;
+  std::string charset;                   // empty where none fits
   std::optional<std::string> decode_as;  // none: the library cannot read it
   double confidence = 0;
 };
@@ -582,7 +582,8 @@ inline std::vector<Segment> segments(std::string_view text, const Hints& hints =
   const std::unique_ptr<ksv_segment, detail::Free> owner(found);
   std::vector<Segment> segments;
   for (std::size_t i = 0; i < count; ++i)
-    segments.push_back({found[i].offset, found[i].length, found[i].charset,
+    segments.push_back({found[i].offset, found[i].length,
+                        detail::unlessNull(found[i].charset).value_or(""),
                         detail::unlessNull(found[i].decode_as), found[i].confidence});
   return segments;
 }

@@ -142,7 +142,7 @@ ordered_json segmentFields(const ksv::Segment& segment) {
   ordered_json fields = emptyRecord();
   fields["offset"] = segment.offset;
   fields["length"] = segment.length;
-  fields["charset"] = segment.charset;
+  fields["charset"] = textOrNull(segment.charset);
   fields["decodeAs"] = valueOrNull(segment.decode_as);
   fields["confidence"] = told(segment.confidence);
   return fields;

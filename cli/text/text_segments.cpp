@@ -94,6 +94,8 @@ std::vector<TextSegment> readableSegments(std::string_view text, const ksv::Hint
                                           const CharsetNames& names, bool guess) {
   std::vector<TextSegment> segments;
   for (ksv::Segment& segment : ksv::segments(text, hints)) {
+    if (segment.charset.empty())
+      throw Failure::at(segment.offset, "no charset fits a segment", placeIn(text, segment.offset));
     if (!guess && segment.confidence < kLeastToConvert) refuseDoubtful(text, segment, hints);
     const CharsetChoice charset = readableCharset(text, segment, names);
     segments.push_back({std::move(segment), charset});

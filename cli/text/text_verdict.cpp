@@ -96,15 +96,15 @@ const char* contentName(ksv_content content) {
 
 const char* lineEndName(ksv_line_end lineEnd) {
   switch (lineEnd) {
-    case KSV_LINES_LF:
+    case KSV_LINE_ENDS_LF:
       return "lf";
-    case KSV_LINES_CRLF:
+    case KSV_LINE_ENDS_CRLF:
       return "crlf";
-    case KSV_LINES_CR:
+    case KSV_LINE_ENDS_CR:
       return "cr";
-    case KSV_LINES_MIXED:
+    case KSV_LINE_ENDS_MIXED:
       return "mixed";
-    case KSV_ONE_LINE:
+    case KSV_LINE_ENDS_NONE:
       break;
   }
   return nullptr;

@@ -119,6 +119,16 @@ TEST_F(Mixed, part_whose_charset_is_not_clear_fails_the_text) {
   EXPECT_EQ(ksv({"convert", "-t", "UTF-8", "--mixed", "--guess", "mixed"}).status, 0);
 }
 
+TEST_F(Mixed, text_that_is_none_fails) {
+  const std::string picture("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1", 24);
+  for (const std::string option : {"--mixed", "--guess"}) {
+    const Outcome outcome = ksv({"convert", "-t", "UTF-8", "--mixed", option}, picture);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err,
+              "ksv: standard input: no charset fits a segment at byte offset 0 (line 1)\n");
+  }
+}
+
 TEST_F(Mixed, problems_of_a_part_have_their_places_in_the_text) {
   const Outcome outcome = ksv({"convert", "-t", "UTF-8", "--mixed", "--normalize", "nfc", "mixed"});
   EXPECT_EQ(outcome.status, 0) << outcome.err;

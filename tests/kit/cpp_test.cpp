@@ -74,7 +74,7 @@ TEST(Cpp, finds_out_the_charset_of_a_text) {
   EXPECT_EQ(best.language, "ja");
   EXPECT_GT(best.confidence, 0.9);
   EXPECT_EQ(best.invalid_offset, std::nullopt);
-  EXPECT_EQ(best.line_end, KSV_LINES_CRLF);
+  EXPECT_EQ(best.line_end, KSV_LINE_ENDS_CRLF);
   EXPECT_EQ(best.mark_length, 0u);
   EXPECT_EQ(ksv::convert(best.decode_as.value(), "UTF-8", text), std::string(kJapanese) + "\r\n");
   EXPECT_EQ(ksv::detect("").content, KSV_CONTENT_EMPTY);
