@@ -1,0 +1,117 @@
+// The charsets of several bytes a character, Unicode aside.
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "kit/judge/reading.h"
+
+namespace ksv_kit::judge {
+namespace {
+
+struct MultiByteFamily {
+  // What it is read as, from the narrow to the wide: the usual one first. Null behind the last.
+  std::array<CharsetStep, 4> steps;
+  const char* languages[2];
+  int32_t rarity;  // in bits
+};
+
+constexpr MultiByteFamily kFamilies[] = {
+    {{{{"Shift_JIS", "WINDOWS31J"},
+       {"WINDOWS31J", "WINDOWS31J"},
+       {"Shift_JIS-2004", "Shift_JIS-2004"}}},
+     {"ja", nullptr},
+     0},
+    {{{{"EUC-JP", "EUC-JP-MS"}, {"EUC-JP-MS", "EUC-JP-MS"}, {"EUC-JIS-2004", "EUC-JIS-2004"}}},
+     {"ja", nullptr},
+     0},
+    {{{{"GB2312", "ChineseGBK"}, {"ChineseGBK", "ChineseGBK"}, {"GB18030", "GB18030"}}},
+     {"zh-CN", "zh-TW"},
+     0},
+    {{{{"ChineseBIG5", "ChineseBIG5"}, {"Big5-HKSCS", "Big5-HKSCS"}}}, {"zh-TW", nullptr}, 0},
+    {{{{"EUC-KR", "KoreanKSC"}, {"KoreanKSC", "KoreanKSC"}}}, {"ko", nullptr}, 0},
+    {{{{"EUC-TW", "EUC-TW"}}}, {"zh-TW", nullptr}, 4},
+    {{{{"Johab", "Johab"}}}, {"ko", nullptr}, 6},
+};
+
+Reading readingOf(const MultiByteFamily& family, const CharsetStep& step,
+                  const std::u16string& text, const LanguagePriors& priors) {
+  LanguageCost best;
+  for (const char* const name : family.languages) {
+    if (name == nullptr) continue;
+    const Language language = languageNamed(name);
+    best.improve({language, eastAsianCost(language, text) + priors.of(language)});
+  }
+  Reading reading;
+  reading.charset = step.charset;
+  reading.decodeAs = step.decodeAs;
+  reading.language = best.language;
+  reading.cost = best.cost + family.rarity * kBit;
+  reading.sameText = hashOf(text);
+  return reading;
+}
+
+const MultiByteFamily* familyReadAs(const std::string& decodeAs) {
+  for (const MultiByteFamily& family : kFamilies)
+    for (const CharsetStep& step : family.steps)
+      if (step.charset != nullptr && decodeAs == step.decodeAs) return &family;
+  return nullptr;
+}
+
+// The text by the first step that all of it is sound in. A narrow step that is decoded by a wider
+// one is asked for itself later, of the whole text.
+bool addSound(const MultiByteFamily& family, const Evidence& evidence, Readings& readings) {
+  const char* tried = nullptr;
+  for (const CharsetStep& step : family.steps) {
+    if (step.charset == nullptr || step.decodeAs == tried) continue;
+    tried = step.decodeAs;
+    const auto text = decodeSound(step.decodeAs, evidence.lines, evidence.mayEndInside);
+    if (!text) continue;
+    readings.push_back(readingOf(family, step, *text, evidence.priors));
+    return true;
+  }
+  return false;
+}
+
+bool isDecoded(const MultiByteFamily& family, const Readings& readings) {
+  return std::any_of(readings.begin(), readings.end(), [&](const Reading& reading) {
+    return familyReadAs(reading.decodeAs) == &family;
+  });
+}
+
+}  // namespace
+
+std::vector<CharsetStep> stepsOf(const std::string& decodeAs) {
+  const MultiByteFamily* const family = familyReadAs(decodeAs);
+  std::vector<CharsetStep> steps;
+  if (family == nullptr) return steps;
+  for (const CharsetStep& step : family->steps)
+    if (step.charset != nullptr) steps.push_back(step);
+  return steps;
+}
+
+void addMultiByteReadings(const Evidence& evidence, Readings& readings) {
+  for (const MultiByteFamily& family : kFamilies) addSound(family, evidence, readings);
+}
+
+void addDamagedReadings(const Evidence& evidence, Readings& readings) {
+  for (const MultiByteFamily& family : kFamilies) {
+    if (isDecoded(family, readings)) continue;
+    const CharsetStep& step = family.steps.front();
+    const auto text = decodeDamaged(step.decodeAs, evidence.lines);
+    if (!text) continue;
+    const auto damages = static_cast<size_t>(std::count(text->begin(), text->end(), u'\uFFFD'));
+    if (damages == 0 || isTooDamaged(damages, text->size())) continue;
+    Reading reading = readingOf(family, step, *text, evidence.priors);
+    reading.invalid = damages;
+    reading.cost += damageCost(damages);
+    readings.push_back(std::move(reading));
+  }
+}
+
+uint64_t hashOf(std::span<const char16_t> text) {
+  uint64_t hash = 0xCBF29CE484222325u;
+  for (const char16_t c : text) hash = (hash ^ c) * 0x100000001B3u;
+  return hash;
+}
+
+}  // namespace ksv_kit::judge

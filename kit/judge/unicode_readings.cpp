@@ -1,0 +1,150 @@
+// The forms of Unicode.
+#include <algorithm>
+#include <bit>
+#include <iterator>
+
+#include "kit/judge/reading.h"
+#include "kit/text/unicode_check.h"
+
+namespace ksv_kit::judge {
+namespace {
+
+// What speaks for UTF-8 for each of its characters of several bytes beyond what they are: in other
+// charsets such sequences are chance. No more than so much, or else damage could not be seen.
+constexpr int64_t kForTwoBytes = 2 * kBit;
+constexpr int64_t kForMore = 4 * kBit;
+constexpr int64_t kMostForUtf8 = 60 * kBit;
+constexpr int64_t kUtf8IsUsual = 6 * kBit;
+
+constexpr char16_t kReplacement = 0xFFFD;
+
+void append(std::u16string& text, char32_t character) {
+  if (character < 0x10000) {
+    text.push_back(static_cast<char16_t>(character));
+    return;
+  }
+  text.push_back(static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10)));
+  text.push_back(static_cast<char16_t>(0xDC00 + (character & 0x3FF)));
+}
+
+struct DecodedUtf8 {
+  std::u16string text;
+  int64_t bonus = 0;
+  size_t damages = 0;
+};
+
+void decodeWellFormed(Bytes bytes, DecodedUtf8& decoded) {
+  for (size_t at = 0; at < bytes.size();) {
+    const uint8_t lead = bytes[at];
+    const size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
+    for (size_t i = 1; i < length; ++i) character = character << 6 | (bytes[at + i] & 0x3Fu);
+    append(decoded.text, character);
+    if (length > 1) decoded.bonus += length == 2 ? kForTwoBytes : kForMore;
+    at += length;
+  }
+}
+
+// Bytes that are none become U+FFFD. Left over at the end is what may be completed yet.
+DecodedUtf8 decodeUtf8(Bytes bytes) {
+  DecodedUtf8 decoded;
+  while (!bytes.empty()) {
+    const ScanResult found = scanUnicode(UnicodeForm::kUtf8, false, bytes.data(), bytes.size());
+    decodeWellFormed(bytes.first(found.wellFormed), decoded);
+    if (found.end != ScanEnd::kInvalid) break;
+    decoded.text.push_back(kReplacement);
+    ++decoded.damages;
+    bytes = bytes.subspan(found.wellFormed + found.badLength);
+  }
+  return decoded;
+}
+
+// ---- Units ----
+
+struct UnitForm {
+  const char* name;
+  UnicodeForm form;
+  bool bigEndian;
+  size_t unit;
+};
+constexpr UnitForm kUnitForms[] = {
+    {"UTF-16LE", UnicodeForm::kUtf16, false, 2},
+    {"UTF-16BE", UnicodeForm::kUtf16, true, 2},
+    {"UTF-32LE", UnicodeForm::kUcs4, false, 4},
+    {"UTF-32BE", UnicodeForm::kUcs4, true, 4},
+};
+
+// What it takes to believe in units where no NUL says so.
+constexpr int64_t kWithoutNul = 8 * kBit;
+constexpr int64_t kUnlikelyInText = 10 * kBit;
+
+char32_t unitAt(Bytes bytes, size_t at, const UnitForm& form) {
+  char32_t value = 0;
+  for (size_t i = 0; i < form.unit; ++i)
+    value = value << 8 | bytes[at + (form.bigEndian ? i : form.unit - 1 - i)];
+  return value;
+}
+
+std::u16string unitsOf(Bytes bytes, const UnitForm& form) {
+  std::u16string text;
+  for (size_t at = 0; at + form.unit <= bytes.size(); at += form.unit)
+    append(text, unitAt(bytes, at, form));
+  return text;
+}
+
+// Codes that no text has: control codes, and such as nobody has given a meaning.
+size_t countUnlikely(const std::u16string& text) {
+  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char16_t c) {
+    if (c < 0x20) return c != '\t' && c != '\n' && c != '\r' && c != '\f';
+    return (c >= 0x7F && c < 0xA0) || (c >= 0xE000 && c < 0xF900) || c >= 0xFFF0;
+  }));
+}
+
+// The NULs of ASCII in units stand where the order of the bytes says.
+bool mayHaveUnits(const Evidence& evidence, const UnitForm& form) {
+  const TextFacts& facts = evidence.facts;
+  if (facts.size() % form.unit != 0 && evidence.headIsWhole) return false;
+  if (form.unit == 4) return facts.hasNuls();
+  return facts.hasNuls() || (evidence.headIsWhole && facts.size() >= form.unit);
+}
+
+}  // namespace
+
+void addUtf8Reading(const Evidence& evidence, Readings& readings) {
+  const DecodedUtf8 decoded = decodeUtf8(evidence.lines);
+  if (isTooDamaged(decoded.damages, decoded.text.size())) return;
+  const LanguageCost best = bestLanguage(decoded.text, evidence.priors);
+  Reading reading;
+  reading.charset = reading.decodeAs = "UTF-8";
+  reading.language = best.language;
+  reading.invalid = decoded.damages;
+  const int64_t unknown = unknownCost(decoded.text);
+  if (unknown < best.cost) reading.language = kNoLanguage;
+  reading.cost = std::min(best.cost, unknown) - std::min(decoded.bonus, kMostForUtf8) -
+                 kUtf8IsUsual + damageCost(decoded.damages);
+  reading.sameText = hashOf(decoded.text);
+  readings.push_back(std::move(reading));
+}
+
+void addUnitReadings(const Evidence& evidence, Readings& readings) {
+  for (const UnitForm& form : kUnitForms) {
+    if (!mayHaveUnits(evidence, form)) continue;
+    const Bytes bytes = evidence.head.first(evidence.head.size() / form.unit * form.unit);
+    const ScanResult found = scanUnicode(form.form, form.bigEndian, bytes.data(), bytes.size());
+    if (found.end == ScanEnd::kInvalid) continue;
+    const std::u16string text = unitsOf(bytes, form);
+    const size_t unlikely = countUnlikely(text);
+    if (unlikely * 10 > text.size()) continue;
+    const LanguageCost best = bestLanguage(text, evidence.priors);
+    Reading reading;
+    reading.charset = reading.decodeAs = form.name;
+    const int64_t unknown = unknownCost(text);
+    reading.language = unknown < best.cost ? kNoLanguage : best.language;
+    reading.cost = std::min(unknown, best.cost) + static_cast<int64_t>(unlikely) * kUnlikelyInText;
+    if (!evidence.facts.hasNuls()) reading.cost += kWithoutNul;
+    reading.sameText = hashOf(text);
+    readings.push_back(std::move(reading));
+  }
+}
+
+}  // namespace ksv_kit::judge
