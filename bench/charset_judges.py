@@ -1,5 +1,4 @@
 """Judges of charsets: this project's library and its peers, each told bytes and asked for a name."""
-import codecs
 import ctypes
 import ctypes.util
 import importlib
@@ -9,7 +8,7 @@ import subprocess
 import sys
 import venv
 
-from written_texts import CODECS, Iconv, decode, normal
+from written_texts import CODECS, decode, normal
 
 # Names that mean the same, or that everybody reads alike: what the web's standard reads by one table
 # stands together. The first of each is how written_texts.py calls it.
@@ -57,35 +56,32 @@ def is_exactly(name, charset):
     return bool(name) and canonical(name) == canonical(charset)
 
 
-PYTHON = {plain(name): name for name in CODECS}
-# What a name is read by where it means less than what everybody reads by it, or has two spellings.
-READ_BY = {"gb2312": "GB18030", "euccn": "GB18030", "gbk": "GB18030", "iso88591": "windows-1252",
-           "big5hkscs": "big5hkscs", "utf7": "utf-7", "iso88598i": "ISO-8859-8",
-           "iso2022jp": "iso2022_jp_ext", "iso2022cn": "iconv:ISO-2022-CN",
-           "gb18030": "GB18030", "iso885911": "TIS-620"}
+# What a name is read by where that is not the codec of the name.
+READ_BY = {"iso88591": "windows-1252", "gbk": "GB18030", "tis620": "windows-874",
+           "iso88598i": "ISO-8859-8", "iso2022jp": "iso2022_jp_ext", "big5hkscs": "big5hkscs",
+           "iso2022cn": "iconv:ISO-2022-CN"}
+
+
+def readers(name):
+    """Names of codecs that may have the charset, the best one first."""
+    known = canonical(name)
+    yield from filter(None, (READ_BY.get(plain(name)), READ_BY.get(plain(known))))
+    if plain(name) not in ("iso88599", "iso88591"):
+        yield CODECS.get(known, known)
+    yield name
+    yield f"iconv:{name}"
 
 
 def reading(data, name):
     """The text that a charset's name gives, by whatever has such a charset; None: there is none."""
-    if plain(name) == "iso88591":
-        # Its readers take it for windows-1252, where that has something.
-        return decode(data, "windows-1252") or decode(data, "latin_1")
-    for spelling in (READ_BY.get(plain(name)), PYTHON.get(plain(name)), canonical(name), name):
+    for codec in readers(name):
         try:
-            if spelling and spelling.startswith("iconv:"):
-                utf8 = Iconv.convert("UTF-8", spelling[6:], data)
-                return None if utf8 is None else utf8.decode()
-            if spelling:
-                codecs.lookup(CODECS.get(spelling, spelling)) if not CODECS.get(
-                    spelling, "").startswith("iconv:") else None
-                return decode(data, spelling)
+            text = decode(data, codec)
         except (LookupError, UnicodeError):
             continue
-    try:
-        utf8 = Iconv.convert("UTF-8", name, data)
-        return None if utf8 is None else utf8.decode()
-    except (LookupError, UnicodeError):
-        return None
+        if text is not None or codec != "windows-1252":
+            return text
+    return None
 
 
 class Answer:
@@ -251,7 +247,7 @@ class Ksv:
         detection = ctypes.c_void_p()
         result = self.library.ksv_detect(data, len(data), None, ctypes.byref(detection), None)
         if result != 0:
-            sys.exit(f"ksv_detect fails with {result} on {data[:64].hex()}")
+            raise RuntimeError(f"ksv_detect fails with {result} on {data[:64].hex()}")
         try:
             guess = self.library.ksv_detection_guess(detection, 0)
             if not guess:

@@ -45,7 +45,9 @@ CODECS = {
     "TCVN": "iconv:TCVN", "EUC-TW": "iconv:EUC-TW", "macintosh": "mac_roman",
     "x-mac-ce": "mac_latin2", "x-mac-cyrillic": "mac_cyrillic", "x-mac-turkish": "mac_turkish",
     "x-mac-greek": "mac_greek", "x-mac-arabic": "mac_arabic", "x-mac-farsi": "mac_farsi",
-    "TIS-620": "tis_620", "windows-874": "cp874", "IBM1125": "cp1125", "IBM720": "cp720",
+    "TIS-620": "tis_620", "windows-874": "cp874",
+    **{f"IBM{i}": f"cp{i}" for i in (437, 720, 737, 775, 850, 852, 855, 857, 858, 860, 861, 862, 863,
+                                     864, 865, 866, 869, 1125)},
     **{f"windows-125{i}": f"cp125{i}" for i in range(8)},
 }
 
