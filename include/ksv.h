@@ -363,11 +363,11 @@ typedef enum ksv_content {
 
 /* How the lines of a text end. */
 typedef enum ksv_line_end {
-  KSV_ONE_LINE = 0, /* there is one line */
-  KSV_LINES_LF = 1,
-  KSV_LINES_CRLF = 2,
-  KSV_LINES_CR = 3,
-  KSV_LINES_MIXED = 4
+  KSV_LINE_ENDS_NONE = 0, /* there is one line */
+  KSV_LINE_ENDS_LF = 1,
+  KSV_LINE_ENDS_CRLF = 2,
+  KSV_LINE_ENDS_CR = 3,
+  KSV_LINE_ENDS_MIXED = 4
 } ksv_line_end;
 
 /* What is known of a text before it is looked at. Each may be null. Names that are unknown are no

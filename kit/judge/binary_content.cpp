@@ -31,11 +31,8 @@ constexpr std::string_view kSignatures[] = {
     {"%PDF-", 5},
     {"II*\0", 4},  // TIFF
     {"MM\0*", 4},
-    {"OggS", 4},
-    {"fLaC", 4},
+    {"OggS\0", 5},
     {"SQLite format 3\0", 16},
-    {"wOFF", 4},
-    {"wOF2", 4},
     {"\0asm", 4},
 };
 

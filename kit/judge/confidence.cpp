@@ -10,11 +10,19 @@ namespace {
 // are.
 constexpr double kCharactersAtFullWorth = 24;
 
+// In bits of full worth.
+constexpr double kTellable = 20;
+
 double worthOfBit(size_t high) {
   return 1 / std::sqrt(1 + static_cast<double>(high) / kCharactersAtFullWorth);
 }
 
 }  // namespace
+
+TellableCosts::TellableCosts(const Readings& readings, size_t high)
+    : above_(static_cast<int64_t>(kTellable * kBit / worthOfBit(high))) {
+  for (const Reading& reading : readings) take(reading.cost);
+}
 
 std::vector<double> confidencesOf(const Readings& readings, size_t high, int64_t unknown) {
   std::vector<double> weights(readings.size());

@@ -37,11 +37,7 @@ bool isGb2312(Bytes text) {
 
 bool isAllOf(const CharsetStep& step, Bytes text) {
   if (std::string_view(step.charset) == "GB2312" && !isGb2312(text)) return false;
-  try {
-    return !firstInvalid(step.charset, text);
-  } catch (const UnknownCharset&) {
-    return false;
-  }
+  return isSound(step.charset, text);
 }
 
 // The first of the relatives that has all of the text, which the guess is then.
@@ -92,6 +88,7 @@ void confirm(Detection& detection, Bytes text, const TextFacts& facts) {
   if (confirmByStep(guess, text)) return;
   const ByteTable* const table = byteTable(guess.decodeAs.c_str());
   if (table != nullptr && isOfSingleBytes(*table)) return confirmBytes(guess, text, *table);
+  if (isSound(guess.decodeAs.c_str(), text)) return;
   if (const auto offset = firstInvalid(guess.decodeAs.c_str(), text)) guess.invalidOffset = *offset;
 }
 

@@ -1,6 +1,8 @@
 #include "kit/judge/decoding.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -13,7 +15,8 @@
 namespace ksv_kit::judge {
 namespace {
 
-constexpr char kUnits[] = "UTF-16LE";
+// In the order of the machine.
+constexpr const char* kUnits = std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 constexpr size_t kMostLeftOver = 3;
 
 // The plans and tables of the charsets that were asked for, kept until the process ends.
@@ -51,22 +54,16 @@ class Decoders {
     return plans_.emplace(charset, std::move(plan)).first->second.get();
   }
 
-  static bool convert(const Plan& plan, const uint8_t* bytes, size_t length, uint8_t* units,
-                      size_t capacity, size_t& written) {
-    Plan::Fit fit{};
-    if (!plan.convertSound(bytes, length, units, capacity, fit) || !fit.done) return false;
-    written = fit.written;
-    return true;
-  }
-
   static std::unique_ptr<ByteTable> filledTable(const Plan& plan) {
     auto table = std::make_unique<ByteTable>();
     for (size_t byte = 0; byte < table->size(); ++byte) {
       const auto one = static_cast<uint8_t>(byte);
-      uint8_t units[8];
-      size_t written = 0;
-      const bool isOne = convert(plan, &one, 1, units, sizeof units, written) && written == 2;
-      (*table)[byte] = isOne ? static_cast<char16_t>(units[0] | units[1] << 8) : kNoCharacter;
+      char16_t units[4];
+      Plan::Fit fit{};
+      const bool isOne =
+          plan.convertSound(&one, 1, reinterpret_cast<uint8_t*>(units), sizeof units, fit) &&
+          fit.done && fit.written == sizeof units[0];
+      (*table)[byte] = isOne ? units[0] : kNoCharacter;
     }
     return table;
   }
@@ -75,13 +72,6 @@ class Decoders {
   std::map<std::string, std::unique_ptr<const Plan>> plans_;
   std::map<std::string, std::unique_ptr<ByteTable>> tables_;
 };
-
-std::u16string unitsOf(const std::vector<uint8_t>& bytes, size_t length) {
-  std::u16string units(length / 2, u'\0');
-  for (size_t i = 0; i < units.size(); ++i)
-    units[i] = static_cast<char16_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
-  return units;
-}
 
 // Bytes that are put together, for a text that is converted in steps.
 class Collected : public TextTarget {
@@ -101,32 +91,61 @@ class Collected : public TextTarget {
   std::vector<uint8_t> bytes_;
 };
 
+std::optional<Units> decodeBy(const Plan& plan, Bytes text) {
+  Collected collected;
+  if (convertWhole(plan, text.data(), text.size(), collected)) return std::nullopt;
+  const size_t size = collected.bytes().size() / sizeof(char16_t);
+  Units units(size);
+  if (size != 0) std::memcpy(units.data(), collected.bytes().data(), size * sizeof(char16_t));
+  units.shrink(size);
+  return units;
+}
+
 }  // namespace
 
-std::optional<std::u16string> decodeSound(const char* charset, Bytes text, bool mayEndInside) {
-  if (text.empty()) return std::u16string();
+std::optional<Units> decodeSound(const char* charset, Bytes text, bool mayEndInside) {
+  if (text.empty()) return Units(0);
   const Plan* const plan = Decoders::all().plan(charset);
   if (plan == nullptr) return std::nullopt;
-  std::vector<uint8_t> units(4 * text.size() + 64);
+  const size_t capacity = 2 * text.size() + 32;
+  Units units(capacity);
   const size_t mostLeft = mayEndInside ? std::min(kMostLeftOver, text.size() - 1) : 0;
   for (size_t left = 0; left <= mostLeft; ++left) {
     Plan::Fit fit{};
-    if (plan->convertSound(text.data(), text.size() - left, units.data(), units.size(), fit) &&
-        fit.done)
-      return unitsOf(units, fit.written);
+    if (!plan->convertSound(text.data(), text.size() - left,
+                            reinterpret_cast<uint8_t*>(units.data()), 2 * capacity, fit) ||
+        !fit.done)
+      continue;
+    units.shrink(fit.written / 2);
+    return units;
   }
   return std::nullopt;
 }
 
-std::optional<std::u16string> decodeDamaged(const char* charset, Bytes text) {
+// Piece by piece, each of which ends behind a byte that is a character of its own in all charsets.
+bool isSound(const char* charset, Bytes text) {
+  constexpr size_t kPiece = 64 * 1024;
+  constexpr uint8_t kFirstTrail = 0x30;
+  while (!text.empty()) {
+    size_t length = std::min(kPiece, text.size());
+    while (length < text.size() && text[length - 1] >= kFirstTrail) ++length;
+    if (!decodeSound(charset, text.first(length), false)) return false;
+    text = text.subspan(length);
+  }
+  return true;
+}
+
+std::optional<Units> decodeInSteps(const char* charset, Bytes text) {
+  const Plan* const plan = Decoders::all().plan(charset);
+  return plan == nullptr ? std::nullopt : decodeBy(*plan, text);
+}
+
+std::optional<Units> decodeDamaged(const char* charset, Bytes text) {
   ksv_options options = KSV_OPTIONS_INIT;
   options.invalid = KSV_REPLACE;
   options.invalid_text = "\xEF\xBF\xBD";
   try {
-    const Plan plan(charset, kUnits, &options);
-    Collected units;
-    if (convertWhole(plan, text.data(), text.size(), units)) return std::nullopt;
-    return unitsOf(units.bytes(), units.bytes().size());
+    return decodeBy(Plan(charset, kUnits, &options), text);
   } catch (const UnknownCharset&) {
     return std::nullopt;
   }

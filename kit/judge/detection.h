@@ -17,7 +17,7 @@ struct Guess {
   std::string reason;
   double confidence = 0;
   uint64_t invalidOffset = KSV_NO_OFFSET;
-  ksv_line_end lineEnd = KSV_ONE_LINE;
+  ksv_line_end lineEnd = KSV_LINE_ENDS_NONE;
   uint32_t markLength = 0;
 };
 

@@ -47,12 +47,12 @@ const Designation* designationIn(std::string_view text) {
 }
 
 void addRuns(const char* charset, const Evidence& evidence, Readings& readings) {
-  const auto text = decodeSound(charset, evidence.lines, false);
+  const auto text = decodeInSteps(charset, evidence.lines);
   if (!text) return;
   const auto high = std::count_if(text->begin(), text->end(), [](char16_t c) { return c >= 0x80; });
   if (high == 0) return;
   const LanguageCost best = bestLanguage(*text, evidence.priors);
-  if (best.cost > high * kMostForACharacter) return;
+  if (!best.isFound() || best.cost > high * kMostForACharacter) return;
   Reading reading;
   reading.charset = reading.decodeAs = charset;
   reading.language = best.language;

@@ -388,12 +388,17 @@ MOST_OF_ANY = 40000
 MOST_OF_A_LANGUAGE = 1_500_000
 
 
+# Letters that Unicode writes otherwise than older charsets, as these have them: with a cedilla.
+OLDER_LETTERS = str.maketrans("\u0218\u0219\u021a\u021b", "\u015e\u015f\u0162\u0163")
+
+
 def texts_of(root, language, most=1 << 40):
     texts = []
     for path in sorted((root / language / "train").glob("*.txt")):
         kind = path.name.split(".catalogue.")
         longest = MOST_OF_A_TEXT["catalogue"] if len(kind) > 1 else MOST_OF_ANY
-        texts.append(unicodedata.normalize("NFC", path.read_text("utf-8")[:longest]))
+        text = unicodedata.normalize("NFC", path.read_text("utf-8")[:longest])
+        texts.append(text.translate(OLDER_LETTERS))
     share = min(1, most / max(1, sum(map(len, texts))))
     return [text[:int(len(text) * share)] for text in texts]
 

@@ -111,9 +111,14 @@ constexpr uint8_t kLower = 1 << 6;
 constexpr uint8_t kUpper = 2 << 6;
 
 // What one of a kind costs over the kind: so many of them are about as usual as each other.
-constexpr int32_t kWithinKind[kFirstLetter] = {0, 0, 0, 3 * kBit, 0, 5 * kBit, 7 * kBit, 10 * kBit};
+constexpr int32_t kWithinKind[kFirstLetter] = {0, 0, 0, 3 * kBit, 17, 5 * kBit, 7 * kBit, 10 * kBit};
 
 constexpr char16_t kNoCapital = 1;
+
+// Letters that are written one way in older charsets, and another way in Unicode: s and t of
+// Romanian with a cedilla or a comma.
+constexpr char16_t kSameLetters[][2] = {
+    {0x015F, 0x0219}, {0x0163, 0x021B}, {0x015E, 0x0218}, {0x0162, 0x021A}};
 
 bool isAsciiLetter(char32_t c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
@@ -200,6 +205,19 @@ struct ModelMaker {
       set(model, letters[i], static_cast<uint8_t>(symbol | (hasCases ? kLower : 0)));
       if (hasCases) set(model, capital, static_cast<uint8_t>(symbol | kUpper));
     }
+    for (const auto& [one, other] : kSameLetters) {
+      copyUnlessLetter(model, one, other);
+      copyUnlessLetter(model, other, one);
+    }
+  }
+
+  static void copyUnlessLetter(AlphabetModel& model, char16_t from, char16_t to) {
+    const uint8_t symbol = model.symbolOf(from);
+    const bool isLetter = (symbol & AlphabetModel::kSymbolBits) >= kFirstLetter;
+    const bool hasPage = model.pageAt_[to >> 8] != 0;
+    const bool isTaken =
+        hasPage && (model.symbolOf(to) & AlphabetModel::kSymbolBits) >= kFirstLetter;
+    if (isLetter && hasPage && !isTaken) set(model, to, symbol);
   }
 
   static void set(AlphabetModel& model, char16_t character, uint8_t symbol) {
@@ -218,6 +236,8 @@ struct ModelMaker {
     add(0);
     add(0x20);
     for (const char16_t letter : std::u16string_view(facts.letters)) add(letter >> 8);
+    if (script == Script::kLatin)
+      for (const size_t page : {1, 2}) add(page);
     for (const char16_t letter : std::u16string_view(facts.capitals)) add(letter >> 8);
   }
 
@@ -256,6 +276,7 @@ struct ModelMaker {
     auto model = std::make_unique<EastAsianModel>();
     std::memcpy(model->changes_.data(), facts.changes, model->changes_.size());
     const Groups& groupsOfAll = groups();
+    model->groups_ = groupsOfAll.of.data();
     for (size_t c = 0; c < model->characters_.size(); ++c)
       model->characters_[c] = facts.others[groupsOfAll.of[c]];
     for (const Band* band = facts.characters; band != facts.characters + facts.characterBands;
@@ -307,8 +328,7 @@ const EastAsianModel& EastAsianModel::of(Language language) {
   return ModelMaker::kept<EastAsianModel>(language, ModelMaker::eastAsian);
 }
 
-uint8_t EastAsianModel::groupOf(char32_t character) {
-  if (character < 0x10000) return groups().of[character];
+uint8_t EastAsianModel::groupBeyondThePlane(char32_t character) {
   return character >= kFirstHanPlane ? kHan : kSymbolGroup;
 }
 

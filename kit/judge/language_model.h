@@ -74,10 +74,14 @@ class EastAsianModel {
  public:
   static const EastAsianModel& of(Language language);
 
-  static uint8_t groupOf(char32_t character);
+  uint8_t groupOf(char32_t character) const {
+    return character < kPlane ? groups_[character] : groupBeyondThePlane(character);
+  }
   static bool isAsciiGroup(uint8_t group) { return group < 4; }
 
-  int32_t cost(char32_t before, uint8_t groupBefore, char32_t character, uint8_t group) const {
+  int32_t cost(char32_t before, char32_t character) const {
+    const uint8_t groupBefore = groupOf(before);
+    const uint8_t group = groupOf(character);
     const int32_t plain = changes_[groupBefore * kGroups + group] + characterCost(character, group);
     if (isAsciiGroup(groupBefore) || isAsciiGroup(group)) return plain;
     const int32_t asPair = pairCost(before, character);
@@ -91,12 +95,15 @@ class EastAsianModel {
   friend struct ModelMaker;
 
   static constexpr size_t kPlane = 0x10000;
+  // Of a blank, a letter, a sign and a control code.
+  static constexpr int32_t kAsciiCosts[] = {0, 4 * kBit, 3 * kBit, 8 * kBit};
   static constexpr size_t kPairSlots = 16384;
   static constexpr int32_t kNoPair = 0x7FFF;
   static constexpr int32_t kBeyondThePlane = 17 * kBit;
 
+  static uint8_t groupBeyondThePlane(char32_t character);
   int32_t characterCost(char32_t character, uint8_t group) const {
-    if (isAsciiGroup(group)) return group == kSpaceGroup ? 0 : 2 * kBit;
+    if (isAsciiGroup(group)) return kAsciiCosts[group];
     return character < kPlane ? characters_[character] * kBit : kBeyondThePlane;
   }
   static size_t slotOf(uint32_t pair) { return (pair * 0x9E3779B1u) >> 18; }
@@ -112,6 +119,7 @@ class EastAsianModel {
     uint32_t pair;
     int32_t cost;
   };
+  const uint8_t* groups_ = nullptr;  // of the characters of the first plane
   std::array<uint8_t, kGroups * kGroups> changes_{};
   std::array<uint8_t, kPlane> characters_{};
   std::array<Pair, kPairSlots> pairs_{};

@@ -196,18 +196,28 @@ void eachLine(Bytes text, Take take) {
   }
 }
 
-std::u16string charactersOf(const std::string& utf8) {
+int64_t leastCost(const std::string& utf8) {
   const auto text = decodeSound("UTF-8", bytesIn(utf8), false);
-  return text ? *text : std::u16string();
+  if (!text) return kNoLimit;
+  const LanguagePriors priors;
+  return std::min(bestLanguage(*text, priors).cost, unknownCost(*text));
 }
 
-// The cost of what most lines would be has to be less, or they are what they are.
+// The cost of what the lines were has to be less, or they are what they are.
 bool isCheaper(const std::string& way, const std::string& asItIs) {
-  const LanguagePriors priors;
-  const std::u16string before = charactersOf(asItIs);
-  const std::u16string behind = charactersOf(way);
-  return std::min(bestLanguage(behind, priors).cost, unknownCost(behind)) + 8 * kBit <
-         bestLanguage(before, priors).cost;
+  return leastCost(way) + 8 * kBit < leastCost(asItIs);
+}
+
+// Whether the first character above ASCII may be the first byte of one in UTF-8.
+bool mayBegin(Bytes line, const WayBack& way) {
+  const auto first =
+      std::find_if(line.begin(), line.end(), [](uint8_t byte) { return byte >= 0x80; });
+  const auto length = static_cast<size_t>(line.end() - first);
+  const size_t wanted = *first < 0xE0 ? 2 : *first < 0xF0 ? 3 : 4;
+  const auto bytes = way.bytesOf({&*first, std::min(wanted, length)});
+  if (!bytes || bytes->empty()) return false;
+  const auto lead = static_cast<uint8_t>(bytes->front());
+  return lead >= 0xC2 && lead <= 0xF4;
 }
 
 }  // namespace
@@ -219,6 +229,7 @@ std::string misreadingOf(Bytes lines) {
     if (!isAsciiOnly(line) && high.size() < kMostLines) high.push_back(line);
   });
   for (const char* const charset : kTakenFor) {
+    if (high.empty() || !mayBegin(high.front(), wayBack(charset))) continue;
     std::string way;
     std::string asItIs;
     size_t count = 0;

@@ -33,19 +33,25 @@ constexpr MultiByteFamily kFamilies[] = {
     {{{{"Johab", "Johab"}}}, {"ko", nullptr}, 6},
 };
 
-Reading readingOf(const MultiByteFamily& family, const CharsetStep& step,
-                  const std::u16string& text, const LanguagePriors& priors) {
+// None where it costs more than anybody is told.
+std::optional<Reading> readingOf(const MultiByteFamily& family, const CharsetStep& step,
+                                 std::span<const char16_t> text, const LanguagePriors& priors,
+                                 int64_t limit) {
   LanguageCost best;
   for (const char* const name : family.languages) {
     if (name == nullptr) continue;
     const Language language = languageNamed(name);
-    best.improve({language, eastAsianCost(language, text) + priors.of(language)});
+    const int64_t prior = priors.of(language) + family.rarity * kBit;
+    const int64_t most = std::min(limit, best.cost) - prior;
+    const int64_t cost = eastAsianCost(language, text, most);
+    if (cost <= most) best.improve({language, cost + prior});
   }
+  if (!best.isFound()) return std::nullopt;
   Reading reading;
   reading.charset = step.charset;
   reading.decodeAs = step.decodeAs;
   reading.language = best.language;
-  reading.cost = best.cost + family.rarity * kBit;
+  reading.cost = best.cost;
   reading.sameText = hashOf(text);
   return reading;
 }
@@ -59,17 +65,20 @@ const MultiByteFamily* familyReadAs(const std::string& decodeAs) {
 
 // The text by the first step that all of it is sound in. A narrow step that is decoded by a wider
 // one is asked for itself later, of the whole text.
-bool addSound(const MultiByteFamily& family, const Evidence& evidence, Readings& readings) {
+void addSound(const MultiByteFamily& family, const Evidence& evidence, TellableCosts& tellable,
+              Readings& readings) {
   const char* tried = nullptr;
   for (const CharsetStep& step : family.steps) {
     if (step.charset == nullptr || step.decodeAs == tried) continue;
     tried = step.decodeAs;
     const auto text = decodeSound(step.decodeAs, evidence.lines, evidence.mayEndInside);
     if (!text) continue;
-    readings.push_back(readingOf(family, step, *text, evidence.priors));
-    return true;
+    auto reading = readingOf(family, step, *text, evidence.priors, tellable.most());
+    if (!reading) return;
+    tellable.take(reading->cost);
+    readings.push_back(std::move(*reading));
+    return;
   }
-  return false;
 }
 
 bool isDecoded(const MultiByteFamily& family, const Readings& readings) {
@@ -90,7 +99,10 @@ std::vector<CharsetStep> stepsOf(const std::string& decodeAs) {
 }
 
 void addMultiByteReadings(const Evidence& evidence, Readings& readings) {
-  for (const MultiByteFamily& family : kFamilies) addSound(family, evidence, readings);
+  const auto high = std::count_if(evidence.lines.begin(), evidence.lines.end(),
+                                  [](uint8_t byte) { return byte >= 0x80; });
+  TellableCosts tellable(readings, static_cast<size_t>(high));
+  for (const MultiByteFamily& family : kFamilies) addSound(family, evidence, tellable, readings);
 }
 
 void addDamagedReadings(const Evidence& evidence, Readings& readings) {
@@ -101,10 +113,11 @@ void addDamagedReadings(const Evidence& evidence, Readings& readings) {
     if (!text) continue;
     const auto damages = static_cast<size_t>(std::count(text->begin(), text->end(), u'\uFFFD'));
     if (damages == 0 || isTooDamaged(damages, text->size())) continue;
-    Reading reading = readingOf(family, step, *text, evidence.priors);
-    reading.invalid = damages;
-    reading.cost += damageCost(damages);
-    readings.push_back(std::move(reading));
+    auto reading = readingOf(family, step, *text, evidence.priors, kNoLimit);
+    if (!reading) continue;
+    reading->invalid = damages;
+    reading->cost += damageCost(damages);
+    readings.push_back(std::move(*reading));
   }
 }
 

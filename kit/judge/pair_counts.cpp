@@ -1,6 +1,8 @@
 #include "kit/judge/pair_counts.h"
 
+#include <algorithm>
 #include <memory>
+#include <tuple>
 
 namespace ksv_kit::judge {
 namespace {
@@ -9,6 +11,9 @@ namespace {
 constexpr size_t kAlphabets = 0x2200;
 constexpr size_t kMostKinds = 512;
 constexpr uint16_t kNone = 0xFFFF;
+
+// What so many pairs of ASCII do not tell of the language, more do not either.
+constexpr ptrdiff_t kMostPlain = 128;
 
 }  // namespace
 
@@ -63,6 +68,19 @@ void PairCounts::count(size_t length, Index indexAt) {
     ++list[place - 1].count;
     before = next;
   }
+  putFrequentFirst();
+}
+
+void PairCounts::putFrequentFirst() {
+  const auto isFrequent = [](const PairCount& pair) { return pair.count > 3; };
+  std::stable_partition(telling_.begin(), telling_.end(), isFrequent);
+  if (plain_.size() <= static_cast<size_t>(kMostPlain)) return;
+  std::nth_element(plain_.begin(), plain_.begin() + kMostPlain, plain_.end(),
+                   [](const PairCount& a, const PairCount& b) {
+                     return std::tuple(b.count, a.before, a.next) <
+                            std::tuple(a.count, b.before, b.next);
+                   });
+  plain_.resize(kMostPlain);
 }
 
 }  // namespace ksv_kit::judge

@@ -23,7 +23,8 @@ class PairCounts {
 
   // What the indexes stand for: bytes, or characters.
   const std::vector<char16_t>& kinds() const { return kinds_; }
-  // Pairs of ASCII only, and all others; the text begins behind a blank.
+  // Pairs of ASCII only, the most usual ones of them, and all others; frequent ones come first. The
+  // text begins behind a blank.
   const std::vector<PairCount>& plain() const { return plain_; }
   const std::vector<PairCount>& telling() const { return telling_; }
   // How many of the bytes or characters are above ASCII.
@@ -32,6 +33,7 @@ class PairCounts {
  private:
   template <typename Index>
   void count(size_t length, Index indexAt);
+  void putFrequentFirst();
 
   std::vector<char16_t> kinds_;
   std::vector<PairCount> plain_;

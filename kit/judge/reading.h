@@ -1,6 +1,7 @@
 // One way to read a text, and what speaks for it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -46,6 +47,21 @@ inline bool isTooDamaged(size_t damages, size_t characters) {
   constexpr size_t kCharactersPerDamage = 40;
   return damages > 1 && damages * kCharactersPerDamage > characters;
 }
+
+// What a reading may cost to be told: bits are worth the less the longer a text is, and what costs
+// so much more than the best one nobody hears of.
+class TellableCosts {
+ public:
+  // high: how many of the characters or bytes are above ASCII.
+  TellableCosts(const Readings& readings, size_t high);
+
+  int64_t most() const { return most_; }
+  void take(int64_t cost) { most_ = std::min(most_, cost + above_); }
+
+ private:
+  int64_t above_;
+  int64_t most_ = kNoLimit;
+};
 
 // A charset and what has more characters than it: the narrow one first.
 struct CharsetStep {

@@ -54,7 +54,7 @@ std::optional<int64_t> costIn(const State& state, Bytes line) {
   if (!text) return std::nullopt;
   if (state.language == kNoLanguage) return unknownCost(*text);
   if (languageFacts(state.language).script == Script::kEastAsian)
-    return eastAsianCost(state.language, *text);
+    return eastAsianCost(state.language, *text, kNoLimit);
   const AlphabetModel& model = AlphabetModel::of(state.language);
   int64_t cost = 0;
   uint8_t before = AlphabetModel::kSpace;
@@ -155,7 +155,7 @@ class Segmentation {
         }
       }
       for (size_t state = 0; state < states_.size(); ++state)
-        costs[state] += costIn(states_[state], bytesOf(lines_[i])).value_or(kInvalidLine);
+        costs[state] += costIn(states_[state], bytesOf(lines_[i])).value_or(kInvalidLine + 8 * kBit * static_cast<int64_t>(lines_[i].length));
     }
     auto state = static_cast<uint8_t>(std::min_element(costs.begin(), costs.begin() + states()) -
                                       costs.begin());

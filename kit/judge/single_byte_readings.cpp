@@ -1,7 +1,9 @@
 // The charsets of one byte a character.
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <string_view>
+#include <utility>
 
 #include "kit/judge/pair_counts.h"
 #include "kit/judge/reading.h"
@@ -15,6 +17,9 @@ struct SingleByteCharset {
   const char* languages;  // those that are written in it
   int32_t rarity;         // in bits: what a text costs for being in it
 };
+
+// What speaks against a charset of another script in a text that has no letter of it.
+constexpr int64_t kWithoutLetters = 16 * kBit;
 
 constexpr char kWestern[] = "en de fr es pt it nl da sv nb fi is ga ca eu gl sq";
 constexpr char kCentral[] = "pl cs sk hu ro sl hr sq de";
@@ -56,10 +61,10 @@ constexpr SingleByteCharset kCharsets[] = {
     {"windows-1258", nullptr, "vi", 1},
     {"VISCII", nullptr, "vi", 3},
     {"ISO-8859-16", nullptr, "ro", 4},
-    {"IBM852", nullptr, kCentral, 5},
     {"ISO-8859-14", nullptr, "cy ga", 4},
     {"macintosh", nullptr, kWestern, 5},
-    {"IBM850", nullptr, kWestern, 6},
+    {"IBM850", nullptr, kWestern, 5},
+    {"IBM852", nullptr, kCentral, 6},
     {"IBM437", nullptr, "en de fr es it fi sv", 7},
     {"IBM858", nullptr, kWestern, 9},
     {"IBM860", nullptr, "pt", 9},
@@ -84,18 +89,40 @@ bool isNarrow(const char* narrow, const std::vector<char16_t>& bytes,
   return table != nullptr && charactersOf(*table, bytes) == characters;
 }
 
-LanguageCost bestOf(std::string_view languages, const PairCounts& pairs,
-                    const std::vector<char16_t>& characters, const std::vector<int32_t>& plain,
-                    const LanguagePriors& priors) {
-  LanguageCost best;
-  while (!languages.empty()) {
-    const size_t end = std::min(languages.find(' '), languages.size());
-    const Language language = languageNamed(languages.substr(0, end));
-    best.improve({language, alphabetCost(language, pairs, characters) + plain[language] +
-                                priors.of(language)});
-    languages.remove_prefix(std::min(end + 1, languages.size()));
+// A charset with its table, and the languages by their indexes.
+struct KnownCharset {
+  const SingleByteCharset* charset;
+  Script script;
+  const ByteTable* table;
+  std::vector<Language> languages;
+};
+
+std::vector<Language> languagesNamed(std::string_view names) {
+  std::vector<Language> languages;
+  while (!names.empty()) {
+    const size_t end = std::min(names.find(' '), names.size());
+    languages.push_back(languageNamed(names.substr(0, end)));
+    names.remove_prefix(std::min(end + 1, names.size()));
   }
-  return best;
+  return languages;
+}
+
+KnownCharset known(const SingleByteCharset& charset, const ByteTable& table) {
+  std::vector<Language> languages = languagesNamed(charset.languages);
+  const Script script = languageFacts(languages.front()).script;
+  return {&charset, script, &table, std::move(languages)};
+}
+
+// Those that the charset directory has.
+const std::vector<KnownCharset>& knownCharsets() {
+  static const std::vector<KnownCharset>* const allKnown = [] {
+    auto all = std::make_unique<std::vector<KnownCharset>>();
+    for (const SingleByteCharset& charset : kCharsets)
+      if (const ByteTable* const table = byteTable(charset.name))
+        all->push_back(known(charset, *table));
+    return all.release();
+  }();
+  return *allKnown;
 }
 
 const SingleByteCharset* charsetNamed(const std::string& name) {
@@ -118,20 +145,26 @@ std::string narrowestOf(const std::string& decodeAs, const std::vector<char16_t>
 
 void addSingleByteReadings(const Evidence& evidence, Readings& readings) {
   const PairCounts pairs(evidence.lines);
-  const std::vector<int32_t> plain = plainCosts(pairs, pairs.kinds());
-  for (const SingleByteCharset& charset : kCharsets) {
-    const ByteTable* const table = byteTable(charset.name);
-    if (table == nullptr) continue;
-    const std::vector<char16_t> characters = charactersOf(*table, pairs.kinds());
+  PlainCosts plain(pairs);
+  TellableCosts tellable(readings, pairs.high());
+  for (const KnownCharset& known : knownCharsets()) {
+    const SingleByteCharset& charset = *known.charset;
+    const std::vector<char16_t> characters = charactersOf(*known.table, pairs.kinds());
     if (characters.empty()) continue;
-    const LanguageCost best = bestOf(charset.languages, pairs, characters, plain, evidence.priors);
+    const bool hasLetters =
+        known.script == Script::kLatin || hasLettersOf(known.script, characters);
+    const int64_t rarity = charset.rarity * kBit + (hasLetters ? 0 : kWithoutLetters);
+    const LanguageCost best = bestAlphabet(known.languages, {pairs, characters, plain},
+                                           evidence.priors, tellable.most() - rarity);
+    if (!best.isFound()) continue;
     Reading reading;
     reading.charset =
         isNarrow(charset.narrow, pairs.kinds(), characters) ? charset.narrow : charset.name;
     reading.decodeAs = charset.name;
     reading.language = best.language;
-    reading.cost = best.cost + charset.rarity * kBit;
+    reading.cost = best.cost + rarity;
     reading.sameText = hashOf(characters);
+    tellable.take(reading.cost);
     readings.push_back(std::move(reading));
   }
 }

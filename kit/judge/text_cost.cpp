@@ -10,26 +10,11 @@ namespace {
 constexpr int32_t kUnexpected = 12 * kBit;
 
 // How much the ASCII of a text may say.
-constexpr int64_t kMostForPlain = 40 * kBit;
 constexpr int64_t kMostAgainstPlain = 10 * kBit;
 
 // Of characters above ASCII in a language that nobody knows, and of leaving ASCII and going back.
 constexpr int64_t kUnknownCharacter = 9 * kBit;
 constexpr int64_t kUnknownChange = 2 * kBit;
-
-std::vector<uint8_t> symbolsOf(const AlphabetModel& model, std::span<const char16_t> characters) {
-  std::vector<uint8_t> symbols(characters.size());
-  for (size_t i = 0; i < symbols.size(); ++i) symbols[i] = model.symbolOf(characters[i]);
-  return symbols;
-}
-
-int64_t costOf(const AlphabetModel& model, const std::vector<PairCount>& pairs,
-               const std::vector<uint8_t>& symbols) {
-  int64_t cost = 0;
-  for (const PairCount& pair : pairs)
-    cost += static_cast<int64_t>(pair.count) * model.cost(symbols[pair.before], symbols[pair.next]);
-  return cost;
-}
 
 Script scriptOf(char16_t c) {
   if (c < 0x250 || (c >= 0x1E00 && c <= 0x1EFF)) return Script::kLatin;
@@ -51,22 +36,52 @@ std::array<size_t, kScripts> countScripts(std::span<const char16_t> text) {
   return counts;
 }
 
-LanguageCost bestAlphabet(std::span<const char16_t> text, const LanguagePriors& priors,
-                          const std::array<size_t, kScripts>& scripts) {
-  const PairCounts pairs(text);
-  const std::vector<int32_t> plain = plainCosts(pairs, pairs.kinds());
-  const size_t letters = *std::max_element(scripts.begin(), scripts.end());
-  LanguageCost best;
-  for (size_t i = 0; i < languageCount(); ++i) {
-    const auto language = static_cast<Language>(i);
-    const Script script = languageFacts(language).script;
-    if (script == Script::kEastAsian) continue;
-    if (letters != 0 && scripts[static_cast<size_t>(script)] * 4 < letters) continue;
-    if (letters == 0 && script != Script::kLatin) continue;
-    best.improve(
-        {language, alphabetCost(language, pairs, pairs.kinds()) + plain[i] + priors.of(language)});
+// Of each script the languages that are written in it.
+std::vector<Language> languagesOf(Script script) {
+  std::vector<Language> languages;
+  for (size_t i = 0; i < languageCount(); ++i)
+    if (languageFacts(static_cast<Language>(i)).script == script)
+      languages.push_back(static_cast<Language>(i));
+  return languages;
+}
+
+std::vector<Language> alphabetsOf(const std::array<size_t, kScripts>& scripts) {
+  const size_t most = *std::max_element(scripts.begin(), scripts.end() - 1);
+  if (most == 0) return languagesOf(Script::kLatin);
+  std::vector<Language> languages;
+  for (size_t script = 0; script + 1 < kScripts; ++script)
+    if (scripts[script] * 4 >= most && scripts[script] != 0)
+      for (const Language language : languagesOf(static_cast<Script>(script)))
+        languages.push_back(language);
+  return languages;
+}
+
+int64_t tellingCost(const AlphabetModel& model, const AlphabetText& text, int64_t limit) {
+  int64_t cost = 0;
+  for (const PairCount& pair : text.pairs.telling()) {
+    const uint8_t before = model.symbolOf(text.characters[pair.before]);
+    const uint8_t next = model.symbolOf(text.characters[pair.next]);
+    cost += static_cast<int64_t>(pair.count) * model.cost(before, next);
+    if (cost > limit) break;
   }
-  return best;
+  return cost;
+}
+
+// Which of the languages of East Asia a text may be in at all: kana are those of one, hangul are
+// those of one.
+std::vector<Language> eastAsianOf(std::span<const char16_t> text) {
+  size_t kana = 0;
+  size_t hangul = 0;
+  size_t han = 0;
+  for (const char16_t c : text) {
+    kana += c >= 0x3041 && c <= 0x30FE;
+    hangul += c >= 0xAC00 && c <= 0xD7A3;
+    han += c >= 0x3400 && c <= 0x9FFF;
+  }
+  const size_t all = kana + hangul + han;
+  if (kana * 8 > all) return {languageNamed("ja")};
+  if (hangul * 4 > all) return {languageNamed("ko")};
+  return languagesOf(Script::kEastAsian);
 }
 
 }  // namespace
@@ -88,61 +103,94 @@ void LanguagePriors::expect(std::string_view names) {
     if (std::find(expected.begin(), expected.end(), i) == expected.end()) of_[i] += kUnexpected;
 }
 
-std::vector<int32_t> plainCosts(const PairCounts& pairs, std::span<const char16_t> characters) {
+PlainCosts::PlainCosts(const PairCounts& pairs)
+    : pairs_(pairs), costs_(languageCount(), kUnknown) {}
+
+int32_t PlainCosts::of(Language language) {
+  int32_t& cost = costs_[language];
+  if (cost != kUnknown) return cost;
+  if (languageFacts(language).script != Script::kLatin) return cost = 0;
   static const Language english = languageNamed("en");
-  std::vector<int32_t> costs(languageCount());
-  const AlphabetModel& usual = AlphabetModel::of(english);
-  const int64_t inEnglish = costOf(usual, pairs.plain(), symbolsOf(usual, characters));
-  for (size_t i = 0; i < costs.size(); ++i) {
-    const auto language = static_cast<Language>(i);
-    if (languageFacts(language).script != Script::kLatin) continue;
-    const AlphabetModel& model = AlphabetModel::of(language);
-    const int64_t own = costOf(model, pairs.plain(), symbolsOf(model, characters)) - inEnglish;
-    costs[i] = static_cast<int32_t>(std::clamp(own, -kMostForPlain, kMostAgainstPlain));
-  }
-  return costs;
+  if (inEnglish_ < 0) inEnglish_ = costIn(english);
+  const int64_t own = costIn(language) - inEnglish_;
+  return cost = static_cast<int32_t>(std::clamp<int64_t>(own, kLeast, kMostAgainstPlain));
 }
 
-int64_t alphabetCost(Language language, const PairCounts& pairs,
-                     std::span<const char16_t> characters) {
+int64_t PlainCosts::costIn(Language language) const {
   const AlphabetModel& model = AlphabetModel::of(language);
-  return costOf(model, pairs.telling(), symbolsOf(model, characters));
+  const std::vector<char16_t>& kinds = pairs_.kinds();
+  int64_t cost = 0;
+  for (const PairCount& pair : pairs_.plain())
+    cost += static_cast<int64_t>(pair.count) *
+            model.cost(model.symbolOf(kinds[pair.before]), model.symbolOf(kinds[pair.next]));
+  return cost;
 }
 
-int64_t eastAsianCost(Language language, std::span<const char16_t> text) {
+bool hasLettersOf(Script script, std::span<const char16_t> characters) {
+  return std::any_of(characters.begin(), characters.end(),
+                     [&](char16_t c) { return c >= 0xC0 && scriptOf(c) == script; });
+}
+
+LanguageCost bestAlphabet(std::span<const Language> languages, const AlphabetText& text,
+                          const LanguagePriors& priors, int64_t limit) {
+  LanguageCost best;
+  for (const Language language : languages) {
+    const int64_t prior = priors.of(language);
+    const int64_t most = std::min(limit, best.cost) - prior - PlainCosts::kLeast;
+    const int64_t telling = tellingCost(AlphabetModel::of(language), text, most);
+    if (telling > most) continue;
+    const int64_t cost = telling + prior + text.plain.of(language);
+    if (cost <= limit) best.improve({language, cost});
+  }
+  return best;
+}
+
+int64_t eastAsianCost(Language language, std::span<const char16_t> text, int64_t limit) {
   const EastAsianModel& model = EastAsianModel::of(language);
   int64_t cost = 0;
-  char32_t before = ' ';
-  uint8_t groupBefore = EastAsianModel::kSpaceGroup;
+  char16_t before = ' ';
   for (const char16_t c : text) {
-    if (c < 0x80 && before < 0x80) {
-      before = c;
-      groupBefore = EastAsianModel::groupOf(c);
-      continue;
+    if (c >= 0x80 || before >= 0x80) {
+      cost += model.cost(before, c);
+      if (cost > limit) break;
     }
-    const uint8_t group = EastAsianModel::groupOf(c);
-    cost += model.cost(before, groupBefore, c, group);
     before = c;
-    groupBefore = group;
   }
   return cost;
 }
 
-LanguageCost bestLanguage(std::span<const char16_t> text, const LanguagePriors& priors) {
+LanguageCost bestLanguage(std::span<const char16_t> text, const LanguagePriors& priors,
+                          int64_t limit) {
   const std::array<size_t, kScripts> scripts = countScripts(text);
   const size_t eastAsian = scripts[static_cast<size_t>(Script::kEastAsian)];
   size_t others = 0;
   for (const size_t count : scripts) others += count;
   others -= eastAsian;
   LanguageCost best;
-  if (others != 0 || eastAsian == 0) best = bestAlphabet(text, priors, scripts);
-  if (eastAsian * 8 < others) return best;
-  for (size_t i = 0; i < languageCount(); ++i) {
-    const auto language = static_cast<Language>(i);
-    if (languageFacts(language).script == Script::kEastAsian && eastAsian != 0)
-      best.improve({language, eastAsianCost(language, text) + priors.of(language)});
-  }
+  if (eastAsian != 0 && eastAsian * 8 >= others)
+    for (const Language language : eastAsianOf(text)) {
+      const int64_t most = std::min(limit, best.cost) - priors.of(language);
+      const int64_t cost = eastAsianCost(language, text, most);
+      if (cost <= most) best.improve({language, cost + priors.of(language)});
+    }
+  if (eastAsian > 8 * others) return best;
+  const PairCounts pairs(text);
+  PlainCosts plain(pairs);
+  best.improve(bestAlphabet(alphabetsOf(scripts), {pairs, pairs.kinds(), plain}, priors,
+                            std::min(limit, best.cost)));
   return best;
+}
+
+int64_t plainCost(std::span<const uint8_t> bytes) {
+  const AlphabetModel& model = AlphabetModel::of(languageNamed("en"));
+  int64_t cost = 0;
+  uint8_t before = ' ';
+  for (const uint8_t byte : bytes) {
+    if (byte < 0x80 && before < 0x80)
+      cost += model.cost(model.symbolOf(before), model.symbolOf(byte));
+    before = byte;
+  }
+  return cost;
 }
 
 int64_t unknownCost(std::span<const char16_t> text) {

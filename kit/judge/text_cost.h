@@ -11,10 +11,14 @@
 
 namespace ksv_kit::judge {
 
+// More than anything costs, with room to add to it.
+inline constexpr int64_t kNoLimit = INT64_MAX / 4;
+
 struct LanguageCost {
   Language language = kNoLanguage;
-  int64_t cost = INT64_MAX;  // in quarters of a bit
+  int64_t cost = kNoLimit;  // in quarters of a bit
 
+  bool isFound() const { return language != kNoLanguage; }
   void improve(const LanguageCost& other) {
     if (other.cost < cost) *this = other;
   }
@@ -34,17 +38,50 @@ class LanguagePriors {
 };
 
 // What the ASCII of a text says for each language in comparison with English: a text may have much
-// of that, whatever else it is in, so it says only so much.
-std::vector<int32_t> plainCosts(const PairCounts& pairs, std::span<const char16_t> characters);
+// of that, whatever else it is in, so it says only so much. Counted for those that are asked for.
+class PlainCosts {
+ public:
+  explicit PlainCosts(const PairCounts& pairs);
+  int32_t of(Language language);
 
-// In a language of an alphabet. characters: what the kinds of the pairs are in the charset.
-int64_t alphabetCost(Language language, const PairCounts& pairs,
-                     std::span<const char16_t> characters);
+  // The least that it can be.
+  static constexpr int32_t kLeast = -40 * kBit;
 
-int64_t eastAsianCost(Language language, std::span<const char16_t> text);
+ private:
+  static constexpr int32_t kUnknown = INT32_MAX;
 
-// The best of all languages for a text whose characters are known.
-LanguageCost bestLanguage(std::span<const char16_t> text, const LanguagePriors& priors);
+  int64_t costIn(Language language) const;
+
+  const PairCounts& pairs_;
+  std::vector<int32_t> costs_;
+  int64_t inEnglish_ = -1;
+};
+
+// A text in alphabets. characters: what the kinds of the pairs are in the charset.
+struct AlphabetText {
+  const PairCounts& pairs;
+  std::span<const char16_t> characters;
+  PlainCosts& plain;
+};
+
+// Whether any of the characters is a letter of the script.
+bool hasLettersOf(Script script, std::span<const char16_t> characters);
+
+// The best of the languages, if it costs no more than the limit.
+LanguageCost bestAlphabet(std::span<const Language> languages, const AlphabetText& text,
+                          const LanguagePriors& priors, int64_t limit);
+
+// What is above the limit is not counted to its end.
+int64_t eastAsianCost(Language language, std::span<const char16_t> text, int64_t limit);
+
+// The best of all languages for a text whose characters are known, if it costs no more than the
+// limit.
+LanguageCost bestLanguage(std::span<const char16_t> text, const LanguagePriors& priors,
+                          int64_t limit = kNoLimit);
+
+// What the ASCII among the bytes costs, which is nothing elsewhere: against readings in which it is
+// no ASCII.
+int64_t plainCost(std::span<const uint8_t> bytes);
 
 // What a text costs in a language and charset that nobody here knows.
 int64_t unknownCost(std::span<const char16_t> text);

@@ -9,6 +9,9 @@
 namespace ksv_kit::judge {
 namespace {
 
+// So many units of a text tell its language.
+constexpr size_t kTellsLanguage = 768;
+
 // What speaks for UTF-8 for each of its characters of several bytes beyond what they are: in other
 // charsets such sequences are chance. No more than so much, or else damage could not be seen.
 constexpr int64_t kForTwoBytes = 2 * kBit;
@@ -34,7 +37,7 @@ struct DecodedUtf8 {
 };
 
 void decodeWellFormed(Bytes bytes, DecodedUtf8& decoded) {
-  for (size_t at = 0; at < bytes.size();) {
+  for (size_t at = 0; at < bytes.size() && decoded.text.size() < kTellsLanguage;) {
     const uint8_t lead = bytes[at];
     const size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
     char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
@@ -48,6 +51,7 @@ void decodeWellFormed(Bytes bytes, DecodedUtf8& decoded) {
 // Bytes that are none become U+FFFD. Left over at the end is what may be completed yet.
 DecodedUtf8 decodeUtf8(Bytes bytes) {
   DecodedUtf8 decoded;
+  decoded.text.reserve(std::min(bytes.size(), kTellsLanguage) + 4);
   while (!bytes.empty()) {
     const ScanResult found = scanUnicode(UnicodeForm::kUtf8, false, bytes.data(), bytes.size());
     decodeWellFormed(bytes.first(found.wellFormed), decoded);
@@ -104,15 +108,14 @@ size_t countUnlikely(const std::u16string& text) {
 bool mayHaveUnits(const Evidence& evidence, const UnitForm& form) {
   const TextFacts& facts = evidence.facts;
   if (facts.size() % form.unit != 0 && evidence.headIsWhole) return false;
-  if (form.unit == 4) return facts.hasNuls();
-  return facts.hasNuls() || (evidence.headIsWhole && facts.size() >= form.unit);
+  return facts.hasNuls() || (form.unit == 2 && evidence.headIsWhole && !facts.isAscii());
 }
 
 }  // namespace
 
 void addUtf8Reading(const Evidence& evidence, Readings& readings) {
   const DecodedUtf8 decoded = decodeUtf8(evidence.lines);
-  if (isTooDamaged(decoded.damages, decoded.text.size())) return;
+  if (isTooDamaged(decoded.damages, evidence.lines.size() / 3)) return;
   const LanguageCost best = bestLanguage(decoded.text, evidence.priors);
   Reading reading;
   reading.charset = reading.decodeAs = "UTF-8";
@@ -127,21 +130,30 @@ void addUtf8Reading(const Evidence& evidence, Readings& readings) {
 }
 
 void addUnitReadings(const Evidence& evidence, Readings& readings) {
+  TellableCosts tellable(readings, evidence.head.size());
+  const int64_t plain =
+      plainCost(evidence.head.first(std::min(evidence.head.size(), 2 * kTellsLanguage)));
   for (const UnitForm& form : kUnitForms) {
     if (!mayHaveUnits(evidence, form)) continue;
     const Bytes bytes = evidence.head.first(evidence.head.size() / form.unit * form.unit);
     const ScanResult found = scanUnicode(form.form, form.bigEndian, bytes.data(), bytes.size());
     if (found.end == ScanEnd::kInvalid) continue;
-    const std::u16string text = unitsOf(bytes, form);
+    const std::u16string text =
+        unitsOf(bytes.first(std::min(bytes.size(), kTellsLanguage * form.unit)), form);
     const size_t unlikely = countUnlikely(text);
     if (unlikely * 10 > text.size()) continue;
-    const LanguageCost best = bestLanguage(text, evidence.priors);
+    const int64_t prior = static_cast<int64_t>(unlikely) * kUnlikelyInText +
+                          (evidence.facts.hasNuls() ? 0 : kWithoutNul) - plain;
+    const LanguageCost best = bestLanguage(text, evidence.priors, tellable.most() - prior);
+    const int64_t unknown = unknownCost(text);
+    if (!evidence.facts.hasNuls() && (!best.isFound() || unknown < best.cost)) continue;
+    const int64_t cost = std::min(unknown, best.cost);
+    if (cost > tellable.most() - prior) continue;
     Reading reading;
     reading.charset = reading.decodeAs = form.name;
-    const int64_t unknown = unknownCost(text);
     reading.language = unknown < best.cost ? kNoLanguage : best.language;
-    reading.cost = std::min(unknown, best.cost) + static_cast<int64_t>(unlikely) * kUnlikelyInText;
-    if (!evidence.facts.hasNuls()) reading.cost += kWithoutNul;
+    reading.cost = cost + prior;
+    tellable.take(reading.cost);
     reading.sameText = hashOf(text);
     readings.push_back(std::move(reading));
   }

@@ -79,10 +79,10 @@ ksv_line_end lineEndOf(uint64_t lineFeeds, uint64_t carriageReturns, uint64_t bo
   const bool hasPairs = both != 0;
   const bool hasLineFeeds = lineFeeds > both;
   const bool hasReturns = carriageReturns > both;
-  if (hasPairs + hasLineFeeds + hasReturns > 1) return KSV_LINES_MIXED;
-  if (hasPairs) return KSV_LINES_CRLF;
-  if (hasLineFeeds) return KSV_LINES_LF;
-  return hasReturns ? KSV_LINES_CR : KSV_ONE_LINE;
+  if (hasPairs + hasLineFeeds + hasReturns > 1) return KSV_LINE_ENDS_MIXED;
+  if (hasPairs) return KSV_LINE_ENDS_CRLF;
+  if (hasLineFeeds) return KSV_LINE_ENDS_LF;
+  return hasReturns ? KSV_LINE_ENDS_CR : KSV_LINE_ENDS_NONE;
 }
 
 // In units of several bytes, of the beginning.
@@ -184,7 +184,7 @@ class Verdict {
   }
 
   void addAll() {
-    if (facts_.hasNuls() || evidence_.headIsWhole) addUnitReadings(evidence_, readings_);
+    if (facts_.hasNuls()) addUnitReadings(evidence_, readings_);
     if (facts_.hasNuls() && !readings_.empty() && leastCostIsText()) return sort();
     if (facts_.isAscii()) {
       addEscapedReadings(evidence_, readings_);
@@ -207,12 +207,12 @@ class Verdict {
     reading.charset = kAsciiName;
     reading.decodeAs = kUtf8Name;
     const PairCounts pairs{Bytes(lines_)};
-    const std::vector<int32_t> plain = plainCosts(pairs, pairs.kinds());
+    PlainCosts plain(pairs);
     LanguageCost best;
-    for (size_t i = 0; i < plain.size(); ++i) {
+    for (size_t i = 0; i < languageCount(); ++i) {
       const auto language = static_cast<Language>(i);
-      if (languageFacts(language).script != Script::kLatin) continue;
-      best.improve({language, plain[i] + priors_.of(language)});
+      if (languageFacts(language).script == Script::kLatin)
+        best.improve({language, plain.of(language) + priors_.of(language)});
     }
     reading.language = best.language;
     reading.ground = "all of its bytes are ASCII";
@@ -226,6 +226,7 @@ class Verdict {
     if (!isSurelyUtf8) {
       addMultiByteReadings(evidence_, readings_);
       addSingleByteReadings(evidence_, readings_);
+      if (!facts_.hasNuls()) addUnitReadings(evidence_, readings_);
     }
     if (isImplausible()) {
       if (!facts_.isUtf8()) addUtf8Reading(evidence_, readings_);
@@ -256,7 +257,7 @@ class Verdict {
     const auto is = [&](const Reading& reading) { return isCalled(reading, declared_.name); };
     if (std::any_of(readings_.begin(), readings_.end(), is) || declared_.name.starts_with("UTF-16"))
       return;
-    const auto text = decodeSound(declared_.name.c_str(), lines_, evidence_.mayEndInside);
+    const auto text = decodeInSteps(declared_.name.c_str(), lines_);
     if (!text) return;
     const LanguageCost best = bestLanguage(*text, priors_);
     Reading reading;
@@ -315,8 +316,8 @@ class Verdict {
 
   std::vector<double> confidences_() const {
     if (isSure_) return {kSure};
-    return confidencesOf(readings_, highBytes(),
-                         facts_.isAscii() ? INT64_MAX / 4 : unknownCostOfBytes());
+    const bool mayBeUnknown = !facts_.isAscii() && !facts_.hasNuls();
+    return confidencesOf(readings_, highBytes(), mayBeUnknown ? unknownCostOfBytes() : kNoLimit);
   }
 
   Guess guessOf(const Reading& reading, double confidence) const {
