@@ -13,15 +13,15 @@ from written_texts import CODECS, decode, normal
 # Names that mean the same, or that everybody reads alike: what the web's standard reads by one table
 # stands together. The first of each is how written_texts.py calls it.
 SAME = (
-    ("US-ASCII", "ASCII", "ANSI_X3.4-1968"),
+    ("US-ASCII", "ASCII", "ANSI_X3.4-1968", "ISO-646IRV"),
     ("UTF-8", "utf-8-sig"), ("UTF-16LE",), ("UTF-16BE",),
-    ("Shift_JIS", "SJIS", "CP932", "windows-31j", "MS932", "Windows-932"),
+    ("Shift_JIS", "SJIS", "CP932", "windows-31j", "MS932", "Windows-932", "WINDOWS31J"),
     ("EUC-JP", "eucJP-ms", "CP51932"),
     ("ISO-2022-JP", "ISO-2022-JP-1", "ISO-2022-JP-2", "ISO-2022-JP-3", "ISO-2022-JP-EXT",
      "ISO-2022-JP-2004", "CP50220", "CP50221", "CP50222"),
-    ("GBK", "GB2312", "CP936", "GB18030", "EUC-CN", "MS936"), ("HZ-GB-2312", "HZ"),
-    ("Big5", "CP950", "Big5-HKSCS", "Big5-ETEN"), ("EUC-TW",),
-    ("EUC-KR", "CP949", "UHC", "KS_C_5601-1987", "windows-949"),
+    ("GBK", "GB2312", "CP936", "GB18030", "EUC-CN", "MS936", "ChineseGBK"), ("HZ-GB-2312", "HZ"),
+    ("Big5", "CP950", "Big5-HKSCS", "Big5-ETEN", "ChineseBIG5"), ("EUC-TW",),
+    ("EUC-KR", "CP949", "UHC", "KS_C_5601-1987", "windows-949", "KoreanKSC"),
     ("ISO-2022-KR",), ("Johab", "CP1361"),
     ("windows-1252", "ISO-8859-1", "latin1", "CP1252"),
     ("windows-1254", "ISO-8859-9", "latin5", "CP1254"),
@@ -52,8 +52,6 @@ def canonical(name):
     return NAME_OF.get(plain(name), name)
 
 
-def is_exactly(name, charset):
-    return bool(name) and canonical(name) == canonical(charset)
 
 
 # What a name is read by where that is not the codec of the name.
@@ -87,11 +85,16 @@ def reading(data, name):
 class Answer:
     """What a judge says of a piece: a charset's name or None, and its confidence or None."""
 
-    def __init__(self, name, confidence=None, text=None, language=""):
+    def __init__(self, name, confidence=None, text=None, language="", decode_as=None):
         self.name = name
+        self.decode_as = decode_as or name  # what it says to read the piece by
         self.confidence = confidence
         self.text = text  # how it reads the piece itself, where it does
         self.language = language
+
+    def names(self, charset):
+        """Whether one of its names is the charset's."""
+        return canonical(charset) in map(canonical, filter(None, (self.name, self.decode_as)))
 
     def reads(self, piece):
         """Whether what is named gives the piece's text."""
@@ -258,10 +261,8 @@ class Ksv:
 
     def answer(self, data, guess):
         text = self.text_of(data, guess.decode_as) if guess.decode_as else None
-        answer = Answer(guess.charset.decode(), guess.confidence, text,
-                        guess.language.decode())
-        answer.decode_as = (guess.decode_as or b"").decode()
-        return answer
+        return Answer(guess.charset.decode(), guess.confidence, text, guess.language.decode(),
+                      (guess.decode_as or b"").decode())
 
 
 def debian_version(package):

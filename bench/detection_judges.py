@@ -25,7 +25,7 @@ from collections import Counter, defaultdict
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
-from charset_judges import canonical, is_exactly, judges  # noqa: E402
+from charset_judges import canonical, judges  # noqa: E402
 from written_texts import WRITTEN_IN, HeldTexts, charsets_of, pieces  # noqa: E402
 
 LENGTHS = (8, 16, 40, 200, 2000, None)
@@ -54,7 +54,7 @@ class Cell:
         right = answer.reads(piece)
         self.counts["pieces"] += 1
         self.counts["right"] += right
-        self.counts["exact"] += is_exactly(answer.name, charset)
+        self.counts["exact"] += answer.names(charset)
         self.counts["none"] += not answer.name
         self.counts["language"] += answer.language == language
         if answer.confidence is not None and answer.name:
@@ -91,7 +91,7 @@ def invariance(texts, mine, options):
             for judge in mine:
                 if not judge.slow:
                     answers = [judge.judge(text[:whole_pairs(charset, n)]) for n in LONG]
-                    names = [getattr(a, "decode_as", a.name) for a in answers]
+                    names = [a.decode_as for a in answers]
                     rows.append((judge.name, charset, package, names))
     return rows
 
