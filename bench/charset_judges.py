@@ -230,9 +230,14 @@ class Ksv:
                                         ctypes.c_char_p, ctypes.c_size_t, ctypes.c_void_p,
                                         ctypes.c_void_p, ctypes.c_void_p]
         library.ksv_free.argtypes = [ctypes.c_void_p]
+        library.ksv_charset_find.restype = ctypes.c_void_p
+        library.ksv_charset_find.argtypes = [ctypes.c_char_p]
 
     def version(self):
         return self.library.ksv_version().decode()
+
+    def has(self, charset):
+        return bool(self.library.ksv_charset_find(charset.encode()))
 
     def text_of(self, data, charset):
         """How the library reads the bytes; None where it finds a fault in them."""
@@ -280,7 +285,7 @@ def get_python_peers(work):
     if not (folder / "bin/python").exists():
         venv.create(folder, with_pip=True)
         subprocess.run([folder / "bin/pip", "install", "-q", *PYTHON_PEERS], check=True)
-    sys.path += map(str, folder.glob("lib/python*/site-packages"))
+    sys.path[:0] = map(str, folder.glob("lib/python*/site-packages"))
 
 
 def judges(names, work, library):

@@ -104,14 +104,15 @@ def messages(data):
 
 
 ACCELERATOR = re.compile(r"\s*\([_&~]?[A-Z0-9]\)|[~&](?=\w)(?!\w+;)|(?<!\w)_(?=\w)|(?<=\w)_(?=\w)")
-PLACE = re.compile(r"%[-+0#]?\d*(?:\.\d+)?(?:\d+\$)?[a-zA-Z%]|%\(\w+\)[sd]|%\d+|\{\w*[^{}]*\}|"
-                   r"\$\w+|\$\{[^}]*\}|<[^<>\n]{1,80}>")
+TAG = re.compile(r"<[^<>\n]{1,80}>")
+PLACE = re.compile(r"%[-+0#']?\d*(?:\.\d+)?(?:\d+\$)?(?:l{0,2}|z)[a-zA-Z]|%\(\w+\)[sd]|%\d+|"
+                   r"\$?\{[^{}]*\}|\$\w+")
 
 
 def paragraphs_of_message(message):
-    """A message's lines, without what a program puts in or marks."""
+    """A message's lines, without what a program marks and with figures for what it puts in."""
     message = message.split("\x04")[-1].replace("\x00", "\n").replace("\\n", "\n")
-    message = PLACE.sub("", ACCELERATOR.sub("", message))
+    message = PLACE.sub("1", TAG.sub("", ACCELERATOR.sub("", message)))
     return [one_line(html.unescape(line)) for line in message.splitlines()]
 
 
