@@ -58,9 +58,13 @@ if(KSV_LINKER_PACKS_RELOCATIONS AND KSV_LOADER_UNPACKS_RELOCATIONS)
   target_link_options(ksv_linked INTERFACE -Wl,-z,pack-relative-relocs)
 endif()
 
-# ksv_compile_for_size(source...): of what runs once for each call or file at most, and not for each character.
+# ksv_compile_for_size(source...): of what runs once for each call or file at most, and not for each
+# character. Sources with options of their own are compiled alone; builds that compile several at once
+# are not shipped.
 function(ksv_compile_for_size)
-  set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-Os>)
+  if(NOT CMAKE_UNITY_BUILD)
+    set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-Os>)
+  endif()
 endfunction()
 
 if(KSV_COVERAGE)
