@@ -13,7 +13,7 @@ constexpr int32_t kUnexpected = 12 * kBit;
 constexpr int64_t kMostAgainstPlain = 10 * kBit;
 
 // Of characters above ASCII in a language that nobody knows, and of leaving ASCII and going back.
-constexpr int64_t kUnknownCharacter = 9 * kBit;
+constexpr int64_t kUnknownCharacter = 8 * kBit;
 constexpr int64_t kUnknownChange = 2 * kBit;
 
 Script scriptOf(char16_t c) {
@@ -189,9 +189,13 @@ int32_t PlainCosts::of(Language language) const {
   return place == PlainPairs::kNoPlace ? 0 : costs_[place];
 }
 
-bool hasLettersOf(Script script, std::span<const char16_t> characters) {
-  return std::any_of(characters.begin(), characters.end(),
-                     [&](char16_t c) { return c >= 0xC0 && scriptOf(c) == script; });
+bool hasWordsOf(Script script, const PairCounts& pairs, std::span<const char16_t> characters) {
+  const auto isLetter = [&](uint16_t kind) {
+    return characters[kind] >= 0xC0 && scriptOf(characters[kind]) == script;
+  };
+  return std::any_of(pairs.telling().begin(), pairs.telling().end(), [&](const PairCount& pair) {
+    return isLetter(pair.before) && isLetter(pair.next);
+  });
 }
 
 LanguageCost bestAlphabet(std::span<const Language> languages, const AlphabetText& text,
