@@ -57,7 +57,7 @@ DecodedUtf8 decodeUtf8(Bytes bytes, bool mayEndInside) {
     decodeWellFormed(bytes.first(found.wellFormed), decoded);
     if (found.end == ScanEnd::kAll || (found.end == ScanEnd::kIncomplete && mayEndInside)) break;
     decoded.text.push_back(kReplacement);
-    ++decoded.damages;
+    if (isTooDamaged(++decoded.damages, bytes.size())) break;
     bytes = bytes.subspan(found.wellFormed + found.badLength);
   }
   return decoded;

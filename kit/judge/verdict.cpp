@@ -238,17 +238,13 @@ class Verdict {
   }
 
   void addOfBytes() {
-    if (isUtf8_) addUtf8Reading(evidence_, readings_);
-    const bool isSurelyUtf8 =
-        !readings_.empty() && readings_.back().charset == kUtf8Name && highBytes() >= kManyHigh;
+    addUtf8Reading(evidence_, readings_);
+    const bool isSurelyUtf8 = !readings_.empty() && isUtf8_ && highBytes() >= kManyHigh;
     if (!isSurelyUtf8) {
       addCharsetReadings();
       if (!facts_.hasNuls()) addUnitReadings(evidence_, readings_);
     }
-    if (isImplausible()) {
-      if (!isUtf8_) addUtf8Reading(evidence_, readings_);
-      addDamagedReadings(evidence_, readings_);
-    }
+    if (isImplausible()) addDamagedReadings(evidence_, readings_);
   }
 
   // What is tried later is given up sooner: where no two bytes above ASCII follow each other the
@@ -280,7 +276,7 @@ class Verdict {
   bool isImplausible() const {
     const int64_t unknown = unknownCost(lines_);
     return std::none_of(readings_.begin(), readings_.end(),
-                        [&](const Reading& reading) { return reading.cost < unknown * 3 / 4; });
+                        [&](const Reading& reading) { return reading.cost < unknown; });
   }
 
   // What is declared and does not come by itself: other charsets that the library can read.
