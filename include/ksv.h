@@ -409,8 +409,9 @@ typedef struct ksv_text_facts {
   int32_t content;        /* a ksv_content */
   int32_t settled;        /* 1: more of the same text would not change the first guess */
   uint64_t bytes;         /* how many were looked at */
-  const char* misread_as; /* the text is UTF-8 that was taken for this charset and written as UTF-8
-                             once more; null where it is not. The detection's */
+  /* The text is UTF-8 that was taken for this charset and written as UTF-8 once more; null where it
+   * is not. The detection's. */
+  const char* misread_as;
 } ksv_text_facts;
 
 /* Finds out in which charset a text is written. hints may be null. *detection is the caller's:
@@ -455,7 +456,7 @@ KSV_API ksv_result ksv_detector_verdict(const ksv_detector* detector, int comple
 typedef struct ksv_segment {
   uint64_t offset;       /* in bytes */
   uint64_t length;       /* in bytes, at least 1 */
-  const char* charset;   /* as in ksv_guess */
+  const char* charset;   /* as in ksv_guess; null where no charset fits */
   const char* decode_as; /* as in ksv_guess */
   double confidence;     /* as in ksv_guess */
 } ksv_segment;
@@ -473,8 +474,8 @@ typedef struct ksv_repair_counts {
   uint64_t ambiguous;  /* lines with more than one way back: left alone */
   uint64_t first_left; /* where the first line begins that was left alone; KSV_NO_OFFSET */
   uint64_t first_left_line; /* its number, from 1 on; 0 */
-  const char* misread_as; /* the charset that most of the lines were taken for; null: none was. The
-                             library's */
+  /* The charset that most of the lines were taken for; null: none was. The library's. */
+  const char* misread_as;
 } ksv_repair_counts;
 
 /* Undoes what ksv_text_facts calls misread, line by line, where there is one way back. misread_as

@@ -15,15 +15,6 @@ namespace {
 
 constexpr char kUnits[] = "UTF-16LE";
 
-// The first byte that is no text in the charset; none when all of it is.
-std::optional<uint64_t> firstInvalid(const char* charset, Bytes text) {
-  const Plan plan(charset, kUnits, nullptr);
-  Pipeline pipeline(plan.task());
-  pipeline.takeWhole(text.data(), text.size(), [](const ByteBuffer&) {});
-  if (!pipeline.problem()) return std::nullopt;
-  return pipeline.problem()->offset;
-}
-
 // GB 2312 has the pairs of the rows and cells from 1 to 94, up to row 87.
 bool isGb2312(Bytes text) {
   for (size_t at = 0; at < text.size(); ++at) {
@@ -74,6 +65,14 @@ void confirmUtf8(Guess& guess, Bytes text) {
 }
 
 }  // namespace
+
+std::optional<uint64_t> firstInvalid(const char* charset, Bytes text) {
+  const Plan plan(charset, kUnits, nullptr);
+  Pipeline pipeline(plan.task());
+  pipeline.takeWhole(text.data(), text.size(), [](const ByteBuffer&) {});
+  if (!pipeline.problem()) return std::nullopt;
+  return pipeline.problem()->offset;
+}
 
 void confirm(Detection& detection, Bytes text, const TextFacts& facts) {
   detection.bytes = text.size();

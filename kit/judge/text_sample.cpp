@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace ksv_kit::judge {
 namespace {
@@ -61,6 +62,7 @@ void TextSample::take(const uint8_t* bytes, size_t length) {
     const size_t used = taken != 0 ? taken : takePiece(bytes, length);
     bytes += used;
     length -= used;
+    if (taken != 0) position_ += taken;
   }
 }
 
@@ -82,16 +84,18 @@ size_t TextSample::takePiece(const uint8_t* bytes, size_t length) {
   if (lineEnd == nullptr && !isCut) {
     piece_.insert(piece_.end(), bytes, bytes + used);
   } else if (piece_.empty()) {
-    consider(bytes, used, isCut);
+    consider(bytes, used, position_, isCut);
   } else {
     piece_.insert(piece_.end(), bytes, bytes + used);
-    consider(piece_.data(), piece_.size(), isCut);
+    consider(piece_.data(), piece_.size(), position_ + used - piece_.size(), isCut);
     piece_.clear();
   }
+  position_ += used;
   return used;
 }
 
-void TextSample::consider(const uint8_t* bytes, size_t length, bool isCut) {
+void TextSample::consider(const uint8_t* bytes, size_t length, uint64_t place, bool isCut) {
+  const uint8_t* const begin = bytes;
   const bool beginsAnywhere = pieceBeginsAnywhere_;
   pieceBeginsAnywhere_ = isCut;
   const uint8_t* end = bytes + length;
@@ -107,6 +111,7 @@ void TextSample::consider(const uint8_t* bytes, size_t length, bool isCut) {
     if (sure != bytes) end = sure;
     endsAnywhere_ = sure == bytes;
   }
+  places_.push_back({lines_.size(), place + static_cast<uint64_t>(bytes - begin)});
   lines_.insert(lines_.end(), bytes, end);
   const auto count = static_cast<size_t>(end - bytes);
   if (isTelling) telling_ += endsAnywhere_ ? kMost : count;
@@ -120,6 +125,15 @@ std::span<const uint8_t> TextSample::lines(std::vector<uint8_t>& joined) const {
   joined = lines_;
   joined.insert(joined.end(), piece_.begin(), piece_.end());
   return joined;
+}
+
+uint64_t TextSample::placeOf(size_t inLines) const {
+  if (inLines >= lines_.size()) return position_ - piece_.size() + (inLines - lines_.size());
+  const auto behind =
+      std::upper_bound(places_.begin(), places_.end(), inLines,
+                       [](size_t place, const Place& line) { return place < line.inLines; });
+  const Place& line = *std::prev(behind);
+  return line.inText + (inLines - line.inLines);
 }
 
 }  // namespace ksv_kit::judge

@@ -18,6 +18,8 @@ class TextSample {
   // among them; then they are put together in what is handed in.
   const std::vector<uint8_t>& head() const { return head_; }
   std::span<const uint8_t> lines(std::vector<uint8_t>& joined) const;
+  // Where a byte of the lines stands in the text.
+  uint64_t placeOf(size_t inLines) const;
   // Of the lines that tell something how many bytes there are.
   size_t telling() const { return telling_; }
   bool isFull() const { return telling_ >= kMost; }
@@ -30,10 +32,16 @@ class TextSample {
  private:
   size_t skipPlain(const uint8_t* bytes, size_t length);
   size_t takePiece(const uint8_t* bytes, size_t length);
-  void consider(const uint8_t* bytes, size_t length, bool isCut);
+  void consider(const uint8_t* bytes, size_t length, uint64_t place, bool isCut);
 
   std::vector<uint8_t> head_;
   std::vector<uint8_t> lines_;
+  struct Place {
+    size_t inLines;
+    uint64_t inText;
+  };
+  std::vector<Place> places_;   // of each line that was taken
+  uint64_t position_ = 0;       // of what comes next
   std::vector<uint8_t> piece_;  // what has been taken of the line, or of its present piece
   bool pieceBeginsAnywhere_ = false;
   bool endsAnywhere_ = false;

@@ -121,7 +121,8 @@ size_t countHigh(Bytes bytes) {
 class Verdict {
  public:
   Verdict(const TextSample& sample, const TextFacts& facts, const Hints& hints, bool isWhole)
-      : lines_(sample.lines(joined_)),
+      : sample_(sample),
+        lines_(sample.lines(joined_)),
         head_(sample.head()),
         facts_(facts),
         hints_(hints),
@@ -179,10 +180,11 @@ class Verdict {
     Reading reading;
     reading.charset = reading.decodeAs = mark->charset;
     reading.ground = "it begins with a byte-order mark";
-    if (reading.charset == kUtf8Name && facts_.isUtf8()) {
+    if (reading.charset == kUtf8Name) {
       Readings found;
       addUtf8Reading(evidence_, found);
       if (!found.empty()) reading.language = found.front().language;
+      reading.invalid = isUtf8_ ? 0 : 1;
     }
     readings_.push_back(std::move(reading));
     markLength_ = static_cast<uint32_t>(mark->bytes.size());
@@ -356,9 +358,19 @@ class Verdict {
     if (reading.language != kNoLanguage) guess.language = languageFacts(reading.language).name;
     guess.confidence = std::min(confidence, kSure);
     guess.reason = reasonOf(reading);
+    guess.invalidOffset = invalidOffsetOf(reading);
     guess.lineEnd = lineEndIn(reading.charset, head_, facts_);
     guess.markLength = markLength_;
     return guess;
+  }
+
+  // Of what was looked at.
+  uint64_t invalidOffsetOf(const Reading& reading) const {
+    if (reading.charset == kUtf8Name && reading.invalid != 0)
+      return facts_.isUtf8() ? facts_.size() - facts_.utf8Waiting() : facts_.utf8InvalidAt();
+    if (reading.invalid == 0) return KSV_NO_OFFSET;
+    const auto inLines = firstInvalid(reading.decodeAs.c_str(), lines_);
+    return inLines ? sample_.placeOf(static_cast<size_t>(*inLines)) : KSV_NO_OFFSET;
   }
 
   std::string reasonOf(const Reading& reading) const {
@@ -385,6 +397,7 @@ class Verdict {
     const char* where = "";
   };
 
+  const TextSample& sample_;
   std::vector<uint8_t> joined_;
   const Bytes lines_;
   const Bytes head_;
