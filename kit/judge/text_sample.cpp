@@ -25,6 +25,11 @@ bool tells(uint8_t byte) {
 // What UTF-7 and HZ begin their runs with.
 bool mayTell(uint8_t byte) { return byte == '+' || byte == '~'; }
 
+// Behind two bytes of ASCII no character is open.
+bool endsCharacter(const uint8_t* begin, const uint8_t* end) {
+  return end - begin >= 2 && end[-1] < 0x80 && end[-2] < 0x80;
+}
+
 // How many bytes from the beginning tell nothing, a multiple of the block.
 size_t plainBlocks(const uint8_t* bytes, size_t length) {
   constexpr size_t kBlock = 64;
@@ -85,8 +90,8 @@ size_t TextSample::takePiece(const uint8_t* bytes, size_t length) {
 
 void TextSample::consider(const uint8_t* bytes, size_t length, bool isCut) {
   const bool beginsAnywhere = pieceBeginsAnywhere_;
-  pieceBeginsAnywhere_ = isCut;
   const uint8_t* end = bytes + length;
+  pieceBeginsAnywhere_ = isCut && !endsCharacter(bytes, end);
   if (beginsAnywhere)
     bytes = std::find_if(bytes, end, [](uint8_t byte) { return byte < kFirstTrail; });
   const bool isTelling = std::any_of(bytes, end, tells);
@@ -95,7 +100,7 @@ void TextSample::consider(const uint8_t* bytes, size_t length, bool isCut) {
   if (endsAnywhere_) return;
   if (isCut) {
     const uint8_t* sure = end;
-    while (sure != bytes && sure[-1] >= kFirstTrail) --sure;
+    while (sure != bytes && sure[-1] >= kFirstTrail && !endsCharacter(bytes, sure)) --sure;
     if (sure != bytes) end = sure;
     endsAnywhere_ = sure == bytes;
   }
