@@ -36,6 +36,37 @@ if(NOT WIN32 AND NOT KSV_SANITIZE AND NOT KSV_SANITIZE_THREADS AND NOT KSV_COVER
   target_link_options(ksv_counted INTERFACE -Wl,--gc-sections)
 endif()
 
+# Programs and libraries that are shipped are linked with this, too.
+add_library(ksv_linked INTERFACE)
+target_link_libraries(ksv_linked INTERFACE ksv_hardening ksv_options)
+if(NOT WIN32 AND NOT KSV_SANITIZE AND NOT KSV_SANITIZE_THREADS AND NOT KSV_COVERAGE)
+  target_link_options(ksv_linked INTERFACE -Wl,--gc-sections)
+endif()
+# Where addresses stand among the data is said by bits, where it was 24 bytes for each: the loader is
+# done with them sooner. A C library that is older does not know it, and what is built with a
+# newer one needs that anyhow.
+include(CheckCXXSourceCompiles)
+include(CheckLinkerFlag)
+check_linker_flag(CXX -Wl,-z,pack-relative-relocs KSV_LINKER_PACKS_RELOCATIONS)
+check_cxx_source_compiles("
+  #include <features.h>
+  #if !__GLIBC_PREREQ(2, 36)
+  #error older
+  #endif
+  int main() {}" KSV_LOADER_UNPACKS_RELOCATIONS)
+if(KSV_LINKER_PACKS_RELOCATIONS AND KSV_LOADER_UNPACKS_RELOCATIONS)
+  target_link_options(ksv_linked INTERFACE -Wl,-z,pack-relative-relocs)
+endif()
+
+# ksv_compile_for_size(source...): of what runs once for each call or file at most, and not for each
+# character. Sources with options of their own are compiled alone; builds that compile several at once
+# are not shipped.
+function(ksv_compile_for_size)
+  if(NOT CMAKE_UNITY_BUILD)
+    set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-Os>)
+  endif()
+endfunction()
+
 if(KSV_COVERAGE)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     message(FATAL_ERROR "KSV_COVERAGE needs clang; use the preset 'coverage'")

@@ -44,7 +44,7 @@ function(ksv_add_shared_library target name soversion)
   add_library(${target} SHARED ${ARGN})
   ksv_show_library(${target} ${name} ${name})
   # None of ours is needed for linking against it.
-  target_link_libraries(${target} PRIVATE ksv_hardening ksv_options)
+  target_link_libraries(${target} PRIVATE ksv_linked)
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "")
     target_sources(${target} PRIVATE ${exports}.def)

@@ -1,8 +1,9 @@
 # Sourced by the scripts beside it: what a Debian machine needs, by purpose, and how to get it.
 
+# To build the libraries and the command without mails, which is enough for scripts/demo.
+readonly demo_packages=(g++ cmake ninja-build python3 libcli11-dev nlohmann-json3-dev libutf8proc-dev)
 # To build what is installed.
-readonly build_packages=(g++ cmake ninja-build python3 libcli11-dev nlohmann-json3-dev
-  libutf8proc-dev libgmime-3.0-dev pkg-config)
+readonly build_packages=("${demo_packages[@]}" libgmime-3.0-dev pkg-config)
 # To build and run tests and benchmarks.
 readonly test_packages=(
   "${build_packages[@]}" git

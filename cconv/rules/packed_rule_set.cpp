@@ -45,17 +45,22 @@ std::unique_ptr<TableList> makeDestTables(const PackedCatalog& catalog,
 PackedRuleSet::PackedRuleSet(const PackedCharsets& packed, const Others& others,
                              CharsetNames& names)
     : packed_(packed), catalog_(packed.catalog()), others_(others), names_(names) {
+  std::vector<bool> isEntered(catalog_.groups.size());
   for (uint32_t number = 0; number < catalog_.charsets.size(); ++number) {
     const PackedCatalog::Charset& charset = catalog_.charsets[number];
     const CharsetId id = idOfName(charset.name);
-    if (!others_.hasCharset(id) && charsets_.enter(id, number)) enterMembers(charset);
+    if (!others_.hasCharset(id) && charsets_.enter(id, number)) enterMembers(charset, isEntered);
   }
   charsets_.complete();
   groups_.complete();
 }
 
-void PackedRuleSet::enterMembers(const PackedCatalog::Charset& charset) {
+// Most groups are members of many charsets, and all of this is done at each start of a program.
+void PackedRuleSet::enterMembers(const PackedCatalog::Charset& charset,
+                                 std::vector<bool>& isEntered) {
   for (const PackedCatalog::Member& member : catalog_.membersOf(charset)) {
+    if (isEntered[member.group]) continue;
+    isEntered[member.group] = true;
     const CharsetId id = idOfName(catalog_.groups[member.group].name);
     if (others_.groupOfFiles(id) == nullptr) groups_.enter(id, member.group);
   }

@@ -119,7 +119,7 @@ class PackedRuleSet {
  private:
   template <class Make>
   auto withMemory(Make make) -> decltype(make());
-  void enterMembers(const PackedCatalog::Charset& charset);
+  void enterMembers(const PackedCatalog::Charset& charset, std::vector<bool>& isEntered);
   LoadedCharset* madeCharset(size_t place);
   GroupDef* madeGroup(size_t place);
   GroupDef* groupWithNumberOf(const PackedCatalog::Group& packed);

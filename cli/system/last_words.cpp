@@ -6,6 +6,7 @@
 
 #include <cxxabi.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -36,3 +37,12 @@ bool isWantOfMemory() {
 
 }  // namespace
 }  // namespace ksv_cli
+
+// In the place of the C++ library's own, which says of which type an exception was: what turns
+// names of types into words would be 47 KB of the command.
+namespace __gnu_cxx {
+void __verbose_terminate_handler() {
+  std::fputs("ksv: an exception that nothing has caught\n", stderr);
+  std::abort();
+}
+}  // namespace __gnu_cxx

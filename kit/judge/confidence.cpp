@@ -13,6 +13,9 @@ constexpr double kCharactersAtFullWorth = 24;
 // In bits of full worth.
 constexpr double kTellable = 20;
 
+// Few texts are in charsets that nobody knows.
+constexpr int64_t kUnknownIsRare = 6 * kBit;
+
 double worthOfBit(size_t high) {
   return 1 / std::sqrt(1 + static_cast<double>(high) / kCharactersAtFullWorth);
 }
@@ -32,7 +35,7 @@ std::vector<double> confidencesOf(const Readings& readings, size_t high, int64_t
   const auto weightOf = [&](int64_t cost) {
     return std::exp2(-static_cast<double>(cost - best) * worth);
   };
-  double sum = weightOf(std::max(unknown, best));
+  double sum = weightOf(std::max(unknown + kUnknownIsRare, best));
   for (size_t i = 0; i < readings.size(); ++i) {
     const bool isSaidAlready =
         std::any_of(readings.begin(), readings.begin() + static_cast<std::ptrdiff_t>(i),

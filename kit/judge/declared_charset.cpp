@@ -111,9 +111,25 @@ std::optional<std::string> inModeLine(std::string_view text) {
   return std::nullopt;
 }
 
+// Whether "cha", "cod" or "fen" is anywhere in the text, in any case; without branches, so that
+// it is done by vectors.
+bool maySayCharset(std::string_view text) {
+  unsigned found = 0;
+  for (size_t i = 0; i + 2 < text.size(); ++i) {
+    const int a = text[i] | 0x20;
+    const int b = text[i + 1] | 0x20;
+    const int c = text[i + 2] | 0x20;
+    found |= static_cast<unsigned>(((a == 'c') & (b == 'h') & (c == 'a')) |
+                                   ((a == 'c') & (b == 'o') & (c == 'd')) |
+                                   ((a == 'f') & (b == 'e') & (c == 'n')));
+  }
+  return found != 0;
+}
+
 }  // namespace
 
 std::optional<DeclaredCharset> declaredCharset(std::string_view beginning) {
+  if (!maySayCharset(beginning)) return std::nullopt;
   const std::string text = lowered(beginning);
   if (auto name = inXml(text)) return DeclaredCharset{*name, "an XML declaration"};
   if (auto name = inStyleSheet(text)) return DeclaredCharset{*name, "an @charset"};

@@ -124,7 +124,7 @@ std::optional<Units> decodeSound(const char* charset, Bytes text, bool mayEndIns
 
 // Piece by piece, each of which ends behind a byte that is a character of its own in all charsets.
 bool isSound(const char* charset, Bytes text) {
-  constexpr size_t kPiece = 64 * 1024;
+  constexpr size_t kPiece = 24 * 1024;
   constexpr uint8_t kFirstTrail = 0x30;
   while (!text.empty()) {
     size_t length = std::min(kPiece, text.size());

@@ -27,8 +27,8 @@ void Detector::take(const uint8_t* bytes, size_t length) {
 
 // Each time that there is as much again; the beginning is looked at first, for what shows there.
 void Detector::lookWhetherSettled() {
-  const bool isBeginning = facts_.size() == TextSample::kHead;
-  const bool hasMore = sample_.telling() >= TextSample::kHead && sample_.telling() >= nextLook_;
+  const bool isBeginning = facts_.size() == TextSample::kHead && facts_.hasNuls();
+  const bool hasMore = sample_.telling() >= nextLook_;
   if (!isBeginning && !hasMore) return;
   if (hasMore) nextLook_ = sample_.isFull() ? SIZE_MAX : 2 * sample_.telling();
   Detection detection = verdictOn(sample_, facts_, hints_, false);

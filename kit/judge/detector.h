@@ -28,7 +28,7 @@ class Detector {
   Hints hints_;
   TextSample sample_;
   TextFacts facts_;
-  size_t nextLook_ = 0;
+  size_t nextLook_ = 2048;  // at so much that tells something
   bool isSettled_ = false;
   Detection settled_;
 };

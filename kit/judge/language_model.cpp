@@ -97,6 +97,12 @@ constexpr ModelFacts kModels[] = {
 
 constexpr size_t kLanguages = std::size(kModels);
 
+constexpr bool isAt(Language language, std::string_view name) {
+  return kModels[language].language.name == name;
+}
+static_assert(isAt(kJapanese, "ja") && isAt(kSimplifiedChinese, "zh-CN") &&
+              isAt(kTraditionalChinese, "zh-TW") && isAt(kKorean, "ko") && isAt(kEnglish, "en"));
+
 // ---- Symbols ----
 
 constexpr uint8_t kDigit = 1;
@@ -111,7 +117,8 @@ constexpr uint8_t kLower = 1 << 6;
 constexpr uint8_t kUpper = 2 << 6;
 
 // What one of a kind costs over the kind: so many of them are about as usual as each other.
-constexpr int32_t kWithinKind[kFirstLetter] = {0, 0, 0, 3 * kBit, 17, 5 * kBit, 7 * kBit, 10 * kBit};
+constexpr int32_t kWithinKind[kFirstLetter] = {0,  0,        0,        3 * kBit,
+                                               17, 5 * kBit, 7 * kBit, 10 * kBit};
 
 constexpr char16_t kNoCapital = 1;
 

@@ -24,6 +24,12 @@ enum class Script : uint8_t { kLatin, kCyrillic, kGreek, kHebrew, kArabic, kThai
 // The index of a language among all.
 using Language = uint8_t;
 inline constexpr Language kNoLanguage = 0xFF;
+// Those that charsets are made for come first, in this order.
+inline constexpr Language kJapanese = 0;
+inline constexpr Language kSimplifiedChinese = 1;
+inline constexpr Language kTraditionalChinese = 2;
+inline constexpr Language kKorean = 3;
+inline constexpr Language kEnglish = 4;
 
 struct LanguageFacts {
   const char* name;  // as BCP 47 has it

@@ -40,6 +40,7 @@ class WayBack {
   }
 
   const std::string& charset() const { return charset_; }
+  bool isOfBytes() const { return isOfBytes_; }
 
   // None when the charset does not have all of its characters.
   std::optional<std::string> bytesOf(Bytes line) const {
@@ -212,12 +213,24 @@ bool isCheaper(const std::string& way, const std::string& asItIs) {
 bool mayBegin(Bytes line, const WayBack& way) {
   const auto first =
       std::find_if(line.begin(), line.end(), [](uint8_t byte) { return byte >= 0x80; });
+  const bool isEastAsian = *first >= 0xE3 && *first <= 0xED;
+  if (isEastAsian == way.isOfBytes()) return false;
   const auto length = static_cast<size_t>(line.end() - first);
   const size_t wanted = *first < 0xE0 ? 2 : *first < 0xF0 ? 3 : 4;
   const auto bytes = way.bytesOf({&*first, std::min(wanted, length)});
   if (!bytes || bytes->empty()) return false;
   const auto lead = static_cast<uint8_t>(bytes->front());
   return lead >= 0xC2 && lead <= 0xF4;
+}
+
+// The ways of all of them.
+const std::vector<const WayBack*>& allWays() {
+  static const auto* const ways = [] {
+    auto all = std::make_unique<std::vector<const WayBack*>>();
+    for (const char* const charset : kTakenFor) all->push_back(&wayBack(charset));
+    return all.release();
+  }();
+  return *ways;
 }
 
 }  // namespace
@@ -228,9 +241,10 @@ std::string misreadingOf(Bytes lines) {
   eachLine(lines, [&](Bytes line) {
     if (!isAsciiOnly(line) && high.size() < kMostLines) high.push_back(line);
   });
-  for (const char* const charset : kTakenFor) {
-    if (high.empty() || !mayBegin(high.front(), wayBack(charset))) continue;
-    std::string way;
+  for (const WayBack* const way : allWays()) {
+    if (high.empty() || !mayBegin(high.front(), *way)) continue;
+    const std::string& charset = way->charset();
+    std::string undoneText;
     std::string asItIs;
     size_t count = 0;
     for (size_t i = 0; i < high.size(); ++i) {
@@ -238,10 +252,10 @@ std::string misreadingOf(Bytes lines) {
       const std::optional<std::string> text = undone(high[i], charset);
       if (!text) continue;
       ++count;
-      way += *text;
+      undoneText += *text;
       asItIs.append(high[i].begin(), high[i].end());
     }
-    if (count * 4 >= high.size() * 3 && count != 0 && isCheaper(way, asItIs)) return charset;
+    if (count * 4 >= high.size() * 3 && count != 0 && isCheaper(undoneText, asItIs)) return charset;
   }
   return {};
 }

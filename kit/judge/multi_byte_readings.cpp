@@ -11,7 +11,7 @@ namespace {
 struct MultiByteFamily {
   // What it is read as, from the narrow to the wide: the usual one first. Null behind the last.
   std::array<CharsetStep, 4> steps;
-  const char* languages[2];
+  Language languages[2];
   int32_t rarity;  // in bits
 };
 
@@ -19,18 +19,20 @@ constexpr MultiByteFamily kFamilies[] = {
     {{{{"Shift_JIS", "WINDOWS31J"},
        {"WINDOWS31J", "WINDOWS31J"},
        {"Shift_JIS-2004", "Shift_JIS-2004"}}},
-     {"ja", nullptr},
+     {kJapanese, kNoLanguage},
      0},
     {{{{"EUC-JP", "EUC-JP-MS"}, {"EUC-JP-MS", "EUC-JP-MS"}, {"EUC-JIS-2004", "EUC-JIS-2004"}}},
-     {"ja", nullptr},
+     {kJapanese, kNoLanguage},
      0},
     {{{{"GB2312", "ChineseGBK"}, {"ChineseGBK", "ChineseGBK"}, {"GB18030", "GB18030"}}},
-     {"zh-CN", "zh-TW"},
+     {kSimplifiedChinese, kTraditionalChinese},
      0},
-    {{{{"ChineseBIG5", "ChineseBIG5"}, {"Big5-HKSCS", "Big5-HKSCS"}}}, {"zh-TW", nullptr}, 0},
-    {{{{"EUC-KR", "KoreanKSC"}, {"KoreanKSC", "KoreanKSC"}}}, {"ko", nullptr}, 0},
-    {{{{"EUC-TW", "EUC-TW"}}}, {"zh-TW", nullptr}, 4},
-    {{{{"Johab", "Johab"}}}, {"ko", nullptr}, 6},
+    {{{{"ChineseBIG5", "ChineseBIG5"}, {"Big5-HKSCS", "Big5-HKSCS"}}},
+     {kTraditionalChinese, kNoLanguage},
+     0},
+    {{{{"EUC-KR", "KoreanKSC"}, {"KoreanKSC", "KoreanKSC"}}}, {kKorean, kNoLanguage}, 0},
+    {{{{"EUC-TW", "EUC-TW"}}}, {kTraditionalChinese, kNoLanguage}, 4},
+    {{{{"Johab", "Johab"}}}, {kKorean, kNoLanguage}, 6},
 };
 
 // None where it costs more than anybody is told.
@@ -38,9 +40,8 @@ std::optional<Reading> readingOf(const MultiByteFamily& family, const CharsetSte
                                  std::span<const char16_t> text, const LanguagePriors& priors,
                                  int64_t limit) {
   LanguageCost best;
-  for (const char* const name : family.languages) {
-    if (name == nullptr) continue;
-    const Language language = languageNamed(name);
+  for (const Language language : family.languages) {
+    if (language == kNoLanguage) continue;
     const int64_t prior = priors.of(language) + family.rarity * kBit;
     const int64_t most = std::min(limit, best.cost) - prior;
     const int64_t cost = eastAsianCost(language, text, most);

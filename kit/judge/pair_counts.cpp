@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <tuple>
 
 namespace ksv_kit::judge {
 namespace {
@@ -11,9 +10,6 @@ namespace {
 constexpr size_t kAlphabets = 0x2200;
 constexpr size_t kMostKinds = 512;
 constexpr uint16_t kNone = 0xFFFF;
-
-// What so many pairs of ASCII do not tell of the language, more do not either.
-constexpr ptrdiff_t kMostPlain = 128;
 
 }  // namespace
 
@@ -59,28 +55,20 @@ void PairCounts::count(size_t length, Index indexAt) {
   for (size_t i = 0; i < length; ++i) {
     const uint16_t next = indexAt(i);
     const bool isPlain = kinds_[before] < 0x80 && kinds_[next] < 0x80;
-    std::vector<PairCount>& list = isPlain ? plain_ : telling_;
+    if (isPlain) {
+      before = next;
+      continue;
+    }
     uint32_t& place = places[before * size + next];
     if (place == 0) {
-      list.push_back({before, next, 0});
-      place = static_cast<uint32_t>(list.size());
+      telling_.push_back({before, next, 0});
+      place = static_cast<uint32_t>(telling_.size());
     }
-    ++list[place - 1].count;
+    ++telling_[place - 1].count;
     before = next;
   }
-  putFrequentFirst();
-}
-
-void PairCounts::putFrequentFirst() {
-  const auto isFrequent = [](const PairCount& pair) { return pair.count > 3; };
-  std::stable_partition(telling_.begin(), telling_.end(), isFrequent);
-  if (plain_.size() <= static_cast<size_t>(kMostPlain)) return;
-  std::nth_element(plain_.begin(), plain_.begin() + kMostPlain, plain_.end(),
-                   [](const PairCount& a, const PairCount& b) {
-                     return std::tuple(b.count, a.before, a.next) <
-                            std::tuple(a.count, b.before, b.next);
-                   });
-  plain_.resize(kMostPlain);
+  std::stable_partition(telling_.begin(), telling_.end(),
+                        [](const PairCount& pair) { return pair.count > 3; });
 }
 
 }  // namespace ksv_kit::judge

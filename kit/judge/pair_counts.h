@@ -23,9 +23,7 @@ class PairCounts {
 
   // What the indexes stand for: bytes, or characters.
   const std::vector<char16_t>& kinds() const { return kinds_; }
-  // Pairs of ASCII only, the most usual ones of them, and all others; frequent ones come first. The
-  // text begins behind a blank.
-  const std::vector<PairCount>& plain() const { return plain_; }
+  // All pairs but those of ASCII only; frequent ones come first. The text begins behind a blank.
   const std::vector<PairCount>& telling() const { return telling_; }
   // How many of the bytes or characters are above ASCII.
   size_t high() const { return high_; }
@@ -33,10 +31,8 @@ class PairCounts {
  private:
   template <typename Index>
   void count(size_t length, Index indexAt);
-  void putFrequentFirst();
 
   std::vector<char16_t> kinds_;
-  std::vector<PairCount> plain_;
   std::vector<PairCount> telling_;
   size_t high_ = 0;
 };

@@ -155,7 +155,9 @@ class Segmentation {
         }
       }
       for (size_t state = 0; state < states_.size(); ++state)
-        costs[state] += costIn(states_[state], bytesOf(lines_[i])).value_or(kInvalidLine + 8 * kBit * static_cast<int64_t>(lines_[i].length));
+        costs[state] +=
+            costIn(states_[state], bytesOf(lines_[i]))
+                .value_or(kInvalidLine + 8 * kBit * static_cast<int64_t>(lines_[i].length));
     }
     auto state = static_cast<uint8_t>(std::min_element(costs.begin(), costs.begin() + states()) -
                                       costs.begin());

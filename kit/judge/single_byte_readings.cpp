@@ -145,7 +145,7 @@ std::string narrowestOf(const std::string& decodeAs, const std::vector<char16_t>
 
 void addSingleByteReadings(const Evidence& evidence, Readings& readings) {
   const PairCounts pairs(evidence.lines);
-  PlainCosts plain(pairs);
+  const PlainCosts plain(evidence.lines);
   TellableCosts tellable(readings, pairs.high());
   for (const KnownCharset& known : knownCharsets()) {
     const SingleByteCharset& charset = *known.charset;

@@ -79,10 +79,65 @@ std::vector<Language> eastAsianOf(std::span<const char16_t> text) {
     han += c >= 0x3400 && c <= 0x9FFF;
   }
   const size_t all = kana + hangul + han;
-  if (kana * 8 > all) return {languageNamed("ja")};
-  if (hangul * 4 > all) return {languageNamed("ko")};
+  if (kana * 8 > all) return {kJapanese};
+  if (hangul * 4 > all) return {kKorean};
   return languagesOf(Script::kEastAsian);
 }
+
+// What letters behind each other cost in the languages in Latin script, beside English: a row for
+// each pair, so that all languages are counted at once.
+class PlainPairs {
+ public:
+  static constexpr size_t kBlank = 0;
+  static constexpr size_t kOther = 27;
+  static constexpr uint8_t kNoPlace = 0xFF;
+  // Sums of so many stay within 16 bits.
+  static constexpr size_t kMostCounted = 480;
+
+  using Row = std::array<int16_t, 32>;
+
+  static const PlainPairs& all() {
+    static const PlainPairs* const pairs = new PlainPairs;
+    return *pairs;
+  }
+
+  static size_t kindOf(uint8_t byte) {
+    const uint8_t lower = byte | 0x20;
+    if (lower >= 'a' && lower <= 'z') return static_cast<size_t>(lower - 'a' + 1);
+    return byte == ' ' || byte == '\n' ? kBlank : kOther;
+  }
+  const Row& row(size_t before, size_t next) const { return rows_[before * kKinds + next]; }
+  uint8_t placeOf(Language language) const { return places_[language]; }
+
+ private:
+  static constexpr size_t kKinds = 28;
+
+  PlainPairs() : places_(languageCount(), kNoPlace) {
+    const std::vector<Language> languages = languagesOf(Script::kLatin);
+    for (size_t i = 0; i < languages.size() && i < Row().size(); ++i) {
+      places_[languages[i]] = static_cast<uint8_t>(i);
+      fill(i, AlphabetModel::of(languages[i]));
+    }
+  }
+
+  // Signs and digits say nothing.
+  void fill(size_t place, const AlphabetModel& model) {
+    static const AlphabetModel& english = AlphabetModel::of(kEnglish);
+    for (size_t before = 0; before < kOther; ++before)
+      for (size_t next = 0; next < kOther; ++next) {
+        const char32_t one = before == kBlank ? U' ' : static_cast<char32_t>('a' + before - 1);
+        const char32_t other = next == kBlank ? U' ' : static_cast<char32_t>('a' + next - 1);
+        const auto costIn = [&](const AlphabetModel& in) {
+          return in.cost(in.symbolOf(one), in.symbolOf(other));
+        };
+        rows_[before * kKinds + next][place] =
+            static_cast<int16_t>(costIn(model) - costIn(english));
+      }
+  }
+
+  std::array<Row, kKinds * kKinds> rows_{};
+  std::vector<uint8_t> places_;
+};
 
 }  // namespace
 
@@ -103,27 +158,35 @@ void LanguagePriors::expect(std::string_view names) {
     if (std::find(expected.begin(), expected.end(), i) == expected.end()) of_[i] += kUnexpected;
 }
 
-PlainCosts::PlainCosts(const PairCounts& pairs)
-    : pairs_(pairs), costs_(languageCount(), kUnknown) {}
+PlainCosts::PlainCosts(std::span<const uint8_t> bytes) { count(bytes); }
 
-int32_t PlainCosts::of(Language language) {
-  int32_t& cost = costs_[language];
-  if (cost != kUnknown) return cost;
-  if (languageFacts(language).script != Script::kLatin) return cost = 0;
-  static const Language english = languageNamed("en");
-  if (inEnglish_ < 0) inEnglish_ = costIn(english);
-  const int64_t own = costIn(language) - inEnglish_;
-  return cost = static_cast<int32_t>(std::clamp<int64_t>(own, kLeast, kMostAgainstPlain));
+PlainCosts::PlainCosts(std::span<const char16_t> units) { count(units); }
+
+template <typename Text>
+void PlainCosts::count(const Text& text) {
+  const PlainPairs& pairs = PlainPairs::all();
+  std::array<int16_t, kMost> sums{};
+  size_t before = PlainPairs::kBlank;
+  size_t left = PlainPairs::kMostCounted;
+  for (const auto one : text) {
+    if (left == 0) break;
+    if (one >= 0x80) {
+      before = PlainPairs::kOther;
+      continue;
+    }
+    const size_t next = PlainPairs::kindOf(static_cast<uint8_t>(one));
+    const auto& row = pairs.row(before, next);
+    for (size_t i = 0; i < kMost; ++i) sums[i] = static_cast<int16_t>(sums[i] + row[i]);
+    before = next;
+    --left;
+  }
+  for (size_t i = 0; i < kMost; ++i)
+    costs_[i] = std::clamp<int32_t>(sums[i], kLeast, kMostAgainstPlain);
 }
 
-int64_t PlainCosts::costIn(Language language) const {
-  const AlphabetModel& model = AlphabetModel::of(language);
-  const std::vector<char16_t>& kinds = pairs_.kinds();
-  int64_t cost = 0;
-  for (const PairCount& pair : pairs_.plain())
-    cost += static_cast<int64_t>(pair.count) *
-            model.cost(model.symbolOf(kinds[pair.before]), model.symbolOf(kinds[pair.next]));
-  return cost;
+int32_t PlainCosts::of(Language language) const {
+  const uint8_t place = PlainPairs::all().placeOf(language);
+  return place == PlainPairs::kNoPlace ? 0 : costs_[place];
 }
 
 bool hasLettersOf(Script script, std::span<const char16_t> characters) {
@@ -175,14 +238,14 @@ LanguageCost bestLanguage(std::span<const char16_t> text, const LanguagePriors& 
     }
   if (eastAsian > 8 * others) return best;
   const PairCounts pairs(text);
-  PlainCosts plain(pairs);
+  const PlainCosts plain(text);
   best.improve(bestAlphabet(alphabetsOf(scripts), {pairs, pairs.kinds(), plain}, priors,
                             std::min(limit, best.cost)));
   return best;
 }
 
 int64_t plainCost(std::span<const uint8_t> bytes) {
-  const AlphabetModel& model = AlphabetModel::of(languageNamed("en"));
+  const AlphabetModel& model = AlphabetModel::of(kEnglish);
   int64_t cost = 0;
   uint8_t before = ' ';
   for (const uint8_t byte : bytes) {
@@ -193,16 +256,25 @@ int64_t plainCost(std::span<const uint8_t> bytes) {
   return cost;
 }
 
-int64_t unknownCost(std::span<const char16_t> text) {
-  int64_t cost = 0;
-  bool wasHigh = false;
-  for (const char16_t c : text) {
-    const bool isHigh = c >= 0x80;
-    if (isHigh) cost += kUnknownCharacter;
-    if (isHigh != wasHigh) cost += kUnknownChange;
-    wasHigh = isHigh;
+namespace {
+
+template <typename Text>
+int64_t costUnknown(const Text& text) {
+  if (text.empty()) return 0;
+  size_t high = text[0] >= 0x80 ? 1 : 0;
+  size_t changes = high;
+  for (size_t i = 1; i < text.size(); ++i) {
+    high += text[i] >= 0x80;
+    changes += (text[i] >= 0x80) != (text[i - 1] >= 0x80);
   }
-  return cost;
+  return static_cast<int64_t>(high) * kUnknownCharacter +
+         static_cast<int64_t>(changes) * kUnknownChange;
 }
+
+}  // namespace
+
+int64_t unknownCost(std::span<const char16_t> text) { return costUnknown(text); }
+
+int64_t unknownCost(std::span<const uint8_t> bytes) { return costUnknown(bytes); }
 
 }  // namespace ksv_kit::judge

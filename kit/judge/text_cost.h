@@ -1,6 +1,7 @@
 // What a text costs in the languages that it may be in.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -38,30 +39,30 @@ class LanguagePriors {
 };
 
 // What the ASCII of a text says for each language in comparison with English: a text may have much
-// of that, whatever else it is in, so it says only so much. Counted for those that are asked for.
+// of that, whatever else it is in, so it says only so much. Only the beginning is asked.
 class PlainCosts {
  public:
-  explicit PlainCosts(const PairCounts& pairs);
-  int32_t of(Language language);
+  explicit PlainCosts(std::span<const uint8_t> bytes);
+  explicit PlainCosts(std::span<const char16_t> units);
+  int32_t of(Language language) const;
 
   // The least that it can be.
   static constexpr int32_t kLeast = -40 * kBit;
 
  private:
-  static constexpr int32_t kUnknown = INT32_MAX;
+  static constexpr size_t kMost = 32;
 
-  int64_t costIn(Language language) const;
+  template <typename Text>
+  void count(const Text& text);
 
-  const PairCounts& pairs_;
-  std::vector<int32_t> costs_;
-  int64_t inEnglish_ = -1;
+  std::array<int32_t, kMost> costs_{};  // of the languages in Latin script, in their order
 };
 
 // A text in alphabets. characters: what the kinds of the pairs are in the charset.
 struct AlphabetText {
   const PairCounts& pairs;
   std::span<const char16_t> characters;
-  PlainCosts& plain;
+  const PlainCosts& plain;
 };
 
 // Whether any of the characters is a letter of the script.
@@ -85,5 +86,6 @@ int64_t plainCost(std::span<const uint8_t> bytes);
 
 // What a text costs in a language and charset that nobody here knows.
 int64_t unknownCost(std::span<const char16_t> text);
+int64_t unknownCost(std::span<const uint8_t> bytes);
 
 }  // namespace ksv_kit::judge

@@ -10,31 +10,17 @@ namespace {
 
 constexpr size_t kBlock = 128;
 
-struct BlockCounts {
-  uint8_t high;
-  uint8_t lineFeeds;
-  uint8_t carriageReturns;
-  uint8_t pairs;
-  uint8_t controls;
-};
-
-// Without branches, so that it is done by vectors. Control codes are those that no text has: of
-// the others, ESC, SO and SI switch between sets, and form feeds and tabs are blanks.
-BlockCounts countBlock(const uint8_t* bytes, size_t length, uint8_t before) {
-  BlockCounts counts{};
-  counts.pairs = before == '\r' && bytes[0] == '\n';
-  for (size_t i = 0; i < length; ++i) {
-    const uint8_t byte = bytes[i];
-    counts.high = static_cast<uint8_t>(counts.high | (byte & 0x80));
-    counts.lineFeeds = static_cast<uint8_t>(counts.lineFeeds + (byte == '\n'));
-    counts.carriageReturns = static_cast<uint8_t>(counts.carriageReturns + (byte == '\r'));
-    counts.controls = static_cast<uint8_t>(counts.controls + (byte < 0x20 || byte == 0x7F));
-  }
-  for (size_t i = 1; i < length; ++i)
-    counts.pairs = static_cast<uint8_t>(counts.pairs + (bytes[i] == '\n' && bytes[i - 1] == '\r'));
-  return counts;
+// How many bytes of a block are such ones. Without branches, so that it is done by vectors.
+template <typename Is>
+uint8_t countIn(const uint8_t* block, Is is) {
+  uint8_t count = 0;
+  for (size_t i = 0; i < kBlock; ++i)
+    count = static_cast<uint8_t>(count + static_cast<uint8_t>(is(block[i])));
+  return count;
 }
 
+// Control codes are those that no text has: of the others, ESC, SO and SI switch between sets, and
+// form feeds and tabs are blanks.
 bool isUsualControl(uint8_t byte) {
   return (byte >= '\b' && byte <= '\r') || byte == 0x1B || byte == 0x0E || byte == 0x0F ||
          byte == 0x1A;
@@ -44,18 +30,33 @@ bool isUsualControl(uint8_t byte) {
 
 void TextFacts::take(const uint8_t* bytes, size_t length) {
   checkUtf8(bytes, length);
-  for (size_t at = 0; at < length; at += kBlock) {
-    const size_t count = std::min(kBlock, length - at);
-    const BlockCounts counts = countBlock(bytes + at, count, last_);
-    isAscii_ = isAscii_ && counts.high == 0;
-    lineFeeds_ += counts.lineFeeds;
-    carriageReturns_ += counts.carriageReturns;
-    pairsOfBoth_ += counts.pairs;
-    if (counts.controls > counts.lineFeeds + counts.carriageReturns)
-      countControls(bytes + at, count);
-    last_ = bytes[at + count - 1];
-    size_ += count;
+  size_t at = 0;
+  for (; length - at >= kBlock; at += kBlock) takeBlock(bytes + at);
+  takeRest(bytes + at, length - at);
+}
+
+void TextFacts::takeBlock(const uint8_t* block) {
+  const uint8_t lineFeeds = countIn(block, [](uint8_t byte) { return byte == '\n'; });
+  const uint8_t controls = countIn(block, [](uint8_t byte) { return byte < 0x20 || byte == 0x7F; });
+  const uint8_t high = countIn(block, [](uint8_t byte) { return byte >= 0x80; });
+  if (controls != lineFeeds || (last_ == '\r' && block[0] == '\n')) return takeRest(block, kBlock);
+  isAscii_ = isAscii_ && high == 0;
+  lineFeeds_ += lineFeeds;
+  last_ = block[kBlock - 1];
+  size_ += kBlock;
+}
+
+void TextFacts::takeRest(const uint8_t* bytes, size_t length) {
+  for (size_t i = 0; i < length; ++i) {
+    const uint8_t byte = bytes[i];
+    isAscii_ = isAscii_ && byte < 0x80;
+    lineFeeds_ += byte == '\n';
+    carriageReturns_ += byte == '\r';
+    pairsOfBoth_ += byte == '\n' && last_ == '\r';
+    last_ = byte;
   }
+  countControls(bytes, length);
+  size_ += length;
 }
 
 void TextFacts::countControls(const uint8_t* bytes, size_t length) {

@@ -31,6 +31,8 @@ class TextFacts {
   static constexpr uint64_t kNone = UINT64_MAX;
 
  private:
+  void takeBlock(const uint8_t* block);
+  void takeRest(const uint8_t* bytes, size_t length);
   void countControls(const uint8_t* bytes, size_t length);
   void checkUtf8(const uint8_t* bytes, size_t length);
   size_t completeWaiting(const uint8_t* bytes, size_t length);

@@ -19,11 +19,19 @@ constexpr uint8_t kShiftIn = 0x0F;
 constexpr uint8_t kFirstTrail = 0x30;
 
 bool tells(uint8_t byte) {
-  return byte >= 0x80 || byte == kEscape || byte == kShiftOut || byte == kShiftIn;
+  return (byte >= 0x80) | (byte == kEscape) | (byte == kShiftOut) | (byte == kShiftIn);
 }
 
 // What UTF-7 and HZ begin their runs with.
-bool mayTell(uint8_t byte) { return byte == '+' || byte == '~'; }
+bool mayTell(uint8_t byte) { return (byte == '+') | (byte == '~'); }
+
+// Without branches, so that it is done by vectors.
+template <typename Is>
+bool hasAny(const uint8_t* bytes, const uint8_t* end, Is is) {
+  unsigned any = 0;
+  for (; bytes != end; ++bytes) any |= static_cast<unsigned>(is(*bytes));
+  return any != 0;
+}
 
 // Behind two bytes of ASCII no character is open.
 bool endsCharacter(const uint8_t* begin, const uint8_t* end) {
@@ -94,8 +102,8 @@ void TextSample::consider(const uint8_t* bytes, size_t length, bool isCut) {
   pieceBeginsAnywhere_ = isCut && !endsCharacter(bytes, end);
   if (beginsAnywhere)
     bytes = std::find_if(bytes, end, [](uint8_t byte) { return byte < kFirstTrail; });
-  const bool isTelling = std::any_of(bytes, end, tells);
-  const bool isMaybe = !isTelling && maybeTelling_ < kMostMaybe && std::any_of(bytes, end, mayTell);
+  const bool isTelling = hasAny(bytes, end, tells);
+  const bool isMaybe = !isTelling && maybeTelling_ < kMostMaybe && hasAny(bytes, end, mayTell);
   if (!isTelling && !isMaybe && lines_.size() >= kAnyLines) return;
   if (endsAnywhere_) return;
   if (isCut) {
@@ -110,11 +118,13 @@ void TextSample::consider(const uint8_t* bytes, size_t length, bool isCut) {
   if (isMaybe) maybeTelling_ += count;
 }
 
-std::vector<uint8_t> TextSample::lines() const {
-  std::vector<uint8_t> all = lines_;
-  if (!endsAnywhere_ && !pieceBeginsAnywhere_ && !isFull())
-    all.insert(all.end(), piece_.begin(), piece_.end());
-  return all;
+std::span<const uint8_t> TextSample::lines(std::vector<uint8_t>& joined) const {
+  const bool isPieceTaken = !endsAnywhere_ && !pieceBeginsAnywhere_ && !isFull() && !piece_.empty();
+  if (!isPieceTaken) return lines_;
+  if (lines_.empty()) return piece_;
+  joined = lines_;
+  joined.insert(joined.end(), piece_.begin(), piece_.end());
+  return joined;
 }
 
 }  // namespace ksv_kit::judge

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace ksv_kit::judge {
@@ -14,9 +15,9 @@ class TextSample {
   void take(const uint8_t* bytes, size_t length);
 
   // The first bytes as they are, and the lines. What was taken of a line that is not at its end is
-  // among them.
+  // among them; then they are put together in what is handed in.
   const std::vector<uint8_t>& head() const { return head_; }
-  std::vector<uint8_t> lines() const;
+  std::span<const uint8_t> lines(std::vector<uint8_t>& joined) const;
   // Of the lines that tell something how many bytes there are.
   size_t telling() const { return telling_; }
   bool isFull() const { return telling_ >= kMost; }

@@ -10,7 +10,7 @@ namespace ksv_kit::judge {
 namespace {
 
 // So many units of a text tell its language.
-constexpr size_t kTellsLanguage = 768;
+constexpr size_t kTellsLanguage = 480;
 
 // What speaks for UTF-8 for each of its characters of several bytes beyond what they are: in other
 // charsets such sequences are chance. No more than so much, or else damage could not be seen.
@@ -48,14 +48,14 @@ void decodeWellFormed(Bytes bytes, DecodedUtf8& decoded) {
   }
 }
 
-// Bytes that are none become U+FFFD. Left over at the end is what may be completed yet.
-DecodedUtf8 decodeUtf8(Bytes bytes) {
+// Bytes that are none become U+FFFD. What may be completed yet is left over at the end.
+DecodedUtf8 decodeUtf8(Bytes bytes, bool mayEndInside) {
   DecodedUtf8 decoded;
   decoded.text.reserve(std::min(bytes.size(), kTellsLanguage) + 4);
   while (!bytes.empty()) {
     const ScanResult found = scanUnicode(UnicodeForm::kUtf8, false, bytes.data(), bytes.size());
     decodeWellFormed(bytes.first(found.wellFormed), decoded);
-    if (found.end != ScanEnd::kInvalid) break;
+    if (found.end == ScanEnd::kAll || (found.end == ScanEnd::kIncomplete && mayEndInside)) break;
     decoded.text.push_back(kReplacement);
     ++decoded.damages;
     bytes = bytes.subspan(found.wellFormed + found.badLength);
@@ -104,6 +104,11 @@ size_t countUnlikely(const std::u16string& text) {
   }));
 }
 
+// Whether one byte in twenty is a blank of ASCII: half of a unit hardly ever is.
+bool hasBlanks(Bytes bytes) {
+  return static_cast<size_t>(std::count(bytes.begin(), bytes.end(), ' ')) * 20 > bytes.size();
+}
+
 // The NULs of ASCII in units stand where the order of the bytes says.
 bool mayHaveUnits(const Evidence& evidence, const UnitForm& form) {
   const TextFacts& facts = evidence.facts;
@@ -114,7 +119,7 @@ bool mayHaveUnits(const Evidence& evidence, const UnitForm& form) {
 }  // namespace
 
 void addUtf8Reading(const Evidence& evidence, Readings& readings) {
-  const DecodedUtf8 decoded = decodeUtf8(evidence.lines);
+  const DecodedUtf8 decoded = decodeUtf8(evidence.lines, evidence.mayEndInside);
   if (isTooDamaged(decoded.damages, evidence.lines.size() / 3)) return;
   const LanguageCost best = bestLanguage(decoded.text, evidence.priors);
   Reading reading;
@@ -130,6 +135,7 @@ void addUtf8Reading(const Evidence& evidence, Readings& readings) {
 }
 
 void addUnitReadings(const Evidence& evidence, Readings& readings) {
+  if (!evidence.facts.hasNuls() && hasBlanks(evidence.head)) return;
   TellableCosts tellable(readings, evidence.head.size());
   const int64_t plain =
       plainCost(evidence.head.first(std::min(evidence.head.size(), 2 * kTellsLanguage)));

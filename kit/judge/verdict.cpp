@@ -32,7 +32,7 @@ constexpr double kLeastTold = 0.0001;
 constexpr size_t kMostGuesses = 16;
 
 // From here on a text that is more than this of the sample is settled.
-constexpr size_t kEnoughTelling = TextSample::kHead;
+constexpr size_t kEnoughTelling = 2048;
 constexpr double kSettled = 0.999;
 
 // ---- Marks ----
@@ -111,15 +111,22 @@ ksv_line_end lineEndIn(const std::string& charset, Bytes head, const TextFacts& 
   return lineEndOf(facts.lineFeeds(), facts.carriageReturns(), facts.pairsOfBoth());
 }
 
+size_t countHigh(Bytes bytes) {
+  return static_cast<size_t>(
+      std::count_if(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte >= 0x80; }));
+}
+
 // ---- The verdict ----
 
 class Verdict {
  public:
   Verdict(const TextSample& sample, const TextFacts& facts, const Hints& hints, bool isWhole)
-      : lines_(sample.lines()),
+      : lines_(sample.lines(joined_)),
         head_(sample.head()),
         facts_(facts),
         hints_(hints),
+        isUtf8_(facts.isUtf8() && (!isWhole || facts.utf8Waiting() == 0)),
+        highBytes_(facts.isAscii() ? 0 : countHigh(lines_)),
         evidence_{head_,
                   lines_,
                   sample.endsAnywhere() || !isWhole,
@@ -206,8 +213,7 @@ class Verdict {
     Reading reading;
     reading.charset = kAsciiName;
     reading.decodeAs = kUtf8Name;
-    const PairCounts pairs{Bytes(lines_)};
-    PlainCosts plain(pairs);
+    const PlainCosts plain(lines_);
     LanguageCost best;
     for (size_t i = 0; i < languageCount(); ++i) {
       const auto language = static_cast<Language>(i);
@@ -220,33 +226,47 @@ class Verdict {
   }
 
   void addOfBytes() {
-    if (facts_.isUtf8()) addUtf8Reading(evidence_, readings_);
+    if (isUtf8_) addUtf8Reading(evidence_, readings_);
     const bool isSurelyUtf8 =
         !readings_.empty() && readings_.back().charset == kUtf8Name && highBytes() >= kManyHigh;
     if (!isSurelyUtf8) {
-      addMultiByteReadings(evidence_, readings_);
-      addSingleByteReadings(evidence_, readings_);
+      addCharsetReadings();
       if (!facts_.hasNuls()) addUnitReadings(evidence_, readings_);
     }
     if (isImplausible()) {
-      if (!facts_.isUtf8()) addUtf8Reading(evidence_, readings_);
+      if (!isUtf8_) addUtf8Reading(evidence_, readings_);
       addDamagedReadings(evidence_, readings_);
     }
   }
 
-  size_t highBytes() const {
-    return static_cast<size_t>(
-        std::count_if(lines_.begin(), lines_.end(), [](uint8_t byte) { return byte >= 0x80; }));
+  // What is tried later is given up sooner: where no two bytes above ASCII follow each other the
+  // text is hardly made of pairs, and where all go by pairs it hardly is of single bytes.
+  void addCharsetReadings() {
+    const auto follow = std::adjacent_find(
+        lines_.begin(), lines_.end(), [](uint8_t a, uint8_t b) { return a >= 0x80 && b >= 0x80; });
+    if (follow == lines_.end()) {
+      addSingleByteReadings(evidence_, readings_);
+      addMultiByteReadings(evidence_, readings_);
+      return;
+    }
+    addMultiByteReadings(evidence_, readings_);
+    if (!isPlainlyOfPairs()) addSingleByteReadings(evidence_, readings_);
   }
 
-  // Of bytes of a charset that nobody knows each is as likely as another.
-  int64_t unknownCostOfBytes() const {
-    std::u16string characters(lines_.begin(), lines_.end());
-    return unknownCost(characters);
+  // Text in an alphabet costs more than this for a byte, when its bytes are single.
+  bool isPlainlyOfPairs() const {
+    const size_t high = highBytes();
+    if (high < kManyPairs) return false;
+    return std::any_of(readings_.begin(), readings_.end(), [&](const Reading& reading) {
+      return reading.charset != kUtf8Name &&
+             reading.cost * 2 < static_cast<int64_t>(high) * kPlainlyOfPairs;
+    });
   }
+
+  size_t highBytes() const { return highBytes_; }
 
   bool isImplausible() const {
-    const int64_t unknown = unknownCostOfBytes();
+    const int64_t unknown = unknownCost(lines_);
     return std::none_of(readings_.begin(), readings_.end(),
                         [&](const Reading& reading) { return reading.cost < unknown * 3 / 4; });
   }
@@ -310,14 +330,14 @@ class Verdict {
     for (size_t i = 0; i < readings_.size() && detection.guesses.size() < kMostGuesses; ++i)
       if (i == 0 || confidences[i] >= kLeastTold)
         detection.guesses.push_back(guessOf(readings_[i], confidences[i]));
-    if (detection.guesses.front().charset == kUtf8Name && facts_.isUtf8())
+    if (detection.guesses.front().charset == kUtf8Name && isUtf8_)
       detection.misreadAs = misreadingOf(lines_);
   }
 
   std::vector<double> confidences_() const {
     if (isSure_) return {kSure};
     const bool mayBeUnknown = !facts_.isAscii() && !facts_.hasNuls();
-    return confidencesOf(readings_, highBytes(), mayBeUnknown ? unknownCostOfBytes() : kNoLimit);
+    return confidencesOf(readings_, highBytes(), mayBeUnknown ? unknownCost(lines_) : kNoLimit);
   }
 
   Guess guessOf(const Reading& reading, double confidence) const {
@@ -345,6 +365,8 @@ class Verdict {
 
   // So many bytes above ASCII are UTF-8 by chance in no text.
   static constexpr size_t kManyHigh = 64;
+  static constexpr size_t kManyPairs = 160;
+  static constexpr int64_t kPlainlyOfPairs = 9 * kBit;  // for two bytes
   static constexpr int64_t kUndeclaredIsUnlikely = 4 * kBit;
   static constexpr uint64_t kTextPerControl = 24;
 
@@ -353,10 +375,13 @@ class Verdict {
     const char* where = "";
   };
 
-  const std::vector<uint8_t> lines_;
+  std::vector<uint8_t> joined_;
+  const Bytes lines_;
   const Bytes head_;
   const TextFacts& facts_;
   const Hints& hints_;
+  const bool isUtf8_;
+  const size_t highBytes_;
   LanguagePriors priors_;
   const Evidence evidence_;
   Declared declared_;
@@ -374,7 +399,7 @@ Detection verdictOn(const TextSample& sample, const TextFacts& facts, const Hint
 }
 
 bool isSettledBy(const Detection& detection, const TextSample& sample, const TextFacts& facts) {
-  if (detection.content == KSV_CONTENT_BINARY) return facts.size() >= kEnoughTelling;
+  if (detection.content == KSV_CONTENT_BINARY) return facts.size() >= TextSample::kHead;
   if (detection.guesses.empty()) return false;
   const Guess& best = detection.guesses.front();
   if (best.confidence < kSettled || best.charset == kAsciiName) return false;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 
+#include "common/x86_64_processor.h"
 #include "kit/text/utf8_validation.h"
 
 namespace ksv_kit {
@@ -110,7 +111,7 @@ KSV_WITH_AVX2 bool isUtf8(const uint8_t* text, size_t length) {
 }  // namespace
 
 bool isSurelyUtf8(const uint8_t* text, size_t length) {
-  static const bool hasAvx2 = __builtin_cpu_supports("avx2") != 0;
+  static const bool hasAvx2 = ksv::x86_64::hasAvx2(ksv::x86_64::Leaf(1), ksv::x86_64::Leaf(7));
   return hasAvx2 && isUtf8(text, length);
 }
 

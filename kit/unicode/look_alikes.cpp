@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <string_view>
 
@@ -12,9 +14,31 @@
 namespace ksv_kit {
 namespace {
 
+// A few bytes of UTF-8, which may be none, or no text. They stand here themselves: the loader has
+// no address to correct, at each start of a program.
+class ShortText {
+ public:
+  constexpr ShortText() = default;
+  template <size_t kSize>
+  constexpr ShortText(const char (&text)[kSize]) : length_(kSize - 1) {
+    std::copy_n(text, kSize - 1, bytes_.begin());
+  }
+
+  constexpr bool isThere() const { return length_ != kNone; }
+  constexpr std::string_view view() const {
+    return isThere() ? std::string_view(bytes_.data(), length_) : std::string_view();
+  }
+
+ private:
+  static constexpr uint8_t kNone = 0xFF;
+
+  std::array<char, 4> bytes_{};
+  uint8_t length_ = kNone;
+};
+
 struct LookAlike {
   char32_t character;
-  std::array<std::string_view, 3> texts;  // as many as are not null
+  std::array<ShortText, 3> texts;  // as many as are there
 };
 
 // What Unicode's decompositions do not tell. Chosen by what the characters' names and shapes are,
@@ -202,9 +226,8 @@ class Candidates {
 void addOfTable(char32_t character, Candidates& candidates) {
   const LookAlike* row = rowOf(character);
   if (row == nullptr) return;
-  for (const std::string_view text : row->texts) {
-    if (text.data() != nullptr) candidates.add(std::string(text));
-  }
+  for (const ShortText& text : row->texts)
+    if (text.isThere()) candidates.add(std::string(text.view()));
 }
 
 std::string normalizedBySystem(NormalizationForm form, const std::string& text) {
@@ -238,15 +261,15 @@ std::string inAscii(const std::string& text) {
   std::string made;
   for (const char32_t character : charactersOf(text)) {
     const LookAlike* row = rowOf(character);
-    const auto isUsable = [](std::string_view other) {
-      return other.data() != nullptr && isAscii(other);
+    const auto isUsable = [](const ShortText& other) {
+      return other.isThere() && isAscii(other.view());
     };
     const auto* found =
         row == nullptr ? nullptr : std::find_if(row->texts.begin(), row->texts.end(), isUsable);
     if (found == nullptr || found == row->texts.end()) {
       made += utf8Of(character);
     } else {
-      made += *found;
+      made += found->view();
     }
   }
   return made;

@@ -123,7 +123,19 @@ class Installed(unittest.TestCase):
             place.unlink()
 
 
+MOST_BYTES = 8_000_000
+
+
 class Components(Installed):
+    @unittest.skipIf(is_windows() or cached("CMAKE_BUILD_TYPE") != "Release", "sizes of other builds")
+    def test_without_the_texts_and_what_only_compilers_need_take_eight_megabytes_at_most(self):
+        prefix = self.directory / "for_users"
+        for component in set(COMPONENTS) - {"development", "texts"} | {"mail"}:
+            install(prefix, "--strip", "--component", component)
+        sizes = {name: (prefix / name).lstat().st_size for name in files_below(prefix)}
+        self.assertGreater(len(sizes), 10)
+        self.assertLessEqual(sum(sizes.values()), MOST_BYTES, sizes)
+
     def test_are_the_whole_installation_and_have_no_file_in_common(self):
         whole = files_below(self.prefix)
         parts = []
