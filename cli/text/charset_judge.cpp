@@ -74,15 +74,27 @@ ksv::Detection judgedAsItIs(RereadableText& text, const ksv::Hints& hints) {
   return detectionOf(*text.reopen(), hints);
 }
 
-ksv::Detection judged(RereadableText& text, const ksv::Hints& hints) {
-  ksv::Detection found = judgedAsItIs(text, hints);
-  if (found.content != KSV_CONTENT_BINARY || !hasFewControls(text.beginning())) return found;
-  WithoutControls source(text.reopen());
-  return detectionOf(source, hints);
-}
-
 bool isClear(const ksv::Detection& found) {
   return !found.guesses.empty() && found.guesses.front().confidence >= kLeastToConvert;
+}
+
+bool hasUnits(const ksv::Guess& guess) {
+  return guess.charset.starts_with("UTF-16") || guess.charset.starts_with("UTF-32");
+}
+
+// Units that are text in no language may be a text with a few zero bytes.
+bool isInDoubtForControls(const ksv::Detection& found) {
+  if (found.guesses.empty()) return found.content == KSV_CONTENT_BINARY;
+  const ksv::Guess& best = found.guesses.front();
+  return hasUnits(best) && best.mark_length == 0 && best.language.empty();
+}
+
+ksv::Detection judged(RereadableText& text, const ksv::Hints& hints) {
+  ksv::Detection found = judgedAsItIs(text, hints);
+  if (!isInDoubtForControls(found) || !hasFewControls(text.beginning())) return found;
+  WithoutControls source(text.reopen());
+  ksv::Detection without = detectionOf(source, hints);
+  return found.guesses.empty() || isClear(without) ? without : found;
 }
 
 bool readsOtherwise(const ksv::Detection& one, const ksv::Detection& other) {
