@@ -33,14 +33,16 @@ EAST_ASIA = ["ja", "zh-CN", "zh-TW", "ko"]
 
 # ---- Alphabets ----
 
-SPACE, DIGIT, SIGN, MARK, LATIN, STRANGE_LETTER, STRANGE, CONTROL = range(8)
-FIRST_LETTER, SYMBOLS = 8, 64
+SPACE, DIGIT, SIGN, OPENING, CLOSING, MARK, LATIN, STRANGE_LETTER, STRANGE, CONTROL = range(10)
+FIRST_LETTER, SYMBOLS = 10, 64
 DIGITS64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
 
-# What a byte above 7F stands for in texts of any language.
-MARKS = set("\u00a0\u00ab\u00bb\u2018\u2019\u201a\u201b\u201c\u201d\u201e\u2039\u203a\u2013\u2014"
-            "\u2026\u2022\u00b7\u00a7\u00b0\u00a9\u00ae\u2122\u20ac\u00a3\u00bf\u00a1\u2116\u00ad"
-            "\u200c\u200d\u200e\u200f\u060c\u061b\u061f\u0640\u05be\u05f3\u05f4\u0e2f\u0e3f\u00b4")
+# What a byte above 7F stands for in texts of any language: what opens a word, what closes one, and
+# other signs.
+OPENINGS = set("\u00ab\u2018\u201a\u201b\u201c\u201e\u2039\u00bf\u00a1")
+CLOSINGS = set("\u00bb\u2019\u201d\u203a\u00b4")
+MARKS = set("\u00a0\u2013\u2014\u2026\u2022\u00b7\u00a7\u00b0\u00a9\u00ae\u2122\u20ac\u00a3\u2116"
+            "\u200c\u200d\u200e\u200f\u060c\u061b\u061f\u0640\u05be\u05f3\u05f4\u0e2f\u0e3f")
 
 
 def is_letter_like(character):
@@ -88,8 +90,9 @@ class Alphabet:
             return known
         if c.isascii():
             return LATIN if c.isalpha() else CONTROL if ord(c) < 0x20 or c == "\x7f" else SIGN
-        if c in MARKS:
-            return MARK
+        for kind, characters in ((OPENING, OPENINGS), (CLOSING, CLOSINGS), (MARK, MARKS)):
+            if c in characters:
+                return kind
         if 0x80 <= ord(c) < 0xA0:
             return CONTROL
         return STRANGE_LETTER if self.is_own(self.script, c) and is_letter_like(c) else STRANGE
@@ -153,7 +156,7 @@ def print_alphabet(language, script, texts):
     rows = pair_costs(alphabet, texts)
     print(f"\n// {language}, of {sum(map(len, texts)):,} characters.")
     print(f"constexpr const char* {name}Costs[] = {{")
-    heads = ["space", "digit", "sign", "mark", "latin", "strange letter", "strange", "control"]
+    heads = ["space", "digit", "sign", "opening", "closing", "mark", "latin", "strange letter", "strange", "control"]
     for index, row in enumerate(rows):
         head = heads[index] if index < FIRST_LETTER else shown(alphabet.letters[index - FIRST_LETTER])
         print(f'    "{"".join(DIGITS64[cost] for cost in row)}",  // {head}')
@@ -409,8 +412,8 @@ def main():
           "// Origin: texts of the packages that scripts/judge/packages.txt lists, and charsets/facts.\n"
           "// Licence: counts of characters, which are facts; no text is in here.\n"
           "// clang-format off")
-    marks = "".join(sorted(MARKS))
-    print("\nconstexpr char16_t kMarks[] =\n" + quoted(marks) + ";")
+    for name, marks in (("kOpenings", OPENINGS), ("kClosings", CLOSINGS), ("kMarks", MARKS)):
+        print(f"\nconstexpr char16_t {name}[] =\n" + quoted("".join(sorted(marks))) + ";")
     cased = []
     for script, languages in ALPHABETS.items():
         for language in languages:

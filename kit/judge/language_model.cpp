@@ -107,18 +107,20 @@ static_assert(isAt(kJapanese, "ja") && isAt(kSimplifiedChinese, "zh-CN") &&
 
 constexpr uint8_t kDigit = 1;
 constexpr uint8_t kSign = 2;
-constexpr uint8_t kMark = 3;
-constexpr uint8_t kLatinLetter = 4;
-constexpr uint8_t kStrangeLetter = 5;
-constexpr uint8_t kStrange = 6;
-constexpr uint8_t kControl = 7;
-constexpr uint8_t kFirstLetter = 8;
+constexpr uint8_t kOpening = 3;
+constexpr uint8_t kClosing = 4;
+constexpr uint8_t kMark = 5;
+constexpr uint8_t kLatinLetter = 6;
+constexpr uint8_t kStrangeLetter = 7;
+constexpr uint8_t kStrange = 8;
+constexpr uint8_t kControl = 9;
+constexpr uint8_t kFirstLetter = 10;
 constexpr uint8_t kLower = 1 << 6;
 constexpr uint8_t kUpper = 2 << 6;
 
 // What one of a kind costs over the kind: so many of them are about as usual as each other.
-constexpr int32_t kWithinKind[kFirstLetter] = {0,  0,        0,        3 * kBit,
-                                               17, 5 * kBit, 7 * kBit, 10 * kBit};
+constexpr int32_t kWithinKind[kFirstLetter] = {0,        0,  0,        2 * kBit, 2 * kBit,
+                                               3 * kBit, 17, 5 * kBit, 7 * kBit, 10 * kBit};
 
 constexpr char16_t kNoCapital = 1;
 
@@ -158,13 +160,17 @@ bool isLetterOf(Script script, char32_t c) {
   return false;
 }
 
+bool isAmong(std::u16string_view characters, char32_t c) {
+  return c < 0x10000 && characters.find(static_cast<char16_t>(c)) != std::u16string_view::npos;
+}
+
 uint8_t plainSymbol(Script script, char32_t c) {
   if (c < 0x80) return asciiSymbol(c);
   if (c < 0xA0) return kControl;
-  if (isLetterOf(script, c)) return kStrangeLetter;
-  return std::u16string_view(kMarks).find(static_cast<char16_t>(c)) != std::u16string_view::npos
-             ? kMark
-             : kStrange;
+  if (isAmong(kOpenings, c)) return kOpening;
+  if (isAmong(kClosings, c)) return kClosing;
+  if (isAmong(kMarks, c)) return kMark;
+  return isLetterOf(script, c) ? kStrangeLetter : kStrange;
 }
 
 // The cost that a digit of base64 stands for.

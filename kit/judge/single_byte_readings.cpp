@@ -18,10 +18,10 @@ struct SingleByteCharset {
   int32_t rarity;         // in bits: what a text costs for being in it
 };
 
-// What speaks against a charset of another script in a text that has no letter of it.
-constexpr int64_t kWithoutLetters = 16 * kBit;
+// What speaks against a charset of another script in a text that has no two letters of it together.
+constexpr int64_t kWithoutWords = 16 * kBit;
 
-constexpr char kWestern[] = "en de fr es pt it nl da sv nb fi is ga ca eu gl sq";
+constexpr char kWestern[] = "en de fr es pt it nl da sv nb fi is ga ca eu gl sq et";
 constexpr char kCentral[] = "pl cs sk hu ro sl hr sq de";
 constexpr char kCyrillic[] = "ru uk bg sr mk be";
 constexpr char kBaltic[] = "lt lv et";
@@ -151,9 +151,9 @@ void addSingleByteReadings(const Evidence& evidence, Readings& readings) {
     const SingleByteCharset& charset = *known.charset;
     const std::vector<char16_t> characters = charactersOf(*known.table, pairs.kinds());
     if (characters.empty()) continue;
-    const bool hasLetters =
-        known.script == Script::kLatin || hasLettersOf(known.script, characters);
-    const int64_t rarity = charset.rarity * kBit + (hasLetters ? 0 : kWithoutLetters);
+    const bool hasWords =
+        known.script == Script::kLatin || hasWordsOf(known.script, pairs, characters);
+    const int64_t rarity = charset.rarity * kBit + (hasWords ? 0 : kWithoutWords);
     const LanguageCost best = bestAlphabet(known.languages, {pairs, characters, plain},
                                            evidence.priors, tellable.most() - rarity);
     if (!best.isFound()) continue;

@@ -13,7 +13,10 @@ constexpr int32_t kUnexpected = 12 * kBit;
 constexpr int64_t kMostAgainstPlain = 10 * kBit;
 
 // Of characters above ASCII in a language that nobody knows, and of leaving ASCII and going back.
-constexpr int64_t kUnknownCharacter = 9 * kBit;
+constexpr int64_t kUnknownCharacter = 8 * kBit;
+// Of scripts that have thousands of characters.
+constexpr int64_t kUnknownOfMany = 13 * kBit;
+constexpr char16_t kFirstOfMany = 0x2E80;
 constexpr int64_t kUnknownChange = 2 * kBit;
 
 Script scriptOf(char16_t c) {
@@ -189,9 +192,13 @@ int32_t PlainCosts::of(Language language) const {
   return place == PlainPairs::kNoPlace ? 0 : costs_[place];
 }
 
-bool hasLettersOf(Script script, std::span<const char16_t> characters) {
-  return std::any_of(characters.begin(), characters.end(),
-                     [&](char16_t c) { return c >= 0xC0 && scriptOf(c) == script; });
+bool hasWordsOf(Script script, const PairCounts& pairs, std::span<const char16_t> characters) {
+  const auto isLetter = [&](uint16_t kind) {
+    return characters[kind] >= 0xC0 && scriptOf(characters[kind]) == script;
+  };
+  return std::any_of(pairs.telling().begin(), pairs.telling().end(), [&](const PairCount& pair) {
+    return isLetter(pair.before) && isLetter(pair.next);
+  });
 }
 
 LanguageCost bestAlphabet(std::span<const Language> languages, const AlphabetText& text,
@@ -258,23 +265,29 @@ int64_t plainCost(std::span<const uint8_t> bytes) {
 
 namespace {
 
-template <typename Text>
-int64_t costUnknown(const Text& text) {
-  if (text.empty()) return 0;
-  size_t high = text[0] >= 0x80 ? 1 : 0;
-  size_t changes = high;
-  for (size_t i = 1; i < text.size(); ++i) {
-    high += text[i] >= 0x80;
-    changes += (text[i] >= 0x80) != (text[i - 1] >= 0x80);
+template <typename Text, typename Cost>
+int64_t costUnknown(const Text& text, Cost costOfHigh) {
+  int64_t cost = 0;
+  size_t changes = 0;
+  bool wasHigh = false;
+  for (const auto one : text) {
+    const bool isHigh = one >= 0x80;
+    cost += isHigh ? costOfHigh(one) : 0;
+    changes += isHigh != wasHigh;
+    wasHigh = isHigh;
   }
-  return static_cast<int64_t>(high) * kUnknownCharacter +
-         static_cast<int64_t>(changes) * kUnknownChange;
+  return cost + static_cast<int64_t>(changes) * kUnknownChange;
 }
 
 }  // namespace
 
-int64_t unknownCost(std::span<const char16_t> text) { return costUnknown(text); }
+int64_t unknownCost(std::span<const char16_t> text) {
+  return costUnknown(
+      text, [](char16_t c) { return c < kFirstOfMany ? kUnknownCharacter : kUnknownOfMany; });
+}
 
-int64_t unknownCost(std::span<const uint8_t> bytes) { return costUnknown(bytes); }
+int64_t unknownCost(std::span<const uint8_t> bytes) {
+  return costUnknown(bytes, [](uint8_t) { return kUnknownCharacter; });
+}
 
 }  // namespace ksv_kit::judge

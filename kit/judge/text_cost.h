@@ -65,8 +65,8 @@ struct AlphabetText {
   const PlainCosts& plain;
 };
 
-// Whether any of the characters is a letter of the script.
-bool hasLettersOf(Script script, std::span<const char16_t> characters);
+// Whether letters of the script stand behind each other anywhere.
+bool hasWordsOf(Script script, const PairCounts& pairs, std::span<const char16_t> characters);
 
 // The best of the languages, if it costs no more than the limit.
 LanguageCost bestAlphabet(std::span<const Language> languages, const AlphabetText& text,

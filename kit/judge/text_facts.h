@@ -20,7 +20,8 @@ class TextFacts {
   uint64_t oddControls() const { return oddControls_; }
   // By the place in a unit of four bytes.
   uint64_t nuls(size_t place) const { return nuls_[place]; }
-  bool hasNuls() const { return nuls_[0] + nuls_[1] + nuls_[2] + nuls_[3] != 0; }
+  uint64_t nuls() const { return nuls_[0] + nuls_[1] + nuls_[2] + nuls_[3]; }
+  bool hasNuls() const { return nuls() != 0; }
 
   // The first byte that cannot be UTF-8; a character that may yet be completed is none.
   bool isUtf8() const { return utf8InvalidAt_ == kNone; }

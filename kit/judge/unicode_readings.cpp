@@ -57,10 +57,25 @@ DecodedUtf8 decodeUtf8(Bytes bytes, bool mayEndInside) {
     decodeWellFormed(bytes.first(found.wellFormed), decoded);
     if (found.end == ScanEnd::kAll || (found.end == ScanEnd::kIncomplete && mayEndInside)) break;
     decoded.text.push_back(kReplacement);
-    ++decoded.damages;
+    if (isTooDamaged(++decoded.damages, bytes.size())) break;
     bytes = bytes.subspan(found.wellFormed + found.badLength);
   }
   return decoded;
+}
+
+// Of scripts that no model knows, characters stand together as well.
+int64_t costOfUnknownScripts(std::span<const char16_t> text) {
+  constexpr int64_t kSameScript = 6 * kBit;
+  constexpr int64_t kAnotherScript = 16 * kBit;
+  int64_t cost = 0;
+  int before = -1;
+  for (const char16_t c : text) {
+    if (c < 0x80) continue;
+    const int block = c >> 7;
+    cost += block == before ? kSameScript : kAnotherScript;
+    before = block;
+  }
+  return cost;
 }
 
 // ---- Units ----
@@ -80,6 +95,11 @@ constexpr UnitForm kUnitForms[] = {
 
 // What it takes to believe in units where no NUL says so.
 constexpr int64_t kWithoutNul = 8 * kBit;
+constexpr int64_t kAgainstAscii = 24 * kBit;
+// Units that mean nothing cost more than this.
+constexpr int64_t kMostForAUnit = 11 * kBit;
+// Of the units of a text that no model knows at least one in so many has a NUL.
+constexpr uint64_t kUnitsPerNul = 8;
 constexpr int64_t kUnlikelyInText = 10 * kBit;
 
 char32_t unitAt(Bytes bytes, size_t at, const UnitForm& form) {
@@ -109,11 +129,24 @@ bool hasBlanks(Bytes bytes) {
   return static_cast<size_t>(std::count(bytes.begin(), bytes.end(), ' ')) * 20 > bytes.size();
 }
 
+// Where they would stand in ASCII.
+bool hasManyNuls(const Evidence& evidence, const UnitForm& form) {
+  const TextFacts& facts = evidence.facts;
+  uint64_t right = 0;
+  uint64_t wrong = 0;
+  for (size_t place = 0; place < 4; ++place) {
+    const bool isHigh = (place % form.unit == (form.bigEndian ? 0 : form.unit - 1));
+    (isHigh ? right : wrong) += facts.nuls(place);
+  }
+  if (form.unit == 4) return right * form.unit * 2 > facts.size();
+  return right * form.unit * kUnitsPerNul > facts.size() && wrong * 8 < right;
+}
+
 // The NULs of ASCII in units stand where the order of the bytes says.
 bool mayHaveUnits(const Evidence& evidence, const UnitForm& form) {
   const TextFacts& facts = evidence.facts;
   if (facts.size() % form.unit != 0 && evidence.headIsWhole) return false;
-  return facts.hasNuls() || (form.unit == 2 && evidence.headIsWhole && !facts.isAscii());
+  return facts.hasNuls() || (form.unit == 2 && evidence.headIsWhole);
 }
 
 }  // namespace
@@ -126,10 +159,10 @@ void addUtf8Reading(const Evidence& evidence, Readings& readings) {
   reading.charset = reading.decodeAs = "UTF-8";
   reading.language = best.language;
   reading.invalid = decoded.damages;
-  const int64_t unknown = unknownCost(decoded.text);
-  if (unknown < best.cost) reading.language = kNoLanguage;
-  reading.cost = std::min(best.cost, unknown) - std::min(decoded.bonus, kMostForUtf8) -
-                 kUtf8IsUsual + damageCost(decoded.damages);
+  const int64_t known = best.cost - std::min(decoded.bonus, kMostForUtf8);
+  const int64_t unknown = costOfUnknownScripts(decoded.text);
+  if (unknown < known) reading.language = kNoLanguage;
+  reading.cost = std::min(known, unknown) - kUtf8IsUsual + damageCost(decoded.damages);
   reading.sameText = hashOf(decoded.text);
   readings.push_back(std::move(reading));
 }
@@ -148,11 +181,15 @@ void addUnitReadings(const Evidence& evidence, Readings& readings) {
         unitsOf(bytes.first(std::min(bytes.size(), kTellsLanguage * form.unit)), form);
     const size_t unlikely = countUnlikely(text);
     if (unlikely * 10 > text.size()) continue;
-    const int64_t prior = static_cast<int64_t>(unlikely) * kUnlikelyInText +
-                          (evidence.facts.hasNuls() ? 0 : kWithoutNul) - plain;
+    const int64_t against = evidence.facts.hasNuls()   ? 0
+                            : evidence.facts.isAscii() ? kAgainstAscii
+                                                       : kWithoutNul;
+    const int64_t prior = static_cast<int64_t>(unlikely) * kUnlikelyInText + against - plain;
     const LanguageCost best = bestLanguage(text, evidence.priors, tellable.most() - prior);
     const int64_t unknown = unknownCost(text);
-    if (!evidence.facts.hasNuls() && (!best.isFound() || unknown < best.cost)) continue;
+    const bool isKnown = best.isFound() && best.cost <= unknown;
+    if (!isKnown && !hasManyNuls(evidence, form)) continue;
+    if (isKnown && best.cost > static_cast<int64_t>(text.size()) * kMostForAUnit) continue;
     const int64_t cost = std::min(unknown, best.cost);
     if (cost > tellable.most() - prior) continue;
     Reading reading;

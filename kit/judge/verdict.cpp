@@ -24,7 +24,7 @@ constexpr char kAsciiName[] = "ISO-646IRV";
 constexpr char kUtf8Name[] = "UTF-8";
 
 // What a name that a text declares itself is worth, and one in its file name.
-constexpr int64_t kDeclaredIsWorth = 14 * kBit;
+constexpr int64_t kDeclaredIsWorth = 24 * kBit;
 constexpr int64_t kFileNameIsWorth = 8 * kBit;
 constexpr int32_t kLanguageInFileNameIsWorth = 6 * kBit;
 
@@ -195,6 +195,7 @@ class Verdict {
     if (facts_.hasNuls() && !readings_.empty() && leastCostIsText()) return sort();
     if (facts_.isAscii()) {
       addEscapedReadings(evidence_, readings_);
+      if (!facts_.hasNuls() && readings_.empty()) addUnitReadings(evidence_, readings_);
       if (readings_.empty() || !readings_.front().decodeAs.starts_with("CP5")) addAscii();
     } else {
       addOfBytes();
@@ -220,23 +221,30 @@ class Verdict {
       if (languageFacts(language).script == Script::kLatin)
         best.improve({language, plain.of(language) + priors_.of(language)});
     }
-    reading.language = best.language;
+    reading.language = isClear(best, plain) ? best.language : kNoLanguage;
     reading.ground = "all of its bytes are ASCII";
     readings_.push_back(std::move(reading));
   }
 
+  // A word or two say nothing of a language.
+  bool isClear(const LanguageCost& best, const PlainCosts& plain) const {
+    constexpr int64_t kClear = 5 * kBit;
+    for (size_t i = 0; i < languageCount(); ++i) {
+      const auto language = static_cast<Language>(i);
+      if (language == best.language || languageFacts(language).script != Script::kLatin) continue;
+      if (plain.of(language) + priors_.of(language) < best.cost + kClear) return false;
+    }
+    return true;
+  }
+
   void addOfBytes() {
-    if (isUtf8_) addUtf8Reading(evidence_, readings_);
-    const bool isSurelyUtf8 =
-        !readings_.empty() && readings_.back().charset == kUtf8Name && highBytes() >= kManyHigh;
+    addUtf8Reading(evidence_, readings_);
+    const bool isSurelyUtf8 = !readings_.empty() && isUtf8_ && highBytes() >= kManyHigh;
     if (!isSurelyUtf8) {
       addCharsetReadings();
       if (!facts_.hasNuls()) addUnitReadings(evidence_, readings_);
     }
-    if (isImplausible()) {
-      if (!isUtf8_) addUtf8Reading(evidence_, readings_);
-      addDamagedReadings(evidence_, readings_);
-    }
+    if (isImplausible()) addDamagedReadings(evidence_, readings_);
   }
 
   // What is tried later is given up sooner: where no two bytes above ASCII follow each other the
@@ -268,7 +276,7 @@ class Verdict {
   bool isImplausible() const {
     const int64_t unknown = unknownCost(lines_);
     return std::none_of(readings_.begin(), readings_.end(),
-                        [&](const Reading& reading) { return reading.cost < unknown * 3 / 4; });
+                        [&](const Reading& reading) { return reading.cost < unknown; });
   }
 
   // What is declared and does not come by itself: other charsets that the library can read.
@@ -318,7 +326,8 @@ class Verdict {
     const bool hasUnits = !readings_.empty() && readings_.front().charset.starts_with("UTF-") &&
                           readings_.front().charset != kUtf8Name;
     if (hasUnits) return false;
-    return facts_.hasNuls() || facts_.oddControls() * kTextPerControl > facts_.size();
+    return facts_.nuls() * kTextPerNul > facts_.size() ||
+           facts_.oddControls() * kTextPerControl > facts_.size();
   }
 
   void tell(Detection& detection) {
@@ -369,6 +378,7 @@ class Verdict {
   static constexpr int64_t kPlainlyOfPairs = 9 * kBit;  // for two bytes
   static constexpr int64_t kUndeclaredIsUnlikely = 4 * kBit;
   static constexpr uint64_t kTextPerControl = 24;
+  static constexpr uint64_t kTextPerNul = 64;
 
   struct Declared {
     std::string name;
