@@ -39,8 +39,7 @@ TEST_F(ConvertDetected, reads_every_charset_that_is_detected) {
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1);
     EXPECT_EQ(outcome.status, 0);
   };
-  expect("\xC6\xFC\xCB\xDC\xA4\xB3\xA4\xEC\xF4\xA6", "日本これ熙",
-         "EUC-JP-MS, which holds EUC-JP");
+  expect("\xC6\xFC\xCB\xDC\xA4\xB3\xA4\xEC\xF4\xA6", "日本これ熙", "EUC-JP-MS, which holds EUC-JP");
   expect("\x1B$B\x46\x7C\x1B(B", "日", "CP50220, which holds ISO-2022-JP");
   expect("これは日本語です\n", "これは日本語です\n", "UTF-8");
   expect("\xEF\xBB\xBF日本", "日本", "UTF-8");
