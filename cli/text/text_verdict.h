@@ -16,7 +16,7 @@ namespace ksv_cli {
 // named is right more often than not.
 inline constexpr double kLeastToName = 0.5;
 // And than this none is read by itself: a text is rather left alone than converted wrongly.
-inline constexpr double kLeastToConvert = 0.9;
+inline constexpr double kLeastToConvert = 0.95;
 
 // Feeds a text to the judge until more of it would change nothing. Throws Failure where the text
 // cannot be read, and ksv::Error.

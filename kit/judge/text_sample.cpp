@@ -34,6 +34,11 @@ bool hasAny(const uint8_t* bytes, const uint8_t* end, Is is) {
   return any != 0;
 }
 
+// Behind two bytes of ASCII no character is open.
+bool endsCharacter(const uint8_t* begin, const uint8_t* end) {
+  return end - begin >= 2 && end[-1] < 0x80 && end[-2] < 0x80;
+}
+
 // How many bytes from the beginning tell nothing, a multiple of the block.
 size_t plainBlocks(const uint8_t* bytes, size_t length) {
   constexpr size_t kBlock = 64;
@@ -97,8 +102,8 @@ size_t TextSample::takePiece(const uint8_t* bytes, size_t length) {
 void TextSample::consider(const uint8_t* bytes, size_t length, uint64_t place, bool isCut) {
   const uint8_t* const begin = bytes;
   const bool beginsAnywhere = pieceBeginsAnywhere_;
-  pieceBeginsAnywhere_ = isCut;
   const uint8_t* end = bytes + length;
+  pieceBeginsAnywhere_ = isCut && !endsCharacter(bytes, end);
   if (beginsAnywhere)
     bytes = std::find_if(bytes, end, [](uint8_t byte) { return byte < kFirstTrail; });
   const bool isTelling = hasAny(bytes, end, tells);
@@ -107,7 +112,7 @@ void TextSample::consider(const uint8_t* bytes, size_t length, uint64_t place, b
   if (endsAnywhere_) return;
   if (isCut) {
     const uint8_t* sure = end;
-    while (sure != bytes && sure[-1] >= kFirstTrail) --sure;
+    while (sure != bytes && sure[-1] >= kFirstTrail && !endsCharacter(bytes, sure)) --sure;
     if (sure != bytes) end = sure;
     endsAnywhere_ = sure == bytes;
   }

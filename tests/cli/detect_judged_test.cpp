@@ -126,7 +126,7 @@ TEST_F(Detect, has_no_charset_in_the_record_of_what_has_none) {
 }
 
 TEST_F(Detect, tells_all_that_a_text_may_be_with_the_reasons) {
-  const std::string text = encoded("EUC-JP", "日本");
+  const std::string text = "\xB1\xB2";  // a character or two in many charsets
   write("text", text);
   const std::vector<Fields> lines = linesOf(ksv({"detect", "--all", "text"}).out);
   EXPECT_GT(lines.size(), 1u);
