@@ -52,12 +52,13 @@ void decodeWellFormed(Bytes bytes, DecodedUtf8& decoded) {
 DecodedUtf8 decodeUtf8(Bytes bytes, bool mayEndInside) {
   DecodedUtf8 decoded;
   decoded.text.reserve(std::min(bytes.size(), kTellsLanguage) + 4);
+  const size_t size = bytes.size();
   while (!bytes.empty()) {
     const ScanResult found = scanUnicode(UnicodeForm::kUtf8, false, bytes.data(), bytes.size());
     decodeWellFormed(bytes.first(found.wellFormed), decoded);
     if (found.end == ScanEnd::kAll || (found.end == ScanEnd::kIncomplete && mayEndInside)) break;
     decoded.text.push_back(kReplacement);
-    if (isTooDamaged(++decoded.damages, bytes.size())) break;
+    if (isTooDamaged(++decoded.damages, size)) break;
     bytes = bytes.subspan(found.wellFormed + found.badLength);
   }
   return decoded;
