@@ -7,7 +7,7 @@ namespace ksv_kit::judge {
 namespace {
 
 // What is not in a language that was named.
-constexpr int32_t kUnexpected = 12 * kBit;
+constexpr int32_t kUnexpected = 24 * kBit;
 
 // How much the ASCII of a text may say.
 constexpr int64_t kMostAgainstPlain = 10 * kBit;

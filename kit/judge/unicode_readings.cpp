@@ -33,6 +33,7 @@ void append(std::u16string& text, char32_t character) {
 struct DecodedUtf8 {
   std::u16string text;
   int64_t bonus = 0;
+  size_t sequences = 0;  // of several bytes
   size_t damages = 0;
 };
 
@@ -51,13 +52,17 @@ void decodeWellFormed(Bytes bytes, DecodedUtf8& decoded) {
 // Bytes that are none become U+FFFD. What may be completed yet is left over at the end.
 DecodedUtf8 decodeUtf8(Bytes bytes, bool mayEndInside) {
   DecodedUtf8 decoded;
+  const size_t characters = bytes.size();
   decoded.text.reserve(std::min(bytes.size(), kTellsLanguage) + 4);
   while (!bytes.empty()) {
     const ScanResult found = scanUnicode(UnicodeForm::kUtf8, false, bytes.data(), bytes.size());
-    decodeWellFormed(bytes.first(found.wellFormed), decoded);
+    const Bytes wellFormed = bytes.first(found.wellFormed);
+    decodeWellFormed(wellFormed, decoded);
+    decoded.sequences += static_cast<size_t>(std::count_if(
+        wellFormed.begin(), wellFormed.end(), [](uint8_t byte) { return byte >= 0xC0; }));
     if (found.end == ScanEnd::kAll || (found.end == ScanEnd::kIncomplete && mayEndInside)) break;
     decoded.text.push_back(kReplacement);
-    if (isTooDamaged(++decoded.damages, bytes.size())) break;
+    if (isTooDamaged(++decoded.damages, characters)) break;
     bytes = bytes.subspan(found.wellFormed + found.badLength);
   }
   return decoded;
@@ -153,7 +158,8 @@ bool mayHaveUnits(const Evidence& evidence, const UnitForm& form) {
 
 void addUtf8Reading(const Evidence& evidence, Readings& readings) {
   const DecodedUtf8 decoded = decodeUtf8(evidence.lines, evidence.mayEndInside);
-  if (isTooDamaged(decoded.damages, evidence.lines.size() / 3)) return;
+  if (isTooDamaged(decoded.damages, evidence.lines.size()) || decoded.sequences < decoded.damages)
+    return;
   const LanguageCost best = bestLanguage(decoded.text, evidence.priors);
   Reading reading;
   reading.charset = reading.decodeAs = "UTF-8";
