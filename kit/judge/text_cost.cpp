@@ -95,7 +95,7 @@ class PlainPairs {
   static constexpr size_t kOther = 27;
   static constexpr uint8_t kNoPlace = 0xFF;
   // Sums of so many stay within 16 bits.
-  static constexpr size_t kMostCounted = 480;
+  static constexpr size_t kMostCounted = 320;
 
   using Row = std::array<int16_t, 32>;
 
