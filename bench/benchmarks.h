@@ -14,5 +14,6 @@ void registerShortStrings();
 void registerStart();
 void registerLookups();
 void registerDetection();
+void registerJudge();
 
 }  // namespace ksv_bench

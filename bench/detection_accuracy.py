@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Shows how often ksv detect is right on real texts, as a table in Markdown.
+"""Shows how often ksv detect --classic is right on real texts, as a table in Markdown.
 
     bench/detection_accuracy.py --ksv build/release/ksv --work /tmp/accuracy
 
@@ -105,7 +105,8 @@ def beginning(text, encoding, most):
 
 def detect(ksv, paths, language):
     """The answers of one run, in the order of the paths."""
-    run = subprocess.run([ksv, "detect", "--json", "--language", language, "--files-from", "-"],
+    run = subprocess.run([ksv, "detect", "--classic", "--json", "--language", language,
+                          "--files-from", "-"],
                          input="\n".join(map(str, paths)), capture_output=True, text=True,
                          check=False)
     answers = [json.loads(line) for line in run.stdout.splitlines()]

@@ -143,9 +143,10 @@ def print_table(caption, header, rows):
 
 def selected(cells, **wanted):
     """The cells whose key (language, charset, length, judge) has what is wanted."""
-    places = {"language": 0, "charset": 1, "length": 2, "judge": 3}
+    order = [set(wanted[name]) if name in wanted else None
+             for name in ("language", "charset", "length", "judge")]
     return [cell for key, cell in cells.items()
-            if all(key[places[name]] in values for name, values in wanted.items())]
+            if all(values is None or part in values for part, values in zip(key, order))]
 
 
 def by_length(cells, names, charsets):
@@ -199,8 +200,10 @@ def calibration(cells, names, charsets):
 def print_calibration(cells, names, options):
     header = ["confidence given", "pieces", "mean", "right"]
     charsets = {key[1] for key in cells}
-    print_table("Confidence and how many are right", header, calibration(cells, names, charsets))
-    if "ksv" in names:
+    own = [name for name in names if name == "ksv"]
+    print_table("Confidence and how many are right", header,
+                calibration(cells, own or names, charsets))
+    if own:
         library = Ksv(options.library)
         known = {name for name in charsets if library.has(name)}
         if charsets - known:

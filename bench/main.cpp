@@ -12,6 +12,7 @@ int main(int argumentCount, char** arguments) {
   ksv_bench::registerStart();
   ksv_bench::registerLookups();
   ksv_bench::registerDetection();
+  ksv_bench::registerJudge();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

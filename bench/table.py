@@ -22,6 +22,7 @@ TITLES = {
     "string_kept": "One string of 40 bytes, handle kept, ns",
     "detect": "Detection with the texts' language, files a second",
     "detect_without_language": "Detection without a language, files a second",
+    "judge": "The judge of charsets, texts a second",
     "start": "From startProcess to the first conversion, µs",
     "lookup": "One look into the Shift_JIS mapping, ns",
     "lookup_waiting": "One look, waiting for the one before, ns",
@@ -120,7 +121,7 @@ def main():
         print(f"\n### {TITLES.get(group, group)}\n")
         if group == "start":
             start_table(rows)
-        elif group.startswith("detect"):
+        elif group.startswith("detect") or group == "judge":
             compared(rows, lambda run: run["items_per_second"], True)
         elif group == "convert":
             compared(rows, megabytes, True)
