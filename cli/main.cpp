@@ -20,7 +20,7 @@ int main(int argumentCount, char** arguments) {
     platform::prepareProcess();
     platform::dropUnneededRights();
     const int exitStatus = runCommand(platform::commandLineArguments(argumentCount, arguments));
-    return exitStatus == kExitDone && isAnythingLeftOver() ? kExitFailed : exitStatus;
+    return exitStatus != kExitUsage && isAnythingLeftOver() ? kExitFailed : exitStatus;
   } catch (const std::bad_alloc&) {
     platform::tellOutOfMemory();
   } catch (const std::exception& error) {

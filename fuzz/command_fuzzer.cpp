@@ -184,8 +184,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const ptrdiff_t descriptors = ksv::test::openDescriptors();
 
   const int status = run(place, arguments);
-  require(status >= ksv_cli::kExitDone && status <= ksv_cli::kExitUsage,
-          "the status is one of three");
+  require(status >= ksv_cli::kExitDone && status <= ksv_cli::kExitUndetermined,
+          "the status is one of four");
   require(ksv::test::openDescriptors() == descriptors, "no file is left open");
   requireWholeLines(place, status);
   requireAskedFiles(before, filesBelow(place.work()), arguments);

@@ -576,9 +576,15 @@ def command_seeds():
         "convert_directory": command("convert -f UTF-8 -t UTF-16BE --output-dir new a b -j 2"),
         "convert_in_place": command("convert -f UTF-8 -t Shift_JIS --in-place=.bak --touch a b"),
         "convert_in_place_fails": command("convert -f UTF-8 -t Shift_JIS --in-place a", a=b"\xff"),
+        "convert_mixed": command("convert -t UTF-8 --mixed --verbose -", JAPANESE.encode() + japanese),
+        "convert_repair": command("convert -f UTF-8 -t UTF-8 --repair --in-place=.o --json a b",
+                                  a=JAPANESE.encode().decode("latin-1").encode()),
         "convert_missing": command("convert -f UTF-8 -t UTF-16 a missing b"),
         "detect": command("detect --json a b -"),
         "detect_list": command("detect --files-from a --null", a=b"a\0b\0missing"),
+        "detect_all": command("detect --all --language ja,Korean --declared x a b", a=japanese),
+        "detect_segments": command("detect --json --segments --charsets UTF-8,sjis a -",
+                                   JAPANESE.encode() + japanese),
         "detect_classic": command("detect --classic --language ja a b"),
         "check": command("check a b --json", a=JAPANESE.encode("utf-16")),
         "check_input": command("check --classic", japanese),
@@ -616,6 +622,37 @@ def text_change_seeds():
     seeds["profile_mistake"] = change(32, "～", b"name p\ncharset x\nread FF5E\n")
     seeds["many_marks"] = change(0, "a" + "\u0301\u0323" * 300)
     seeds["empty"] = b""
+    return seeds
+
+
+# --- The judge of charsets: which hints, the length of a piece, four hints and the text. ---
+
+def judge_seeds():
+    def judged(text, which=0, languages="", charsets="", declared="", name="", piece=3):
+        hints = "".join(hint + "\0" for hint in (languages, charsets, declared, name))
+        return bytes([which, piece]) + hints.encode() + text
+    line = "山路を登りながら、こう考えた。\n"
+    russian = "Сегодня очень хорошая погода.\n"
+    seeds = {name: judged(line.encode(codec)) for name, codec in (
+        ("utf8", "utf-8"), ("sjis", "cp932"), ("euc_jp", "euc_jp"), ("mail", "iso2022_jp"),
+        ("utf16le", "utf-16-le"), ("utf32_mark", "utf-32"), ("utf16_mark", "utf-16"))}
+    seeds |= {f"russian_{codec}": judged(russian.encode(codec)) for codec in
+              ("koi8_r", "cp1251", "iso8859_5", "cp866")}
+    seeds["german"] = judged("Heute ist schönes Wetter.\r\n".encode("latin-1"))
+    seeds["korean"] = judged("오늘은 날씨가 좋다.\n".encode("cp949"))
+    seeds["chinese"] = judged("今天天气很好。\n".encode("gb18030"))
+    seeds["big5"] = judged("今天天氣很好。\n".encode("big5"))
+    seeds["shifts"] = judged("오늘\n".encode("iso2022_kr") + b"~{VPND~}\n+MEI-\n")
+    seeds["mixed"] = judged(line.encode() + line.encode("cp932") + line.encode("euc_jp"))
+    seeds["twice"] = judged("café au lait, déjà vu\nplain\n".encode().decode("cp1252").encode())
+    seeds["twice_lost"] = judged("dÃ©jÃ\ufffd vu, cafÃ©\n".encode())
+    seeds["damaged"] = judged(line.encode() * 3 + b"\xff" + line.encode())
+    seeds["hints"] = judged(line.encode("euc_jp"), 15, "ja,zh-TW", "EUC-JP", "x-euc", "ja.euc-jp.po")
+    seeds["declared"] = judged(b"<?xml version='1.0' encoding='KOI8-R'?>" + russian.encode("koi8_r"))
+    seeds["ascii"] = judged(b"plain\r", 4, declared="utf-16")
+    seeds["binary"] = judged(b"\x7fELF\2\1\1\0\0\0")
+    seeds["no_text"] = judged(b"\xff\x81\x80\xff\x01")
+    seeds["nothing"] = judged(b"")
     return seeds
 
 
@@ -689,6 +726,7 @@ def main():
     write("log_format_fuzzer", log_format_seeds())
     write("text_change_fuzzer", text_change_seeds())
     write("command_fuzzer", command_seeds())
+    write("judge_fuzzer", judge_seeds())
 
 
 if __name__ == "__main__":

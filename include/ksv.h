@@ -351,6 +351,140 @@ KSV_API ksv_result ksv_charset_encoded_length(const ksv_charset* charset, const 
 KSV_API ksv_result ksv_leading_piece(const char* charset, const void* text, size_t length,
                                      size_t limit, size_t* piece, ksv_error* error);
 
+/* ---- Detection ---- */
+
+/* What kind of thing the bytes are. */
+typedef enum ksv_content {
+  KSV_CONTENT_TEXT = 0,
+  KSV_CONTENT_EMPTY = 1,  /* there are no bytes */
+  KSV_CONTENT_BINARY = 2, /* no text in any charset: a picture, an archive, a program */
+  KSV_CONTENT_UNKNOWN = 3 /* no charset fits, though it does not look like anything else */
+} ksv_content;
+
+/* How the lines of a text end. */
+typedef enum ksv_line_end {
+  KSV_LINE_ENDS_NONE = 0, /* there is one line */
+  KSV_LINE_ENDS_LF = 1,
+  KSV_LINE_ENDS_CRLF = 2,
+  KSV_LINE_ENDS_CR = 3,
+  KSV_LINE_ENDS_MIXED = 4
+} ksv_line_end;
+
+/* What is known of a text before it is looked at. Each may be null. Names that are unknown are no
+ * failure: they help nothing. */
+typedef struct ksv_hints {
+  uint32_t size;         /* sizeof(ksv_hints) */
+  uint32_t reserved;     /* 0 */
+  const char* languages; /* what the text may be in, as "ja,zh-TW": others become unlikely */
+  const char* charsets;  /* what it may be, as "EUC-JP,UTF-8": nothing else is answered */
+  const char* declared;  /* the charset that a mail's or a page's header names */
+  const char* file_name; /* its name or path: "ru.koi8-r.po", "page.html" */
+} ksv_hints;
+
+#define KSV_HINTS_INIT \
+  { sizeof(ksv_hints), 0, NULL, NULL, NULL, NULL }
+
+/* A charset that a text may be in. The texts are the detection's. */
+typedef struct ksv_guess {
+  const char* charset;     /* the narrowest that holds all of the text, as ksv_charset_name has it;
+                              for UTF-16 and UTF-32 with the order of bytes: "UTF-16LE" */
+  const char* decode_as;   /* what to convert from: the same, or one that has all its characters and
+                              those of its vendors; null where the library cannot read it */
+  const char* language;    /* as BCP 47 has it, "ja", "zh-TW"; "" where nothing tells */
+  const char* reason;      /* in words: one line of UTF-8 */
+  double confidence;       /* how likely it is, from 0 to 1: of the texts given 0.9, nine in ten */
+  uint64_t invalid_offset; /* the first byte that is no text in decode_as; KSV_NO_OFFSET: none of
+                             those that were looked at */
+  int32_t line_end;        /* a ksv_line_end */
+  uint32_t mark_length;    /* bytes of the byte-order mark; 0: there is none */
+} ksv_guess;
+
+#define KSV_NO_OFFSET UINT64_MAX
+
+/* What was found out about a text. */
+typedef struct ksv_detection ksv_detection;
+
+/* What holds of a text whatever its charset. */
+typedef struct ksv_text_facts {
+  int32_t content;        /* a ksv_content */
+  int32_t settled;        /* 1: more of the same text would not change the first guess */
+  uint64_t bytes;         /* how many were looked at */
+  /* The text is UTF-8 that was taken for this charset and written as UTF-8 once more; null where it
+   * is not. The detection's. */
+  const char* misread_as;
+} ksv_text_facts;
+
+/* Finds out in which charset a text is written. hints may be null. *detection is the caller's:
+ * ksv_detection_free; null when the call fails, which it does not because of what the bytes are. */
+KSV_API ksv_result ksv_detect(const void* text, size_t length, const ksv_hints* hints,
+                              ksv_detection** detection, ksv_error* error);
+
+/* The same of a file, whose path is UTF-8. Where no name is among the hints, the path is it. As
+ * much is read as settles it. KSV_SYSTEM: the file cannot be read. */
+KSV_API ksv_result ksv_detect_file(const char* path, const ksv_hints* hints,
+                                   ksv_detection** detection, ksv_error* error);
+
+/* Takes null. */
+KSV_API void ksv_detection_free(ksv_detection* detection);
+
+/* How many guesses there are, none where it is no text, and the one at an index, the best one
+ * first; null behind the last. */
+KSV_API size_t ksv_detection_count(const ksv_detection* detection);
+KSV_API const ksv_guess* ksv_detection_guess(const ksv_detection* detection, size_t index);
+KSV_API void ksv_detection_facts(const ksv_detection* detection, ksv_text_facts* facts);
+
+/* A text that comes in pieces. What is found does not depend on where they were cut. */
+typedef struct ksv_detector ksv_detector;
+
+/* The hints are copied. *detector is null when the call fails. */
+KSV_API ksv_result ksv_detector_new(const ksv_hints* hints, ksv_detector** detector,
+                                    ksv_error* error);
+/* Takes null. */
+KSV_API void ksv_detector_free(ksv_detector* detector);
+
+/* Takes a piece. *settled (which may be null) is 1 from where on more of the same text would not
+ * change the first guess. */
+KSV_API ksv_result ksv_detector_feed(ksv_detector* detector, const void* text, size_t length,
+                                     int* settled, ksv_error* error);
+
+/* The verdict on what was taken so far. complete: whether that is the whole text, else it may end
+ * inside a character. May be called again and again, between pieces too. */
+KSV_API ksv_result ksv_detector_verdict(const ksv_detector* detector, int complete,
+                                        ksv_detection** detection, ksv_error* error);
+
+/* A part of a text, of whole lines, in one charset. The texts are the library's for good. */
+typedef struct ksv_segment {
+  uint64_t offset;       /* in bytes */
+  uint64_t length;       /* in bytes, at least 1 */
+  const char* charset;   /* as in ksv_guess; null where no charset fits */
+  const char* decode_as; /* as in ksv_guess */
+  double confidence;     /* as in ksv_guess */
+} ksv_segment;
+
+/* Finds where a text changes its charset: the segments follow each other without gaps and hold the
+ * whole text; a text in one charset has one, an empty text none. *segments is the caller's:
+ * ksv_free. */
+KSV_API ksv_result ksv_segments(const void* text, size_t length, const ksv_hints* hints,
+                                ksv_segment** segments, size_t* count, ksv_error* error);
+
+/* What was done about a text that had been written as UTF-8 twice. */
+typedef struct ksv_repair_counts {
+  uint64_t repaired;   /* lines that are as they once were */
+  uint64_t lost;       /* lines that were written twice, but lost bytes on the way: left alone */
+  uint64_t ambiguous;  /* lines with more than one way back: left alone */
+  uint64_t first_left; /* where the first line begins that was left alone; KSV_NO_OFFSET */
+  uint64_t first_left_line; /* its number, from 1 on; 0 */
+  /* The charset that most of the lines were taken for; null: none was. The library's. */
+  const char* misread_as;
+} ksv_repair_counts;
+
+/* Undoes what ksv_text_facts calls misread, line by line, where there is one way back. misread_as
+ * names the charset; null: it is found out. A text that is no UTF-8 is KSV_INVALID. *output as with
+ * ksv_convert. counts may be null. */
+KSV_API ksv_result ksv_repair(const char* misread_as, const char* utf8, size_t length,
+                              char** output, size_t* output_length, ksv_repair_counts* counts,
+                              ksv_error* error);
+
 KSV_EXTERN_C_END
 
 #endif

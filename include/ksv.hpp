@@ -415,6 +415,200 @@ inline std::string_view leading_piece(const std::string& charset, std::string_vi
   return text.substr(0, piece);
 }
 
+// What is known of a text before it is looked at, with texts that live as long as this does.
+class Hints {
+ public:
+  Hints& languages(std::string list) { return with(languages_, std::move(list)); }
+  Hints& charsets(std::string list) { return with(charsets_, std::move(list)); }
+  Hints& declared(std::string charset) { return with(declared_, std::move(charset)); }
+  Hints& file_name(std::string name) { return with(file_name_, std::move(name)); }
+
+  // What holds as long as this object stays where it is.
+  ksv_hints values() const {
+    ksv_hints hints = KSV_HINTS_INIT;
+    hints.languages = pointer(languages_);
+    hints.charsets = pointer(charsets_);
+    hints.declared = pointer(declared_);
+    hints.file_name = pointer(file_name_);
+    return hints;
+  }
+
+ private:
+  Hints& with(std::optional<std::string>& field, std::string text) {
+    field = std::move(text);
+    return *this;
+  }
+  static const char* pointer(const std::optional<std::string>& text) {
+    return text ? text->c_str() : nullptr;
+  }
+
+  std::optional<std::string> languages_;
+  std::optional<std::string> charsets_;
+  std::optional<std::string> declared_;
+  std::optional<std::string> file_name_;
+};
+
+// A charset that a text may be in.
+struct Guess {
+  std::string charset;
+  std::optional<std::string> decode_as;  // none: the library cannot read it
+  std::string language;                  // empty where nothing tells
+  std::string reason;
+  double confidence = 0;
+  std::optional<std::uint64_t> invalid_offset;
+  ksv_line_end line_end = KSV_LINE_ENDS_NONE;
+  std::uint32_t mark_length = 0;
+};
+
+// What was found out about a text.
+struct Detection {
+  ksv_content content = KSV_CONTENT_EMPTY;
+  bool settled = false;
+  std::uint64_t bytes = 0;  // that were looked at
+  std::optional<std::string> misread_as;
+  std::vector<Guess> guesses;  // the best one first
+};
+
+namespace detail {
+
+inline std::optional<std::string> unlessNull(const char* text) {
+  if (text == nullptr) return std::nullopt;
+  return std::string(text);
+}
+
+inline Guess guessOf(const ksv_guess& guess) {
+  Guess made;
+  made.charset = guess.charset;
+  made.decode_as = unlessNull(guess.decode_as);
+  made.language = guess.language;
+  made.reason = guess.reason;
+  made.confidence = guess.confidence;
+  if (guess.invalid_offset != KSV_NO_OFFSET) made.invalid_offset = guess.invalid_offset;
+  made.line_end = static_cast<ksv_line_end>(guess.line_end);
+  made.mark_length = guess.mark_length;
+  return made;
+}
+
+struct FreeDetection {
+  void operator()(ksv_detection* detection) const noexcept { ksv_detection_free(detection); }
+};
+
+// Takes over what was found.
+inline Detection taken(ksv_detection* found) {
+  const std::unique_ptr<ksv_detection, FreeDetection> owner(found);
+  ksv_text_facts facts;
+  ksv_detection_facts(found, &facts);
+  Detection detection;
+  detection.content = static_cast<ksv_content>(facts.content);
+  detection.settled = facts.settled != 0;
+  detection.bytes = facts.bytes;
+  detection.misread_as = unlessNull(facts.misread_as);
+  for (std::size_t i = 0; const ksv_guess* guess = ksv_detection_guess(found, i); ++i)
+    detection.guesses.push_back(guessOf(*guess));
+  return detection;
+}
+
+}  // namespace detail
+
+inline Detection detect(std::string_view text, const Hints& hints = {}) {
+  const ksv_hints values = hints.values();
+  ksv_detection* detection = nullptr;
+  ksv_error error;
+  detail::require(ksv_detect(text.data(), text.size(), &values, &detection, &error), error);
+  return detail::taken(detection);
+}
+
+// path: UTF-8.
+inline Detection detect_file(const std::string& path, const Hints& hints = {}) {
+  const ksv_hints values = hints.values();
+  ksv_detection* detection = nullptr;
+  ksv_error error;
+  detail::require(ksv_detect_file(path.c_str(), &values, &detection, &error), error);
+  return detail::taken(detection);
+}
+
+// A text that comes in pieces, whose charset is to be found out.
+class Detector {
+ public:
+  explicit Detector(const Hints& hints = {}) {
+    const ksv_hints values = hints.values();
+    ksv_detector* detector = nullptr;
+    ksv_error error;
+    detail::require(ksv_detector_new(&values, &detector, &error), error);
+    detector_.reset(detector);
+  }
+
+  // Whether more of the same text would not change the first guess any more.
+  bool feed(std::string_view piece) {
+    int settled = 0;
+    ksv_error error;
+    detail::require(
+        ksv_detector_feed(detector_.get(), piece.data(), piece.size(), &settled, &error), error);
+    return settled != 0;
+  }
+
+  // Of what was taken so far. complete: whether that is the whole text.
+  Detection verdict(bool complete = true) const {
+    ksv_detection* detection = nullptr;
+    ksv_error error;
+    detail::require(ksv_detector_verdict(detector_.get(), complete ? 1 : 0, &detection, &error),
+                    error);
+    return detail::taken(detection);
+  }
+
+ private:
+  struct Delete {
+    void operator()(ksv_detector* detector) const noexcept { ksv_detector_free(detector); }
+  };
+  std::unique_ptr<ksv_detector, Delete> detector_;
+};
+
+// A part of a text, of whole lines, in one charset.
+struct Segment {
+  std::uint64_t offset = 0;
+  std::uint64_t length = 0;
+  std::string charset;                   // empty where none fits
+  std::optional<std::string> decode_as;  // none: the library cannot read it
+  double confidence = 0;
+};
+
+// They follow each other without gaps, and hold the whole text.
+inline std::vector<Segment> segments(std::string_view text, const Hints& hints = {}) {
+  const ksv_hints values = hints.values();
+  ksv_segment* found = nullptr;
+  std::size_t count = 0;
+  ksv_error error;
+  detail::require(ksv_segments(text.data(), text.size(), &values, &found, &count, &error), error);
+  const std::unique_ptr<ksv_segment, detail::Free> owner(found);
+  std::vector<Segment> segments;
+  for (std::size_t i = 0; i < count; ++i)
+    segments.push_back({found[i].offset, found[i].length,
+                        detail::unlessNull(found[i].charset).value_or(""),
+                        detail::unlessNull(found[i].decode_as), found[i].confidence});
+  return segments;
+}
+
+// A text that had been written as UTF-8 twice, and what was done about it.
+struct Repair {
+  std::string text;
+  ksv_repair_counts counts{};
+};
+
+// misread_as: what the lines were taken for; none: it is found out.
+inline Repair repair(std::string_view utf8,
+                     const std::optional<std::string>& misread_as = std::nullopt) {
+  Repair repair;
+  char* output = nullptr;
+  std::size_t length = 0;
+  ksv_error error;
+  detail::require(ksv_repair(misread_as ? misread_as->c_str() : nullptr, utf8.data(), utf8.size(),
+                             &output, &length, &repair.counts, &error),
+                  error);
+  const detail::Text owner(output);
+  repair.text.assign(output, length);
+  return repair;
+}
+
 }  // namespace ksv
 
 #endif

@@ -5,11 +5,13 @@
 #include <optional>
 #include <sstream>
 #include <utility>
+#include <vector>
 
 #include "cli/jobs/conversion_record.h"
 #include "cli/jobs/conversion_telling.h"
 #include "cli/jobs/kept_tree.h"
 #include "cli/jobs/overwriting.h"
+#include "cli/jobs/result_line.h"
 #include "cli/jobs/result_places.h"
 #include "cli/jobs/work_list.h"
 #include "cli/system/console.h"
@@ -20,7 +22,11 @@
 #include "cli/system/sha256.h"
 #include "cli/system/standard_streams.h"
 #include "cli/system/times.h"
+#include "cli/text/held_text.h"
 #include "cli/text/text_conversion.h"
+#include "cli/text/text_failure.h"
+#include "cli/text/text_repair.h"
+#include "cli/text/text_segments.h"
 
 namespace ksv_cli {
 namespace {
@@ -69,7 +75,8 @@ struct Work {
   FileFacts facts;  // of the input before it was opened
   ConversionSettings settings;
   ConversionRecord& record;
-  Sha256 sum = {};  // of a run with a manifest: of what has been read
+  std::vector<TextSegment> segments = {};  // of a mixed text
+  Sha256 sum = {};                         // of a run with a manifest: of what has been read
 };
 
 class Batch {
@@ -153,6 +160,7 @@ class Batch {
     std::unique_ptr<ByteSource> source =
         std::make_unique<MeteredSource>(std::move(text.source), list_.console(), record.bytesRead);
     if (run_ != nullptr) source = std::make_unique<SummedSource>(std::move(source), work.sum);
+    if (work.settings.repairs) source = repairedSource(std::move(source), work);
     const std::unique_ptr<ksv_kit::LossReport> report = lossReport(reports_.form, work.settings);
     if (report == nullptr) return convertSource(work, std::move(source));
     auto reported = std::make_unique<ReportedSource>(std::move(source), *report);
@@ -161,6 +169,7 @@ class Batch {
       report->finish();
       record.outcome = ConversionOutcome::kSkipped;
       writeReport(index, *report);
+      refuseLosses(record);
     } else {
       convertReported(work, std::move(reported), *report);
     }
@@ -200,10 +209,28 @@ class Batch {
 
   void convertSource(Work& work, std::unique_ptr<ByteSource> source) {
     const std::unique_ptr<Result> result = openResult(work);
-    work.record.losses = convertText(work.settings, *source, *result);
+    work.record.losses = convertTo(*result, work, *source);
     source.reset();  // not every system replaces a file that is open
     complete(*result, work);
     refuseLosses(work.record);
+  }
+
+  // The text as it is to be converted.
+  std::unique_ptr<ByteSource> repairedSource(std::unique_ptr<ByteSource> source, const Work& work) {
+    RepairedText repaired = repairedText(heldText(*source, work.record.sizeBefore.value_or(0)));
+    work.record.repair = repaired.facts;
+    return std::make_unique<HeldSource>(std::move(repaired.text));
+  }
+
+  static ConversionCounts convertTo(ByteSink& sink, const Work& work, ByteSource& source) {
+    if (!work.segments.empty()) return convertSegments(work.settings, work.segments, source, sink);
+    try {
+      return convertText(work.settings, source, sink);
+    } catch (const Failure& failure) {
+      if (!work.settings.repairs || !failure.offset()) throw;
+      throw Failure::at(*failure.offset(), failure.reason(),
+                        atOffset(*failure.offset()) + " of the repaired text");
+    }
   }
 
   // Of a text whose conversion fails the report is told as well, to its end.
@@ -217,7 +244,7 @@ class Batch {
     };
     const std::unique_ptr<Result> result = openResult(work);
     try {
-      work.record.losses = convertText(work.settings, *source, *result);
+      work.record.losses = convertTo(*result, work, *source);
     } catch (const Failure&) {
       source->readRest();
       tellReport();
@@ -261,7 +288,7 @@ class Batch {
 
   // The result is there all the same: that it lacks something is the failure.
   void refuseLosses(const ConversionRecord& record) const {
-    if (first_.isStrict && record.losses.any()) throw Failure(record.losses.inWords());
+    if (first_.isStrict && record.hasLosses()) throw Failure(record.lossesInWords());
   }
 
   // Opens the text, and finds out its charset when none is given.
@@ -272,6 +299,11 @@ class Batch {
     work.settings.source = text.chosen.charset;
     record.source = work.settings.source.display;
     record.reason = text.chosen.reason;
+    for (const TextSegment& segment : text.segments) record.segments.push_back(segment.found);
+    work.segments = std::move(text.segments);
+    if (!work.segments.empty()) record.source = joinedByCommas(charsetsOf(work.segments));
+    if (work.settings.repairs && !canBeRepaired(text.chosen.charset))
+      throw Failure("is " + record.source + ", and --repair is for UTF-8");
     if (!text.isOfTarget && !record.reason.empty()) telling_.tellSource(record);
     return text;
   }

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/jobs/loss_telling.h"
 #include "cli/jobs/manifest_run.h"
@@ -13,6 +14,7 @@
 #include "cli/system/streams.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/conversion_settings.h"
+#include "cli/text/text_segments.h"
 
 namespace ksv_cli {
 
@@ -26,7 +28,8 @@ struct ReportPlan {
 struct FoundText {
   std::unique_ptr<ByteSource> source;
   ChosenSource chosen;
-  bool isOfTarget = false;  // it is text of the target already, and stays as it is
+  bool isOfTarget = false;                 // it is text of the target already, and stays as it is
+  std::vector<TextSegment> segments = {};  // of a mixed text; none: all of it is in that charset
 };
 
 // Opens a text, and finds out in which charset it is. Throws Failure.

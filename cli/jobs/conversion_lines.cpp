@@ -2,8 +2,10 @@
 
 #include <array>
 #include <utility>
+#include <vector>
 
 #include "cli/jobs/result_line.h"
+#include "cli/jobs/verdict_lines.h"
 #include "cli/system/base64.h"
 #include "cli/system/sha256.h"
 
@@ -53,7 +55,47 @@ std::optional<uint64_t> sizeIn(const json& fields, const char* field) {
   return value.is_null() ? std::nullopt : std::optional(value.get<uint64_t>());
 }
 
+ordered_json repairFields(const RepairFacts& repair) {
+  ordered_json fields = emptyRecord();
+  fields["repaired"] = repair.repaired;
+  fields["lost"] = repair.lost;
+  fields["ambiguous"] = repair.ambiguous;
+  fields["misreadAs"] = textOrNull(repair.misreadAs);
+  fields["firstLeft"] = numberOrNull(repair.firstLeft);
+  fields["firstLeftLine"] = repair.firstLeft ? ordered_json(repair.firstLeftLine) : ordered_json();
+  return fields;
+}
+
+RepairFacts repairOfFields(const json& fields) {
+  RepairFacts repair{.repaired = fields.at("repaired").get<uint64_t>(),
+                     .lost = fields.at("lost").get<uint64_t>(),
+                     .ambiguous = fields.at("ambiguous").get<uint64_t>(),
+                     .firstLeft = sizeIn(fields, "firstLeft"),
+                     .misreadAs = textIn(fields, "misreadAs")};
+  repair.firstLeftLine = sizeIn(fields, "firstLeftLine").value_or(0);
+  return repair;
+}
+
+ordered_json fieldsOfSegments(const std::vector<ksv::Segment>& segments) {
+  ordered_json list = ordered_json::array();
+  for (const ksv::Segment& segment : segments) list.push_back(segmentFields(segment));
+  return list;
+}
+
+ksv::Segment segmentOfFields(const json& fields) {
+  const std::string decodeAs = textIn(fields, "decodeAs");
+  return {fields.at("offset").get<uint64_t>(), fields.at("length").get<uint64_t>(),
+          textIn(fields, "charset"), decodeAs.empty() ? std::nullopt : std::optional(decodeAs),
+          fields.at("confidence").get<double>()};
+}
+
 }  // namespace
+
+std::string ConversionRecord::lossesInWords() const {
+  std::string words = losses.any() ? losses.inWords() : "";
+  if (repair && repair->lost != 0) words += (words.empty() ? "" : "; ") + repair->inWords();
+  return words;
+}
 
 const char* outcomeName(ConversionOutcome outcome) {
   for (const auto& [known, name] : kOutcomes)
@@ -82,6 +124,8 @@ ordered_json conversionFields(const ConversionRecord& record) {
   line["unmappable"] = record.losses.replaced;
   addPathOrNull(line, "output", record.output);
   addPathOrNull(line, "kept", hasResult ? record.kept : "");
+  if (record.repair) line["repair"] = repairFields(*record.repair);
+  if (!record.segments.empty()) line["segments"] = fieldsOfSegments(record.segments);
   if (record.failure) line["error"] = errorField(*record.failure);
   return line;
 }
@@ -117,6 +161,10 @@ ConversionRecord recordOfFields(const json& fields) {
   record.sizeAfter = sizeIn(fields, "sizeAfter");
   record.losses.invalidBytes = fields.at("invalid").get<uint64_t>();
   record.losses.replaced = fields.at("unmappable").get<uint64_t>();
+  if (fields.contains("repair")) record.repair = repairOfFields(fields.at("repair"));
+  if (fields.contains("segments"))
+    for (const json& segment : fields.at("segments"))
+      record.segments.push_back(segmentOfFields(segment));
   record.output = pathIn(fields, "output");
   record.kept = pathIn(fields, "kept");
   record.modifiedBefore = textIn(fields, "modifiedBefore");

@@ -6,9 +6,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/system/failure.h"
 #include "cli/text/conversion_counts.h"
+#include "cli/text/text_repair.h"
+#include "ksv.hpp"
 
 namespace ksv_cli {
 
@@ -34,8 +37,10 @@ struct ConversionRecord {
   uint64_t bytesRead = 0;
   std::optional<uint64_t> sizeAfter;  // of the result
   ConversionCounts losses;
-  std::string output;  // empty: standard output
-  std::string kept;    // where the original is kept; empty: nowhere
+  std::optional<RepairFacts> repair;   // where that was asked for
+  std::vector<ksv::Segment> segments;  // of a mixed text
+  std::string output;                  // empty: standard output
+  std::string kept;                    // where the original is kept; empty: nowhere
   std::optional<Failure> failure;
   // Of a run with a manifest only; empty: not known.
   std::string modifiedBefore;
@@ -45,6 +50,10 @@ struct ConversionRecord {
 
   // Of the text, as far as they are known.
   uint64_t bytes() const { return sizeBefore.value_or(bytesRead); }
+
+  // A text whose lines lost bytes lacks them in the result as well.
+  bool hasLosses() const { return losses.any() || (repair && repair->lost != 0); }
+  std::string lossesInWords() const;
 };
 
 }  // namespace ksv_cli

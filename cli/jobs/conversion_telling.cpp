@@ -5,8 +5,10 @@
 
 #include "cli/jobs/conversion_lines.h"
 #include "cli/jobs/result_line.h"
+#include "cli/jobs/verdict_lines.h"
 #include "cli/jobs/work_sums.h"
 #include "cli/system/inputs.h"
+#include "cli/text/text_failure.h"
 
 namespace ksv_cli {
 namespace {
@@ -30,7 +32,14 @@ std::string endInWords(const ConversionRecord& record) {
   if (isConverted && record.sizeAfter)
     words += ", " + std::to_string(*record.sizeAfter) + " written";
   if (record.losses.any()) words += "; " + record.losses.inWords();
+  if (record.repair) words += "; " + record.repair->inMoreWords();
   return words;
+}
+
+// "EUC-JP (0.98) at byte offset 120, 64 bytes"
+std::string segmentInWords(const ksv::Segment& segment) {
+  return segment.charset + " (" + confidenceInWords(segment.confidence) + ")" +
+         atOffset(segment.offset) + ", " + bytesInWords(segment.length);
 }
 
 }  // namespace
@@ -58,9 +67,11 @@ void ConversionTelling::tellInWords(const ConversionRecord& record) {
   if (record.failure) {
     if (!record.failure->quiet()) report(record, record.failure->what());
   } else if (verbosity_ == Verbosity::kVerbose) {
+    for (const ksv::Segment& segment : record.segments) report(record, segmentInWords(segment));
     report(record, endInWords(record));
-  } else if (verbosity_ == Verbosity::kUsual && record.losses.any()) {
-    report(record, record.losses.inWords());
+  } else if (verbosity_ == Verbosity::kUsual) {
+    if (record.losses.any()) report(record, record.losses.inWords());
+    if (record.repair && record.repair->any()) report(record, record.repair->inWords());
   }
 }
 

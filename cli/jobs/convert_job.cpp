@@ -114,6 +114,8 @@ void addDetectionOptions(Subcommand& job, ConvertArguments& arguments) {
   job.flag("--guess", arguments.guess, "Without -f: where no charset is clear, take the likeliest");
   job.flag("--classic", arguments.classic,
            "Without -f: detect the charset as this command did before");
+  job.flag("--mixed", arguments.mixed,
+           "Without -f: each part of a text by its own charset; the text is held in memory");
 }
 
 void addPlaceOptions(Subcommand& job, ConvertArguments& arguments) {
@@ -158,6 +160,8 @@ void addConvertJob(OptionParser& parser) {
            "Have XML, HTML and CSS declare the charset that they are written in");
   job.flag("--skip-valid", arguments->skipsValid,
            "Leave texts as they are that are valid in the target already");
+  job.flag("--repair", arguments->repairs,
+           "Mend lines of UTF-8 that were written as UTF-8 twice; the text is held in memory");
   addRunOptions(job, *arguments);
   addVerbosity(job, arguments->verbosity,
                "Tell what was done with each file, and the sums, on standard error");

@@ -13,10 +13,13 @@
 #include "cli/system/sha256.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
+#include "cli/text/held_text.h"
 #include "cli/text/policy_names.h"
 #include "cli/text/rereadable_text.h"
 #include "cli/text/text_conversion.h"
 #include "cli/text/text_language.h"
+#include "cli/text/text_repair.h"
+#include "cli/text/text_segments.h"
 #include "cli/text/valid_text.h"
 #include "kit/charsets/name_matching.h"
 #include "kit/convert/plan.h"
@@ -199,8 +202,6 @@ std::string registeredName(const CharsetChoice& charset, const ConvertOptions& o
   return entry != nullptr && entry->webName != nullptr ? entry->webName : charset.display;
 }
 
-constexpr char kAsciiName[] = "iso-646irv";
-
 // XML is in UTF-8 or UTF-16 unless it says something else.
 ksv_kit::DeclaredName declaredName(const CharsetChoice& charset, const ConvertOptions& options) {
   const bool isUsual = charset.form == UnicodeForm::kUtf8 || charset.form == UnicodeForm::kUtf16;
@@ -267,6 +268,23 @@ void addProfile(const std::optional<std::string>& profile, OptionWriter& options
     options.add("profile-sum", sumOf(*openInput(*profile)));
 }
 
+// What is found out of the text goes by the rest.
+void checkMending(const ConvertArguments& arguments, const CharsetChoice& source) {
+  if (!arguments.mixed && !arguments.repairs) return;
+  if (arguments.mixed && arguments.repairs)
+    throw UsageError("--mixed and --repair do not go together");
+  const std::string option = arguments.mixed ? "--mixed" : "--repair";
+  if (arguments.classic) throw UsageError("--classic does not go with " + option);
+  if (arguments.mixed && arguments.source)
+    throw UsageError("--mixed finds out the charsets itself: it goes without --from");
+  if (arguments.mixed && (arguments.report || arguments.dryRun))
+    throw UsageError("--mixed has no report: it goes with neither --report nor --dry-run");
+  if (arguments.repairs && arguments.skipsValid)
+    throw UsageError("--repair is for texts that are valid: it goes without --skip-valid");
+  if (arguments.repairs && arguments.source && !canBeRepaired(source))
+    throw UsageError("--repair is for UTF-8, not for " + source.display);
+}
+
 OptionList decidingOptions(const ConvertArguments& arguments, const ConversionSettings& settings) {
   OptionWriter options;
   options.add("to", settings.target.display);
@@ -289,7 +307,39 @@ OptionList decidingOptions(const ConvertArguments& arguments, const ConversionSe
   options.add("width", arguments.width);
   options.add("fix-declaration", arguments.fixesDeclaration);
   options.add("skip-valid", arguments.skipsValid);
+  options.add("mixed", arguments.mixed);
+  options.add("repair", arguments.repairs);
   return options.take();
+}
+
+// How texts are read whose parts are in different charsets.
+struct MixedReading {
+  bool isAsked;
+  bool guesses;
+  ksv::Hints hints;
+};
+
+ksv::Hints hintsOf(const std::optional<std::string>& languageName) {
+  constexpr char kAnyLanguage[] = "any";
+  ksv::Hints hints;
+  if (languageName && ksv_kit::lowered(*languageName) != kAnyLanguage)
+    hints.languages(*languageName);
+  return hints;
+}
+
+// A text without segments is empty.
+FoundText foundMixed(const std::string& input, RereadableText& opened, const MixedReading& mixed,
+                     const CharsetNames& names) {
+  ksv::Hints hints = mixed.hints;
+  if (!isStandardStream(input)) hints.file_name(input);
+  std::string text = heldText(*opened.release(), knownSize(input));
+  std::vector<TextSegment> segments = readableSegments(text, hints, names, mixed.guesses);
+  const CharsetChoice charset =
+      segments.empty() ? ksv_kit::utf8ShownAs("UTF-8") : segments.front().charset;
+  const std::string reason =
+      segments.empty() ? "read as UTF-8: it is empty" : segmentsInWords(segments);
+  return FoundText{
+      std::make_unique<HeldSource>(std::move(text)), {charset, reason}, false, std::move(segments)};
 }
 
 ChosenSource validAlready(const CharsetChoice& target) {
@@ -380,6 +430,8 @@ ConversionSettings conversionSettings(const ConvertArguments& arguments,
   ConversionSettings settings;
   settings.target = findTarget(names, arguments.target);
   if (arguments.source) settings.source = findSource(names, *arguments.source);
+  checkMending(arguments, settings.source);
+  settings.repairs = arguments.repairs;
   settings.skipInvalid = arguments.invalid == "skip";
   settings.names = &names;
   setChanges(arguments, settings);
@@ -418,11 +470,13 @@ SourceFinder sourceFinder(const ConvertArguments& arguments, const CharsetNames&
   const auto judge =
       std::make_shared<CharsetJudge>(names, language, arguments.guess, !languageName);
   const bool skipsValid = arguments.skipsValid;
-  return [judge, skipsValid, &names, &settings](const std::string& input) {
+  const MixedReading mixed{arguments.mixed, arguments.guess, hintsOf(languageName)};
+  return [judge, skipsValid, mixed, &names, &settings](const std::string& input) {
     RereadableText text(input);
     if (skipsValid && isTextOf(text, names, settings))
       return FoundText{text.release(), validAlready(settings.target), true};
     if (!settings.source.name.empty()) return FoundText{text.release(), {settings.source, ""}};
+    if (mixed.isAsked) return foundMixed(input, text, mixed, names);
     JudgedText judged = judge->judge(text);
     return FoundText{std::move(judged.source), std::move(judged.chosen)};
   };

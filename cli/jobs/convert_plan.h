@@ -39,6 +39,8 @@ struct ConvertArguments {
   bool classic = false;
   bool strict = false;
   bool skipsValid = false;
+  bool mixed = false;
+  bool repairs = false;
   bool fixesDeclaration = false;
   VerbosityOptions verbosity;
   std::optional<std::string> profile;

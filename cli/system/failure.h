@@ -50,6 +50,11 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-enum ExitStatus { kExitDone = 0, kExitFailed = 1, kExitUsage = 2 };
+enum ExitStatus {
+  kExitDone = 0,
+  kExitFailed = 1,
+  kExitUsage = 2,
+  kExitUndetermined = 3  // no input failed, but of at least one nothing can be told
+};
 
 }  // namespace ksv_cli

@@ -6,7 +6,7 @@
 
 namespace ksv_cli::limits {
 
-// ---- Texts. Memory does not grow with them. ----
+// ---- Texts. Memory does not grow with them but for the last. ----
 
 // What a text from a pipe that is read more than once keeps in memory; the rest goes to a file.
 constexpr size_t kMostInMemory = 4 * 1024 * 1024;
@@ -15,6 +15,9 @@ constexpr size_t kMostInMemory = 4 * 1024 * 1024;
 constexpr size_t kMostLookedAt = 4 * 1024 * 1024 + 64 * 1024;
 // So much of a text is checked; a declaration stands at its beginning.
 constexpr size_t kMostChecked = 1024 * 1024;
+
+// A text that can be judged or mended as a whole only is held in memory; a longer one is refused.
+constexpr uint64_t kLongestHeld = uint64_t{2} * 1024 * 1024 * 1024;
 
 // ---- Documents. ----
 

@@ -1,24 +1,19 @@
 // Finds out in which charset a text is written, for conversion: rather no answer than a
 // wrong one.
 //
-// The text is looked at as a whole. What decides, in this order: a byte-order mark; a
-// declaration under which the text is valid; the escape sequences of ISO-2022-JP; UTF-8
-// with a character of several bytes; a text of ASCII only is ASCII. Else each charset reads the
-// text by its real tables, and of the readings that are valid the one is taken whose
-// characters are the most usual ones in its language, if it leads clearly.
+// It asks the judge of the library, with the language of the texts where that is known, and takes
+// an answer that is likely enough and that nothing speaks against.
 #pragma once
 
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include "cli/text/byte_facts.h"
 #include "cli/text/detection.h"
 #include "cli/text/rereadable_text.h"
-#include "cli/text/single_byte_tables.h"
 #include "cli/text/text_language.h"
 #include "kit/charsets/charset_names.h"
+#include "ksv.hpp"
 
 namespace ksv_cli {
 
@@ -31,26 +26,30 @@ struct JudgedText {
 
 class CharsetJudge {
  public:
-  // guess: where no reading leads clearly, the first is taken.
+  // guess: where no charset is likely enough, the likeliest is taken.
   // isSupposed: the language is that of the user, who has not said that the texts are in it.
   CharsetJudge(const CharsetNames& names, TextLanguage language, bool guess,
                bool isSupposed = false);
 
-  // Throws Failure, with the charsets that it may be in, when none is clear. May be called
-  // from several threads.
+  // Throws Failure, with the charsets that it may be in, when none is clear, and ksv::Error. May be
+  // called from several threads.
   JudgedText judge(RereadableText& text) const;
 
  private:
-  std::optional<ChosenSource> byMark(const std::vector<uint8_t>& beginning) const;
-  std::optional<ChosenSource> byDeclaration(RereadableText& text) const;
-  std::optional<ChosenSource> byForm(const ByteFacts& facts) const;
-  ChosenSource byReadings(RereadableText& text, const ByteFacts& facts) const;
+  struct Answer {
+    ksv::Detection found;
+    bool isClear;  // its first guess is likely enough
+  };
+
+  ChosenSource choose(RereadableText& text) const;
+  Answer answerFor(RereadableText& text) const;
+  std::optional<ChosenSource> declaredSource(RereadableText& text) const;
+  ChosenSource chosenSource(const ksv::Guess& guess) const;
 
   const CharsetNames& names_;
   const TextLanguage language_;
   const bool guess_;
   const bool isSupposed_;
-  const SingleByteTables singleBytes_;
 };
 
 }  // namespace ksv_cli

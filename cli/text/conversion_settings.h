@@ -12,11 +12,15 @@
 
 namespace ksv_cli {
 
+// As the charset directory has them.
+inline constexpr char kAsciiName[] = "iso-646irv";
+
 struct ConversionSettings {
   ksv_kit::CharsetChoice source;  // without a name: not known yet
   ksv_kit::CharsetChoice target;
   ConvertOptions options{};
   bool skipInvalid = false;
+  bool repairs = false;   // a text that was written as UTF-8 twice is mended in front
   bool isStrict = false;  // a text of which something was skipped or replaced has failed
   std::string language;   // announced in front of the text; empty: none
   size_t blockSize = 256 * 1024;

@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-#include "cli/text/language_model.h"
-
 namespace ksv_cli {
 
-// The language of the texts: one of the first four models; none: any.
+enum class Language { kJapanese, kSimplifiedChinese, kTraditionalChinese, kKorean };
+
+// The language of the texts; none: any.
 using TextLanguage = std::optional<Language>;
 
 // "ja", "zh-cn", "zh-tw", "ko" or "any".

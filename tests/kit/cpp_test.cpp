@@ -7,6 +7,10 @@
 
 namespace {
 
+// "I climbed the mountain path and thought: who goes by his head alone gets into trouble."
+constexpr char kJapanese[] =
+    "山路を登りながら、こう考えた。智に働けば角が立つ。情に棹させば流される。意地を通せば窮屈だ。";
+
 TEST(Cpp, converts_and_throws_what_went_wrong) {
   EXPECT_EQ(ksv::convert("SJIS", "UTF-8", "\x82\xA0"), "\xE3\x81\x82");
   EXPECT_EQ(ksv::convert("UTF-8", "SJIS", "\xC3\xA9", ksv::Options().unmappable("-")), "-");
@@ -56,6 +60,66 @@ TEST(Cpp, streams_texts_one_behind_the_other) {
 TEST(Cpp, keeps_zero_bytes) {
   const std::string text("a\0b", 3);
   EXPECT_EQ(ksv::convert("SJIS", "UTF-8", text), text);
+}
+
+TEST(Cpp, finds_out_the_charset_of_a_text) {
+  const std::string text = ksv::convert("UTF-8", "Shift_JIS", kJapanese) + "\r\n";
+  const ksv::Detection found = ksv::detect(text);
+  EXPECT_EQ(found.content, KSV_CONTENT_TEXT);
+  EXPECT_EQ(found.bytes, text.size());
+  EXPECT_EQ(found.misread_as, std::nullopt);
+  ASSERT_FALSE(found.guesses.empty());
+  const ksv::Guess& best = found.guesses.front();
+  EXPECT_EQ(best.charset, "Shift_JIS");
+  EXPECT_EQ(best.language, "ja");
+  EXPECT_GT(best.confidence, 0.9);
+  EXPECT_EQ(best.invalid_offset, std::nullopt);
+  EXPECT_EQ(best.line_end, KSV_LINE_ENDS_CRLF);
+  EXPECT_EQ(best.mark_length, 0u);
+  EXPECT_EQ(ksv::convert(best.decode_as.value(), "UTF-8", text), std::string(kJapanese) + "\r\n");
+  EXPECT_EQ(ksv::detect("").content, KSV_CONTENT_EMPTY);
+  EXPECT_THROW(ksv::detect_file("no such file"), ksv::Error);
+}
+
+TEST(Cpp, finds_out_charsets_by_hints_alone) {
+  const ksv::Hints hints = ksv::Hints().charsets("EUC-JP").languages("ja");
+  for (const ksv::Guess& guess :
+       ksv::detect(ksv::convert("UTF-8", "EUC-JP", kJapanese), hints).guesses)
+    EXPECT_EQ(guess.charset, "EUC-JP");
+}
+
+TEST(Cpp, finds_out_the_charset_of_pieces) {
+  const std::string text = ksv::convert("UTF-8", "EUC-JP", kJapanese);
+  ksv::Detector detector;
+  EXPECT_EQ(detector.verdict().content, KSV_CONTENT_EMPTY);
+  for (const char byte : text) detector.feed({&byte, 1});
+  EXPECT_EQ(detector.verdict().guesses.at(0).charset, "EUC-JP");
+  EXPECT_EQ(detector.verdict().bytes, text.size());
+}
+
+TEST(Cpp, finds_the_parts_of_a_mixed_text) {
+  const std::string first = std::string(kJapanese) + "\n";
+  const std::string second = ksv::convert("UTF-8", "Shift_JIS", kJapanese) + "\n";
+  const std::vector<ksv::Segment> parts = ksv::segments(first + second);
+  ASSERT_EQ(parts.size(), 2u);
+  EXPECT_EQ(parts[0].offset, 0u);
+  EXPECT_EQ(parts[0].length, first.size());
+  EXPECT_EQ(parts[0].charset, "UTF-8");
+  EXPECT_EQ(parts[1].offset, first.size());
+  EXPECT_EQ(parts[1].length, second.size());
+  EXPECT_EQ(parts[1].charset, "Shift_JIS");
+  EXPECT_TRUE(ksv::segments("").empty());
+}
+
+TEST(Cpp, repairs_what_was_written_twice) {
+  const std::string once = "caf\xC3\xA9 au lait, d\xC3\xA9j\xC3\xA0 vu\n";
+  const std::string twice = ksv::convert("windows-1252", "UTF-8", once);
+  const ksv::Repair repaired = ksv::repair(twice, "windows-1252");
+  EXPECT_EQ(repaired.text, once);
+  EXPECT_EQ(repaired.counts.repaired, 1u);
+  EXPECT_EQ(repaired.counts.lost, 0u);
+  EXPECT_EQ(ksv::repair("plain\n").text, "plain\n");
+  EXPECT_THROW(ksv::repair("\xFF"), ksv::Error);
 }
 
 }  // namespace

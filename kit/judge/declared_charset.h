@@ -1,0 +1,23 @@
+// The charset that a text says it is in.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ksv_kit::judge {
+
+struct DeclaredCharset {
+  std::string name;
+  const char* where;  // "an XML declaration"
+};
+
+// By an XML declaration, a meta element of HTML, an @charset of CSS, the header of a mail or of a
+// translation, a mode line of an editor. beginning: in bytes that are ASCII's where they look so.
+std::optional<DeclaredCharset> declaredCharset(std::string_view beginning);
+
+// The charset and the language that a file's name may say: "ru.koi8-r.po".
+std::vector<std::string> wordsOfFileName(std::string_view path);
+
+}  // namespace ksv_kit::judge

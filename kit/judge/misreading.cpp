@@ -1,0 +1,299 @@
+#include "kit/judge/misreading.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include "kit/convert/plan.h"
+#include "kit/judge/text_cost.h"
+#include "kit/text/unicode_check.h"
+
+namespace ksv_kit::judge {
+namespace {
+
+// What UTF-8 is taken for, the usual ones first. Of those of one byte the codes that have no
+// character stand for the control codes of the same number, as browsers read them.
+constexpr const char* kTakenFor[] = {
+    "windows-1252", "ISO-8859-1", "WINDOWS31J",   "ISO-8859-15",  "macintosh",
+    "IBM850",       "IBM437",     "windows-1250", "windows-1251", "KOI8-R",
+    "ChineseGBK",   "KoreanKSC",  "EUC-JP",       "ChineseBIG5",
+};
+
+constexpr char kReplacement[] = "\xEF\xBF\xBD";
+
+// The bytes that a text was before it was taken for the charset.
+class WayBack {
+ public:
+  explicit WayBack(const std::string& charset) : charset_(charset) {
+    const ByteTable* const table = byteTable(charset.c_str());
+    if (table == nullptr) return;
+    isOfBytes_ = ksv_kit::judge::isOfSingleBytes(*table);
+    if (isOfBytes_)
+      fillCodes(*table);
+    else
+      plan_ = std::make_unique<const Plan>("UTF-8", charset.c_str(), nullptr);
+  }
+
+  const std::string& charset() const { return charset_; }
+  bool isOfBytes() const { return isOfBytes_; }
+
+  // None when the charset does not have all of its characters.
+  std::optional<std::string> bytesOf(Bytes line) const {
+    if (isOfBytes_) return codesOf(line);
+    if (plan_ == nullptr || line.empty()) return std::nullopt;
+    std::string bytes(line.size() + 16, '\0');
+    Plan::Fit fit{};
+    if (!plan_->convertSound(line.data(), line.size(), reinterpret_cast<uint8_t*>(bytes.data()),
+                             bytes.size(), fit) ||
+        !fit.done)
+      return std::nullopt;
+    bytes.resize(fit.written);
+    return bytes;
+  }
+
+ private:
+  void fillCodes(const ByteTable& table) {
+    for (size_t byte = 0x80; byte < table.size(); ++byte)
+      codes_[table[byte] == kNoCharacter ? static_cast<char16_t>(byte) : table[byte]] =
+          static_cast<char>(byte);
+    for (char16_t control = 0x80; control < 0xA0; ++control)
+      codes_.try_emplace(control, static_cast<char>(control));
+  }
+
+  std::optional<std::string> codesOf(Bytes line) const {
+    std::string bytes;
+    for (size_t at = 0; at < line.size();) {
+      const uint8_t lead = line[at];
+      if (lead < 0x80) {
+        bytes.push_back(static_cast<char>(lead));
+        ++at;
+        continue;
+      }
+      if (lead >= 0xF0) return std::nullopt;
+      const size_t length = lead < 0xE0 ? 2 : 3;
+      uint32_t character = lead & (length == 2 ? 0x1Fu : 0x0Fu);
+      for (size_t i = 1; i < length; ++i) character = character << 6 | (line[at + i] & 0x3Fu);
+      const auto found = codes_.find(static_cast<char16_t>(character));
+      if (found == codes_.end()) return std::nullopt;
+      bytes.push_back(found->second);
+      at += length;
+    }
+    return bytes;
+  }
+
+  const std::string charset_;
+  bool isOfBytes_ = false;
+  std::map<char16_t, char> codes_;
+  std::unique_ptr<const Plan> plan_;
+};
+
+// The ways that were asked for, kept until the process ends.
+const WayBack& wayBack(const std::string& charset) {
+  static std::mutex* const mutex = new std::mutex;
+  static auto* const ways = new std::map<std::string, std::unique_ptr<const WayBack>>;
+  const std::lock_guard<std::mutex> lock(*mutex);
+  std::unique_ptr<const WayBack>& way = (*ways)[charset];
+  if (way == nullptr) way = std::make_unique<const WayBack>(charset);
+  return *way;
+}
+
+Bytes bytesIn(const std::string& text) {
+  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
+}
+
+bool isAsciiOnly(Bytes line) {
+  return std::none_of(line.begin(), line.end(), [](uint8_t byte) { return byte >= 0x80; });
+}
+
+// Control codes that no text has, as two bytes of UTF-8.
+bool hasControlCodes(const std::string& text) {
+  for (size_t i = 0; i + 1 < text.size(); ++i)
+    if (text[i] == '\xC2' && static_cast<uint8_t>(text[i + 1]) < 0xA0) return true;
+  return false;
+}
+
+bool isUtf8Text(const std::string& text) {
+  const Bytes bytes = bytesIn(text);
+  return !isAsciiOnly(bytes) &&
+         scanUnicode(UnicodeForm::kUtf8, false, bytes.data(), bytes.size()).end == ScanEnd::kAll &&
+         !hasControlCodes(text);
+}
+
+// The line as it was; none when it was not taken for the charset.
+std::optional<std::string> undone(Bytes line, const std::string& charset) {
+  std::optional<std::string> bytes = wayBack(charset).bytesOf(line);
+  if (!bytes || !isUtf8Text(*bytes)) return std::nullopt;
+  return bytes;
+}
+
+struct LineFate {
+  enum class Kind { kAsItIs, kRepaired, kLost, kAmbiguous } kind = Kind::kAsItIs;
+  std::string text;
+  std::string charset;
+};
+
+// A line was written twice and lost something where the rest of it reads as UTF-8 on the way back.
+bool hasLost(Bytes line, const std::string& charset) {
+  std::string rest(reinterpret_cast<const char*>(line.data()), line.size());
+  bool isMarked = false;
+  for (size_t at = 0; (at = rest.find(kReplacement, at)) != std::string::npos;) {
+    rest.erase(at, 3);
+    isMarked = true;
+  }
+  if (!isMarked) return false;
+  const std::optional<std::string> bytes = wayBack(charset).bytesOf(bytesIn(rest));
+  if (!bytes) return false;
+  size_t sound = 0;
+  size_t broken = 0;
+  for (Bytes left = bytesIn(*bytes); !left.empty();) {
+    const ScanResult found = scanUnicode(UnicodeForm::kUtf8, false, left.data(), left.size());
+    sound += static_cast<size_t>(
+        std::count_if(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(found.wellFormed),
+                      [](uint8_t byte) { return byte >= 0xC0; }));
+    if (found.end == ScanEnd::kAll) break;
+    ++broken;
+    left = left.subspan(found.wellFormed + found.badLength);
+  }
+  return sound > broken;
+}
+
+LineFate fateOf(Bytes line, const std::vector<std::string>& charsets) {
+  LineFate fate;
+  if (isAsciiOnly(line)) return fate;
+  for (const std::string& charset : charsets) {
+    std::optional<std::string> text = undone(line, charset);
+    if (!text) continue;
+    if (fate.kind == LineFate::Kind::kRepaired && *text != fate.text) {
+      fate.kind = LineFate::Kind::kAmbiguous;
+      return fate;
+    }
+    if (fate.kind != LineFate::Kind::kRepaired)
+      fate = {LineFate::Kind::kRepaired, std::move(*text), charset};
+  }
+  if (fate.kind == LineFate::Kind::kRepaired) return fate;
+  const bool isLost =
+      std::any_of(charsets.begin(), charsets.end(),
+                  [&](const std::string& charset) { return hasLost(line, charset); });
+  if (isLost) fate.kind = LineFate::Kind::kLost;
+  return fate;
+}
+
+// Calls the function with each line, its end included.
+template <typename Take>
+void eachLine(Bytes text, Take take) {
+  while (!text.empty()) {
+    const void* const found = std::memchr(text.data(), '\n', text.size());
+    const size_t length =
+        found == nullptr
+            ? text.size()
+            : static_cast<size_t>(static_cast<const uint8_t*>(found) - text.data()) + 1;
+    take(text.first(length));
+    text = text.subspan(length);
+  }
+}
+
+int64_t leastCost(const std::string& utf8) {
+  const auto text = decodeSound("UTF-8", bytesIn(utf8), false);
+  if (!text) return kNoLimit;
+  const LanguagePriors priors;
+  return std::min(bestLanguage(*text, priors).cost, unknownCost(*text));
+}
+
+// The cost of what the lines were has to be less, or they are what they are.
+bool isCheaper(const std::string& way, const std::string& asItIs) {
+  return leastCost(way) + 8 * kBit < leastCost(asItIs);
+}
+
+// Whether the first character above ASCII may be the first byte of one in UTF-8.
+bool mayBegin(Bytes line, const WayBack& way) {
+  const auto first =
+      std::find_if(line.begin(), line.end(), [](uint8_t byte) { return byte >= 0x80; });
+  const bool isEastAsian = *first >= 0xE3 && *first <= 0xED;
+  if (isEastAsian == way.isOfBytes()) return false;
+  const auto length = static_cast<size_t>(line.end() - first);
+  const size_t wanted = *first < 0xE0 ? 2 : *first < 0xF0 ? 3 : 4;
+  const auto bytes = way.bytesOf({&*first, std::min(wanted, length)});
+  if (!bytes || bytes->empty()) return false;
+  const auto lead = static_cast<uint8_t>(bytes->front());
+  return lead >= 0xC2 && lead <= 0xF4;
+}
+
+// The ways of all of them.
+const std::vector<const WayBack*>& allWays() {
+  static const auto* const ways = [] {
+    auto all = std::make_unique<std::vector<const WayBack*>>();
+    for (const char* const charset : kTakenFor) all->push_back(&wayBack(charset));
+    return all.release();
+  }();
+  return *ways;
+}
+
+}  // namespace
+
+std::string misreadingOf(Bytes lines) {
+  constexpr size_t kMostLines = 200;
+  std::vector<Bytes> high;
+  eachLine(lines, [&](Bytes line) {
+    if (!isAsciiOnly(line) && high.size() < kMostLines) high.push_back(line);
+  });
+  for (const WayBack* const way : allWays()) {
+    if (high.empty() || !mayBegin(high.front(), *way)) continue;
+    const std::string& charset = way->charset();
+    std::string undoneText;
+    std::string asItIs;
+    size_t count = 0;
+    for (size_t i = 0; i < high.size(); ++i) {
+      if (count + high.size() / 4 + 1 < i) break;
+      const std::optional<std::string> text = undone(high[i], charset);
+      if (!text) continue;
+      ++count;
+      undoneText += *text;
+      asItIs.append(high[i].begin(), high[i].end());
+    }
+    if (count * 4 >= high.size() * 3 && count != 0 && isCheaper(undoneText, asItIs)) return charset;
+  }
+  return {};
+}
+
+std::string repaired(Bytes text, const std::string& misreadAs, RepairCounts& counts) {
+  std::vector<std::string> charsets;
+  if (misreadAs.empty())
+    charsets.assign(std::begin(kTakenFor), std::end(kTakenFor));
+  else
+    charsets.push_back(misreadAs);
+  std::string output;
+  output.reserve(text.size());
+  std::map<std::string, uint64_t> votes;
+  uint64_t line = 0;
+  eachLine(text, [&](Bytes bytes) {
+    ++line;
+    LineFate fate = fateOf(bytes, charsets);
+    if (fate.kind == LineFate::Kind::kRepaired) {
+      ++counts.repaired;
+      ++votes[fate.charset];
+      output += fate.text;
+      return;
+    }
+    counts.lost += fate.kind == LineFate::Kind::kLost;
+    counts.ambiguous += fate.kind == LineFate::Kind::kAmbiguous;
+    if (fate.kind != LineFate::Kind::kAsItIs && counts.firstLeftLine == 0) {
+      counts.firstLeft = static_cast<uint64_t>(bytes.data() - text.data());
+      counts.firstLeftLine = line;
+    }
+    output.append(bytes.begin(), bytes.end());
+  });
+  uint64_t most = 0;
+  for (const auto& [charset, count] : votes)
+    if (count > most) {
+      most = count;
+      counts.misreadAs = charset;
+    }
+  return output;
+}
+
+}  // namespace ksv_kit::judge
