@@ -63,6 +63,13 @@ bool isPlainAscii(std::string_view bytes) {
   return std::ranges::none_of(bytes, [](char c) { return isHigh(c) || c == kEscape || c == '\0'; });
 }
 
+// A character or two that are no text in one charset are always some in another.
+bool saysNothing(std::string_view bytes) {
+  constexpr auto kLeastHighBytes = 3;
+  return std::ranges::count_if(bytes, isHigh) < kLeastHighBytes &&
+         bytes.find(kEscape) == bytes.npos;
+}
+
 // Text in ISO-2022-JP is valid in every charset that has the characters of ASCII.
 bool namesPairsOfBytes(std::string_view bytes) {
   return bytes.find("\x1B$") != std::string_view::npos && std::ranges::none_of(bytes, isHigh);
@@ -97,7 +104,7 @@ MailText MailCharsets::read(std::string_view bytes,
   std::optional<MailText> text = declared ? asDeclared(bytes, *declared) : asAssumed(bytes);
   // A damaged text in the declared charset is likelier than one in a charset that only may be.
   const bool isKnown = declared && findDeclared(names_, *declared);
-  if (!text) text = asJudged(bytes, !isKnown);
+  if (!text && !(isKnown && saysNothing(bytes))) text = asJudged(bytes, !isKnown);
   if (text) return std::move(*text);
   return asGoodAsMayBe(bytes, declared);
 }

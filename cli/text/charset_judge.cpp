@@ -74,7 +74,7 @@ ksv::Detection judgedAsItIs(RereadableText& text, const ksv::Hints& hints) {
   return detectionOf(*text.reopen(), hints);
 }
 
-bool isClear(const ksv::Detection& found) {
+bool isLikely(const ksv::Detection& found) {
   return !found.guesses.empty() && found.guesses.front().confidence >= kLeastToConvert;
 }
 
@@ -94,7 +94,21 @@ ksv::Detection judged(RereadableText& text, const ksv::Hints& hints) {
   if (!isInDoubtForControls(found) || !hasFewControls(text.beginning())) return found;
   WithoutControls source(text.reopen());
   ksv::Detection without = detectionOf(source, hints);
-  return found.guesses.empty() || isClear(without) ? without : found;
+  return found.guesses.empty() || isLikely(without) ? without : found;
+}
+
+// Words of Thai are UTF-8 of a few characters that stand together in no language.
+bool mayBeUtf8ByChance(const ksv::Guess& guess, const std::vector<uint8_t>& bytes) {
+  constexpr auto kFewHighBytes = 9;
+  if (guess.charset != "UTF-8" || guess.mark_length != 0 || !guess.language.empty()) return false;
+  const auto isHigh = [](uint8_t byte) { return byte >= 0x80; };
+  const auto beginsRareCharacter = [](uint8_t byte) { return byte == 0xE0 || byte == 0xE1; };
+  return std::count_if(bytes.begin(), bytes.end(), isHigh) <= kFewHighBytes &&
+         std::any_of(bytes.begin(), bytes.end(), beginsRareCharacter);
+}
+
+bool isClear(const ksv::Detection& found, RereadableText& text) {
+  return isLikely(found) && !mayBeUtf8ByChance(found.guesses.front(), text.beginning());
 }
 
 bool readsOtherwise(const ksv::Detection& one, const ksv::Detection& other) {
@@ -161,13 +175,13 @@ ChosenSource CharsetJudge::choose(RereadableText& text) const {
 // only supposed is asked about texts that are not clear, and say enough.
 CharsetJudge::Answer CharsetJudge::answerFor(RereadableText& text) const {
   ksv::Detection alone = judged(text, {});
-  const bool isClearAlone = isClear(alone);
+  const bool isClearAlone = isClear(alone, text);
   const bool isAsked =
       language_ && (!isSupposed_ || (!isClearAlone && !saysLittle(text.beginning())));
   if (!isAsked || alone.guesses.empty()) return {std::move(alone), isClearAlone};
   ksv::Detection inLanguage = judged(text, ksv::Hints().languages(nameOfTextLanguage(language_)));
   if (isClearAlone && readsOtherwise(alone, inLanguage)) return {std::move(alone), false};
-  const bool isClearInLanguage = isClear(inLanguage);
+  const bool isClearInLanguage = isClear(inLanguage, text);
   return {std::move(inLanguage), isClearInLanguage};
 }
 

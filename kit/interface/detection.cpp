@@ -262,7 +262,11 @@ ksv_result ksv_repair(const char* misread_as, const char* utf8, size_t length, c
   return guarded(error, [&] {
     const Bytes text = bytesAt(utf8, length);
     const ScanResult scanned = scanUnicode(UnicodeForm::kUtf8, false, text.data(), text.size());
-    if (scanned.end != ScanEnd::kAll) return refuse(error, KSV_INVALID, "the text is not UTF-8");
+    if (scanned.end != ScanEnd::kAll) {
+      refuse(error, KSV_INVALID, "the text is not UTF-8");
+      if (error != nullptr) error->offset = scanned.wellFormed;
+      return KSV_INVALID;
+    }
     std::string charset;
     if (misread_as != nullptr) {
       const auto choice = Engine::instance().names().findSource(misread_as);

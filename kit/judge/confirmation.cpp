@@ -15,11 +15,12 @@ namespace {
 
 constexpr char kUnits[] = "UTF-16LE";
 
-// GB 2312 has the pairs of the rows and cells from 1 to 94, up to row 87.
-bool isGb2312(Bytes text) {
+// Whether all pairs are rows and cells of a set of 94 by 94 in the upper half, up to this lead:
+// those that are not came with the supersets.
+bool isOf94Rows(Bytes text, uint8_t lastLead) {
   for (size_t at = 0; at < text.size(); ++at) {
     if (text[at] < 0x80) continue;
-    if (text[at] < 0xA1 || text[at] > 0xF7 || at + 1 == text.size() || text[at + 1] < 0xA1)
+    if (text[at] < 0xA1 || text[at] > lastLead || at + 1 == text.size() || text[at + 1] < 0xA1)
       return false;
     ++at;
   }
@@ -27,7 +28,9 @@ bool isGb2312(Bytes text) {
 }
 
 bool isAllOf(const CharsetStep& step, Bytes text) {
-  if (std::string_view(step.charset) == "GB2312" && !isGb2312(text)) return false;
+  const std::string_view charset = step.charset;
+  if (charset == "GB2312" && !isOf94Rows(text, 0xF7)) return false;
+  if (charset == "EUC-KR" && !isOf94Rows(text, 0xFE)) return false;
   return isSound(step.charset, text);
 }
 

@@ -152,7 +152,7 @@ std::optional<Units> decodeDamaged(const char* charset, Bytes text) {
 }
 
 bool isOfSingleBytes(const ByteTable& table) {
-  constexpr std::ptrdiff_t kMostUnused = 0x60;
+  constexpr std::ptrdiff_t kMostUnused = 0x38;
   return std::count(table.begin() + 0x80, table.end(), kNoCharacter) < kMostUnused;
 }
 

@@ -93,7 +93,9 @@ class WayBack {
 };
 
 // The ways that were asked for, kept until the process ends.
-const WayBack& wayBack(const std::string& charset) {
+const WayBack& wayBack(const std::string& named) {
+  // Whoever says this means what has the characters of vendors, too.
+  const std::string charset = named == "Shift_JIS" ? "WINDOWS31J" : named;
   static std::mutex* const mutex = new std::mutex;
   static auto* const ways = new std::map<std::string, std::unique_ptr<const WayBack>>;
   const std::lock_guard<std::mutex> lock(*mutex);
@@ -131,12 +133,6 @@ std::optional<std::string> undone(Bytes line, const std::string& charset) {
   return bytes;
 }
 
-struct LineFate {
-  enum class Kind { kAsItIs, kRepaired, kLost, kAmbiguous } kind = Kind::kAsItIs;
-  std::string text;
-  std::string charset;
-};
-
 // A line was written twice and lost something where the rest of it reads as UTF-8 on the way back.
 bool hasLost(Bytes line, const std::string& charset) {
   std::string rest(reinterpret_cast<const char*>(line.data()), line.size());
@@ -162,27 +158,6 @@ bool hasLost(Bytes line, const std::string& charset) {
   return sound > broken;
 }
 
-LineFate fateOf(Bytes line, const std::vector<std::string>& charsets) {
-  LineFate fate;
-  if (isAsciiOnly(line)) return fate;
-  for (const std::string& charset : charsets) {
-    std::optional<std::string> text = undone(line, charset);
-    if (!text) continue;
-    if (fate.kind == LineFate::Kind::kRepaired && *text != fate.text) {
-      fate.kind = LineFate::Kind::kAmbiguous;
-      return fate;
-    }
-    if (fate.kind != LineFate::Kind::kRepaired)
-      fate = {LineFate::Kind::kRepaired, std::move(*text), charset};
-  }
-  if (fate.kind == LineFate::Kind::kRepaired) return fate;
-  const bool isLost =
-      std::any_of(charsets.begin(), charsets.end(),
-                  [&](const std::string& charset) { return hasLost(line, charset); });
-  if (isLost) fate.kind = LineFate::Kind::kLost;
-  return fate;
-}
-
 // Calls the function with each line, its end included.
 template <typename Take>
 void eachLine(Bytes text, Take take) {
@@ -197,6 +172,15 @@ void eachLine(Bytes text, Take take) {
   }
 }
 
+// A line that lost bytes may be all that there is of what was written twice.
+bool hasLostWith(Bytes line, const WayBack* way) {
+  if (isAsciiOnly(line)) return false;
+  return hasLost(line, way == nullptr ? kTakenFor[0] : way->charset());
+}
+
+// What a way back has to be better than another one by.
+constexpr int64_t kClearlyText = 8 * kBit;
+
 int64_t leastCost(const std::string& utf8) {
   const auto text = decodeSound("UTF-8", bytesIn(utf8), false);
   if (!text) return kNoLimit;
@@ -206,7 +190,7 @@ int64_t leastCost(const std::string& utf8) {
 
 // The cost of what the lines were has to be less, or they are what they are.
 bool isCheaper(const std::string& way, const std::string& asItIs) {
-  return leastCost(way) + 8 * kBit < leastCost(asItIs);
+  return leastCost(way) + kClearlyText < leastCost(asItIs);
 }
 
 // Whether the first character above ASCII may be the first byte of one in UTF-8.
@@ -260,39 +244,85 @@ std::string misreadingOf(Bytes lines) {
   return {};
 }
 
+namespace {
+
+// How many lines were taken for a charset, and what some of them were.
+struct Vote {
+  const WayBack* way;
+  uint64_t lines = 0;
+  std::string undoneText;
+};
+
+// The votes of the lines, the most first.
+std::vector<Vote> votesOf(Bytes text) {
+  constexpr size_t kEnoughText = 4096;
+  std::vector<Vote> votes;
+  for (const WayBack* const way : allWays()) votes.push_back({way, 0, {}});
+  eachLine(text, [&](Bytes line) {
+    if (isAsciiOnly(line)) return;
+    for (Vote& vote : votes) {
+      if (!mayBegin(line, *vote.way)) continue;
+      const std::optional<std::string> undoneLine = undone(line, vote.way->charset());
+      if (!undoneLine) continue;
+      ++vote.lines;
+      if (vote.undoneText.size() < kEnoughText) vote.undoneText += *undoneLine;
+    }
+  });
+  std::stable_sort(votes.begin(), votes.end(),
+                   [](const Vote& a, const Vote& b) { return a.lines > b.lines; });
+  return votes;
+}
+
+// The charset that the text was taken for: what most lines say, and of those that say the same the
+// one that is text. None where the lines were not written twice, or may have been in two ways.
+const WayBack* wayOf(Bytes text, bool& isAmbiguous) {
+  std::vector<Vote> votes = votesOf(text);
+  const uint64_t most = votes.front().lines;
+  if (most == 0) return nullptr;
+  std::erase_if(votes, [&](const Vote& vote) { return vote.lines < most; });
+  std::stable_sort(votes.begin(), votes.end(), [](const Vote& a, const Vote& b) {
+    return leastCost(a.undoneText) < leastCost(b.undoneText);
+  });
+  const std::string& best = votes.front().undoneText;
+  const auto rival = std::find_if(votes.begin(), votes.end(),
+                                  [&](const Vote& vote) { return vote.undoneText != best; });
+  isAmbiguous =
+      rival != votes.end() && leastCost(rival->undoneText) < leastCost(best) + kClearlyText;
+  return votes.front().way;
+}
+
+void leave(uint64_t offset, uint64_t line, uint64_t& count, RepairCounts& counts) {
+  ++count;
+  if (counts.firstLeftLine != 0) return;
+  counts.firstLeft = offset;
+  counts.firstLeftLine = line;
+}
+
+}  // namespace
+
 std::string repaired(Bytes text, const std::string& misreadAs, RepairCounts& counts) {
-  std::vector<std::string> charsets;
-  if (misreadAs.empty())
-    charsets.assign(std::begin(kTakenFor), std::end(kTakenFor));
-  else
-    charsets.push_back(misreadAs);
+  bool isAmbiguous = false;
+  const WayBack* const way = misreadAs.empty() ? wayOf(text, isAmbiguous) : &wayBack(misreadAs);
   std::string output;
   output.reserve(text.size());
-  std::map<std::string, uint64_t> votes;
-  uint64_t line = 0;
-  eachLine(text, [&](Bytes bytes) {
-    ++line;
-    LineFate fate = fateOf(bytes, charsets);
-    if (fate.kind == LineFate::Kind::kRepaired) {
+  uint64_t number = 0;
+  eachLine(text, [&](Bytes line) {
+    ++number;
+    const auto offset = static_cast<uint64_t>(line.data() - text.data());
+    const bool isWritten = !isAsciiOnly(line) && way != nullptr;
+    const std::optional<std::string> back = isWritten ? undone(line, way->charset()) : std::nullopt;
+    if (back && !isAmbiguous) {
       ++counts.repaired;
-      ++votes[fate.charset];
-      output += fate.text;
+      output += *back;
       return;
     }
-    counts.lost += fate.kind == LineFate::Kind::kLost;
-    counts.ambiguous += fate.kind == LineFate::Kind::kAmbiguous;
-    if (fate.kind != LineFate::Kind::kAsItIs && counts.firstLeftLine == 0) {
-      counts.firstLeft = static_cast<uint64_t>(bytes.data() - text.data());
-      counts.firstLeftLine = line;
-    }
-    output.append(bytes.begin(), bytes.end());
+    if (back)
+      leave(offset, number, counts.ambiguous, counts);
+    else if (hasLostWith(line, way))
+      leave(offset, number, counts.lost, counts);
+    output.append(line.begin(), line.end());
   });
-  uint64_t most = 0;
-  for (const auto& [charset, count] : votes)
-    if (count > most) {
-      most = count;
-      counts.misreadAs = charset;
-    }
+  if (counts.repaired != 0) counts.misreadAs = way->charset();
   return output;
 }
 

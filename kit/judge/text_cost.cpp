@@ -7,7 +7,7 @@ namespace ksv_kit::judge {
 namespace {
 
 // What is not in a language that was named.
-constexpr int32_t kUnexpected = 12 * kBit;
+constexpr int32_t kUnexpected = 24 * kBit;
 
 // How much the ASCII of a text may say.
 constexpr int64_t kMostAgainstPlain = 10 * kBit;
@@ -95,7 +95,7 @@ class PlainPairs {
   static constexpr size_t kOther = 27;
   static constexpr uint8_t kNoPlace = 0xFF;
   // Sums of so many stay within 16 bits.
-  static constexpr size_t kMostCounted = 480;
+  static constexpr size_t kMostCounted = 320;
 
   using Row = std::array<int16_t, 32>;
 

@@ -33,6 +33,7 @@ void append(std::u16string& text, char32_t character) {
 struct DecodedUtf8 {
   std::u16string text;
   int64_t bonus = 0;
+  size_t sequences = 0;  // of several bytes
   size_t damages = 0;
 };
 
@@ -51,16 +52,40 @@ void decodeWellFormed(Bytes bytes, DecodedUtf8& decoded) {
 // Bytes that are none become U+FFFD. What may be completed yet is left over at the end.
 DecodedUtf8 decodeUtf8(Bytes bytes, bool mayEndInside) {
   DecodedUtf8 decoded;
+  const size_t characters = bytes.size();
   decoded.text.reserve(std::min(bytes.size(), kTellsLanguage) + 4);
   while (!bytes.empty()) {
     const ScanResult found = scanUnicode(UnicodeForm::kUtf8, false, bytes.data(), bytes.size());
-    decodeWellFormed(bytes.first(found.wellFormed), decoded);
+    const Bytes wellFormed = bytes.first(found.wellFormed);
+    decodeWellFormed(wellFormed, decoded);
+    decoded.sequences += static_cast<size_t>(std::count_if(
+        wellFormed.begin(), wellFormed.end(), [](uint8_t byte) { return byte >= 0xC0; }));
     if (found.end == ScanEnd::kAll || (found.end == ScanEnd::kIncomplete && mayEndInside)) break;
     decoded.text.push_back(kReplacement);
-    if (isTooDamaged(++decoded.damages, bytes.size())) break;
+    if (isTooDamaged(++decoded.damages, characters)) break;
     bytes = bytes.subspan(found.wellFormed + found.badLength);
   }
   return decoded;
+}
+
+// Whether most of the first bytes above ASCII look like characters of UTF-8: texts in other
+// charsets are told so without being read to their end.
+bool looksLikeUtf8(Bytes bytes) {
+  constexpr size_t kEnough = 64;
+  size_t good = 0;
+  size_t bad = 0;
+  for (size_t at = 0; at < bytes.size() && good + bad < kEnough;) {
+    const uint8_t lead = bytes[at];
+    const size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    const size_t end = std::min(at + std::max<size_t>(length, 1), bytes.size());
+    const bool isWhole =
+        length != 0 && std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(at + 1),
+                                   bytes.begin() + static_cast<std::ptrdiff_t>(end),
+                                   [](uint8_t byte) { return (byte & 0xC0) == 0x80; });
+    if (length != 1) ++(isWhole ? good : bad);
+    at = isWhole ? end : at + 1;
+  }
+  return good > bad;
 }
 
 // Of scripts that no model knows, characters stand together as well.
@@ -152,8 +177,10 @@ bool mayHaveUnits(const Evidence& evidence, const UnitForm& form) {
 }  // namespace
 
 void addUtf8Reading(const Evidence& evidence, Readings& readings) {
+  if (!looksLikeUtf8(evidence.lines)) return;
   const DecodedUtf8 decoded = decodeUtf8(evidence.lines, evidence.mayEndInside);
-  if (isTooDamaged(decoded.damages, evidence.lines.size() / 3)) return;
+  if (isTooDamaged(decoded.damages, evidence.lines.size()) || decoded.sequences < decoded.damages)
+    return;
   const LanguageCost best = bestLanguage(decoded.text, evidence.priors);
   Reading reading;
   reading.charset = reading.decodeAs = "UTF-8";

@@ -24,7 +24,7 @@ constexpr char kAsciiName[] = "ISO-646IRV";
 constexpr char kUtf8Name[] = "UTF-8";
 
 // What a name that a text declares itself is worth, and one in its file name.
-constexpr int64_t kDeclaredIsWorth = 24 * kBit;
+constexpr int64_t kDeclaredIsWorth = 40 * kBit;
 constexpr int64_t kFileNameIsWorth = 8 * kBit;
 constexpr int32_t kLanguageInFileNameIsWorth = 6 * kBit;
 

@@ -14,6 +14,8 @@ _UTF8 = _TEXT.encode()
 _ISO = "日本語の文です。\n".encode("iso2022_jp")
 # Long enough to be told by its bytes.
 _LETTER = "親譲りの無鉄砲で小供の時から損ばかりしている。\n" * 3
+_MENU = "café au lait, déjà vu\n".encode()
+_MENU_TWICE = _MENU.decode("cp1252").encode()
 
 
 def _closure(directory: Path, names) -> set[str]:
@@ -155,14 +157,29 @@ def _manifest_jobs(ksv: str, small: dict[str, bytes], env) -> list[Job]:
     ]
 
 
+def _judged(rooms: _Rooms) -> dict[str, bytes]:
+    """What the judge needs to tell texts in Japanese from others."""
+    return rooms.of("shift_jis", "windows31j", "euc-jp-ms", "utf-8", "utf-16", "iso-8859-1",
+                    "windows-1252", "iso-646irv")
+
+
 def _detecting_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
-    found = rooms.of("shift_jis", "windows31j", "euc-jp-ms", "utf-8", "utf-16", "iso-8859-1", "iso-646irv")
+    found = _judged(rooms)
     letter = {"a.txt": _LETTER.encode("cp932")}
     return [
         Job("convert-detected", [ksv, "convert", "-t", "utf8", "-o", "b.txt", "a.txt"],
             found | letter, env=env, out=b"", after={"b.txt": _LETTER.encode()}),
         Job("convert-detected-stdin", [ksv, "convert", "-t", "utf8"], found, env=env,
             stdin=letter["a.txt"], out=_LETTER.encode()),
+        Job("convert-mixed", [ksv, "convert", "-t", "utf8", "--mixed", "--in-place=.bak", "a.txt"],
+            found | {"a.txt": letter["a.txt"] + _LETTER.encode()}, env=env, out=b"",
+            operands=["a.txt"], in_place=True,
+            after={"a.txt": _LETTER.encode() * 2, "a.txt.bak": letter["a.txt"] + _LETTER.encode()}),
+        Job("convert-mixed-stdin", [ksv, "convert", "-t", "utf8", "--mixed"], found, env=env,
+            stdin=letter["a.txt"] + _LETTER.encode(), out=_LETTER.encode() * 2),
+        Job("convert-repair", [ksv, "convert", "-f", "utf8", "-t", "utf8", "--repair", "-o", "b.txt",
+                               "a.txt"], found | {"a.txt": _MENU_TWICE}, env=env, out=b"",
+            after={"b.txt": _MENU}),
         Job("convert-classic", [ksv, "convert", "--classic", "-t", "sjis"], found, env=env,
             stdin=_LETTER.encode(), out=letter["a.txt"]),
     ]
@@ -179,18 +196,35 @@ def _mail_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
     ]
 
 
+def _judging_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
+    texts = {"a.txt": _LETTER.encode("cp932"), "b.txt": _LETTER.encode(), "c.txt": b""}
+    names = sorted(texts)
+    found = _judged(rooms)
+    both = texts["a.txt"] + texts["b.txt"]
+    return [
+        Job("detect", [ksv, "detect", "a.txt"], found | texts, env=env, holds=b"\tShift_JIS\t"),
+        Job("detect-many", [ksv, "detect", "-j", "2", *names], found | texts, env=env,
+            operands=names, holds=b"\tUTF-8\t"),
+        Job("detect-json", [ksv, "detect", "--json", "--all", *names], found | texts, env=env,
+            operands=names, holds=b'"charset":"Shift_JIS"'),
+        Job("detect-stdin", [ksv, "detect"], found, env=env, stdin=texts["a.txt"],
+            holds=b"\tShift_JIS\t"),
+        Job("detect-segments", [ksv, "detect", "--segments", "a.txt"], found | {"a.txt": both},
+            env=env, holds=b"\tUTF-8\t"),
+        Job("detect-list", [ksv, "detect", "--files-from", "list"],
+            found | texts | {"list": b"a.txt\nb.txt\n"}, env=env, holds=b"b.txt\tUTF-8\t"),
+    ]
+
+
 def _telling_jobs(ksv: str, small: dict[str, bytes], env) -> list[Job]:
     texts = {"a.txt": _LETTER.encode("cp932"), "b.txt": _LETTER.encode(), "c.txt": b""}
     names = sorted(texts)
+    classic = [ksv, "detect", "--classic"]
     return [
-        Job("detect", [ksv, "detect", "a.txt"], texts, env=env, holds=b"\tShift_JIS"),
-        Job("detect-many", [ksv, "detect", "-j", "2", *names], texts, env=env, operands=names,
-            holds=b"\tUTF-8\t"),
-        Job("detect-json", [ksv, "detect", "--json", *names], texts, env=env, operands=names,
-            holds=b'"encodings":["Shift_JIS"'),
-        Job("detect-stdin", [ksv, "detect"], env=env, stdin=texts["a.txt"], holds=b"\tShift_JIS"),
-        Job("detect-list", [ksv, "detect", "--files-from", "list"],
-            texts | {"list": b"a.txt\nb.txt\n"}, env=env, holds=b"b.txt\tUTF-8\t"),
+        Job("detect-classic", [*classic, "a.txt"], texts, env=env, holds=b"\tShift_JIS"),
+        Job("detect-classic-many", [*classic, "-j", "2", "a.txt", "b.txt"], texts, env=env,
+            operands=["a.txt", "b.txt"], holds=b"\tUTF-8\t"),
+        Job("detect-classic-stdin", classic, env=env, stdin=texts["a.txt"], holds=b"\tShift_JIS"),
         Job("check", [ksv, "check", *names], texts, env=env, operands=names, holds=b"a.txt\t"),
         Job("cut", [ksv, "cut", "-c", "sjis", "-n", "3", "a.txt"], small | texts, env=env,
             out="親".encode("cp932")),
@@ -261,7 +295,8 @@ def command_jobs(command: Path, directory: Path) -> list[Job]:
                 linked=rooms.all(), env=env, out=_UTF8)
     jobs = [*_convert_jobs(ksv, small, env), *_choosing_jobs(ksv, small, env),
             *_manifest_jobs(ksv, small, env), *_detecting_jobs(ksv, rooms, env),
-            *_mail_jobs(ksv, rooms, env), *_telling_jobs(ksv, small, env),
+            *_mail_jobs(ksv, rooms, env), *_judging_jobs(ksv, rooms, env),
+            *_telling_jobs(ksv, small, env),
             *_directory_jobs(ksv, rooms, env), *_document_jobs(ksv, rooms, env),
             *_reading_mail_jobs(ksv, rooms, env), whole]
     for job in jobs:

@@ -67,7 +67,7 @@ class Command(Room):
             self.assertEqual(ended.out, b"")
 
     def test_a_temporary_file_that_cannot_be_removed_is_told(self):
-        ended = self.run_job(self.set_up("detect-stdin"), "-e", "inject=unlink:error=EROFS")
+        ended = self.run_job(self.set_up("detect-classic-stdin"), "-e", "inject=unlink:error=EROFS")
         left = [path.name for path in (self.room / "tmp").iterdir()]
         self.assertEqual(len(left), 1)
         self.assertEqual(ended.out, b"-\tShift_JIS,ChineseGBK\t-\tlf\t-\t0x68000500\n")

@@ -9,6 +9,12 @@ HOLDS(size_of_options, sizeof(ksv_options) == 80);
 HOLDS(place_of_invalid_text, offsetof(ksv_options, invalid_text) == 32);
 HOLDS(size_of_problem, sizeof(ksv_problem) == 32);
 HOLDS(size_of_counts, sizeof(ksv_counts) == 16);
+HOLDS(size_of_hints, sizeof(ksv_hints) == 40);
+HOLDS(size_of_guess, sizeof(ksv_guess) == 56);
+HOLDS(place_of_line_end, offsetof(ksv_guess, line_end) == 48);
+HOLDS(size_of_text_facts, sizeof(ksv_text_facts) == 24);
+HOLDS(size_of_segment, sizeof(ksv_segment) == 40);
+HOLDS(size_of_repair_counts, sizeof(ksv_repair_counts) == 48);
 
 int ksv_header_is_c99(void);
 int ksv_header_is_c99(void) {

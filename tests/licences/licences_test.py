@@ -80,8 +80,8 @@ class Licences(unittest.TestCase):
 
     def test_of_facts_is_the_one_of_facts(self):
         self.assertEqual(self.licence_of("charsets/facts/gbk.txt"), "CC0-1.0")
-        self.assertEqual(self.licence_of("cli/text/language_models.inc"), "CC0-1.0")
-        self.assertEqual(self.licence_of("cli/text/language_models.py"), "Apache-2.0")
+        self.assertEqual(self.licence_of("kit/judge/language_models.inc"), "CC0-1.0")
+        self.assertEqual(self.licence_of("kit/judge/generate_models.py"), "Apache-2.0")
         self.assertEqual(self.licence_of("CMakeLists.txt"), "Apache-2.0")
 
     def test_each_is_there_as_a_text_and_no_other(self):

@@ -81,7 +81,7 @@ TEST_F(MailCharsets, that_are_not_declared_or_not_valid_are_found_out) {
     EXPECT_EQ(part.at("text"), kSentence) << fields;
     EXPECT_EQ(part.at("charsetUsed"), "WINDOWS31J") << fields;
     EXPECT_EQ(part.at("charsetReason"),
-              "read as WINDOWS31J, which holds Shift_JIS: its bytes fit best");
+              "read as WINDOWS31J, which holds Shift_JIS: its characters are those of text in ja");
   }
 }
 
