@@ -33,6 +33,7 @@ from written_texts import (WRITTEN_IN, HeldTexts, Writing, charsets_of, encode, 
 LENGTHS = (8, 16, 40, 200, 2000, None)
 ALL_JUDGES = ("ksv", "uchardet", "ICU", "faust-cchardet", "chardet", "charset-normalizer")
 BOUNDS = [0.1 * i for i in range(10)] + [0.95, 0.99, 1]
+KINDS = ("pieces", "right", "exact", "none", "right_language")
 LONG = (2000, 10000, 100000)
 # What the web's standard has a decoder for.
 WEB = ("UTF-8 UTF-16LE UTF-16BE IBM866 KOI8-R KOI8-U macintosh x-mac-cyrillic windows-874 TIS-620 GBK "
@@ -63,7 +64,7 @@ class Cell:
         self.counts["right"] += right
         self.counts["exact"] += answer.names(charset)
         self.counts["none"] += not answer.name
-        self.counts["language"] += answer.language == language
+        self.counts["right_language"] += answer.language == language
         if answer.confidence is not None and answer.name:
             said = self.calibration.setdefault(bin_of(answer.confidence), [0, 0, 0.0])
             said[0] += 1
@@ -235,7 +236,7 @@ def print_languages(cells, names):
         print_table("Language, where the text is right or not: ksv",
                     ["per cent"] + [title(n) for n in LENGTHS],
                     [["right language"] + [shown(share(selected(cells, judge=["ksv"], length=[n]),
-                                                       "language")) for n in LENGTHS]])
+                                                       "right_language")) for n in LENGTHS]])
 
 
 def print_wrong(cells, judge, most):
@@ -249,12 +250,30 @@ def print_wrong(cells, judge, most):
 
 def as_json(cells, rows, versions, options):
     return {"versions": versions, "seed": options.seed, "count": options.count,
+            "slow": options.slow,
             "date": datetime.date.today().isoformat(),
             "cells": [{"language": language, "charset": charset, "length": length, "judge": judge,
                        **cell.counts,
                        "named_instead": Counter(str(w[0]) for w in cell.wrong).most_common(5)}
                       for (language, charset, length, judge), cell in cells.items()],
             "invariance": rows}
+
+
+def add_earlier(path, cells, rows, versions, options):
+    """The figures of judges that are not asked now, out of the JSON of an earlier run."""
+    earlier = json.loads(path.read_text())
+    if (earlier["seed"], earlier["count"], earlier["slow"]) != (options.seed, options.count,
+                                                               options.slow):
+        sys.exit(f"detection_judges.py: {path} is of other pieces")
+    asked = set(versions)
+    for figures in earlier["cells"]:
+        if figures["judge"] not in asked:
+            key = (figures["language"], figures["charset"], figures["length"], figures["judge"])
+            cell = cells[key] = Cell()
+            cell.counts.update({kind: figures.get(kind, 0) for kind in KINDS})
+    rows += [tuple(row) for row in earlier["invariance"] if row[1] not in asked]
+    versions.update({name: version for name, version in earlier["versions"].items()
+                     if name not in asked})
 
 
 def measure(options):
@@ -269,7 +288,7 @@ def measure(options):
 
 
 def print_tables(cells, rows, versions, options):
-    names = options.judges
+    names = [name for name in ALL_JUDGES if name in versions]
     print(f"{datetime.date.today()}, {platform.machine()}, "
           + ", ".join(f"{name} {version}" for name, version in versions.items())
           + f"; {options.count} pieces a cell, every {options.slow}th for chardet and "
@@ -298,6 +317,9 @@ def parsed():
     parser.add_argument("--slow", type=int, default=6, help="slow judges get every n-th piece")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--json", type=Path, help="where the figures go as JSON")
+    parser.add_argument("--earlier", type=Path,
+                        help="the JSON of an earlier run with the same pieces, for the judges that "
+                        "are not asked now")
     parser.add_argument("--wrong", type=int, default=0,
                         help="show so many wrong answers of ksv in each cell, on stderr")
     parser.add_argument("--processes", type=int, default=os.cpu_count())
@@ -310,6 +332,8 @@ def main():
     versions = {judge.name: judge.version()
                 for judge in judges(options.judges, options.work, options.library)}
     cells, rows = measure(options)
+    if options.earlier:
+        add_earlier(options.earlier, cells, rows, versions, options)
     print_tables(cells, rows, versions, options)
     if options.json:
         options.json.write_text(json.dumps(as_json(cells, rows, versions, options), indent=1))
