@@ -409,9 +409,7 @@ typedef struct ksv_text_facts {
   int32_t content;        /* a ksv_content */
   int32_t settled;        /* 1: more of the same text would not change the first guess */
   uint64_t bytes;         /* how many were looked at */
-  /* The text is UTF-8 that was taken for this charset and written as UTF-8 once more; null where it
-   * is not. The detection's. */
-  const char* misread_as;
+  const char* misread_as; /* UTF-8 was taken for this charset, and written so once more; or null */
 } ksv_text_facts;
 
 /* Finds out in which charset a text is written. hints may be null. *detection is the caller's:
@@ -474,8 +472,7 @@ typedef struct ksv_repair_counts {
   uint64_t ambiguous;  /* lines with more than one way back: left alone */
   uint64_t first_left; /* where the first line begins that was left alone; KSV_NO_OFFSET */
   uint64_t first_left_line; /* its number, from 1 on; 0 */
-  /* The charset that most of the lines were taken for; null: none was. The library's. */
-  const char* misread_as;
+  const char* misread_as; /* what the lines were taken for; null: none was. The library's */
 } ksv_repair_counts;
 
 /* Undoes what ksv_text_facts calls misread, line by line, where there is one way back. misread_as

@@ -155,14 +155,13 @@ def print_alphabet(language, script, texts):
     name = identifier(language)
     rows = pair_costs(alphabet, texts)
     print(f"\n// {language}, of {sum(map(len, texts)):,} characters.")
-    print(f"constexpr const char* {name}Costs[] = {{")
+    print(f"constexpr AlphabetFacts {name} = {{\n    {literal(alphabet.letters)},\n"
+          f"    {literal(map(capital_of, alphabet.letters))},")
     heads = ["space", "digit", "sign", "opening", "closing", "mark", "latin", "strange letter", "strange", "control"]
     for index, row in enumerate(rows):
         head = heads[index] if index < FIRST_LETTER else shown(alphabet.letters[index - FIRST_LETTER])
-        print(f'    "{"".join(DIGITS64[cost] for cost in row)}",  // {head}')
+        print(f'    "{"".join(DIGITS64[cost] for cost in row)}"  // {head}')
     print("};")
-    print(f"constexpr AlphabetFacts {name} = {{\n    {literal(alphabet.letters)},\n"
-          f"    {literal(map(capital_of, alphabet.letters))},\n    {name}Costs}};")
 
 
 def capital_of(letter):

@@ -12,8 +12,7 @@ namespace {
 struct AlphabetFacts {
   const char16_t* letters;   // small ones, ascending
   const char16_t* capitals;  // of each, or U+0001
-  const char* const*
-      costs;  // a line for each symbol: the cost of each behind it, a digit of base64
+  const char* costs;         // a row for each symbol: what each costs behind it, a digit of base64
 };
 
 // Characters, or pairs of them, of one cost.
@@ -258,7 +257,7 @@ struct ModelMaker {
     const size_t size = kFirstLetter + std::u16string_view(facts.letters).size();
     for (size_t before = 0; before < size; ++before)
       for (size_t symbol = 0; symbol < size; ++symbol) {
-        int32_t cost = costOfDigit(facts.costs[before][symbol]);
+        int32_t cost = costOfDigit(facts.costs[before * size + symbol]);
         if (symbol < kFirstLetter) cost += kWithinKind[symbol];
         model.pairs_[before * AlphabetModel::kSymbols + symbol] = static_cast<uint8_t>(cost);
       }
