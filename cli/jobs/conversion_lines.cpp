@@ -23,10 +23,6 @@ constexpr std::array<std::pair<ConversionOutcome, const char*>, 4> kOutcomes = {
      {ConversionOutcome::kUnchanged, "unchanged"},
      {ConversionOutcome::kSkipped, "skipped"}}};
 
-ordered_json textOrNull(const std::string& text) {
-  return text.empty() ? ordered_json() : ordered_json(text);
-}
-
 template <typename Number>
 ordered_json numberOrNull(const std::optional<Number>& number) {
   return number ? ordered_json(*number) : ordered_json();

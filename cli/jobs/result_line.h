@@ -27,6 +27,11 @@ inline nlohmann::ordered_json orNull(const char* text) {
   return text == nullptr ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
 }
 
+// Null in the place of an empty one.
+inline nlohmann::ordered_json textOrNull(const std::string& text) {
+  return text.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
+}
+
 // An object without members. A value that becomes one by its first member says so before it
 // has the memory, and does not outlive the want of it.
 nlohmann::ordered_json emptyRecord();

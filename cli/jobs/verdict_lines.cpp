@@ -56,10 +56,6 @@ ordered_json valueOrNull(const std::optional<Value>& value) {
   return value ? ordered_json(*value) : ordered_json();
 }
 
-ordered_json textOrNull(const std::string& text) {
-  return text.empty() ? ordered_json() : ordered_json(text);
-}
-
 void addGuess(ordered_json& line, const ksv::Guess& guess) {
   line["charset"] = guess.charset;
   line["decodeAs"] = valueOrNull(guess.decode_as);

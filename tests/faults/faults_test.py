@@ -21,7 +21,9 @@ from verdict import Expected, Job, judge, remove
 from walk import SKIPPED
 
 LIMIT = 20
-LONG_TEXT = "親譲りの無鉄砲で小供の時から損ばかりしている。\n".encode("cp932") * 100_000
+# What it begins with does not settle its charset.
+LONG_TEXT = (b"plain\n" * 1000 +
+             "親譲りの無鉄砲で小供の時から損ばかりしている。\n".encode("cp932") * 100_000)
 
 
 class Room(unittest.TestCase):
@@ -53,6 +55,12 @@ class Room(unittest.TestCase):
 class Command(Room):
     def test_a_text_that_cannot_be_read_has_no_charset(self):
         ended = self.run_job(self.set_up("detect"), "-P", "a.txt", "-e",
+                             "inject=read:error=EIO:when=1")
+        self.expect(ended, 1, "ksv: a.txt: Input/output error")
+        self.assertEqual(ended.out, b"")
+
+    def test_a_text_that_cannot_be_read_has_no_charset_by_the_library(self):
+        ended = self.run_job(self.set_up("detect-classic"), "-P", "a.txt", "-e",
                              "inject=read:error=EIO:when=1")
         self.expect(ended, 1, "ksv: a.txt: cannot be read: Input/output error")
         self.assertEqual(ended.out, b"")
