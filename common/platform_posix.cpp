@@ -7,7 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <fstream>
+#include <memory>
 #include <new>
 #include <system_error>
 
@@ -27,11 +27,18 @@ std::optional<std::string> resolved(const char* path) {
   return std::string(name);
 }
 
+struct CloseFile {
+  void operator()(FILE* file) const { std::fclose(file); }
+};
+
 // The file that is mapped at address, as the system has it.
 std::optional<std::string> mappedFile(uintptr_t address) {
-  std::ifstream maps("/proc/self/maps");
-  std::string line;
-  while (std::getline(maps, line)) {
+  constexpr size_t kLongestLine = 8192;  // a path has 4,096 bytes at most
+  const std::unique_ptr<FILE, CloseFile> maps(std::fopen("/proc/self/maps", "re"));
+  std::array<char, kLongestLine> read;
+  while (maps != nullptr && std::fgets(read.data(), read.size(), maps.get()) != nullptr) {
+    std::string line = read.data();
+    if (line.ends_with('\n')) line.pop_back();
     unsigned long begin = 0;
     unsigned long end = 0;
     if (std::sscanf(line.c_str(), "%lx-%lx", &begin, &end) != 2) continue;
