@@ -5,15 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "kit/convert/pipeline.h"
-#include "kit/convert/plan.h"
 #include "kit/judge/verdict.h"
 #include "kit/text/unicode_check.h"
 
 namespace ksv_kit::judge {
 namespace {
-
-constexpr char kUnits[] = "UTF-16LE";
 
 // Whether all pairs are rows and cells of a set of 94 by 94 in the upper half, up to this lead:
 // those that are not came with the supersets.
@@ -68,14 +64,6 @@ void confirmUtf8(Guess& guess, Bytes text) {
 }
 
 }  // namespace
-
-std::optional<uint64_t> firstInvalid(const char* charset, Bytes text) {
-  const Plan plan(charset, kUnits, nullptr);
-  Pipeline pipeline(plan.task());
-  pipeline.takeWhole(text.data(), text.size(), [](const ByteBuffer&) {});
-  if (!pipeline.problem()) return std::nullopt;
-  return pipeline.problem()->offset;
-}
 
 void confirm(Detection& detection, Bytes text, const TextFacts& facts) {
   detection.bytes = text.size();

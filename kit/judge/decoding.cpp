@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "kit/convert/pipeline.h"
 #include "kit/convert/plan.h"
 #include "kit/convert/whole_text.h"
 
@@ -138,6 +139,14 @@ bool isSound(const char* charset, Bytes text) {
 std::optional<Units> decodeInSteps(const char* charset, Bytes text) {
   const Plan* const plan = Decoders::all().plan(charset);
   return plan == nullptr ? std::nullopt : decodeBy(*plan, text);
+}
+
+std::optional<uint64_t> firstInvalid(const char* charset, Bytes text) {
+  const Plan plan(charset, kUnits, nullptr);
+  Pipeline pipeline(plan.task());
+  pipeline.takeWhole(text.data(), text.size(), [](const ByteBuffer&) {});
+  if (!pipeline.problem()) return std::nullopt;
+  return pipeline.problem()->offset;
 }
 
 std::optional<Units> decodeDamaged(const char* charset, Bytes text) {

@@ -39,7 +39,10 @@ std::optional<Units> decodeInSteps(const char* charset, Bytes text);
 // Whether the text is wholly of the charset; of long ones, too.
 bool isSound(const char* charset, Bytes text);
 
-// The same of a damaged text: U+FFFD stands for what is none.
+// The first byte that is no text in the charset; none when all of it is.
+std::optional<uint64_t> firstInvalid(const char* charset, Bytes text);
+
+// The characters of a damaged text: U+FFFD stands for what is none.
 std::optional<Units> decodeDamaged(const char* charset, Bytes text);
 
 // What each byte of a charset of single bytes is; kNoCharacter where it is none. Null when the

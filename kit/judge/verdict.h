@@ -1,9 +1,6 @@
 // The verdict on a text: what it may be, the likeliest first.
 #pragma once
 
-#include <cstdint>
-#include <optional>
-
 #include "kit/judge/detection.h"
 #include "kit/judge/reading.h"
 #include "kit/judge/text_sample.h"
@@ -16,9 +13,6 @@ Detection verdictOn(const TextSample& sample, const TextFacts& facts, const Hint
 
 // Whether the guess is so sure, and of so much text, that more of the same changes nothing.
 bool isSettledBy(const Detection& detection, const TextSample& sample, const TextFacts& facts);
-
-// The first byte that is no text in the charset; none when all of it is.
-std::optional<uint64_t> firstInvalid(const char* charset, Bytes text);
 
 // Looks at all of the text for the first guess: the narrowest charset, and what is no text in it.
 void confirm(Detection& detection, Bytes text, const TextFacts& facts);
