@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #include "kit/charsets/name_matching.h"
 
@@ -111,17 +112,20 @@ std::optional<std::string> inModeLine(std::string_view text) {
   return std::nullopt;
 }
 
-// Whether "cha", "cod" or "fen" is anywhere in the text, in any case; without branches, so that
+// Whether "char", "codi" or "fenc" is anywhere in the text, in any case; without branches, so that
 // it is done by vectors.
 bool maySayCharset(std::string_view text) {
-  unsigned found = 0;
-  for (size_t i = 0; i + 2 < text.size(); ++i) {
-    const int a = text[i] | 0x20;
-    const int b = text[i + 1] | 0x20;
-    const int c = text[i + 2] | 0x20;
-    found |= static_cast<unsigned>(((a == 'c') & (b == 'h') & (c == 'a')) |
-                                   ((a == 'c') & (b == 'o') & (c == 'd')) |
-                                   ((a == 'f') & (b == 'e') & (c == 'n')));
+  const auto lower = [&](size_t at) { return static_cast<uint8_t>(text[at] | 0x20); };
+  uint8_t found = 0;
+  for (size_t i = 0; i + 3 < text.size(); ++i) {
+    const uint8_t a = lower(i);
+    const uint8_t b = lower(i + 1);
+    const uint8_t c = lower(i + 2);
+    const uint8_t d = lower(i + 3);
+    const auto charset = static_cast<uint8_t>((a ^ 'c') | (b ^ 'h') | (c ^ 'a') | (d ^ 'r'));
+    const auto coding = static_cast<uint8_t>((a ^ 'c') | (b ^ 'o') | (c ^ 'd') | (d ^ 'i'));
+    const auto fenc = static_cast<uint8_t>((a ^ 'f') | (b ^ 'e') | (c ^ 'n') | (d ^ 'c'));
+    found = static_cast<uint8_t>(found | (charset == 0) | (coding == 0) | (fenc == 0));
   }
   return found != 0;
 }

@@ -141,6 +141,24 @@ std::optional<Units> decodeInSteps(const char* charset, Bytes text) {
   return plan == nullptr ? std::nullopt : decodeBy(*plan, text);
 }
 
+bool looksLikeUtf8(Bytes bytes) {
+  constexpr size_t kEnough = 64;
+  size_t good = 0;
+  size_t bad = 0;
+  for (size_t at = 0; at < bytes.size() && good + bad < kEnough;) {
+    const uint8_t lead = bytes[at];
+    const size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    const size_t end = std::min(at + std::max<size_t>(length, 1), bytes.size());
+    const bool isWhole =
+        length != 0 && std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(at + 1),
+                                   bytes.begin() + static_cast<std::ptrdiff_t>(end),
+                                   [](uint8_t byte) { return (byte & 0xC0) == 0x80; });
+    if (length != 1) ++(isWhole ? good : bad);
+    at = isWhole ? end : at + 1;
+  }
+  return good > bad;
+}
+
 std::optional<uint64_t> firstInvalid(const char* charset, Bytes text) {
   const Plan plan(charset, kUnits, nullptr);
   Pipeline pipeline(plan.task());

@@ -39,6 +39,10 @@ std::optional<Units> decodeInSteps(const char* charset, Bytes text);
 // Whether the text is wholly of the charset; of long ones, too.
 bool isSound(const char* charset, Bytes text);
 
+// Whether most of the first bytes above ASCII look like characters of UTF-8: texts in other
+// charsets are told so without being read to their end.
+bool looksLikeUtf8(Bytes bytes);
+
 // The first byte that is no text in the charset; none when all of it is.
 std::optional<uint64_t> firstInvalid(const char* charset, Bytes text);
 

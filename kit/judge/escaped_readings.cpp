@@ -46,6 +46,28 @@ const Designation* designationIn(std::string_view text) {
   return nullptr;
 }
 
+bool isBase64(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' ||
+         c == '/';
+}
+
+// RFC 2152: behind a plus sign there is a run of base64, of three digits at least for one unit, or
+// a hyphen. Programs and prose are told from that at their first sum.
+bool mayBeUtf7(std::string_view text) {
+  constexpr size_t kFewest = 3;
+  bool hasRun = false;
+  for (size_t at = 0; (at = text.find('+', at)) != std::string_view::npos;) {
+    const std::string_view run = text.substr(++at);
+    if (run.starts_with('-')) continue;
+    const auto end = std::find_if_not(run.begin(), run.end(), isBase64);
+    const auto length = static_cast<size_t>(end - run.begin());
+    if (length < kFewest) return false;
+    hasRun = true;
+    at += length;
+  }
+  return hasRun;
+}
+
 void addRuns(const char* charset, const Evidence& evidence, Readings& readings) {
   const auto text = decodeInSteps(charset, evidence.lines);
   if (!text) return;
@@ -77,7 +99,7 @@ void addEscapedReadings(const Evidence& evidence, Readings& readings) {
     return;
   }
   if (text.find("~{") != std::string_view::npos) addRuns("HZ-GB-2312", evidence, readings);
-  if (text.find('+') != std::string_view::npos) addRuns("UTF-7", evidence, readings);
+  if (mayBeUtf7(text)) addRuns("UTF-7", evidence, readings);
 }
 
 }  // namespace ksv_kit::judge

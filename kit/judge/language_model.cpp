@@ -237,7 +237,7 @@ struct ModelMaker {
     model.symbols_[(model.pageAt_[page] - 1u) * 256u + (character & 0xFF)] = symbol;
   }
 
-  // Pages of the letters, of Latin-1 and of the general punctuation.
+  // Pages of the letters, of Latin-1, of the general punctuation and of signs like a letter.
   static void setPages(AlphabetModel& model, Script script, const AlphabetFacts& facts) {
     const auto add = [&](size_t page) {
       if (page >= AlphabetModel::kPages || model.pageAt_[page] != 0) return;
@@ -247,6 +247,7 @@ struct ModelMaker {
     };
     add(0);
     add(0x20);
+    add(0x21);
     for (const char16_t letter : std::u16string_view(facts.letters)) add(letter >> 8);
     if (script == Script::kLatin)
       for (const size_t page : {1, 2}) add(page);
@@ -329,7 +330,7 @@ Language languageNamed(std::string_view name) {
 }
 
 uint8_t AlphabetModel::strangeSymbol(char32_t character) const {
-  return plainSymbol(Script::kLatin, character) == kStrangeLetter ? kStrangeLetter : kStrange;
+  return isLetterOf(Script::kLatin, character) ? kStrangeLetter : kStrange;
 }
 
 const AlphabetModel& AlphabetModel::of(Language language) {

@@ -65,7 +65,7 @@ class AlphabetModel {
 
   static constexpr size_t kSymbols = 64;
   static constexpr uint8_t kSymbolBits = 0x3F;
-  static constexpr size_t kPages = 0x21;
+  static constexpr size_t kPages = 0x22;
 
   uint8_t strangeSymbol(char32_t character) const;
 

@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string_view>
 
 #include "kit/convert/plan.h"
 #include "kit/judge/text_cost.h"
@@ -135,27 +136,18 @@ std::optional<std::string> undone(Bytes line, const std::string& charset) {
 
 // A line was written twice and lost something where the rest of it reads as UTF-8 on the way back.
 bool hasLost(Bytes line, const std::string& charset) {
-  std::string rest(reinterpret_cast<const char*>(line.data()), line.size());
+  std::string_view text(reinterpret_cast<const char*>(line.data()), line.size());
+  std::string rest;
   bool isMarked = false;
-  for (size_t at = 0; (at = rest.find(kReplacement, at)) != std::string::npos;) {
-    rest.erase(at, 3);
+  for (size_t at = 0; (at = text.find(kReplacement)) != std::string_view::npos;) {
+    rest += text.substr(0, at);
+    text.remove_prefix(at + std::size(kReplacement) - 1);
     isMarked = true;
   }
   if (!isMarked) return false;
+  rest += text;
   const std::optional<std::string> bytes = wayBack(charset).bytesOf(bytesIn(rest));
-  if (!bytes) return false;
-  size_t sound = 0;
-  size_t broken = 0;
-  for (Bytes left = bytesIn(*bytes); !left.empty();) {
-    const ScanResult found = scanUnicode(UnicodeForm::kUtf8, false, left.data(), left.size());
-    sound += static_cast<size_t>(
-        std::count_if(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(found.wellFormed),
-                      [](uint8_t byte) { return byte >= 0xC0; }));
-    if (found.end == ScanEnd::kAll) break;
-    ++broken;
-    left = left.subspan(found.wellFormed + found.badLength);
-  }
-  return sound > broken;
+  return bytes && looksLikeUtf8(bytesIn(*bytes));
 }
 
 // Calls the function with each line, its end included.

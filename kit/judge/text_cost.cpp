@@ -263,31 +263,29 @@ int64_t plainCost(std::span<const uint8_t> bytes) {
   return cost;
 }
 
-namespace {
-
-template <typename Text, typename Cost>
-int64_t costUnknown(const Text& text, Cost costOfHigh) {
+int64_t unknownCost(std::span<const char16_t> text) {
   int64_t cost = 0;
-  size_t changes = 0;
   bool wasHigh = false;
-  for (const auto one : text) {
-    const bool isHigh = one >= 0x80;
-    cost += isHigh ? costOfHigh(one) : 0;
-    changes += isHigh != wasHigh;
+  for (const char16_t c : text) {
+    const bool isHigh = c >= 0x80;
+    if (isHigh) cost += c < kFirstOfMany ? kUnknownCharacter : kUnknownOfMany;
+    if (isHigh != wasHigh) cost += kUnknownChange;
     wasHigh = isHigh;
   }
-  return cost + static_cast<int64_t>(changes) * kUnknownChange;
+  return cost;
 }
 
-}  // namespace
-
-int64_t unknownCost(std::span<const char16_t> text) {
-  return costUnknown(
-      text, [](char16_t c) { return c < kFirstOfMany ? kUnknownCharacter : kUnknownOfMany; });
-}
-
+// Without branches, so that it is done by vectors.
 int64_t unknownCost(std::span<const uint8_t> bytes) {
-  return costUnknown(bytes, [](uint8_t) { return kUnknownCharacter; });
+  if (bytes.empty()) return 0;
+  uint32_t high = bytes[0] >> 7;
+  uint32_t changes = high;
+  const uint8_t* const text = bytes.data();
+  for (size_t i = 1; i < bytes.size(); ++i) {
+    high += text[i] >> 7;
+    changes += static_cast<uint32_t>((text[i] ^ text[i - 1]) >> 7);
+  }
+  return high * int64_t{kUnknownCharacter} + changes * int64_t{kUnknownChange};
 }
 
 }  // namespace ksv_kit::judge

@@ -71,11 +71,15 @@ void TextSample::take(const uint8_t* bytes, size_t length) {
   }
 }
 
-// Whole lines that tell nothing, behind those that are taken anyway.
+// Whole lines that tell nothing: passed over, but for those that are taken anyway.
 size_t TextSample::skipPlain(const uint8_t* bytes, size_t length) {
-  if (lines_.size() < kAnyLines || pieceBeginsAnywhere_) return 0;
+  if (pieceBeginsAnywhere_ || endsAnywhere_) return 0;
   size_t plain = plainBlocks(bytes, length);
   while (plain != 0 && bytes[plain - 1] != '\n') --plain;
+  if (lines_.size() >= kAnyLines || plain == 0) return plain;
+  if (plain > kAnyLines - lines_.size()) return 0;
+  places_.push_back({lines_.size(), position_});
+  lines_.insert(lines_.end(), bytes, bytes + plain);
   return plain;
 }
 

@@ -68,26 +68,6 @@ DecodedUtf8 decodeUtf8(Bytes bytes, bool mayEndInside) {
   return decoded;
 }
 
-// Whether most of the first bytes above ASCII look like characters of UTF-8: texts in other
-// charsets are told so without being read to their end.
-bool looksLikeUtf8(Bytes bytes) {
-  constexpr size_t kEnough = 64;
-  size_t good = 0;
-  size_t bad = 0;
-  for (size_t at = 0; at < bytes.size() && good + bad < kEnough;) {
-    const uint8_t lead = bytes[at];
-    const size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    const size_t end = std::min(at + std::max<size_t>(length, 1), bytes.size());
-    const bool isWhole =
-        length != 0 && std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(at + 1),
-                                   bytes.begin() + static_cast<std::ptrdiff_t>(end),
-                                   [](uint8_t byte) { return (byte & 0xC0) == 0x80; });
-    if (length != 1) ++(isWhole ? good : bad);
-    at = isWhole ? end : at + 1;
-  }
-  return good > bad;
-}
-
 // Of scripts that no model knows, characters stand together as well.
 int64_t costOfUnknownScripts(std::span<const char16_t> text) {
   constexpr int64_t kSameScript = 6 * kBit;
@@ -177,7 +157,7 @@ bool mayHaveUnits(const Evidence& evidence, const UnitForm& form) {
 }  // namespace
 
 void addUtf8Reading(const Evidence& evidence, Readings& readings) {
-  if (!looksLikeUtf8(evidence.lines)) return;
+  if (!evidence.facts.isUtf8() && !looksLikeUtf8(evidence.lines)) return;
   const DecodedUtf8 decoded = decodeUtf8(evidence.lines, evidence.mayEndInside);
   if (isTooDamaged(decoded.damages, evidence.lines.size()) || decoded.sequences < decoded.damages)
     return;
