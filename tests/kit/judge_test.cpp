@@ -354,6 +354,21 @@ TEST(Judge, TellsWhereADamagedTextIsNone) {
   EXPECT_EQ(ksv_detection_guess(detection.get(), 0)->invalid_offset, 298u);
 }
 
+// Lines of ASCII are not kept; places behind them are those of the text all the same.
+TEST(Judge, TellsWhereADamagedTextIsNoneBehindLinesThatTellNothing) {
+  const std::string ascii = repeated("# a line of a program, with no sign of anything else\n", 300);
+  const std::string once = in("Shift_JIS", kJapaneseText);
+  std::string bytes = ascii + repeated(once, 2) + ascii + repeated(once, 2);
+  const size_t at = 2 * ascii.size() + 3 * once.size();
+  bytes[at] = '\x82';
+  bytes[at + 1] = '\x20';
+  for (const Detection& detection : {detect(bytes), detectInPieces(bytes, [] { return 5000; })}) {
+    const ksv_guess& guess = *ksv_detection_guess(detection.get(), 0);
+    EXPECT_STREQ(guess.decode_as, "WINDOWS31J");
+    EXPECT_EQ(guess.invalid_offset, at);
+  }
+}
+
 TEST(Judge, TakesABrokenCharacterAtTheEndForNoUtf8) {
   EXPECT_EQ(charsetOf("Datentr\xE4"), "ISO-8859-1");
   EXPECT_EQ(charsetOf("Le style utilis\xE9"), "ISO-8859-1");
@@ -582,6 +597,25 @@ TEST(Repair, CountsLinesThatLostBytesOnTheWay) {
   EXPECT_EQ(repaired.counts.lost, 1u);
   EXPECT_EQ(repaired.counts.first_left, 0u);
   EXPECT_EQ(repaired.counts.first_left_line, 1u);
+}
+
+// D0 9E in windows-1252 and D0 B8 in ISO-8859-15: two letters of Russian, one as likely as the
+// other.
+TEST(Repair, LeavesLinesAloneThatMayHaveBeenTwoThings) {
+  const std::string text = "\xC3\x90\xC5\xBE\n";
+  const Repaired left = repair(text);
+  EXPECT_EQ(left.text, text);
+  EXPECT_EQ(left.counts.ambiguous, 1u);
+  EXPECT_EQ(left.counts.repaired, 0u);
+  EXPECT_EQ(left.counts.first_left, 0u);
+  EXPECT_EQ(repair(text, "windows-1252").text, "\xD0\x9E\n");
+  EXPECT_EQ(repair(text, "ISO-8859-15").text, "\xD0\xB8\n");
+  // More of the text says which it was: "straße, müde".
+  EXPECT_EQ(repair("stra\xC3\x83\xC5\xB8"
+                   "e, m\xC3\x83\xC2\xBC"
+                   "de\n")
+                .text,
+            "straße, müde\n");
 }
 
 TEST(Repair, RefusesWhatIsNoUtf8AndWhatNamesNoCharset) {
