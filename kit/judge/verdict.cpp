@@ -197,13 +197,23 @@ class Verdict {
     if (facts_.hasNuls() && !readings_.empty() && leastCostIsText()) return sort();
     if (facts_.isAscii()) {
       addEscapedReadings(evidence_, readings_);
-      if (!facts_.hasNuls() && readings_.empty()) addUnitReadings(evidence_, readings_);
+      if (!facts_.hasNuls() && readings_.empty() && hasControlsOfNoText())
+        addUnitReadings(evidence_, readings_);
       if (readings_.empty() || !readings_.front().decodeAs.starts_with("CP5")) addAscii();
     } else {
       addOfBytes();
     }
     addDeclared();
     sort();
+  }
+
+  // Digits and capitals may be halves of kana, and never are: units of ASCII bytes are believed in
+  // only where there are bytes among them that stand in no text.
+  bool hasControlsOfNoText() const {
+    return std::any_of(head_.begin(), head_.end(), [](uint8_t byte) {
+      return byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r' && byte != '\f' &&
+             byte != 0x1B;
+    });
   }
 
   // Whether units are text, and not numbers that happen to be well-formed.
@@ -366,8 +376,6 @@ class Verdict {
 
   // Of what was looked at.
   uint64_t invalidOffsetOf(const Reading& reading) const {
-    if (reading.charset == kUtf8Name && reading.invalid != 0)
-      return facts_.isUtf8() ? facts_.size() - facts_.utf8Waiting() : facts_.utf8InvalidAt();
     if (reading.invalid == 0) return KSV_NO_OFFSET;
     const auto inLines = firstInvalid(reading.decodeAs.c_str(), lines_);
     return inLines ? sample_.placeOf(static_cast<size_t>(*inLines)) : KSV_NO_OFFSET;

@@ -202,6 +202,35 @@ TEST(Judge, LooksAtAllOfATextForWhatIsNoAscii) {
   EXPECT_EQ(charsetOf(ascii + in("ISO-2022-JP", kJapaneseText)), "ISO-2022-JP");
 }
 
+TEST(Judge, ReadsLongLinesInPiecesThatEndBetweenCharacters) {
+  std::string sentences = kJapaneseText;
+  sentences.back() = ' ';
+  for (const char* const charset : {"Shift_JIS", "EUC-JP", "ChineseGBK", "UTF-8"}) {
+    const std::string line = in(charset, repeated(sentences, 300));
+    ASSERT_EQ(line.find('\n'), std::string::npos);
+    const std::string pages = "x" + line + "\n" + line;  // each byte of a character at each cut
+    EXPECT_EQ(charsetOf(line), charset);
+    EXPECT_EQ(charsetOf(pages), charset);
+  }
+}
+
+TEST(Judge, IsAskedForTheLanguageOfAsciiInLongerTexts) {
+  const std::string text = repeated(
+      "All human beings are born free and equal in dignity and rights.\n"
+      "They are endowed with reason and conscience.\n",
+      40);
+  EXPECT_EQ(firstOf(detect(text)), "ISO-646IRV, UTF-8, en");
+}
+
+// One letter of another script between blanks is a sign of this one.
+TEST(Judge, TakesSignsAmongLatinLettersForNoLettersOfAnotherScript) {
+  EXPECT_EQ(charsetOf("\xABMetatu\xBB moduan ez dagoenean, \xABGehitu\xBB\n"), "ISO-8859-1");
+  EXPECT_EQ(charsetOf("Once a key has been pressed \x97 and only then \x97 it starts.\n"),
+            "windows-1252");
+  EXPECT_EQ(charsetOf("He said \x93no\x94, and didn\x92t come; \x93why\x94, she said.\n"),
+            "windows-1252");
+}
+
 TEST(Judge, KnowsEscapedCharsetsByTheirEscapesAlsoWhereNobodyCanReadThem) {
   EXPECT_EQ(firstOf(detect("\x1B$B;3O)\x1B(B")), "ISO-2022-JP, CP50220, ja");
   EXPECT_EQ(firstOf(detect("\x1B$(O;3O)\x1B(B")), "ISO-2022-JP-2004, ISO-2022-JP-2004, ja");
@@ -254,6 +283,11 @@ TEST(Judge, FindsUnitsWithoutMarkOrNul) {
   // Letters of ASCII that look like units.
   EXPECT_EQ(charsetOf("Bush hid the facts"), "ISO-646IRV");
   EXPECT_EQ(charsetOf("d41d8cd98f00b204e9800998ecf8427e"), "ISO-646IRV");
+  // Halves of hiragana, when the zeros come first.
+  EXPECT_EQ(charsetOf("0D0F0B0G0D0J0K0D"), "ISO-646IRV");
+  EXPECT_EQ(charsetOf("0D0A0D0A0C0A0D0A"), "ISO-646IRV");
+  // "Thai", whose second bytes are the control code SO.
+  EXPECT_EQ(charsetOf("\x44\x0E\x17\x0E\x22\x0E\x44\x0E\x17\x0E\x22\x0E"), "UTF-16LE");
 }
 
 TEST(Judge, TakesBytesBetweenNulsForNoUnits) {
@@ -413,6 +447,24 @@ TEST(Judge, IsSettledAfterSomeKilobytesAndNotByAscii) {
   EXPECT_EQ(settled, 0);
 }
 
+TEST(Judge, IsNotSettledWhereItIsNotSure) {
+  std::mt19937 random(17);
+  for (int i = 0; i < 60; ++i) {
+    std::string text;
+    while (text.size() < 9000) {
+      text += static_cast<char>(0xA1 + random() % 94);
+      if (random() % (3 + static_cast<unsigned>(i) % 9) == 0) text += "word ";
+    }
+    const Detector fed = detector();
+    int settled = 0;
+    ASSERT_EQ(ksv_detector_feed(fed.get(), text.data(), text.size(), &settled, nullptr), KSV_OK);
+    const Detection detection = verdict(fed, false);
+    const ksv_guess* const guess = ksv_detection_guess(detection.get(), 0);
+    const bool isSure = guess == nullptr || guess->confidence >= 0.999;
+    EXPECT_LE(settled, isSure ? 1 : 0);
+  }
+}
+
 TEST(Judge, StaysWithItsGuessWhenMoreOfTheTextFollows) {
   for (const WrittenText& written : kWrittenTexts)
     for (const std::string& charset : words(written.charsets)) {
@@ -515,6 +567,18 @@ TEST(Segments, AreOneForATextInOneCharset) {
     }
   EXPECT_EQ(partsOf(""), std::vector<Part>());
   EXPECT_EQ(partsOf("ascii\n"), (std::vector<Part>{{0, 6, "ISO-646IRV"}}));
+}
+
+// A word says less than a line, and what follows it is in the same charset.
+TEST(Segments, AreOneForListsOfWords) {
+  for (const char* const charset : {"windows-1251", "KOI8-R", "IBM866", "ISO-8859-5"}) {
+    std::string list = in(charset, kWrittenTexts[11].utf8);
+    std::replace(list.begin(), list.end(), ' ', '\n');
+    EXPECT_EQ(partsOf(list), (std::vector<Part>{{0, list.size(), charset}}));
+  }
+  std::string polish = in("ISO-8859-2", kWrittenTexts[6].utf8);
+  std::replace(polish.begin(), polish.end(), ' ', '\n');
+  EXPECT_EQ(partsOf(polish), (std::vector<Part>{{0, polish.size(), "ISO-8859-2"}}));
 }
 
 TEST(Segments, HoldTheWholeTextWhateverItIs) {
