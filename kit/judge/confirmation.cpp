@@ -70,6 +70,7 @@ void confirm(Detection& detection, Bytes text, const TextFacts& facts) {
   if (detection.guesses.empty()) return;
   Guess& guess = detection.guesses.front();
   if (guess.decodeAs.empty()) return;
+  guess.invalidOffset = KSV_NO_OFFSET;
   if (guess.decodeAs == "UTF-8") {
     if (facts.size() != text.size() || !facts.isUtf8() || facts.utf8Waiting() != 0)
       confirmUtf8(guess, text);

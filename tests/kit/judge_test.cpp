@@ -209,8 +209,11 @@ TEST(Judge, ReadsLongLinesInPiecesThatEndBetweenCharacters) {
     const std::string line = in(charset, repeated(sentences, 300));
     ASSERT_EQ(line.find('\n'), std::string::npos);
     const std::string pages = "x" + line + "\n" + line;  // each byte of a character at each cut
-    EXPECT_EQ(charsetOf(line), charset);
-    EXPECT_EQ(charsetOf(pages), charset);
+    for (const std::string& text : {line, pages}) {
+      EXPECT_EQ(charsetOf(text), charset);
+      const Detection detection = detectInPieces(text, [] { return 1 << 20; });
+      EXPECT_EQ(ksv_detection_guess(detection.get(), 0)->invalid_offset, KSV_NO_OFFSET) << charset;
+    }
   }
 }
 
@@ -220,6 +223,9 @@ TEST(Judge, IsAskedForTheLanguageOfAsciiInLongerTexts) {
       "They are endowed with reason and conscience.\n",
       40);
   EXPECT_EQ(firstOf(detect(text)), "ISO-646IRV, UTF-8, en");
+  // The beginning is asked.
+  EXPECT_EQ(firstOf(detect(text + repeated("Alle Menschen sind frei und gleich geboren.\n", 200))),
+            "ISO-646IRV, UTF-8, en");
 }
 
 // One letter of another script between blanks is a sign of this one.
@@ -343,6 +349,7 @@ TEST(Judge, FollowsWhatATextDeclaresWhereItsBytesAllowIt) {
         "# -*- coding: shift_jis-unix -*-\n", "/* vim: set fileencoding=shift_jis : */\n"})
     EXPECT_EQ(charsetOf(declaration + a), "Shift_JIS") << declaration;
   EXPECT_NE(charsetOf("<p>Shift_JIS</p>" + a), "Shift_JIS");
+  EXPECT_NE(charsetOf("it said content-type: text/plain; charset=shift_jis\n" + a), "Shift_JIS");
   EXPECT_EQ(charsetOf("<meta charset=shift_jis>" + std::string(kJapaneseText)), "UTF-8");
 }
 
@@ -393,7 +400,7 @@ TEST(Judge, TellsWhereADamagedTextIsNoneBehindLinesThatTellNothing) {
   const std::string ascii = repeated("# a line of a program, with no sign of anything else\n", 300);
   const std::string once = in("Shift_JIS", kJapaneseText);
   std::string bytes = ascii + repeated(once, 2) + ascii + repeated(once, 2);
-  const size_t at = 2 * ascii.size() + 3 * once.size();
+  const size_t at = 2 * ascii.size() + 3 * once.size() + 10;
   bytes[at] = '\x82';
   bytes[at + 1] = '\x20';
   for (const Detection& detection : {detect(bytes), detectInPieces(bytes, [] { return 5000; })}) {
