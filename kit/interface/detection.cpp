@@ -1,4 +1,5 @@
 // Detection, segments and repair.
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -9,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "common/platform.h"
+#include "common/stream.h"
 #include "kit/engine.h"
 #include "kit/interface/errors.h"
 #include "kit/judge/detector.h"
@@ -16,7 +19,6 @@
 #include "kit/judge/segments.h"
 #include "kit/text/unicode_check.h"
 #include "ksv.h"
-#include "ksv_file.h"
 
 using ksv_kit::judge::Bytes;
 using ksv_kit::judge::Hints;
@@ -118,20 +120,16 @@ ksv_segment segmentOf(const judge::Segment& found) {
   return segment;
 }
 
-struct ClosedFile {
-  void operator()(FILE* file) const { KSV_FileClose(file); }
-};
-
 // As much of the file as settles it. False: it cannot be read.
 bool takeFile(const char* path, judge::Detector& detector) {
-  const std::unique_ptr<FILE, ClosedFile> file(KSV_FileOpen(path, "rb"));
+  const ksv::Stream file(ksv::platform::openFile(path, "rb"));
   if (file == nullptr) return false;
-  constexpr int32_t kBlock = 64 * 1024;
+  constexpr size_t kBlock = 64 * 1024;
   std::vector<uint8_t> block(kBlock);
   while (!detector.isSettled()) {
-    const int32_t count = KSV_FileRead(block.data(), 1, kBlock, file.get());
-    if (count > 0) detector.take(block.data(), static_cast<size_t>(count));
-    if (count < kBlock) return std::ferror(file.get()) == 0;
+    const size_t count = std::fread(block.data(), 1, block.size(), file.get());
+    detector.take(block.data(), count);
+    if (count < block.size()) return std::ferror(file.get()) == 0;
   }
   return true;
 }
