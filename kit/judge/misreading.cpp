@@ -77,6 +77,7 @@ class WayBack {
       }
       if (lead >= 0xF0) return std::nullopt;
       const size_t length = lead < 0xE0 ? 2 : 3;
+      if (line.size() - at < length) return std::nullopt;
       uint32_t character = lead & (length == 2 ? 0x1Fu : 0x0Fu);
       for (size_t i = 1; i < length; ++i) character = character << 6 | (line[at + i] & 0x3Fu);
       const auto found = codes_.find(static_cast<char16_t>(character));
@@ -214,6 +215,9 @@ const std::vector<const WayBack*>& allWays() {
 std::string misreadingOf(Bytes lines) {
   constexpr size_t kMostLines = 200;
   std::vector<Bytes> high;
+  // A text that is not complete may end inside a character.
+  lines =
+      lines.first(scanUnicode(UnicodeForm::kUtf8, false, lines.data(), lines.size()).wellFormed);
   eachLine(lines, [&](Bytes line) {
     if (!isAsciiOnly(line) && high.size() < kMostLines) high.push_back(line);
   });

@@ -418,6 +418,12 @@ TEST(Judge, TakesABrokenCharacterAtTheEndForNoUtf8) {
   ASSERT_EQ(ksv_detector_feed(fed.get(), "\xE5\xB1\xB1\xE8\xB7\xAF\xE3", 7, nullptr, nullptr),
             KSV_OK);
   EXPECT_EQ(charsetOf(verdict(fed, false)), "UTF-8");
+  // Also where nothing else is above ASCII.
+  for (const std::string text : {"abc\xC3\xA9 \xC3", "\xE3\x81", "\xC3\x83\xC2", "a\n\xF0\x9F"}) {
+    const Detector other = detector();
+    ASSERT_EQ(ksv_detector_feed(other.get(), text.data(), text.size(), nullptr, nullptr), KSV_OK);
+    EXPECT_EQ(charsetOf(verdict(other, false)), "UTF-8");
+  }
 }
 
 // ---- Streams ----
