@@ -250,7 +250,7 @@ struct ModelMaker {
     add(0x21);
     for (const char16_t letter : std::u16string_view(facts.letters)) add(letter >> 8);
     if (script == Script::kLatin)
-      for (const size_t page : {1, 2}) add(page);
+      for (const size_t page : {size_t{1}, size_t{2}}) add(page);
     for (const char16_t letter : std::u16string_view(facts.capitals)) add(letter >> 8);
   }
 
