@@ -687,7 +687,7 @@ TEST(Repair, LeavesLinesAloneThatMayHaveBeenTwoThings) {
   EXPECT_EQ(left.counts.first_left, 0u);
   EXPECT_EQ(repair(text, "windows-1252").text, "\xD0\x9E\n");
   EXPECT_EQ(repair(text, "ISO-8859-15").text, "\xD0\xB8\n");
-  // More of the text says which it was: "straße, müde".
+  // A longer line shows which it was: "straße, müde".
   EXPECT_EQ(repair("stra\xC3\x83\xC5\xB8"
                    "e, m\xC3\x83\xC2\xBC"
                    "de\n")
