@@ -47,7 +47,8 @@ std::string lineOf(const std::string& path, const ksv::Detection& detection,
   return textLine(fields);
 }
 
-// More digits than four say nothing. Without the library of mathematics, which every start of the command would load.
+// More digits than four say nothing. Without the library of mathematics, which every start of the
+// command would load.
 double told(double confidence) {
   return static_cast<double>(static_cast<int>(confidence * 1e4 + 0.5)) / 1e4;
 }

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "cli/system/failure.h"
-#include "cli/text/text_declaration.h"
 #include "cli/text/text_verdict.h"
 #include "cli/text/valid_text.h"
+#include "kit/judge/declared_charset.h"
 
 namespace ksv_cli {
 
@@ -187,7 +187,8 @@ CharsetJudge::Answer CharsetJudge::answerFor(RereadableText& text) const {
 
 // Where its bytes say too little, a text is what it declares, if all of it is valid so.
 std::optional<ChosenSource> CharsetJudge::declaredSource(RereadableText& text) const {
-  const std::optional<std::string> name = declaredCharset(asText(text.beginning()));
+  const std::optional<std::string> name =
+      ksv_kit::judge::declaredInMarkup(asText(text.beginning()));
   if (!name) return std::nullopt;
   const std::optional<CharsetChoice> charset = names_.findSource(*name);
   if (!charset || !canDeclareItself(*charset)) return std::nullopt;

@@ -16,13 +16,18 @@ size_t skipBlanks(std::string_view text, size_t at) {
   return std::min(text.find_first_not_of(kBlanks, at), text.size());
 }
 
-std::string wordAt(std::string_view text, size_t at) {
-  const size_t end = std::min(text.find_first_of(" \t\r\n\f;>\"'/\\,", at), text.size());
+// What ends a word in markup; and in headers, of which translations write the line end as "\n".
+constexpr std::string_view kEndsInMarkup = " \t\r\n\f;>\"'/";
+constexpr std::string_view kEndsInHeaders = " \t\r\n\f;>\"'/\\,";
+
+std::string wordAt(std::string_view text, size_t at, std::string_view ends) {
+  const size_t end = std::min(text.find_first_of(ends, at), text.size());
   return std::string(text.substr(at, end - at));
 }
 
-// The value that stands behind "NAME =", in quotes or, if it may, as a word.
-std::optional<std::string> valueBehind(std::string_view text, size_t at, bool mayBeWord) {
+// The value that stands behind "NAME =", in quotes or, if anything ends one, as a word.
+std::optional<std::string> valueBehind(std::string_view text, size_t at,
+                                       std::string_view endsOfWord) {
   at = skipBlanks(text, at);
   if (at == text.size() || text[at] != '=') return std::nullopt;
   at = skipBlanks(text, at + 1);
@@ -32,14 +37,14 @@ std::optional<std::string> valueBehind(std::string_view text, size_t at, bool ma
     if (end == kNone) return std::nullopt;
     return std::string(text.substr(at + 1, end - at - 1));
   }
-  if (!mayBeWord) return std::nullopt;
-  return wordAt(text, at);
+  if (endsOfWord.empty()) return std::nullopt;
+  return wordAt(text, at, endsOfWord);
 }
 
-std::optional<std::string> charsetIn(std::string_view text) {
+std::optional<std::string> charsetIn(std::string_view text, std::string_view endsOfWord) {
   constexpr std::string_view kName = "charset";
   for (size_t at = 0; (at = text.find(kName, at)) != kNone; at += kName.size()) {
-    std::optional<std::string> value = valueBehind(text, at + kName.size(), true);
+    std::optional<std::string> value = valueBehind(text, at + kName.size(), endsOfWord);
     if (value && !value->empty()) return value;
   }
   return std::nullopt;
@@ -53,11 +58,11 @@ std::optional<std::string> inXml(std::string_view text) {
   constexpr std::string_view kName = "encoding";
   const size_t at = declaration.find(kName);
   if (at == kNone) return std::nullopt;
-  return valueBehind(declaration, at + kName.size(), false);
+  return valueBehind(declaration, at + kName.size(), {});
 }
 
 // Comments are passed over: what stands in them is not meant.
-std::optional<std::string> inHtml(std::string_view text) {
+std::optional<std::string> inHtml(std::string_view text, std::string_view endsOfWord) {
   for (size_t at = 0; (at = text.find('<', at)) != kNone; ++at) {
     const std::string_view rest = text.substr(at);
     if (rest.starts_with("<!--")) {
@@ -66,7 +71,7 @@ std::optional<std::string> inHtml(std::string_view text) {
     } else if (rest.starts_with("<meta") && skipBlanks(rest, 5) != 5) {
       const size_t end = rest.find('>');
       if (end == kNone) return std::nullopt;
-      if (auto charset = charsetIn(rest.substr(0, end))) return charset;
+      if (auto charset = charsetIn(rest.substr(0, end), endsOfWord)) return charset;
     }
   }
   return std::nullopt;
@@ -88,7 +93,7 @@ std::optional<std::string> inHeader(std::string_view text) {
   for (size_t at = 0; (at = text.find(kField, at)) != kNone; at += kField.size()) {
     const bool beginsLine = at == 0 || text[at - 1] == '\n' || text[at - 1] == '"';
     if (!beginsLine) continue;
-    if (auto charset = charsetIn(text.substr(at, kLongest))) return charset;
+    if (auto charset = charsetIn(text.substr(at, kLongest), kEndsInHeaders)) return charset;
   }
   return std::nullopt;
 }
@@ -104,7 +109,7 @@ std::optional<std::string> inModeLine(std::string_view text) {
     size_t behind = skipBlanks(lines, at + word.size());
     if (behind == lines.size() || (lines[behind] != ':' && lines[behind] != '=')) continue;
     behind = skipBlanks(lines, behind + 1);
-    std::string name = wordAt(lines, behind);
+    std::string name = wordAt(lines, behind, kEndsInHeaders);
     for (const std::string_view lineEnd : {"-unix", "-dos", "-mac"})
       if (name.ends_with(lineEnd)) name.resize(name.size() - lineEnd.size());
     if (!name.empty()) return name;
@@ -138,9 +143,15 @@ std::optional<DeclaredCharset> declaredCharset(std::string_view beginning) {
   if (auto name = inXml(text)) return DeclaredCharset{*name, "an XML declaration"};
   if (auto name = inStyleSheet(text)) return DeclaredCharset{*name, "an @charset"};
   if (auto name = inModeLine(text)) return DeclaredCharset{*name, "a mode line"};
-  if (auto name = inHtml(text)) return DeclaredCharset{*name, "a meta element"};
+  if (auto name = inHtml(text, kEndsInHeaders)) return DeclaredCharset{*name, "a meta element"};
   if (auto name = inHeader(text)) return DeclaredCharset{*name, "a header"};
   return std::nullopt;
+}
+
+std::optional<std::string> declaredInMarkup(std::string_view beginning) {
+  const std::string text = lowered(beginning);
+  std::optional<std::string> name = inXml(text);
+  return name ? name : inHtml(text, kEndsInMarkup);
 }
 
 std::vector<std::string> wordsOfFileName(std::string_view path) {

@@ -17,6 +17,11 @@ struct DeclaredCharset {
 // translation, a mode line of an editor. beginning: in bytes that are ASCII's where they look so.
 std::optional<DeclaredCharset> declaredCharset(std::string_view beginning);
 
+// The same by an XML declaration that the text begins with, or else by the first meta element of
+// HTML that names a charset: what a text declares itself, and no header or editor. Behind the
+// beginning nobody looks for one.
+std::optional<std::string> declaredInMarkup(std::string_view beginning);
+
 // The charset and the language that a file's name may say: "ru.koi8-r.po".
 std::vector<std::string> wordsOfFileName(std::string_view path);
 

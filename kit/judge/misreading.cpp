@@ -1,7 +1,6 @@
 #include "kit/judge/misreading.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <iterator>
 #include <map>
@@ -129,14 +128,14 @@ bool isUtf8Text(const std::string& text) {
 }
 
 // The line as it was; none when it was not taken for the charset.
-std::optional<std::string> undone(Bytes line, const std::string& charset) {
-  std::optional<std::string> bytes = wayBack(charset).bytesOf(line);
+std::optional<std::string> undone(Bytes line, const WayBack& way) {
+  std::optional<std::string> bytes = way.bytesOf(line);
   if (!bytes || !isUtf8Text(*bytes)) return std::nullopt;
   return bytes;
 }
 
 // A line was written twice and lost something where the rest of it reads as UTF-8 on the way back.
-bool hasLost(Bytes line, const std::string& charset) {
+bool hasLost(Bytes line, const WayBack& way) {
   std::string_view text(reinterpret_cast<const char*>(line.data()), line.size());
   std::string rest;
   bool isMarked = false;
@@ -147,7 +146,7 @@ bool hasLost(Bytes line, const std::string& charset) {
   }
   if (!isMarked) return false;
   rest += text;
-  const std::optional<std::string> bytes = wayBack(charset).bytesOf(bytesIn(rest));
+  const std::optional<std::string> bytes = way.bytesOf(bytesIn(rest));
   return bytes && looksLikeUtf8(bytesIn(*bytes));
 }
 
@@ -168,7 +167,7 @@ void eachLine(Bytes text, Take take) {
 // A line that lost bytes may be all that there is of what was written twice.
 bool hasLostWith(Bytes line, const WayBack* way) {
   if (isAsciiOnly(line)) return false;
-  return hasLost(line, way == nullptr ? kTakenFor[0] : way->charset());
+  return hasLost(line, way == nullptr ? wayBack(kTakenFor[0]) : *way);
 }
 
 // What a way back has to be better than another one by.
@@ -223,19 +222,19 @@ std::string misreadingOf(Bytes lines) {
   });
   for (const WayBack* const way : allWays()) {
     if (high.empty() || !mayBegin(high.front(), *way)) continue;
-    const std::string& charset = way->charset();
     std::string undoneText;
     std::string asItIs;
     size_t count = 0;
     for (size_t i = 0; i < high.size(); ++i) {
       if (count + high.size() / 4 + 1 < i) break;
-      const std::optional<std::string> text = undone(high[i], charset);
+      const std::optional<std::string> text = undone(high[i], *way);
       if (!text) continue;
       ++count;
       undoneText += *text;
       asItIs.append(high[i].begin(), high[i].end());
     }
-    if (count * 4 >= high.size() * 3 && count != 0 && isCheaper(undoneText, asItIs)) return charset;
+    if (count * 4 >= high.size() * 3 && count != 0 && isCheaper(undoneText, asItIs))
+      return way->charset();
   }
   return {};
 }
@@ -258,7 +257,7 @@ std::vector<Vote> votesOf(Bytes text) {
     if (isAsciiOnly(line)) return;
     for (Vote& vote : votes) {
       if (!mayBegin(line, *vote.way)) continue;
-      const std::optional<std::string> undoneLine = undone(line, vote.way->charset());
+      const std::optional<std::string> undoneLine = undone(line, *vote.way);
       if (!undoneLine) continue;
       ++vote.lines;
       if (vote.undoneText.size() < kEnoughText) vote.undoneText += *undoneLine;
@@ -306,7 +305,7 @@ std::string repaired(Bytes text, const std::string& misreadAs, RepairCounts& cou
     ++number;
     const auto offset = static_cast<uint64_t>(line.data() - text.data());
     const bool isWritten = !isAsciiOnly(line) && way != nullptr;
-    const std::optional<std::string> back = isWritten ? undone(line, way->charset()) : std::nullopt;
+    const std::optional<std::string> back = isWritten ? undone(line, *way) : std::nullopt;
     if (back && !isAmbiguous) {
       ++counts.repaired;
       output += *back;

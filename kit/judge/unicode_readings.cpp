@@ -1,6 +1,5 @@
 // The forms of Unicode.
 #include <algorithm>
-#include <bit>
 #include <iterator>
 
 #include "kit/judge/reading.h"

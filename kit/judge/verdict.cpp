@@ -1,20 +1,16 @@
 #include "kit/judge/verdict.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "kit/charsets/name_matching.h"
-#include "kit/convert/plan.h"
 #include "kit/engine.h"
 #include "kit/judge/binary_content.h"
 #include "kit/judge/confidence.h"
 #include "kit/judge/declared_charset.h"
 #include "kit/judge/misreading.h"
-#include "kit/text/formatted.h"
-#include "kit/text/unicode_check.h"
 
 namespace ksv_kit::judge {
 namespace {
@@ -128,6 +124,7 @@ class Verdict {
         hints_(hints),
         isUtf8_(facts.isUtf8() && (!isWhole || facts.utf8Waiting() == 0)),
         highBytes_(facts.isAscii() ? 0 : countHigh(lines_)),
+        unknownCost_(facts.isAscii() ? kNoLimit : unknownCost(lines_)),
         evidence_{head_,
                   lines_,
                   sample.endsAnywhere() || !isWhole,
@@ -251,7 +248,7 @@ class Verdict {
 
   void addOfBytes() {
     addUtf8Reading(evidence_, readings_);
-    const bool isSurelyUtf8 = !readings_.empty() && isUtf8_ && highBytes() >= kManyHigh;
+    const bool isSurelyUtf8 = !readings_.empty() && isUtf8_ && highBytes_ >= kManyHigh;
     if (!isSurelyUtf8) {
       addCharsetReadings();
       if (!facts_.hasNuls()) addUnitReadings(evidence_, readings_);
@@ -275,20 +272,16 @@ class Verdict {
 
   // Text in an alphabet costs more than this for a byte, when its bytes are single.
   bool isPlainlyOfPairs() const {
-    const size_t high = highBytes();
-    if (high < kManyPairs) return false;
+    if (highBytes_ < kManyPairs) return false;
     return std::any_of(readings_.begin(), readings_.end(), [&](const Reading& reading) {
       return reading.charset != kUtf8Name &&
-             reading.cost * 2 < static_cast<int64_t>(high) * kPlainlyOfPairs;
+             reading.cost * 2 < static_cast<int64_t>(highBytes_) * kPlainlyOfPairs;
     });
   }
 
-  size_t highBytes() const { return highBytes_; }
-
   bool isImplausible() const {
-    const int64_t unknown = unknownCost(lines_);
     return std::none_of(readings_.begin(), readings_.end(),
-                        [&](const Reading& reading) { return reading.cost < unknown; });
+                        [&](const Reading& reading) { return reading.cost < unknownCost_; });
   }
 
   // What is declared and does not come by itself: other charsets that the library can read.
@@ -357,8 +350,7 @@ class Verdict {
 
   std::vector<double> confidences_() const {
     if (isSure_) return {kSure};
-    const bool mayBeUnknown = !facts_.isAscii() && !facts_.hasNuls();
-    return confidencesOf(readings_, highBytes(), mayBeUnknown ? unknownCost(lines_) : kNoLimit);
+    return confidencesOf(readings_, highBytes_, facts_.hasNuls() ? kNoLimit : unknownCost_);
   }
 
   Guess guessOf(const Reading& reading, double confidence) const {
@@ -413,6 +405,7 @@ class Verdict {
   const Hints& hints_;
   const bool isUtf8_;
   const size_t highBytes_;
+  const int64_t unknownCost_;  // of the lines, in a charset that nobody knows
   LanguagePriors priors_;
   const Evidence evidence_;
   Declared declared_;

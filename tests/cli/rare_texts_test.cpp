@@ -14,10 +14,10 @@
 #include "cli/system/streams.h"
 #include "cli/text/charset_judge.h"
 #include "cli/text/detection.h"
-#include "cli/text/text_declaration.h"
 #include "command.h"
 #include "in_process.h"
 #include "kit/charsets/name_matching.h"
+#include "kit/judge/declared_charset.h"
 #include "kit/text/resynchronisation.h"
 #include "ksv_detect.h"
 #include "tests/system/system.h"
@@ -36,15 +36,16 @@ TEST(RareDeclaration, is_none_unless_it_is_whole) {
         "<meta charset x>", "<metacharset=utf-8>", "<!-- <meta charset=utf-8>",
         "<?xmlencoding='a'?>", "<?xml encoding='a'", "<?xml version='1.0'?>",
         "<?xml encoding=utf-8?>", "<?xml encoding?>", "<?xml encoding='utf-8?>"}) {
-    EXPECT_EQ(ksv_cli::declaredCharset(text), std::nullopt) << text;
+    EXPECT_EQ(ksv_kit::judge::declaredInMarkup(text), std::nullopt) << text;
   }
 }
 
 TEST(RareDeclaration, is_the_first_that_names_something) {
-  EXPECT_EQ(ksv_cli::declaredCharset("<meta charset='' charset = KOI8-R >"), "koi8-r");
-  EXPECT_EQ(ksv_cli::declaredCharset("<meta charset x charset=a;b>"), "a");
-  EXPECT_EQ(ksv_cli::declaredCharset("<!-- <meta charset=a> --><meta\tcharset=\"b\">"), "b");
-  EXPECT_EQ(ksv_cli::declaredCharset("<?xml version='1.0' encoding = 'c'?>"), "c");
+  EXPECT_EQ(ksv_kit::judge::declaredInMarkup("<meta charset='' charset = KOI8-R >"), "koi8-r");
+  EXPECT_EQ(ksv_kit::judge::declaredInMarkup("<meta charset x charset=a;b>"), "a");
+  EXPECT_EQ(ksv_kit::judge::declaredInMarkup("<!-- <meta charset=a> --><meta\tcharset=\"b\">"),
+            "b");
+  EXPECT_EQ(ksv_kit::judge::declaredInMarkup("<?xml version='1.0' encoding = 'c'?>"), "c");
 }
 
 TEST(RareLanguage, has_the_names_of_detection) {
