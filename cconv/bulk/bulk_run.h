@@ -41,6 +41,23 @@ struct SingleCodes {
   // What the upper half is written as.
   alignas(64) uint8_t first[128];
   alignas(64) uint8_t second[128];
+  // Whether those of the upper half that are not wide are all written as UTF-8 writes the values
+  // 0x80 to 0xFF, or as the byte itself: then there is nothing to look up.
+  bool upperAsUtf8;
+  bool upperAsItself;
+
+  // When the others are known.
+  void compareUpper() {
+    upperAsUtf8 = upperAsItself = true;
+    for (uint32_t i = 0; i < 128; ++i) {
+      const uint8_t kind = classes[0x80 + i];
+      if ((kind & (kNone | kIsWide)) != 0) continue;
+      const bool hasTwo = kind == kHasTwoBytes;
+      upperAsUtf8 =
+          upperAsUtf8 && hasTwo && first[i] == 0xC2 + (i >> 6) && second[i] == (0x80 | (i & 0x3F));
+      upperAsItself = upperAsItself && !hasTwo && first[i] == 0x80 + i;
+    }
+  }
 };
 
 // The pages of 256 values, of which those are plain that are written as they are, in

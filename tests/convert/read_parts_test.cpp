@@ -203,11 +203,17 @@ TEST_F(ReadParts, of_utf16_are_well_formed) {
                                         bytes("FF DF 41 00")};
   Conversion conversion{"UTF-16", "UTF-8"};
   conversion.parameters[0] = 0;
-  for (const char* target : {"UTF-8", "Shift_JIS", "UTF-16", "ISO-2022-JP", "ISO-8859-1"}) {
-    conversion.target = target;
-    forEachPart(conversion, words, strangers, [&](const Recorder::Part& part) {
-      EXPECT_TRUE(isUtf16LittleEndian(part.bytes)) << target << ": " << hex(part.bytes);
-    });
+  for (const VectorLevel level : kLevels) {
+    if (!has(level)) continue;
+    const WithVectorsUpTo limited(level);
+    for (const char* target : {"UTF-8", "Shift_JIS", "UTF-16", "ISO-2022-JP", "ISO-8859-1"}) {
+      conversion.target = target;
+      const size_t read =
+          forEachPart(conversion, words, strangers, [&](const Recorder::Part& part) {
+            EXPECT_TRUE(isUtf16LittleEndian(part.bytes)) << target << ": " << hex(part.bytes);
+          });
+      EXPECT_GT(read, 1'000u) << target;
+    }
   }
 }
 
@@ -216,10 +222,12 @@ TEST_F(ReadParts, of_iso_2022_jp_are_well_formed) {
                                     "\x1B$B$\"", "\x1B(B"};
   const std::vector<Bytes> strangers = {"\x1B", "\x1B$A",   "\x1B(I1\x1B(B",  "\x80", "\xFF",
                                         "\x7F", "\x1B$B$ ", "\x1B$B\x7F\x30", "\n",   "\x1B$@0!"};
-  const size_t read = forEachPart(
-      {"ISO-2022-JP", "UTF-8"}, words, strangers,
-      [&](const Recorder::Part& part) { EXPECT_TRUE(isIso2022Jp(part)) << hex(part.bytes); });
-  if (has(VectorLevel::kAvx512)) {
+  for (const VectorLevel level : kLevels) {
+    if (!has(level)) continue;
+    const WithVectorsUpTo limited(level);
+    const size_t read = forEachPart(
+        {"ISO-2022-JP", "UTF-8"}, words, strangers,
+        [&](const Recorder::Part& part) { EXPECT_TRUE(isIso2022Jp(part)) << hex(part.bytes); });
     EXPECT_GT(read, 20'000u);
   }
 }
