@@ -146,6 +146,7 @@ class Lanes {
       if (isOne) learn(found, *made);
       if (isOne && code == 'A') learnAscii(form, at, designatedGroupOf(found.entry), *made);
     }
+    made->singles.describeUpper();
     if (pages_.timesWithoutMemory() != withoutMemory) return nullptr;
     return publish(designating_, std::move(made));
   }
@@ -179,7 +180,7 @@ class Lanes {
       remember(form, found.shortIndex, entry, lane);
       describe(code, entry, lane.singles);
     }
-    lane.singles.compareUpper();
+    lane.singles.describeUpper();
   }
 
   static void describe(uint32_t code, ShortEntry entry, SingleCodes& singles) {

@@ -165,9 +165,9 @@ struct UpperQuestions {
   const IsOutside hasOne;
 
   KSV_IN_LOOP explicit UpperQuestions(const SingleCodes& singles)
-      : isSingle(HighSet(singles, SingleCodes::kNone)),
-        isShort(HighSet(singles, SingleCodes::kNone | SingleCodes::kIsWide)),
-        hasOne(HighSet(singles, SingleCodes::kHasTwoBytes)) {}
+      : isSingle(singles.upperNone),
+        isShort(singles.upperNoneOrWide),
+        hasOne(singles.upperTwoBytes) {}
 };
 
 // Takes a block of codes of one byte; false where they are not all written as one or two, or in

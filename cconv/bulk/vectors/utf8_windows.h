@@ -86,13 +86,16 @@ struct PlainBits {
 
   explicit PlainBits(const PlainPages& pages) {
     for (uint32_t row = 0; row < 16; ++row) {
-      uint32_t bits = 0;
-      for (uint32_t page = 0; page < 16; ++page)
-        bits |= static_cast<uint32_t>(pages.classes[16 * row + page] & PlainPages::kIsPlain)
-                << page;
-      low[row] = static_cast<uint8_t>(bits);
-      high[row] = static_cast<uint8_t>(bits >> 8);
+      low[row] = bitsOf(pages.classes + 16 * row);
+      high[row] = bitsOf(pages.classes + 16 * row + 8);
     }
+  }
+
+ private:
+  static uint8_t bitsOf(const uint8_t* eight) {
+    // The product has the lower bit of each byte among its upper eight.
+    const uint64_t plain = blockAt(eight) & blockOf(PlainPages::kIsPlain);
+    return static_cast<uint8_t>(plain * 0x0102040810204080 >> 56);
   }
 };
 
@@ -239,7 +242,7 @@ struct IsLatinLead {
 class LatinCodes {
  public:
   KSV_IN_LOOP explicit LatinCodes(const SingleCodes& singles)
-      : isOne_(HighSet(singles, 0xFF)),
+      : isOne_(singles.upperOther),
         written_(singles.first),
         areWrittenAsThemselves_(singles.upperAsItself) {}
 

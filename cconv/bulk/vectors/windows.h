@@ -105,23 +105,10 @@ KSV_IN_LOOP uint64_t stopsInBlock(const RunTables& run, const uint8_t* input) {
   return run.stops.any() ? whereInBlock(input, IsStop{run.stops}) : 0;
 }
 
-// A set of bytes above ASCII: a bit for each upper half of a byte, by the lower one.
-struct HighSet {
-  uint8_t rows[kWindow] = {};
-
-  // Those whose class has one of these bits.
-  HighSet(const SingleCodes& singles, uint8_t wanted) {
-    for (uint32_t byte = 0x80; byte < 0x100; ++byte) {
-      if ((singles.classes[byte] & wanted) != 0)
-        rows[byte & 0xF] |= static_cast<uint8_t>(1u << (byte >> 4 & 7));
-    }
-  }
-};
-
-// Whether a byte is in none of it.
+// Whether a byte is outside a set of those above ASCII.
 class IsOutside {
  public:
-  KSV_IN_LOOP explicit IsOutside(const HighSet& set) : rows_(repeated(set.rows)) {}
+  KSV_IN_LOOP explicit IsOutside(const SingleCodes::UpperSet& set) : rows_(repeated(set.rows)) {}
 
   KSV_IN_LOOP Bytes operator()(Bytes bytes) const {
     static constexpr uint8_t kRowBits[kWindow] = {0, 0, 0, 0, 0,  0,  0,  0,
