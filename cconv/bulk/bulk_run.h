@@ -30,6 +30,11 @@ struct AsciiStops {
   bool any() const { return lineEnds || escape || del; }
 };
 
+constexpr bool isStop(const AsciiStops& stops, uint8_t c) {
+  return (stops.lineEnds && (c == '\r' || c == '\n')) || (stops.escape && c == 0x1B) ||
+         (stops.del && c == 0x7F);
+}
+
 // What codes below 0x100 are by themselves, for runs that take many at once: single
 // bytes, or the first values of Unicode.
 struct SingleCodes {
@@ -54,16 +59,22 @@ struct SingleCodes {
   // 0x80 to 0xFF, or as the byte itself: then there is nothing to look up.
   bool upperAsUtf8;
   bool upperAsItself;
+  // Whether all of the upper half is written as units, the values 0x80 to 0xFF.
+  bool upperAsUnits;
 
   // When the classes and what they are written as are known.
-  void describeUpper() {
+  void describeUpper(AsciiOutput ascii) {
     upperNone = upperOf(kNone);
     upperNoneOrWide = upperOf(kNone | kIsWide);
     upperTwoBytes = upperOf(kHasTwoBytes);
     upperOther = upperOf(kNone | kIsWide | kHasTwoBytes);
+    const bool isBig = ascii == AsciiOutput::kBigUnits;
     upperAsUtf8 = upperAsItself = true;
+    upperAsUnits = isBig || ascii == AsciiOutput::kLittleUnits;
     for (uint32_t i = 0; i < 128; ++i) {
       const uint8_t kind = classes[0x80 + i];
+      upperAsUnits = upperAsUnits && kind == kHasTwoBytes &&
+                     (isBig ? second : first)[i] == 0x80 + i && (isBig ? first : second)[i] == 0;
       if ((kind & (kNone | kIsWide)) != 0) continue;
       const bool hasTwo = kind == kHasTwoBytes;
       upperAsUtf8 =
@@ -153,6 +164,14 @@ class SharedDesignations {
   uint32_t asciiGroup_;
 };
 
+// Line ends that are converted, of a lane.
+struct LineEndEntries {
+  Entry carriageReturn = kNoEntry;
+  Entry lineFeed = kNoEntry;
+
+  bool areThere() const { return carriageReturn != kNoEntry && lineFeed != kNoEntry; }
+};
+
 // What the runs of one call have in common.
 struct RunTables {
   const ShortTable::Slot* slots;
@@ -160,6 +179,7 @@ struct RunTables {
   const SingleCodes* singles;
   const PlainPages* pages = nullptr;           // where units are written
   const Designations* designations = nullptr;  // where escape sequences are
+  const LineEndEntries* lineEnds = nullptr;    // where they are converted
 
   ShortEntry at(uint32_t index) const { return slots[index].load(std::memory_order_relaxed); }
   bool hasSingles(uint8_t byte) const {
@@ -194,6 +214,29 @@ KSV_IN_LOOP bool takeFour(const RunTables& run, BulkPosition& at, const uint32_t
   at.take(third);
   at.take(fourth);
   at.advance(bytes, 4);
+  return true;
+}
+
+// Takes the character there, read from so many bytes, if it is a line end that is converted. The
+// line feed of a pair is dropped.
+template <bool kDesignates>
+KSV_IN_LOOP bool takeLineEnd(const RunTables& run, BulkPosition& at, uint32_t value,
+                             uint32_t bytes) {
+  if (run.lineEnds == nullptr || (value != '\r' && value != '\n')) return false;
+  const bool isDropped = value == '\n' && at.behindReturn == at.input;
+  at.input += bytes;
+  ++at.characters;
+  if (isDropped) return true;
+  Entry entry = value == '\r' ? run.lineEnds->carriageReturn : run.lineEnds->lineFeed;
+  at.units += kDesignates ? 1 : unitCount(entry);
+  if constexpr (kDesignates) {
+    const uint32_t group = designatedGroupOf(entry);
+    if (group == at.designatedGroup) entry = withoutDesignation(entry);
+    at.designatedGroup = group;
+  }
+  storeBytes(at.output, entry);
+  at.output += outputLength(entry);
+  if (value == '\r') at.behindReturn = at.input;
   return true;
 }
 

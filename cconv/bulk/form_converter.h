@@ -11,6 +11,7 @@
 #include "cconv/bulk/direct_table.h"
 #include "cconv/bulk/lanes.h"
 #include "cconv/bulk/position.h"
+#include "cconv/bulk/run_luck.h"
 #include "cconv/bulk/short_text.h"
 #include "cconv/bulk/source_form.h"
 #include "cconv/bulk/watched_run.h"
@@ -71,11 +72,13 @@ class FormConverter : public BulkConverter {
 
   // Goes on until wanted characters have been converted, or one cannot be decided.
   void advance(const Form& form, BulkPosition& at, uint32_t wanted) {
-    const bool byVectors = usesVectors();
+    const bool mayUseVectors = usesVectors();
     for (;;) {
       Designating* const designating =
-          byVectors && lanes_.designates() ? lanes_.designating(form, at) : nullptr;
-      if (designating != nullptr) runDesignating(*designating, at, wanted);
+          mayUseVectors && lanes_.designates() ? lanes_.designating(form, at) : nullptr;
+      const uint32_t before = at.characters;
+      const bool byVectors = mayUseVectors && luck_.isWorthTrying();
+      if (byVectors && designating != nullptr) runDesignating(*designating, at, wanted);
       if constexpr (Form::kShifts) {
         if (byVectors) runShifted(form, at, wanted);
       }
@@ -83,6 +86,7 @@ class FormConverter : public BulkConverter {
         if (byVectors) runLaneByVectors<Form>(*lane, at, wanted);
         lane->runShort(lane->run(), at, wanted);
       }
+      luck_.note(at.characters - before);
       if (at.characters >= wanted) return;
       if constexpr (Form::kShifts) {
         const bool isBehindReturn = at.behindReturn == at.input;
@@ -202,6 +206,7 @@ class FormConverter : public BulkConverter {
   DirectTable pages_;
   Lanes<Form> lanes_;
   ShortTexts<Form> shortTexts_;
+  RunLuck luck_;
 };
 
 }  // namespace ksv

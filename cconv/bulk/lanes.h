@@ -24,8 +24,13 @@ struct ShortEntries {
   AsciiStops stops;
   RunFunction runByVectors;  // null where the processor has none
   SingleCodes singles;
+  LineEndEntries lineEnds;
 
-  RunTables run() const { return {table.slots(), stops, &singles}; }
+  RunTables run() const {
+    RunTables tables{table.slots(), stops, &singles};
+    if (lineEnds.areThere()) tables.lineEnds = &lineEnds;
+    return tables;
+  }
 };
 
 struct Lane : ShortEntries {
@@ -144,9 +149,10 @@ class Lanes {
       const bool isOne = found.entry != kNoEntry;
       made->singles.classes[code] = isOne ? SingleCodes::kIsWide : SingleCodes::kNone;
       if (isOne) learn(found, *made);
+      if (isOne) learnLineEnd(found.entry, made->lineEnds);
       if (isOne && code == 'A') learnAscii(form, at, designatedGroupOf(found.entry), *made);
     }
-    made->singles.describeUpper();
+    made->singles.describeUpper(AsciiOutput::kBytes);
     if (pages_.timesWithoutMemory() != withoutMemory) return nullptr;
     return publish(designating_, std::move(made));
   }
@@ -175,12 +181,18 @@ class Lanes {
       const source_forms::Found found = findSingle(form, at, code);
       lane.singles.classes[code] = SingleCodes::kNone;
       if (found.entry == kNoEntry) continue;
+      if (!designates_) learnLineEnd(found.entry, lane.lineEnds);
       const bool same = !designates_ || designatedGroupOf(found.entry) == at.designatedGroup;
       const ShortEntry entry = same ? shortEntryOf(withoutDesignation(found.entry)) : kNoShortEntry;
       remember(form, found.shortIndex, entry, lane);
       describe(code, entry, lane.singles);
     }
-    lane.singles.describeUpper();
+    lane.singles.describeUpper(lane.ascii);
+  }
+
+  static void learnLineEnd(Entry entry, LineEndEntries& lineEnds) {
+    if ((entry & kIsCarriageReturn) != 0) lineEnds.carriageReturn = entry;
+    if ((entry & kIsLineFeed) != 0) lineEnds.lineFeed = entry;
   }
 
   static void describe(uint32_t code, ShortEntry entry, SingleCodes& singles) {

@@ -206,6 +206,35 @@ TEST_F(Bulk, ordinary_texts_convert_as_the_engine_converts_them_without_vectors)
   expectSameWithVectorsUpTo(ksv::vector_runs::VectorLevel::kNone);
 }
 
+// Wherever it lies in the blocks that runs by vectors take, and whatever it would be a part of.
+TEST_F(Bulk, ill_formed_utf8_at_every_place_of_a_block) {
+  using enum ksv::vector_runs::VectorLevel;
+  const Bytes strangers[] = {bytes("E3 82"),    bytes("E3"),          bytes("C3"),
+                             bytes("80"),       bytes("82 82"),       bytes("C1 BF"),
+                             bytes("E0 9F BF"), bytes("ED A0 80"),    bytes("F0 9F 98 80"),
+                             bytes("E3 82 9A"), bytes("CC 80 CC 81"), bytes("0D 0A")};
+  const Bytes letters[] = {bytes("E3 81 82"), bytes("C3 A9"), bytes("61")};
+  for (const auto level : {kSse41, kAvx2, kAvx512}) {
+    const WithVectorsUpTo limited(level);
+    for (const char* target : {"UTF-16", "WINDOWS31J", "ISO-8859-1", "ISO-2022-JP"}) {
+      startAnew();
+      for (const Bytes& letter : letters) {
+        for (const Bytes& stranger : strangers) {
+          for (size_t at = 0; at < 66; ++at) {
+            Bytes text;
+            for (size_t i = 0; i < 1200 / letter.size(); ++i) text += i == at ? stranger : letter;
+            Conversion setup{"UTF-8", target};
+            setup.options.replaceUnmappable = 1;
+            setup.options.convertNewlines = at % 2;
+            expectSame(setup, text, {5000});
+            if (HasFatalFailure()) return;
+          }
+        }
+      }
+    }
+  }
+}
+
 // The whole buffer behind one call, what lies behind the output included.
 Bytes bufferAfter(const Conversion& setup, const Bytes& input, size_t capacity) {
   Converter converter(setup);

@@ -285,7 +285,7 @@ TEST_F(ReadParts, are_nearly_all_of_an_ordinary_text) {
     const WithVectorsUpTo limited(level);
     for (const Case& some : cases) {
       const Conversion conversion{some.source, some.target};
-      EXPECT_GT(shareRead(conversion, mixedText(some.words, some.source)), 0.95)
+      EXPECT_GT(shareRead(conversion, mixedText(some.words, some.source)), 0.9)
           << some.source << " to " << some.target << ", level " << static_cast<int>(level);
     }
   }

@@ -1,6 +1,7 @@
 // Runs with the AVX2 instructions of x86-64.
 #include <immintrin.h>
 
+#include <algorithm>
 #include <bit>
 
 #include "cconv/bulk/unicode_sources.h"

@@ -64,6 +64,7 @@ void runIso2022Jp(const ShiftedTables& run, BulkPosition& position, uint32_t wan
     const __m512i bytes = load(at.input);
     const bool inDouble = at.decoderState == run.pairGroup;
     if (!inDouble && takeAsciiBlocks<kAscii>(run.singles, at, wanted, bytes)) continue;
+    if (!inDouble && takeLineEnd<false>(run.singles, at, at.input[0], 1)) continue;
     const ShiftedBlock block(shiftedBytes(run, at.input, bytes), inDouble);
     if (block.characters == 0) break;
     const PairBlock codes(at.input, bytes, block.starts, block.pairs);

@@ -1,5 +1,7 @@
 // Runs with the AVX-512 instructions of x86-64: entries are gathered for sixteen
 // characters at a time, and their output bytes pushed together.
+#include <algorithm>
+
 #include "cconv/bulk/unicode_sources.h"
 #include "cconv/bulk/vector_runs.h"
 #include "cconv/bulk/vectors/avx512_block.h"
@@ -120,6 +122,7 @@ void runByteCodes(const RunTables& run, BulkPosition& position, uint32_t wanted)
     const uint32_t taken = putHalves<kDesignates>(run, at, count, entriesOf);
     if (taken < count) [[unlikely]] {
       at.advance(placeOfBit(starts, taken), taken);
+      if (takeLineEnd<kDesignates>(run, at, at.input[0], 1)) continue;
       break;
     }
     at.advance(placeOfBit(starts, count), count);
@@ -249,10 +252,15 @@ KSV_IN_LOOP bool takePlain(const RunTables& run, BulkPosition& at, __m512i value
 
 template <AsciiOutput kAscii, bool kDesignates = false>
 void runUtf8(const RunTables& run, BulkPosition& position, uint32_t wanted) {
+  // The pages of line ends that are converted are not plain.
+  if (kWritesUnits<kAscii> && run.lineEnds != nullptr)
+    return by_windows::runUtf8<kAscii>(run, position, wanted);
+  [[maybe_unused]] by_windows::PieceLength pieceLength;
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted) {
     const uint32_t room = wanted - at.characters - kReserve;
     const __m512i bytes = load(at.input);
+    if (takeLineEnd<kDesignates>(run, at, at.input[0], 1)) continue;
     const bool writesAscii = mayTakeAscii<kAscii, kDesignates>(run, at);
     if (writesAscii && takeAsciiBlocks<kAscii>(run, at, wanted, bytes)) continue;
     const uint64_t twoOrMore = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8('\xC0'));
@@ -265,7 +273,9 @@ void runUtf8(const RunTables& run, BulkPosition& position, uint32_t wanted) {
     if constexpr (!kWritesUnits<kAscii> && !kDesignates) {
       // Faster than gathering.
       const bool isRoom = wanted - at.characters >= by_windows::kLeastWanted;
-      if (!isRoom || !by_windows::takeByEntries<false>(run, at, wanted)) break;
+      if (!isRoom ||
+          !by_windows::takeByEntries<false>(run, at, pieceLength.next(wanted - at.characters)))
+        break;
       continue;
     }
     const Utf8Block block(at.input, bytes, continuations, twoOrMore);
@@ -321,7 +331,8 @@ void runUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
       }
     }
     if constexpr (!kWritesUnits<kAscii> && !kDesignates) {
-      if (!by_windows::takeUnits<kBigEndian, false>(run, at)) break;
+      if (by_windows::takeUnits<kBigEndian, false>(run, at)) continue;
+      if (run.lineEnds == nullptr || !by_windows::takeLine<kBigEndian, false>(run, at)) break;
       continue;
     }
     const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {

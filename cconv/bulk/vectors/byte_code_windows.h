@@ -42,14 +42,15 @@ KSV_IN_LOOP uint64_t withoutFour(uint64_t bits) {
 
 constexpr uint32_t kFours = 8;  // that are in a block at least
 
-// Takes 32 characters, with the first bytes of pairs among the next 64. False where one of them
-// has no short entry: then none has been taken.
+// Takes four characters so many times, with the first bytes of pairs among the next 64. False where
+// one of them has no short entry: then none has been taken.
 template <bool kDesignates>
-KSV_IN_LOOP bool takeFours(const RunTables& run, BulkPosition& position, uint64_t pairs) {
+KSV_IN_LOOP bool takeFours(const RunTables& run, BulkPosition& position, uint64_t pairs,
+                           uint32_t fours) {
   BulkPosition at = position;
   uint64_t starts = ~(pairs << 1);
   Window all = ~(Window{});
-  for (uint32_t i = 0; i < kFours; ++i) {
+  for (uint32_t i = 0; i < fours; ++i) {
     const auto place = static_cast<uint32_t>(std::countr_zero(starts));
     const uint32_t shape = pairs >> place & 0x7F;
     const Window indexes =
@@ -61,9 +62,36 @@ KSV_IN_LOOP bool takeFours(const RunTables& run, BulkPosition& position, uint64_
     starts = withoutFour(starts);
   }
   if (!wereThere(all)) return false;
-  at.advance(static_cast<uint32_t>(std::countr_zero(starts)), 4 * kFours);
+  at.advance(static_cast<uint32_t>(std::countr_zero(starts)), 4 * fours);
   position = at;
   return true;
+}
+
+// Takes the last few characters in front of a stop.
+template <bool kDesignates>
+KSV_IN_LOOP bool takeBeforeStop(const RunTables& run, BulkPosition& at) {
+  while (at.input[0] >= 0x80 || !isStop(run.stops, at.input[0])) {
+    const ShortEntry single = run.at(ShortTable::kSingles + at.input[0]);
+    if (single != kNoShortEntry) {
+      if (!takeKnown<kDesignates>(run, at, single, 1)) return false;
+      continue;
+    }
+    const uint32_t pair = static_cast<uint32_t>(at.input[0]) << 8 | at.input[1];
+    if (!takeKnown<kDesignates>(run, at, run.at(pair), 2)) return false;
+  }
+  return true;
+}
+
+// The same in front of the first stop.
+template <bool kDesignates>
+KSV_IN_LOOP bool takeFoursBefore(uint64_t stops, const RunTables& run, BulkPosition& at,
+                                 uint64_t pairs) {
+  if (stops == 0) return takeFours<kDesignates>(run, at, pairs, kFours);
+  // Where the second byte of a pair looks like a stop there are less, which is no harm.
+  const uint64_t before = ~(pairs << 1) & ((stops & (0 - stops)) - 1);
+  const uint32_t fours = std::min(countOf(before) / 4, kFours);
+  return (fours == 0 || takeFours<kDesignates>(run, at, pairs, fours)) &&
+         (fours == kFours || takeBeforeStop<kDesignates>(run, at));
 }
 
 // How eight bytes of two each are pushed together of which a bit tells that the second counts.
@@ -197,6 +225,10 @@ void runByteCodes(const RunTables& run, BulkPosition& position, uint32_t wanted)
     uint64_t stops = 0;
     if constexpr (kAscii != AsciiOutput::kOther) {
       stops = stopsInBlock(run, at.input);
+      if ((stops & 1) != 0) {
+        if (takeLineEnd<kDesignates>(run, at, at.input[0], 1)) continue;
+        break;
+      }
       if (mayTakeAscii<kDesignates>(run, at) && takeLeadingAscii<kAscii>(at, high | stops))
         continue;
     }
@@ -205,7 +237,7 @@ void runByteCodes(const RunTables& run, BulkPosition& position, uint32_t wanted)
       if (!kDesignates && (leads | stops) == 0 && takeNarrow<kAscii>(run, upper, at, high))
         continue;
     }
-    if (!takeFours<kDesignates>(run, at, pairLeads(leads))) break;
+    if (!takeFoursBefore<kDesignates>(stops, run, at, pairLeads(leads))) break;
   }
   position = at;
 }

@@ -139,6 +139,7 @@ void runIso2022Jp(const ShiftedTables& run, BulkPosition& position, uint32_t wan
       const uint64_t others =
           whereInBlock(at.input, IsHigh()) | stopsInBlock(run.singles, at.input);
       if (takeLeadingAscii<kAscii>(at, others)) continue;
+      if (takeLineEnd<false>(run.singles, at, at.input[0], 1)) continue;
     }
     ShiftedPiece piece;
     const BulkPosition start = at;

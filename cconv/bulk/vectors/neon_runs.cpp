@@ -1,6 +1,7 @@
 // Runs with the vector instructions of aarch64.
 #include <arm_neon.h>
 
+#include <algorithm>
 #include <bit>
 
 #include "cconv/bulk/unicode_sources.h"

@@ -26,6 +26,18 @@ KSV_IN_LOOP bool takeUnits(const RunTables& run, BulkPosition& position) {
   return true;
 }
 
+// Takes what stands in front of a line end that is converted, and the line end.
+template <bool kBigEndian, bool kDesignates>
+KSV_IN_LOOP bool takeLine(const RunTables& run, BulkPosition& at) {
+  constexpr uint32_t kMost = 32;
+  for (uint32_t i = 0; i < kMost; ++i) {
+    const uint32_t value = readUnit(at.input, 2, kBigEndian);
+    if (takeLineEnd<kDesignates>(run, at, value, 2)) return true;
+    if (!takeKnown<kDesignates>(run, at, run.at(value), 2)) return false;
+  }
+  return true;
+}
+
 template <AsciiOutput kAscii, bool kBigEndian, bool kDesignates = false>
 void runUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
   BulkPosition at = position;
@@ -34,7 +46,8 @@ void runUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
         takeAsciiUnits<kBigEndian>(run, at, wanted)) {
       continue;
     }
-    if (!takeUnits<kBigEndian, kDesignates>(run, at)) break;
+    if (takeUnits<kBigEndian, kDesignates>(run, at)) continue;
+    if (run.lineEnds == nullptr || !takeLine<kBigEndian, kDesignates>(run, at)) break;
   }
   position = at;
 }

@@ -64,6 +64,11 @@ struct Utf8Block {
   }
 };
 
+// How many bytes are whole characters, in front of the first of the places.
+KSV_IN_LOOP uint32_t wholeBytesBefore(uint64_t places, const Utf8Block& block) {
+  return std::min(block.wholeBytes(), static_cast<uint32_t>(std::countr_zero(places)));
+}
+
 KSV_IN_LOOP uint64_t firstBits(uint32_t count) {
   return count < 64 ? (uint64_t{1} << count) - 1 : ~uint64_t{0};
 }
@@ -81,23 +86,26 @@ KSV_IN_LOOP Units valuesAt(const uint8_t* input) {
 
 // The pages of a run that are plain, a bit each: a row for each upper half of a byte.
 struct PlainBits {
-  uint8_t low[kWindow];
-  uint8_t high[kWindow];
-
-  explicit PlainBits(const PlainPages& pages) {
-    for (uint32_t row = 0; row < 16; ++row) {
-      low[row] = bitsOf(pages.classes + 16 * row);
-      high[row] = bitsOf(pages.classes + 16 * row + 8);
-    }
-  }
-
- private:
-  static uint8_t bitsOf(const uint8_t* eight) {
-    // The product has the lower bit of each byte among its upper eight.
-    const uint64_t plain = blockAt(eight) & blockOf(PlainPages::kIsPlain);
-    return static_cast<uint8_t>(plain * 0x0102040810204080 >> 56);
-  }
+  uint8_t low[kWindow] = {};
+  uint8_t high[kWindow] = {};
 };
+
+KSV_IN_LOOP uint8_t plainBitsOf(const uint8_t* eightPages) {
+  // The product has the lower bit of each byte among its upper eight.
+  const uint64_t plain = blockAt(eightPages) & blockOf(PlainPages::kIsPlain);
+  return static_cast<uint8_t>(plain * 0x0102040810204080 >> 56);
+}
+
+KSV_IN_LOOP PlainBits plainBits(const RunTables& run) {
+  PlainBits bits;
+  for (uint32_t row = 0; row < 16; ++row) {
+    bits.low[row] = plainBitsOf(run.pages->classes + 16 * row);
+    bits.high[row] = plainBitsOf(run.pages->classes + 16 * row + 8);
+  }
+  // The first page is not where there are stops; those blocks do not have.
+  if (run.singles->upperAsUnits) bits.low[0] |= 1;
+  return bits;
+}
 
 // Whether values are written as they are.
 class PlainCheck {
@@ -183,13 +191,13 @@ KSV_IN_LOOP bool takePlainBlock(const PlainCheck& plain, BulkPosition& at, uint6
 
 // Characters of UTF-8 that have been read, but not put out yet.
 struct Utf8Piece : ReadPiece {
-  // Reads on as long as there are well-formed characters, of which no block is ASCII. Returns the
-  // place behind them.
-  KSV_IN_LOOP const uint8_t* read(const uint8_t* input, uint32_t wanted) {
+  // Reads on up to so many well-formed characters as long as no block is ASCII, nor anything that
+  // has to be left to others. Returns the place behind them.
+  KSV_IN_LOOP const uint8_t* read(const RunTables& run, const uint8_t* input, uint32_t most) {
     uint64_t expected = 0;
-    while (count < kMost && wanted - count >= kLeastWanted) {
+    while (count < most) {
       const Utf8Block block(input, expected);
-      if (!block.isWhole || block.high == 0) break;
+      if (!block.isWhole || block.high == 0 || stopsInBlock(run, input) != 0) break;
       readBlock(input, ~block.continuations);
       input += kBlock;
       expected = block.expectedBehind;
@@ -197,11 +205,15 @@ struct Utf8Piece : ReadPiece {
     input += countOf(expected);
     if (count > 0) return input;
     const Utf8Block block(input, 0);
-    const uint32_t bytes = block.wholeBytes();
+    const uint32_t bytes = wholeBytesBefore(stopsInBlock(run, input), block);
     readBlock(input, ~block.continuations & firstBits(bytes));
     return input + bytes;
   }
 
+  // The bytes of a character, which is well-formed.
+  static uint32_t bytesOf(uint32_t value) { return value < 0x80 ? 1 : value < 0x800 ? 2 : 3; }
+
+ private:
   KSV_IN_LOOP void readBlock(const uint8_t* input, uint64_t starts) {
     ValuesOfBlock some;
     readValues(input, some);
@@ -209,16 +221,14 @@ struct Utf8Piece : ReadPiece {
     putKept(output, some, starts);
     count += countOf(starts);
   }
-
-  // The bytes of a character, which is well-formed.
-  static uint32_t bytesOf(uint32_t value) { return value < 0x80 ? 1 : value < 0x800 ? 2 : 3; }
 };
 
-// Takes well-formed characters by their short entries. False where there is none.
+// Takes well-formed characters by their short entries, at most so many and a block. False where
+// there is none.
 template <bool kDesignates>
-KSV_IN_LOOP bool takeByEntries(const RunTables& run, BulkPosition& at, uint32_t wanted) {
+KSV_IN_LOOP bool takeByEntries(const RunTables& run, BulkPosition& at, uint32_t most) {
   Utf8Piece piece;
-  const uint8_t* const behind = piece.read(at.input, wanted - at.characters);
+  const uint8_t* const behind = piece.read(run, at.input, most);
   const BulkPosition start = at;
   if (piece.putAll<kDesignates>(run, at)) {
     at.input = behind;
@@ -233,6 +243,20 @@ KSV_IN_LOOP bool takeByEntries(const RunTables& run, BulkPosition& at, uint32_t 
   }
   return false;
 }
+
+// How many characters are read at once: few at first, since what there is none for may come soon.
+class PieceLength {
+ public:
+  // As many as are wanted, but for a block.
+  KSV_IN_LOOP uint32_t next(uint32_t wanted) {
+    const uint32_t length = length_;
+    length_ = std::min(2 * length_, ReadPiece::kMost);
+    return std::min(length, wanted - kLeastWanted);
+  }
+
+ private:
+  uint32_t length_ = kBlock / 2;
+};
 
 struct IsLatinLead {
   KSV_IN_LOOP Bytes operator()(Bytes bytes) const { return as<Bytes>((bytes & 0xFE) == 0xC2); }
@@ -295,14 +319,16 @@ class LatinCodes {
   const bool areWrittenAsThemselves_;
 };
 
-// Takes blocks of characters that are written as they are, in units.
+// Takes blocks of characters that are written as they are, in units, up to what has to be left to
+// others.
 template <AsciiOutput kAscii>
-KSV_IN_LOOP bool takePlainBlocks(const PlainCheck& plain, BulkPosition& at, uint32_t wanted) {
+KSV_IN_LOOP bool takePlainBlocks(const RunTables& run, const PlainCheck& plain, BulkPosition& at,
+                                 uint32_t wanted) {
   uint64_t expected = 0;
   bool any = false;
   while (wanted - at.characters >= kLeastWanted) {
     const Utf8Block block(at.input, expected);
-    if (!block.isWhole || (block.high == 0 && any)) break;
+    if (!block.isWhole || (block.high == 0 && any) || stopsInBlock(run, at.input) != 0) break;
     if (!takePlainBlock<kAscii>(plain, at, ~block.continuations, kBlock)) break;
     expected = block.expectedBehind;
     any = true;
@@ -310,7 +336,7 @@ KSV_IN_LOOP bool takePlainBlocks(const PlainCheck& plain, BulkPosition& at, uint
   at.input += countOf(expected);
   if (any) return true;
   const Utf8Block block(at.input, 0);
-  const uint32_t bytes = block.wholeBytes();
+  const uint32_t bytes = wholeBytesBefore(stopsInBlock(run, at.input), block);
   return bytes > 0 &&
          takePlainBlock<kAscii>(plain, at, ~block.continuations & firstBits(bytes), bytes);
 }
@@ -319,19 +345,24 @@ template <AsciiOutput kAscii, bool kDesignates = false>
 void runUtf8(const RunTables& run, BulkPosition& position, uint32_t wanted) {
   constexpr bool kWritesUnits =
       kAscii == AsciiOutput::kLittleUnits || kAscii == AsciiOutput::kBigUnits;
-  const PlainCheck plain{PlainBits(kWritesUnits ? *run.pages : PlainPages{})};
+  const PlainCheck plain{kWritesUnits ? plainBits(run) : PlainBits{}};
+  PieceLength pieceLength;
   const LatinCodes latin(*run.singles);
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted) {
     if constexpr (kAscii != AsciiOutput::kOther) {
       const uint64_t high = whereInBlock(at.input, IsHigh());
       const uint64_t stops = stopsInBlock(run, at.input);
+      if ((stops & 1) != 0) {
+        if (takeLineEnd<kDesignates>(run, at, at.input[0], 1)) continue;
+        break;
+      }
       if (mayTakeAscii<kDesignates>(run, at) && takeLeadingAscii<kAscii>(at, high | stops))
         continue;
-      if (kWritesUnits && takePlainBlocks<kAscii>(plain, at, wanted)) continue;
+      if (kWritesUnits && takePlainBlocks<kAscii>(run, plain, at, wanted)) continue;
       if (!kWritesUnits && !kDesignates && stops == 0 && latin.take(at)) continue;
     }
-    if (!takeByEntries<kDesignates>(run, at, wanted)) break;
+    if (!takeByEntries<kDesignates>(run, at, pieceLength.next(wanted - at.characters))) break;
   }
   position = at;
 }

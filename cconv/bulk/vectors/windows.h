@@ -216,15 +216,14 @@ KSV_IN_LOOP void putFourPlainly(BulkPosition& at, Window entries) {
 // was copied.
 KSV_IN_LOOP bool putDesignating(const RunTables& run, BulkPosition& at, ShortEntry entry) {
   const uint32_t group = entry >> kShortGroupShift & kMostShortGroup;
-  if (group != designationIndex(at.designatedGroup)) {
-    const uint32_t length = run.designations->lengths[group];
-    if (length == 0) return false;
-    storeShort(at.output, run.designations->escapes[group]);
-    at.output += length;
-    at.designatedGroup = designatedGroupAt(group);
-  }
+  const bool changes = designatedGroupAt(group) != at.designatedGroup;
+  const uint32_t length = run.designations->lengths[group];
+  // Whether it changes cannot be foreseen, so the sequence is put out in any case.
+  storeShort(at.output, run.designations->escapes[group]);
+  at.output += changes ? length : 0;
+  at.designatedGroup = designatedGroupAt(group);
   at.take(entry);
-  return true;
+  return !changes || length != 0;
 }
 
 template <bool kDesignates>
@@ -251,10 +250,9 @@ KSV_IN_LOOP bool putFour(const RunTables& run, BulkPosition& at, Window entries)
     const auto others = as<TwoHalves>((values >> kShortGroupShift & kMostShortGroup) ^
                                       designationIndex(at.designatedGroup));
     if ((others[0] | others[1]) != 0) {
-      for (uint32_t i = 0; i < 4; ++i) {
-        if (!putDesignating(run, at, values[i])) return false;
-      }
-      return true;
+      bool areKnown = true;
+      for (uint32_t i = 0; i < 4; ++i) areKnown &= putDesignating(run, at, values[i]);
+      return areKnown;
     }
   }
   putFourPlainly(at, entries);
