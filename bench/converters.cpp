@@ -38,8 +38,7 @@ bool setUp(ConverterRecord& record, const Pair& pair) {
          cconvChgCharset(&record, source, pair.source->library) == KSV_STATUS_DONE;
 }
 
-size_t convertAndTerminate(ConverterRecord& record, std::string_view input, char* output,
-                           size_t capacity) {
+void giveBuffers(ConverterRecord& record, std::string_view input, char* output, size_t capacity) {
   record.input = reinterpret_cast<const uint8_t*>(input.data());
   record.inputPosition = 0;
   record.inputLength = static_cast<int32_t>(input.size());
@@ -47,6 +46,11 @@ size_t convertAndTerminate(ConverterRecord& record, std::string_view input, char
   record.outputPosition = 0;
   record.outputCapacity = static_cast<int32_t>(capacity);
   record.designatedGroup = 0;  // a text of its own, which designates its sets anew
+}
+
+size_t convertAndTerminate(ConverterRecord& record, std::string_view input, char* output,
+                           size_t capacity) {
+  giveBuffers(record, input, output, capacity);
   if (cconvConvert(&record) != KSV_STATUS_DONE) return Converter::kFailed;
   if (cconvTermConvert(&record) != KSV_STATUS_DONE) return Converter::kFailed;
   return static_cast<size_t>(record.outputPosition);
@@ -68,6 +72,31 @@ class LibraryConverter : public Converter {
  private:
   const LibrarySession session_;
   const bool bulkPath_;
+  ConverterRecord record_;
+};
+
+// Neither init nor terminate from text to text.
+template <bool kCharsetAgain>
+class RecordUsedAgain : public Converter {
+ public:
+  explicit RecordUsedAgain(const Pair& pair) : pair_(pair) {
+    if (!setUp(record_, pair)) fail("the library lacks " + pair.name());
+  }
+
+  size_t convert(std::string_view input, char* output, size_t capacity) override {
+    uint32_t source[3] = {pair_.source->littleEndian ? 0u : 1u, 0, 0};
+    if (kCharsetAgain &&
+        cconvChgCharset(&record_, source, pair_.source->library) != KSV_STATUS_DONE) {
+      return kFailed;
+    }
+    giveBuffers(record_, input, output, capacity);
+    if (cconvConvert(&record_) != KSV_STATUS_DONE) return kFailed;
+    return static_cast<size_t>(record_.outputPosition);
+  }
+
+ private:
+  const LibrarySession session_;
+  const Pair pair_;
   ConverterRecord record_;
 };
 
@@ -215,6 +244,22 @@ const std::vector<Contestant>& contestants() {
                                               {"iconv", false, openIconv},
                                               {"icu", false, openIcu}};
   return all;
+}
+
+const Contestant& libraryWithCharsetAgain() {
+  static const Contestant contestant = {"charset_again", true,
+                                        [](const Pair& pair) -> std::unique_ptr<Converter> {
+                                          return std::make_unique<RecordUsedAgain<true>>(pair);
+                                        }};
+  return contestant;
+}
+
+const Contestant& libraryWithBuffersOnly() {
+  static const Contestant contestant = {"buffers_only", true,
+                                        [](const Pair& pair) -> std::unique_ptr<Converter> {
+                                          return std::make_unique<RecordUsedAgain<false>>(pair);
+                                        }};
+  return contestant;
 }
 
 size_t convertOnceWithLibrary(const Pair& pair, std::string_view input, char* output,

@@ -42,6 +42,11 @@ struct Contestant {
 // The library, the library with its bulk path off, iconv and ICU.
 const std::vector<Contestant>& contestants();
 
+// The library's record kept from text to text, which is not terminated in between: with the charset
+// of the input set anew for each text, and with nothing but new buffers.
+const Contestant& libraryWithCharsetAgain();
+const Contestant& libraryWithBuffersOnly();
+
 // Set up, convert and release in one go, as a caller with a single string does.
 // Returns what Converter::convert returns.
 size_t convertOnceWithLibrary(const Pair& pair, std::string_view input, char* output,

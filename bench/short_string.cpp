@@ -1,5 +1,5 @@
-// The cost of one string of 40 bytes: set up, converted and released, and with the
-// handle kept from string to string.
+// The cost of one short string: set up, converted and released; with the handle kept from string to
+// string; and for the library with nothing but the charset set anew, and nothing but the buffers.
 #include <benchmark/benchmark.h>
 
 #include "bench/benchmarks.h"
@@ -8,16 +8,18 @@
 namespace ksv_bench {
 namespace {
 
-constexpr size_t kBytes = 40;
+constexpr size_t kLengths[] = {4, 10, 40, 100, 300, 1000};
+constexpr size_t kLongest = 1000;
 // So many different strings take turns.
 constexpr size_t kStrings = 1024;
 
 using ConvertOnce = size_t (*)(const Pair&, std::string_view, char*, size_t);
 
 template <typename ConvertString>
-void convertStrings(benchmark::State& state, const Pair& pair, ConvertString convertString) {
-  const std::vector<std::string> strings = shortStrings(*pair.source, kBytes, kStrings);
-  char output[roomFor(kBytes)];
+void convertStrings(benchmark::State& state, const Pair& pair, size_t bytes,
+                    ConvertString convertString) {
+  const std::vector<std::string> strings = shortStrings(*pair.source, bytes, kStrings);
+  char output[roomFor(kLongest)];
   size_t next = 0;
   for ([[maybe_unused]] auto _ : state) {
     const size_t written = convertString(strings[next], output, sizeof output);
@@ -27,26 +29,46 @@ void convertStrings(benchmark::State& state, const Pair& pair, ConvertString con
   }
 }
 
-void registerWhole(const Pair& pair, const char* name, ConvertOnce convertOnce, bool isLibrary) {
+std::string nameOf(const char* group, const Pair& pair, size_t bytes, const char* contestant) {
+  return std::string(group) + "/" + pair.name() + "/" + std::to_string(bytes) + "_bytes/" +
+         contestant;
+}
+
+void registerWhole(const Pair& pair, size_t bytes, const char* name, ConvertOnce convertOnce,
+                   bool isLibrary) {
   benchmark::RegisterBenchmark(
-      ("string_whole/" + pair.name() + "/40_bytes/" + name).c_str(), [=](benchmark::State& state) {
+      nameOf("string_whole", pair, bytes, name).c_str(), [=](benchmark::State& state) {
         std::unique_ptr<LibrarySession> session;
         if (isLibrary) session = std::make_unique<LibrarySession>();
-        convertStrings(state, pair, [&](std::string_view input, char* output, size_t capacity) {
-          return convertOnce(pair, input, output, capacity);
-        });
+        convertStrings(state, pair, bytes,
+                       [&](std::string_view input, char* output, size_t capacity) {
+                         return convertOnce(pair, input, output, capacity);
+                       });
       });
 }
 
-void registerKept(const Pair& pair, const Contestant& contestant) {
-  benchmark::RegisterBenchmark(
-      ("string_kept/" + pair.name() + "/40_bytes/" + contestant.name).c_str(),
-      [&contestant, pair](benchmark::State& state) {
-        const auto converter = contestant.open(pair);
-        convertStrings(state, pair, [&](std::string_view input, char* output, size_t capacity) {
-          return converter->convert(input, output, capacity);
-        });
-      });
+void registerKept(const Pair& pair, size_t bytes, const Contestant& contestant) {
+  benchmark::RegisterBenchmark(nameOf("string_kept", pair, bytes, contestant.name).c_str(),
+                               [&contestant, pair, bytes](benchmark::State& state) {
+                                 const auto converter = contestant.open(pair);
+                                 convertStrings(
+                                     state, pair, bytes,
+                                     [&](std::string_view input, char* output, size_t capacity) {
+                                       return converter->convert(input, output, capacity);
+                                     });
+                               });
+}
+
+void registerLength(const Pair& pair, size_t bytes) {
+  registerWhole(pair, bytes, "library", convertOnceWithLibrary, true);
+  registerWhole(pair, bytes, "iconv", convertOnceWithIconv, false);
+  registerWhole(pair, bytes, "icu", convertOnceWithIcu, false);
+  for (const Contestant& contestant : contestants()) {
+    // So short an input never takes the bulk path.
+    if (std::string_view(contestant.name) != "engine") registerKept(pair, bytes, contestant);
+  }
+  registerKept(pair, bytes, libraryWithCharsetAgain());
+  registerKept(pair, bytes, libraryWithBuffersOnly());
 }
 
 }  // namespace
@@ -54,13 +76,7 @@ void registerKept(const Pair& pair, const Contestant& contestant) {
 void registerShortStrings() {
   const Pair pairs[] = {{&kWindows31J, &kUtf8}, {&kUtf8, &kWindows31J}, {&kWindows31J, &kUtf16}};
   for (const Pair& pair : pairs) {
-    registerWhole(pair, "library", convertOnceWithLibrary, true);
-    registerWhole(pair, "iconv", convertOnceWithIconv, false);
-    registerWhole(pair, "icu", convertOnceWithIcu, false);
-    for (const Contestant& contestant : contestants()) {
-      // So short an input never takes the bulk path.
-      if (std::string_view(contestant.name) != "engine") registerKept(pair, contestant);
-    }
+    for (const size_t bytes : kLengths) registerLength(pair, bytes);
   }
 }
 

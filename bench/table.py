@@ -14,12 +14,12 @@ import json
 import sys
 
 PEERS = ("iconv", "icu", "direct", "uchardet")
-COLUMNS = ("library", "engine") + PEERS
+COLUMNS = ("library", "charset_again", "buffers_only", "engine") + PEERS
 PARTS = ("start_us", "rules_us", "converter_us", "conversion_us", "end_us")
 TITLES = {
     "convert": "Conversion, MB of input a second",
-    "string_whole": "One string of 40 bytes, set up and released, ns",
-    "string_kept": "One string of 40 bytes, handle kept, ns",
+    "string_whole": "One short string, set up and released, ns",
+    "string_kept": "One short string, handle kept, ns",
     "detect": "Detection with the texts' language, files a second",
     "detect_without_language": "Detection without a language, files a second",
     "judge": "The judge of charsets, texts a second",
