@@ -42,7 +42,9 @@ typedef enum ksv_result {
   KSV_UNKNOWN_CHARSET = 6, /* a name that names no charset that can be read or written */
   KSV_BAD_ARGUMENT = 7,    /* an option that cannot be followed, or a null where none may be */
   KSV_NO_MEMORY = 8,
-  KSV_SYSTEM = 9           /* the charset directory, or a file of it, cannot be read */
+  KSV_SYSTEM = 9,          /* a file, such as one of the charset directory, cannot be read */
+  KSV_NO_DOCUMENT = 10,    /* bytes that are no compound document */
+  KSV_DAMAGED = 11         /* a part of a document that cannot be read for its damages */
 } ksv_result;
 
 enum {
@@ -481,6 +483,118 @@ typedef struct ksv_repair_counts {
 KSV_API ksv_result ksv_repair(const char* misread_as, const char* utf8, size_t length,
                               char** output, size_t* output_length, ksv_repair_counts* counts,
                               ksv_error* error);
+
+/* ---- Compound documents ---- */
+
+/* An open document: a tree of storages with streams of bytes in them, as the compound file format has
+ * it in its versions 3 and 4. Damaged ones are read as far as they go. One thread at a time may
+ * use a document. */
+typedef struct ksv_document ksv_document;
+
+/* Opens a document: by its path in UTF-8; by a descriptor, on Windows a HANDLE, that is open for
+ * reading, is not closed here, and stays open as long as the document; or of bytes that stay where
+ * they are as long as the document. Of a file the directory is read, and later what is asked for.
+ * KSV_SYSTEM: the file cannot be read. KSV_NO_DOCUMENT: it does not begin as documents do. *document is
+ * the caller's: ksv_document_close; null when the call fails. */
+KSV_API ksv_result ksv_document_open(const char* path, ksv_document** document, ksv_error* error);
+KSV_API ksv_result ksv_document_open_descriptor(intptr_t descriptor, ksv_document** document,
+                                                ksv_error* error);
+KSV_API ksv_result ksv_document_open_memory(const void* bytes, size_t size,
+                                            ksv_document** document, ksv_error* error);
+/* Takes null. */
+KSV_API void ksv_document_close(ksv_document* document);
+
+/* What holds of a document as a whole. */
+typedef struct ksv_document_facts {
+  uint32_t version;      /* of the format: 3 or 4 */
+  uint32_t sector_size;  /* in bytes */
+  uint64_t file_size;    /* in bytes */
+  uint32_t orphans;      /* entries that are in use, and in no storage's tree */
+  uint32_t is_checked;   /* 1: ksv_document_check has looked at all of it */
+  uint64_t lost_sectors; /* in use, and of no entry; known when it is checked */
+} ksv_document_facts;
+
+/* What is known of it. */
+KSV_API void ksv_document_get_facts(const ksv_document* document, ksv_document_facts* facts);
+
+/* What an entry is. */
+typedef enum ksv_entry_kind {
+  KSV_ENTRY_ROOT = 0,
+  KSV_ENTRY_STORAGE = 1,
+  KSV_ENTRY_STREAM = 2
+} ksv_entry_kind;
+
+/* No entry. */
+#define KSV_NO_ENTRY UINT32_MAX
+
+/* An entry of the tree. The pointers are the document's. In a name control characters, those that turn
+ * the direction of a text, halves of pairs, slashes and backslashes are \xHH or \uHHHH. */
+typedef struct ksv_entry {
+  const char* name;           /* UTF-8, with what cannot be shown escaped: \x05SummaryInformation */
+  const uint16_t* name_units; /* the same as it stands in the document, in UTF-16 */
+  uint32_t name_length;       /* in such units */
+  int32_t kind;               /* a ksv_entry_kind */
+  uint32_t id;                /* its number in the directory of the document */
+  uint32_t parent;            /* the index of its storage; KSV_NO_ENTRY: it has none */
+  uint64_t size;              /* of a stream in bytes, as the directory claims it */
+  uint64_t created;           /* FILETIME: units of 100 ns since 1601, in UTC; 0: not told */
+  uint64_t modified;          /* the same */
+  uint8_t class_id[16];       /* as it stands in the document */
+  uint32_t state_bits;        /* as the program that made the storage set them */
+  int32_t is_orphan;          /* 1: in use, and in no storage's tree */
+} ksv_entry;
+
+/* How many entries there are, and the one at an index: the root first, each storage in front of what is
+ * in it, siblings in the order of the document, orphans last; null behind the last. */
+KSV_API size_t ksv_document_entry_count(const ksv_document* document);
+KSV_API const ksv_entry* ksv_document_entry(const ksv_document* document, size_t index);
+
+/* The index of the entry at a path: names as ksv_entry has them, with '/' between. What is not there
+ * as it is given is looked for without regard to case. KSV_NO_ENTRY in *index: there is none. */
+KSV_API ksv_result ksv_document_find(const ksv_document* document, const char* path,
+                                     uint32_t* index, ksv_error* error);
+/* The path of an entry, which finds it; of an orphan without storage it is "\orphaned/ID/NAME". *path
+ * is the caller's: ksv_free. */
+KSV_API ksv_result ksv_document_path(const ksv_document* document, uint32_t index, char** path,
+                                     ksv_error* error);
+
+/* Reads bytes of a stream from an offset on. *length is how many came: fewer than count only behind the
+ * end of the stream, and with KSV_DAMAGED, when those that came are sound and error tells the place
+ * in the file. */
+KSV_API ksv_result ksv_document_read(ksv_document* document, uint32_t index, uint64_t offset,
+                                     void* buffer, size_t count, size_t* length, ksv_error* error);
+
+/* What can be wrong with a document. */
+typedef enum ksv_damage_kind {
+  KSV_DAMAGE_HEADER = 0,       /* a value of the header that is wrong or unusual */
+  KSV_DAMAGE_CUT_SHORT = 1,    /* the file ends inside something */
+  KSV_DAMAGE_SECTOR_TABLE = 2, /* the table of sectors, or the list of its own ones */
+  KSV_DAMAGE_CHAIN = 3,        /* a chain of sectors that leads nowhere */
+  KSV_DAMAGE_CYCLE = 4,        /* a chain of sectors that comes back to itself */
+  KSV_DAMAGE_SHARED = 5,       /* a sector that belongs to two */
+  KSV_DAMAGE_SIZE = 6,         /* a stream that is shorter than it claims */
+  KSV_DAMAGE_ENTRY = 7,        /* an entry of the directory with a value that is wrong */
+  KSV_DAMAGE_LINK = 8,         /* a link between entries */
+  KSV_DAMAGE_ROOT = 9,         /* there is no root */
+  KSV_DAMAGE_ORDER = 10        /* siblings that are not in the order of their names */
+} ksv_damage_kind;
+
+/* One thing that is wrong. */
+typedef struct ksv_damage {
+  int32_t kind;        /* a ksv_damage_kind */
+  uint32_t entry;      /* the index of the entry concerned, or KSV_NO_ENTRY */
+  uint64_t offset;     /* in the file, of what is wrong */
+  const char* message; /* in words, as "has a ..."; the library's for good */
+} ksv_damage;
+
+/* Looks at all that can be wrong with the structure of a document. Without it, damages are told
+ * as reading comes upon them. Fails only as reading does: KSV_SYSTEM, KSV_NO_MEMORY. */
+KSV_API ksv_result ksv_document_check(ksv_document* document, ksv_error* error);
+
+/* How many different damages were come upon so far, and the one at an index: 0 behind the last, when
+ * *damage stays as it was. Of more than 10,000 the first are told. */
+KSV_API size_t ksv_document_damage_count(const ksv_document* document);
+KSV_API int ksv_document_damage(const ksv_document* document, size_t index, ksv_damage* damage);
 
 KSV_EXTERN_C_END
 
