@@ -2,9 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 
 #include "documents.h"
+#include "kit/documents/document_edit.h"
+#include "sparse_bytes.h"
 
 namespace ksv_kit::documents {
 namespace {
@@ -16,36 +19,6 @@ using ksv::test::putDword;
 using ksv::test::putQword;
 using ksv::test::putWord;
 using ksv::test::words;
-
-// Pieces of a file that is zero elsewhere, and how much of it was read.
-class SparseBytes : public ByteStore {
- public:
-  SparseBytes(uint64_t size, uint64_t& bytesRead) : size_(size), bytesRead_(bytesRead) {}
-
-  void put(uint64_t offset, std::string bytes) { pieces_[offset] = std::move(bytes); }
-
-  uint64_t size() const override { return size_; }
-  size_t read(uint64_t offset, void* buffer, size_t count) override {
-    if (offset >= size_) return 0;
-    count = static_cast<size_t>(std::min<uint64_t>(count, size_ - offset));
-    bytesRead_ += count;
-    std::string bytes(count, '\0');
-    for (const auto& [begin, piece] : pieces_) {
-      const uint64_t from = std::max(begin, offset);
-      const uint64_t to = std::min(begin + piece.size(), offset + count);
-      if (from < to)
-        bytes.replace(static_cast<size_t>(from - offset), static_cast<size_t>(to - from), piece,
-                      static_cast<size_t>(from - begin), static_cast<size_t>(to - from));
-    }
-    std::copy(bytes.begin(), bytes.end(), static_cast<char*>(buffer));
-    return count;
-  }
-
- private:
-  const uint64_t size_;
-  uint64_t& bytesRead_;
-  std::map<uint64_t, std::string> pieces_;
-};
 
 constexpr uint64_t kSector = 4096;
 constexpr uint32_t kLinks = 1024;
@@ -111,38 +84,45 @@ TEST(LargeDocument, streams_behind_4_GB_are_read) {
   EXPECT_LT(bytesRead, 64u * 1024);
 }
 
-// A stream of 5 GB in one piece: what lies in its middle is found by its table alone.
-TEST(LargeDocument, streams_of_more_than_4_GB_are_read_in_their_middle) {
-  constexpr uint64_t kSize = uint64_t{5} << 30;
-  constexpr uint32_t kTables = 1281;
-  uint64_t bytesRead = 0;
-  auto store = std::make_unique<SparseBytes>(kSize + 4096 * kSector, bytesRead);
-  const uint32_t first = 2000;
-  const auto last = static_cast<uint32_t>(first + kSize / kSector - 1);
-  std::string header = headerOf(0, 1, kTables + 1);
-  putDword(header, 44, kTables);
-  putDword(header, 72, 2);
+constexpr uint32_t kHugeFirst = 2000;
+
+// A document with one stream in one piece, of which nothing but its tables is there.
+std::unique_ptr<SparseBytes> hugeDocument(uint64_t size, uint64_t& bytesRead) {
+  auto store = std::make_unique<SparseBytes>(size + 4096 * kSector, bytesRead);
+  const auto last = static_cast<uint32_t>(kHugeFirst + size / kSector - 1);
+  const uint32_t tables = last / kLinks + 1;
+  const uint32_t lists = (tables - 109 + kLinks - 2) / (kLinks - 1);
+  std::string header = headerOf(0, 1, tables + 1);
+  putDword(header, 44, tables);
+  putDword(header, 72, lists);
   for (uint32_t i = 0; i < 109; ++i) putDword(header, 76 + 4 * size_t{i}, 1 + i);
   store->put(0, header);
   store->put(offsetOf(0),
-             entryOf(u"Root Entry", 5, 1, kEnd, 0) + entryOf(u"Huge", 2, kNone, first, kSize));
-  std::string table;
-  for (uint32_t sector = 0; sector < kTables * kLinks; ++sector) {
-    std::string link(4, '\0');
-    putDword(link, 0, sector < first || sector >= last ? kEnd : sector + 1);
-    table += link;
-  }
+             entryOf(u"Root Entry", 5, 1, kEnd, 0) + entryOf(u"Huge", 2, kNone, kHugeFirst, size));
+  std::string table(size_t{tables} * kSector, '\xFF');
+  putDword(table, 0, kEnd);
+  for (uint32_t i = 0; i < tables; ++i) putDword(table, 4 * size_t{1 + i}, 0xFFFFFFFD);
+  for (uint32_t i = 0; i < lists; ++i) putDword(table, 4 * size_t{1 + tables + i}, 0xFFFFFFFC);
+  for (uint32_t sector = kHugeFirst; sector <= last; ++sector)
+    putDword(table, 4 * size_t{sector}, sector == last ? kEnd : sector + 1);
   store->put(offsetOf(1), table);
-  std::map<uint32_t, uint32_t> listed;
-  for (uint32_t i = 0; i < kLinks - 1; ++i) listed[i] = 110 + i;
-  listed[kLinks - 1] = kTables + 2;
-  store->put(offsetOf(kTables + 1), linksOf(listed));
-  listed.clear();
-  for (uint32_t i = 0; i < kTables - 109 - (kLinks - 1); ++i) listed[i] = 110 + kLinks - 1 + i;
-  listed[kLinks - 1] = kEnd;
-  store->put(offsetOf(kTables + 2), linksOf(listed));
+  for (uint32_t list = 0; list < lists; ++list) {
+    std::map<uint32_t, uint32_t> listed;
+    for (uint32_t i = 0; i < kLinks - 1 && 109 + list * (kLinks - 1) + i < tables; ++i)
+      listed[i] = 110 + list * (kLinks - 1) + i;
+    listed[kLinks - 1] = list + 1 < lists ? tables + 2 + list : kEnd;
+    store->put(offsetOf(tables + 1 + list), linksOf(listed));
+  }
+  return store;
+}
+
+// What lies in the middle is found by the table alone.
+TEST(LargeDocument, streams_of_more_than_4_GB_are_read_in_their_middle) {
+  constexpr uint64_t kSize = uint64_t{5} << 30;
   constexpr uint64_t kMiddle = (uint64_t{4} << 30) + 12345;
-  store->put(offsetOf(first) + kMiddle, "in the middle");
+  uint64_t bytesRead = 0;
+  auto store = hugeDocument(kSize, bytesRead);
+  store->put(offsetOf(kHugeFirst) + kMiddle, "in the middle");
   const auto document = Document::open(std::move(store));
   const uint32_t index = document->find("Huge").value();
   EXPECT_EQ(document->entries()[index].size(), kSize);
@@ -151,6 +131,36 @@ TEST(LargeDocument, streams_of_more_than_4_GB_are_read_in_their_middle) {
   EXPECT_EQ(found, "in the middle");
   EXPECT_EQ(damagesOf(*document), std::vector<std::string>());
   EXPECT_LT(bytesRead, 8u << 20);  // the table of what lies in front
+}
+
+// The sector at 7FFFFF00 is kept free, and what lies behind it is moved on.
+TEST(LargeDocument, more_than_2_GB_are_written_around_the_sector_that_is_locked) {
+  constexpr uint64_t kSize = (uint64_t{2} << 30) + 100 * kSector;
+  uint64_t bytesRead = 0;
+  auto store = hugeDocument(kSize, bytesRead);
+  const std::vector<uint64_t> places = {0, 0x7FF00000, kSize - 9};
+  for (const uint64_t place : places) store->put(offsetOf(kHugeFirst) + place, "MARKED HE");
+  const auto source = Document::open(std::move(store));
+  auto written = std::make_unique<SparseBytes>(kSize + 4096 * kSector, bytesRead);
+  uint64_t position = 0;
+  DocumentEdit(*source).write([&](const uint8_t* bytes, size_t count) {
+    const bool isZero = bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
+    if (!isZero) written->put(position, {reinterpret_cast<const char*>(bytes), count});
+    position += count;
+  });
+  written->cut(position);
+  const uint64_t locked = 0x7FFFFF00 / kSector * kSector;
+  std::string sector(kSector, 'x');
+  written->read(locked, sector.data(), sector.size());
+  EXPECT_EQ(sector, std::string(kSector, '\0'));
+  const auto document = Document::open(std::move(written));
+  EXPECT_EQ(document->check().lostSectors, 0u);
+  EXPECT_EQ(damagesOf(*document), std::vector<std::string>());
+  for (const uint64_t place : places) {
+    std::string found(9, '\0');
+    EXPECT_EQ(document->read(1, place, found.data(), found.size()), found.size());
+    EXPECT_EQ(found, "MARKED HE") << place;
+  }
 }
 
 }  // namespace
