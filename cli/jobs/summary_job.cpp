@@ -1,5 +1,6 @@
 // ksv summary: the properties of compound documents.
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,10 +12,15 @@
 #include "cli/jobs/jobs.h"
 #include "cli/jobs/operands.h"
 #include "cli/jobs/options.h"
+#include "cli/jobs/output_plan.h"
+#include "cli/jobs/overwriting.h"
+#include "cli/jobs/property_edits.h"
 #include "cli/jobs/result_line.h"
+#include "cli/jobs/result_places.h"
 #include "cli/jobs/summary_lines.h"
 #include "cli/jobs/work_list.h"
 #include "cli/system/failure.h"
+#include "cli/system/files.h"
 #include "cli/system/inputs.h"
 #include "cli/system/named_input.h"
 #include "cli/text/output_charset.h"
@@ -30,6 +36,9 @@ struct SummaryArguments {
   bool json = false;
   bool classic = false;
   bool all = false;
+  PropertyOptions edits;
+  std::optional<std::string> output;
+  std::optional<std::string> inPlace;
   uint64_t jobs = 1;
 };
 
@@ -106,9 +115,78 @@ int show(const SummaryArguments& arguments, const Inputs& inputs, const RuleBase
   });
 }
 
+// ---- Changing ----
+
+OutputPlan planOf(const SummaryArguments& arguments, const Inputs& inputs) {
+  if (arguments.all || arguments.classic)
+    throw UsageError("--set, --set-custom and --remove go without --all and --classic");
+  if (arguments.output.has_value() == arguments.inPlace.has_value())
+    throw UsageError("--set, --set-custom and --remove need one of -o and --in-place");
+  OutputPlan plan;
+  if (arguments.output) {
+    if (inputs.paths.size() != 1) throw UsageError("-o takes one document");
+    if (isStandardStream(*arguments.output)) return plan;
+    plan.kind = OutputPlan::Kind::kFile;
+    plan.path = *arguments.output;
+    return plan;
+  }
+  plan.kind = OutputPlan::Kind::kInPlace;
+  plan.backupSuffix = *arguments.inPlace;
+  if (plan.backupSuffix.find_first_of("/\\") != std::string::npos)
+    throw UsageError("the suffix of --in-place holds a path separator");
+  if (std::any_of(inputs.paths.begin(), inputs.paths.end(), isStandardStream))
+    throw UsageError("standard input has no name for --in-place");
+  return plan;
+}
+
+std::unique_ptr<Result> resultFor(const OutputPlan& plan, const std::string& input, WorkList& list,
+                                  size_t index) {
+  if (plan.kind == OutputPlan::Kind::kStandardOutput)
+    return standardOutputResult(list.standardOutput(), index);
+  if (plan.kind == OutputPlan::Kind::kFile) return fileResult(plan.path);
+  const platform::FileFacts facts = platform::fileFacts(input);
+  if (facts.kind == platform::FileKind::kOther) throw Failure("is not a regular file");
+  return inPlaceResult(input, {facts, backupPath(plan, input), plan.keepsTimes});
+}
+
+// True: the document is another one than before.
+bool changeDocument(const std::vector<PropertyEdit>& edits, const OutputPlan& plan,
+                    const std::string& input, WorkList& list, size_t index) {
+  const NamedInput named(input);
+  std::unique_ptr<Result> result = resultFor(plan, input, list, index);
+  {
+    const auto document = openedDocument(named.path());
+    writeEdited(*document, edits, *result);
+  }
+  return result->complete();
+}
+
+int change(const SummaryArguments& arguments, const Inputs& inputs) {
+  const std::vector<PropertyEdit> edits = propertyEdits(arguments.edits);
+  const OutputPlan plan = planOf(arguments, inputs);
+  if (arguments.json && plan.kind == OutputPlan::Kind::kStandardOutput)
+    throw UsageError("--json needs -o FILE or --in-place: standard output has the document");
+  WorkList list(inputs.paths, checkThatNothingIsOverwritten(plan, inputs));
+  list.tell(arguments.verbosity.chosen());
+  if (arguments.json) list.recordFailures();
+  return list.run(arguments.jobs, [&](size_t index) {
+    const std::string& input = inputs.paths[index];
+    const bool isChanged = changeDocument(edits, plan, input, list, index);
+    list.countWhole(index);
+    if (!arguments.json) return;
+    nlohmann::ordered_json record = recordOf(input, ResultForm::kFull);
+    addPath(record, "output", outputPath(plan, input));
+    record["changed"] = isChanged;
+    list.write(index, jsonLine(record));
+  });
+}
+
 int summarise(const SummaryArguments& arguments) {
   const Inputs inputs = inputsNamedBy(arguments.inputs);
   const RuleBase ruleBase;
+  if (arguments.edits.areGiven()) return change(arguments, inputs);
+  if (arguments.output || arguments.inPlace)
+    throw UsageError("-o and --in-place go with --set, --set-custom and --remove");
   return arguments.classic ? runClassic(arguments, inputs, ruleBase)
                            : show(arguments, inputs, ruleBase);
 }
@@ -125,6 +203,17 @@ void addSummaryJob(OptionParser& parser) {
   job.flag("--classic", arguments->classic,
            "Exactly what the library answers, in the form that programs rely on");
   job.flag("--all", arguments->all, "Every property of every set, as it stands there");
+  job.values("--set", "NAME=VALUE", arguments->edits.set,
+             "Write the document with this property, such as title=Letter");
+  job.values("--set-custom", "NAME=VALUE", arguments->edits.custom,
+             "The same of a property with a name of your own. VALUE may end with its type: :text, "
+             ":number, :boolean, :time");
+  job.values("--remove", "NAME", arguments->edits.removed,
+             "Write the document without this property, or the one with a name of your own");
+  job.value("-o,--output", "FILE", arguments->output, "Where the changed document goes to");
+  job.flagOrValue("--in-place", "SUFFIX", arguments->inPlace,
+                  "The changed document replaces the old one, which is kept under its name with "
+                  "SUFFIX if there is one");
   addVerbosity(job, arguments->verbosity, kTellsSums);
   job.workers(arguments->jobs, "Work on N documents at once");
   job.footer(

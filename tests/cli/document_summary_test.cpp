@@ -145,13 +145,13 @@ TEST_F(DocumentSummary, shows_what_is_sound_of_a_damaged_set_and_fails) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "a\n  Author               Author\n");
   EXPECT_EQ(outcome.err,
-            "ksv: a: is damaged: in \\x05SummaryInformation a value is cut (offset 92)\n");
+            "ksv: a: is damaged: in \\x05SummaryInformation a value is cut (offset 88)\n");
   const Outcome json = ksv({"summary", "--json", "a"});
   EXPECT_EQ(json.status, 1);
   EXPECT_EQ(
       nlohmann::json::parse(json.out)["damages"][0],
       (nlohmann::json{
-          {"reason", "a value is cut"}, {"stream", "\\x05SummaryInformation"}, {"offset", 92}}));
+          {"reason", "a value is cut"}, {"stream", "\\x05SummaryInformation"}, {"offset", 88}}));
 }
 
 TEST_F(DocumentSummary, tells_the_kind_by_class_and_streams) {
@@ -239,7 +239,7 @@ TEST_F(DocumentSummary, names_zipped_documents_and_refuses_them) {
 
 TEST_F(DocumentSummary, reads_documents_with_large_sectors) {
   CompoundWriter writer;
-  writer.sectorShift = 12;
+  writer.useVersion4();
   writer.addStream(0, u"\u0005SummaryInformation", summary({codePage(1252), text(2, "Title")}));
   write("a", writer.write());
   EXPECT_EQ(ksv({"summary", "a"}).out, "a\n  Title                Title\n");

@@ -81,7 +81,7 @@ TEST_F(Summary, classic_gives_texts_only) {
   EXPECT_EQ(record["slides"], "33");
   EXPECT_EQ(record["bytes"], "11");
   EXPECT_EQ(record.size(), 19u);
-  EXPECT_EQ(ksv({"summary", "--classic", "a"}).out.substr(0, 60),
+  EXPECT_EQ(ksv({"summary", "--classic", "a"}).out.substr(0, 61),
             "a\n"
             "  Title                題名\n"
             "  Subject              主題");
