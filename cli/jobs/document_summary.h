@@ -1,12 +1,11 @@
 // What is to be known of a document, as its own reader gives it.
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "cli/system/failure.h"
-#include "kit/documents/document.h"
+#include "cli/jobs/opened_document.h"
 #include "kit/documents/properties/document_kind.h"
 #include "kit/documents/properties/document_properties.h"
 
@@ -18,14 +17,12 @@ struct DocumentSummary {
   properties::DocumentProperties properties;
   properties::DocumentKind kind;
   // Of the file, as far as reading came upon them.
-  std::vector<ksv_kit::documents::Damage> damages;
+  std::vector<Damage> damages;
 };
 
-// Throws Failure: the file cannot be read, or is no document.
-std::unique_ptr<ksv_kit::documents::Document> openedDocument(const std::string& path);
-
-// Throws Failure for what has neither properties nor a kind that is known.
-DocumentSummary readSummary(const std::string& path, properties::WhichSets which);
+// Throws Failure for what is no document, and for one that has neither properties nor a kind that
+// is known.
+DocumentSummary readSummary(const std::string& input, properties::WhichSets which);
 
 // The first thing that could not be read of the properties; none: there is all.
 std::optional<std::string> lossOf(const DocumentSummary& summary);

@@ -230,8 +230,6 @@ void writeEdited(documents::Document& document, const std::vector<PropertyEdit>&
                       std::string("cannot be changed without loss: ") + lossy.what());
   } catch (const documents::UnfitPath& unfit) {
     throw Failure(unfit.what());
-  } catch (const documents::UnreadableDocument& unreadable) {
-    throw Failure(unreadable.what());
   }
 }
 

@@ -96,8 +96,7 @@ int show(const SummaryArguments& arguments, const Inputs& inputs, const RuleBase
         [&](const auto& record) { return output.encoded(lineFor(output, record)); });
   return list.run(arguments.jobs, [&](size_t index) {
     const std::string& input = inputs.paths[index];
-    const NamedInput named(input);
-    const DocumentSummary summary = readSummary(named.path(), which);
+    const DocumentSummary summary = readSummary(input, which);
     std::string text;
     if (arguments.json) {
       nlohmann::ordered_json record = recordOf(input, ResultForm::kFull);
@@ -139,23 +138,25 @@ OutputPlan planOf(const SummaryArguments& arguments, const Inputs& inputs) {
   return plan;
 }
 
-std::unique_ptr<Result> resultFor(const OutputPlan& plan, const std::string& input, WorkList& list,
-                                  size_t index) {
+// facts: of the document as it was before it was read.
+std::unique_ptr<Result> resultFor(const OutputPlan& plan, const std::string& input,
+                                  const platform::FileFacts& facts, WorkList& list, size_t index) {
   if (plan.kind == OutputPlan::Kind::kStandardOutput)
     return standardOutputResult(list.standardOutput(), index);
   if (plan.kind == OutputPlan::Kind::kFile) return fileResult(plan.path);
-  const platform::FileFacts facts = platform::fileFacts(input);
-  if (facts.kind == platform::FileKind::kOther) throw Failure("is not a regular file");
   return inPlaceResult(input, {facts, backupPath(plan, input), plan.keepsTimes});
 }
 
 // True: the document is another one than before.
 bool changeDocument(const std::vector<PropertyEdit>& edits, const OutputPlan& plan,
                     const std::string& input, WorkList& list, size_t index) {
-  const NamedInput named(input);
-  std::unique_ptr<Result> result = resultFor(plan, input, list, index);
-  {
-    const auto document = openedDocument(named.path());
+  const platform::FileFacts facts = inputFacts(input);
+  if (plan.kind == OutputPlan::Kind::kInPlace && facts.kind == platform::FileKind::kOther)
+    throw Failure("is not a regular file");
+  std::unique_ptr<Result> result;
+  {  // a document that is open keeps its place on Windows
+    const OpenedDocument document(input);
+    result = resultFor(plan, input, facts, list, index);
     writeEdited(*document, edits, *result);
   }
   return result->complete();

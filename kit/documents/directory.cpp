@@ -61,6 +61,7 @@ DirectoryEntry readEntry(const uint8_t* bytes, uint64_t offset, uint32_t id, con
 // Finds the places of entries, each once.
 class TreeWalk {
  public:
+  // There is at least one.
   TreeWalk(const std::vector<DirectoryEntry>& entries, DamageList& damages)
       : entries_(entries), damages_(damages), isPlaced_(entries.size()) {
     places_.reserve(static_cast<size_t>(
@@ -68,11 +69,6 @@ class TreeWalk {
   }
 
   std::vector<TreePlace> walk() {
-    if (entries_.empty()) {
-      damages_.tell(KSV_DAMAGE_ROOT, ksv::compound_header::kFirstDirectorySector,
-                    "has no directory");
-      return {};
-    }
     const uint32_t root = rootId();
     place(root, kNoEntry, 0);
     placeBelow(0);
@@ -211,6 +207,7 @@ void Directory::read(PagedBytes& bytes, SectorTable& sectors, const Header& head
     if (count < sector.size())
       damages.tell(KSV_DAMAGE_CUT_SHORT, bytes.size(), "ends inside the directory");
   }
+  isToldBroken_ = chain.isBroken();
 }
 
 void Directory::readSector(const uint8_t* bytes, size_t size, uint64_t offset, const Header& header,
@@ -227,7 +224,10 @@ void Directory::readSector(const uint8_t* bytes, size_t size, uint64_t offset, c
 }
 
 std::vector<TreePlace> Directory::places(DamageList& damages) const {
-  return TreeWalk(entries_, damages).walk();
+  if (!entries_.empty()) return TreeWalk(entries_, damages).walk();
+  if (!isToldBroken_)
+    damages.tell(KSV_DAMAGE_ROOT, ksv::compound_header::kFirstDirectorySector, "has no directory");
+  return {};
 }
 
 }  // namespace ksv_kit::documents

@@ -62,6 +62,7 @@ class Directory {
                   DamageList& damages);
 
   std::vector<DirectoryEntry> entries_;
+  bool isToldBroken_ = false;
 };
 
 }  // namespace ksv_kit::documents

@@ -52,6 +52,8 @@ void Document::takeTree() {
     entries_.push_back({&directory_.entries()[place.id], place.id, place.parent, kNoEntry,
                         place.depth, place.isOrphan});
   linkSiblings(entries_);
+  indexes_.assign(directory_.entries().size(), kNoEntry);
+  for (uint32_t index = 0; index < entries_.size(); ++index) indexes_[entries_[index].id] = index;
   Chain::Start start = {ksv::kEndOfChain, 0};
   const bool hasMini =
       !entries_.empty() && (entries_[0].stored->size != 0 || header_.miniFatSectors != 0);
@@ -60,6 +62,11 @@ void Document::takeTree() {
              entries_[0].stored->offset + ksv::compound_entry::kStartingSector, entries_[0].id};
   miniStream_.emplace(*sectors_, damages_, start);
   tables_.emplace(StreamTables{bytes_, header_, damages_, *sectors_, *miniTable_, *miniStream_});
+}
+
+std::optional<uint32_t> Document::indexOf(uint32_t id) const {
+  if (id >= indexes_.size() || indexes_[id] == kNoEntry) return std::nullopt;
+  return indexes_[id];
 }
 
 std::optional<uint32_t> Document::firstChild(uint32_t index) const {
@@ -85,11 +92,10 @@ std::optional<uint32_t> Document::orphanAt(std::string_view& path) const {
   uint32_t id = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), id);
   if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
-  const auto found = std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) {
-    return entry.isOrphan && entry.parent == kNoEntry && entry.id == id;
-  });
-  if (found == entries_.end() || nameShownAs(takeName(path)) != found->name()) return std::nullopt;
-  return static_cast<uint32_t>(found - entries_.begin());
+  const std::optional<uint32_t> index = indexOf(id);
+  if (!index || !entries_[*index].isOrphan || entries_[*index].parent != kNoEntry)
+    return std::nullopt;
+  return nameShownAs(takeName(path)) == entries_[*index].name() ? index : std::nullopt;
 }
 
 std::optional<uint32_t> Document::find(std::string_view path) const {

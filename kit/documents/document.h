@@ -63,6 +63,8 @@ class Document {
 
   // The root first, if there is a directory, each storage in front of what is in it, orphans last.
   const std::vector<Entry>& entries() const { return entries_; }
+  // The index of what the directory has at a number; none where that is no entry in use.
+  std::optional<uint32_t> indexOf(uint32_t id) const;
   // Of the first child; none of what holds nothing.
   std::optional<uint32_t> firstChild(uint32_t index) const;
 
@@ -102,6 +104,7 @@ class Document {
   std::optional<StreamTables> tables_;
   Directory directory_;
   std::vector<Entry> entries_;
+  std::vector<uint32_t> indexes_;  // of entries, by their numbers in the directory
   // The streams that were read last, the latest first.
   std::list<std::pair<uint32_t, StreamBytes>> opened_;
 };

@@ -16,7 +16,6 @@ struct ksv_document {
   std::vector<std::string> names;
   std::vector<std::vector<uint16_t>> units;
   std::vector<ksv_entry> entries;
-  std::vector<uint32_t> indexes;  // of entries, by their numbers in the directory
   ksv_kit::documents::CheckedFacts checked;
   bool isChecked = false;
 };

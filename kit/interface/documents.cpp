@@ -77,8 +77,6 @@ ksv_document::ksv_document(std::unique_ptr<documents::Document> read) : document
     entries.push_back(ksv_kit::entryOf(found[i], i));
     entries.back().name = names.back().c_str();
     entries.back().name_units = units.back().data();
-    if (found[i].id >= indexes.size()) indexes.resize(found[i].id + 1, KSV_NO_ENTRY);
-    indexes[found[i].id] = static_cast<uint32_t>(i);
   }
 }
 
@@ -196,8 +194,7 @@ size_t ksv_document_damage_count(const ksv_document* document) {
 int ksv_document_damage(const ksv_document* document, size_t index, ksv_damage* damage) {
   if (damage == nullptr || index >= ksv_document_damage_count(document)) return 0;
   const documents::Damage& found = document->document->damages().told()[index];
-  const bool isPlaced = found.id < document->indexes.size();
-  *damage = {found.kind, isPlaced ? document->indexes[found.id] : KSV_NO_ENTRY, found.offset,
+  *damage = {found.kind, document->document->indexOf(found.id).value_or(KSV_NO_ENTRY), found.offset,
              found.reason};
   return 1;
 }
