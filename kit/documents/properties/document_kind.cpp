@@ -110,8 +110,7 @@ constexpr double kTheyDiffer = 0.6;
 std::string_view keyByClass(const Document& document) {
   if (document.entries().empty()) return "";
   const auto& bytes = document.entries()[0].stored->classId;
-  const std::string text =
-      guidText({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  const std::string text = guidText({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   const auto found = std::find_if(std::begin(kClasses), std::end(kClasses),
                                   [&](const ClassRow& row) { return text == row.classId; });
   return found == std::end(kClasses) ? "" : found->key;
