@@ -445,6 +445,31 @@ def compound_file_seeds():
     }
 
 
+# --- Documents: whether they are checked first, then the file. ---
+
+
+def version_4(seed):
+    """The same with the header in a sector of its own and the table without its later half."""
+    file = bytearray(seed[1:])
+    struct.pack_into("<H", file, 26, 4)
+    return seed[:1] + bytes(file[:512]) + bytes(4096 - 512) + bytes(file[512:])
+
+
+def document_tree_seeds():
+    large = bytes(i % 251 for i in range(4200))
+    small = bytes(i % 241 for i in range(700))
+    apart = [entry("Root Entry", 5, child=1, start=9, size=len(small)),
+             entry("small", 2, right=2, start=0, size=len(small)), entry("large", 2, size=0)]
+    orphan = [entry("Root Entry", 5), entry("a", 1, child=2), entry("b", 2)]
+    seeds = {name: seed for name, seed in compound_file_seeds().items() if name != "large_sectors"}
+    return seeds | {
+        "version_4": version_4(compound(large, small, shift=12)),
+        "unchecked": b"\0" + compound(b"", small, entries=apart)[1:],
+        "orphans": compound(entries=orphan),
+        "large_sectors": version_4(compound(large, small, shift=10)),
+    }
+
+
 # --- Property sets: kind, code page, target, language, line ends, length of the first set. ---
 
 SUMMARY = bytes.fromhex("E0859FF2F94F6810AB9108002B27B3D9")
@@ -743,6 +768,7 @@ def main():
     write("compiled_table_fuzzer", compiled_table_seeds())
     write("converter_fuzzer", conversion_seeds())
     write("compound_file_fuzzer", compound_file_seeds())
+    write("document_tree_fuzzer", document_tree_seeds())
     write("summary_fuzzer", summary_seeds())
     write("property_set_fuzzer", property_set_seeds())
     write("text_detection_fuzzer", detection_seeds())

@@ -278,6 +278,15 @@ def _document_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
             holds=b"\x00"),
         Job("ole-cat-stdin", [ksv, "ole", "cat", "-", "WordDocument"], env=env,
             stdin=document["a.doc"], holds=b"\x00"),
+        Job("ole-list-classic", [ksv, "ole", "list", "--classic", "a.doc"], document, env=env,
+            holds=b"WordDocument"),
+        Job("ole-cat-classic", [ksv, "ole", "cat", "--classic", "a.doc", "WordDocument"], document,
+            env=env, holds=b"\x00"),
+        Job("ole-cat-output", [ksv, "ole", "cat", "a.doc", "1Table", "-o", "out"], document, env=env,
+            out=b"", any_after=True),
+        Job("ole-extract", [ksv, "ole", "extract", "a.doc", "parts"], document, env=env, out=b"",
+            any_after=True),
+        Job("ole-check", [ksv, "ole", "check", "a.doc"], document, env=env, out=b"a.doc: sound\n"),
     ]
 
 
