@@ -62,19 +62,47 @@ std::string classicResult(const std::string& input, bool json) {
   return classicLines(nameField(nameForMessages(input), ResultForm::kClassic), found);
 }
 
-std::string lineFor(const OutputCharset& output, const nlohmann::ordered_json& record) {
-  return output.hasEverything() ? jsonLine(record) : asciiJsonLine(record);
-}
+// The charset of what is written. UTF-8 asks for nothing, so that documents in ASCII or UTF-8 are
+// shown before any charset is loaded.
+class SummaryOutput {
+ public:
+  explicit SummaryOutput(const std::string& charset) {
+    if (isUtf8(charset)) return;
+    ruleBase_.emplace();
+    charset_.emplace(ruleBase_->names(), charset, OutputCharset::Lacking::kIsShown);
+  }
+
+  std::string encoded(const std::string& text) const {
+    return charset_ ? charset_->encoded(text) : text;
+  }
+  std::string lineFor(const nlohmann::ordered_json& record) const {
+    const bool hasEverything = !charset_ || charset_->hasEverything();
+    return hasEverything ? jsonLine(record) : asciiJsonLine(record);
+  }
+  // What is said of a text that it cannot hold; empty: it can.
+  std::string complaintAbout(const std::string& text) const {
+    if (!charset_ || charset_->holds(text)) return "";
+    return "holds characters that are not in " + charset_->display() + "; they are replaced";
+  }
+
+ private:
+  static bool isUtf8(const std::string& charset) {
+    return charset == "UTF-8" || charset == "utf-8" || charset == "utf8";
+  }
+
+  std::optional<RuleBase> ruleBase_;
+  std::optional<OutputCharset> charset_;
+};
 
 // What is told of a document whose result has been written all the same; empty: all is well.
 std::string complaintAbout(const DocumentSummary& summary, const std::string& text,
-                           const OutputCharset& output) {
+                           const SummaryOutput& output) {
   if (const std::optional<std::string> loss = lossOf(summary)) return "is damaged: " + *loss;
-  if (output.holds(text)) return "";
-  return "holds characters that are not in " + output.display() + "; they are replaced";
+  return output.complaintAbout(text);
 }
 
-int runClassic(const SummaryArguments& arguments, const Inputs& inputs, const RuleBase& ruleBase) {
+int runClassic(const SummaryArguments& arguments, const Inputs& inputs) {
+  const RuleBase ruleBase;
   const OutputCharset output(ruleBase.names(), arguments.charset,
                              OutputCharset::Lacking::kIsLeftToLibrary);
   WorkList list(inputs.paths, inputs.refused);
@@ -85,15 +113,14 @@ int runClassic(const SummaryArguments& arguments, const Inputs& inputs, const Ru
   });
 }
 
-int show(const SummaryArguments& arguments, const Inputs& inputs, const RuleBase& ruleBase) {
-  const OutputCharset output(ruleBase.names(), arguments.charset, OutputCharset::Lacking::kIsShown);
+int show(const SummaryArguments& arguments, const Inputs& inputs) {
+  const SummaryOutput output(arguments.charset);
   const SummaryForm form = arguments.all ? SummaryForm::kAll : SummaryForm::kKnown;
   const auto which = arguments.all ? properties::WhichSets::kAll : properties::WhichSets::kKnown;
   WorkList list(inputs.paths, inputs.refused);
   list.tell(arguments.verbosity.chosen());
   if (arguments.json)
-    list.recordFailures(
-        [&](const auto& record) { return output.encoded(lineFor(output, record)); });
+    list.recordFailures([&](const auto& record) { return output.encoded(output.lineFor(record)); });
   return list.run(arguments.jobs, [&](size_t index) {
     const std::string& input = inputs.paths[index];
     const DocumentSummary summary = readSummary(input, which);
@@ -101,7 +128,7 @@ int show(const SummaryArguments& arguments, const Inputs& inputs, const RuleBase
     if (arguments.json) {
       nlohmann::ordered_json record = recordOf(input, ResultForm::kFull);
       addSummary(record, summary, form);
-      text = lineFor(output, record);
+      text = output.lineFor(record);
     } else {
       text = summaryLines(nameField(nameForMessages(input), ResultForm::kFull), summary, form);
     }
@@ -184,12 +211,10 @@ int change(const SummaryArguments& arguments, const Inputs& inputs) {
 
 int summarise(const SummaryArguments& arguments) {
   const Inputs inputs = inputsNamedBy(arguments.inputs);
-  const RuleBase ruleBase;
   if (arguments.edits.areGiven()) return change(arguments, inputs);
   if (arguments.output || arguments.inPlace)
     throw UsageError("-o and --in-place go with --set, --set-custom and --remove");
-  return arguments.classic ? runClassic(arguments, inputs, ruleBase)
-                           : show(arguments, inputs, ruleBase);
+  return arguments.classic ? runClassic(arguments, inputs) : show(arguments, inputs);
 }
 
 }  // namespace
