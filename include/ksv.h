@@ -600,8 +600,7 @@ KSV_API int ksv_document_damage(const ksv_document* document, size_t index, ksv_
 
 /* Which kind of document it is. The texts are the library's for good. */
 typedef struct ksv_document_kind {
-  const char* name;        /* "word", "excel", "powerpoint", "visio", "mail", "installer", ...; null:
-                              nothing is known */
+  const char* name;        /* "word", "excel", "visio", "mail" and so on; null: nothing is known */
   const char* description; /* "Word document"; null */
   double confidence;       /* 1: the class of the root and the streams both say so; 0: nothing does */
   int32_t has_macros;      /* 1: it, or something embedded in it, has code */
@@ -690,10 +689,9 @@ typedef struct ksv_property {
   uint32_t reserved; /* 0 */
   const char* key;   /* of those that all kinds of documents have: "title", "lastSavedBy"; else null */
   const char* name;  /* the one that users have given it, UTF-8; else null */
-  const char* note;  /* what is to be known of it beside the value, such as a code page that is declared
-                        wrongly: one line of UTF-8; else null */
+  const char* note;  /* what is to be known of it beside the value, one line of UTF-8; else null */
   uint64_t offset;   /* in the stream */
-  ksv_property_value value;
+  ksv_property_value value; /* what it says */
 } ksv_property;
 
 /* A property by its place; null behind the last. */

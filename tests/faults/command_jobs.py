@@ -265,6 +265,8 @@ def _document_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
             holds=b'"title":'),
         Job("summary-stdin", [ksv, "summary"], rooms.of("windows31j", "utf-8", "utf-16"), env=env,
             stdin=document["a.doc"], holds=b"  Title "),
+        Job("summary-classic", [ksv, "summary", "--classic", "a.doc"], both, env=env,
+            holds=b"  Title "),
         Job("summary-all", [ksv, "summary", "--all", "a.doc"], both, env=env, holds=b"VT_LPSTR"),
         Job("summary-set", [ksv, "summary", "--set", "title=x", "--in-place=.bak", "a.doc"], both,
             env=env, out=b"", operands=["a.doc"], in_place=True, any_after=True,

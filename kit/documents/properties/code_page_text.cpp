@@ -15,6 +15,7 @@ namespace ksv_kit::properties {
 namespace {
 
 constexpr char kWideCharset[] = "UTF-16LE";
+constexpr char kUtf8Charset[] = "UTF-8";
 constexpr char kUsualCharset[] = "windows-1252";
 
 bool isAscii(std::string_view bytes) {
@@ -227,6 +228,7 @@ std::string charsetOf(uint16_t codePage) {
   static std::mutex* const mutex = new std::mutex;
   static auto* const charsets = new std::map<uint16_t, std::string>;
   if (codePage == kUtf16Page) return kWideCharset;
+  if (codePage == kUtf8Page) return kUtf8Charset;
   const std::lock_guard<std::mutex> lock(*mutex);
   if (const auto found = charsets->find(codePage); found != charsets->end()) return found->second;
   const CharsetNames& names = Engine::instance().names();
