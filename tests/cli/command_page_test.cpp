@@ -178,9 +178,9 @@ TEST_F(CommandPage, tells_every_field_of_each_record) {
   expectTold("ole", ksv({"ole", "extract", "--json", "document", "parts"}).out);
   expectTold("ole", ksv({"ole", "check", "--json", "document"}).out);
   write("cut", read("document").substr(0, 600));
-  for (const auto& damage :
-       nlohmann::json::parse(ksv({"ole", "check", "--json", "cut"}).out).at("damages"))
-    expectTold("ole", damage.dump());
+  const auto checked = nlohmann::json::parse(ksv({"ole", "check", "--json", "cut"}).out);
+  EXPECT_FALSE(checked.at("damages").empty());
+  for (const auto& damage : checked.at("damages")) expectTold("ole", damage.dump());
   expectTold("charsets", ksv({"charsets", "--json"}).out);
   std::filesystem::create_directory(pathOf(path("empty")));
   expectTold("lint", ksv({"lint", "--json", "empty"}).out);

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <map>
 
 #include "documents.h"
@@ -62,26 +64,52 @@ std::string linksOf(std::map<uint32_t, uint32_t> links) {
 
 uint64_t offsetOf(uint32_t sector) { return (uint64_t{sector} + 1) * kSector; }
 
+constexpr uint32_t kFarFirst = 1025 * kLinks;
+
 // The directory is sector 0, its table sector 1, the list sector 2; the table of the sectors from
-// 1025 * 1024 on is sector 3, and the stream begins with that many: behind 4 GB.
+// 1025 * 1024 on is sector 3, and the stream begins with that many: behind 4 GB. Its sectors are
+// one apart.
+template <typename Put>
+void putFarDocument(Put put) {
+  put(0, headerOf(0, 1, 2));
+  put(offsetOf(0),
+      entryOf(u"Root Entry", 5, 1, kEnd, 0) + entryOf(u"Far", 2, kNone, kFarFirst, 2 * kSector));
+  put(offsetOf(1), linksOf({{0, kEnd}}));
+  put(offsetOf(2), linksOf({{1025 - 109, 3}, {kLinks - 1, kEnd}}));
+  put(offsetOf(3), linksOf({{0, 2 + kFarFirst}, {2, kEnd}}));
+  put(offsetOf(kFarFirst), pattern(kSector, 7));
+  put(offsetOf(kFarFirst + 2), pattern(kSector, 8));
+}
+
 TEST(LargeDocument, streams_behind_4_GB_are_read) {
-  constexpr uint32_t kFirst = 1025 * kLinks;
   uint64_t bytesRead = 0;
-  auto store = std::make_unique<SparseBytes>(offsetOf(kFirst + 3), bytesRead);
-  store->put(0, headerOf(0, 1, 2));
-  store->put(offsetOf(0), entryOf(u"Root Entry", 5, 1, kEnd, 0) +
-                              entryOf(u"Far", 2, kNone, kFirst, 2 * kSector));
-  store->put(offsetOf(1), linksOf({{0, kEnd}}));
-  store->put(offsetOf(2), linksOf({{1025 - 109, 3}, {kLinks - 1, kEnd}}));
-  store->put(offsetOf(3), linksOf({{0, 2 + kFirst}, {2, kEnd}}));
-  store->put(offsetOf(kFirst), pattern(kSector, 7));
-  store->put(offsetOf(kFirst + 2), pattern(kSector, 8));
+  auto store = std::make_unique<SparseBytes>(offsetOf(kFarFirst + 3), bytesRead);
+  putFarDocument([&](uint64_t offset, const std::string& bytes) { store->put(offset, bytes); });
   const auto document = Document::open(std::move(store));
   ASSERT_NE(document, nullptr);
   EXPECT_GT(document->fileSize(), uint64_t{1} << 32);
   EXPECT_EQ(contentAt(*document, "Far"), pattern(kSector, 7) + pattern(kSector, 8));
   EXPECT_EQ(damagesOf(*document), std::vector<std::string>());
   EXPECT_LT(bytesRead, 64u * 1024);
+}
+
+// The file has holes, and takes a few kilobytes of the disk.
+TEST(LargeDocument, files_of_more_than_4_GB_are_read) {
+  const std::string path = testing::TempDir() + "ksv_far_document";
+  {
+    std::ofstream file(path, std::ios::binary);
+    putFarDocument([&](uint64_t offset, const std::string& bytes) {
+      file.seekp(static_cast<std::streamoff>(offset));
+      file << bytes;
+    });
+  }
+  {
+    const auto document = Document::open(bytesOfFile(path.c_str()));
+    ASSERT_NE(document, nullptr);
+    EXPECT_GT(document->fileSize(), uint64_t{1} << 32);
+    EXPECT_EQ(contentAt(*document, "Far"), pattern(kSector, 7) + pattern(kSector, 8));
+  }
+  std::remove(path.c_str());
 }
 
 constexpr uint32_t kHugeFirst = 2000;
