@@ -596,6 +596,148 @@ KSV_API ksv_result ksv_document_check(ksv_document* document, ksv_error* error);
 KSV_API size_t ksv_document_damage_count(const ksv_document* document);
 KSV_API int ksv_document_damage(const ksv_document* document, size_t index, ksv_damage* damage);
 
+/* ---- Properties of documents ---- */
+
+/* Which kind of document it is. The texts are the library's for good. */
+typedef struct ksv_document_kind {
+  const char* name;        /* "word", "excel", "visio", "mail" and so on; null: nothing is known */
+  const char* description; /* "Word document"; null */
+  double confidence;       /* 1: the class of the root and the streams both say so; 0: nothing does */
+  int32_t has_macros;      /* 1: it, or something embedded in it, has code */
+  int32_t is_encrypted;    /* 1: it needs a password */
+  int32_t is_template;     /* 1, 0; -1: this kind of document does not say */
+  uint32_t reserved;       /* 0 */
+} ksv_document_kind;
+
+/* Finds out the kind by the class of the root and by how a few streams begin. */
+KSV_API ksv_result ksv_document_get_kind(ksv_document* document, ksv_document_kind* kind,
+                                         ksv_error* error);
+
+/* The property sets of a document, or of bytes, with texts as UTF-8. Immutable, and of its own: the
+ * document may be closed before it. */
+typedef struct ksv_properties ksv_properties;
+
+/* Which sets are read. */
+typedef enum ksv_property_scope {
+  KSV_PROPERTIES_KNOWN = 0, /* the two that all kinds of documents have */
+  KSV_PROPERTIES_ALL = 1    /* each stream that begins as a set does, those two first */
+} ksv_property_scope;
+
+/* Reads the sets of a document; it may have none. What is damaged in them is told
+ * (ksv_properties_damage), and what is sound is read. scope: a ksv_property_scope. *properties is the
+ * caller's: ksv_properties_free; null when the call fails. */
+KSV_API ksv_result ksv_document_properties(ksv_document* document, int32_t scope,
+                                           ksv_properties** properties, ksv_error* error);
+/* The same of the bytes of one set, which need not stay. */
+KSV_API ksv_result ksv_properties_read(const void* bytes, size_t length,
+                                       ksv_properties** properties, ksv_error* error);
+/* Takes null. */
+KSV_API void ksv_properties_free(ksv_properties* properties);
+
+/* A section of a set: a list of properties of one format. The texts are those of the properties. */
+typedef struct ksv_property_section {
+  const char* path;        /* of the stream in the document; "" of bytes */
+  const char* format;      /* "{F29F85E0-4FF9-1068-AB91-08002B27B3D9}" */
+  const char* format_name; /* "summary", "documentSummary", "userDefined"; null of other formats */
+  uint64_t offset;         /* in the stream */
+  uint32_t index;          /* in the set: 0 is its first section */
+  uint32_t code_page;      /* the one that is declared; 0: none is */
+  size_t property_count;   /* how many properties it has */
+} ksv_property_section;
+
+/* How many sections all sets have, and the one at an index; null behind the last. */
+KSV_API size_t ksv_properties_section_count(const ksv_properties* properties);
+KSV_API const ksv_property_section* ksv_properties_section(const ksv_properties* properties,
+                                                           size_t index);
+
+/* What a value is, whatever its type in the set. */
+typedef enum ksv_value_form {
+  KSV_VALUE_NOTHING = 0,    /* empty or null */
+  KSV_VALUE_INTEGER = 1,    /* integer: signed numbers, error codes */
+  KSV_VALUE_NATURAL = 2,    /* natural: unsigned numbers */
+  KSV_VALUE_REAL = 3,       /* real */
+  KSV_VALUE_BOOLEAN = 4,    /* integer: 1 or 0 */
+  KSV_VALUE_TEXT = 5,       /* text; names of streams and storages, too */
+  KSV_VALUE_TIME = 6,       /* natural: FILETIME, units of 100 ns since 1601, in UTC */
+  KSV_VALUE_DURATION = 7,   /* natural: a length of time in such units */
+  KSV_VALUE_DATE = 8,       /* real: days since 1899-12-30, of no time zone */
+  KSV_VALUE_DECIMAL = 9,    /* text: "-12.345" */
+  KSV_VALUE_CLASS_ID = 10,  /* text: as ksv_property_section has formats; bytes: 16 */
+  KSV_VALUE_CLIPBOARD = 11, /* text: the format, "Windows metafile"; bytes: without what says so */
+  KSV_VALUE_BYTES = 12,     /* bytes */
+  KSV_VALUE_SEQUENCE = 13   /* a vector or an array: its elements */
+} ksv_value_form;
+
+/* A value. What its form does not name is 0, null or empty, but bytes, which are those of the set
+ * without lengths and padding, where no more is said. The pointers are those of the properties. */
+typedef struct ksv_property_value {
+  uint32_t type;         /* as the format numbers it: 30 is VT_LPSTR; vectors have 0x1000 */
+  int32_t form;          /* a ksv_value_form */
+  int64_t integer;       /* a signed number */
+  uint64_t natural;      /* an unsigned number */
+  double real;           /* a number with a fraction */
+  const char* text;      /* UTF-8 with a zero byte behind its end; may hold zero bytes */
+  size_t text_length;    /* in bytes */
+  const uint8_t* bytes;  /* as they stand there */
+  size_t byte_count;     /* how many they are */
+  size_t element_count;  /* of KSV_VALUE_SEQUENCE */
+} ksv_property_value;
+
+/* A property. The texts are those of the properties. */
+typedef struct ksv_property {
+  uint32_t id;       /* its number in the section */
+  uint32_t reserved; /* 0 */
+  const char* key;   /* of those that all kinds of documents have: "title", "lastSavedBy"; else null */
+  const char* name;  /* the one that users have given it, UTF-8; else null */
+  const char* note;  /* what is to be known of it beside the value, one line of UTF-8; else null */
+  uint64_t offset;   /* in the stream */
+  ksv_property_value value; /* what it says */
+} ksv_property;
+
+/* A property by its place; null behind the last. */
+KSV_API const ksv_property* ksv_properties_at(const ksv_properties* properties, size_t section,
+                                              size_t index);
+/* A property by its key, or by the name that users have given it; null: there is none. */
+KSV_API const ksv_property* ksv_properties_find(const ksv_properties* properties, const char* key);
+
+/* An element of a vector or an array. 0: there is none of that index, and *element stays as it was. Of
+ * elements that are vectors themselves only the number of elements is told, of decimals, class ids
+ * and clipboard values only the bytes. */
+KSV_API int ksv_properties_element(const ksv_properties* properties, const ksv_property* property,
+                                   size_t index, ksv_property_value* element);
+
+/* What can be wrong with a set. */
+typedef enum ksv_property_damage_kind {
+  KSV_PROPERTY_NO_HEADER = 0,       /* the bytes do not begin as a set does */
+  KSV_PROPERTY_SECTION_OUTSIDE = 1, /* a section begins behind the end */
+  KSV_PROPERTY_SECTION_CUT = 2,     /* a section says that it is longer than what is there */
+  KSV_PROPERTY_LIST_CUT = 3,        /* a list of sections or properties is cut */
+  KSV_PROPERTY_OUTSIDE = 4,         /* a property begins outside its section */
+  KSV_PROPERTY_BEYOND_SECTION = 5,  /* a property ends behind its section; it was read */
+  KSV_PROPERTY_VALUE_CUT = 6,       /* a value is longer than what is there */
+  KSV_PROPERTY_DICTIONARY_CUT = 7,  /* the names of users are longer than what is there */
+  KSV_PROPERTY_UNKNOWN_TYPE = 8,    /* a type that the format does not have; its bytes were read */
+  KSV_PROPERTY_TOO_DEEP = 9,        /* values within values beyond any sense */
+  KSV_PROPERTY_TWICE = 10,          /* a number that an earlier property has */
+  KSV_PROPERTY_OVERLAPPING = 11     /* properties lie upon each other; the rest was not read */
+} ksv_property_damage_kind;
+
+/* One thing that is wrong. The texts are those of the properties. */
+typedef struct ksv_property_damage {
+  int32_t kind;        /* a ksv_property_damage_kind */
+  uint32_t has_id;     /* 1: it is about a property */
+  uint32_t id;         /* its number */
+  uint32_t reserved;   /* 0 */
+  uint64_t offset;     /* in the stream */
+  const char* path;    /* of the stream; "" of bytes */
+  const char* message; /* in words, one line */
+} ksv_property_damage;
+
+/* How many different damages there are, and the one at an index; null behind the last. */
+KSV_API size_t ksv_properties_damage_count(const ksv_properties* properties);
+KSV_API const ksv_property_damage* ksv_properties_damage(const ksv_properties* properties,
+                                                         size_t index);
+
 KSV_EXTERN_C_END
 
 #endif

@@ -731,6 +731,104 @@ class Document {
   std::unique_ptr<ksv_document, Delete> document_;
 };
 
+// Which kind of document it is.
+struct DocumentKind {
+  std::string name;  // "word"; empty: nothing is known
+  std::string description;
+  double confidence = 0;
+  bool has_macros = false;
+  bool is_encrypted = false;
+  std::optional<bool> is_template;
+};
+
+inline DocumentKind kind_of(Document& document) {
+  ksv_document_kind found;
+  ksv_error error;
+  detail::require(ksv_document_get_kind(document.handle(), &found, &error), error);
+  DocumentKind kind;
+  if (found.name != nullptr) kind.name = found.name;
+  if (found.description != nullptr) kind.description = found.description;
+  kind.confidence = found.confidence;
+  kind.has_macros = found.has_macros != 0;
+  kind.is_encrypted = found.is_encrypted != 0;
+  if (found.is_template >= 0) kind.is_template = found.is_template != 0;
+  return kind;
+}
+
+// The property sets of a document. What its functions give points into it.
+class Properties {
+ public:
+  static Properties of(Document& document, ksv_property_scope scope = KSV_PROPERTIES_KNOWN) {
+    return made([&](ksv_properties** properties, ksv_error* error) {
+      return ksv_document_properties(document.handle(), scope, properties, error);
+    });
+  }
+  // Of the bytes of one set.
+  static Properties read(std::string_view bytes) {
+    return made([&](ksv_properties** properties, ksv_error* error) {
+      return ksv_properties_read(bytes.data(), bytes.size(), properties, error);
+    });
+  }
+
+  std::vector<ksv_property_section> sections() const {
+    std::vector<ksv_property_section> sections;
+    for (std::size_t i = 0; i < ksv_properties_section_count(properties_.get()); ++i)
+      sections.push_back(*ksv_properties_section(properties_.get(), i));
+    return sections;
+  }
+  // Of a section.
+  std::vector<ksv_property> properties(std::size_t section) const {
+    std::vector<ksv_property> properties;
+    while (const ksv_property* found =
+               ksv_properties_at(properties_.get(), section, properties.size()))
+      properties.push_back(*found);
+    return properties;
+  }
+  // By its key, or by the name that users have given it; null: there is none.
+  const ksv_property* find(const std::string& key) const noexcept {
+    return ksv_properties_find(properties_.get(), key.c_str());
+  }
+  // The same of a text.
+  std::optional<std::string> text(const std::string& key) const {
+    const ksv_property* found = find(key);
+    if (found == nullptr || found->value.form != KSV_VALUE_TEXT) return std::nullopt;
+    return std::string(found->value.text, found->value.text_length);
+  }
+  // The elements of a vector or an array that find() has given.
+  std::vector<ksv_property_value> elements(const ksv_property* property) const {
+    std::vector<ksv_property_value> elements;
+    ksv_property_value element;
+    while (ksv_properties_element(properties_.get(), property, elements.size(), &element) != 0)
+      elements.push_back(element);
+    return elements;
+  }
+  std::vector<ksv_property_damage> damages() const {
+    std::vector<ksv_property_damage> damages;
+    while (const ksv_property_damage* damage =
+               ksv_properties_damage(properties_.get(), damages.size()))
+      damages.push_back(*damage);
+    return damages;
+  }
+
+  const ksv_properties* handle() const noexcept { return properties_.get(); }
+
+ private:
+  struct Delete {
+    void operator()(ksv_properties* properties) const noexcept { ksv_properties_free(properties); }
+  };
+
+  template <typename Make>
+  static Properties made(Make make) {
+    ksv_properties* properties = nullptr;
+    ksv_error error;
+    detail::require(make(&properties, &error), error);
+    return Properties(properties);
+  }
+  explicit Properties(ksv_properties* properties) : properties_(properties) {}
+
+  std::unique_ptr<ksv_properties, Delete> properties_;
+};
+
 }  // namespace ksv
 
 #endif

@@ -11,6 +11,7 @@ readonly test_packages=(
   python3-olefile
   clang libclang-rt-14-dev locales perl unicode-data
   doxygen strace
+  python3-jsonschema python3-olefile libgsf-bin
   mandoc zsh fish
 )
 # For scripts/site, beside those of building.

@@ -1,7 +1,9 @@
 #include "cli/jobs/opened_document.h"
 
 #include <algorithm>
+#include <optional>
 
+#include "cli/jobs/zipped_document.h"
 #include "cli/system/console.h"
 #include "cli/system/inputs.h"
 #include "cli/system/standard_streams.h"
@@ -12,7 +14,10 @@ using ksv_kit::documents::bytesOfFile;
 
 OpenedDocument::OpenedDocument(const std::string& input)
     : input_(input), document_(Document::open(bytesOfFile(input_.path().c_str()))) {
-  if (document_ == nullptr) throw Failure::at(0, "is not a compound document");
+  if (document_ != nullptr) return;
+  if (const std::optional<std::string> zipped = zippedDocument(input_.path()))
+    throw Failure::at(0, "is " + *zipped + ", which is no compound document");
+  throw Failure::at(0, "is not a compound document");
 }
 
 const char* nameOf(ksv_damage_kind kind) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "cli/jobs/work_sums.h"
@@ -12,11 +13,20 @@
 
 namespace ksv_cli {
 
+namespace {
+
+Failure toldOf(const Failure* failure, const std::exception& error) {
+  return failure == nullptr ? Failure(reasonOf(error)) : *failure;
+}
+
+}  // namespace
+
 Failure failureToTell(const std::exception& error) {
   const auto* const failure = dynamic_cast<const Failure*>(&error);
-  if (failure == nullptr) return Failure(reasonOf(error));
+  const bool isWantOfMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+  if (isWantOfMemory || (failure != nullptr && failure->quiet())) return toldOf(failure, error);
   const std::optional<std::string> fault = systemFault();
-  return fault && !failure->quiet() ? Failure(*fault) : *failure;
+  return fault ? Failure(*fault) : toldOf(failure, error);
 }
 
 OrderedOutput::OrderedOutput(size_t count, Console& console)

@@ -28,7 +28,7 @@ NAVIGATION = {
                     "docs/cutting.md", "docs/strings.md", "docs/mapping.md", "docs/files.md",
                     "docs/paths.md", "docs/log.md", "docs/memory.md"],
     "Charsets": ["charsets/README.md", "docs/unicode.md", "docs/profiles.md",
-                 "docs/detection_accuracy.md"],
+                 "docs/properties.md", "docs/detection_accuracy.md"],
     "What it promises": ["docs/security.md", "docs/faults.md", "docs/abi.md",
                          "docs/windows.md", "docs/licences.md"],
     "How it is made": ["docs/architecture.md", "CONTRIBUTING.md", "bench/README.md",

@@ -10,21 +10,11 @@
 
 #include "kit/documents/document.h"
 #include "kit/documents/entry_names.h"
+#include "kit/interface/document_handle.h"
 #include "kit/interface/errors.h"
 #include "ksv.h"
 
 namespace documents = ksv_kit::documents;
-
-struct ksv_document {
-  explicit ksv_document(std::unique_ptr<documents::Document> read);
-
-  std::unique_ptr<documents::Document> document;
-  std::vector<std::string> names;
-  std::vector<std::vector<uint16_t>> units;
-  std::vector<ksv_entry> entries;
-  documents::CheckedFacts checked;
-  bool isChecked = false;
-};
 
 namespace ksv_kit {
 namespace {

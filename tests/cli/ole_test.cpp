@@ -182,7 +182,7 @@ TEST_F(Ole, classic_calls_documents_with_large_sectors_not_supported) {
   write("large", large);
   const std::string reason = "ksv: large: has sectors of 4,096 bytes: not supported by --classic";
   EXPECT_EQ(expectFailure({"ole", "list", "--classic", "large"}), reason + " (offset 30)\n");
-  EXPECT_EQ(expectFailure({"summary", "large"}), reason + " (offset 30)\n");
+  EXPECT_EQ(expectFailure({"summary", "--classic", "large"}), reason + " (offset 30)\n");
 }
 
 // The entry of a stream says 2^31 + 5 bytes.

@@ -70,9 +70,21 @@ class Command(Room):
             for name in self.room.glob("a.doc"):
                 name.unlink()
             ended = self.run_job(self.set_up(job), "-P", "a.doc", "-e",
-                                 "inject=read:error=EIO:when=2+")
-            self.expect(ended, 1, "ksv: a.doc: cannot be read: Input/output error")
+                                 "inject=pread64:error=EIO:when=2+")
+            self.expect(ended, 1, "ksv: a.doc: Input/output error")
             self.assertEqual(ended.out, b"")
+
+    def test_a_document_that_the_library_cannot_read_is_not_a_damaged_one(self):
+        ended = self.run_job(self.set_up("summary-classic"), "-P", "a.doc", "-e",
+                             "inject=read:error=EIO:when=2+")
+        self.expect(ended, 1, "ksv: a.doc: cannot be read: Input/output error")
+        self.assertEqual(ended.out, b"")
+
+    def test_a_document_that_cannot_be_read_is_not_changed(self):
+        ended = self.run_job(self.set_up("summary-set"), "-P", "a.doc", "-e",
+                             "inject=pread64:error=EIO:when=3+")
+        self.expect(ended, 1, "ksv: a.doc: Input/output error")
+        self.assertFalse((self.room / "a.doc.bak").exists())
 
     def test_a_temporary_file_that_cannot_be_removed_is_told(self):
         ended = self.run_job(self.set_up("detect-classic-stdin"), "-e", "inject=unlink:error=EROFS")

@@ -188,7 +188,8 @@ TEST(Library, tells_its_version_and_the_names_of_results) {
   EXPECT_STREQ(ksv_result_name(KSV_OK), "KSV_OK");
   EXPECT_STREQ(ksv_result_name(KSV_SYSTEM), "KSV_SYSTEM");
   EXPECT_STREQ(ksv_result_name(-1), "unknown");
-  EXPECT_STREQ(ksv_result_name(10), "unknown");
+  EXPECT_STREQ(ksv_result_name(KSV_DAMAGED), "KSV_DAMAGED");
+  EXPECT_STREQ(ksv_result_name(12), "unknown");
   ksv_free(nullptr);
   ksv_plan_free(nullptr);
   ksv_converter_free(nullptr);
