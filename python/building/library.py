@@ -75,8 +75,8 @@ def build(sources: Path, scratch: Path) -> Path:
                     # A loader that unpacks relocations is newer than most that a wheel meets.
                     "-DKSV_LOADER_UNPACKS_RELOCATIONS=OFF", f"-DCMAKE_INSTALL_PREFIX={prefix}",
                     "-DCMAKE_INSTALL_LIBDIR=lib", *_utf8proc_archive(), *options], check=True)
-    subprocess.run(["cmake", "--build", str(tree), "--parallel", str(os.cpu_count() or 1)],
-                   check=True)
+    subprocess.run(["cmake", "--build", str(tree), "--parallel", str(os.cpu_count() or 1),
+                    "--target", "libksv", "ksv_charset"], check=True)
     for component in ("runtime", "data", "licences"):
         subprocess.run(["cmake", "--install", str(tree), "--strip", "--component", component],
                        check=True)
