@@ -28,5 +28,5 @@ def line(result: Result) -> str:
 
 def frame(frame: Any, job: Job, path: str = "path", content: str = "content") -> Any:
     """A data frame with a column of paths and, unless they are to be read, one of contents becomes a data frame of results,
-    for `to_parquet`."""
+    for `to_parquet(..., schema=ksv.arrow.SCHEMA, write_index=False)`."""
     return frame.map_partitions(run_frame, job, path, content, meta=META)
