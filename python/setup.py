@@ -34,7 +34,7 @@ class BuildWithLibrary(build_ext):
         library.copy_runtime(installed, place)
         (extension,) = self.extensions
         extension.sources = [module.write_source(SOURCES / "include", HERE / "native", scratch),
-                             "native/column.c"]
+                             *(f"native/{part}.c" for part in module.PARTS)]
         extension.include_dirs = [str(SOURCES / "include"), str(HERE / "native")]
         extension.library_dirs = [str(library.link_directory(installed, scratch))]
         super().run()

@@ -7,6 +7,8 @@ from cffi import FFI
 
 from declarations import declarations
 
+# What the package itself has in C: each a header and a source.
+PARTS = ("column", "room")
 # What the library asks while it converts, answered by ksv._ask.
 CALLBACK = """
 extern "Python" int32_t ksv_python_ask(void* context, const ksv_problem* problem,
@@ -16,8 +18,9 @@ extern "Python" int32_t ksv_python_ask(void* context, const ksv_problem* problem
 
 def write_source(headers: Path, native: Path, scratch: Path) -> str:
     builder = FFI()
-    builder.cdef(declarations(headers / "ksv.h") + declarations(native / "column.h") + CALLBACK)
-    builder.set_source("ksv._native", '#include "ksv.h"\n#include "column.h"\n',
+    parts = [native / f"{part}.h" for part in PARTS]
+    builder.cdef("".join(map(declarations, [headers / "ksv.h", *parts])) + CALLBACK)
+    builder.set_source("ksv._native", "".join(f'#include "{part.name}"\n' for part in parts),
                        py_limited_api=True)
     scratch.mkdir(parents=True, exist_ok=True)
     path = scratch / "_native.c"

@@ -32,12 +32,14 @@ GROWTH = 3
 EXTRA = 64
 
 _allocate = ffi.new_allocator(should_clear_after_alloc=False)
-Scratch = tuple[Any, int, Any, Any]  # room, its size, a size_t, a ksv_error
-idle: list[Scratch] = []
+Room = tuple[Any, Any, int]  # a ksv_room, its data, and its size
+idle: list[Room] = []
 
 
-def new_scratch(size: int = ROOM_OF_NEW) -> Scratch:
-    return _allocate("char[]", size), size, ffi.new("size_t*"), ffi.new("ksv_error*")
+def new_room(size: int = ROOM_OF_NEW) -> Room:
+    room, data = ffi.new("ksv_room*"), _allocate("char[]", size)
+    room.data, room.capacity = data, size
+    return room, data, size
 
 
 def taken_bytes(block: Any, length: int) -> bytes:

@@ -2,20 +2,19 @@
 from __future__ import annotations
 
 import json
-from typing import Any, Optional
+from typing import TYPE_CHECKING, Any
 
 from ksv._buffers import ROOM_OF_NEW, Buffer, taken_bytes, view
 from ksv._errors import check, error_of
 from ksv._native import ffi, lib
-from ksv._options import Filled, Options, Policy
-from ksv._plans import Plan, converted, keep, kept_plan, plan_for
+from ksv._options import Filled, Keywords, Options
+from ksv._plans import converted, plain_plan, plain_plans, plan_for
+
+if TYPE_CHECKING:
+    from typing_extensions import Unpack
 
 
-def convert(data: Buffer, source: str, target: str, *, invalid: Policy = "fail",
-            unmappable: Policy = "fail", newline: str = "keep", mark: str = "drop",
-            byte_order: str = "little", normalize: Optional[str] = None, widths: str = "",
-            profile: Optional[str] = None, invalid_text: Optional[str] = None,
-            unmappable_text: Optional[str] = None) -> bytes:
+def convert(data: Buffer, source: str, target: str, **options: Unpack[Keywords]) -> bytes:
     """Converts a text from one charset to another.
 
     `data` is anything with a buffer: bytes, bytearray, memoryview, mmap, array or a NumPy array; it is not
@@ -39,14 +38,10 @@ def convert(data: Buffer, source: str, target: str, *, invalid: Policy = "fail",
 
     Raises `InvalidText`, `TruncatedText`, `UnmappableCharacter`, `UnknownCharset` or `BadArgument`.
     """
-    key = (source, target, invalid, unmappable, newline, mark, byte_order, normalize, widths,
-           profile, invalid_text, unmappable_text)
-    plan = kept_plan(key)
-    if plan is None:
-        options = Options(*key[2:])
-        plan = Plan(source, target, options)
-        if plan.asker is None:
-            keep(key, plan)
+    if options:
+        plan = plan_for(source, target, Options(**options))
+    else:
+        plan = plain_plans.get((source, target)) or plain_plan(source, target)
     return converted(plan, data) if type(data) is bytes else plan.convert(data)
 
 
@@ -61,7 +56,7 @@ class Converter:
     The keywords are those of `convert`. One thread uses it at a time.
     """
 
-    def __init__(self, source: str, target: str, **options: Any) -> None:
+    def __init__(self, source: str, target: str, **options: Unpack[Keywords]) -> None:
         self._plan = plan_for(source, target, Options(**options))
         handle, self._error = ffi.new("ksv_converter**"), ffi.new("ksv_error*")
         check(lib.ksv_converter_new(self._plan.handle, handle, self._error), self._error)
@@ -121,7 +116,7 @@ class Converter:
         return int(counts.invalid_bytes), int(counts.unmappable)
 
 
-def report(data: Buffer, source: str, target: str, **options: Any) -> dict[str, Any]:
+def report(data: Buffer, source: str, target: str, **options: Unpack[Keywords]) -> dict[str, Any]:
     """What a conversion would lose, each thing once with its count and first place, as
     `ksv convert --report=json` tells it. The keywords are those of `convert`, without functions."""
     filled = Filled(Options(**options))

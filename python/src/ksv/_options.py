@@ -3,7 +3,7 @@ from __future__ import annotations
 
 import threading
 from dataclasses import dataclass
-from typing import Any, Callable, NamedTuple, Optional, Union
+from typing import Any, Callable, NamedTuple, Optional, TypedDict, Union
 
 from ksv._errors import BadArgument
 from ksv._native import ffi, lib
@@ -57,6 +57,21 @@ class Options:
     profile: Optional[str] = None
     invalid_text: Optional[str] = None
     unmappable_text: Optional[str] = None
+
+
+class Keywords(TypedDict, total=False):
+    """The same as keywords of a call."""
+
+    invalid: Policy
+    unmappable: Policy
+    newline: str
+    mark: str
+    byte_order: str
+    normalize: Optional[str]
+    widths: str
+    profile: Optional[str]
+    invalid_text: Optional[str]
+    unmappable_text: Optional[str]
 
 
 def _choice(kind: str, name: Any, choices: dict[Any, int]) -> int:

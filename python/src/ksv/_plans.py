@@ -3,13 +3,12 @@ from __future__ import annotations
 
 from typing import Any
 
-from ksv._buffers import (EXTRA, GROWTH, LARGEST_ROOM, Buffer, idle, new_scratch, taken_bytes,
-                          view)
+from ksv._buffers import (EXTRA, GROWTH, LARGEST_ROOM, Buffer, idle, new_room, taken_bytes, view)
 from ksv._errors import check, error_of
 from ksv._native import ffi, lib
 from ksv._options import Filled, Options
 
-_convert_into = lib.ksv_plan_convert_into
+_convert = lib.ksv_room_convert
 _unpack = ffi.unpack
 
 
@@ -38,44 +37,46 @@ class Plan:
 def converted(plan: Plan, source: Any) -> bytes:
     """A whole text, from bytes or from a view. This is what short texts wait for."""
     try:
-        scratch = idle.pop()
+        taken = idle.pop()
     except IndexError:
-        scratch = new_scratch()
-    room, size, written, error = scratch
+        taken = new_room()
+    room, data, size = taken
     length = len(source)
     if length * GROWTH + EXTRA > size:
-        idle.append(scratch)
+        idle.append(taken)
         return _converted_long(plan, source, length)
-    result = _convert_into(plan.handle, source, length, room, size, written, error)
-    if result == 0:
-        text: bytes = _unpack(room, written[0])
-        idle.append(scratch)
+    written = _convert(plan.handle, source, length, room)
+    if written >= 0:
+        text: bytes = _unpack(data, written)
+        idle.append(taken)
         return text
-    idle.append(scratch)
-    return _converted_again(plan, result, source, length, error)
+    try:
+        return _converted_again(plan, source, length, room)
+    finally:
+        idle.append(taken)
 
 
 def _converted_long(plan: Plan, source: Any, length: int) -> bytes:
     needed = length * GROWTH + EXTRA
     if needed > LARGEST_ROOM:
         return _converted_into_new_block(plan, source, length)
-    room, size, written, error = scratch = new_scratch(min(2 * needed, LARGEST_ROOM))
+    room, data, _ = taken = new_room(min(2 * needed, LARGEST_ROOM))
     if idle:
         idle.pop()  # The larger one takes its place.
-    result = _convert_into(plan.handle, source, length, room, size, written, error)
-    if result != lib.KSV_OK:
-        return _converted_again(plan, result, source, length, error)
-    text: bytes = _unpack(room, written[0])
-    idle.append(scratch)
+    written = _convert(plan.handle, source, length, room)
+    if written < 0:
+        return _converted_again(plan, source, length, room)
+    text: bytes = _unpack(data, written)
+    idle.append(taken)
     return text
 
 
-def _converted_again(plan: Plan, result: int, source: Any, length: int, error: Any) -> bytes:
+def _converted_again(plan: Plan, source: Any, length: int, room: Any) -> bytes:
     """Replacements can be longer than there is room."""
     if plan.asker is not None:
         plan.asker.raise_noted()
-    if result != lib.KSV_NO_ROOM:
-        raise error_of(error)
+    if room.result != lib.KSV_NO_ROOM:
+        raise error_of(room.error)
     return _converted_into_new_block(plan, source, length)
 
 
@@ -90,7 +91,9 @@ def _converted_into_new_block(plan: Plan, source: Any, length: int) -> bytes:
 
 
 _MOST_KEPT = 256
-_plans: dict[Any, Plan] = {}
+_plans: dict[tuple[str, str, Options], Plan] = {}
+plain_plans: dict[tuple[str, str], Plan] = {}
+"""Those without options."""
 
 
 def plan_for(source: str, target: str, options: Options) -> Plan:
@@ -98,16 +101,20 @@ def plan_for(source: str, target: str, options: Options) -> Plan:
     functions are made anew: those may belong to one text."""
     if callable(options.invalid) or callable(options.unmappable):
         return Plan(source, target, options)
-    key = (source, target, options)
-    plan = _plans.get(key)
-    return plan if plan is not None else keep(key, Plan(source, target, options))
-
-
-def keep(key: Any, plan: Plan) -> Plan:
-    if len(_plans) >= _MOST_KEPT:
-        _plans.clear()
-    _plans[key] = plan
+    plan = _plans.get((source, target, options))
+    if plan is None:
+        plan = Plan(source, target, options)
+        _keep(_plans, (source, target, options), plan)
     return plan
 
 
-kept_plan = _plans.get
+def plain_plan(source: str, target: str) -> Plan:
+    plan = Plan(source, target)
+    _keep(plain_plans, (source, target), plan)
+    return plan
+
+
+def _keep(plans: Any, key: Any, plan: Plan) -> None:
+    if len(plans) >= _MOST_KEPT:
+        plans.clear()
+    plans[key] = plan
