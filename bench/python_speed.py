@@ -7,7 +7,8 @@ and chardet, by threads, on columns of Arrow, and of whole jobs.
     bench-python/bin/pip install build/python/dist/ksv-*.whl pyarrow charset-normalizer chardet
     bench-python/bin/python bench/python_speed.py > out.md
 
-Needs cc. Each figure is the fastest of several rounds, since other programs only ever make it slower; the contestants take turns.
+Needs cc. Each figure but those of threads is of processor time, and of the fastest of several rounds, since other programs only ever
+make it slower; the contestants of conversion take turns.
 """
 import concurrent.futures
 import datetime
@@ -36,10 +37,10 @@ def fastest(function, calls, rounds=ROUNDS):
     """Nanoseconds a call."""
     found = []
     for _ in range(rounds):
-        begin = time.perf_counter_ns()
+        begin = time.process_time_ns()
         for _ in range(calls):
             function()
-        found.append((time.perf_counter_ns() - begin) / calls)
+        found.append((time.process_time_ns() - begin) / calls)
     return min(found)
 
 
@@ -164,24 +165,43 @@ def columns():
                 ["a value", "`ksv.arrow.convert`", "row by row", "times"], rows)
 
 
+def files_of(folder, size, count):
+    """Of several charsets, each with bytes of its own."""
+    rows = []
+    for number in range(count):
+        charset = ("cp932", "euc_jp", "utf-8")[number % 3]
+        path = Path(folder) / f"{size}-{number}"
+        path.write_bytes(f"{number}\n".encode() + text_of(charset, size))
+        rows.append((str(path), charset))
+    return rows
+
+
 def whole_jobs():
-    """Of processor time, which other programs do not add to."""
     rows = []
     with tempfile.TemporaryDirectory() as folder:
         for size in (2000, 10_000, 100_000):
-            contents = [f"{number}\n".encode() + text_of(charset, size) for number in range(300)
-                        for charset in ("cp932", "euc_jp", "utf-8")]
-            count, volume = len(contents), sum(map(len, contents)) / 1e6
-            for name, job in (("charset found out", Job()), ("charset known", Job(source="cp932", invalid="replace")),
-                              ("found out and stored", Job(store=folder))):
-                begin, used = time.perf_counter(), time.process_time()
-                for number, content in enumerate(contents):
-                    run(job, Row(str(number), content))
-                used, took = time.process_time() - used, time.perf_counter() - begin
-                rows.append((f"{size:,} bytes, {name}", f"{count / used:,.0f}", f"{volume / used:.0f}", f"{took:.2f}", f"{used:.2f}"))
-    print_table("Jobs on one core (`ksv.files.run`)", ["a file", "files a second of processor time", "MB a second of processor time",
-                                                      "seconds", "of processor time"], rows)
-    print(f"\nMost memory of this process: {resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024:.0f} MiB.")
+            files = files_of(folder, size, 900)
+            volume = sum(os.path.getsize(path) for path, _ in files) / 1e6
+            kinds = {"charset found out": (Job(), [Row(path) for path, _ in files]),
+                     "charset known": (Job(), [Row(path, charset=charset) for path, charset in files]),
+                     "found out and stored": (Job(store=folder), [Row(path) for path, _ in files])}
+            for name, (job, given) in kinds.items():
+                used = fastest(lambda: [run(job, row) for row in given], 1, 3) / 1e9
+                rows.append((f"{size:,} bytes, {name}", f"{len(files) / used:,.0f}", f"{volume / used:.0f}",
+                             f"{1e9 / len(files) * used / 3600:.1f}"))
+    print_table("Files on one core (`ksv.files.run`, read from the system's memory)",
+                ["a file", "files a second", "MB a second", "hours of one core for 10⁹ files"], rows)
+
+
+def memory():
+    rows, before = [], resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024
+    for size in (1, 16, 64):
+        data = text_of("cp932", size << 20)
+        assert run(Job(), Row("text", data)).status == "converted"
+        rows.append((f"{size} MiB", f"{resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024:.0f}"))
+        del data
+    print_table("Most memory of a process, in MiB", ["a text that is found out and converted", "it has taken by then"],
+                [("none, Python with all of this benchmark's packages", f"{before:.0f}"), *rows])
 
 
 def processor():
@@ -196,6 +216,7 @@ def main():
     versions = f"charset-normalizer {charset_normalizer.__version__}, chardet {chardet.__version__}, pyarrow {pyarrow.__version__}"
     print(f"{datetime.date.today()}; ksv {ksv.__version__}, Python {platform.python_version()}, {versions}; "
           f"{os.cpu_count()} processors of {processor()}, load {os.getloadavg()[0]:.1f}.")
+    memory()
     with tempfile.TemporaryDirectory() as folder:
         conversion(CallFromC(folder))
     codecs_beside_pythons()
