@@ -115,6 +115,58 @@ MappedBytes::~MappedBytes() {
   if (bytes_ != nullptr) munmap(const_cast<uint8_t*>(bytes_), size_);
 }
 
+// A pipe is opened without waiting for its other end, and then has no places.
+PlacedFile::PlacedFile(const char* path)
+    : handle_(uninterrupted([&] { return open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); })),
+      isOwner_(true) {
+  measure();
+}
+
+PlacedFile::PlacedFile(intptr_t descriptor) : handle_(descriptor), isOwner_(false) { measure(); }
+
+PlacedFile::~PlacedFile() {
+  if (isOwner_ && handle_ != kNotOpen) close(static_cast<int>(handle_));
+}
+
+void PlacedFile::measure() {
+  const int file = static_cast<int>(handle_);
+  struct stat status;
+  if (file == kNotOpen || fstat(file, &status) != 0) {
+    error_ = file == kNotOpen && !isOwner_ ? EBADF : errno;
+    return;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    error_ = EISDIR;
+    return;
+  }
+  off_t size = status.st_size;
+  if (!S_ISREG(status.st_mode)) {
+    const off_t place = lseek(file, 0, SEEK_CUR);
+    size = place < 0 ? place : lseek(file, 0, SEEK_END);
+    if (size >= 0 && lseek(file, place, SEEK_SET) != place) size = -1;
+  }
+  if (size < 0) {
+    error_ = errno;
+  } else {
+    size_ = static_cast<uint64_t>(size);
+  }
+}
+
+size_t PlacedFile::read(uint64_t offset, void* buffer, size_t count) {
+  error_ = 0;
+  size_t total = 0;
+  while (total < count) {
+    const ssize_t came = uninterrupted([&] {
+      return pread(static_cast<int>(handle_), static_cast<char*>(buffer) + total, count - total,
+                   static_cast<off_t>(offset + total));
+    });
+    if (came < 0) error_ = errno;
+    if (came <= 0) break;
+    total += static_cast<size_t>(came);
+  }
+  return total;
+}
+
 int seekFile(std::FILE* stream, int64_t offset, int origin) {
   return fseeko(stream, offset, origin);
 }

@@ -17,6 +17,8 @@
 namespace ksv::platform {
 namespace {
 
+// Bytes of one call for reading.
+constexpr size_t kMostAtOnce = size_t{1} << 30;
 constexpr uint32_t kCharacterDevice = 0x2000;
 constexpr uint32_t kPipe = 0x1000;
 constexpr uint32_t kReadable = 0444;
@@ -158,7 +160,6 @@ InputFile::InputFile(const char* path, Takes) : handle_(0) {
 InputFile::~InputFile() { const Handle file(reinterpret_cast<HANDLE>(handle_)); }
 
 size_t InputFile::read(void* buffer, size_t count) {
-  constexpr size_t kMostAtOnce = size_t{1} << 30;
   size_t total = 0;
   while (total < count) {
     const auto wanted = static_cast<DWORD>(std::min(count - total, kMostAtOnce));
@@ -189,6 +190,61 @@ MappedBytes InputFile::map() {
 
 MappedBytes::~MappedBytes() {
   if (bytes_ != nullptr) UnmapViewOfFile(bytes_);
+}
+
+PlacedFile::PlacedFile(const char* path) : handle_(0), isOwner_(true) {
+  const WideText wide(path);
+  if (!wide) {
+    error_ = wide.ranOutOfMemory() ? outOfMemory() : ERROR_INVALID_NAME;
+    return;
+  }
+  Handle file(CreateFileW(wide.get(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) {
+    error_ = static_cast<int>(GetLastError());
+    return;
+  }
+  handle_ = reinterpret_cast<intptr_t>(file.release());
+  measure();
+}
+
+PlacedFile::PlacedFile(intptr_t descriptor) : handle_(descriptor), isOwner_(false) { measure(); }
+
+PlacedFile::~PlacedFile() {
+  if (isOwner_) const Handle file(reinterpret_cast<HANDLE>(handle_));
+}
+
+void PlacedFile::measure() {
+  const auto file = reinterpret_cast<HANDLE>(handle_);
+  LARGE_INTEGER size;
+  if (GetFileType(file) != FILE_TYPE_DISK) {
+    error_ = ERROR_INVALID_HANDLE;
+  } else if (!GetFileSizeEx(file, &size)) {
+    error_ = static_cast<int>(GetLastError());
+  } else {
+    size_ = static_cast<uint64_t>(size.QuadPart);
+  }
+}
+
+size_t PlacedFile::read(uint64_t offset, void* buffer, size_t count) {
+  error_ = 0;
+  size_t total = 0;
+  while (total < count) {
+    OVERLAPPED place = {};
+    place.Offset = static_cast<DWORD>((offset + total) & 0xFFFFFFFF);
+    place.OffsetHigh = static_cast<DWORD>((offset + total) >> 32);
+    const auto wanted = static_cast<DWORD>(std::min(count - total, kMostAtOnce));
+    DWORD came = 0;
+    if (!ReadFile(reinterpret_cast<HANDLE>(handle_), static_cast<char*>(buffer) + total, wanted,
+                  &came, &place)) {
+      const DWORD error = GetLastError();
+      if (error != ERROR_HANDLE_EOF) error_ = static_cast<int>(error);
+      break;
+    }
+    if (came == 0) break;
+    total += came;
+  }
+  return total;
 }
 
 int seekFile(std::FILE* stream, int64_t offset, int origin) {

@@ -125,6 +125,36 @@ class InputFile {
   SystemError error_ = 0;
 };
 
+// A file that is read at any place, without the buffer of a stream and without a place of its own.
+class PlacedFile {
+ public:
+  explicit PlacedFile(const char* path);
+  // A descriptor, on Windows a handle, which stays the caller's and has to stay open as long as
+  // this lives. Where on Windows the handle stands afterwards is not said.
+  explicit PlacedFile(intptr_t descriptor);
+  ~PlacedFile();
+  PlacedFile(const PlacedFile&) = delete;
+  PlacedFile& operator=(const PlacedFile&) = delete;
+
+  // In bytes, when it was opened. Of one that is not open, 0.
+  uint64_t size() const { return size_; }
+
+  // How many bytes came: fewer than count only where the file ends or the system refuses.
+  size_t read(uint64_t offset, void* buffer, size_t count);
+
+  // What the system refused with, when it was opened, what has no places such as a pipe
+  // included, or when it was read last.
+  SystemError error() const { return error_; }
+
+ private:
+  void measure();
+
+  intptr_t handle_;
+  const bool isOwner_;
+  uint64_t size_ = 0;
+  SystemError error_ = 0;
+};
+
 // Where a setting was found.
 struct SettingOrigin {
   enum class Place {

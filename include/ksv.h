@@ -42,7 +42,9 @@ typedef enum ksv_result {
   KSV_UNKNOWN_CHARSET = 6, /* a name that names no charset that can be read or written */
   KSV_BAD_ARGUMENT = 7,    /* an option that cannot be followed, or a null where none may be */
   KSV_NO_MEMORY = 8,
-  KSV_SYSTEM = 9           /* the charset directory, or a file of it, cannot be read */
+  KSV_SYSTEM = 9,          /* a file, such as one of the charset directory, cannot be read */
+  KSV_NO_DOCUMENT = 10,    /* bytes that are no compound document */
+  KSV_DAMAGED = 11         /* a part of a document that cannot be read for its damages */
 } ksv_result;
 
 enum {
@@ -481,6 +483,259 @@ typedef struct ksv_repair_counts {
 KSV_API ksv_result ksv_repair(const char* misread_as, const char* utf8, size_t length,
                               char** output, size_t* output_length, ksv_repair_counts* counts,
                               ksv_error* error);
+
+/* ---- Compound documents ---- */
+
+/* An open document: a tree of storages with streams of bytes in them, as the compound file format has
+ * it in its versions 3 and 4. Damaged ones are read as far as they go. One thread at a time may
+ * use a document. */
+typedef struct ksv_document ksv_document;
+
+/* Opens a document: by its path in UTF-8; by a descriptor, on Windows a HANDLE, that is open for
+ * reading, is not closed here, and stays open as long as the document; or of bytes that stay where
+ * they are as long as the document. Of a file the directory is read, and later what is asked for.
+ * KSV_SYSTEM: the file cannot be read. KSV_NO_DOCUMENT: it does not begin as documents do. *document is
+ * the caller's: ksv_document_close; null when the call fails. */
+KSV_API ksv_result ksv_document_open(const char* path, ksv_document** document, ksv_error* error);
+KSV_API ksv_result ksv_document_open_descriptor(intptr_t descriptor, ksv_document** document,
+                                                ksv_error* error);
+KSV_API ksv_result ksv_document_open_memory(const void* bytes, size_t size,
+                                            ksv_document** document, ksv_error* error);
+/* Takes null. */
+KSV_API void ksv_document_close(ksv_document* document);
+
+/* What holds of a document as a whole. */
+typedef struct ksv_document_facts {
+  uint32_t version;      /* of the format: 3 or 4 */
+  uint32_t sector_size;  /* in bytes */
+  uint64_t file_size;    /* in bytes */
+  uint32_t orphans;      /* entries that are in use, and in no storage's tree */
+  uint32_t is_checked;   /* 1: ksv_document_check has looked at all of it */
+  uint64_t lost_sectors; /* in use, and of no entry; known when it is checked */
+} ksv_document_facts;
+
+KSV_API void ksv_document_get_facts(const ksv_document* document, ksv_document_facts* facts);
+
+typedef enum ksv_entry_kind {
+  KSV_ENTRY_ROOT = 0,
+  KSV_ENTRY_STORAGE = 1,
+  KSV_ENTRY_STREAM = 2
+} ksv_entry_kind;
+
+/* No entry. */
+#define KSV_NO_ENTRY UINT32_MAX
+
+/* An entry of the tree. The pointers are the document's. */
+typedef struct ksv_entry {
+  const char* name; /* UTF-8 in which control characters, those that turn the direction of a text,
+                       halves of pairs, '/' and '\' are \xHH or \uHHHH: "\x05SummaryInformation" */
+  const uint16_t* name_units; /* the same as it stands in the document, in UTF-16 */
+  uint32_t name_length;       /* in such units */
+  int32_t kind;               /* a ksv_entry_kind */
+  uint32_t id;                /* its number in the directory of the document */
+  uint32_t parent;            /* the index of its storage; KSV_NO_ENTRY: it has none */
+  uint64_t size;              /* of a stream in bytes, as the directory claims it */
+  uint64_t created;           /* FILETIME: units of 100 ns since 1601, in UTC; 0: not told */
+  uint64_t modified;          /* the same */
+  uint8_t class_id[16];       /* as it stands in the document */
+  uint32_t state_bits;        /* as the program that made the storage set them */
+  int32_t is_orphan;          /* 1: in use, and in no storage's tree */
+} ksv_entry;
+
+/* How many entries there are, and the one at an index: the root first, each storage in front of what is
+ * in it, siblings in the order of the document, orphans last; null behind the last. */
+KSV_API size_t ksv_document_entry_count(const ksv_document* document);
+KSV_API const ksv_entry* ksv_document_entry(const ksv_document* document, size_t index);
+
+/* The index of the entry at a path: names as ksv_entry has them, with '/' between. What is not there
+ * as it is given is looked for without regard to case. KSV_NO_ENTRY in *index: there is none. */
+KSV_API ksv_result ksv_document_find(const ksv_document* document, const char* path,
+                                     uint32_t* index, ksv_error* error);
+/* The path of an entry, which finds it; of an orphan without storage it is "\orphaned/ID/NAME". *path
+ * is the caller's: ksv_free. */
+KSV_API ksv_result ksv_document_path(const ksv_document* document, uint32_t index, char** path,
+                                     ksv_error* error);
+
+/* Reads bytes of a stream from an offset on. *length is how many came: fewer than count only behind the
+ * end of the stream, and with KSV_DAMAGED, when those that came are sound and error tells the place
+ * in the file. */
+KSV_API ksv_result ksv_document_read(ksv_document* document, uint32_t index, uint64_t offset,
+                                     void* buffer, size_t count, size_t* length, ksv_error* error);
+
+/* What can be wrong with a document. */
+typedef enum ksv_damage_kind {
+  KSV_DAMAGE_HEADER = 0,       /* a value of the header that is wrong or unusual */
+  KSV_DAMAGE_CUT_SHORT = 1,    /* the file ends inside something */
+  KSV_DAMAGE_SECTOR_TABLE = 2, /* the table of sectors, or the list of its own ones */
+  KSV_DAMAGE_CHAIN = 3,        /* a chain of sectors that leads nowhere */
+  KSV_DAMAGE_CYCLE = 4,        /* a chain of sectors that comes back to itself */
+  KSV_DAMAGE_SHARED = 5,       /* a sector that belongs to two */
+  KSV_DAMAGE_SIZE = 6,         /* a stream that is shorter than it claims */
+  KSV_DAMAGE_ENTRY = 7,        /* an entry of the directory with a value that is wrong */
+  KSV_DAMAGE_LINK = 8,         /* a link between entries */
+  KSV_DAMAGE_ROOT = 9,         /* there is no root */
+  KSV_DAMAGE_ORDER = 10        /* siblings that are not in the order of their names */
+} ksv_damage_kind;
+
+typedef struct ksv_damage {
+  int32_t kind;        /* a ksv_damage_kind */
+  uint32_t entry;      /* the index of the entry concerned, or KSV_NO_ENTRY */
+  uint64_t offset;     /* in the file, of what is wrong */
+  const char* message; /* in words, as "has a ..."; the library's for good */
+} ksv_damage;
+
+/* Looks at all that can be wrong with the structure of a document. Without it, damages are told
+ * as reading comes upon them. Fails only as reading does: KSV_SYSTEM, KSV_NO_MEMORY. */
+KSV_API ksv_result ksv_document_check(ksv_document* document, ksv_error* error);
+
+/* How many different damages were come upon so far, and the one at an index: 0 behind the last, when
+ * *damage stays as it was. Of more than 10,000 the first are told. */
+KSV_API size_t ksv_document_damage_count(const ksv_document* document);
+KSV_API int ksv_document_damage(const ksv_document* document, size_t index, ksv_damage* damage);
+
+/* ---- Properties of documents ---- */
+
+/* Which kind of document it is. The texts are the library's for good. */
+typedef struct ksv_document_kind {
+  const char* name;        /* "word", "excel", "powerpoint", "visio", "mail", "installer", ...; null:
+                              nothing is known */
+  const char* description; /* "Word document"; null */
+  double confidence;       /* 1: the class of the root and the streams both say so; 0: nothing does */
+  int32_t has_macros;      /* 1: it, or something embedded in it, has code */
+  int32_t is_encrypted;    /* 1: it needs a password */
+  int32_t is_template;     /* 1, 0; -1: this kind of document does not say */
+  uint32_t reserved;       /* 0 */
+} ksv_document_kind;
+
+/* Finds out the kind by the class of the root and by how a few streams begin. */
+KSV_API ksv_result ksv_document_get_kind(ksv_document* document, ksv_document_kind* kind,
+                                         ksv_error* error);
+
+/* The property sets of a document, or of bytes, with texts as UTF-8. Immutable, and of its own: the
+ * document may be closed before it. */
+typedef struct ksv_properties ksv_properties;
+
+/* Which sets are read. */
+typedef enum ksv_property_scope {
+  KSV_PROPERTIES_KNOWN = 0, /* the two that all kinds of documents have */
+  KSV_PROPERTIES_ALL = 1    /* each stream that begins as a set does, those two first */
+} ksv_property_scope;
+
+/* Reads the sets of a document; it may have none. What is damaged in them is told
+ * (ksv_properties_damage), and what is sound is read. scope: a ksv_property_scope. *properties is the
+ * caller's: ksv_properties_free; null when the call fails. */
+KSV_API ksv_result ksv_document_properties(ksv_document* document, int32_t scope,
+                                           ksv_properties** properties, ksv_error* error);
+/* The same of the bytes of one set, which need not stay. */
+KSV_API ksv_result ksv_properties_read(const void* bytes, size_t length,
+                                       ksv_properties** properties, ksv_error* error);
+/* Takes null. */
+KSV_API void ksv_properties_free(ksv_properties* properties);
+
+/* A section of a set: a list of properties of one format. The texts are those of the properties. */
+typedef struct ksv_property_section {
+  const char* path;        /* of the stream in the document; "" of bytes */
+  const char* format;      /* "{F29F85E0-4FF9-1068-AB91-08002B27B3D9}" */
+  const char* format_name; /* "summary", "documentSummary", "userDefined"; null of other formats */
+  uint64_t offset;         /* in the stream */
+  uint32_t index;          /* in the set: 0 is its first section */
+  uint32_t code_page;      /* the one that is declared; 0: none is */
+  size_t property_count;   /* how many properties it has */
+} ksv_property_section;
+
+/* How many sections all sets have, and the one at an index; null behind the last. */
+KSV_API size_t ksv_properties_section_count(const ksv_properties* properties);
+KSV_API const ksv_property_section* ksv_properties_section(const ksv_properties* properties,
+                                                           size_t index);
+
+/* What a value is, whatever its type in the set. */
+typedef enum ksv_value_form {
+  KSV_VALUE_NOTHING = 0,    /* empty or null */
+  KSV_VALUE_INTEGER = 1,    /* integer: signed numbers, error codes */
+  KSV_VALUE_NATURAL = 2,    /* natural: unsigned numbers */
+  KSV_VALUE_REAL = 3,       /* real */
+  KSV_VALUE_BOOLEAN = 4,    /* integer: 1 or 0 */
+  KSV_VALUE_TEXT = 5,       /* text; names of streams and storages, too */
+  KSV_VALUE_TIME = 6,       /* natural: FILETIME, units of 100 ns since 1601, in UTC */
+  KSV_VALUE_DURATION = 7,   /* natural: a length of time in such units */
+  KSV_VALUE_DATE = 8,       /* real: days since 1899-12-30, of no time zone */
+  KSV_VALUE_DECIMAL = 9,    /* text: "-12.345" */
+  KSV_VALUE_CLASS_ID = 10,  /* text: as ksv_property_section has formats; bytes: 16 */
+  KSV_VALUE_CLIPBOARD = 11, /* text: the format, "Windows metafile"; bytes: without what says so */
+  KSV_VALUE_BYTES = 12,     /* bytes */
+  KSV_VALUE_SEQUENCE = 13   /* a vector or an array: its elements */
+} ksv_value_form;
+
+/* A value. What its form does not name is 0, null or empty, but bytes, which are those of the set
+ * without lengths and padding, where no more is said. The pointers are those of the properties. */
+typedef struct ksv_property_value {
+  uint32_t type;         /* as the format numbers it: 30 is VT_LPSTR; vectors have 0x1000 */
+  int32_t form;          /* a ksv_value_form */
+  int64_t integer;       /* a signed number */
+  uint64_t natural;      /* an unsigned number */
+  double real;           /* a number with a fraction */
+  const char* text;      /* UTF-8 with a zero byte behind its end; may hold zero bytes */
+  size_t text_length;    /* in bytes */
+  const uint8_t* bytes;  /* as they stand there */
+  size_t byte_count;     /* how many they are */
+  size_t element_count;  /* of KSV_VALUE_SEQUENCE */
+} ksv_property_value;
+
+/* A property. The texts are those of the properties. */
+typedef struct ksv_property {
+  uint32_t id;       /* its number in the section */
+  uint32_t reserved; /* 0 */
+  const char* key;   /* of those that all kinds of documents have: "title", "lastSavedBy"; else null */
+  const char* name;  /* the one that users have given it, UTF-8; else null */
+  const char* note;  /* what is to be known of it beside the value, such as a code page that is declared
+                        wrongly: one line of UTF-8; else null */
+  uint64_t offset;   /* in the stream */
+  ksv_property_value value;
+} ksv_property;
+
+/* A property by its place; null behind the last. */
+KSV_API const ksv_property* ksv_properties_at(const ksv_properties* properties, size_t section,
+                                              size_t index);
+/* A property by its key, or by the name that users have given it; null: there is none. */
+KSV_API const ksv_property* ksv_properties_find(const ksv_properties* properties, const char* key);
+
+/* An element of a vector or an array. 0: there is none of that index, and *element stays as it was. Of
+ * elements that are vectors themselves only the number of elements is told, of decimals, class ids
+ * and clipboard values only the bytes. */
+KSV_API int ksv_properties_element(const ksv_properties* properties, const ksv_property* property,
+                                   size_t index, ksv_property_value* element);
+
+/* What can be wrong with a set. */
+typedef enum ksv_property_damage_kind {
+  KSV_PROPERTY_NO_HEADER = 0,       /* the bytes do not begin as a set does */
+  KSV_PROPERTY_SECTION_OUTSIDE = 1, /* a section begins behind the end */
+  KSV_PROPERTY_SECTION_CUT = 2,     /* a section says that it is longer than what is there */
+  KSV_PROPERTY_LIST_CUT = 3,        /* a list of sections or properties is cut */
+  KSV_PROPERTY_OUTSIDE = 4,         /* a property begins outside its section */
+  KSV_PROPERTY_BEYOND_SECTION = 5,  /* a property ends behind its section; it was read */
+  KSV_PROPERTY_VALUE_CUT = 6,       /* a value is longer than what is there */
+  KSV_PROPERTY_DICTIONARY_CUT = 7,  /* the names of users are longer than what is there */
+  KSV_PROPERTY_UNKNOWN_TYPE = 8,    /* a type that the format does not have; its bytes were read */
+  KSV_PROPERTY_TOO_DEEP = 9,        /* values within values beyond any sense */
+  KSV_PROPERTY_TWICE = 10,          /* a number that an earlier property has */
+  KSV_PROPERTY_OVERLAPPING = 11     /* properties lie upon each other; the rest was not read */
+} ksv_property_damage_kind;
+
+/* One thing that is wrong. The texts are those of the properties. */
+typedef struct ksv_property_damage {
+  int32_t kind;        /* a ksv_property_damage_kind */
+  uint32_t has_id;     /* 1: it is about a property */
+  uint32_t id;         /* its number */
+  uint32_t reserved;   /* 0 */
+  uint64_t offset;     /* in the stream */
+  const char* path;    /* of the stream; "" of bytes */
+  const char* message; /* in words, one line */
+} ksv_property_damage;
+
+/* How many different damages there are, and the one at an index; null behind the last. */
+KSV_API size_t ksv_properties_damage_count(const ksv_properties* properties);
+KSV_API const ksv_property_damage* ksv_properties_damage(const ksv_properties* properties,
+                                                         size_t index);
 
 KSV_EXTERN_C_END
 

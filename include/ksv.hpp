@@ -7,6 +7,7 @@
 #ifndef KSV_HPP
 #define KSV_HPP
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -608,6 +609,225 @@ inline Repair repair(std::string_view utf8,
   repair.text.assign(output, length);
   return repair;
 }
+
+// An entry of a document's tree.
+struct Entry {
+  std::string name;           // as ksv_entry has it: control characters are escaped
+  std::u16string name_units;  // as it stands in the document
+  ksv_entry_kind kind = KSV_ENTRY_ROOT;
+  std::uint32_t id = 0;
+  std::optional<std::uint32_t> parent;  // its index
+  std::uint64_t size = 0;
+  std::uint64_t created = 0;  // FILETIME; 0: not told
+  std::uint64_t modified = 0;
+  std::array<std::uint8_t, 16> class_id{};
+  std::uint32_t state_bits = 0;
+  bool is_orphan = false;
+};
+
+// An open compound document. One thread at a time may use it.
+class Document {
+ public:
+  static Document open(const std::string& path) {
+    return opened([&](ksv_document** document, ksv_error* error) {
+      return ksv_document_open(path.c_str(), document, error);
+    });
+  }
+  // On Windows a HANDLE. It stays open, and has to, as long as the document is.
+  static Document open_descriptor(std::intptr_t descriptor) {
+    return opened([&](ksv_document** document, ksv_error* error) {
+      return ksv_document_open_descriptor(descriptor, document, error);
+    });
+  }
+  // The bytes have to stay where they are.
+  static Document open_memory(std::string_view bytes) {
+    return opened([&](ksv_document** document, ksv_error* error) {
+      return ksv_document_open_memory(bytes.data(), bytes.size(), document, error);
+    });
+  }
+
+  ksv_document_facts facts() const {
+    ksv_document_facts facts;
+    ksv_document_get_facts(document_.get(), &facts);
+    return facts;
+  }
+
+  // The root is 0, and orphans are the last.
+  std::size_t entry_count() const { return ksv_document_entry_count(document_.get()); }
+  Entry entry(std::size_t index) const {
+    const ksv_entry* found = ksv_document_entry(document_.get(), index);
+    if (found == nullptr) throw std::out_of_range("there is no entry of that index");
+    Entry entry;
+    entry.name = found->name;
+    entry.name_units.assign(found->name_units, found->name_units + found->name_length);
+    entry.kind = static_cast<ksv_entry_kind>(found->kind);
+    entry.id = found->id;
+    if (found->parent != KSV_NO_ENTRY) entry.parent = found->parent;
+    entry.size = found->size;
+    entry.created = found->created;
+    entry.modified = found->modified;
+    for (std::size_t i = 0; i < entry.class_id.size(); ++i) entry.class_id[i] = found->class_id[i];
+    entry.state_bits = found->state_bits;
+    entry.is_orphan = found->is_orphan != 0;
+    return entry;
+  }
+
+  // The index of the entry at a path.
+  std::optional<std::uint32_t> find(const std::string& path) const {
+    std::uint32_t index = 0;
+    ksv_error error;
+    detail::require(ksv_document_find(document_.get(), path.c_str(), &index, &error), error);
+    if (index == KSV_NO_ENTRY) return std::nullopt;
+    return index;
+  }
+  std::string path(std::uint32_t index) const {
+    char* path = nullptr;
+    ksv_error error;
+    detail::require(ksv_document_path(document_.get(), index, &path, &error), error);
+    return detail::taken(path);
+  }
+
+  // At most so many bytes of a stream from an offset on; fewer only behind its end.
+  std::string read(std::uint32_t index, std::uint64_t offset, std::size_t count) {
+    std::string bytes(count, '\0');
+    std::size_t length = 0;
+    ksv_error error;
+    detail::require(
+        ksv_document_read(document_.get(), index, offset, bytes.data(), count, &length, &error),
+        error);
+    bytes.resize(length);
+    return bytes;
+  }
+
+  // Comes upon all that is wrong; without it damages are those that reading came upon.
+  void check() {
+    ksv_error error;
+    detail::require(ksv_document_check(document_.get(), &error), error);
+  }
+  std::vector<ksv_damage> damages() const {
+    std::vector<ksv_damage> damages;
+    ksv_damage damage;
+    for (std::size_t i = 0; ksv_document_damage(document_.get(), i, &damage) != 0; ++i)
+      damages.push_back(damage);
+    return damages;
+  }
+
+  ksv_document* handle() const noexcept { return document_.get(); }
+
+ private:
+  struct Delete {
+    void operator()(ksv_document* document) const noexcept { ksv_document_close(document); }
+  };
+
+  template <typename Open>
+  static Document opened(Open open) {
+    ksv_document* document = nullptr;
+    ksv_error error;
+    detail::require(open(&document, &error), error);
+    return Document(document);
+  }
+  explicit Document(ksv_document* document) : document_(document) {}
+
+  std::unique_ptr<ksv_document, Delete> document_;
+};
+
+// Which kind of document it is.
+struct DocumentKind {
+  std::string name;  // "word"; empty: nothing is known
+  std::string description;
+  double confidence = 0;
+  bool has_macros = false;
+  bool is_encrypted = false;
+  std::optional<bool> is_template;
+};
+
+inline DocumentKind kind_of(Document& document) {
+  ksv_document_kind found;
+  ksv_error error;
+  detail::require(ksv_document_get_kind(document.handle(), &found, &error), error);
+  DocumentKind kind;
+  if (found.name != nullptr) kind.name = found.name;
+  if (found.description != nullptr) kind.description = found.description;
+  kind.confidence = found.confidence;
+  kind.has_macros = found.has_macros != 0;
+  kind.is_encrypted = found.is_encrypted != 0;
+  if (found.is_template >= 0) kind.is_template = found.is_template != 0;
+  return kind;
+}
+
+// The property sets of a document. What its functions give points into it.
+class Properties {
+ public:
+  static Properties of(Document& document, ksv_property_scope scope = KSV_PROPERTIES_KNOWN) {
+    return made([&](ksv_properties** properties, ksv_error* error) {
+      return ksv_document_properties(document.handle(), scope, properties, error);
+    });
+  }
+  // Of the bytes of one set.
+  static Properties read(std::string_view bytes) {
+    return made([&](ksv_properties** properties, ksv_error* error) {
+      return ksv_properties_read(bytes.data(), bytes.size(), properties, error);
+    });
+  }
+
+  std::vector<ksv_property_section> sections() const {
+    std::vector<ksv_property_section> sections;
+    for (std::size_t i = 0; i < ksv_properties_section_count(properties_.get()); ++i)
+      sections.push_back(*ksv_properties_section(properties_.get(), i));
+    return sections;
+  }
+  // Of a section.
+  std::vector<ksv_property> properties(std::size_t section) const {
+    std::vector<ksv_property> properties;
+    while (const ksv_property* found =
+               ksv_properties_at(properties_.get(), section, properties.size()))
+      properties.push_back(*found);
+    return properties;
+  }
+  // By its key, or by the name that users have given it; null: there is none.
+  const ksv_property* find(const std::string& key) const noexcept {
+    return ksv_properties_find(properties_.get(), key.c_str());
+  }
+  // The same of a text.
+  std::optional<std::string> text(const std::string& key) const {
+    const ksv_property* found = find(key);
+    if (found == nullptr || found->value.form != KSV_VALUE_TEXT) return std::nullopt;
+    return std::string(found->value.text, found->value.text_length);
+  }
+  // The elements of a vector or an array that find() has given.
+  std::vector<ksv_property_value> elements(const ksv_property* property) const {
+    std::vector<ksv_property_value> elements;
+    ksv_property_value element;
+    while (ksv_properties_element(properties_.get(), property, elements.size(), &element) != 0)
+      elements.push_back(element);
+    return elements;
+  }
+  std::vector<ksv_property_damage> damages() const {
+    std::vector<ksv_property_damage> damages;
+    while (const ksv_property_damage* damage =
+               ksv_properties_damage(properties_.get(), damages.size()))
+      damages.push_back(*damage);
+    return damages;
+  }
+
+  const ksv_properties* handle() const noexcept { return properties_.get(); }
+
+ private:
+  struct Delete {
+    void operator()(ksv_properties* properties) const noexcept { ksv_properties_free(properties); }
+  };
+
+  template <typename Make>
+  static Properties made(Make make) {
+    ksv_properties* properties = nullptr;
+    ksv_error error;
+    detail::require(make(&properties, &error), error);
+    return Properties(properties);
+  }
+  explicit Properties(ksv_properties* properties) : properties_(properties) {}
+
+  std::unique_ptr<ksv_properties, Delete> properties_;
+};
 
 }  // namespace ksv
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "common/little_endian.h"
 #include "ole/limits.h"
-#include "ole/little_endian.h"
 
 namespace ksv {
 
@@ -30,12 +30,12 @@ bool CompoundFile::load(CompoundFault& fault) {
 // What the chain has fewer than the header says is filled with zeroes; more fails, and
 // so does a chain that comes back to itself, which would have more.
 bool CompoundFile::loadMiniFat(CompoundFault& fault) {
-  constexpr int64_t kFirstMiniFatSector = 60;
-  constexpr int64_t kMiniFatSectors = 64;
+  using compound_header::kFirstMiniFatSector;
+  using compound_header::kMiniFatSectorCount;
   if (header_.miniFatSectors == 0) return true;
   const uint64_t bytes = uint64_t{header_.miniFatSectors} * header_.sectorSize;
   if (bytes > limits::kLargestMiniFat) {
-    return refuse(fault, "claims a table of mini sectors that is too large", kMiniFatSectors);
+    return refuse(fault, "claims a table of mini sectors that is too large", kMiniFatSectorCount);
   }
   miniFatEntries_ = static_cast<uint32_t>(bytes / 4);
   LoopDetector loop;

@@ -3,23 +3,15 @@
 #include <algorithm>
 #include <cstring>
 
+#include "common/little_endian.h"
 #include "ksv_sjis.h"
 #include "ksv_ucs2.h"
 #include "ole/limits.h"
-#include "ole/little_endian.h"
 
 namespace ksv {
 namespace {
 
-// Offsets in an entry.
-constexpr size_t kNameLength = 64;
-constexpr size_t kType = 66;
-constexpr size_t kLeft = 68;
-constexpr size_t kRight = 72;
-constexpr size_t kChild = 76;
-constexpr size_t kClassId = 80;
-constexpr size_t kStartingSector = 116;
-constexpr size_t kStreamSize = 120;
+using namespace compound_entry;
 
 constexpr char kRootName[] = "Root Entry";
 

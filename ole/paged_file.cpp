@@ -7,8 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "common/little_endian.h"
 #include "ksv_file.h"
-#include "ole/little_endian.h"
 
 namespace ksv {
 

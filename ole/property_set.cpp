@@ -9,10 +9,10 @@
 #include <string>
 #include <string_view>
 
+#include "common/little_endian.h"
 #include "ksv_ole.h"
 #include "ole/day_serial.h"
 #include "ole/limits.h"
-#include "ole/little_endian.h"
 
 namespace ksv {
 namespace {

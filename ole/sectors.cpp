@@ -4,25 +4,13 @@
 #include <array>
 #include <cstring>
 
+#include "common/little_endian.h"
 #include "ole/limits.h"
-#include "ole/little_endian.h"
 
 namespace ksv {
 namespace {
 
-constexpr uint8_t kSignature[] = {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};
-
-// Offsets in the header.
-constexpr size_t kSectorShift = 30;
-constexpr size_t kMiniSectorShift = 32;
-constexpr size_t kFatSectorCount = 44;
-constexpr size_t kFirstDirectorySector = 48;
-constexpr size_t kMiniStreamCutoff = 56;
-constexpr size_t kFirstMiniFatSector = 60;
-constexpr size_t kMiniFatSectorCount = 64;
-constexpr size_t kFirstDifatSector = 68;
-constexpr size_t kDifatSectorCount = 72;
-constexpr size_t kDifat = 76;
+using namespace compound_header;
 
 constexpr uint32_t kEntriesPerTableSector = 128;
 
@@ -42,7 +30,8 @@ std::optional<uint32_t> sizeOfShift(uint16_t shift, int64_t fileSize) {
 std::optional<CompoundHeader> readCompoundHeader(PagedFile& file, CompoundFault& fault) {
   std::array<uint8_t, kHeaderSize> bytes;
   const size_t count = file.read(0, bytes.data(), bytes.size());
-  if (count < sizeof kSignature || std::memcmp(bytes.data(), kSignature, sizeof kSignature) != 0) {
+  if (count < sizeof kCompoundSignature ||
+      std::memcmp(bytes.data(), kCompoundSignature, sizeof kCompoundSignature) != 0) {
     return std::nullopt;
   }
   if (count < bytes.size()) {

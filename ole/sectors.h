@@ -10,20 +10,13 @@
 #include <optional>
 #include <vector>
 
+#include "common/compound_format.h"
 #include "ole/paged_file.h"
 
 namespace ksv {
 
-inline constexpr uint32_t kEndOfChain = 0xFFFFFFFE;
-inline constexpr uint32_t kFreeSector = 0xFFFFFFFF;  // no sector, and no directory entry
-inline constexpr uint32_t kFatSector = 0xFFFFFFFD;
-inline constexpr uint32_t kDifatSector = 0xFFFFFFFC;
-
-inline constexpr uint32_t kHeaderSize = 512;
-inline constexpr uint32_t kDirectoryEntrySize = 128;
-
 struct CompoundHeader {
-  static constexpr size_t kDifatEntries = 109;
+  static constexpr size_t kDifatEntries = kHeaderTableSectors;
 
   uint32_t sectorSize;
   uint32_t miniSectorSize;

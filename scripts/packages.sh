@@ -10,6 +10,7 @@ readonly test_packages=(
   libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
   clang libclang-rt-14-dev locales perl unicode-data
   doxygen strace
+  python3-jsonschema python3-olefile libgsf-bin
   mandoc zsh fish
 )
 # For scripts/site, beside those of building.

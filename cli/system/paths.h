@@ -18,6 +18,9 @@ void createDirectories(const std::string& path);
 void makeDirectoryItself(const std::string& path);
 inline constexpr char kLinkIsThere[] = "a symbolic link has its name";
 
+// Whether what is at a path stands for another place.
+bool isLink(const std::string& path);
+
 std::string currentDirectory();
 
 // A path as it is seen from another directory; an absolute one stays.

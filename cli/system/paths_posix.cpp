@@ -81,6 +81,13 @@ void createDirectories(const std::string& path) {
   if (fileFacts(path).kind != FileKind::kDirectory) fail(ENOTDIR);
 }
 
+bool isLink(const std::string& path) {
+  struct stat status;
+  if (::lstat(path.c_str(), &status) == 0) return S_ISLNK(status.st_mode);
+  if (!isOneOf(errno, {ENOENT, ENOTDIR, EACCES, ENAMETOOLONG})) fail(errno);
+  return false;
+}
+
 void makeDirectoryItself(const std::string& path) {
   constexpr mode_t kModeOfDirectories = 0777;
   while (::mkdir(path.c_str(), kModeOfDirectories) != 0) {

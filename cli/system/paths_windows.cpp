@@ -95,6 +95,11 @@ void createDirectories(const std::string& path) {
   if (fileFacts(path).kind != FileKind::kDirectory) fail(std::errc::not_a_directory);
 }
 
+bool isLink(const std::string& path) {
+  const DWORD attributes = ::GetFileAttributesW(systemPath(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 void makeDirectoryItself(const std::string& path) {
   const std::wstring units = systemPath(path);
   if (::CreateDirectoryW(units.c_str(), nullptr)) return;

@@ -14,6 +14,7 @@
 #include "cli/system/file_attributes_posix.h"
 #include "cli/system/in_place.h"
 #include "cli/system/open_file_posix.h"
+#include "cli/system/paths.h"
 #include "cli/system/pending_file.h"
 #include "cli/system/places_posix.h"
 #include "cli/system/temporary_names_posix.h"

@@ -9,18 +9,12 @@
 #include <system_error>
 
 #include "cli/system/open_file_posix.h"
+#include "cli/system/paths.h"
 
 namespace ksv_cli::platform {
 
 std::string directoryOf(const std::string& path) {
   return std::filesystem::path(path).parent_path().string();
-}
-
-bool isLink(const std::string& path) {
-  struct stat status;
-  if (::lstat(path.c_str(), &status) == 0) return S_ISLNK(status.st_mode);
-  if (!isOneOf(errno, {ENOENT, ENOTDIR, EACCES, ENAMETOOLONG})) fail(errno);
-  return false;
 }
 
 // Where a chain of links ends, whether or not a file is there.

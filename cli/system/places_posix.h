@@ -14,8 +14,6 @@ void synchroniseDirectory(const std::string& path);
 // Empty: the current one.
 std::string directoryOf(const std::string& path);
 
-bool isLink(const std::string& path);
-
 // Where a chain of links ends, whether or not a file is there.
 std::string linkEnd(const std::string& path);
 

@@ -19,7 +19,7 @@ CHARSET, FILE, DIRECTORY, NOTHING = "charset", "file", "directory", "nothing"
 # What completes a value, by what the help calls it.
 KINDS = {"CHARSET": CHARSET, "FILE": FILE, "LIST": FILE, "MANIFEST": FILE, "DIR": DIRECTORY, "SUFFIX": NOTHING,
          "FORM": NOTHING, "WIDTHS": NOTHING, "N": NOTHING, "BYTES": NOTHING, "CHAR": NOTHING,
-         "NAME": NOTHING, "LANGUAGES": NOTHING, "CHARSETS": CHARSET, "PATH": NOTHING, "GLOB": NOTHING, "WHICH": NOTHING}
+         "NAME": NOTHING, "NAME=VALUE": NOTHING, "LANGUAGES": NOTHING, "CHARSETS": CHARSET, "PATH": NOTHING, "GLOB": NOTHING, "WHICH": NOTHING}
 
 
 def kind_of(option: dict) -> str:

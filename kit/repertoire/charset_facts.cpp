@@ -70,6 +70,14 @@ const RegistryEntry* registryEntryOf(std::string_view charset) {
   return found == std::end(kRegistry) ? nullptr : found;
 }
 
+const RegistryEntry* registryEntryOfCodePage(uint32_t codePage) {
+  const auto found =
+      std::find_if(std::begin(kRegistry), std::end(kRegistry), [&](const RegistryEntry& row) {
+        return row.codePage != 0 && row.codePage == codePage;
+      });
+  return found == std::end(kRegistry) ? nullptr : found;
+}
+
 std::optional<CharsetChoice> findWrittenOrRead(const CharsetNames& names, std::string_view name) {
   const std::optional<CharsetChoice> written = names.find(name);
   return written ? written : names.findSource(name);

@@ -21,6 +21,7 @@ struct RegistryEntry {
 };
 // Null when none has it.
 const RegistryEntry* registryEntryOf(std::string_view charset);
+const RegistryEntry* registryEntryOfCodePage(uint32_t codePage);
 
 // A charset with what its names say of it.
 struct NamedCharset {

@@ -167,6 +167,9 @@ TEST_F(CommandPage, tells_every_field_of_each_record) {
   expectTold("detect", ksv({"detect", "--json", "text"}).out);
   expectTold("check", ksv({"check", "--json", "text"}).out);
   expectTold("summary", ksv({"summary", "--json", "document"}).out);
+  expectTold("summary", ksv({"summary", "--json", "--all", "document"}).out);
+  expectTold("summary",
+             ksv({"summary", "--json", "--set", "title=x", "--in-place", "document"}).out);
   expectTold("ole", ksv({"ole", "list", "--json", "document"}).out);
   expectTold("charsets", ksv({"charsets", "--json"}).out);
   std::filesystem::create_directory(pathOf(path("empty")));

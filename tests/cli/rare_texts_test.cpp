@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "cli/jobs/summary_values.h"
 #include "cli/system/escapes.h"
 #include "cli/system/failure.h"
 #include "cli/system/files.h"
@@ -186,32 +185,6 @@ TEST(RareDetection, has_the_line_ends_and_separators_of_its_word) {
   EXPECT_EQ(Detection{KSV_TEXT_LINE_SEPARATOR | KSV_TEXT_PARAGRAPH_SEPARATOR}.separators(),
             (std::vector<std::string>{"U+2028", "U+2029"}));
   EXPECT_EQ(Detection{KSV_TEXT_UTF8}.byteOrder(), nullptr);
-}
-
-TEST(RareTimes, are_written_where_the_calendar_has_them) {
-  EXPECT_EQ(ksv_cli::rfc3339("2000-02-30 01:02:03"), "2000-03-01T01:02:03Z") << "a leap year";
-  EXPECT_EQ(ksv_cli::rfc3339("2100-02-29 00:00:00"), "2100-03-01T00:00:00Z") << "none";
-  EXPECT_EQ(ksv_cli::rfc3339("2023-12-32 00:00:00"), "2024-01-01T00:00:00Z");
-  EXPECT_EQ(ksv_cli::rfc3339("1900-03-01 00:00:00"), "1900-03-01T00:00:00Z");
-  EXPECT_EQ(ksv_cli::rfc3339("1901-01-31 00:00:00"), "1901-01-31T00:00:00Z");
-}
-
-TEST(RareTimes, are_left_out_where_it_has_not) {
-  for (const char* text :
-       {"1900-02-28 00:00:00", "1899-12-31 00:00:00", "2000-00-01 00:00:00", "2000-13-01 00:00:00",
-        "2000-01-00 00:00:00", "2000-01-33 00:00:00", "2000-04-32 00:00:00", "9999-12-32 00:00:00",
-        "2000-01-01", "2000-01-01 00:00:00 ", "text", ""}) {
-    EXPECT_EQ(ksv_cli::rfc3339(text), "") << text;
-  }
-}
-
-TEST(RareTimes, and_numbers_that_are_none_stay_text) {
-  EXPECT_EQ(ksv_cli::valueOf("12", ksv_cli::ValueType::kNumber), 12);
-  EXPECT_EQ(ksv_cli::valueOf("12x", ksv_cli::ValueType::kNumber), "12x");
-  EXPECT_EQ(ksv_cli::valueOf("99999999999999999999", ksv_cli::ValueType::kNumber),
-            "99999999999999999999");
-  EXPECT_EQ(ksv_cli::valueOf("never", ksv_cli::ValueType::kTime), "never");
-  EXPECT_EQ(ksv_cli::valueOf("12", ksv_cli::ValueType::kText), "12");
 }
 
 TEST(RareNames, are_near_only_while_something_of_them_is_left) {

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/jobs/summary_values.h"
 #include "cli/system/base64.h"
 #include "cli/system/escapes.h"
 
@@ -14,9 +13,6 @@ namespace {
 using ksv_cli::Backslash;
 using ksv_cli::base64;
 using ksv_cli::escaped;
-using ksv_cli::rfc3339;
-using ksv_cli::valueOf;
-using ksv_cli::ValueType;
 
 TEST(Base64, pads_what_is_no_multiple_of_three) {
   EXPECT_EQ(base64(""), "");
@@ -35,31 +31,6 @@ TEST(Escapes, stand_for_control_characters_only) {
   EXPECT_EQ(escaped("\x93\xFA", Backslash::kStays), "\x93\xFA");
   EXPECT_EQ(escaped("a\\b", Backslash::kStays), "a\\b");
   EXPECT_EQ(escaped("a\\b", Backslash::kIsDoubled), "a\\\\b");
-}
-
-TEST(SummaryValues, are_times_of_the_calendar_in_utc) {
-  EXPECT_EQ(rfc3339("2024-02-29 12:34:56"), "2024-02-29T12:34:56Z");
-  EXPECT_EQ(rfc3339("1900-03-01 00:00:00"), "1900-03-01T00:00:00Z");
-  EXPECT_EQ(rfc3339("9999-12-31 23:59:59"), "9999-12-31T23:59:59Z");
-}
-
-// An hour that is rounded up to 24 becomes 0 of a day that the month need not have.
-TEST(SummaryValues, carry_a_day_beyond_its_month) {
-  EXPECT_EQ(rfc3339("2024-03-32 00:00:00"), "2024-04-01T00:00:00Z");
-  EXPECT_EQ(rfc3339("2023-02-29 00:00:00"), "2023-03-01T00:00:00Z");
-  EXPECT_EQ(rfc3339("2023-12-32 00:00:00"), "2024-01-01T00:00:00Z");
-  EXPECT_EQ(rfc3339("9999-12-32 00:00:00"), "");
-}
-
-TEST(SummaryValues, stay_texts_where_they_are_nothing_else) {
-  for (const char* time : {"1900-02-29 00:00:00", "1900-01-01 00:00:00", "12345-01-01 00:00:00",
-                           "2024-13-01 00:00:00", "2024-01-01", "2024-01-01 00:00:00 ", "soon", ""})
-    EXPECT_EQ(valueOf(time, ValueType::kTime), time);
-  EXPECT_EQ(valueOf("33", ValueType::kNumber), 33);
-  EXPECT_EQ(valueOf("-5", ValueType::kNumber), -5);
-  for (const char* number : {"", "3x", "99999999999999999999", " 3"})
-    EXPECT_EQ(valueOf(number, ValueType::kNumber), number);
-  EXPECT_EQ(valueOf("7", ValueType::kText), "7");
 }
 
 }  // namespace

@@ -39,8 +39,8 @@ TEST_F(Summary, names_every_property_in_the_order_of_a_reader) {
             "  Category             分類\n"
             "  Manager              管理者\n"
             "  Company              会社\n"
-            "  Created              2024-02-29 12:34:56\n"
-            "  Last saved           2024-03-31 23:59:59\n"
+            "  Created              2024-02-29T12:34:56Z\n"
+            "  Last saved           2024-03-31T23:59:59Z\n"
             "  Last saved by        保存者\n"
             "  Revision             7\n"
             "  Application          Writer\n"
@@ -81,7 +81,13 @@ TEST_F(Summary, classic_gives_texts_only) {
   EXPECT_EQ(record["slides"], "33");
   EXPECT_EQ(record["bytes"], "11");
   EXPECT_EQ(record.size(), 19u);
-  EXPECT_EQ(ksv({"summary", "--classic", "a"}).out, ksv({"summary", "a"}).out);
+  EXPECT_EQ(ksv({"summary", "--classic", "a"}).out.substr(0, 61),
+            "a\n"
+            "  Title                題名\n"
+            "  Subject              主題");
+  EXPECT_NE(
+      ksv({"summary", "--classic", "a"}).out.find("Created              2024-02-29 12:34:56\n"),
+      std::string::npos);
 }
 
 TEST_F(Summary, records_failures_in_their_places) {
@@ -100,7 +106,7 @@ TEST_F(Summary, shows_what_the_charset_lacks_and_says_so) {
   write("a", document(summary({codePage(65001), text(2, "表 été")})));
   const std::string label = "a\n  Title                ";
   const Outcome latin = ksv({"summary", "-t", "ISO-8859-1", "a"});
-  EXPECT_EQ(latin.status, 0);
+  EXPECT_EQ(latin.status, 1);
   EXPECT_EQ(latin.out, label + "? \xE9t\xE9\n");
   EXPECT_EQ(latin.err, "ksv: a: holds characters that are not in ISO-8859-1; they are replaced\n");
   const Outcome japanese = ksv({"summary", "-t", "Shift_JIS", "a"});

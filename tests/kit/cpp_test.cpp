@@ -4,6 +4,7 @@
 #include <string>
 
 #include "ksv.hpp"
+#include "tests/ole/compound_writer.h"
 
 namespace {
 
@@ -120,6 +121,28 @@ TEST(Cpp, repairs_what_was_written_twice) {
   EXPECT_EQ(repaired.counts.lost, 0u);
   EXPECT_EQ(ksv::repair("plain\n").text, "plain\n");
   EXPECT_THROW(ksv::repair("\xFF"), ksv::Error);
+}
+
+TEST(Cpp, opens_documents) {
+  ksv::test::CompoundWriter writer;
+  const std::uint32_t storage = writer.addStorage(0, u"Store");
+  writer.addStream(storage, u"\u0005Sum", "properties");
+  std::string bytes = writer.write();
+  ksv::Document document = ksv::Document::open_memory(bytes);
+  EXPECT_EQ(document.entry_count(), 3u);
+  const std::uint32_t index = document.find("Store/\\x05Sum").value();
+  EXPECT_EQ(document.path(index), "Store/\\x05Sum");
+  EXPECT_EQ(document.entry(index).name_units, u"\u0005Sum");
+  EXPECT_EQ(document.entry(index).parent, 1u);
+  EXPECT_EQ(document.entry(0).parent, std::nullopt);
+  EXPECT_EQ(document.read(index, 4, 100), "erties");
+  EXPECT_EQ(document.find("none"), std::nullopt);
+  EXPECT_THROW(document.entry(3), std::out_of_range);
+  document.check();
+  EXPECT_TRUE(document.damages().empty());
+  EXPECT_EQ(document.facts().is_checked, 1u);
+  EXPECT_THROW(ksv::Document::open("no such file"), ksv::Error);
+  EXPECT_THROW(ksv::Document::open_memory("text"), ksv::Error);
 }
 
 }  // namespace

@@ -15,6 +15,16 @@ HOLDS(place_of_line_end, offsetof(ksv_guess, line_end) == 48);
 HOLDS(size_of_text_facts, sizeof(ksv_text_facts) == 24);
 HOLDS(size_of_segment, sizeof(ksv_segment) == 40);
 HOLDS(size_of_repair_counts, sizeof(ksv_repair_counts) == 48);
+HOLDS(size_of_document_facts, sizeof(ksv_document_facts) == 32);
+HOLDS(size_of_entry, sizeof(ksv_entry) == 80);
+HOLDS(place_of_class_id, offsetof(ksv_entry, class_id) == 56);
+HOLDS(size_of_damage, sizeof(ksv_damage) == 24);
+HOLDS(size_of_document_kind, sizeof(ksv_document_kind) == 40);
+HOLDS(size_of_property_section, sizeof(ksv_property_section) == 48);
+HOLDS(size_of_property_value, sizeof(ksv_property_value) == 72);
+HOLDS(size_of_property, sizeof(ksv_property) == 112);
+HOLDS(place_of_property_value, offsetof(ksv_property, value) == 40);
+HOLDS(size_of_property_damage, sizeof(ksv_property_damage) == 40);
 
 int ksv_header_is_c99(void);
 int ksv_header_is_c99(void) {

@@ -53,6 +53,11 @@ void putDword(std::string& bytes, size_t at, uint32_t value) {
   putWord(bytes, at + 2, value >> 16);
 }
 
+void putQword(std::string& bytes, size_t at, uint64_t value) {
+  putDword(bytes, at, static_cast<uint32_t>(value & 0xFFFFFFFF));
+  putDword(bytes, at + 4, static_cast<uint32_t>(value >> 32));
+}
+
 uint32_t getDword(std::string_view bytes, size_t at) {
   uint32_t value = 0;
   for (size_t i = 4; i-- > 0;) value = value * 256 + static_cast<uint8_t>(bytes[at + i]);
@@ -147,10 +152,10 @@ uint32_t CompoundWriter::appendMini(std::string_view content) {
   return first;
 }
 
-// The table has entries for its own sectors and for those that list it. 128 entries of
-// a sector of it are used, however large it is.
+// The table has entries for its own sectors and for those that list it. In version 3 128
+// entries of a sector of it are used, however large it is.
 void CompoundWriter::appendFat() {
-  const size_t perSector = std::min<size_t>(sectorSize() / 4, 128);
+  const size_t perSector = linksPerSector();
   const size_t perDifat = sectorSize() / 4 - 1;
   size_t fatCount = 0;
   size_t difatCount = 0;
@@ -208,6 +213,9 @@ void CompoundWriter::writeEntries(std::string& directory) const {
     putDword(entry, 72, idOf(links[i].right));
     putDword(entry, 76, idOf(tops[i]));
     entry.replace(80, 16, node.classId);
+    putDword(entry, 96, node.stateBits);
+    putQword(entry, 100, node.created);
+    putQword(entry, 108, node.modified);
     putDword(entry, 116, starts_[i]);
     putDword(entry, 120, static_cast<uint32_t>(i == 0 ? miniStream_.size() : node.content.size()));
     directory.replace(size_t{entryId(i)} * 128, 128, entry);
@@ -215,13 +223,14 @@ void CompoundWriter::writeEntries(std::string& directory) const {
 }
 
 std::string CompoundWriter::header() const {
-  std::string bytes(512, '\0');
+  std::string bytes(headerSize(), '\0');
   bytes.replace(0, 8, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1");
   putWord(bytes, 24, 0x3E);
-  putWord(bytes, 26, 3);
+  putWord(bytes, 26, version);
   putWord(bytes, 28, 0xFFFE);
   putWord(bytes, 30, sectorShift);
   putWord(bytes, 32, miniSectorShift);
+  if (version == 4) putDword(bytes, 40, static_cast<uint32_t>(directorySectors_.size()));
   putDword(bytes, 44, static_cast<uint32_t>(fatSectors_.size()));
   putDword(bytes, 48, directorySectors_.front());
   putDword(bytes, 56, cutoff);
@@ -242,7 +251,7 @@ size_t CompoundWriter::entryOffset(uint32_t node) const {
 }
 
 size_t CompoundWriter::fatOffset(uint32_t sector) const {
-  return offsetOf(fatSectors_[sector / 128]) + sector % 128 * 4;
+  return offsetOf(fatSectors_[sector / linksPerSector()]) + sector % linksPerSector() * 4;
 }
 
 size_t CompoundWriter::miniFatOffset(uint32_t miniSector) const {

@@ -2,6 +2,7 @@
 // tests can damage them.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@ inline constexpr uint32_t kEnd = 0xFFFFFFFE;
 // Least significant byte first.
 void putWord(std::string& bytes, size_t at, uint32_t value);
 void putDword(std::string& bytes, size_t at, uint32_t value);
+void putQword(std::string& bytes, size_t at, uint64_t value);
 uint32_t getDword(std::string_view bytes, size_t at);
 std::string words(std::u16string_view units);
 std::string dwords(std::initializer_list<uint32_t> values);
@@ -25,6 +27,9 @@ struct Node {
   std::string content;
   std::vector<uint32_t> children;  // of a storage
   std::string classId = std::string(16, '\0');
+  uint32_t stateBits = 0;
+  uint64_t created = 0;
+  uint64_t modified = 0;
 };
 
 enum class TreeShape { kBalanced, kRightChain, kLeftChain };
@@ -33,6 +38,14 @@ class CompoundWriter {
  public:
   CompoundWriter();
 
+  // Of version 4 with its sectors of 4,096 bytes, the header fills the first, and sizes have 64
+  // bits. In version 3 the header has 512 bytes whatever the sectors have, which is what the reader
+  // that is described takes.
+  uint16_t version = 3;
+  void useVersion4() {
+    version = 4;
+    sectorShift = 12;
+  }
   uint16_t sectorShift = 9;
   uint16_t miniSectorShift = 6;
   uint32_t cutoff = 4096;
@@ -54,7 +67,7 @@ class CompoundWriter {
   size_t entryOffset(uint32_t node) const;
   size_t fatOffset(uint32_t sector) const;
   size_t miniFatOffset(uint32_t miniSector) const;
-  size_t offsetOf(uint32_t sector) const { return 512 + (size_t{sector} << sectorShift); }
+  size_t offsetOf(uint32_t sector) const { return headerSize() + (size_t{sector} << sectorShift); }
   const std::vector<uint32_t>& directorySectors() const { return directorySectors_; }
   const std::vector<uint32_t>& fatSectors() const { return fatSectors_; }
   const std::vector<uint32_t>& difatSectors() const { return difatSectors_; }
@@ -62,6 +75,11 @@ class CompoundWriter {
   const std::vector<uint32_t>& miniStreamSectors() const { return miniStreamSectors_; }
 
  private:
+  size_t headerSize() const { return version == 4 ? sectorSize() : 512; }
+  // Entries of a sector of the table that are made use of.
+  size_t linksPerSector() const {
+    return version == 4 ? sectorSize() / 4 : std::min<size_t>(sectorSize() / 4, 128);
+  }
   size_t sectorSize() const { return size_t{1} << sectorShift; }
   size_t miniSectorSize() const { return size_t{1} << miniSectorShift; }
   std::vector<uint32_t> appendChain(std::string_view content, bool reversed = false);
