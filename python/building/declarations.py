@@ -7,7 +7,7 @@ from pathlib import Path
 
 COMMENT = re.compile(r"/\*.*?\*/|//[^\n]*", re.DOTALL)
 CONTINUED = re.compile(r"\\\n")
-CONSTANT = re.compile(r"^#define (KSV_\w+) (?:UINT32_C\(|UINT64_MAX|[0-9(])", re.MULTILINE)
+CONSTANT = re.compile(r"^#define (KSV_\w+) (?:UINT32_C\(|UINT(?:32|64)_MAX|[0-9(])", re.MULTILINE)
 DIRECTIVE = re.compile(r"^[ \t]*#.*$", re.MULTILINE)
 MARKS = re.compile(r"^KSV_EXTERN_C_(?:BEGIN|END)$|\bKSV_API\b *", re.MULTILINE)
 

@@ -15,16 +15,19 @@ from ksv._codecs import register_codecs
 from ksv._conversion import Converter, convert, report
 from ksv._detection import (Detection, Detector, Guess, Repair, Segment, detect, detect_file,
                             repair, segments)
-from ksv._errors import (BadArgument, Error, InvalidText, SystemFailure, TextError, TruncatedText,
-                         UnknownCharset, UnmappableCharacter, text_of)
+from ksv._documents import (Damage, Document, DocumentKind, Entry, Property, PropertySection,
+                            read_properties)
+from ksv._errors import (BadArgument, Damaged, Error, InvalidText, NoDocument, SystemFailure,
+                         TextError, TruncatedText, UnknownCharset, UnmappableCharacter, text_of)
 from ksv._native import lib
 from ksv._options import Problem
 
 __version__: str = text_of(lib.ksv_version())
 
 __all__ = [
-    "BadArgument", "Buffer", "Charset", "Converter", "Detection", "Detector", "Error", "Guess",
-    "InvalidText", "Problem", "Repair", "Segment", "SystemFailure", "TextError", "TruncatedText",
+    "BadArgument", "Buffer", "Charset", "Converter", "Damage", "Damaged", "Detection", "Detector",
+    "Document", "DocumentKind", "Entry", "Error", "Guess", "InvalidText", "NoDocument", "Problem",
+    "Property", "PropertySection", "Repair", "Segment", "SystemFailure", "TextError", "TruncatedText",
     "UnknownCharset", "UnmappableCharacter", "charset", "charsets", "convert", "detect",
-    "detect_file", "leading_piece", "register_codecs", "repair", "report", "segments",
+    "detect_file", "leading_piece", "read_properties", "register_codecs", "repair", "report", "segments",
 ]

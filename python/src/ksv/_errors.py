@@ -60,6 +60,14 @@ class SystemFailure(Error, OSError):
     """The charset directory, or a file, cannot be read."""
 
 
+class NoDocument(Error, ValueError):
+    """What is not a compound document."""
+
+
+class Damaged(Error, ValueError):
+    """A part of a document that cannot be read."""
+
+
 _KINDS: dict[int, type[Error]] = {
     lib.KSV_INVALID: InvalidText,
     lib.KSV_TRUNCATED: TruncatedText,
@@ -68,6 +76,8 @@ _KINDS: dict[int, type[Error]] = {
     lib.KSV_UNKNOWN_CHARSET: UnknownCharset,
     lib.KSV_BAD_ARGUMENT: BadArgument,
     lib.KSV_SYSTEM: SystemFailure,
+    lib.KSV_NO_DOCUMENT: NoDocument,
+    lib.KSV_DAMAGED: Damaged,
 }
 
 
