@@ -4,6 +4,8 @@ import gc
 import mmap
 import pickle
 import tempfile
+import threading
+import time
 from concurrent.futures import ThreadPoolExecutor
 
 import ksv
@@ -259,3 +261,26 @@ def test_charsets_are_told():
 def test_pieces_are_cut_between_characters():
     assert ksv.leading_piece(b"\x91\x90\x96\x8d", 3, "sjis") == 2
     assert ksv.leading_piece(b"a\r\nb", 2, "utf-8") == 1
+
+
+def test_the_interpreter_is_left_to_others_during_a_call():
+    data = SJIS * (32 << 20 >> 7)
+
+    def times_meanwhile():
+        """When another thread was at work between the beginning and the end of a call."""
+        seen, span = [], []
+
+        def work():
+            begin = time.perf_counter()
+            ksv.convert(data, "sjis", "utf-16le")
+            span.extend((begin, time.perf_counter()))
+
+        thread = threading.Thread(target=work)
+        thread.start()
+        while thread.is_alive():
+            seen.append(time.perf_counter())
+        begin, end = span
+        middle = (begin + end) / 2
+        return [at for at in seen if abs(at - middle) < (end - begin) / 4]
+
+    assert any(times_meanwhile() for _ in range(20))
