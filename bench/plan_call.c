@@ -1,5 +1,5 @@
-/* How long a call of libksv takes from C, for bench/python_speed.py: the fastest of five rounds, in nanoseconds of
- * processor time a call.
+/* How long a call of libksv takes from C, for bench/python_speed.py: the fastest of five rounds, in
+ * nanoseconds of processor time a call.
  *
  *     plan_call SOURCE TARGET FILE CALLS
  */

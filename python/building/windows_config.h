@@ -1,6 +1,7 @@
 /*
- * windows_config.h : what Python's headers have to be told about Windows on x86_64, where MinGW builds a module for the stable interface.
- * It comes before the pyconfig.h of the building machine, whose place it takes: the stable interface is the same everywhere.
+ * windows_config.h : what Python's headers have to be told about Windows on x86_64, where MinGW
+ * builds a module for the stable interface. It comes before the pyconfig.h of the building machine,
+ * whose place it takes: the stable interface is the same everywhere.
  */
 #ifndef Py_PYCONFIG_H
 #define Py_PYCONFIG_H

@@ -1,6 +1,6 @@
 /*
- * column.h : conversion of a column of Arrow in one call: what lies in its buffers goes to buffers of the
- * same form, and no value becomes an object of Python.
+ * column.h : conversion of a column of Arrow in one call: what lies in its buffers goes to buffers
+ * of the same form, and no value becomes an object of Python.
  */
 #ifndef KSV_PYTHON_COLUMN_H
 #define KSV_PYTHON_COLUMN_H
@@ -12,9 +12,9 @@
 /* The buffers of a binary column. */
 typedef struct ksv_column {
   const uint8_t* data;
-  const void* offsets;     /* rows + 1 of them, of the first row on */
-  int32_t offset_width;    /* bytes of an offset: 4 or 8 */
-  int32_t stops;           /* 1: the first value that cannot be converted ends it; 0: it becomes null */
+  const void* offsets;  /* rows + 1 of them, of the first row on */
+  int32_t offset_width; /* bytes of an offset: 4 or 8 */
+  int32_t stops; /* 1: the first value that cannot be converted ends it; 0: it becomes null */
   const uint8_t* validity; /* a bit a row, the lowest first; null: all rows have a value */
   int64_t first_bit;       /* of the first row in it */
   int64_t rows;

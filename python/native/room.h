@@ -1,6 +1,6 @@
 /*
- * room.h : conversion into a room that is used again and again. A short text waits for nothing else than this call, so
- * it takes and gives as little as it can.
+ * room.h : conversion into a room that is used again and again. A short text waits for nothing else
+ * than this call, so it takes and gives as little as it can.
  */
 #ifndef KSV_PYTHON_ROOM_H
 #define KSV_PYTHON_ROOM_H
