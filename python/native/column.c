@@ -76,8 +76,8 @@ static void noteFailure(ksv_converted_column* converted, int64_t row, const ksv_
   converted->error = *error;
 }
 
-int32_t ksv_column_convert(const ksv_plan* plan, const ksv_column* column,
-                           ksv_converted_column* converted) {
+ksv_result ksv_column_convert(const ksv_plan* plan, const ksv_column* column,
+                              ksv_converted_column* converted) {
   size_t capacity = 0;
   int64_t row;
   if (!begin(column, converted, &capacity)) return KSV_NO_MEMORY;

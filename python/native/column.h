@@ -33,8 +33,8 @@ typedef struct ksv_converted_column {
 
 /* KSV_TOO_LONG: the texts are longer than offsets of 4 bytes can tell. Whatever it answers,
  * ksv_column_free wants the result. */
-int32_t ksv_column_convert(const ksv_plan* plan, const ksv_column* column,
-                           ksv_converted_column* converted);
+ksv_result ksv_column_convert(const ksv_plan* plan, const ksv_column* column,
+                              ksv_converted_column* converted);
 
 void ksv_column_free(ksv_converted_column* converted);
 
