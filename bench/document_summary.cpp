@@ -1,7 +1,8 @@
 // The properties of compound documents, beside libgsf: ksv_document_bench.
 //
-// SummaryInfo opens the file, reads it and converts every text to UTF-8; libgsf does the
-// same from a file (gsf_file) and from bytes that are in memory already (gsf_memory).
+// SummaryInfo (library) opens the file, reads it and converts every text to UTF-8; so does libksv,
+// which looks for the kind of document as well; libgsf does the same from a file (gsf_file) and
+// from bytes that are in memory already (gsf_memory).
 #include <benchmark/benchmark.h>
 #include <gsf/gsf.h>
 
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "ksv.hpp"
 #include "ksv_cconv.h"
 #include "ksv_ole.h"
 #include "tests/ole/compound_writer.h"
@@ -114,6 +116,14 @@ Properties readByLibrary(const std::string& path) {
   return {record.c_str() + KSV_SUMMARY_TITLE, record.c_str() + KSV_SUMMARY_AUTHOR};
 }
 
+// All properties of both sets, and the kind of document.
+Properties readByKit(const Document& document) {
+  ksv::Document opened = ksv::Document::open(document.path);
+  const ksv::Properties properties = ksv::Properties::of(opened);
+  benchmark::DoNotOptimize(ksv::kind_of(opened));
+  return {properties.text("title").value_or(""), properties.text("author").value_or("")};
+}
+
 std::string lookUp(GsfDocMetaData* meta, const char* name) {
   GsfDocProp* property = gsf_doc_meta_data_lookup(meta, name);
   return property != nullptr ? g_value_get_string(gsf_doc_prop_get_val(property)) : "";
@@ -163,6 +173,7 @@ bool agree(const std::vector<Document>& documents) {
   for (const Document& document : documents) {
     const Properties properties = readDocumentByLibrary(document);
     if (properties.title.empty() || readByGsfFile(document) != properties ||
+        readByKit(document) != properties ||
         (!document.bytes.empty() && readByGsfMemory(document) != properties)) {
       std::fprintf(stderr, "%s: the readers disagree\n", document.path.c_str());
       return false;
@@ -178,6 +189,7 @@ void add(const char* group, const Document* documents, size_t count) {
         ->Unit(benchmark::kMicrosecond);
   };
   addOne("library", readDocumentByLibrary);
+  addOne("libksv", readByKit);
   addOne("gsf_file", readByGsfFile);
   if (!documents->bytes.empty()) addOne("gsf_memory", readByGsfMemory);
 }

@@ -445,6 +445,31 @@ def compound_file_seeds():
     }
 
 
+# --- Documents: whether they are checked first, then the file. ---
+
+
+def version_4(seed):
+    """The same with the header in a sector of its own and the table without its later half."""
+    file = bytearray(seed[1:])
+    struct.pack_into("<H", file, 26, 4)
+    return seed[:1] + bytes(file[:512]) + bytes(4096 - 512) + bytes(file[512:])
+
+
+def document_tree_seeds():
+    large = bytes(i % 251 for i in range(4200))
+    small = bytes(i % 241 for i in range(700))
+    apart = [entry("Root Entry", 5, child=1, start=9, size=len(small)),
+             entry("small", 2, right=2, start=0, size=len(small)), entry("large", 2, size=0)]
+    orphan = [entry("Root Entry", 5), entry("a", 1, child=2), entry("b", 2)]
+    seeds = {name: seed for name, seed in compound_file_seeds().items() if name != "large_sectors"}
+    return seeds | {
+        "version_4": version_4(compound(large, small, shift=12)),
+        "unchecked": b"\0" + compound(b"", small, entries=apart)[1:],
+        "orphans": compound(entries=orphan),
+        "large_sectors": version_4(compound(large, small, shift=10)),
+    }
+
+
 # --- Property sets: kind, code page, target, language, line ends, length of the first set. ---
 
 SUMMARY = bytes.fromhex("E0859FF2F94F6810AB9108002B27B3D9")
@@ -476,6 +501,31 @@ def string(number, text):
 def summary(kind, page, target, first, second, language=0, line_ends=8):
     return bytes([kind, page, target, language, line_ends]) + struct.pack(
         ">H", len(first)) + first + second
+
+
+def property_set_seeds():
+    def counted(text):
+        return struct.pack("<I", len(text)) + text
+
+    user = bytes.fromhex("05D5CDD59C2E1B10939708002B2CF9AE")
+    names = dwords(2, 2, 6) + b"Count\0" + dwords(3, 5) + b"Name\0"
+    pages = {page: (1, dwords(2, page)) for page in (932, 1200, 1252, 65001)}
+    values = [dwords(0), dwords(3, 7), dwords(11, 0xFFFF), dwords(64, 1, 2), dwords(65) + counted(b"blob"),
+              dwords(71) + counted(dwords(0xFFFFFFFF, 3) + b"META"), dwords(72) + bytes(16),
+              dwords(0x1003, 2, 5, 6), dwords(0x101E, 2) + counted(b"a\0") + counted(b"bcd\0"),
+              dwords(0x100C, 2, 30) + counted(b"ab\0\0") + dwords(3, 1), dwords(0x2003, 3, 1, 2, 0, 8, 9),
+              dwords(31, 2) + "表\0".encode("utf-16-le"), dwords(73) + bytes(16) + counted(b"x\0")]
+    every = property_set((SUMMARY, section(pages[1252], *((i + 2, v) for i, v in enumerate(values)))))
+    both = property_set((DOCUMENT_SUMMARY, section(pages[65001], string(2, "文".encode()))),
+                        (user, section((0, names), pages[1252], (2, dwords(3, 1)), string(3, b"x"))))
+    sets = {"every_type": every, "names": both,
+            "japanese_as_1252": property_set((SUMMARY, section(pages[1252], string(2, "日本語の文書".encode("cp932"))))),
+            "bytes_as_1200": property_set((SUMMARY, section(pages[1200], string(2, b"A title")))),
+            "units_as_1252": property_set((SUMMARY, section(pages[1252], string(2, "Title".encode("utf-16-le")))))}
+    seeds = {name: b"\0\0" + data for name, data in sets.items()}
+    seeds["other_page"] = b"\x03\xa4" + every
+    seeds["empty"] = b""
+    return seeds
 
 
 def summary_seeds():
@@ -718,7 +768,9 @@ def main():
     write("compiled_table_fuzzer", compiled_table_seeds())
     write("converter_fuzzer", conversion_seeds())
     write("compound_file_fuzzer", compound_file_seeds())
+    write("document_tree_fuzzer", document_tree_seeds())
     write("summary_fuzzer", summary_seeds())
+    write("property_set_fuzzer", property_set_seeds())
     write("text_detection_fuzzer", detection_seeds())
     write("encoding_check_fuzzer", check_seeds())
     write("path_fuzzer", path_seeds())

@@ -1,6 +1,8 @@
 #include "cli/jobs/document_extraction.h"
 
 #include <algorithm>
+#include <cstring>
+#include <memory>
 #include <stdexcept>
 
 #include "cli/mail/part_saver.h"
@@ -12,6 +14,8 @@
 
 namespace ksv_cli {
 namespace {
+
+constexpr size_t kBlock = 256 * 1024;
 
 // The stream cannot be had whole.
 class UnwholeStream : public std::runtime_error {
@@ -27,6 +31,7 @@ DocumentExtraction::DocumentExtraction(Document& document, const std::string& di
       directory_(directory),
       replaces_(replaces),
       places_(document.entries().size()),
+      isThere_(document.entries().size()),
       left_(document.fileSize()) {
   placeEntries();
   refuseTaken();
@@ -52,14 +57,31 @@ std::string DocumentExtraction::freePlace(const std::string& directory, uint32_t
   return place;
 }
 
-void DocumentExtraction::refuseTaken() const {
-  for (const std::string& place : places_) {
-    const auto index = static_cast<size_t>(&place - places_.data());
+void DocumentExtraction::refuseTaken() {
+  for (uint32_t index = 0; index < places_.size(); ++index) {
+    const std::string& place = places_[index];
     if (place.empty() || !document_.entries()[index].isStream()) continue;
     if (platform::isLink(place)) throw Failure(shownName(place) + ": " + platform::kLinkIsThere);
-    if (!replaces_ && platform::fileFacts(place).kind != platform::FileKind::kMissing)
-      throw Failure(shownName(place) + " is there already");
+    if (replaces_ || platform::fileFacts(place).kind == platform::FileKind::kMissing) continue;
+    if (!hasSameBytes(index)) throw Failure(shownName(place) + " is there already");
+    isThere_[index] = true;
   }
+}
+
+bool DocumentExtraction::hasSameBytes(uint32_t index) {
+  const uint64_t size = document_.entries()[index].size();
+  const platform::FileFacts facts = platform::fileFacts(places_[index]);
+  if (facts.kind != platform::FileKind::kRegular || facts.size != size) return false;
+  const std::unique_ptr<ByteSource> file = platform::openInput(places_[index]);
+  std::vector<uint8_t> theirs(kBlock);
+  std::vector<uint8_t> ours(kBlock);
+  uint64_t done = 0;
+  while (const size_t count = file->read(theirs.data(), theirs.size())) {
+    if (document_.read(index, done, ours.data(), count) != count) return false;
+    if (std::memcmp(ours.data(), theirs.data(), count) != 0) return false;
+    done += count;
+  }
+  return done == size;
 }
 
 void DocumentExtraction::write(const Tell& tell, const TellFailure& tellFailure) {
@@ -72,7 +94,7 @@ void DocumentExtraction::write(const Tell& tell, const TellFailure& tellFailure)
       continue;
     }
     try {
-      writeStream(index);
+      if (!isThere_[index]) writeStream(index);
     } catch (const UnwholeStream& unwhole) {
       tellFailure(Failure(document_.pathOf(index) + ": " + unwhole.what()));
       continue;
@@ -83,7 +105,6 @@ void DocumentExtraction::write(const Tell& tell, const TellFailure& tellFailure)
 
 // Streams that share their sectors would make much of little.
 void DocumentExtraction::writeStream(uint32_t index) {
-  constexpr size_t kBlock = 256 * 1024;
   const uint64_t size = document_.entries()[index].size();
   PartSaver::File file(places_[index]);
   std::vector<char> block(static_cast<size_t>(std::min<uint64_t>(size, kBlock)));

@@ -13,8 +13,9 @@ namespace ksv_cli {
 
 class DocumentExtraction {
  public:
-  // Throws Failure where a file is there already, unless it may be replaced, and where a link is in
-  // the place of one: nothing has been written by then.
+  // Throws Failure where a file is there already with other bytes, unless it may be replaced, and
+  // where a link is in the place of one: nothing has been written by then. One with the same bytes
+  // is left alone, so that what was ended halfway can be done again.
   DocumentExtraction(Document& document, const std::string& directory, bool replaces);
 
   // A stream that was written whole.
@@ -29,13 +30,15 @@ class DocumentExtraction {
  private:
   void placeEntries();
   std::string freePlace(const std::string& directory, uint32_t index);
-  void refuseTaken() const;
+  void refuseTaken();
+  bool hasSameBytes(uint32_t index);
   void writeStream(uint32_t index);
 
   Document& document_;
   const std::string directory_;
   const bool replaces_;
   std::vector<std::string> places_;  // by the index of the entry; empty: it is not written
+  std::vector<bool> isThere_;        // by the same, with the same bytes
   std::set<std::string> taken_;      // keys of places
   uint64_t left_;                    // bytes that may still be written
 };

@@ -233,7 +233,7 @@ void addExtraction(Subcommand& job, const std::shared_ptr<OleArguments>& argumen
   part.footer(
       "Storages become directories and streams files, each whole or not at all. What no file can\n"
       "be called becomes '_'; names that are one then are numbered. Without --replace nothing is\n"
-      "written where a file is there already.");
+      "written where a file is there already with other bytes.");
   part.work([arguments] { return reportingFailures(*arguments, extract); });
 }
 

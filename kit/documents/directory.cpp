@@ -25,6 +25,8 @@ void takeName(const uint8_t* bytes, DirectoryEntry& entry, uint32_t id, DamageLi
   if (ksv::wordAt(bytes + at::kNameLength) != 2 * (entry.nameLength + 1))
     damages.tell(KSV_DAMAGE_ENTRY, entry.offset + at::kNameLength,
                  "has a name of another length than it claims", id);
+  else if (entry.nameLength == 0)
+    damages.tell(KSV_DAMAGE_ENTRY, entry.offset, "has an entry without a name", id);
 }
 
 void takeType(const uint8_t* bytes, DirectoryEntry& entry, uint32_t id, DamageList& damages) {

@@ -22,9 +22,14 @@ void refuseLosses(Document& source) {
   source.check();
   for (const Damage& damage : source.damages().told())
     if (loses(damage.kind)) throw LossyEdit(damage.reason, damage.offset);
-  for (const Entry& entry : source.entries())
+  uint64_t bytes = 0;
+  for (const Entry& entry : source.entries()) {
     if (entry.isOrphan)
       throw LossyEdit("has orphaned entries, which would be lost", entry.stored->offset);
+    bytes += entry.size();
+  }
+  // Else a small file could make a large one.
+  if (bytes > source.fileSize()) throw LossyEdit("has streams that share their bytes", 0);
 }
 
 DocumentEdit::Node nodeOf(const Entry& entry, uint32_t index) {

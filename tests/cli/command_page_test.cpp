@@ -76,7 +76,11 @@ TEST_F(CommandPage, tells_every_job) {
 TEST_F(CommandPage, tells_every_option_of_each_job) {
   for (const std::string& job : kJobs) {
     std::vector<std::vector<std::string>> calls = {{job, "--help"}};
-    if (job == "ole") calls = {{job, "list", "--help"}, {job, "cat", "--help"}};
+    if (job == "ole") {
+      calls.clear();
+      for (const char* part : {"list", "cat", "extract", "check"})
+        calls.push_back({job, part, "--help"});
+    }
     for (const auto& call : calls) {
       const std::string help = ksv(call).out;
       const size_t options = help.find("Options:");
@@ -171,6 +175,12 @@ TEST_F(CommandPage, tells_every_field_of_each_record) {
   expectTold("summary",
              ksv({"summary", "--json", "--set", "title=x", "--in-place", "document"}).out);
   expectTold("ole", ksv({"ole", "list", "--json", "document"}).out);
+  expectTold("ole", ksv({"ole", "extract", "--json", "document", "parts"}).out);
+  expectTold("ole", ksv({"ole", "check", "--json", "document"}).out);
+  write("cut", read("document").substr(0, 600));
+  for (const auto& damage :
+       nlohmann::json::parse(ksv({"ole", "check", "--json", "cut"}).out).at("damages"))
+    expectTold("ole", damage.dump());
   expectTold("charsets", ksv({"charsets", "--json"}).out);
   std::filesystem::create_directory(pathOf(path("empty")));
   expectTold("lint", ksv({"lint", "--json", "empty"}).out);

@@ -265,6 +265,12 @@ def _document_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
             holds=b'"title":'),
         Job("summary-stdin", [ksv, "summary"], rooms.of("windows31j", "utf-8", "utf-16"), env=env,
             stdin=document["a.doc"], holds=b"  Title "),
+        Job("summary-all", [ksv, "summary", "--all", "a.doc"], both, env=env, holds=b"VT_LPSTR"),
+        Job("summary-set", [ksv, "summary", "--set", "title=x", "--in-place=.bak", "a.doc"], both,
+            env=env, out=b"", operands=["a.doc"], in_place=True, any_after=True,
+            never_lost=[(document["a.doc"], ("a.doc", "a.doc.bak"))]),
+        Job("summary-set-to-file", [ksv, "summary", "--set-custom", "Count=7:number", "-o", "b.doc",
+                                    "a.doc"], both, env=env, out=b"", any_after=True),
         Job("ole-list", [ksv, "ole", "list", "a.doc"], document, env=env, holds=b"WordDocument"),
         Job("ole-list-json", [ksv, "ole", "list", "--json", "a.doc"], document, env=env,
             holds=b'"WordDocument"'),
@@ -272,6 +278,15 @@ def _document_jobs(ksv: str, rooms: _Rooms, env) -> list[Job]:
             holds=b"\x00"),
         Job("ole-cat-stdin", [ksv, "ole", "cat", "-", "WordDocument"], env=env,
             stdin=document["a.doc"], holds=b"\x00"),
+        Job("ole-list-classic", [ksv, "ole", "list", "--classic", "a.doc"], document, env=env,
+            holds=b"WordDocument"),
+        Job("ole-cat-classic", [ksv, "ole", "cat", "--classic", "a.doc", "WordDocument"], document,
+            env=env, holds=b"\x00"),
+        Job("ole-cat-output", [ksv, "ole", "cat", "a.doc", "1Table", "-o", "out"], document, env=env,
+            out=b"", any_after=True),
+        Job("ole-extract", [ksv, "ole", "extract", "a.doc", "parts"], document, env=env, out=b"",
+            any_after=True),
+        Job("ole-check", [ksv, "ole", "check", "a.doc"], document, env=env, out=b"a.doc: sound\n"),
     ]
 
 

@@ -3,12 +3,11 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <utility>
-#include <vector>
 
 #include "kit/convert/plan.h"
 #include "kit/convert/whole_text.h"
 #include "kit/engine.h"
+#include "kit/text/unicode_check.h"
 
 namespace ksv_kit::properties {
 namespace {
@@ -32,47 +31,68 @@ class StringTarget : public TextTarget {
   std::string& text_;
 };
 
-// There are as many as the directory has charsets, three times over.
-std::shared_ptr<const Plan> planFor(const std::string& from, const std::string& to,
-                                    ksv_policy invalid) {
-  using Key = std::pair<std::pair<std::string, std::string>, ksv_policy>;
-  static std::mutex* const mutex = new std::mutex;
-  static auto* const plans = new std::map<Key, std::shared_ptr<const Plan>>;
-  const std::lock_guard<std::mutex> lock(*mutex);
-  const Key key = {{from, to}, invalid};
-  if (const auto found = plans->find(key); found != plans->end()) return found->second;
+// The ways between a charset and UTF-8, each made when it is first asked for.
+struct Ways {
+  std::shared_ptr<const Plan> decoding;
+  std::shared_ptr<const Plan> repairing;  // with U+FFFD for what is no text
+  std::shared_ptr<const Plan> encoding;
+};
+using Way = std::shared_ptr<const Plan> Ways::*;
+
+std::shared_ptr<const Plan> newPlan(const char* from, const char* to, ksv_policy invalid) {
   ksv_options options = KSV_OPTIONS_INIT;
   options.invalid = invalid;
-  auto plan = std::make_shared<const Plan>(from.c_str(), to.c_str(), &options);
-  plans->emplace(key, plan);
+  return std::make_shared<const Plan>(from, to, &options);
+}
+
+std::shared_ptr<const Plan> planFor(const std::string& charset, Way way) {
+  static std::mutex* const mutex = new std::mutex;
+  static auto* const plans = new std::map<std::string, Ways>;
+  const std::lock_guard<std::mutex> lock(*mutex);
+  std::shared_ptr<const Plan>& plan = (*plans)[charset].*way;
+  if (plan == nullptr) {
+    const bool decodes = way != &Ways::encoding;
+    plan = newPlan(decodes ? charset.c_str() : "UTF-8", decodes ? "UTF-8" : charset.c_str(),
+                   way == &Ways::repairing ? KSV_REPLACE : KSV_FAIL);
+  }
   return plan;
 }
 
-bool convert(const std::string& from, const std::string& to, ksv_policy invalid,
-             std::string_view bytes, std::string& converted) {
+// False: a problem ended it.
+bool convert(const std::string& charset, Way way, std::string_view bytes, std::string& converted) {
   bool isWhole = false;
   Engine::refusingFaults([&](const Engine&) {
     StringTarget target(converted);
-    isWhole = !convertWhole(*planFor(from, to, invalid),
-                            reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), target);
+    isWhole = !convertWhole(*planFor(charset, way), reinterpret_cast<const uint8_t*>(bytes.data()),
+                            bytes.size(), target);
   });
   return isWhole;
 }
 
 }  // namespace
 
+bool isUtf8(std::string_view bytes) {
+  return scanUnicode(UnicodeForm::kUtf8, false, reinterpret_cast<const uint8_t*>(bytes.data()),
+                     bytes.size())
+             .end == ScanEnd::kAll;
+}
+
 DecodedText decodedText(const std::string& charset, std::string_view bytes) {
   DecodedText decoded;
-  if (convert(charset, "UTF-8", KSV_FAIL, bytes, decoded.text)) return decoded;
+  if (charset == "UTF-8" && isUtf8(bytes)) {
+    decoded.text = bytes;
+    return decoded;
+  }
+  if (convert(charset, &Ways::decoding, bytes, decoded.text)) return decoded;
   decoded.isSound = false;
-  convert(charset, "UTF-8", KSV_REPLACE, bytes, decoded.text);
+  convert(charset, &Ways::repairing, bytes, decoded.text);
   return decoded;
 }
 
 std::optional<std::string> encodedIn(const std::string& charset, std::string_view utf8) {
   std::string encoded;
   try {
-    if (!convert("UTF-8", charset, KSV_FAIL, utf8, encoded)) return std::nullopt;
+    if (!convert(charset, &Ways::encoding, utf8, encoded)) return std::nullopt;
   } catch (const UnknownCharset&) {
     return std::nullopt;
   }

@@ -12,6 +12,8 @@ struct DecodedText {
   std::string text;     // UTF-8
   bool isSound = true;  // else U+FFFD stands for what is no text
 };
+bool isUtf8(std::string_view bytes);
+
 // charset: one of the directory. Throws UnusableEngine.
 DecodedText decodedText(const std::string& charset, std::string_view bytes);
 

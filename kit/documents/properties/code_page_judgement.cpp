@@ -79,11 +79,11 @@ HighBytes highBytesIn(std::string_view text) {
 // Whether a look that costs something may find anything against a declaration that the bytes
 // allow.
 bool mayBeOther(const std::string& declared, std::string_view lines) {
-  if (isOfSeveralBytes(declared)) return declared != "UTF-8" && decodedText("UTF-8", lines).isSound;
+  if (isOfSeveralBytes(declared)) return declared != "UTF-8" && isUtf8(lines);
   const HighBytes high = highBytesIn(lines);
-  if (high.count < kFewestHighBytes) return decodedText("UTF-8", lines).isSound;
+  if (high.count < kFewestHighBytes) return isUtf8(lines);
   return high.controls * 5 >= high.count || (high.runsAreEven && high.longestRun >= 4) ||
-         decodedText("UTF-8", lines).isSound;
+         isUtf8(lines);
 }
 
 judge::Bytes bytesOf(const std::string& text) {
@@ -128,9 +128,8 @@ bool isWideText(std::string_view bytes) {
   return others == 0 && zeroes > 0 && zeroes * 2 >= text.size() / 2;
 }
 
-std::string charsetOfTexts(const std::string& lines, const std::string& declared) {
+std::string charsetOfTexts(const std::string& lines, const std::string& declared, bool isSound) {
   if (declared.empty()) return charsetOfUndeclared(lines);
-  const bool isSound = decodedText(declared, lines).isSound;
   if (isSound && !mayBeOther(declared, lines)) return declared;
   const auto best = bestGuess(lines);
   if (!best) return declared;

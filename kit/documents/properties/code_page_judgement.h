@@ -14,7 +14,8 @@ bool isWideText(std::string_view bytes);
 
 // What texts are in, one a line, all without ASCII alone, that are declared to be in a charset;
 // empty: none that is known. Another one than declared is answered only where the bytes leave
-// little doubt: most texts of documents are a few words. Throws UnusableEngine.
-std::string charsetOfTexts(const std::string& lines, const std::string& declared);
+// little doubt: most texts of documents are a few words. isSound: all are text in the declared one.
+// Throws UnusableEngine.
+std::string charsetOfTexts(const std::string& lines, const std::string& declared, bool isSound);
 
 }  // namespace ksv_kit::properties

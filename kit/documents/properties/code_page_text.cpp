@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -81,10 +82,14 @@ bool narrowAscii(std::string_view bytes, std::string& text) {
   return true;
 }
 
+void noteRest(const Pending& pending, std::string_view text) {
+  if (hasMoreBehind(pending.bytes, text))
+    addNote(pending, "more bytes stand behind the end of the text");
+}
+
 void decode(const Pending& pending, const std::string& charset, size_t unit) {
   const std::string_view bytes = untilTerminator(pending.bytes, unit);
-  if (hasMoreBehind(pending.bytes, bytes))
-    addNote(pending, "more bytes stand behind the end of the text");
+  noteRest(pending, bytes);
   if (unit == 2 && narrowAscii(bytes, *pending.text)) return;
   DecodedText decoded = decodedText(charset, bytes);
   if (!decoded.isSound) addNote(pending, "holds bytes that are no text in " + charset);
@@ -164,8 +169,7 @@ void SectionTexts::decodeDeclaredNarrow() {
       addNote(text, declaration(section_.codePage) + ", and the text is UTF-16");
     } else if (isAscii(text.bytes) && keepsAscii(section_.codePage)) {
       const std::string_view bytes = untilTerminator(text.bytes, 1);
-      if (hasMoreBehind(text.bytes, bytes))
-        addNote(text, "more bytes stand behind the end of the text");
+      noteRest(text, bytes);
       *text.text = bytes;
     } else if (declared.empty() && section_.codePage != 0) {
       showBytes(text);
@@ -176,17 +180,28 @@ void SectionTexts::decodeDeclaredNarrow() {
   decodeNarrow(narrow, declared);
 }
 
-// Together, since a few words say little.
+// They are judged together, since a few words say little.
 void SectionTexts::decodeNarrow(const std::vector<Pending>& texts, const std::string& declared) {
   if (texts.empty()) return;
   std::string lines;
+  bool areSound = !declared.empty();
   for (const Pending& text : texts) {
-    lines += untilTerminator(text.bytes, 1);
+    const std::string_view bytes = untilTerminator(text.bytes, 1);
+    lines += bytes;
     lines += '\n';
+    if (declared.empty()) continue;
+    DecodedText decoded = decodedText(declared, bytes);
+    areSound = areSound && decoded.isSound;
+    *text.text = std::move(decoded.text);
   }
-  const std::string charset =
-      isAscii(lines) && declared.empty() ? kUsualCharset : charsetOfTexts(lines, declared);
+  const std::string charset = isAscii(lines) && declared.empty()
+                                  ? kUsualCharset
+                                  : charsetOfTexts(lines, declared, areSound);
   for (const Pending& text : texts) {
+    if (areSound && charset == declared) {
+      noteRest(text, untilTerminator(text.bytes, 1));
+      continue;
+    }
     decode(text, charset, 1);
     if (charset != declared)
       addNote(text, declaration(section_.codePage) + ", and the text is read as " + charset);
@@ -206,14 +221,19 @@ void SectionTexts::showBytes(const Pending& pending) const {
 
 }  // namespace
 
-// Texts in other units than bytes are those of one code page only.
+// Each code page is looked up once a process. Texts in other units than bytes are those of one
+// only.
 std::string charsetOf(uint16_t codePage) {
+  static std::mutex* const mutex = new std::mutex;
+  static auto* const charsets = new std::map<uint16_t, std::string>;
   if (codePage == kUtf16Page) return kWideCharset;
+  const std::lock_guard<std::mutex> lock(*mutex);
+  if (const auto found = charsets->find(codePage); found != charsets->end()) return found->second;
   const CharsetNames& names = Engine::instance().names();
   const RegistryEntry* const entry = registryEntryOfCodePage(codePage);
   const auto choice = names.findSource(entry == nullptr ? "cp" + std::to_string(codePage)
                                                         : std::string(entry->charset));
-  return choice && !choice->hasByteOrder() ? choice->display : "";
+  return (*charsets)[codePage] = choice && !choice->hasByteOrder() ? choice->display : "";
 }
 
 void readTexts(PropertySet& set) {

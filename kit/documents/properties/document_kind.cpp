@@ -71,31 +71,32 @@ constexpr ClassRow kClasses[] = {
 
 // A stream that only documents of one kind have, and how it begins.
 struct StreamRow {
-  const char* path;
+  std::u16string_view name;
   std::string_view beginning;
   const char* key;
 };
 
 constexpr StreamRow kStreams[] = {
-    {"EncryptedPackage", ""sv, "encryptedPackage"},
-    {"WordDocument", "\xEC\xA5"sv, "word"},
-    {"WordDocument", "\xDC\xA5"sv, "word"},
-    {"Workbook", "\x09\x08"sv, "excel"},
-    {"Book", "\x09\x08"sv, "excel"},
-    {"PowerPoint Document", ""sv, "powerpoint"},
-    {"VisioDocument", "Visio (TM) Drawing"sv, "visio"},
-    {"__properties_version1.0", ""sv, "mail"},
-    {"Quill/QuillSub/CONTENTS", "CHNKINK "sv, "publisher"},
-    {"Props14", ""sv, "project"},
-    {"Props12", ""sv, "project"},
-    {"Props9", ""sv, "project"},
-    {"MatOST", ""sv, "works"},
-    {"FileHeader", "HWP Document File"sv, "hangul"},
-    {"Equation Native", ""sv, "equation"},
-    {"StarWriterDocument", ""sv, "starWriter"},
-    {"StarCalcDocument", ""sv, "starCalc"},
-    {"StarDrawDocument3", ""sv, "starDraw"},
-    {"StarMathDocument", ""sv, "starMath"},
+    {u"EncryptedPackage"sv, ""sv, "encryptedPackage"},
+    {u"WordDocument"sv, "\xEC\xA5"sv, "word"},
+    {u"WordDocument"sv, "\xDC\xA5"sv, "word"},
+    {u"Workbook"sv, "\x09\x08"sv, "excel"},
+    {u"Book"sv, "\x09\x08"sv, "excel"},
+    {u"PowerPoint Document"sv, ""sv, "powerpoint"},
+    {u"VisioDocument"sv, "Visio (TM) Drawing"sv, "visio"},
+    {u"__properties_version1.0"sv, ""sv, "mail"},
+    {u"Contents"sv, "\xE8\xAC"sv, "publisher"},
+    {u"Props14"sv, ""sv, "project"},
+    {u"Props12"sv, ""sv, "project"},
+    {u"Props9"sv, ""sv, "project"},
+    {u"MatOST"sv, ""sv, "works"},
+    {u"CONTENTS"sv, "CHNKWKS "sv, "works"},
+    {u"FileHeader"sv, "HWP Document File"sv, "hangul"},
+    {u"Equation Native"sv, ""sv, "equation"},
+    {u"StarWriterDocument"sv, ""sv, "starWriter"},
+    {u"StarCalcDocument"sv, ""sv, "starCalc"},
+    {u"StarDrawDocument3"sv, ""sv, "starDraw"},
+    {u"StarMathDocument"sv, ""sv, "starMath"},
 };
 
 // Tables of installers stand in streams whose names are coded in these characters.
@@ -110,17 +111,16 @@ constexpr double kTheyDiffer = 0.6;
 std::string_view keyByClass(const Document& document) {
   if (document.entries().empty()) return "";
   const auto& bytes = document.entries()[0].stored->classId;
-  const std::string text =
-      guidText({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  const std::string text = guidText({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   const auto found = std::find_if(std::begin(kClasses), std::end(kClasses),
                                   [&](const ClassRow& row) { return text == row.classId; });
   return found == std::end(kClasses) ? "" : found->key;
 }
 
-// The bytes of a stream at an offset, as far as they are there.
-std::string bytesAt(Document& document, std::string_view path, uint64_t offset, size_t count) {
-  const auto entry = document.find(path);
-  if (!entry || !document.entries()[*entry].isStream()) return "";
+// The bytes of a stream of the root at an offset, as far as they are there.
+std::string bytesAt(Document& document, std::u16string_view name, uint64_t offset, size_t count) {
+  const auto entry = rootStream(document, name);
+  if (!entry) return "";
   std::string bytes(count, '\0');
   bytes.resize(document.read(*entry, offset, bytes.data(), count));
   return bytes;
@@ -132,10 +132,9 @@ uint32_t numberAt(std::string_view bytes, size_t at, size_t size) {
 }
 
 bool hasStream(Document& document, const StreamRow& row) {
-  const auto entry = document.find(row.path);
-  if (!entry || !document.entries()[*entry].isStream()) return false;
+  if (!rootStream(document, row.name)) return false;
   return row.beginning.empty() ||
-         bytesAt(document, row.path, 0, row.beginning.size()) == row.beginning;
+         bytesAt(document, row.name, 0, row.beginning.size()) == row.beginning;
 }
 
 bool hasCodedNames(const Document& document) {
@@ -196,7 +195,7 @@ bool hasCodeStorage(const Document& document) {
 
 // The flags of the file information block at the beginning.
 void lookIntoWord(Document& document, DocumentKind& kind) {
-  const uint32_t flags = numberAt(bytesAt(document, "WordDocument", 0, 12), 10, 2);
+  const uint32_t flags = numberAt(bytesAt(document, u"WordDocument", 0, 12), 10, 2);
   constexpr uint32_t kTemplate = 0x0001;
   constexpr uint32_t kEncrypted = 0x0100;
   kind.isTemplate = (flags & kTemplate) != 0;
@@ -211,8 +210,8 @@ void lookIntoExcel(Document& document, DocumentKind& kind) {
   constexpr uint32_t kEndOfSubstream = 0x000A;
   constexpr uint32_t kFilePassword = 0x002F;
   constexpr uint32_t kTemplate = 0x0060;
-  const char* const path = document.find("Workbook") ? "Workbook" : "Book";
-  const std::string bytes = bytesAt(document, path, 0, kLook);
+  const std::u16string_view name = rootStream(document, u"Workbook") ? u"Workbook" : u"Book";
+  const std::string bytes = bytesAt(document, name, 0, kLook);
   kind.isTemplate = false;
   for (size_t at = 0; at + 4 <= bytes.size(); at += 4 + numberAt(bytes, at + 2, 2)) {
     const uint32_t record = numberAt(bytes, at, 2);
@@ -231,9 +230,10 @@ struct PresentationRecord {
 };
 
 constexpr size_t kRecordHeader = 8;
+constexpr std::u16string_view kPresentation = u"PowerPoint Document";
 
 std::optional<PresentationRecord> recordAt(Document& document, uint64_t at, uint64_t behind) {
-  const std::string bytes = bytesAt(document, "PowerPoint Document", at, kRecordHeader);
+  const std::string bytes = bytesAt(document, kPresentation, at, kRecordHeader);
   if (bytes.size() < kRecordHeader) return std::nullopt;
   const PresentationRecord record = {numberAt(bytes, 2, 2), at + kRecordHeader,
                                      at + kRecordHeader + numberAt(bytes, 4, 4)};
@@ -256,27 +256,27 @@ std::optional<PresentationRecord> findRecord(Document& document, uint32_t type, 
 // The document container, in it the list of information, in it what is said of code.
 bool hasPresentationCode(Document& document) {
   constexpr uint32_t kWay[] = {1000, 2000, 1023, 1024};
-  const auto entry = document.find("PowerPoint Document");
+  const auto entry = rootStream(document, kPresentation);
   PresentationRecord place = {0, 0, entry ? document.entries()[*entry].size() : 0};
   for (const uint32_t type : kWay) {
     const auto next = findRecord(document, type, place.content, place.behind);
     if (!next) return false;
     place = *next;
   }
-  return numberAt(bytesAt(document, "PowerPoint Document", place.content, 8), 4, 4) != 0;
+  return numberAt(bytesAt(document, kPresentation, place.content, 8), 4, 4) != 0;
 }
 
 void lookIntoPowerPoint(Document& document, DocumentKind& kind) {
   constexpr size_t kToken = 12;
   constexpr uint32_t kEncrypted = 0xF3D1C4DF;
   kind.isEncrypted =
-      numberAt(bytesAt(document, "Current User", 0, kToken + 4), kToken, 4) == kEncrypted;
+      numberAt(bytesAt(document, u"Current User", 0, kToken + 4), kToken, 4) == kEncrypted;
   if (!kind.isEncrypted && hasPresentationCode(document)) kind.hasMacros = true;
 }
 
 void lookIntoHangul(Document& document, DocumentKind& kind) {
   constexpr size_t kFlags = 36;
-  kind.isEncrypted = (numberAt(bytesAt(document, "FileHeader", 0, 40), kFlags, 4) & 2) != 0;
+  kind.isEncrypted = (numberAt(bytesAt(document, u"FileHeader", 0, 40), kFlags, 4) & 2) != 0;
 }
 
 void lookInto(Document& document, DocumentKind& kind) {

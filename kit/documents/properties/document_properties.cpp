@@ -62,6 +62,16 @@ std::vector<const Property*> DocumentProperties::custom() const {
   return found;
 }
 
+std::optional<uint32_t> rootStream(const documents::Document& document, std::u16string_view name) {
+  const std::vector<documents::Entry>& entries = document.entries();
+  const auto found =
+      std::find_if(entries.begin(), entries.end(), [&](const documents::Entry& entry) {
+        return entry.parent == 0 && entry.isStream() && entry.name() == name;
+      });
+  if (found == entries.end()) return std::nullopt;
+  return static_cast<uint32_t>(found - entries.begin());
+}
+
 std::optional<PropertySet> setAt(documents::Document& document, std::string_view path) {
   const std::optional<uint32_t> entry = streamAt(document, path);
   if (!entry) return std::nullopt;
@@ -72,8 +82,8 @@ std::optional<PropertySet> setAt(documents::Document& document, std::string_view
 
 DocumentProperties propertiesOf(documents::Document& document, WhichSets which) {
   DocumentProperties found;
-  const std::optional<uint32_t> known[] = {streamAt(document, kSummaryPath),
-                                           streamAt(document, kDocumentSummaryPath)};
+  const std::optional<uint32_t> known[] = {rootStream(document, kSummaryStream),
+                                           rootStream(document, kDocumentSummaryStream)};
   for (const std::optional<uint32_t>& entry : known)
     if (entry) addSet(document, *entry, found.sets);
   if (which == WhichSets::kKnown) return found;

@@ -34,6 +34,10 @@ struct DocumentProperties {
 // With their texts. Throws UnusableEngine, UnreadableDocument.
 DocumentProperties propertiesOf(documents::Document& document, WhichSets which);
 
+// The entry of a stream of the root by its name, which a look at each costs less than to make a
+// path of it; none: there is none.
+std::optional<uint32_t> rootStream(const documents::Document& document, std::u16string_view name);
+
 // A stream as its set, without texts; no stream of that path: none.
 std::optional<PropertySet> setAt(documents::Document& document, std::string_view path);
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kit/documents/properties/code_page_text.h"
+#include "kit/documents/properties/property_set_writer.h"
 
 namespace ksv_kit::properties {
 namespace {
@@ -89,6 +90,33 @@ bool makeRoomFor(const std::string& text, Section& section) {
   return false;
 }
 
+bool haveSameTexts(const Value& one, const Value& other) {
+  return one.text == other.text &&
+         std::equal(one.elements.begin(), one.elements.end(), other.elements.begin(),
+                    other.elements.end(), haveSameTexts);
+}
+
+// Whether the section says the same when it is read again. Texts may look as if they were in
+// another code page than the one they are in, and one more may make all of them look so.
+bool readsBack(const Section& section) {
+  PropertySet set;
+  set.classId.assign(16, '\0');
+  set.sections.push_back(section);
+  const std::string bytes = written(set);
+  PropertySet again =
+      readPropertySet({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
+  readTexts(again);
+  const Section& other = again.sections.front();
+  return std::equal(section.properties.begin(), section.properties.end(), other.properties.begin(),
+                    other.properties.end(),
+                    [](const Property& a, const Property& b) {
+                      return a.id == b.id && haveSameTexts(a.value, b.value);
+                    }) &&
+         std::equal(section.dictionary.begin(), section.dictionary.end(), other.dictionary.begin(),
+                    other.dictionary.end(),
+                    [](const auto& a, const auto& b) { return a.name == b.name; });
+}
+
 char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool isSameName(std::string_view one, std::string_view other) {
@@ -113,14 +141,6 @@ uint32_t freeId(const Section& section) {
   return id;
 }
 
-// A name has to stand in the code page, unlike a value.
-uint32_t nameProperty(Section& section, const std::string& name) {
-  const uint32_t id = freeId(section);
-  if (!makeRoomFor(name, section)) moveTo(kUtf8Page, section);
-  section.dictionary.push_back({id, terminatedText(section.codePage, name).value(), name});
-  return id;
-}
-
 void placeValue(Section& section, uint32_t id, Value value) {
   Property property;
   property.id = id;
@@ -133,6 +153,34 @@ void placeValue(Section& section, uint32_t id, Value value) {
   }
   property.name = found->name;
   *found = std::move(property);
+}
+
+// False, and the section as it was: the text cannot stand there so that it is read back.
+template <typename Place>
+bool placeText(Section& section, const std::string& text, Place place) {
+  const Section before = section;
+  if (makeRoomFor(text, section)) {
+    place();
+    if (readsBack(section)) return true;
+    section = before;
+  }
+  if (!canMoveTo(kUtf8Page, section)) return false;
+  moveTo(kUtf8Page, section);
+  place();
+  if (readsBack(section)) return true;
+  section = before;
+  return false;
+}
+
+// A name has to stand in the code page, unlike a value.
+uint32_t nameProperty(Section& section, const std::string& name) {
+  const uint32_t id = freeId(section);
+  const bool isPlaced = placeText(section, name, [&] {
+    section.dictionary.push_back({id, terminatedText(section.codePage, name).value(), name});
+  });
+  if (!isPlaced)
+    throw UnwritableName("the name " + name + " cannot be written beside the texts that are there");
+  return id;
 }
 
 }  // namespace
@@ -161,14 +209,14 @@ Value textValue(std::string_view utf8) {
 }
 
 void setProperty(Section& section, uint32_t id, Value value) {
-  if (value.type == kLpstr) {
-    if (makeRoomFor(value.text, section)) {
-      encode(value, section.codePage);
-    } else {
-      value.type = kLpwstr;
-      value.bytes = terminatedText(kUtf16Page, value.text).value();
-    }
-  }
+  if (value.type != kLpstr) return placeValue(section, id, std::move(value));
+  const bool isPlaced = placeText(section, value.text, [&] {
+    encode(value, section.codePage);
+    placeValue(section, id, value);
+  });
+  if (isPlaced) return;
+  value.type = kLpwstr;
+  value.bytes = terminatedText(kUtf16Page, value.text).value();
   placeValue(section, id, std::move(value));
 }
 
@@ -179,7 +227,6 @@ bool removeProperty(Section& section, uint32_t id) {
 
 void setCustomProperty(PropertySet& documentSummary, const std::string& name, Value value) {
   Section& section = sectionOf(documentSummary, kUserDefinedFormat);
-  if (section.codePage == 0) makeRoomFor(name, section);
   const std::optional<uint32_t> known = idOf(section, name);
   const uint32_t id = known ? *known : nameProperty(section, name);
   removeProperty(section, id | kLinkBit);

@@ -1,6 +1,7 @@
 // Changes properties in sets that were read, texts and all, or that are new.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -8,6 +9,12 @@
 #include "kit/documents/properties/property_set.h"
 
 namespace ksv_kit::properties {
+
+// A name cannot be written in the code page of a section, which cannot be changed either.
+class UnwritableName : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 // A set with one section without properties.
 PropertySet newPropertySet(std::string_view format);

@@ -186,6 +186,14 @@ TEST_F(DocumentDamage, entries_with_odd_values_are_told_and_shown) {
   EXPECT_EQ(contentAt(*document, "storage/inner"), pattern(5000, 3));
 }
 
+TEST_F(DocumentDamage, an_entry_without_a_name_is_told) {
+  putWord(bytes_, writer_.entryOffset(other_), 0);
+  putWord(bytes_, writer_.entryOffset(other_) + 64, 2);
+  const auto document = openBytes(bytes_);
+  EXPECT_EQ(damagesOf(*document), std::vector<std::string>{at("has an entry without a name",
+                                                              writer_.entryOffset(other_))});
+}
+
 TEST_F(DocumentDamage, a_name_without_an_end_has_32_units) {
   for (size_t i = 0; i < 32; ++i) putWord(bytes_, writer_.entryOffset(other_) + 2 * i, 'n');
   const auto document = openBytes(bytes_);

@@ -163,6 +163,18 @@ TEST_F(DocumentEdits, refuse_sources_of_which_something_would_be_lost) {
   }
 }
 
+// A small file would become a large one.
+TEST_F(DocumentEdits, refuse_sources_whose_streams_share_their_bytes) {
+  CompoundWriter writer;
+  const uint32_t first = writer.addStream(0, u"a", pattern(100'000));
+  const uint32_t second = writer.addStream(0, u"b", "");
+  std::string bytes = writer.write();
+  for (const size_t field : {116, 120})
+    putDword(bytes, writer.entryOffset(second) + field,
+             getDword(bytes, writer.entryOffset(first) + field));
+  EXPECT_THROW(DocumentEdit(*openBytes(bytes)), LossyEdit);
+}
+
 TEST_F(DocumentEdits, of_nothing_are_documents) {
   DocumentEdit edit;
   expectSound(writtenBy(edit));

@@ -39,8 +39,6 @@ void expectTree(Document& document) {
   EXPECT_EQ(damagesOf(document), std::vector<std::string>());
 }
 
-constexpr uint16_t kVersions[] = {3, 4};
-
 TEST(Document, version_3_has_its_tree_and_bytes) {
   CompoundWriter writer;
   addTree(writer);

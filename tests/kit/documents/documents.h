@@ -12,6 +12,8 @@
 
 namespace ksv_kit::documents {
 
+inline constexpr uint16_t kVersions[] = {3, 4};  // of the format
+
 inline std::unique_ptr<Document> openBytes(std::string_view bytes) {
   return Document::open(bytesAt(bytes.data(), bytes.size()));
 }

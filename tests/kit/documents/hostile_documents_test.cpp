@@ -9,8 +9,6 @@ namespace {
 using ksv::test::CompoundWriter;
 using ksv::test::pattern;
 
-constexpr uint16_t kVersions[] = {3, 4};
-
 std::string sampleOf(uint16_t version) {
   CompoundWriter writer;
   if (version == 4) writer.useVersion4();

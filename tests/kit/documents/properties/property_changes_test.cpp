@@ -63,6 +63,25 @@ TEST(PropertyChanges, stand_as_utf_16_beside_texts_that_nobody_can_read) {
   EXPECT_EQ(propertyOf(read, 2).value.bytes, "a\xE9\0"s);
 }
 
+// Bytes of which both readings make sense are written so that there is one.
+TEST(PropertyChanges, are_read_back_as_they_were_meant) {
+  for (const std::string text : {"Ã©", "Ã¼ber", "“ú–{Œê‚Ì•¶‘", "†††", "†℡"}) {
+    for (const uint16_t page : {uint16_t{1252}, uint16_t{1200}, uint16_t{932}}) {
+      PropertySet set = readSummary({codePage(page)});
+      setProperty(set.sections[0], 2, textValue(text));
+      EXPECT_EQ(textOf(again(set), 2), text) << page;
+    }
+  }
+}
+
+TEST(PropertyChanges, cannot_name_a_property_beside_texts_that_nobody_can_read) {
+  PropertySet set = newPropertySet(kDocumentSummaryFormat);
+  Section& section = sectionOf(set, kUserDefinedFormat);
+  section.codePage = 29001;
+  section.dictionary.push_back({2, "a\xE9\0"s, "a\uFFFD"});
+  EXPECT_THROW(setCustomProperty(set, "Name", textValue("x")), UnwritableName);
+}
+
 TEST(PropertyChanges, replace_and_remove) {
   PropertySet set = readSummary({codePage(1252), text(2, "old"), text(3, "subject")});
   setProperty(set.sections[0], 2, textValue("new"));
