@@ -514,8 +514,10 @@ typedef struct ksv_document_facts {
   uint64_t lost_sectors; /* in use, and of no entry; known when it is checked */
 } ksv_document_facts;
 
+/* What is known of it. */
 KSV_API void ksv_document_get_facts(const ksv_document* document, ksv_document_facts* facts);
 
+/* What an entry is. */
 typedef enum ksv_entry_kind {
   KSV_ENTRY_ROOT = 0,
   KSV_ENTRY_STORAGE = 1,
@@ -525,10 +527,10 @@ typedef enum ksv_entry_kind {
 /* No entry. */
 #define KSV_NO_ENTRY UINT32_MAX
 
-/* An entry of the tree. The pointers are the document's. */
+/* An entry of the tree. The pointers are the document's. In a name control characters, those that turn
+ * the direction of a text, halves of pairs, slashes and backslashes are \xHH or \uHHHH. */
 typedef struct ksv_entry {
-  const char* name; /* UTF-8 in which control characters, those that turn the direction of a text,
-                       halves of pairs, '/' and '\' are \xHH or \uHHHH: "\x05SummaryInformation" */
+  const char* name;           /* UTF-8, with what cannot be shown escaped: \x05SummaryInformation */
   const uint16_t* name_units; /* the same as it stands in the document, in UTF-16 */
   uint32_t name_length;       /* in such units */
   int32_t kind;               /* a ksv_entry_kind */
@@ -577,6 +579,7 @@ typedef enum ksv_damage_kind {
   KSV_DAMAGE_ORDER = 10        /* siblings that are not in the order of their names */
 } ksv_damage_kind;
 
+/* One thing that is wrong. */
 typedef struct ksv_damage {
   int32_t kind;        /* a ksv_damage_kind */
   uint32_t entry;      /* the index of the entry concerned, or KSV_NO_ENTRY */

@@ -41,6 +41,46 @@ struct SingleCodes {
   // What the upper half is written as.
   alignas(64) uint8_t first[128];
   alignas(64) uint8_t second[128];
+
+  // A set of the upper half: a bit for each upper half of a byte, by the lower one.
+  struct UpperSet {
+    alignas(16) uint8_t rows[16];
+  };
+  UpperSet upperNone;
+  UpperSet upperNoneOrWide;
+  UpperSet upperTwoBytes;
+  UpperSet upperOther;  // than written as one byte
+  // Whether those of the upper half that are not wide are all written as UTF-8 writes the values
+  // 0x80 to 0xFF, or as the byte itself: then there is nothing to look up.
+  bool upperAsUtf8;
+  bool upperAsItself;
+
+  // When the classes and what they are written as are known.
+  void describeUpper() {
+    upperNone = upperOf(kNone);
+    upperNoneOrWide = upperOf(kNone | kIsWide);
+    upperTwoBytes = upperOf(kHasTwoBytes);
+    upperOther = upperOf(kNone | kIsWide | kHasTwoBytes);
+    upperAsUtf8 = upperAsItself = true;
+    for (uint32_t i = 0; i < 128; ++i) {
+      const uint8_t kind = classes[0x80 + i];
+      if ((kind & (kNone | kIsWide)) != 0) continue;
+      const bool hasTwo = kind == kHasTwoBytes;
+      upperAsUtf8 =
+          upperAsUtf8 && hasTwo && first[i] == 0xC2 + (i >> 6) && second[i] == (0x80 | (i & 0x3F));
+      upperAsItself = upperAsItself && !hasTwo && first[i] == 0x80 + i;
+    }
+  }
+
+ private:
+  UpperSet upperOf(uint8_t wanted) const {
+    UpperSet set = {};
+    for (uint32_t byte = 0x80; byte < 0x100; ++byte) {
+      if ((classes[byte] & wanted) != 0)
+        set.rows[byte & 0xF] |= static_cast<uint8_t>(1u << (byte >> 4 & 7));
+    }
+    return set;
+  }
 };
 
 // The pages of 256 values, of which those are plain that are written as they are, in

@@ -55,8 +55,10 @@ class ByteCodes : public Unshifted {
     position = at;
   }
 
-  static RunFunction runByVectors(AsciiOutput ascii) { return vector_runs::byteCodes(ascii); }
-  static RunFunction runDesignating() { return vector_runs::byteCodesDesignating(); }
+  static RunFunction runByVectors(AsciiOutput ascii) {
+    return vector_runs::levelRuns().byteCodes(ascii);
+  }
+  static RunFunction runDesignating() { return vector_runs::levelRuns().byteCodesDesignating(); }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return static_cast<uint32_t>(makeSingle(code, bytes));
   }

@@ -13,7 +13,7 @@
 #include "cconv/bulk/position.h"
 #include "cconv/bulk/short_text.h"
 #include "cconv/bulk/source_form.h"
-#include "cconv/engine/run_watch.h"
+#include "cconv/bulk/watched_run.h"
 #include "cconv/rules/names.h"
 
 namespace ksv {
@@ -69,30 +69,6 @@ class FormConverter : public BulkConverter {
            std::strncmp(record.currentLanguage, record.emittedLanguage, KSV_NAME_SIZE) != 0;
   }
 
-  // Tells what a run has read when it is over.
-  class WatchedRun {
-   public:
-    explicit WatchedRun(const BulkPosition& at)
-        : watch_(runWatch()), at_(at), begin_(at.input), beginsInPairs_(isInPairs(at)) {}
-    ~WatchedRun() {
-      if (watch_ != nullptr)
-        watch_->passed(*watch_, {begin_, at_.input, beginsInPairs_, isInPairs(at_)});
-    }
-    WatchedRun(const WatchedRun&) = delete;
-    WatchedRun& operator=(const WatchedRun&) = delete;
-
-   private:
-    static bool isInPairs(const BulkPosition& at) {
-      if constexpr (Form::kShifts) return at.decoderState == Form::kPairGroup;
-      return false;
-    }
-
-    RunWatch* const watch_;
-    const BulkPosition& at_;
-    const uint8_t* const begin_;
-    const bool beginsInPairs_;
-  };
-
   // Goes on until wanted characters have been converted, or one cannot be decided.
   void advance(const Form& form, BulkPosition& at, uint32_t wanted) {
     const bool byVectors = usesVectors();
@@ -104,7 +80,7 @@ class FormConverter : public BulkConverter {
         if (byVectors) runShifted(form, at, wanted);
       }
       if (const Lane* lane = lanes_.at(form, at); lane != nullptr && lane->table.isThere()) {
-        if (byVectors) runLaneByVectors(*lane, at, wanted);
+        if (byVectors) runLaneByVectors<Form>(*lane, at, wanted);
         lane->runShort(lane->run(), at, wanted);
       }
       if (at.characters >= wanted) return;
@@ -121,21 +97,8 @@ class FormConverter : public BulkConverter {
     }
   }
 
-  static void runLaneByVectors(const Lane& lane, BulkPosition& at, uint32_t wanted) {
-    if (lane.runByVectors == nullptr) return;
-    const WatchedRun watched(at);
-    RunTables run = lane.run();
-    PlainPages pages;
-    if (lane.writesUnits()) {
-      lane.pages.copyTo(pages);
-      run.pages = &pages;
-      pauseForTests(PublicationStep::kCopied);
-    }
-    lane.runByVectors(run, at, wanted);
-  }
-
   static void runDesignating(const Designating& all, BulkPosition& at, uint32_t wanted) {
-    const WatchedRun watched(at);
+    const WatchedRun<Form> watched(at);
     RunTables run = all.run();
     Designations designations;
     all.designations.copyTo(designations);
@@ -153,7 +116,7 @@ class FormConverter : public BulkConverter {
       const Lane* pairs = laneBehindShift(form, at, Form::kPairGroup);
       if (singles == nullptr || singles->runShifted == nullptr) return;
       if (pairs == nullptr || !pairs->table.isThere() || !singles->table.isThere()) return;
-      const WatchedRun watched(at);
+      const WatchedRun<Form> watched(at);
       singles->runShifted({singles->run(), pairs->run(), single, Form::kPairGroup,
                            Form::finalOf(single), Form::finalOf(Form::kPairGroup)},
                           at, wanted);

@@ -127,7 +127,7 @@ class Lanes {
     }
     made->runShort = runnerFor(made->ascii);
     made->runByVectors = Form::runByVectors(made->ascii);
-    if constexpr (Form::kShifts) made->runShifted = vector_runs::iso2022Jp(made->ascii);
+    if constexpr (Form::kShifts) made->runShifted = vector_runs::levelRuns().iso2022Jp(made->ascii);
     learnSingles(form, at, *made);
     // What was learned for want of a page must not stay.
     if (pages_.timesWithoutMemory() != withoutMemory) return nullptr;
@@ -146,6 +146,7 @@ class Lanes {
       if (isOne) learn(found, *made);
       if (isOne && code == 'A') learnAscii(form, at, designatedGroupOf(found.entry), *made);
     }
+    made->singles.describeUpper();
     if (pages_.timesWithoutMemory() != withoutMemory) return nullptr;
     return publish(designating_, std::move(made));
   }
@@ -179,6 +180,7 @@ class Lanes {
       remember(form, found.shortIndex, entry, lane);
       describe(code, entry, lane.singles);
     }
+    lane.singles.describeUpper();
   }
 
   static void describe(uint32_t code, ShortEntry entry, SingleCodes& singles) {

@@ -5,9 +5,11 @@
 #include <cstring>
 
 #include "cconv/bulk/batches.h"
+#include "cconv/bulk/bulk_converter.h"
 #include "cconv/bulk/character_traces.h"
 #include "cconv/bulk/lanes.h"
 #include "cconv/bulk/position.h"
+#include "cconv/bulk/watched_run.h"
 #include "cconv/engine/step_engine.h"
 
 namespace ksv {
@@ -60,9 +62,12 @@ class ShortTexts {
 
  private:
   // Texts of so many bytes are converted in one go.
-  static constexpr ptrdiff_t kLongestText = 256;
+  static constexpr ptrdiff_t kLongestText = 1024;
+  // So many characters are worth a run by vectors.
+  static constexpr uint32_t kLeastByVectors = 80;
+  static constexpr ptrdiff_t kNoLimit = PTRDIFF_MAX;
   // Fewer characters are not worth a run.
-  static constexpr uint32_t kLeastRun = 8;
+  static constexpr uint32_t kLeastRun = 5;
 
   // Room for a short text, and for what is stored behind it.
   using Scratch = std::array<uint8_t, kLongestText * kShortEntryBytes + 128>;
@@ -75,6 +80,10 @@ class ShortTexts {
 
   // Goes ahead, but for the last characters.
   static void goAhead(const Lane& lane, BulkPosition& at, const uint8_t* inputEnd) {
+    if (const uint32_t room = charactersWithRoom<Form>(inputEnd - at.input, kNoLimit);
+        room >= kLeastByVectors && usesVectors()) {
+      runLaneByVectors<Form>(lane, at, at.characters + room);
+    }
     for (;;) {
       const auto least = static_cast<uint32_t>((inputEnd - at.input) / Form::kLongestShortInput);
       if (least < kLeastRun) return;

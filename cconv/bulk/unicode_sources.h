@@ -84,8 +84,10 @@ class Utf8 : public UnicodeSource {
     return lead < 0xF0 && takeOne(run, at, threeBytes(at.input), 3);
   }
 
-  static RunFunction runByVectors(AsciiOutput ascii) { return vector_runs::utf8(ascii); }
-  static RunFunction runDesignating() { return vector_runs::utf8Designating(); }
+  static RunFunction runByVectors(AsciiOutput ascii) {
+    return vector_runs::levelRuns().utf8(ascii);
+  }
+  static RunFunction runDesignating() { return vector_runs::levelRuns().utf8Designating(); }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return static_cast<uint32_t>(makeBytes(code, bytes));
   }
@@ -175,9 +177,11 @@ class Utf16 : public TwoByteSource {
   }
 
   static RunFunction runByVectors(AsciiOutput ascii) {
-    return vector_runs::twoByteUnits(ascii, kBigEndian);
+    return vector_runs::levelRuns().twoByteUnits(ascii, kBigEndian);
   }
-  static RunFunction runDesignating() { return vector_runs::twoByteUnitsDesignating(kBigEndian); }
+  static RunFunction runDesignating() {
+    return vector_runs::levelRuns().twoByteUnitsDesignating(kBigEndian);
+  }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return static_cast<uint32_t>(makeBytes(code, bytes));
   }
@@ -219,10 +223,10 @@ class FixedUnits : public TwoByteSource {
   }
 
   static RunFunction runByVectors(AsciiOutput ascii) {
-    return kWidth == 2 ? vector_runs::twoByteUnits(ascii, kBigEndian) : nullptr;
+    return kWidth == 2 ? vector_runs::levelRuns().twoByteUnits(ascii, kBigEndian) : nullptr;
   }
   static RunFunction runDesignating() {
-    return kWidth == 2 ? vector_runs::twoByteUnitsDesignating(kBigEndian) : nullptr;
+    return kWidth == 2 ? vector_runs::levelRuns().twoByteUnitsDesignating(kBigEndian) : nullptr;
   }
   static uint32_t putSingle(uint32_t code, uint8_t* bytes) {
     return static_cast<uint32_t>(makeBytes(code, bytes));

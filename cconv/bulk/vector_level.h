@@ -7,8 +7,9 @@ namespace ksv::vector_runs {
 
 enum class VectorLevel : uint8_t {
   kNone,
-  kSse41,  // x86-64 with SSSE3 and SSE4.1
-  kAvx2,
+  kNeon,   // every aarch64
+  kSse41,  // x86-64 with SSSE3, SSE4.1 and POPCNT
+  kAvx2,   // with BMI1
   kAvx512  // with what moves bytes: BW, VL, DQ, VBMI, VBMI2, and BMI2 beside it
 };
 

@@ -6,22 +6,6 @@
 
 namespace ksv::vector_runs {
 
-// Each gives the run for a form of input and a way to write ASCII, null where the
-// processor has no instructions for it. A run may stop wherever it likes, in front of
-// a character: the run by single characters goes on.
-RunFunction byteCodes(AsciiOutput ascii);
-RunFunction utf8(AsciiOutput ascii);
-RunFunction twoByteUnits(AsciiOutput ascii, bool bigEndian);
-
-// From UTF-8 to units of two bytes, on processors with less.
-RunFunction utf8ToUnitsSse41(AsciiOutput ascii);
-RunFunction utf8ToUnitsAvx2(AsciiOutput ascii);
-
-// The runs for an output with escape sequences. The entries tell their groups.
-RunFunction byteCodesDesignating();
-RunFunction utf8Designating();
-RunFunction twoByteUnitsDesignating(bool bigEndian);
-
 // Characters of ISO-2022-JP in a group of one-byte codes, which are written as ASCII is,
 // and in one of two-byte codes, across the escape sequences between them.
 struct ShiftedTables {
@@ -35,6 +19,31 @@ struct ShiftedTables {
 };
 using ShiftedRunFunction = void (*)(const ShiftedTables& run, BulkPosition& position,
                                     uint32_t wanted);
-ShiftedRunFunction iso2022Jp(AsciiOutput ascii);
+
+// What there is with the instructions of one kind of processor. Each gives the run for a form of
+// input and a way to write ASCII, null where runs by single characters are as fast. A run
+// may stop wherever it likes, in front of a character: the run by single characters goes on.
+struct LevelRuns {
+  RunFunction (*byteCodes)(AsciiOutput ascii);
+  RunFunction (*utf8)(AsciiOutput ascii);
+  RunFunction (*twoByteUnits)(AsciiOutput ascii, bool bigEndian);
+
+  // The runs for an output with escape sequences. The entries tell their groups.
+  RunFunction (*byteCodesDesignating)();
+  RunFunction (*utf8Designating)();
+  RunFunction (*twoByteUnitsDesignating)(bool bigEndian);
+
+  ShiftedRunFunction (*iso2022Jp)(AsciiOutput ascii);
+};
+
+// Of the processor that the program finds itself on.
+const LevelRuns& levelRuns();
+
+// For source files that make them.
+extern const LevelRuns kNoRuns;
+extern const LevelRuns kSse41Runs;
+extern const LevelRuns kAvx2Runs;
+extern const LevelRuns kAvx512Runs;
+extern const LevelRuns kNeonRuns;
 
 }  // namespace ksv::vector_runs

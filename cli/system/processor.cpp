@@ -13,6 +13,8 @@ const char* vectorInstructions() {
       return "AVX2";
     case VectorLevel::kSse41:
       return "SSE4.1";
+    case VectorLevel::kNeon:
+      return "NEON";
     case VectorLevel::kNone:
       break;
   }

@@ -18,8 +18,10 @@ class PagedBytes {
 
   uint64_t size() const { return store_->size(); }
 
-  // What is read once: past the pages. How many bytes came: fewer only behind the end.
+  // What is read once: past the pages, unless it is a part of one. How many bytes came: fewer only
+  // behind the end.
   size_t read(uint64_t offset, void* buffer, size_t count) {
+    if (count < limits::kPageSize) return readTable(offset, buffer, count);
     return store_->read(offset, buffer, count);
   }
 

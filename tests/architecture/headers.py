@@ -18,7 +18,11 @@ ROOMS = ("common", "cconv", "detect", "ole", "cli", "kit")
 FOREIGN = "_windows"
 FIRST_INCLUDE = re.compile(r'^\s*#\s*include\s+["<]([^">]+)[">]', re.MULTILINE)
 # What stands in a header to be part of several sources: it holds only where they include it.
-PARTS = ("cconv/bulk/vectors/utf8_windows_x86_64.h",)
+PARTS = tuple(
+    f"cconv/bulk/vectors/{name}.h"
+    for name in ("byte_code_windows", "iso_2022_jp_windows", "read_piece", "rows_avx2", "rows_sse41",
+                 "unit_windows", "utf8_windows", "window_runs", "windows", "windows_aarch64",
+                 "windows_x86_64"))
 WARNINGS = ("-Wall", "-Wextra", "-Wconversion", "-Werror")
 
 

@@ -203,11 +203,17 @@ TEST_F(ReadParts, of_utf16_are_well_formed) {
                                         bytes("FF DF 41 00")};
   Conversion conversion{"UTF-16", "UTF-8"};
   conversion.parameters[0] = 0;
-  for (const char* target : {"UTF-8", "Shift_JIS", "UTF-16", "ISO-2022-JP", "ISO-8859-1"}) {
-    conversion.target = target;
-    forEachPart(conversion, words, strangers, [&](const Recorder::Part& part) {
-      EXPECT_TRUE(isUtf16LittleEndian(part.bytes)) << target << ": " << hex(part.bytes);
-    });
+  for (const VectorLevel level : kLevels) {
+    if (!has(level)) continue;
+    const WithVectorsUpTo limited(level);
+    for (const char* target : {"UTF-8", "Shift_JIS", "UTF-16", "ISO-2022-JP", "ISO-8859-1"}) {
+      conversion.target = target;
+      const size_t read =
+          forEachPart(conversion, words, strangers, [&](const Recorder::Part& part) {
+            EXPECT_TRUE(isUtf16LittleEndian(part.bytes)) << target << ": " << hex(part.bytes);
+          });
+      EXPECT_GT(read, 1'000u) << target;
+    }
   }
 }
 
@@ -216,11 +222,72 @@ TEST_F(ReadParts, of_iso_2022_jp_are_well_formed) {
                                     "\x1B$B$\"", "\x1B(B"};
   const std::vector<Bytes> strangers = {"\x1B", "\x1B$A",   "\x1B(I1\x1B(B",  "\x80", "\xFF",
                                         "\x7F", "\x1B$B$ ", "\x1B$B\x7F\x30", "\n",   "\x1B$@0!"};
-  const size_t read = forEachPart(
-      {"ISO-2022-JP", "UTF-8"}, words, strangers,
-      [&](const Recorder::Part& part) { EXPECT_TRUE(isIso2022Jp(part)) << hex(part.bytes); });
-  if (has(VectorLevel::kAvx512)) {
+  for (const VectorLevel level : kLevels) {
+    if (!has(level)) continue;
+    const WithVectorsUpTo limited(level);
+    const size_t read = forEachPart(
+        {"ISO-2022-JP", "UTF-8"}, words, strangers,
+        [&](const Recorder::Part& part) { EXPECT_TRUE(isIso2022Jp(part)) << hex(part.bytes); });
     EXPECT_GT(read, 20'000u);
+  }
+}
+
+// Words of a script with ASCII of all lengths between them, in a charset.
+Bytes mixedText(const std::vector<Bytes>& words, const char* charset) {
+  Random random(41);
+  Bytes text;
+  while (text.size() < 60'000) {
+    for (uint32_t count = 1 + below(random, 9); count > 0; --count)
+      text += words[below(random, static_cast<uint32_t>(words.size()))];
+    text += Bytes(below(random, 40), 'a') + " ";
+  }
+  Conversion conversion{"UTF-8", charset};
+  return convertWhole(conversion, text).output;
+}
+
+// How much of a text runs by vectors read, once what it consists of is known.
+double shareRead(const Conversion& conversion, const Bytes& text) {
+  Converter converter(conversion);
+  converter.give(text, 400'000);
+  cconvConvert(&converter.record);
+  Converter again(conversion);
+  again.give(text, 400'000);
+  const Recorder recorder;
+  cconvConvert(&again.record);
+  size_t read = 0;
+  for (const Recorder::Part& part : recorder.parts) read += part.bytes.size();
+  return static_cast<double>(read) / static_cast<double>(text.size());
+}
+
+TEST_F(ReadParts, are_nearly_all_of_an_ordinary_text) {
+  const std::vector<Bytes> japanese = {"\xE3\x81\x82", "\xE6\xBC\xA2\xE5\xAD\x97",
+                                       "\xE3\x82\xA2\xE3\x83\x91"};
+  const std::vector<Bytes> halfWidth = {"\xE3\x81\x82", "\xEF\xBD\xB1", "\xE6\xBC\xA2"};
+  const std::vector<Bytes> korean = {"\xEA\xB0\x80", "\xED\x95\x9C\xEA\xB5\xAD"};
+  const std::vector<Bytes> french = {"\xC3\xA9t\xC3\xA9", "\xC3\x87", "\xC2\xAB"};
+  struct Case {
+    const std::vector<Bytes>& words;
+    const char* source;
+    const char* target;
+  };
+  const Case cases[] = {{halfWidth, "Shift_JIS", "UTF-8"},      {halfWidth, "WINDOWS31J", "UTF-16"},
+                        {japanese, "EUC-JP", "UTF-8"},          {japanese, "Shift_JIS", "EUC-JP"},
+                        {japanese, "Shift_JIS", "ISO-2022-JP"}, {japanese, "GB18030", "UTF-8"},
+                        {korean, "KoreanKSC", "UTF-8"},         {french, "ISO-8859-1", "UTF-8"},
+                        {french, "ISO-8859-1", "UTF-16"},       {french, "ISO-8859-15", "UTF-8"},
+                        {french, "UTF-8", "ISO-8859-1"},        {french, "UTF-8", "UTF-16"},
+                        {halfWidth, "UTF-8", "UTF-16"},         {halfWidth, "UTF-8", "Shift_JIS"},
+                        {japanese, "UTF-8", "ISO-2022-JP"},     {halfWidth, "UTF-16", "WINDOWS31J"},
+                        {japanese, "UTF-16", "ISO-2022-JP"},    {japanese, "ISO-2022-JP", "UTF-8"},
+                        {japanese, "ISO-2022-JP", "UTF-16"}};
+  for (const VectorLevel level : kLevels) {
+    if (!has(level)) continue;
+    const WithVectorsUpTo limited(level);
+    for (const Case& some : cases) {
+      const Conversion conversion{some.source, some.target};
+      EXPECT_GT(shareRead(conversion, mixedText(some.words, some.source)), 0.95)
+          << some.source << " to " << some.target << ", level " << static_cast<int>(level);
+    }
   }
 }
 

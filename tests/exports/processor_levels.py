@@ -25,9 +25,9 @@ LEVEL_OF_OBJECT = {"sse41": SSE41, "avx2": AVX2, "avx512": AVX512}
 UP_TO_SSE41 = re.compile(
     r"addsubp[sd]|hadd|hsub|lddqu|movddup|movs[hl]dup|pshufb|ph(add|sub)|pmaddubsw|pmulhrsw|psign|"
     r"pabs[bwd]|palignr|p?blend|dpp[sd]|extractps|insertps|movntdqa|mpsadbw|packusdw|pcmpeqq|"
-    r"pextr[bdq]|phminposuw|pinsr[bdq]|pm(ax|in)(s[bd]|u[dw])|pmov[sz]x|pmul(dq|ld)|ptest|round")
+    r"pextr[bdq]|phminposuw|pinsr[bdq]|pm(ax|in)(s[bd]|u[dw])|pmov[sz]x|pmul(dq|ld)|ptest|round|popcnt")
 UP_TO_AVX2 = re.compile(
-    r"crc32|pcmpgtq|pcmp[ei]str|popcnt|lzcnt|andn$|bextr|bls|bzhi|mulx|pdep|pext$|rorx|s[ah][lr]x|movbe|"
+    r"crc32|pcmpgtq|pcmp[ei]str|lzcnt|andn$|bextr|bls|bzhi|mulx|pdep|pext$|rorx|s[ah][lr]x|movbe|"
     r"v(?!err|erw|m(call|launch|resume|read|write|ptr|xo|clear))")
 MASKS = re.compile(r"k(mov|or|and|xor|xnor|not|shift|add|test|unpck)")
 WIDE = re.compile(r"%zmm|%k[0-7]|%[xy]mm(1[6-9]|2\d|3[01])")

@@ -6,28 +6,11 @@
 #include <bit>
 
 #include "cconv/bulk/bulk_run.h"
-#include "cconv/bulk/vector_level.h"
+#include "cconv/bulk/vectors/chosen_run.h"
+#include "cconv/bulk/vectors/shifted_places.h"
 #include "cconv/bulk/vectors/target_region.h"
 
 namespace ksv::vector_runs {
-
-// Of the runs for each way to write ASCII, the one for this; null on other processors.
-template <typename RunFor>
-auto chosen(AsciiOutput ascii, RunFor runFor)
-    -> decltype(runFor.template operator()<AsciiOutput::kOther>()) {
-  if (vectorLevel() < VectorLevel::kAvx512) return nullptr;
-  switch (ascii) {
-    case AsciiOutput::kBytes:
-      return runFor.template operator()<AsciiOutput::kBytes>();
-    case AsciiOutput::kLittleUnits:
-      return runFor.template operator()<AsciiOutput::kLittleUnits>();
-    case AsciiOutput::kBigUnits:
-      return runFor.template operator()<AsciiOutput::kBigUnits>();
-    case AsciiOutput::kOther:
-      break;
-  }
-  return runFor.template operator()<AsciiOutput::kOther>();
-}
 
 KSV_TARGET_BEGIN(KSV_AVX512)
 
@@ -273,15 +256,6 @@ KSV_IN_LOOP bool takeLeadingAscii(const RunTables& run, BulkPosition& at, uint32
   at.output += taken * kAsciiWidth<kAscii>;
   at.advance(taken, taken);
   return true;
-}
-
-// The bytes that a pair begins with, from those that a pair can begin with: in a row of
-// these every second one, from the first on.
-KSV_IN_LOOP uint64_t pairLeads(uint64_t leads) {
-  constexpr uint64_t kEven = 0x5555555555555555;
-  const uint64_t evenStarts = leads & ~(leads << 1) & kEven;
-  const uint64_t fromEven = leads & ~(leads + evenStarts);
-  return (fromEven & kEven) | (leads & ~fromEven & ~kEven);
 }
 
 // Characters of one or two bytes, sorted by their bytes.

@@ -1,54 +1,36 @@
 // Runs over ISO-2022-JP (RFC 1468) with the AVX-512 instructions of x86-64.
-#include "cconv/bulk/vector_runs.h"
+#include "cconv/bulk/vectors/avx512_iso_2022_jp.h"
+
 #include "cconv/bulk/vectors/avx512_block.h"
+#include "cconv/bulk/vectors/shifted_places.h"
 
 namespace ksv::vector_runs {
 namespace {
 
 KSV_TARGET_BEGIN(KSV_AVX512)
 
-constexpr uint64_t kFirst = 1;
-// Characters that begin behind them are left to the next block: an escape sequence may
-// not be whole there.
-constexpr uint32_t kSeen = kBlock - 2;
-
 KSV_IN_LOOP uint64_t equals(__m512i bytes, char c) {
   return _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(c));
 }
 
+KSV_IN_LOOP ShiftedBytes shiftedBytes(const ShiftedTables& run, const uint8_t* input,
+                                      __m512i bytes) {
+  const __m512i second = load(input + 1);
+  const __m512i third = load(input + 2);
+  const uint64_t escape = equals(bytes, 0x1B);
+  return {escape & equals(second, '$') & equals(third, run.pairFinal),
+          escape & equals(second, '(') & equals(third, run.singleFinal),
+          _mm512_cmpgt_epi8_mask(bytes, _mm512_set1_epi8(0x20)) & ~equals(bytes, 0x7F),
+          notAscii(run.singles, bytes)};
+}
+
 // The characters of a block, and where each of them stands.
-struct ShiftedBlock {
-  uint64_t starts;
-  uint64_t pairs;     // the first bytes of pairs
-  uint64_t inDouble;  // bytes behind the designation of two-byte codes
+struct ShiftedBlock : ShiftedPlaces {
   uint32_t characters;
 
-  KSV_IN_LOOP ShiftedBlock(const ShiftedTables& run, const uint8_t* input, __m512i bytes,
-                           bool beginsInDouble) {
-    const __m512i second = load(input + 1);
-    const __m512i third = load(input + 2);
-    const uint64_t escape = equals(bytes, 0x1B);
-    const uint64_t toDouble = escape & equals(second, '$') & equals(third, run.pairFinal);
-    const uint64_t toSingle = escape & equals(second, '(') & equals(third, run.singleFinal);
-    const uint64_t shifts = toDouble | toSingle;
-    // Between each toDouble and the toSingle behind it, the difference sets all bits. It is
-    // right up to the first sequence that designates what is designated already.
-    inDouble = toSingle - toDouble - (beginsInDouble ? kFirst : 0);
-    const uint64_t doubleBefore = inDouble << 1 | (beginsInDouble ? kFirst : 0);
-    const uint64_t idle = (toDouble & doubleBefore) | (toSingle & ~doubleBefore);
-    const uint64_t escapes = shifts | shifts << 1 | shifts << 2;
-    const uint64_t graphic =
-        _mm512_cmpgt_epi8_mask(bytes, _mm512_set1_epi8(0x20)) & ~equals(bytes, 0x7F);
-    const uint64_t codes = inDouble & graphic & ~escapes;
-    pairs = pairLeads(codes);
-    const uint64_t halves = pairs & ~(codes >> 1);
-    const uint64_t single = ~inDouble & ~escapes;
-    const uint64_t stops = idle | halves | (inDouble & ~escapes & ~graphic) |
-                           (single & notAscii(run.singles, bytes)) | kFirst << kSeen;
-    const uint64_t seen = lowBits(static_cast<uint64_t>(std::countr_zero(stops)));
-    starts = (pairs | single) & seen;
-    characters = static_cast<uint32_t>(std::popcount(starts));
-  }
+  KSV_IN_LOOP ShiftedBlock(const ShiftedBytes& bytes, bool beginsInDouble)
+      : ShiftedPlaces(bytes, beginsInDouble),
+        characters(static_cast<uint32_t>(std::popcount(starts))) {}
 
   // The byte behind so many characters, one or more.
   KSV_IN_LOOP uint32_t behind(uint32_t count) const {
@@ -82,7 +64,7 @@ void runIso2022Jp(const ShiftedTables& run, BulkPosition& position, uint32_t wan
     const __m512i bytes = load(at.input);
     const bool inDouble = at.decoderState == run.pairGroup;
     if (!inDouble && takeAsciiBlocks<kAscii>(run.singles, at, wanted, bytes)) continue;
-    const ShiftedBlock block(run, at.input, bytes, inDouble);
+    const ShiftedBlock block(shiftedBytes(run, at.input, bytes), inDouble);
     if (block.characters == 0) break;
     const PairBlock codes(at.input, bytes, block.starts, block.pairs);
     const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
@@ -105,10 +87,10 @@ KSV_TARGET_END
 
 }  // namespace
 
-ShiftedRunFunction iso2022Jp(AsciiOutput ascii) {
+ShiftedRunFunction iso2022JpAvx512(AsciiOutput ascii) {
   if (ascii == AsciiOutput::kOther) return nullptr;
-  return chosen(ascii,
-                []<AsciiOutput kAscii>() -> ShiftedRunFunction { return runIso2022Jp<kAscii>; });
+  return chosenRun(ascii,
+                   []<AsciiOutput kAscii>() -> ShiftedRunFunction { return runIso2022Jp<kAscii>; });
 }
 
 }  // namespace ksv::vector_runs

@@ -1,13 +1,28 @@
 // Runs with the AVX-512 instructions of x86-64: entries are gathered for sixteen
 // characters at a time, and their output bytes pushed together.
+#include "cconv/bulk/unicode_sources.h"
 #include "cconv/bulk/vector_runs.h"
 #include "cconv/bulk/vectors/avx512_block.h"
+#include "cconv/bulk/vectors/avx512_iso_2022_jp.h"
 #include "cconv/engine/composition.h"
+#include "common/byte_order.h"
+
+KSV_TARGET_BEGIN(KSV_AVX512)
+
+namespace ksv::vector_runs::by_windows {
+namespace {
+
+constexpr uint32_t kWindows = 2;
+
+}  // namespace
+}  // namespace ksv::vector_runs::by_windows
+
+#include "cconv/bulk/vectors/rows_avx2.h"
+#include "cconv/bulk/vectors/unit_windows.h"
+#include "cconv/bulk/vectors/utf8_windows.h"
 
 namespace ksv::vector_runs {
 namespace {
-
-KSV_TARGET_BEGIN(KSV_AVX512)
 
 template <AsciiOutput kAscii>
 constexpr bool kWritesUnits =
@@ -247,6 +262,12 @@ void runUtf8(const RunTables& run, BulkPosition& position, uint32_t wanted) {
       continue;
     }
     if (writesAscii && takeLeadingAscii<kAscii>(run, at, room, bytes)) continue;
+    if constexpr (!kWritesUnits<kAscii> && !kDesignates) {
+      // Faster than gathering.
+      const bool isRoom = wanted - at.characters >= by_windows::kLeastWanted;
+      if (!isRoom || !by_windows::takeByEntries<false>(run, at, wanted)) break;
+      continue;
+    }
     const Utf8Block block(at.input, bytes, continuations, twoOrMore);
     const __m512i units = block.units();
     if (block.illFormed(units) != 0) [[unlikely]]
@@ -299,6 +320,10 @@ void runUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
         continue;
       }
     }
+    if constexpr (!kWritesUnits<kAscii> && !kDesignates) {
+      if (!by_windows::takeUnits<kBigEndian, false>(run, at)) break;
+      continue;
+    }
     const auto entriesOf = [&](uint32_t half, uint32_t lanes) __attribute__((always_inline)) {
       return entriesAt(run, widenUnits(units, half), lanes, _mm512_setzero_si512());
     };
@@ -314,44 +339,34 @@ void runUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
 
 KSV_TARGET_END
 
-}  // namespace
-
 RunFunction byteCodes(AsciiOutput ascii) {
-  return chosen(ascii, []<AsciiOutput kAscii>() -> RunFunction { return runByteCodes<kAscii>; });
+  return chosenRun(ascii, []<AsciiOutput kAscii>() -> RunFunction { return runByteCodes<kAscii>; });
 }
 
 RunFunction utf8(AsciiOutput ascii) {
-  switch (vectorLevel()) {
-    case VectorLevel::kAvx512:
-      return chosen(ascii, []<AsciiOutput kAscii>() -> RunFunction { return runUtf8<kAscii>; });
-    case VectorLevel::kAvx2:
-      return utf8ToUnitsAvx2(ascii);
-    case VectorLevel::kSse41:
-      return utf8ToUnitsSse41(ascii);
-    case VectorLevel::kNone:
-      break;
-  }
-  return nullptr;
+  return chosenRun(ascii, []<AsciiOutput kAscii>() -> RunFunction { return runUtf8<kAscii>; });
 }
 
 RunFunction twoByteUnits(AsciiOutput ascii, bool bigEndian) {
-  return chosen(ascii, [bigEndian]<AsciiOutput kAscii>() -> RunFunction {
+  return chosenRun(ascii, [bigEndian]<AsciiOutput kAscii>() -> RunFunction {
     return bigEndian ? runUnits<kAscii, true> : runUnits<kAscii, false>;
   });
 }
 
-RunFunction byteCodesDesignating() {
-  return vectorLevel() == VectorLevel::kAvx512 ? runByteCodes<AsciiOutput::kBytes, true> : nullptr;
-}
+RunFunction byteCodesDesignating() { return runByteCodes<AsciiOutput::kBytes, true>; }
 
-RunFunction utf8Designating() {
-  return vectorLevel() == VectorLevel::kAvx512 ? runUtf8<AsciiOutput::kBytes, true> : nullptr;
-}
+RunFunction utf8Designating() { return runUtf8<AsciiOutput::kBytes, true>; }
 
 RunFunction twoByteUnitsDesignating(bool bigEndian) {
-  if (vectorLevel() < VectorLevel::kAvx512) return nullptr;
   return bigEndian ? runUnits<AsciiOutput::kBytes, true, true>
                    : runUnits<AsciiOutput::kBytes, false, true>;
 }
+
+}  // namespace
+
+constinit const LevelRuns kAvx512Runs = {byteCodes,       utf8,
+                                         twoByteUnits,    byteCodesDesignating,
+                                         utf8Designating, twoByteUnitsDesignating,
+                                         iso2022JpAvx512};
 
 }  // namespace ksv::vector_runs

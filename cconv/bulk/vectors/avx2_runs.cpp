@@ -1,0 +1,33 @@
+// Runs with the AVX2 instructions of x86-64.
+#include <immintrin.h>
+
+#include <bit>
+
+#include "cconv/bulk/unicode_sources.h"
+#include "cconv/bulk/vector_runs.h"
+#include "cconv/bulk/vectors/chosen_run.h"
+#include "cconv/bulk/vectors/shifted_places.h"
+#include "cconv/bulk/vectors/target_region.h"
+#include "cconv/engine/composition.h"
+#include "common/byte_order.h"
+
+KSV_TARGET_BEGIN("avx2,bmi,popcnt")
+
+namespace ksv::vector_runs::by_windows {
+namespace {
+
+constexpr uint32_t kWindows = 2;
+
+}  // namespace
+}  // namespace ksv::vector_runs::by_windows
+
+#include "cconv/bulk/vectors/rows_avx2.h"
+#include "cconv/bulk/vectors/window_runs.h"
+
+KSV_TARGET_END
+
+namespace ksv::vector_runs {
+
+constinit const LevelRuns kAvx2Runs = by_windows::kRuns;
+
+}  // namespace ksv::vector_runs
