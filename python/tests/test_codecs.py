@@ -131,6 +131,13 @@ def test_incremental_codecs_give_the_same_wherever_the_text_is_cut(charset, cuts
     assert found + decoder.decode(rest, True) == text
 
 
+@given(st.binary(max_size=24), st.sampled_from(["cp932", "euc-jp", "gb18030", "utf-8", "utf-16le", "iso-2022-jp"]),
+       st.sampled_from(["replace", "ignore", "backslashreplace"]), st.integers(0, 24))
+def test_incremental_decoders_handle_any_bytes_as_the_whole_is_handled(data, charset, errors, cut):
+    decoder = codecs.getincrementaldecoder(f"ksv-{charset}")(errors)
+    assert decoder.decode(data[:cut]) + decoder.decode(data[cut:], True) == data.decode(f"ksv-{charset}", errors)
+
+
 @pytest.mark.parametrize("charset", ["shift_jis", "iso-2022-jp"])
 @pytest.mark.parametrize("errors, written", [("replace", "a\ufffdb"), ("ignore", "ab"), ("backslashreplace", "a\\xffb")])
 def test_incremental_decoders_handle_errors(charset, errors, written):

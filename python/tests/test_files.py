@@ -1,4 +1,5 @@
 """Jobs over many texts, on one machine."""
+import errno
 import hashlib
 import json
 import os
@@ -38,6 +39,15 @@ def test_what_is_not_converted_is_told():
     assert run(Job(source="nobody's"), Row("x", b"a")).status == "failed"
     gone = run(Job(), Row("/nowhere/at all"))
     assert gone.status == "failed" and "No such file" in gone.error and gone.sha256 is None
+
+
+def test_what_another_run_may_find_otherwise_is_raised(tmp_path, monkeypatch):
+    def fail(*_):
+        raise OSError(errno.EIO, "Input/output error")
+
+    monkeypatch.setattr("ksv.files._read", fail)
+    with pytest.raises(OSError):
+        run(Job(), Row("x"))
 
 
 def test_a_file_is_read(tmp_path):

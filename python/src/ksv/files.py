@@ -117,6 +117,9 @@ class Result(NamedTuple):
         return told
 
 
+NOT_THERE = (FileNotFoundError, PermissionError, IsADirectoryError, NotADirectoryError)
+"""What reading a path tells about the path, and not about the moment."""
+
 FIELDS: dict[str, str] = {
     "path": "string", "status": "string", "charset": "string", "decode_as": "string",
     "confidence": "double", "language": "string", "error": "string", "error_offset": "long",
@@ -127,12 +130,12 @@ FIELDS: dict[str, str] = {
 
 
 def run(job: Job, row: Row) -> Result:
-    """What becomes of one text. Raises for want of memory or of a readable charset directory only: what is wrong with
-    the text or its file stands in the result. What an unreadable file was read for is found out by reading it again."""
+    """What becomes of one text. What is wrong with the text, and that there is no such file, stands in the result. What another
+    run may find otherwise is raised, so that the engine tries again: want of memory, and systems that cannot read or write."""
     found: dict[str, Any] = {**dict.fromkeys(Result._fields), "path": row.path}
     try:
         content: Any = row.content if row.content is not None else _read(row.path)
-    except OSError as error:
+    except NOT_THERE as error:
         found.update(status="failed", error=str(error))
         return Result(**found)
     with memoryview(content) as view:
