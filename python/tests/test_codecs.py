@@ -81,6 +81,14 @@ def test_every_character_of_unicode_comes_back(text, charset):
     assert text.encode(f"ksv-{charset}").decode(f"ksv-{charset}") == text
 
 
+def test_texts_longer_than_a_piece_are_handled_as_one():
+    for text in ("a" * 5000 + "€" + "草" * 5000 + "€", "草" * 4095 + "か\u309a" + "€", "€" * 9000):
+        want = text.replace("€", "{}").encode("ksv-shift_jis-2004")
+        codecs.register_error("ksv-test-braces", lambda error: ("{}", error.end))
+        found = text.replace("€", "\udc80").encode("ksv-shift_jis-2004", "ksv-test-braces")
+        assert found == want
+
+
 def test_handlers_may_move_the_position_and_answer_bytes():
     codecs.register_error("ksv-test-skip-two", lambda error: ("<>", min(error.end + 1, len(error.object))))
     assert b"a\xffbc".decode("ksv-cp932", "ksv-test-skip-two") == "a<>c"
@@ -103,6 +111,9 @@ def test_handlers_in_charsets_with_escape_sequences_answer_text_only():
     assert "草€枕".encode("ksv-iso-2022-jp", "namereplace") == "草\\N{EURO SIGN}枕".encode("iso-2022-jp")
     with pytest.raises(UnicodeDecodeError):
         (jis + b"\xff").decode("ksv-iso-2022-jp", "surrogateescape")
+    composed = "か\u309a".encode("ksv-iso-2022-jp-2004")
+    assert "か\u309a€か\u309a".encode("ksv-iso-2022-jp-2004", "xmlcharrefreplace").count(composed[-5:-3]) == 2
+    assert "\ufeff草\ud800".encode("ksv-iso-2022-jp", "backslashreplace").endswith(rb"\ud800")
 
 
 def test_ordered_and_unordered_forms_of_unicode_treat_marks_as_python_does():

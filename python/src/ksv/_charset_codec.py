@@ -1,12 +1,13 @@
 """What a codec of Python does with whole texts of a charset.
 
 Between the library and `str` a text is in UTF-16, which Python reads and writes several times as fast as UTF-8,
-unless it is ASCII. Where a problem has to be placed it is in UTF-32, in which every character, lone surrogates
-included, is four bytes.
+unless it is ASCII. A text with lone surrogates is in UTF-32 where it has to stay in one piece.
 """
 from __future__ import annotations
 
 import codecs
+import re
+import unicodedata
 from typing import Any, Callable, Optional, Union
 
 from ksv._charsets import Charset
@@ -21,7 +22,8 @@ _ORDERS = {"UTF-16": ("UTF-16LE", "UTF-16BE"), "ISO-10646-UCS-2": ("UCS-2LE", "U
            "ISO-10646-UCS-4": ("UTF-32LE", "UTF-32BE")}
 MARK = "\ufeff"
 _MARKS = {WIDE: MARK.encode("utf-16-le"), PLACED: MARK.encode("utf-32-le")}
-_WIDTH = 4  # of a character that is placed
+_LONGEST_PIECE = 4096  # in characters
+_SURROGATE = re.compile("[\ud800-\udfff]")
 # Error handlers that the library follows by itself.
 POLICIES_OF_DECODING = {"strict": "fail", "replace": "replace", "ignore": "skip"}
 POLICIES_OF_ENCODING = {**POLICIES_OF_DECODING, "xmlcharrefreplace": "decimal"}
@@ -41,6 +43,16 @@ def _marked(text: Any, form: str) -> Any:
 
 def text_of_wide(wide: bytes) -> str:
     return wide.decode("utf-16-le", "surrogatepass")
+
+
+def _end_of_piece(text: str, begin: int) -> int:
+    """A refusal costs what the text is long that was given, so a text with many problems is given in pieces. A mark stays with what
+    it stands behind, and a surrogate begins a piece: that one is empty."""
+    end = min(begin + _LONGEST_PIECE, len(text))
+    while end < len(text) and unicodedata.combining(text[end]):
+        end += 1
+    surrogate = _SURROGATE.search(text, begin, end)
+    return end if surrogate is None else surrogate.start()
 
 
 def _position(answered: int, length: int) -> int:
@@ -197,11 +209,13 @@ class CharsetCodec:
 
     def _encode_asking(self, text: str, handler: Handler) -> bytes:
         """Asks an error handler in the middle of a conversion, where only text can be written."""
-        source = text.encode("utf-32-le", "surrogatepass")
-        shift = _WIDTH if text.startswith(MARK) else 0
+        form = PLACED if _SURROGATE.search(text) else WIDE
+        source = text.encode(form, "surrogatepass")
+        marked = _marked(source, form)
 
         def ask(problem: Problem) -> str:
-            start = (problem.offset - shift) // _WIDTH
+            offset = problem.offset - (len(marked) - len(source))
+            start = len(source[:offset].decode(form, "surrogatepass"))
             kind = InvalidText if problem.code_point is None else UnmappableCharacter
             error = self._encode_error(text, start, kind(problem.result))
             answered, position = handler(error)
@@ -210,39 +224,48 @@ class CharsetCodec:
             return answered
 
         options = Options(invalid=ask, unmappable=ask)
-        return Plan(PLACED, self.charset, options).convert(_marked(source, PLACED))
+        return Plan(form, self.charset, options).convert(marked)
 
     def _encode_pieces(self, text: str, handler: Optional[Handler]) -> bytes:
         """Encodes what lies between the problems, and what the handler answers. No handler: problems are raised."""
-        source = memoryview(text.encode("utf-32-le", "surrogatepass"))
-        plan, begin = self.encoding_plan(PLACED), 0
+        plan, begin = self.encoding_plan(WIDE), 0
         found: list[bytes] = []
         while begin < len(text):
-            piece = source[begin * _WIDTH:]
-            marked = _marked(piece, PLACED)
-            try:
-                found.append(plan.convert(marked))
-                break
-            except TextError as error:
-                length = error.offset - (len(marked) - len(piece))
-                problem = self._encode_error(text, begin + length // _WIDTH, error)
+            end = _end_of_piece(text, begin)
+            problem = self._append_piece(text[begin:end], text, begin, found)
+            if problem is None:
+                begin = end
+                continue
             if handler is None:
                 raise problem
-            found.append(plan.convert(_marked(piece[:length], PLACED)))
             answered, position = handler(problem)
             found.append(self._answer(answered, plan, problem))
             begin = _position(position, len(text))
         return b"".join(found)
 
+    def _append_piece(self, piece: str, text: str, begin: int,
+                      found: list[bytes]) -> Optional[UnicodeEncodeError]:
+        """As much of it as lies before its first problem."""
+        if not piece:
+            return self._encode_error(text, begin, InvalidText("surrogate"))
+        plan, wide = self.encoding_plan(WIDE), piece.encode("utf-16-le")
+        marked = _marked(wide, WIDE)
+        try:
+            found.append(plan.convert(marked))
+            return None
+        except TextError as error:
+            head = wide[:error.offset - (len(marked) - len(wide))]
+            found.append(plan.convert(_marked(head, WIDE)))
+            return self._encode_error(text, begin + len(head.decode("utf-16-le")), error)
+
     def _answer(self, answered: Union[str, bytes], plan: Plan, problem: UnicodeError) -> bytes:
         if isinstance(answered, bytes):
             return answered
         try:
-            source = answered.encode("utf-32-le", "surrogatepass")
-            return plan.convert(_marked(source, PLACED))
-        except TextError:
+            return plan.convert(_marked(answered.encode("utf-16-le"), WIDE))
+        except (TextError, UnicodeEncodeError):
             raise problem from None
 
 
 def _has_surrogates(text: str) -> bool:
-    return any("\ud800" <= character <= "\udfff" for character in text)
+    return _SURROGATE.search(text) is not None
