@@ -15,6 +15,7 @@ make_environment() {
     install_packages "$@"
     rm -rf "$folder"
     run_quietly /usr/bin/python3 -m venv --system-site-packages "$folder"
+    return # The next run asks PyPI again.
   fi
   cp "$requirements" "$folder/requirements.txt"
 }

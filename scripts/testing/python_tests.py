@@ -2,6 +2,8 @@
 """Runs the tests of the Python package that is installed where this runs, and mypy, and counts them. The last line is
 'N passed, M failed'; what was skipped is told, and is neither. What else it is given is handed to pytest.
 """
+import importlib.metadata
+import re
 import subprocess
 import sys
 import tempfile
@@ -11,8 +13,24 @@ from pathlib import Path
 PACKAGE = Path(__file__).resolve().parents[2] / "python"
 
 
+def has_mypy():
+    """Whether it is the one that is asked for: each release finds something else."""
+    wanted = re.search(r"^mypy==(.+)$", (PACKAGE / "requirements-test.txt").read_text(), re.MULTILINE)[1]
+    try:
+        return importlib.metadata.version("mypy") == wanted
+    except importlib.metadata.PackageNotFoundError:
+        return False
+
+
+def typed():
+    """Passed and failed. mypy reads the sources: the installed package has the same."""
+    if not has_mypy():
+        print("skipped: mypy, which is another release here")
+        return 0, 0
+    return (1, 0) if is_typed() else (0, 1)
+
+
 def is_typed():
-    """Whether mypy finds nothing. It reads the sources: the installed package has the same."""
     return subprocess.run([sys.executable, "-m", "mypy", "--cache-dir", "/dev/null"], cwd=PACKAGE,
                           check=False).returncode == 0
 
@@ -32,7 +50,7 @@ def counts(report):
 
 
 def main():
-    passed, failed = (1, 0) if is_typed() else (0, 1)
+    passed, failed = typed()
     with tempfile.TemporaryDirectory() as folder:
         report = Path(folder) / "report.xml"
         status = run_tests(sys.argv[1:], report)
