@@ -23,6 +23,12 @@ readonly windows_packages=(g++-mingw-w64-x86-64-posix wine64 wine googletest)
 # For scripts/release, beside those that build: the Debian packages.
 readonly release_packages=(debhelper dpkg-dev fakeroot lintian pkg-config)
 
+# For scripts/build_wheel and scripts/test_python.
+readonly python_packages=(g++ cmake ninja-build git python3 python3-dev python3-venv libutf8proc-dev)
+
+# For scripts/test_clusters, beside those of Python: Spark.
+readonly cluster_packages=(openjdk-17-jre-headless procps)
+
 # For scripts/coverage, beside those of the tests.
 readonly coverage_packages=(llvm)
 

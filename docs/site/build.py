@@ -24,6 +24,7 @@ HERE = Path(__file__).resolve().parent
 NAVIGATION = {
     "The command": ["docs/command.md", "docs/convert.md", "docs/mail.md"],
     "The library libksv": ["docs/libksv.md", "docs/cookbook.md"],
+    "From Python": ["docs/python.md", "docs/clusters.md", "docs/python_speed.md"],
     "The library ksv_comm": ["docs/conversion.md", "docs/detection.md", "docs/documents.md",
                     "docs/cutting.md", "docs/strings.md", "docs/mapping.md", "docs/files.md",
                     "docs/paths.md", "docs/log.md", "docs/memory.md"],
