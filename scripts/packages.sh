@@ -7,8 +7,7 @@ readonly build_packages=("${demo_packages[@]}" libgmime-3.0-dev pkg-config)
 # To build and run tests and benchmarks.
 readonly test_packages=(
   "${build_packages[@]}" git
-  libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libgsf-bin libuchardet-dev pkg-config
-  python3-olefile
+  libgtest-dev libbenchmark-dev libicu-dev libgsf-1-dev libuchardet-dev pkg-config
   clang libclang-rt-14-dev locales perl unicode-data
   doxygen strace
   python3-jsonschema python3-olefile libgsf-bin
