@@ -139,7 +139,7 @@ uint32_t DocumentLayout::linkSiblings(uint32_t first, uint32_t count) {
   const auto topOf = [](const Part& part) {
     return part.count == 0 ? kNoEntry : part.first + part.count / 2;
   };
-  const int levels = std::bit_width(count);
+  const auto levels = static_cast<int>(std::bit_width(count));
   const bool isFull = std::has_single_bit(uint64_t{count} + 1);
   const Part whole = {first, count, 1};
   std::vector<Part> left = {whole};
