@@ -34,6 +34,7 @@ DocumentSummary readSummary(const std::string& input, properties::WhichSets whic
   const std::vector<StreamSet>& sets = summary.properties.sets;
   if (std::any_of(sets.begin(), sets.end(), hasProperties) || summary.kind.key[0] != '\0')
     return summary;
+  if (sets.empty() && !summary.damages.empty()) throw failureOf(summary.damages.front());
   if (sets.empty()) throw Failure("has no summary information");
   throw Failure("has malformed summary information");
 }

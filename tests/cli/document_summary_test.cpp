@@ -154,6 +154,19 @@ TEST_F(DocumentSummary, shows_what_is_sound_of_a_damaged_set_and_fails) {
           {"reason", "a value is cut"}, {"stream", "\\x05SummaryInformation"}, {"offset", 88}}));
 }
 
+TEST_F(DocumentSummary, tells_that_a_document_is_cut_where_its_directory_is_gone) {
+  CompoundWriter writer;
+  writer.addStream(0, u"\u0005SummaryInformation", summary({text(2, "Title")}));
+  writer.addStream(0, u"large", pattern(9000));
+  const std::string bytes = writer.write();
+  write("a", bytes.substr(0, 600));
+  const Outcome outcome = ksv({"summary", "a"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err.find("has no summary"), std::string::npos) << outcome.err;
+  EXPECT_NE(outcome.err.find("(offset "), std::string::npos) << outcome.err;
+}
+
 TEST_F(DocumentSummary, tells_the_kind_by_class_and_streams) {
   CompoundWriter writer;
   writer.node(0).classId = "\x06\x09\x02\0\0\0\0\0\xC0\0\0\0\0\0\0\x46"s;
