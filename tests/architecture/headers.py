@@ -20,9 +20,9 @@ FIRST_INCLUDE = re.compile(r'^\s*#\s*include\s+["<]([^">]+)[">]', re.MULTILINE)
 # What stands in a header to be part of several sources: it holds only where they include it.
 PARTS = tuple(
     f"cconv/bulk/vectors/{name}.h"
-    for name in ("byte_code_windows", "iso_2022_jp_windows", "read_piece", "rows_avx2", "rows_sse41",
-                 "unit_windows", "utf8_windows", "window_runs", "windows", "windows_aarch64",
-                 "windows_x86_64"))
+    for name in ("byte_codes_by_window", "iso_2022_jp_by_window", "read_piece", "rows_avx2", "rows_sse41",
+                 "units_by_window", "utf8_by_window", "window_runs", "window", "window_aarch64",
+                 "window_x86_64"))
 WARNINGS = ("-Wall", "-Wextra", "-Wconversion", "-Werror")
 
 

@@ -20,8 +20,8 @@ constexpr uint32_t kWindows = 2;
 }  // namespace ksv::vector_runs::by_windows
 
 #include "cconv/bulk/vectors/rows_avx2.h"
-#include "cconv/bulk/vectors/unit_windows.h"
-#include "cconv/bulk/vectors/utf8_windows.h"
+#include "cconv/bulk/vectors/units_by_window.h"
+#include "cconv/bulk/vectors/utf8_by_window.h"
 
 namespace ksv::vector_runs {
 namespace {

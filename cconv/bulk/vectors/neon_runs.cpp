@@ -19,7 +19,7 @@ constexpr uint32_t kWindows = 1;
 }  // namespace
 }  // namespace ksv::vector_runs::by_windows
 
-#include "cconv/bulk/vectors/windows_aarch64.h"
+#include "cconv/bulk/vectors/window_aarch64.h"
 namespace ksv::vector_runs {
 
 constinit const LevelRuns kNeonRuns = by_windows::kRuns;

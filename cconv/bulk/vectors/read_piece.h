@@ -1,7 +1,7 @@
 // Characters that have been read, but not put out yet.
 #pragma once
 
-#include "cconv/bulk/vectors/windows.h"
+#include "cconv/bulk/vectors/window.h"
 
 namespace ksv::vector_runs::by_windows {
 namespace {

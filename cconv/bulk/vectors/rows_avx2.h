@@ -1,7 +1,7 @@
 // Rows of two windows, with AVX2.
 #pragma once
 
-#include "cconv/bulk/vectors/windows_x86_64.h"
+#include "cconv/bulk/vectors/window_x86_64.h"
 
 namespace ksv::vector_runs::by_windows {
 namespace {

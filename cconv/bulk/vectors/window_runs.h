@@ -1,10 +1,10 @@
 // The runs by windows of the processors that a source file is for.
 #pragma once
 
-#include "cconv/bulk/vectors/byte_code_windows.h"
-#include "cconv/bulk/vectors/iso_2022_jp_windows.h"
-#include "cconv/bulk/vectors/unit_windows.h"
-#include "cconv/bulk/vectors/utf8_windows.h"
+#include "cconv/bulk/vectors/byte_codes_by_window.h"
+#include "cconv/bulk/vectors/iso_2022_jp_by_window.h"
+#include "cconv/bulk/vectors/units_by_window.h"
+#include "cconv/bulk/vectors/utf8_by_window.h"
 
 namespace ksv::vector_runs::by_windows {
 namespace {

@@ -1,7 +1,7 @@
 // Runs over units of two bytes, four characters at a time.
 #pragma once
 
-#include "cconv/bulk/vectors/windows.h"
+#include "cconv/bulk/vectors/window.h"
 
 namespace ksv::vector_runs::by_windows {
 namespace {

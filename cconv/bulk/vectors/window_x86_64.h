@@ -1,7 +1,7 @@
 // What windows and rows of them need of the instructions of x86-64.
 #pragma once
 
-#include "cconv/bulk/vectors/windows.h"
+#include "cconv/bulk/vectors/window.h"
 
 namespace ksv::vector_runs::by_windows {
 namespace {
