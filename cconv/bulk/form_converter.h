@@ -85,8 +85,9 @@ class FormConverter : public BulkConverter {
       if (const Lane* lane = lanes_.at(form, at); lane != nullptr && lane->table.isThere()) {
         if (byVectors) runLaneByVectors<Form>(*lane, at, wanted);
         lane->runShort(lane->run(), at, wanted);
+        // Not where memory was wanting, which says nothing about texts.
+        if (pages_.timesWithoutMemory() == 0) luck_.note(at.characters - before);
       }
-      luck_.note(at.characters - before);
       if (at.characters >= wanted) return;
       if constexpr (Form::kShifts) {
         const bool isBehindReturn = at.behindReturn == at.input;

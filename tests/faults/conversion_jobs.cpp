@@ -36,6 +36,8 @@ struct Conversion {
   ConvertOptions options = {};
   std::array<uint32_t, 3> parameters = {1, 0, 0};
   bool fromTexts = false;  // of the tables
+  // A lane has two. In which lanes a text comes to stand depends on whether runs by vectors are
+  // tried.
   int64_t blocksThatMayLack = 0;
 };
 
@@ -203,7 +205,11 @@ std::vector<Conversion> conversions() {
        "UTF-8",
        "ISO-2022-JP",
        {"iso-2022-jp", "utf-8"},
-       "Hello, \u3042\u65E5\r\n"},
+       "Hello, \u3042\u65E5\r\n",
+       {},
+       {1, 0, 0},
+       false,
+       2},
       // The lane of one group is only learned from, for the run across all groups.
       {"utf_8_to_cp50220",
        "UTF-8",

@@ -6,34 +6,6 @@
 namespace ksv::vector_runs::by_windows {
 namespace {
 
-// How the next four characters lie in the input, by which of seven bytes begin a pair.
-struct FourCodes {
-  // Of each of the four: its last byte, its first where it has two, and what makes a single byte
-  // the index of its entry.
-  alignas(kWindow) uint8_t places[128][kWindow];
-  alignas(kWindow) uint8_t singles[128][kWindow];
-};
-
-constexpr FourCodes fourCodes() {
-  constexpr uint8_t kNo = 0x80;  // of a shuffle: zero
-  FourCodes all = {};
-  for (uint32_t pairs = 0; pairs < 128; ++pairs) {
-    uint32_t at = 0;
-    for (uint32_t i = 0; i < 4; ++i) {
-      const bool isPair = (pairs >> at & 1) != 0;
-      uint8_t* const place = all.places[pairs] + 4 * i;
-      place[0] = static_cast<uint8_t>(isPair ? at + 1 : at);
-      place[1] = isPair ? static_cast<uint8_t>(at) : kNo;
-      place[2] = place[3] = kNo;
-      all.singles[pairs][4 * i + 2] = isPair ? 0 : ShortTable::kSingles >> 16;
-      at += isPair ? 2 : 1;
-    }
-  }
-  return all;
-}
-
-constexpr FourCodes kFourCodes = fourCodes();
-
 // Without the four lowest of the bits that are set.
 KSV_IN_LOOP uint64_t withoutFour(uint64_t bits) {
   for (uint32_t i = 0; i < 4; ++i) bits &= bits - 1;
@@ -93,25 +65,6 @@ KSV_IN_LOOP bool takeFoursBefore(uint64_t stops, const RunTables& run, BulkPosit
   return (fours == 0 || takeFours<kDesignates>(run, at, pairs, fours)) &&
          (fours == kFours || takeBeforeStop<kDesignates>(run, at));
 }
-
-// How eight bytes of two each are pushed together of which a bit tells that the second counts.
-struct OneOrTwo {
-  alignas(kWindow) uint8_t places[256][kWindow];
-};
-
-constexpr OneOrTwo oneOrTwo() {
-  OneOrTwo all = {};
-  for (uint32_t two = 0; two < 256; ++two) {
-    uint32_t count = 0;
-    for (uint32_t i = 0; i < 8; ++i) {
-      all.places[two][count++] = static_cast<uint8_t>(2 * i);
-      if ((two >> i & 1) != 0) all.places[two][count++] = static_cast<uint8_t>(2 * i + 1);
-    }
-  }
-  return all;
-}
-
-constexpr OneOrTwo kOneOrTwo = oneOrTwo();
 
 KSV_IN_LOOP void putOneOrTwo(BulkPosition& at, Window codes, uint32_t two) {
   storeWindow(at.output, shuffledWindow(codes, windowAt(kOneOrTwo.places[two])));

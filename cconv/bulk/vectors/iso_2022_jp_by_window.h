@@ -32,21 +32,6 @@ KSV_IN_LOOP ShiftedBytes shiftedBytes(const ShiftedTables& run, const uint8_t* i
           graphic, notAscii};
 }
 
-// A bit for each of eight bytes, as all the bits of the byte.
-struct BitsAsBytes {
-  uint64_t bytes[256];
-};
-
-constexpr BitsAsBytes bitsAsBytes() {
-  BitsAsBytes all = {};
-  for (uint32_t bits = 0; bits < 256; ++bits) {
-    for (uint32_t i = 0; i < 8; ++i) all.bytes[bits] |= (bits >> i & 1) * (uint64_t{0xFF} << 8 * i);
-  }
-  return all;
-}
-
-constexpr BitsAsBytes kBitsAsBytes = bitsAsBytes();
-
 // Characters of ISO-2022-JP that have been read: pairs as one value, and ASCII.
 struct ShiftedPiece : ReadPiece {
   // Goes on as long as there are characters in a row, and leaves the position behind the last; what

@@ -38,11 +38,12 @@ KSV_IN_LOOP bool takeLine(const RunTables& run, BulkPosition& at) {
   return true;
 }
 
-template <AsciiOutput kAscii, bool kBigEndian, bool kDesignates = false>
+// kWritesAscii: ASCII is written as bytes, as it is.
+template <bool kWritesAscii, bool kBigEndian, bool kDesignates = false>
 void runUnits(const RunTables& run, BulkPosition& position, uint32_t wanted) {
   BulkPosition at = position;
   while (wanted - at.characters >= kLeastWanted) {
-    if (kAscii == AsciiOutput::kBytes && mayTakeAscii<kDesignates>(run, at) &&
+    if (kWritesAscii && mayTakeAscii<kDesignates>(run, at) &&
         takeAsciiUnits<kBigEndian>(run, at, wanted)) {
       continue;
     }

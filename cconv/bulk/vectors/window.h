@@ -121,31 +121,6 @@ class IsOutside {
   const Bytes rows_;
 };
 
-// How the bytes or units of eight are kept of which a bit is set, the first ones in front.
-struct KeptOfEight {
-  alignas(8) uint8_t bytes[256][8];
-  alignas(kWindow) uint8_t units[256][kWindow];
-  uint8_t counts[256];
-};
-
-constexpr KeptOfEight keptOfEight() {
-  KeptOfEight all = {};
-  for (uint32_t kept = 0; kept < 256; ++kept) {
-    uint32_t count = 0;
-    for (uint32_t i = 0; i < 8; ++i) {
-      if ((kept >> i & 1) == 0) continue;
-      all.bytes[kept][count] = static_cast<uint8_t>(i);
-      all.units[kept][2 * count] = static_cast<uint8_t>(2 * i);
-      all.units[kept][2 * count + 1] = static_cast<uint8_t>(2 * i + 1);
-      ++count;
-    }
-    all.counts[kept] = static_cast<uint8_t>(count);
-  }
-  return all;
-}
-
-constexpr KeptOfEight kKeptOfEight = keptOfEight();
-
 KSV_IN_LOOP uint32_t countOf(uint64_t bits) { return static_cast<uint32_t>(std::popcount(bits)); }
 
 // Writes a block of ASCII.
@@ -172,28 +147,6 @@ KSV_IN_LOOP bool takeLeadingAscii(BulkPosition& at, uint64_t others) {
   at.advance(leading, leading);
   return true;
 }
-
-// Four short entries pushed together, by their lengths.
-struct PushedFour {
-  alignas(kWindow) uint8_t places[256][kWindow];
-  uint8_t bytes[256];
-};
-
-constexpr PushedFour pushedFour() {
-  PushedFour all = {};
-  for (uint32_t lengths = 0; lengths < 256; ++lengths) {
-    uint32_t bytes = 0;
-    for (uint32_t i = 0; i < 4; ++i) {
-      const uint32_t length = (lengths >> i & 1) | (lengths >> (3 + i) & 2);
-      for (uint32_t byte = 0; byte < length; ++byte)
-        all.places[lengths][bytes++] = static_cast<uint8_t>(4 * i + byte);
-    }
-    all.bytes[lengths] = static_cast<uint8_t>(bytes);
-  }
-  return all;
-}
-
-constexpr PushedFour kPushedFour = pushedFour();
 
 // The entries of four indexes. They are loaded one by one: to gather them is slower on many
 // processors, and very much so where they are guarded against leaks of what was gathered.

@@ -18,9 +18,8 @@ RunFunction utf8ByWindows(AsciiOutput ascii) {
 }
 
 RunFunction twoByteUnitsByWindows(AsciiOutput ascii, bool bigEndian) {
-  return chosenRun(ascii, [bigEndian]<AsciiOutput kAscii>() -> RunFunction {
-    return bigEndian ? runUnits<kAscii, true> : runUnits<kAscii, false>;
-  });
+  if (ascii == AsciiOutput::kBytes) return bigEndian ? runUnits<true, true> : runUnits<true, false>;
+  return bigEndian ? runUnits<false, true> : runUnits<false, false>;
 }
 
 RunFunction byteCodesDesignatingByWindows() { return runByteCodes<AsciiOutput::kBytes, true>; }
@@ -28,8 +27,7 @@ RunFunction byteCodesDesignatingByWindows() { return runByteCodes<AsciiOutput::k
 RunFunction utf8DesignatingByWindows() { return runUtf8<AsciiOutput::kBytes, true>; }
 
 RunFunction twoByteUnitsDesignatingByWindows(bool bigEndian) {
-  return bigEndian ? runUnits<AsciiOutput::kBytes, true, true>
-                   : runUnits<AsciiOutput::kBytes, false, true>;
+  return bigEndian ? runUnits<true, true, true> : runUnits<true, false, true>;
 }
 
 ShiftedRunFunction iso2022JpByWindows(AsciiOutput ascii) {
