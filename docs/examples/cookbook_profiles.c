@@ -4,7 +4,7 @@
 
 #include "ksv.h"
 
-static const char* const kProfiles[] = {NULL, "window", "jis", "web", "iconv-glibc"};
+static const char* const kProfiles[] = {NULL, "windows", "jis", "web", "iconv-glibc"};
 
 static void show(const char* from, const char* to, const char* text, const char* profile) {
   ksv_options options = KSV_OPTIONS_INIT;

@@ -6,7 +6,7 @@
 #include "cconv/bulk/vector_runs.h"
 #include "cconv/bulk/vectors/avx512_block.h"
 #include "cconv/bulk/vectors/avx512_iso_2022_jp.h"
-#include "cconv/bulk/vectors/window_tables.h"
+#include "cconv/bulk/window_tables.h"
 #include "cconv/engine/composition.h"
 #include "common/byte_order.h"
 

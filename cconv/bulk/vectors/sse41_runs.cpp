@@ -9,7 +9,7 @@
 #include "cconv/bulk/vectors/chosen_run.h"
 #include "cconv/bulk/vectors/shifted_places.h"
 #include "cconv/bulk/vectors/target_region.h"
-#include "cconv/bulk/vectors/window_tables.h"
+#include "cconv/bulk/window_tables.h"
 #include "cconv/engine/composition.h"
 #include "common/byte_order.h"
 

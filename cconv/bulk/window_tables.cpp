@@ -1,4 +1,4 @@
-#include "cconv/bulk/vectors/window_tables.h"
+#include "cconv/bulk/window_tables.h"
 
 #include "cconv/bulk/short_table.h"
 
