@@ -21,6 +21,7 @@ constexpr uint32_t kWindows = 1;
 }  // namespace ksv::vector_runs::by_windows
 
 #include "cconv/bulk/vectors/window_aarch64.h"
+#include "cconv/bulk/vectors/window_runs.h"
 namespace ksv::vector_runs {
 
 constinit const LevelRuns kNeonRuns = by_windows::kRuns;
