@@ -22,6 +22,7 @@ constexpr uint32_t kWindows = 1;
 
 #include "cconv/bulk/vectors/window_aarch64.h"
 #include "cconv/bulk/vectors/window_runs.h"
+
 namespace ksv::vector_runs {
 
 constinit const LevelRuns kNeonRuns = by_windows::kRuns;
