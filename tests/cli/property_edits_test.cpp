@@ -171,7 +171,6 @@ TEST_F(PropertyEdits, that_cannot_be_understood_are_wrong_usage) {
       {"--set", "created=yesterday", "--in-place", "a"},
       {"--set", "scaleCrop=maybe", "--in-place", "a"},
       {"--set", "thumbnail=x", "--in-place", "a"},
-      {"--set", "title=\xFF", "--in-place", "a"},
       {"--set-custom", "A=x:number", "--in-place", "a"},
       {"--set-custom", "A=x:time", "--in-place", "a"},
       {"--set", "title=x", "a"},
