@@ -21,6 +21,10 @@ enum class AsciiOutput : uint8_t {
   kBigUnits
 };
 
+constexpr bool writesUnits(AsciiOutput ascii) {
+  return ascii == AsciiOutput::kLittleUnits || ascii == AsciiOutput::kBigUnits;
+}
+
 // What runs over ASCII leave to others, or to the engine.
 struct AsciiStops {
   bool lineEnds = false;
@@ -70,7 +74,7 @@ struct SingleCodes {
     upperOther = upperOf(kNone | kIsWide | kHasTwoBytes);
     const bool isBig = ascii == AsciiOutput::kBigUnits;
     upperAsUtf8 = upperAsItself = true;
-    upperAsUnits = isBig || ascii == AsciiOutput::kLittleUnits;
+    upperAsUnits = writesUnits(ascii);
     for (uint32_t i = 0; i < 128; ++i) {
       const uint8_t kind = classes[0x80 + i];
       upperAsUnits = upperAsUnits && kind == kHasTwoBytes &&
@@ -217,26 +221,13 @@ KSV_IN_LOOP bool takeFour(const RunTables& run, BulkPosition& at, const uint32_t
   return true;
 }
 
-// Takes the character there, read from so many bytes, if it is a line end that is converted. The
-// line feed of a pair is dropped.
+// Takes the character there, read from so many bytes, if it is a line end that is converted.
 template <bool kDesignates>
 KSV_IN_LOOP bool takeLineEnd(const RunTables& run, BulkPosition& at, uint32_t value,
                              uint32_t bytes) {
   if (run.lineEnds == nullptr || (value != '\r' && value != '\n')) return false;
-  const bool isDropped = value == '\n' && at.behindReturn == at.input;
-  at.input += bytes;
-  ++at.characters;
-  if (isDropped) return true;
-  Entry entry = value == '\r' ? run.lineEnds->carriageReturn : run.lineEnds->lineFeed;
-  at.units += kDesignates ? 1 : unitCount(entry);
-  if constexpr (kDesignates) {
-    const uint32_t group = designatedGroupOf(entry);
-    if (group == at.designatedGroup) entry = withoutDesignation(entry);
-    at.designatedGroup = group;
-  }
-  storeBytes(at.output, entry);
-  at.output += outputLength(entry);
-  if (value == '\r') at.behindReturn = at.input;
+  at.takeWhole(value == '\r' ? run.lineEnds->carriageReturn : run.lineEnds->lineFeed, bytes,
+               kDesignates);
   return true;
 }
 

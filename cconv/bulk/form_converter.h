@@ -96,7 +96,7 @@ class FormConverter : public BulkConverter {
       }
       const source_forms::Found found = form.next(at);
       if (found.entry == kNoEntry) return;
-      takeEntry(at, found);
+      at.takeWhole(found.entry, found.length, lanes_.designates());
       if (Lane* lane = lanes_.at(form, at); lane != nullptr) lanes_.learn(form, found, *lane);
       if (designating != nullptr) lanes_.learn(found, *designating);
     }
@@ -186,22 +186,6 @@ class FormConverter : public BulkConverter {
       at = next;
     }
     return before[0];
-  }
-
-  void takeEntry(BulkPosition& at, const source_forms::Found& found) const {
-    const bool designates = lanes_.designates();
-    const bool isDropped = (found.entry & kIsLineFeed) != 0 && at.behindReturn == at.input;
-    at.input += found.length;
-    ++at.characters;
-    if (isDropped) return;
-    const Entry entry = designates && designatedGroupOf(found.entry) == at.designatedGroup
-                            ? withoutDesignation(found.entry)
-                            : found.entry;
-    storeBytes(at.output, entry);
-    at.output += outputLength(entry);
-    at.units += designates ? 1 : unitCount(entry);
-    if (designates) at.designatedGroup = designatedGroupOf(found.entry);
-    if ((found.entry & kIsCarriageReturn) != 0) at.behindReturn = at.input;
   }
 
   DirectTable pages_;

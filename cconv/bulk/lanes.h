@@ -39,9 +39,7 @@ struct Lane : ShortEntries {
   vector_runs::ShiftedRunFunction runShifted;
   SharedPages pages;
 
-  bool writesUnits() const {
-    return ascii == AsciiOutput::kLittleUnits || ascii == AsciiOutput::kBigUnits;
-  }
+  bool writesUnits() const { return ksv::writesUnits(ascii); }
 };
 
 // The entries of all groups at once, for an output with escape sequences.

@@ -27,6 +27,22 @@ struct BulkPosition {
     storeShort(output, entry);
     output += shortLength(entry);
   }
+  // Takes the character of an entry of any length, read from so many bytes. designates: the output
+  // has escape sequences, and so may the entry. The line feed of a pair that is converted is
+  // dropped.
+  KSV_IN_LOOP void takeWhole(Entry entry, uint32_t bytes, bool designates) {
+    const bool isDropped = (entry & kIsLineFeed) != 0 && behindReturn == input;
+    input += bytes;
+    ++characters;
+    if (isDropped) return;
+    const bool isDesignated = designates && designatedGroupOf(entry) == designatedGroup;
+    const Entry written = isDesignated ? withoutDesignation(entry) : entry;
+    storeBytes(output, written);
+    output += outputLength(written);
+    units += designates ? 1 : unitCount(written);
+    if (designates) designatedGroup = designatedGroupOf(entry);
+    if ((entry & kIsCarriageReturn) != 0) behindReturn = input;
+  }
   KSV_IN_LOOP void advance(uint32_t bytes, uint32_t count) {
     input += bytes;
     characters += count;

@@ -28,8 +28,7 @@ namespace ksv::vector_runs {
 namespace {
 
 template <AsciiOutput kAscii>
-constexpr bool kWritesUnits =
-    kAscii == AsciiOutput::kLittleUnits || kAscii == AsciiOutput::kBigUnits;
+constexpr bool kWritesUnits = writesUnits(kAscii);
 
 struct ClassLookup {
   __m512i quarters[4];

@@ -42,7 +42,7 @@ KSV_IN_LOOP bool takeFours(const RunTables& run, BulkPosition& position, uint64_
 // Takes the last few characters in front of a stop.
 template <bool kDesignates>
 KSV_IN_LOOP bool takeBeforeStop(const RunTables& run, BulkPosition& at) {
-  while (at.input[0] >= 0x80 || !isStop(run.stops, at.input[0])) {
+  while (!isStop(run.stops, at.input[0])) {
     const ShortEntry single = run.at(ShortTable::kSingles + at.input[0]);
     if (single != kNoShortEntry) {
       if (!takeKnown<kDesignates>(run, at, single, 1)) return false;

@@ -65,38 +65,22 @@ struct ShiftedPiece : ReadPiece {
       count += kKeptOfEight.counts[kept];
     }
   }
+};
 
-  template <AsciiOutput kAscii>
+// What characters that have been read are written as.
+template <AsciiOutput kAscii>
+struct ShiftedEntries {
+  const RunTables& pairs;
+
+  KSV_IN_LOOP ShortEntry operator()(uint16_t value) const {
+    const ShortEntry pair = pairs.at(value);
+    return value < 0x80 ? asciiEntry(value) : pair;
+  }
+
+ private:
   static ShortEntry asciiEntry(uint32_t code) {
     constexpr uint32_t kLength = kAscii == AsciiOutput::kBytes ? 1 : 2;
     return kIsShortEntry | kLength << 24 | (kAscii == AsciiOutput::kBigUnits ? code << 8 : code);
-  }
-
-  template <AsciiOutput kAscii>
-  KSV_IN_LOOP ShortEntry entryOf(const RunTables& pairs, uint32_t i) const {
-    const uint32_t value = values[i];
-    const ShortEntry pair = pairs.at(value);
-    return value < 0x80 ? asciiEntry<kAscii>(value) : pair;
-  }
-
-  // Puts all of them out; false where one has no entry.
-  template <AsciiOutput kAscii>
-  KSV_IN_LOOP bool putEach(const RunTables& pairs, BulkPosition& at) const {
-    Window all = ~(Window{});
-    uint32_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-      const Window entries = fourOf(entryOf<kAscii>(pairs, i), entryOf<kAscii>(pairs, i + 1),
-                                    entryOf<kAscii>(pairs, i + 2), entryOf<kAscii>(pairs, i + 3));
-      all &= entries;
-      putFourPlainly(at, entries);
-    }
-    ShortEntry rest = kIsShortEntry;
-    for (; i < count; ++i) {
-      const ShortEntry entry = entryOf<kAscii>(pairs, i);
-      rest &= entry;
-      at.take(entry);
-    }
-    return wereThere(all) && rest != 0;
   }
 };
 
@@ -105,7 +89,7 @@ struct ShiftedPiece : ReadPiece {
 template <AsciiOutput kAscii>
 void takeKnownShifted(const ShiftedTables& run, BulkPosition& at, const ShiftedPiece& piece) {
   for (uint32_t i = 0; i < piece.count; ++i) {
-    const ShortEntry entry = piece.entryOf<kAscii>(run.pairs, i);
+    const ShortEntry entry = ShiftedEntries<kAscii>{run.pairs}(piece.values[i]);
     if (entry == kNoShortEntry) return;
     while (at.input[0] == 0x1B) {
       at.decoderState = at.input[1] == '$' ? run.pairGroup : run.singleGroup;
@@ -130,7 +114,7 @@ void runIso2022Jp(const ShiftedTables& run, BulkPosition& position, uint32_t wan
     const BulkPosition start = at;
     piece.read(run, at, wanted - at.characters);
     if (piece.count == 0) break;
-    if (!piece.putEach<kAscii>(run.pairs, at)) {
+    if (!piece.putAll<false>(run.pairs, at, ShiftedEntries<kAscii>{run.pairs})) {
       at = start;
       takeKnownShifted<kAscii>(run, at, piece);
       break;

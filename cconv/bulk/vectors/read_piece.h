@@ -12,20 +12,20 @@ struct ReadPiece {
   uint16_t values[kMost + kBlock + kWindow];
   uint32_t count = 0;
 
-  // Puts all of them out; false where one cannot be.
-  template <bool kDesignates>
-  KSV_IN_LOOP bool putAll(const RunTables& run, BulkPosition& at) const {
+  // Puts all of them out by their entries; false where one cannot be.
+  template <bool kDesignates, typename EntryOf>
+  KSV_IN_LOOP bool putAll(const RunTables& run, BulkPosition& at, EntryOf entryOf) const {
     Window all = ~(Window{});
     uint32_t i = 0;
     for (; i + 4 <= count; i += 4) {
-      const Window entries = fourOf(run.at(values[i]), run.at(values[i + 1]), run.at(values[i + 2]),
-                                    run.at(values[i + 3]));
+      const Window entries = fourOf(entryOf(values[i]), entryOf(values[i + 1]),
+                                    entryOf(values[i + 2]), entryOf(values[i + 3]));
       all &= entries;
       if (!putFour<kDesignates>(run, at, entries)) return false;
     }
     ShortEntry rest = kIsShortEntry;
     for (; i < count; ++i) {
-      const ShortEntry entry = run.at(values[i]);
+      const ShortEntry entry = entryOf(values[i]);
       rest &= entry;
       if (!putOne<kDesignates>(run, at, entry)) return false;
     }

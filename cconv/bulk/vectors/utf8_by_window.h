@@ -230,7 +230,8 @@ KSV_IN_LOOP bool takeByEntries(const RunTables& run, BulkPosition& at, uint32_t 
   Utf8Piece piece;
   const uint8_t* const behind = piece.read(run, at.input, most);
   const BulkPosition start = at;
-  if (piece.putAll<kDesignates>(run, at)) {
+  const auto entryOf = [&](uint16_t value) { return run.at(value); };
+  if (piece.putAll<kDesignates>(run, at, entryOf)) {
     at.input = behind;
     at.characters += piece.count;
     at.units += piece.count;
@@ -343,8 +344,7 @@ KSV_IN_LOOP bool takePlainBlocks(const RunTables& run, const PlainCheck& plain, 
 
 template <AsciiOutput kAscii, bool kDesignates = false>
 void runUtf8(const RunTables& run, BulkPosition& position, uint32_t wanted) {
-  constexpr bool kWritesUnits =
-      kAscii == AsciiOutput::kLittleUnits || kAscii == AsciiOutput::kBigUnits;
+  constexpr bool kWritesUnits = writesUnits(kAscii);
   const PlainCheck plain{kWritesUnits ? plainBits(run) : PlainBits{}};
   PieceLength pieceLength;
   const LatinCodes latin(*run.singles);
