@@ -64,42 +64,31 @@ ordered_json singleValue(const Value& value) {
     if (value.baseType() == kVersionedStream) return versionedField(value);
     return withPlainLineEnds(value.text);
   }
-  switch (value.baseType()) {
-    case kEmpty:
-    case kNull:
+  switch (formOf(value.baseType())) {
+    case Form::kNothing:
       return nullptr;
-    case kI1:
-    case kI2:
-    case kI4:
-    case kI8:
-    case kInt:
-    case kError:
+    case Form::kInteger:
       return signedOf(value);
-    case kUi1:
-    case kUi2:
-    case kUi4:
-    case kUi8:
-    case kUint:
+    case Form::kNatural:
       return unsignedOf(value);
-    case kR4:
-    case kR8:
+    case Form::kReal:
       return std::isfinite(realOf(value)) ? ordered_json(realOf(value)) : ordered_json(nullptr);
-    case kBool:
+    case Form::kBoolean:
       return truthOf(value);
-    case kCurrency:
-    case kDecimal:
-      return decimalOf(value);
-    case kDate:
-      return dateField(realOf(value));
-    case kFileTime:
+    case Form::kTime:
       return timeField(unsignedOf(value));
-    case kClassId:
+    case Form::kDate:
+      return dateField(realOf(value));
+    case Form::kDecimal:
+      return decimalOf(value);
+    case Form::kClassId:
       return guidText(value.bytes);
-    case kClipboard:
+    case Form::kClipboard:
       return clipboardField(value);
-    default:
-      return bytesField(value.bytes);
+    case Form::kBytes:
+      break;
   }
+  return bytesField(value.bytes);
 }
 
 ordered_json elementsOf(const Value& value) {

@@ -38,42 +38,31 @@ namespace {
 ksv_value_form formOf(const Value& value) {
   if (value.isSequence()) return KSV_VALUE_SEQUENCE;
   if (value.isText()) return KSV_VALUE_TEXT;
-  switch (value.baseType()) {
-    case kEmpty:
-    case kNull:
+  switch (properties::formOf(value.baseType())) {
+    case Form::kNothing:
       return KSV_VALUE_NOTHING;
-    case kI1:
-    case kI2:
-    case kI4:
-    case kI8:
-    case kInt:
-    case kError:
+    case Form::kInteger:
       return KSV_VALUE_INTEGER;
-    case kUi1:
-    case kUi2:
-    case kUi4:
-    case kUi8:
-    case kUint:
+    case Form::kNatural:
       return KSV_VALUE_NATURAL;
-    case kR4:
-    case kR8:
+    case Form::kReal:
       return KSV_VALUE_REAL;
-    case kBool:
+    case Form::kBoolean:
       return KSV_VALUE_BOOLEAN;
-    case kFileTime:
+    case Form::kTime:
       return KSV_VALUE_TIME;
-    case kDate:
+    case Form::kDate:
       return KSV_VALUE_DATE;
-    case kCurrency:
-    case kDecimal:
+    case Form::kDecimal:
       return KSV_VALUE_DECIMAL;
-    case kClassId:
+    case Form::kClassId:
       return KSV_VALUE_CLASS_ID;
-    case kClipboard:
+    case Form::kClipboard:
       return KSV_VALUE_CLIPBOARD;
-    default:
-      return KSV_VALUE_BYTES;
+    case Form::kBytes:
+      break;
   }
+  return KSV_VALUE_BYTES;
 }
 
 void setBytes(std::string_view bytes, ksv_property_value& value) {

@@ -140,6 +140,45 @@ size_t fixedSizeOf(uint16_t baseType) {
   return facts == nullptr ? 0 : facts->size;
 }
 
+Form formOf(uint16_t baseType) {
+  switch (baseType) {
+    case kEmpty:
+    case kNull:
+      return Form::kNothing;
+    case kI1:
+    case kI2:
+    case kI4:
+    case kI8:
+    case kInt:
+    case kError:
+      return Form::kInteger;
+    case kUi1:
+    case kUi2:
+    case kUi4:
+    case kUi8:
+    case kUint:
+      return Form::kNatural;
+    case kR4:
+    case kR8:
+      return Form::kReal;
+    case kBool:
+      return Form::kBoolean;
+    case kFileTime:
+      return Form::kTime;
+    case kDate:
+      return Form::kDate;
+    case kCurrency:
+    case kDecimal:
+      return Form::kDecimal;
+    case kClassId:
+      return Form::kClassId;
+    case kClipboard:
+      return Form::kClipboard;
+    default:
+      return Form::kBytes;
+  }
+}
+
 bool isCodePageText(uint16_t baseType) {
   return baseType == kLpstr || baseType == kBstr ||
          (baseType >= kStream && baseType <= kStoredObject) || baseType == kVersionedStream;

@@ -64,6 +64,22 @@ enum class Layout {
 Layout layoutOf(uint16_t baseType);
 size_t fixedSizeOf(uint16_t baseType);
 
+// What a single value says that is no text.
+enum class Form {
+  kNothing,
+  kInteger,
+  kNatural,
+  kReal,
+  kBoolean,
+  kTime,     // FILETIME
+  kDate,     // days
+  kDecimal,  // currency, too
+  kClassId,
+  kClipboard,
+  kBytes
+};
+Form formOf(uint16_t baseType);
+
 // Whether the bytes are text in the code page of the section.
 bool isCodePageText(uint16_t baseType);
 // "VT_LPSTR", "VT_VECTOR|VT_UI1", "VT_0x1FF".
