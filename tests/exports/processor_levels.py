@@ -88,9 +88,9 @@ def main():
     print(f"{len(arguments.objects)} objects, {sum(count for _, count in results)} instructions, "
           f"{len(lines)} functions with too much")
     unread = [path for path, (_, count) in zip(arguments.objects, results) if count == 0]
-    if any(Path(path).parent.name == "vectors" for path in unread) or \
-            len(unread) == len(arguments.objects):
-        print(f"no instructions were found in {unread[0]}")
+    missed = [path for path in unread if Path(path).parent.name == "vectors"]
+    if missed or len(unread) == len(arguments.objects):
+        print(f"no instructions were found in {(missed or unread)[0]}")
         return 1
     return 1 if lines else 0
 
